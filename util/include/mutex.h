@@ -1,0 +1,105 @@
+/// Locks: a recursive mutex with its own condition variable, and the scoped guard through which all code
+/// takes it. In a process with no Thread object a guard costs one comparison and does nothing.
+#pragma once
+
+#include <pthread.h>
+#include <ctime>
+
+#include <atomic>
+
+#include "util/include/export.h"
+
+namespace vesk {
+
+/// A recursive mutex and one condition. Code takes it through Lock.
+/// Every failure of the threads interface throws SystemException "OS call failed: …" with the error as code.
+class FOKRAZO_API Mutex {
+ public:
+  /// Makes the mutex and the condition. A failure is only reported to syslog.
+  Mutex();
+  /// Requires: nobody holds it. Never throws.
+  virtual ~Mutex();
+
+  /// Blocks until the mutex is held once more by the caller.
+  virtual void lock();
+  /// Gives back one hold.
+  virtual void unLock();
+  /// As lock, but false at once if another thread holds it.
+  virtual bool tryLock();
+
+  /// Gives up all holds, waits for a signal, and takes the same number of holds again. Requires: held.
+  /// `deadline` is absolute, by the day's clock; null waits without limit. False on time-out.
+  bool wait(const timespec* deadline);
+  /// Wake one or all waiters; nothing while no thread is active.
+  void signalOne();
+  void signalAll();
+
+  Mutex(const Mutex&) = delete;
+  Mutex& operator=(const Mutex&) = delete;
+
+ protected:
+  bool isOwner() const;
+
+ private:
+  pthread_mutex_t m_mutex;
+  pthread_cond_t m_condition;
+  unsigned int m_lockDepth = 0;
+  std::atomic<pthread_t> m_owner{};
+};
+
+/// Refuses callers once `maxWaiters` of them are queued (0 means no limit).
+class FOKRAZO_API MaxWaitMutex : public Mutex {
+ public:
+  explicit MaxWaitMutex(int maxWaiters);
+
+  /// As Mutex. @throws TryAgainException (EAGAIN) too many callers wait already. A holder is never refused.
+  void lock() override;
+  bool tryLock() override;
+
+ private:
+  int m_maxWaiters;
+  Mutex m_waitersProtect;
+  int m_waiters = 0;  // guarded by m_waitersProtect
+};
+
+/// Holds a mutex from here to the end of the scope, with the thread's cancellation kept off meanwhile.
+/// Does nothing at all in a process with no Thread object. Belongs to one thread.
+class FOKRAZO_API Lock {
+ public:
+  /// Takes `mutex`, which must outlive the guard. A pending cancel is acted on before.
+  explicit Lock(Mutex& mutex);
+  /// Takes `mutex` by polling at that interval (0 and 0: 10 ms), without end.
+  Lock(Mutex& mutex, long seconds, long nanoseconds);
+  /// Gives the mutex back; a cancel that came meanwhile is acted on here.
+  ~Lock() noexcept(false);
+
+  void doLock();
+  /// Gives the mutex back; a second call has no effect.
+  void unLock();
+  /// Waits on the mutex's condition until the clock's current second plus `seconds`, at `nanoseconds` (below
+  /// one second) into it. False on time-out.
+  bool wait(long seconds, long nanoseconds);
+  bool isLocked() const { return m_locked; }
+
+  Lock(const Lock&) = delete;
+  Lock& operator=(const Lock&) = delete;
+
+ protected:
+  Mutex& mutex() const { return *m_mutex; }
+
+ private:
+  Mutex* m_mutex;
+  int m_oldCancelState = 0;
+  bool m_locked = false;
+};
+
+/// A Lock over a mutex that is made on first demand, through a slot that the caller owns and never frees.
+class FOKRAZO_API AllocatingLock : public Lock {
+ public:
+  /// Requires: no two threads race for one empty slot.
+  explicit AllocatingLock(Mutex** slot) : Lock(*allocateMutex(slot)) {}
+  /// The slot's mutex, made if the slot is null.
+  static Mutex* allocateMutex(Mutex** slot);
+};
+
+}  // namespace vesk
