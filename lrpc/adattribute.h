@@ -5,6 +5,7 @@
 #include <list>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "base/int64.h"
 #include "util/include/export.h"
@@ -22,7 +23,7 @@ class FOKRAZO_API ADAttribute : public std::list<std::string> {
 
   ADAttribute() = default;
   /// No values, no marks.
-  explicit ADAttribute(const std::string& name);
+  explicit ADAttribute(std::string_view name);
 
   /// The name as it was first asked for; empty in an attribute that nobody has asked for by name.
   const std::string& name() const { return m_name; }
@@ -32,6 +33,7 @@ class FOKRAZO_API ADAttribute : public std::list<std::string> {
   bool dirty() const { return m_dirty; }
   /// The values are what the object's current blob holds.
   bool serialized() const { return m_serialized; }
+  void setName(std::string_view name);
   void setMarks(bool dirty, bool serialized);
 
   /// The first value.
@@ -83,7 +85,6 @@ class FOKRAZO_API ADAttribute : public std::list<std::string> {
 
  private:
   const std::string& first() const;
-  void markChanged();
 
   bool m_dirty = false;
   bool m_serialized = false;

@@ -59,6 +59,8 @@ class FOKRAZO_API ADObject {
   ADAttribute& operator[](const char* name);
   /// Whether there is such an attribute, with `needValue` one that has a value. Changes nothing.
   bool attributeExists(const std::string& name, bool needValue) const;
+  /// The first value, null if there is none; an attribute that is absent may be left behind empty.
+  const std::string* firstValue(const std::string& name);
   /// Removes the attribute from body and blob; 1 if it was in either, else 0.
   unsigned int erase(const std::string& name);
   /// Gives `to` this object's values, if there are any; whether there were.
@@ -122,6 +124,10 @@ class FOKRAZO_API ADObject {
 
  private:
   ADObjectImpl& body() const;
+  void copyInAnyCase(ADObject& to, const char* name);
+  void mergeHashes(const ADAttribute::Values& hashes);
+  long convertTime(const std::string& name, long fallback, long (ADAttribute::*convert)() const);
+  bool usnChangedUnder(const std::string& name, ADObject& other, const std::string& otherName);
 
   boost::shared_ptr<ADObjectImpl> m_impl;
 };

@@ -43,7 +43,7 @@ class FOKRAZO_API ADSerializer {
   /// The dictionary of all writers and, by default, of all readers.
   static const StringArray m_dictionary;
 
-  /// Holds no blob; only dump may be called.
+  /// Holds no blob, and reads as an object without attributes.
   ADSerializer() = default;
   /// Takes `data` as it is, without a copy; with `ownsData` it is from malloc and freed with this object.
   /// @throws BadDataException shorter than the header; `data` then stays the caller's.
@@ -51,6 +51,8 @@ class FOKRAZO_API ADSerializer {
   ~ADSerializer();
   ADSerializer(const ADSerializer&) = delete;
   ADSerializer& operator=(const ADSerializer&) = delete;
+  /// A private copy of the blob.
+  std::unique_ptr<ADSerializer> clone() const;
 
   /// A new blob of all attributes of `object`, which is read completely before. Its attributes are marked
   /// serialized; an object without a sequence number takes it from its attribute uSNChanged.
@@ -84,10 +86,12 @@ class FOKRAZO_API ADSerializer {
   /// As above, for the record that begins at `record`; null for null and where no count can be read.
   const unsigned char* findAttributeData(const unsigned char* record) const;
 
+  /// Whether there is such an attribute, with `needValue` one that has a value.
+  bool exists(std::string_view name, bool needValue) const;
   /// A copy of one attribute, with its serialized mark; with no values and no marks if the blob has none. A
   /// reference past the dictionary reads as the empty text.
   ADAttribute find(const std::string& name) const;
-  /// As find, into `attribute`, which has the name already and no values.
+  /// As find, into `attribute`, whose name is the one to find.
   void read(ADAttribute& attribute) const;
   /// Adds all attributes to `attributes`; one that is there already stays as it is. The index begins at
   /// `indexOffset`, references are resolved by `dictionary`.
@@ -106,25 +110,36 @@ class FOKRAZO_API ADSerializer {
  private:
   struct Text;
 
-  uint32_t wordAt(size_t offset) const;
-  void setWord(size_t offset, uint32_t word);
-  size_t remaining(const unsigned char* position) const { return m_data + m_size - position; }
-  uint32_t indexCount() const;
-  size_t recordsOffset() const;
-  bool readText(const unsigned char* position, Text& text) const;
-  const unsigned char* recordEnd(const unsigned char* record) const;
-  uint32_t lowerBound(std::string_view name) const;
-  std::string_view nameAt(size_t offset) const;
-  void dumpHeader(std::ostream& out) const;
-  void dumpRecords(std::ostream& out) const;
+  explicit ADSerializer(unsigned int size);
 
-  uint32_t takeCheckedWord();
-  std::string_view takeCheckedText(const StringArray& dictionary);
-  void takeAttribute(ADAttribute& attribute, std::string_view name, const StringArray& dictionary);
+  size_t remaining(const unsigned char* position) const { return m_data + m_size - position; }
+  template <class T>
+  T header(size_t offset) const;
+  template <class T>
+  void setHeader(size_t offset, T value);
+  const unsigned char* recordsBegin(unsigned int indexOffset) const;
+  uint32_t indexCount() const;
+  uint32_t slot(uint32_t position) const;
+  void setSlot(uint32_t position, uint32_t offset);
+  uint32_t lowerBound(std::string_view name) const;
+  std::string_view nameAt(uint32_t offset) const;
+  bool readText(const unsigned char* position, Text& field) const;
+  const unsigned char* readValues(const unsigned char* valueCount, ADAttribute& attribute) const;
+  const unsigned char* recordEnd(const unsigned char* record) const;
+
+  uint32_t takeWord();
+  std::string_view takeText(const StringArray& dictionary);
+  std::string_view takeInline(uint32_t length);
+  void takeValues(ADAttribute& attribute, const StringArray& dictionary);
   void skipValues();
-  void putWord(uint32_t word);
-  void putText(const std::string& text);
+
+  void putHeader(ADObject& object);
   void putAttribute(ADAttribute& attribute);
+  void putText(const std::string& text);
+  void putWord(uint32_t word);
+
+  void dumpHeader(std::ostream& out) const;
+  const unsigned char* dumpRecord(const unsigned char* record, std::ostream& out) const;
 
   unsigned int m_size = 0;
   unsigned char* m_data = nullptr;

@@ -41,10 +41,12 @@ class FOKRAZO_API VeskObj {
   long acquired() const { return m_acquired; }
 
  protected:
-  /// @throws SystemException null handle. `idAttribute` decides whether the view is a Unix one.
-  VeskObj(const ADObject& object, int objectType, const std::string& idAttribute);
-  /// Takes over what every view shares; `dn` is the object's DN.
-  void setIdentity(const std::string& dn);
+  /// The attribute of the Unix id decides whether the view is a Unix one. @throws SystemException null
+  /// handle.
+  VeskObj(ADObject object, int objectType, const std::string& idAttribute);
+  /// Takes GUID, SID and time over from the object.
+  void readIdentity();
+  void setDN(const std::string& dn) { m_dn = dn; }
   ADObject& object() { return m_object; }
 
  private:
@@ -101,6 +103,7 @@ class FOKRAZO_API User : public VeskObj {
   void useNobodyProfile();
   void readPassword();
   void readPasswordFrom(const std::string& source);
+  void readPrefixedPassword(const std::list<std::string>& identities);
   void readNames();
   void readTimes();
   void readAccount();

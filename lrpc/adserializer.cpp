@@ -1,0 +1,472 @@
+#include "lrpc/adserializer.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <new>
+#include <tuple>
+#include <utility>
+
+#include "lrpc/adobject.h"
+#include "lrpc/attrnames.h"
+#include "lrpc/stringdict.h"
+#include "lrpc/stringdict_table.h"
+#include "util/include/throw.h"
+
+int GOFAST1 = 1;
+
+namespace vesk {
+namespace {
+
+constexpr char kSource[] = "lrpc/adserializer";
+
+constexpr size_t kAcquired = 0;
+constexpr size_t kGuid = 4;
+constexpr size_t kUsn = 20;
+constexpr size_t kFlags = 28;
+constexpr size_t kCount = 32;
+constexpr uint32_t kIsIndexed = 1;
+constexpr size_t kWord = 4;
+constexpr uint32_t kReference = 0x80000000;
+static_assert(sizeof(Guid) == kUsn - kGuid, "a GUID is its 16 bytes");
+
+template <class T>
+T load(const unsigned char* from) {
+  T value;
+  memcpy(&value, from, sizeof value);
+  return value;
+}
+
+template <class T>
+void store(unsigned char* to, T value) {
+  memcpy(to, &value, sizeof value);
+}
+
+// Whether the name of a slot sorts before the wanted one: bytes as unsigned, a prefix first.
+bool NameCompare(std::string_view name, std::string_view wanted) {
+  return name < wanted;
+}
+
+bool sameName(std::string_view name, std::string_view wanted) {
+  return GOFAST1 ? name == wanted : std::string(name).compare(std::string(wanted)) == 0;
+}
+
+// The index of an entry of the dictionary, or -1.
+int referenceOf(const std::string& text) {
+  return text.size() <= stringdict::kLongestEntry ? ADSerializer::m_dictionary[text] : -1;
+}
+
+size_t sizeOfText(const std::string& text) {
+  return referenceOf(text) >= 0 ? kWord : kWord + text.size();
+}
+
+// The attribute of that name, or where it belongs. Names mostly come in order, so the end is tried first.
+ADAttributeMap::iterator placeOf(ADAttributeMap& attributes, std::string_view name) {
+  if (attributes.empty() || attributes.rbegin()->first < name) return attributes.end();
+  return attributes.lower_bound(name);
+}
+
+ADAttribute& addAttribute(ADAttributeMap& attributes, ADAttributeMap::iterator place, std::string_view name) {
+  auto added = attributes.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(name),
+                                       std::forward_as_tuple(name));
+  return added->second;
+}
+
+[[noreturn]] void throwBadIndex(uint32_t index) {
+  FOKRAZO_THROW(BadDataException, "BadDataException", 0,
+                "Bad index value %d in serialized object, size:%ld. Potential cache corruption or shared "
+                "library and agent version mismatch.",
+                static_cast<int>(index), static_cast<long>(GetDictionaryVector().size()));
+}
+
+[[noreturn]] void throwBadLength(uint32_t length, size_t size) {
+  FOKRAZO_THROW(BadDataException, "BadDataException", 0,
+                "Bad length value %d in serialized object, size:%ld. Potential cache corruption or shared "
+                "library and agent version mismatch.",
+                static_cast<int>(length), static_cast<long>(size));
+}
+
+}  // namespace
+
+// Ready before every other object that is made at load time.
+const StringArray ADSerializer::m_dictionary
+    __attribute__((init_priority(101))) (&GetDictionaryMap(), &GetDictionaryVector());
+
+/// A text field: what it says and where it ends.
+struct ADSerializer::Text {
+  std::string_view text;
+  const unsigned char* next = nullptr;
+};
+
+ADSerializer::ADSerializer(unsigned int size, char* data, bool ownsData)
+    : m_size(size), m_data(reinterpret_cast<unsigned char*>(data)), m_ownsData(ownsData) {
+  if (size < kHeaderSize || !data) throwBadLength(kHeaderSize, size);
+}
+
+ADSerializer::ADSerializer(unsigned int size)
+    : m_size(size), m_data(static_cast<unsigned char*>(malloc(size))), m_cursor(m_data), m_ownsData(true) {
+  if (!m_data) throw std::bad_alloc();
+}
+
+ADSerializer::~ADSerializer() {
+  if (m_ownsData) free(m_data);
+}
+
+std::unique_ptr<ADSerializer> ADSerializer::clone() const {
+  if (!m_data) return std::make_unique<ADSerializer>();
+  std::unique_ptr<ADSerializer> copy(new ADSerializer(m_size));
+  memcpy(copy->m_data, m_data, m_size);
+  return copy;
+}
+
+// Header. All of it reads as 0 where there is no blob.
+
+template <class T>
+T ADSerializer::header(size_t offset) const {
+  return m_data ? load<T>(m_data + offset) : T();
+}
+
+template <class T>
+void ADSerializer::setHeader(size_t offset, T value) {
+  if (m_data) store(m_data + offset, value);
+}
+
+long ADSerializer::getAcquired() const {
+  return header<int32_t>(kAcquired);
+}
+
+void ADSerializer::setAcquired(long acquired) {
+  setHeader(kAcquired, static_cast<int32_t>(acquired));
+}
+
+Guid ADSerializer::guid() const {
+  return header<Guid>(kGuid);
+}
+
+Int64 ADSerializer::getUsn() const {
+  return Int64(header<int64_t>(kUsn));
+}
+
+void ADSerializer::setUsn(Int64 usn) {
+  setHeader(kUsn, static_cast<int64_t>(usn.value()));
+}
+
+bool ADSerializer::getIndexed() const {
+  return header<uint32_t>(kFlags) & kIsIndexed;
+}
+
+void ADSerializer::setIndexed(bool indexed) {
+  uint32_t others = header<uint32_t>(kFlags) & ~kIsIndexed;
+  setHeader(kFlags, indexed ? others | kIsIndexed : others);
+}
+
+// Reading at random. Whatever is asked for, no reader leaves the blob.
+
+// The number of index slots; 0 if the blob is too short for what its header says.
+uint32_t ADSerializer::indexCount() const {
+  uint32_t count = header<uint32_t>(kCount);
+  return count > 0 && count <= (m_size - kHeaderSize) / kWord ? count : 0;
+}
+
+uint32_t ADSerializer::slot(uint32_t position) const {
+  return load<uint32_t>(m_data + kHeaderSize + kWord * position);
+}
+
+void ADSerializer::setSlot(uint32_t position, uint32_t offset) {
+  store(m_data + kHeaderSize + kWord * position, offset);
+}
+
+bool ADSerializer::readText(const unsigned char* position, Text& field) const {
+  size_t left = remaining(position);
+  if (left < kWord) return false;
+  uint32_t word = load<uint32_t>(position);
+  field.next = position + kWord;
+  if (word & kReference) {
+    field.text = m_dictionary[static_cast<int>(word & ~kReference)];
+    return true;
+  }
+  if (word > left - kWord) return false;
+  field.text = std::string_view(reinterpret_cast<const char*>(field.next), word);
+  field.next += word;
+  return true;
+}
+
+std::string_view ADSerializer::nameAt(uint32_t offset) const {
+  Text name;
+  return offset < m_size && readText(m_data + offset, name) ? name.text : std::string_view();
+}
+
+const char* ADSerializer::getName(unsigned int offset, unsigned int& length) const {
+  std::string_view name = nameAt(offset);
+  length = name.size();
+  return name.data();
+}
+
+// The first slot whose name is not less than `name`.
+uint32_t ADSerializer::lowerBound(std::string_view name) const {
+  uint32_t first = 0;
+  for (uint32_t count = indexCount(); count > 0;) {
+    uint32_t half = count / 2;
+    if (NameCompare(nameAt(slot(first + half)), name)) {
+      first += half + 1;
+      count -= half + 1;
+    } else {
+      count = half;
+    }
+  }
+  return first;
+}
+
+const unsigned char* ADSerializer::findAttribute(std::string_view name) const {
+  uint32_t position = lowerBound(name);
+  if (position >= indexCount()) return nullptr;
+  std::string_view found = nameAt(slot(position));
+  if (!found.data() || !sameName(found, name)) return nullptr;
+  return m_data + kHeaderSize + kWord * position;
+}
+
+const unsigned char* ADSerializer::findAttributeKey(std::string_view name) const {
+  const unsigned char* found = findAttribute(name);
+  return found ? m_data + load<uint32_t>(found) : nullptr;
+}
+
+const unsigned char* ADSerializer::findAttributeData(std::string_view name) const {
+  return findAttributeData(findAttributeKey(name));
+}
+
+const unsigned char* ADSerializer::findAttributeData(const unsigned char* record) const {
+  Text name;
+  if (record < m_data || record >= m_data + m_size || !readText(record, name)) return nullptr;
+  return remaining(name.next) >= kWord ? name.next : nullptr;
+}
+
+// Appends the values behind `valueCount`. Returns where they end, or null if they do not end in the blob.
+const unsigned char* ADSerializer::readValues(const unsigned char* valueCount, ADAttribute& attribute) const {
+  Text value;
+  value.next = valueCount + kWord;
+  for (int32_t left = load<int32_t>(valueCount); left > 0; --left) {
+    if (!readText(value.next, value)) return nullptr;
+    attribute.emplace_back(value.text);
+  }
+  if (!attribute.empty()) attribute.setMarks(false, true);
+  return value.next;
+}
+
+bool ADSerializer::exists(std::string_view name, bool needValue) const {
+  const unsigned char* valueCount = findAttributeData(name);
+  return valueCount && (!needValue || load<int32_t>(valueCount) > 0);
+}
+
+ADAttribute ADSerializer::find(const std::string& name) const {
+  ADAttribute attribute(name);
+  read(attribute);
+  return attribute;
+}
+
+void ADSerializer::read(ADAttribute& attribute) const {
+  attribute.clear();
+  attribute.setMarks(false, false);
+  const unsigned char* valueCount = findAttributeData(attribute.name());
+  if (valueCount) readValues(valueCount, attribute);
+}
+
+const unsigned char* ADSerializer::recordEnd(const unsigned char* record) const {
+  const unsigned char* valueCount = findAttributeData(record);
+  if (!valueCount) return nullptr;
+  Text value;
+  value.next = valueCount + kWord;
+  for (int32_t left = load<int32_t>(valueCount); left > 0; --left)
+    if (!readText(value.next, value)) return nullptr;
+  return value.next;
+}
+
+unsigned int ADSerializer::erase(std::string_view name) {
+  const unsigned char* found = findAttribute(name);
+  if (!found) return 0;
+  uint32_t count = indexCount();
+  uint32_t position = (found - m_data - kHeaderSize) / kWord;
+  uint32_t indexEnd = kHeaderSize + kWord * count;
+  uint32_t record = load<uint32_t>(found);
+  const unsigned char* end = recordEnd(m_data + record);
+  if (record < indexEnd || !end) return 0;
+
+  uint32_t length = end - (m_data + record);
+  memmove(m_data + record, end, remaining(end));
+  m_size -= length;
+  for (uint32_t later = position + 1; later < count; ++later) setSlot(later - 1, slot(later) - length);
+  memmove(m_data + indexEnd - kWord, m_data + indexEnd, m_size - indexEnd);
+  m_size -= kWord;
+  for (uint32_t kept = 0; kept < count - 1; ++kept) setSlot(kept, slot(kept) - kWord);
+  setHeader(kCount, count - 1);
+  return 1;
+}
+
+// Reading everything.
+
+// The first record, behind the index; the blob's end if the index does not end in the blob.
+const unsigned char* ADSerializer::recordsBegin(unsigned int indexOffset) const {
+  uint64_t offset = indexOffset + uint64_t{kWord} * header<uint32_t>(kCount);
+  return m_data + std::min<uint64_t>(offset, m_size);
+}
+
+void ADSerializer::readAll(ADAttributeMap& attributes, unsigned int indexOffset,
+                           const StringArray& dictionary) {
+  m_cursor = m_data + (recordsBegin(indexOffset) - m_data);
+  while (m_cursor < m_data + m_size) {
+    std::string_view name = takeText(dictionary);
+    auto place = placeOf(attributes, name);
+    if (place != attributes.end() && place->first == name)
+      skipValues();
+    else
+      takeValues(addAttribute(attributes, place, name), dictionary);
+  }
+}
+
+uint32_t ADSerializer::takeWord() {
+  if (remaining(m_cursor) < kWord) throwBadLength(kWord, m_size);
+  uint32_t word = load<uint32_t>(m_cursor);
+  m_cursor += kWord;
+  return word;
+}
+
+std::string_view ADSerializer::takeText(const StringArray& dictionary) {
+  uint32_t word = takeWord();
+  if (word & kReference) {
+    uint32_t index = word & ~kReference;
+    if (index >= static_cast<uint32_t>(dictionary.size())) throwBadIndex(index);
+    return dictionary[static_cast<int>(index)];
+  }
+  return takeInline(word);
+}
+
+std::string_view ADSerializer::takeInline(uint32_t length) {
+  if (length > remaining(m_cursor)) throwBadLength(length, m_size);
+  std::string_view text(reinterpret_cast<const char*>(m_cursor), length);
+  m_cursor += length;
+  return text;
+}
+
+void ADSerializer::takeValues(ADAttribute& attribute, const StringArray& dictionary) {
+  for (int32_t left = static_cast<int32_t>(takeWord()); left > 0; --left)
+    attribute.emplace_back(takeText(dictionary));
+  attribute.setMarks(false, true);
+}
+
+void ADSerializer::skipValues() {
+  for (int32_t left = static_cast<int32_t>(takeWord()); left > 0; --left) {
+    uint32_t word = takeWord();
+    if (!(word & kReference)) takeInline(word);
+  }
+}
+
+// Writing.
+
+size_t ADSerializer::sizeAttribute(const ADAttribute& attribute) {
+  size_t size = sizeOfText(attribute.name()) + kWord;
+  for (const std::string& value : attribute) size += sizeOfText(value);
+  return size;
+}
+
+size_t ADSerializer::calcSize(ADObject& object) {
+  object.deSerialize(false);
+  size_t size = kHeaderSize;
+  for (const auto& entry : object.attributes()) size += sizeAttribute(entry.second);
+  return size;
+}
+
+std::unique_ptr<ADSerializer> ADSerializer::serialize(ADObject& object) {
+  size_t records = calcSize(object);
+  size_t size = records + kWord * object.attributes().size();
+  if (size > INT_MAX)
+    FOKRAZO_THROW(BadDataException, "BadDataException", 0, "Object too large to serialize: %zu bytes", size);
+  std::unique_ptr<ADSerializer> blob(new ADSerializer(size));
+  blob->putHeader(object);
+  blob->m_cursor = blob->m_data + kHeaderSize + kWord * object.attributes().size();
+  uint32_t position = 0;
+  for (auto& entry : object.attributes()) {
+    blob->setSlot(position++, blob->m_cursor - blob->m_data);
+    blob->putAttribute(entry.second);
+  }
+  return blob;
+}
+
+void ADSerializer::putHeader(ADObject& object) {
+  memset(m_data, 0, kHeaderSize);
+  setAcquired(object.acquired());
+  setHeader(kGuid, object.guid());
+  if (object.usn() == Int64::ZERO && object.attributeExists(AD_USN_CHANGED, true))
+    object.setUsn(object[AD_USN_CHANGED].toInt64());
+  setUsn(object.usn());
+  setIndexed(object.indexed());
+  setHeader(kCount, static_cast<uint32_t>(object.attributes().size()));
+}
+
+void ADSerializer::putAttribute(ADAttribute& attribute) {
+  putText(attribute.name());
+  putWord(attribute.size());
+  for (const std::string& value : attribute) putText(value);
+  attribute.setMarks(attribute.dirty(), true);
+}
+
+void ADSerializer::putText(const std::string& text) {
+  int reference = referenceOf(text);
+  if (reference >= 0) return putWord(kReference | static_cast<uint32_t>(reference));
+  putWord(text.size());
+  memcpy(m_cursor, text.data(), text.size());
+  m_cursor += text.size();
+}
+
+void ADSerializer::putWord(uint32_t word) {
+  store(m_cursor, word);
+  m_cursor += kWord;
+}
+
+// Printing.
+
+void ADSerializer::dump() const {
+  dump(this, std::cout);
+}
+
+void ADSerializer::dump(std::ostream& out) const {
+  dump(this, out);
+}
+
+void ADSerializer::dump(const ADSerializer* serializer, std::ostream& out) {
+  if (!serializer) {
+    out << "null ADSerializer\n";
+  } else if (!serializer->m_data) {
+    out << "No Serialized Data\n";
+  } else {
+    out << "Serialized Data\n";
+    serializer->dumpHeader(out);
+    const unsigned char* position = serializer->recordsBegin(kHeaderSize);
+    while (position && serializer->remaining(position) > 0) position = serializer->dumpRecord(position, out);
+  }
+}
+
+void ADSerializer::dumpHeader(std::ostream& out) const {
+  out << "  ADOHeader:\n"
+      << "    m_acquired: " << getAcquired() << '\n'
+      << "    m_guid: " << guid().toString() << '\n'
+      << "    m_usn: " << getUsn() << '\n'
+      << "    isIndexed: " << (getIndexed() ? 1 : 0) << '\n';
+}
+
+// Returns where the record ends, or null after a damaged one.
+const unsigned char* ADSerializer::dumpRecord(const unsigned char* record, std::ostream& out) const {
+  const unsigned char* valueCount = findAttributeData(record);
+  if (!valueCount || load<uint32_t>(record) == 0) {
+    size_t left = remaining(record);
+    out << "truncated serializer at " << left - std::min(left, kWord) << " bytes\n";
+    return nullptr;
+  }
+  ADAttribute attribute(nameAt(record - m_data));
+  const unsigned char* end = readValues(valueCount, attribute);
+  out << "  ";
+  attribute.dump(out);
+  return end;
+}
+
+}  // namespace vesk

@@ -1,0 +1,48 @@
+/// The entries of all nine string dictionaries. Internal to lrpc/stringdict.cpp.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vesk {
+namespace stringdict {
+
+/// One bit for each list, oldest first, and the spans of lists that hold an entry.
+enum Lists : uint16_t {
+  k15487 = 1 << 0,
+  k15667 = 1 << 1,
+  k12258 = 1 << 2,
+  k27271 = 1 << 3,
+  k30618 = 1 << 4,
+  k60690 = 1 << 5,
+  k45829 = 1 << 6,
+  k36361 = 1 << 7,
+  k16090 = 1 << 8,
+
+  kAll = 0x1ff,
+  kUntil27271 = k15487 | k15667 | k12258 | k27271,
+  kFrom15667 = kAll & ~k15487,
+  kFrom12258 = kFrom15667 & ~k15667,
+  kFrom30618 = kAll & ~kUntil27271,
+  kFrom45829 = k45829 | k36361 | k16090,
+  kFrom36361 = k36361 | k16090,
+  kFrom16090 = k16090,
+};
+
+/// An entry of each of `lists`. Its index in a list is the number of entries of that list in front of it, so
+/// the order of the rows is part of the format: never reorder.
+struct Entry {
+  const char* text;
+  uint16_t lists;
+};
+
+constexpr size_t kEntryCount = 399;
+/// The length of the longest entry: no longer text is worth a search.
+constexpr size_t kLongestEntry = 35;
+extern const Entry kEntries[kEntryCount];
+
+/// The number of entries of a list. Requires: one bit.
+size_t entryCount(Lists list);
+
+}  // namespace stringdict
+}  // namespace vesk
