@@ -27,29 +27,41 @@ class FOKRAZO_API Mutex {
   /// As lock, but false at once if another thread holds it.
   virtual bool tryLock();
 
-  /// Gives up all holds, waits for a signal, and takes the same number of holds again. Requires: held.
-  /// `deadline` is absolute, by the day's clock; null waits without limit. False on time-out.
+  /// Gives up all holds, waits for a signal, and takes the same number of holds again. `deadline` is
+  /// absolute, by the day's clock; null waits without limit. False on time-out, true if woken, perhaps for
+  /// nothing. On a mutex that is not held, because no thread is active, nobody could signal: sleeps out the
+  /// time and gives false, or true after a second if there is no limit.
   bool wait(const timespec* deadline);
   /// Wake one or all waiters; nothing while no thread is active.
   void signalOne();
   void signalAll();
 
+  /// Number of the owner's holds. Requires: held by the caller, or by nobody.
+  unsigned int lockDepth() const { return m_lockDepth; }
+  /// The holder, 0 while the mutex is free.
+  pthread_t owner() const { return m_owner.load(std::memory_order_relaxed); }
+
   Mutex(const Mutex&) = delete;
   Mutex& operator=(const Mutex&) = delete;
 
  protected:
+  /// Whether the calling thread holds it. Needs no hold: only the thread that set the owner finds itself
+  /// there.
   bool isOwner() const;
 
  private:
-  pthread_mutex_t m_mutex;
-  pthread_cond_t m_condition;
-  unsigned int m_lockDepth = 0;
+  void taken();
+
+  pthread_mutex_t m_mutex{};
+  pthread_cond_t m_condition{};
+  unsigned int m_lockDepth = 0;  // written by the holder alone
   std::atomic<pthread_t> m_owner{};
 };
 
-/// Refuses callers once `maxWaiters` of them are queued (0 means no limit).
+/// A mutex that refuses callers once too many of them are queued. Does nothing while no thread is active.
 class FOKRAZO_API MaxWaitMutex : public Mutex {
  public:
+  /// Lets `maxWaiters` callers queue; 0 means no limit.
   explicit MaxWaitMutex(int maxWaiters);
 
   /// As Mutex. @throws TryAgainException (EAGAIN) too many callers wait already. A holder is never refused.
@@ -57,27 +69,30 @@ class FOKRAZO_API MaxWaitMutex : public Mutex {
   bool tryLock() override;
 
  private:
+  class Waiter;
+
   int m_maxWaiters;
   Mutex m_waitersProtect;
-  int m_waiters = 0;  // guarded by m_waitersProtect
+  int m_waiters = 0;  // callers now in lock or tryLock; guarded by m_waitersProtect
 };
 
 /// Holds a mutex from here to the end of the scope, with the thread's cancellation kept off meanwhile.
 /// Does nothing at all in a process with no Thread object. Belongs to one thread.
 class FOKRAZO_API Lock {
  public:
-  /// Takes `mutex`, which must outlive the guard. A pending cancel is acted on before.
+  /// Takes `mutex`, which must outlive the guard. A cancel that is pending stays so until unLock.
   explicit Lock(Mutex& mutex);
   /// Takes `mutex` by polling at that interval (0 and 0: 10 ms), without end.
   Lock(Mutex& mutex, long seconds, long nanoseconds);
-  /// Gives the mutex back; a cancel that came meanwhile is acted on here.
+  /// unLock. While an exception unwinds the stack, a pending cancel is left to the next cancellation point.
   ~Lock() noexcept(false);
 
+  /// Takes the mutex again after unLock; no effect on a guard that holds it.
   void doLock();
-  /// Gives the mutex back; a second call has no effect.
+  /// Gives the mutex back; a cancel that came meanwhile is acted on here. A second call has no effect.
   void unLock();
   /// Waits on the mutex's condition until the clock's current second plus `seconds`, at `nanoseconds` (below
-  /// one second) into it. False on time-out.
+  /// one second) into it. Mutex::wait tells the rest.
   bool wait(long seconds, long nanoseconds);
   bool isLocked() const { return m_locked; }
 

@@ -64,11 +64,19 @@ class FOKRAZO_API Thread {
   Thread& operator=(const Thread&) = delete;
 
  private:
-  friend struct ThreadAccess;
+  static void* ThreadStart(void* thread);
+  static void ThreadCancelCleanup(void* thread);
+  static void TSDKeyAlloc();
+  /// @throws SystemException (ESRCH) never started.
+  pthread_t startedId() const;
+  void ended();
+  /// Calls with the id while the thread surely runs. Gives the call's error, ESRCH if the thread has ended.
+  template <class Call>
+  int whileRunning(Call call);
 
   std::string m_name;
-  std::atomic<bool> m_running{false};
-  bool m_joined = false;
+  std::atomic<bool> m_running{false};  // from start to the routine's end
+  bool m_joined = false;               // joined or detached
   std::atomic<pthread_t> m_id{};
   void* (*m_routine)(void*) = nullptr;
   std::atomic<bool> m_cancelled{false};
