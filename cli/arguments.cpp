@@ -1,0 +1,100 @@
+#include "cli/arguments.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <utility>
+
+#include "cli/exit_status.h"
+
+namespace cli {
+
+namespace {
+
+bool isOption(const std::string& word) {
+  return word.size() > 1 && word[0] == '-';
+}
+
+}  // namespace
+
+bool readNumber(const std::string& text, unsigned& number) {
+  if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos) return false;
+  errno = 0;
+  const unsigned long value = strtoul(text.c_str(), nullptr, 10);
+  if (errno != 0 || value > UINT_MAX) return false;
+  number = static_cast<unsigned>(value);
+  return true;
+}
+
+Arguments::Arguments(std::vector<std::string> words) : m_words(std::move(words)) {
+  const auto mark = std::find(m_words.begin(), m_words.end(), "--");
+  if (mark == m_words.end()) return;
+  m_behindMark.assign(mark + 1, m_words.end());
+  m_words.erase(mark, m_words.end());
+}
+
+bool Arguments::flag(const std::string& name) {
+  const auto word = std::find(m_words.begin(), m_words.end(), name);
+  if (word == m_words.end()) return false;
+  m_words.erase(word);
+  return true;
+}
+
+bool Arguments::option(const std::string& name, std::string& value) {
+  for (auto word = m_words.begin(); word != m_words.end(); ++word) {
+    if (word->compare(0, name.size() + 1, name + "=") == 0) {
+      value = word->substr(name.size() + 1);
+      m_words.erase(word);
+      return true;
+    }
+    if (*word != name) continue;
+    if (word + 1 == m_words.end()) throw UsageError("option " + name + " needs a value");
+    value = *(word + 1);
+    m_words.erase(word, word + 2);
+    return true;
+  }
+  return false;
+}
+
+unsigned Arguments::number(const std::string& name, unsigned fallback) {
+  std::string text;
+  if (!option(name, text)) return fallback;
+  unsigned value = 0;
+  if (!readNumber(text, value))
+    throw UsageError("option " + name + " needs a whole number, not '" + text + "'");
+  return value;
+}
+
+void Arguments::refuseOptions() {
+  const auto word = std::find_if(m_words.begin(), m_words.end(), isOption);
+  if (word != m_words.end()) throw UsageError("unknown option " + *word);
+}
+
+bool Arguments::hasOperand() {
+  refuseOptions();
+  return !m_words.empty() || !m_behindMark.empty();
+}
+
+std::string Arguments::operand(const std::string& what) {
+  if (!hasOperand()) throw UsageError("missing " + what);
+  std::vector<std::string>& source = m_words.empty() ? m_behindMark : m_words;
+  std::string word = source.front();
+  source.erase(source.begin());
+  return word;
+}
+
+std::vector<std::string> Arguments::operands() {
+  refuseOptions();
+  std::vector<std::string> all = std::move(m_words);
+  all.insert(all.end(), m_behindMark.begin(), m_behindMark.end());
+  m_words.clear();
+  m_behindMark.clear();
+  return all;
+}
+
+void Arguments::done() {
+  if (hasOperand()) throw UsageError("unexpected '" + operand("") + "'");
+}
+
+}  // namespace cli

@@ -1,0 +1,83 @@
+// What concerns one person's account: auth, passwd, member, renew.
+
+#include "cli/command.h"
+#include "cli/result.h"
+#include "cli/secret.h"
+#include "lrpc/session.h"
+#include "util/include/error_util.h"
+
+namespace cli {
+
+namespace {
+
+using namespace vesk;
+
+ExitStatus auth(Invocation& invocation) {
+  SecretSource secrets(invocation.arguments);
+  const std::string user = invocation.arguments.operand("a user");
+  invocation.arguments.done();
+  LocalRpcSession& session = invocation.daemon.session();
+  const Shredder password = secrets.read("Password: ");
+  return report(invocation.output, session, session.validatePlainTextUser(user, password, false));
+}
+
+ExitStatus passwd(Invocation& invocation) {
+  SecretSource secrets(invocation.arguments);
+  std::string admin;
+  const bool reset = invocation.arguments.option("--admin", admin);
+  const std::string user = invocation.arguments.operand("a user");
+  invocation.arguments.done();
+  LocalRpcSession& session = invocation.daemon.session();
+  const Shredder current = secrets.read(reset ? "Administrator's password: " : "Current password: ");
+  const Shredder wanted = secrets.read("New password: ");
+  const int result = reset ? session.setPassword(user, wanted, admin, current)
+                           : session.changePassword(user, current, wanted, false);
+  return report(invocation.output, session, result);
+}
+
+ExitStatus member(Invocation& invocation) {
+  const bool unixNames = invocation.arguments.flag("--unix");
+  const bool windowsNames = invocation.arguments.flag("--windows");
+  const std::string user = invocation.arguments.operand("a user");
+  const std::vector<std::string> groups = invocation.arguments.operands();
+  if (groups.empty()) throw UsageError("missing a group");
+  const int nameFlags = (unixNames ? UNIX_NAME : 0) | (windowsNames ? WINDOWS_NAME : 0);
+  LocalRpcSession& session = invocation.daemon.session();
+  const int forms = nameFlags == 0 ? UNIX_NAME | WINDOWS_NAME : nameFlags;
+  return report(invocation.output, session, session.validateUserGroup(user, groups, false, forms));
+}
+
+ExitStatus renew(Invocation& invocation) {
+  const std::string user = invocation.arguments.operand("a user");
+  invocation.arguments.done();
+  LocalRpcSession& session = invocation.daemon.session();
+  int count = 0;
+  const ValidationResult result = session.renewCredentials(user, count);
+  if (result != VR_SUCCESS) return report(invocation.output, session, result);
+  invocation.output.record(Record().number("renewed", count), "renewed: " + std::to_string(count));
+  return kFound;
+}
+
+constexpr char kPasswordHelp[] =
+    "Passwords are asked for at the terminal, without echo.\n"
+    "  --password-fd N  read them from descriptor N instead, one a line\n";
+
+const Command kCommands[] = {
+    {"auth", "[--password-fd N] USER", "check a user's password", kPasswordHelp, auth},
+    {"passwd", "[--password-fd N] [--admin ADMIN] USER",
+     "change a user's password, or set it as an administrator", kPasswordHelp, passwd},
+    {"member", "[--unix] [--windows] USER GROUP …", "ask whether a user is in any of the groups",
+     "  --unix         the groups' names are Unix names\n"
+     "  --windows      the groups' names are account names of the directory\n"
+     "Without either, both kinds of name are taken.\n",
+     member},
+    {"renew", "USER", "renew a user's credentials", "", renew},
+};
+
+}  // namespace
+
+Family accountCommands() {
+  return {"Work on an account", kCommands, sizeof kCommands / sizeof *kCommands};
+}
+
+}  // namespace cli

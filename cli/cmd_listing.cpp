@@ -1,0 +1,141 @@
+// Asking for many objects: list, search, fetch.
+
+#include <vector>
+
+#include "cli/command.h"
+#include "cli/views.h"
+#include "lrpc/paged_search.h"
+#include "lrpc/session.h"
+#include "lrpc/unixviews.h"
+#include "util/include/error_util.h"
+
+namespace cli {
+
+namespace {
+
+using namespace vesk;
+
+// The name that asks for the next entry of an open listing.
+constexpr char kNext[] = "@#";
+
+ExitStatus listUsers(LocalRpcSession& session, Output& output) {
+  if (session.startListUser()) return kRefused;
+  try {
+    for (;;) printUser(output, *session.getUser2(kNext, 0));
+  } catch (const EndOfListException&) {
+  }
+  return session.endListUser() ? kRefused : kFound;
+}
+
+ExitStatus listGroups(LocalRpcSession& session, Output& output) {
+  if (session.startListGroup(false)) return kRefused;
+  try {
+    for (;;) printGroup(output, *session.getGroup2(kNext, 0));
+  } catch (const EndOfListException&) {
+  }
+  return session.endListGroup() ? kRefused : kFound;
+}
+
+ExitStatus listShadow(LocalRpcSession& session, Output& output) {
+  if (session.startListShadow()) return kRefused;
+  try {
+    for (;;) printShadow(output, *session.getShadow(kNext, 0));
+  } catch (const NotFoundException&) {  // how this listing ends
+  }
+  return session.endListShadow() ? kRefused : kFound;
+}
+
+ExitStatus list(Invocation& invocation) {
+  const std::string what = invocation.arguments.operand("users, groups or shadow");
+  invocation.arguments.done();
+  if (what != "users" && what != "groups" && what != "shadow")
+    throw UsageError("list takes users, groups or shadow, not '" + what + "'");
+  LocalRpcSession& session = invocation.daemon.session();
+  if (what == "users") return listUsers(session, invocation.output);
+  if (what == "groups") return listGroups(session, invocation.output);
+  return listShadow(session, invocation.output);
+}
+
+// The attribute names as the session wants them; points into `names`.
+std::vector<const char*> nullTerminated(const std::vector<std::string>& names) {
+  std::vector<const char*> pointers;
+  for (const std::string& name : names) pointers.push_back(name.c_str());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+LdapSearchScopeType takeScope(Arguments& arguments) {
+  std::string text = "sub";
+  arguments.option("--scope", text);
+  const char* const names[] = {"base", "one", "sub"};
+  for (int value = 0; value < 3; ++value)
+    if (text == names[value]) return static_cast<LdapSearchScopeType>(value);
+  throw UsageError("option --scope takes base, one or sub, not '" + text + "'");
+}
+
+ExitStatus search(Invocation& invocation) {
+  Arguments& arguments = invocation.arguments;
+  std::string base;
+  std::string domain;
+  arguments.option("--base", base);
+  arguments.option("--domain", domain);
+  const LdapSearchScopeType scope = takeScope(arguments);
+  const unsigned page = arguments.number("--page", 0);
+  const unsigned limit = arguments.number("--limit", 0);
+  const std::string filter = arguments.operand("a filter");
+  const std::vector<std::string> names = arguments.operands();
+  std::vector<const char*> wanted = nullTerminated(names);
+
+  LocalRpcSession& session = invocation.daemon.session();
+  bool found = false;
+  if (page == 0) {
+    for (const ADObject& object :
+         session.ldapSearch(domain, base, filter, wanted.data(), scope, static_cast<int>(limit), false)) {
+      printObject(invocation.output, object);
+      found = true;
+    }
+    return found ? kFound : kRefused;
+  }
+  PagedSearchHandle handle =
+      session.ldapPagedSearch(domain, base, filter, wanted.data(), scope, static_cast<int>(page), false);
+  unsigned count = 0;
+  for (ADObject object = handle.getNext(); !object.isEmpty(); object = handle.getNext()) {
+    printObject(invocation.output, object);
+    if (++count == limit) break;
+  }
+  return count > 0 ? kFound : kRefused;
+}
+
+ExitStatus fetch(Invocation& invocation) {
+  Arguments& arguments = invocation.arguments;
+  std::string domain;
+  arguments.option("--domain", domain);
+  const std::string dn = arguments.operand("a DN");
+  const std::vector<std::string> names = arguments.operands();
+  std::vector<const char*> wanted = nullTerminated(names);
+  const ADObject object = invocation.daemon.session().ldapFetch(domain, dn, wanted.data(), false);
+  if (object.isEmpty()) return kRefused;
+  printObject(invocation.output, object);
+  return kFound;
+}
+
+const Command kCommands[] = {
+    {"list", "users|groups|shadow", "list all of a kind, a line each", "", list},
+    {"search", "[--base DN] [--scope base|one|sub] [--page N] [--limit N] [--domain D] FILTER [ATTRIBUTE …]",
+     "search the directory with an LDAP filter",
+     "  --base DN      where to begin (default: the top of the domain)\n"
+     "  --scope S      base, one or sub (default)\n"
+     "  --page N       let the daemon hand the result out in pages of N\n"
+     "  --limit N      stop after N objects\n"
+     "  --domain D     the domain to ask (default: the host's)\n",
+     search},
+    {"fetch", "[--domain D] DN [ATTRIBUTE …]", "fetch one object from the directory", "", fetch},
+};
+
+}  // namespace
+
+Family listingCommands() {
+  return {"List and search", kCommands, sizeof kCommands / sizeof *kCommands};
+}
+
+}  // namespace cli

@@ -1,0 +1,211 @@
+// Asking for one object: ping, user, group, object, shadow.
+
+#include <cctype>
+#include <cstdio>
+#include <iostream>
+
+#include "base/guid.h"
+#include "cli/command.h"
+#include "cli/views.h"
+#include "lrpc/session.h"
+#include "lrpc/unixviews.h"
+#include "util/include/error_util.h"
+#include "util/include/sid.h"
+
+namespace cli {
+
+namespace {
+
+using namespace vesk;
+
+enum class KeyKind { Name, Id, Sid, Guid };
+
+struct Key {
+  KeyKind kind;
+  std::string text;
+  unsigned id = 0;
+};
+
+bool looksLikeSid(const std::string& text) {
+  return text.compare(0, 2, "S-") == 0 && text.size() > 2 &&
+         isdigit(static_cast<unsigned char>(text[2])) != 0;
+}
+
+KeyKind kindByName(const std::string& name) {
+  if (name == "name") return KeyKind::Name;
+  if (name == "id") return KeyKind::Id;
+  if (name == "sid") return KeyKind::Sid;
+  if (name == "guid") return KeyKind::Guid;
+  throw UsageError("option --by takes name, id, sid or guid, not '" + name + "'");
+}
+
+// A key tells its kind by its form; `by` settles what is meant where a name has the form of something else.
+Key makeKey(const std::string& text, const std::string& by) {
+  Key key{KeyKind::Name, text};
+  const bool isNumber = readNumber(key.text, key.id);
+  if (!by.empty())
+    key.kind = kindByName(by);
+  else if (isNumber)
+    key.kind = KeyKind::Id;
+  else if (looksLikeSid(key.text))
+    key.kind = KeyKind::Sid;
+  else if (Guid::isValidGuidStringFormat(key.text.c_str()))
+    key.kind = KeyKind::Guid;
+  if (key.text.empty()) throw UsageError("the name is empty");
+  if (key.kind == KeyKind::Id && !isNumber) throw UsageError("'" + key.text + "' is no numeric id");
+  return key;
+}
+
+SID sidOf(const Key& key) {
+  SID sid;
+  try {
+    sid.fromMSString(key.text);
+  } catch (const VESKException& error) {
+    throw UsageError("'" + key.text + "' is no SID: " + error.what());
+  }
+  return sid;
+}
+
+Guid guidOf(const Key& key) {
+  if (!Guid::isValidGuidStringFormat(key.text.c_str())) throw UsageError("'" + key.text + "' is no GUID");
+  Guid guid;
+  guid.fromRealMSString(key.text);
+  return guid;
+}
+
+int takeFlags(Arguments& arguments) {
+  int flags = 0;
+  if (arguments.flag("--unix-only")) flags |= UNIX_ONLY;
+  if (arguments.flag("--refresh")) flags |= CHECK_AD_FIRST;
+  if (arguments.flag("--membership")) flags |= GROUP_MEMBERSHIP;
+  return flags;
+}
+
+boost::shared_ptr<User> findUser(LocalRpcSession& session, const Key& key, int flags) {
+  switch (key.kind) {
+    case KeyKind::Id:
+      return session.getUser(static_cast<int>(key.id), flags);
+    case KeyKind::Sid:
+      return session.getUser(sidOf(key), flags);
+    case KeyKind::Guid:
+      return session.getUser(guidOf(key), flags);
+    default:
+      return session.getUser(key.text, flags);
+  }
+}
+
+boost::shared_ptr<Group> findGroup(LocalRpcSession& session, const Key& key, int flags) {
+  switch (key.kind) {
+    case KeyKind::Id:
+      return session.getGroup(static_cast<int>(key.id), flags);
+    case KeyKind::Sid:
+      return session.getGroup(sidOf(key), flags);
+    case KeyKind::Guid:
+      return session.getGroup(guidOf(key), flags);
+    default:
+      return session.getGroup(key.text, flags);
+  }
+}
+
+// A user, or else a group.
+ADObject findObject(LocalRpcSession& session, const Key& key, int flags) {
+  if (key.kind == KeyKind::Sid) return session.getObject(sidOf(key), flags)->getObject();
+  try {
+    return findUser(session, key, flags)->getObject();
+  } catch (const NotFoundException&) {
+    return findGroup(session, key, flags)->getObject();
+  }
+}
+
+ExitStatus ping(Invocation& invocation) {
+  invocation.arguments.done();
+  invocation.daemon.session().ping();
+  invocation.output.record(Record().boolean("alive", true), "alive");
+  return kFound;
+}
+
+// Answers each key of standard input, so that one connection serves many.
+template <class Answer>
+ExitStatus answerInput(const std::string& by, Answer answer) {
+  ExitStatus status = kFound;
+  std::string line;
+  while (std::getline(std::cin, line)) {
+    try {
+      answer(makeKey(line, by));
+    } catch (const NotFoundException& error) {
+      fprintf(stderr, "fokrazo: %s: %s\n", line.c_str(), error.what());
+      status = kRefused;
+    }
+    fflush(stdout);
+  }
+  return status;
+}
+
+template <class Print>
+ExitStatus find(Invocation& invocation, Print print) {
+  Arguments& arguments = invocation.arguments;
+  const int flags = takeFlags(arguments);
+  std::string by;
+  arguments.option("--by", by);
+  const bool fromInput = arguments.flag("-");
+  const std::string text = fromInput ? "" : arguments.operand("a name, id, SID or GUID");
+  arguments.done();
+  const auto answer = [&](const Key& key) { print(invocation.daemon.session(), key, flags); };
+  if (fromInput) return answerInput(by, answer);
+  answer(makeKey(text, by));
+  return kFound;
+}
+
+ExitStatus user(Invocation& invocation) {
+  return find(invocation, [&](LocalRpcSession& session, const Key& key, int flags) {
+    printUser(invocation.output, *findUser(session, key, flags));
+  });
+}
+
+ExitStatus group(Invocation& invocation) {
+  return find(invocation, [&](LocalRpcSession& session, const Key& key, int flags) {
+    printGroup(invocation.output, *findGroup(session, key, flags));
+  });
+}
+
+ExitStatus object(Invocation& invocation) {
+  return find(invocation, [&](LocalRpcSession& session, const Key& key, int flags) {
+    printObject(invocation.output, findObject(session, key, flags));
+  });
+}
+
+ExitStatus shadow(Invocation& invocation) {
+  const int flags = takeFlags(invocation.arguments);
+  const std::string name = invocation.arguments.operand("a name");
+  invocation.arguments.done();
+  if (name.empty()) throw UsageError("the name is empty");
+  printShadow(invocation.output, *invocation.daemon.session().getShadow(name, flags));
+  return kFound;
+}
+
+constexpr char kKeyHelp[] =
+    "A key tells by its form what it is: digits are an id, S-… is a SID, the form\n"
+    "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx is a GUID, all else is a name.\n"
+    "  -              read the keys from standard input, one a line, over one connection\n"
+    "  --by KIND      take it as a name, id, sid or guid\n"
+    "  --unix-only    find accounts with a Unix profile alone\n"
+    "  --refresh      let the daemon ask the directory and not its cache\n"
+    "  --membership   want the group memberships too\n";
+
+const Command kCommands[] = {
+    {"ping", "", "ask whether the daemon is there", "", ping},
+    {"user", "[--by KIND] [FLAG …] NAME|UID|SID|GUID|-", "find a user; prints a passwd line", kKeyHelp, user},
+    {"group", "[--by KIND] [FLAG …] NAME|GID|SID|GUID|-", "find a group; prints a group line", kKeyHelp,
+     group},
+    {"object", "[--by KIND] [FLAG …] NAME|ID|SID|GUID|-", "find a user or a group; prints all its attributes",
+     kKeyHelp, object},
+    {"shadow", "[FLAG …] NAME", "find a user's password ageing; prints a shadow line", "", shadow},
+};
+
+}  // namespace
+
+Family lookupCommands() {
+  return {"Ask for an object", kCommands, sizeof kCommands / sizeof *kCommands};
+}
+
+}  // namespace cli

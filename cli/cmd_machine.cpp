@@ -1,0 +1,105 @@
+// The machine's own state, with no daemon: conf, setting, joined, os.
+
+#include <unistd.h>
+
+#include <cstring>
+#include <set>
+
+#include "base/osutil.h"
+#include "cli/command.h"
+#include "util/include/error_util.h"
+#include "util/include/path.h"
+#include "util/include/properties.h"
+#include "util/include/setting.h"
+
+namespace cli {
+
+namespace {
+
+using namespace vesk;
+
+constexpr char kSettingPrefix[] = "kset.";
+
+ExitStatus printSetting(Output& output, const std::string& name, const std::string& value) {
+  output.record(Record().text("name", name).text("value", value), name + ": " + shown(value));
+  return kFound;
+}
+
+ExitStatus listSettings(Output& output) {
+  std::set<std::string> names;
+  const Path directory(getDataDir());
+  for (directory_iterator entry(directory); entry != directory_iterator::end(); ++entry)
+    if (entry->leaf().compare(0, strlen(kSettingPrefix), kSettingPrefix) == 0)
+      names.insert(entry->leaf().substr(strlen(kSettingPrefix)));
+  ExitStatus status = kFound;
+  for (const std::string& name : names) {
+    try {
+      printSetting(output, name, loadSetting(name, false));
+    } catch (const VESKException& error) {
+      fprintf(stderr, "fokrazo: setting %s: %s\n", name.c_str(), error.what());
+      status = kFailed;
+    }
+  }
+  return status;
+}
+
+ExitStatus getSetting(Output& output, const std::string& name) {
+  try {
+    const std::string value = loadSetting(name, false);
+    output.record(Record().text("name", name).text("value", value), shown(value));
+    return kFound;
+  } catch (const IOException& error) {
+    fprintf(stderr, "fokrazo: %s\n", error.what());
+    return kRefused;
+  }
+}
+
+ExitStatus setting(Invocation& invocation) {
+  const std::string action = invocation.arguments.operand("get or list");
+  if (action == "get") {
+    const std::string name = invocation.arguments.operand("a setting's name");
+    invocation.arguments.done();
+    return getSetting(invocation.output, name);
+  }
+  if (action != "list") throw UsageError("setting takes get or list, not '" + action + "'");
+  invocation.arguments.done();
+  return listSettings(invocation.output);
+}
+
+ExitStatus joinedState(Invocation& invocation) {
+  invocation.arguments.done();
+  if (!joined()) {
+    invocation.output.record(Record().boolean("joined", false), "not joined");
+    return kRefused;
+  }
+  const std::string domain = GetSetting(SETTING_DOMAIN_NAME, "");
+  const std::string host = longJoinedHostName();
+  invocation.output.record(Record().boolean("joined", true).text("domain", domain).text("host", host),
+                           "joined to " + shown(domain) + " as " + shown(host));
+  return kFound;
+}
+
+ExitStatus os(Invocation& invocation) {
+  invocation.arguments.done();
+  std::string name;
+  std::string version;
+  OSVersion(name, version);
+  invocation.output.record(
+      Record().text("os", name).text("version", version).text("host", longLocalHostName()),
+      shown(name) + ' ' + shown(version));
+  return kFound;
+}
+
+const Command kCommands[] = {
+    {"setting", "get NAME | list", "show the machine's settings", "", setting},
+    {"joined", "", "ask whether this machine is joined to a domain", "", joinedState},
+    {"os", "", "show the name and version of the operating system", "", os},
+};
+
+}  // namespace
+
+Family machineCommands() {
+  return {"Look at this machine", kCommands, sizeof kCommands / sizeof *kCommands};
+}
+
+}  // namespace cli

@@ -1,0 +1,122 @@
+// Looking inside serialized objects, with no daemon: blob, dict.
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+#include <memory>
+
+#include "cli/command.h"
+#include "cli/views.h"
+#include "lrpc/adobject.h"
+#include "lrpc/adserializer.h"
+#include "lrpc/stringdict.h"
+#include "util/include/error_util.h"
+
+namespace cli {
+
+namespace {
+
+using namespace vesk;
+
+// No object of a directory comes near it.
+constexpr size_t kLargestBlob = size_t{1} << 30;
+
+std::string readAll(const std::string& path) {
+  std::unique_ptr<FILE, int (*)(FILE*)> opened(nullptr, fclose);
+  FILE* file = stdin;
+  if (path != "-") {
+    opened.reset(fopen(path.c_str(), "re"));
+    file = opened.get();
+  }
+  if (!file) throw UsageError(path + ": " + strerror(errno));
+  std::string bytes;
+  char buffer[16384];
+  while (size_t count = fread(buffer, 1, sizeof buffer, file)) {
+    bytes.append(buffer, count);
+    if (bytes.size() > kLargestBlob) throw UsageError(path + ": too large for an object");
+  }
+  if (ferror(file)) throw UsageError(path + ": " + strerror(errno));
+  return bytes;
+}
+
+ExitStatus blob(Invocation& invocation) {
+  std::string attribute;
+  const bool one = invocation.arguments.option("--attribute", attribute);
+  std::string path = "-";
+  if (!invocation.arguments.flag("-") && invocation.arguments.hasOperand())
+    path = invocation.arguments.operand("a file");
+  invocation.arguments.done();
+
+  std::string bytes = readAll(path);
+  ADObject object(static_cast<unsigned>(bytes.size()), bytes.data(), false, nullptr);
+  if (one) {
+    if (!object.attributeExists(attribute, false)) return kRefused;
+    invocation.output.record(Record().texts(attribute, object[attribute]));
+  } else if (invocation.output.json()) {
+    printObject(invocation.output, object);
+  } else {
+    object.sdump(std::cout);
+    std::cout.flush();
+  }
+  return kFound;
+}
+
+int takeChecksum(Arguments& arguments) {
+  std::string text;
+  if (arguments.option("--release", text)) return GetDictionarySum(text);
+  if (!arguments.option("--sum", text)) return GetDictionarySum();
+  char* end = nullptr;
+  const unsigned long sum = strtoul(text.c_str(), &end, 16);
+  if (text.empty() || *end != '\0' || sum > INT32_MAX) throw UsageError("'" + text + "' is no checksum");
+  return static_cast<int>(sum);
+}
+
+void printEntry(Output& output, int index, const std::string& text) {
+  output.record(Record().number("index", index).text("text", text), std::to_string(index) + ' ' + text);
+}
+
+ExitStatus dict(Invocation& invocation) {
+  if (invocation.arguments.flag("--releases")) {
+    invocation.arguments.done();
+    ShowDictionarysList();
+    return kFound;
+  }
+  const int sum = takeChecksum(invocation.arguments);
+  const DictionaryVector& entries = GetDictionaryVector(sum);
+  const std::vector<std::string> keys = invocation.arguments.operands();
+  if (keys.empty())
+    for (size_t i = 0; i < entries.size(); ++i)
+      printEntry(invocation.output, static_cast<int>(i), entries[i]);
+  const StringArray dictionary(&GetDictionaryMap(sum), &entries);
+  ExitStatus status = kFound;
+  for (const std::string& key : keys) {
+    unsigned number = 0;
+    const bool isIndex = readNumber(key, number);
+    const int index = isIndex ? static_cast<int>(std::min<size_t>(number, INT32_MAX)) : dictionary[key];
+    if (index < 0 || static_cast<size_t>(index) >= entries.size())
+      status = kRefused;
+    else
+      printEntry(invocation.output, index, entries[index]);
+  }
+  return status;
+}
+
+const Command kCommands[] = {
+    {"blob", "[--attribute NAME] [FILE|-]", "show a serialized object",
+     "  --attribute A  show one attribute alone\n", blob},
+    {"dict", "[--sum HEX | --release VERSION] [INDEX|TEXT …] | --releases",
+     "show the string dictionary of the serialized objects",
+     "  --sum HEX      the list of that checksum and not the current one\n"
+     "  --release V    the list that a release wrote with\n"
+     "  --releases     the releases and their checksums\n",
+     dict},
+};
+
+}  // namespace
+
+Family objectCommands() {
+  return {"Look inside an object", kCommands, sizeof kCommands / sizeof *kCommands};
+}
+
+}  // namespace cli

@@ -1,0 +1,144 @@
+// Looking inside values, with no daemon: sid, guid, dn.
+
+#include <cctype>
+
+#include "base/dn.h"
+#include "base/guid.h"
+#include "cli/command.h"
+#include "util/include/error_util.h"
+#include "util/include/sid.h"
+
+namespace cli {
+
+namespace {
+
+using namespace vesk;
+
+SID readSid(const std::string& text) {
+  SID sid;
+  try {
+    if (text.compare(0, 2, "S-") == 0)
+      sid.fromMSString(text);
+    else if (text.find("<SID=") != std::string::npos)
+      sid.fromExtendedDN(text);
+    else if (text.compare(0, 1, "\\") == 0)
+      sid.fromEscapedString(text);
+    else
+      sid.fromB64String(text);
+  } catch (const VESKException& error) {
+    throw UsageError("'" + text + "' is no SID: " + error.what());
+  }
+  return sid;
+}
+
+ExitStatus sid(Invocation& invocation) {
+  const std::string text = invocation.arguments.operand("a SID");
+  invocation.arguments.done();
+  SID sid = readSid(text);
+  Record record;
+  record.text("text", sid.toMSString()).text("escaped", sid.toEscapedString()).text("extendedDN", sid.toDN());
+  const SID domain = sid.domainSID();
+  if (!domain.isNull()) record.text("domain", domain.toMSString()).number("rid", sid.getObjectRid());
+  record.boolean("builtin", sid.isBuiltinGroupSID());
+  invocation.output.record(record);
+  return kFound;
+}
+
+bool isHex(const std::string& text) {
+  for (const char c : text)
+    if (!isxdigit(static_cast<unsigned char>(c))) return false;
+  return true;
+}
+
+Guid readGuid(const std::string& text, bool stored) {
+  Guid guid;
+  if (Guid::isValidGuidStringFormat(text.c_str())) {
+    if (stored)
+      guid.fromString(text);
+    else
+      guid.fromRealMSString(text);
+  } else if (text.size() == 32 && isHex(text)) {
+    guid.fromString(text);
+  } else {
+    try {
+      guid.fromExtendedDN(text);
+    } catch (const VESKException&) {
+      throw UsageError("'" + text + "' is no GUID");
+    }
+  }
+  return guid;
+}
+
+ExitStatus guid(Invocation& invocation) {
+  const bool stored = invocation.arguments.flag("--stored");
+  const std::string text = invocation.arguments.operand("a GUID");
+  invocation.arguments.done();
+  const Guid guid = readGuid(text, stored);
+  invocation.output.record(Record()
+                               .text("text", guid.toRealMSString())
+                               .text("stored", guid.toString())
+                               .text("storedWithHyphens", guid.toMSString())
+                               .text("escaped", guid.toEscapedString())
+                               .text("extendedDN", guid.toDN()));
+  return kFound;
+}
+
+// What `fokrazo dn` can do to a text.
+constexpr struct {
+  const char* name;
+  std::string (*operation)(const std::string&);
+} kDnOperations[] = {
+    {"escape", DN::escapeDNString},
+    {"unescape", DN::unescapeDNString},
+    {"escape-ldap", DN::escapeLDAPString},
+    {"unescape-ldap", DN::unescapeLDAPString},
+    {"escape-filter", DN::escapeLDAPFilter},
+    {"escape-canonical", DN::escapeCanonicalString},
+    {"unescape-canonical", DN::unescapeCanonicalString},
+    {"canonical", DN::canonicalFromDN},
+    {"domain", DN::domainFromDN},
+    {"from-domain", DN::dnFromDomain},
+    {"parent", DN::parent},
+    {"cn", DN::cnFromDn},
+    {"plain", DN::dnFromExtendedDN},
+    {"guid", DN::guidFromDN},
+};
+
+ExitStatus dn(Invocation& invocation) {
+  const std::string name = invocation.arguments.operand("an operation");
+  const std::string text = invocation.arguments.operand("a text");
+  invocation.arguments.done();
+  for (const auto& row : kDnOperations) {
+    if (name != row.name) continue;
+    try {
+      const std::string result = row.operation(text);
+      invocation.output.record(Record().text(row.name, result), result);
+    } catch (const std::exception& error) {
+      throw UsageError(error.what());
+    }
+    return kFound;
+  }
+  throw UsageError("unknown operation " + name);
+}
+
+const Command kCommands[] = {
+    {"sid", "SID", "show a SID in all its forms",
+     "The SID is given as S-…, in base 64, with backslashes, or as <SID=…>.\n", sid},
+    {"guid", "[--stored] GUID", "show a GUID in all its forms",
+     "The GUID is given in its text form, as 32 digits in stored order, or as <GUID=…>.\n"
+     "  --stored       the text form too has the bytes in stored order\n",
+     guid},
+    {"dn", "OPERATION TEXT", "convert a distinguished name",
+     "Operations: escape, unescape, escape-ldap, unescape-ldap, escape-filter,\n"
+     "escape-canonical, unescape-canonical, canonical, domain, from-domain, parent, cn,\n"
+     "plain (without GUID and SID), guid.\n",
+     dn},
+};
+
+}  // namespace
+
+Family valueCommands() {
+  return {"Look inside a value", kCommands, sizeof kCommands / sizeof *kCommands};
+}
+
+}  // namespace cli

@@ -1,0 +1,164 @@
+// fokrazo: asks the daemon what a person wants to know, and looks inside the values that it deals in.
+
+#include <clocale>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+
+#include "cli/command.h"
+#include "lrpc/session.h"
+#include "util/include/error_util.h"
+#include "util/include/properties.h"
+
+namespace cli {
+
+namespace {
+
+constexpr char kDefaultSocket[] = "/var/velmora/daemon";
+
+const Family* families(size_t& count) {
+  static const Family all[] = {lookupCommands(), listingCommands(), daemonCommands(), accountCommands(),
+                               valueCommands(),  objectCommands(),  machineCommands()};
+  count = sizeof all / sizeof *all;
+  return all;
+}
+
+const Command* findCommand(const std::string& name) {
+  size_t count = 0;
+  const Family* all = families(count);
+  for (size_t i = 0; i < count; ++i)
+    for (size_t k = 0; k < all[i].count; ++k)
+      if (name == all[i].commands[k].name) return &all[i].commands[k];
+  return nullptr;
+}
+
+void printHelp() {
+  printf(
+      "usage: fokrazo [--socket PATH] [--json] [--timeout S] COMMAND …\n\n"
+      "  --socket PATH  the daemon's socket (default %s)\n"
+      "  --json         print one JSON object per line\n"
+      "  --timeout S    wait at most S seconds for the daemon in each step\n",
+      kDefaultSocket);
+  size_t count = 0;
+  const Family* all = families(count);
+  for (size_t i = 0; i < count; ++i) {
+    printf("\n%s:\n", all[i].title);
+    for (size_t k = 0; k < all[i].count; ++k)
+      printf("  %-16s %s\n", all[i].commands[k].name, all[i].commands[k].summary);
+  }
+  printf(
+      "\nfokrazo COMMAND --help tells more of one.\n"
+      "Exit status: 0 found, true or done; 1 not found, false or refused; 2 usage;\n"
+      "3 the daemon cannot be reached; 4 another failure.\n");
+}
+
+void printHelp(const Command& command) {
+  printf("usage: fokrazo [OPTION …] %s %s\n\n%s\n%s", command.name, command.synopsis, command.summary,
+         command.help);
+}
+
+struct Settings {
+  std::string socketPath = kDefaultSocket;
+  std::string timeout;
+  bool json = false;
+};
+
+// Options in front of the command's name; returns the position behind them.
+int takeSettings(int argc, char** argv, Settings& settings) {
+  int next = 1;
+  for (; next < argc && argv[next][0] == '-'; ++next) {
+    const std::string word = argv[next];
+    const bool isSocket = word == "--socket";
+    if (word == "--json") {
+      settings.json = true;
+    } else if (isSocket || word == "--timeout") {
+      if (++next == argc) throw UsageError("option " + word + " needs a value");
+      (isSocket ? settings.socketPath : settings.timeout) = argv[next];
+    } else {
+      throw UsageError("unknown option " + word);
+    }
+  }
+  return next;
+}
+
+void applyTimeout(const std::string& text) {
+  if (text.empty()) return;
+  unsigned seconds = 0;
+  if (!readNumber(text, seconds) || seconds == 0)
+    throw UsageError("option --timeout needs a number of seconds, not '" + text + "'");
+  for (const char* key : {"lrpc.timeout", "lrpc.connect.timeout"})
+    Props(false, false)->setValueList(key, {text}, false);
+}
+
+ExitStatus runCommand(int argc, char** argv) {
+  Settings settings;
+  const int next = takeSettings(argc, argv, settings);
+  if (next == argc) throw UsageError("no command given");
+  const Command* command = findCommand(argv[next]);
+  if (!command) throw UsageError(std::string("unknown command ") + argv[next]);
+  Arguments arguments(std::vector<std::string>(argv + next + 1, argv + argc));
+  if (arguments.flag("--help")) {
+    printHelp(*command);
+    return kFound;
+  }
+  applyTimeout(settings.timeout);
+  Output output(settings.json);
+  Daemon daemon(settings.socketPath);
+  Invocation invocation{arguments, output, daemon};
+  return command->run(invocation);
+}
+
+ExitStatus complain(ExitStatus status, const char* what) {
+  fflush(stdout);
+  fprintf(stderr, "fokrazo: %s\n", what);
+  return status;
+}
+
+ExitStatus run(int argc, char** argv) {
+  try {
+    return runCommand(argc, argv);
+  } catch (const UsageError& error) {
+    complain(kUsage, error.what());
+    fprintf(stderr, "fokrazo --help lists the commands.\n");
+    return kUsage;
+  } catch (const NoDaemonError& error) {
+    return complain(kNoDaemon, error.what());
+  } catch (const vesk::ConnectionBrokenException& error) {
+    return complain(kNoDaemon, error.what());
+  } catch (const vesk::TimeoutException& error) {
+    return complain(kNoDaemon, error.what());
+  } catch (const vesk::NotFoundException& error) {
+    return complain(kRefused, error.what());
+  } catch (const std::exception& error) {
+    return complain(kFailed, error.what());
+  }
+}
+
+}  // namespace
+
+Daemon::Daemon(std::string socketPath) : m_socketPath(std::move(socketPath)) {}
+Daemon::~Daemon() = default;
+
+vesk::LocalRpcSession& Daemon::session() {
+  if (m_session) return *m_session;
+  boost::scoped_ptr<vesk::LocalRpcSession> session(new vesk::LocalRpcSession(m_socketPath, false, false));
+  try {
+    session->reConnect(true);
+  } catch (const VESKException& error) {
+    throw NoDaemonError("no daemon at " + m_socketPath + ": " + error.what());
+  }
+  m_session.swap(session);
+  return *m_session;
+}
+
+}  // namespace cli
+
+int main(int argc, char** argv) {
+  if (argc == 2 && strcmp(argv[1], "--help") == 0) {
+    cli::printHelp();
+    return cli::kFound;
+  }
+  const cli::ExitStatus status = cli::run(argc, argv);
+  if (fflush(stdout) != 0) return cli::complain(cli::kFailed, "standard output cannot be written");
+  return status;
+}

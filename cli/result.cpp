@@ -1,0 +1,19 @@
+#include "cli/result.h"
+
+#include <string>
+
+#include "cli/output.h"
+#include "lrpc/session.h"
+
+namespace cli {
+
+ExitStatus report(Output& output, const vesk::LocalRpcSession& session, int result) {
+  const std::string text = vesk::LocalRpcSession::errorString(static_cast<vesk::ValidationResult>(result));
+  const std::string& message = session.statusMessage();
+  Record record;
+  record.number("result", result).text("text", text).text("message", message);
+  output.record(record, message.empty() ? text : text + ": " + shown(message));
+  return result == vesk::VR_SUCCESS ? kFound : kRefused;
+}
+
+}  // namespace cli
