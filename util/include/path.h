@@ -42,6 +42,8 @@ class FOKRAZO_API Path : public std::list<std::string> {
 
   /// Order of the texts, by bytes.
   bool operator<(const Path& other) const;
+  bool operator==(const Path& other) const;
+  bool operator!=(const Path& other) const { return !(*this == other); }
   /// Goes on with `right` below this path. @throws BadDataException `right` starts at the root
   Path& operator/=(const Path& right);
   Path operator/(const Path& right) const;

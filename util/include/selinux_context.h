@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <atomic>
+#include <memory>
 #include <string>
 
 #include "util/include/export.h"
@@ -38,16 +39,20 @@ class FOKRAZO_API SELinuxModule {
   SELinuxModule& operator=(const SELinuxModule&) = delete;
 
  private:
-  SELinuxModule();
-  ~SELinuxModule();
+  struct Close {
+    void operator()(void* handle) const;
+  };
 
-  void load();
+  SELinuxModule();
+
+  void findFunctions();
+  /// Looks one entry point up; false if the library lacks it.
   template <class Function>
   bool find(Function*& entry, const char* name);
 
   static std::atomic<SELinuxModule*> pInstance;
 
-  void* m_handle = nullptr;
+  std::unique_ptr<void, Close> m_handle;
 };
 
 }  // namespace vesk

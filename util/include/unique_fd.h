@@ -1,0 +1,39 @@
+/// Owner of one file descriptor. Internal.
+#pragma once
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace vesk {
+
+/// Closes its descriptor when it goes; leaves errno as it is. Belongs to one thread.
+class UniqueFd {
+ public:
+  UniqueFd() = default;
+  /// Takes over `fd`; -1 is none.
+  explicit UniqueFd(int fd) : m_fd(fd) {}
+  UniqueFd(UniqueFd&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
+  UniqueFd& operator=(UniqueFd&& other) noexcept {
+    std::swap(m_fd, other.m_fd);
+    return *this;
+  }
+  ~UniqueFd() {
+    const int error = errno;
+    close();
+    errno = error;
+  }
+
+  explicit operator bool() const { return m_fd >= 0; }
+  int get() const { return m_fd; }
+  /// Gives the descriptor up to the caller.
+  int release() { return std::exchange(m_fd, -1); }
+  /// As the system's call; 0 if there is none.
+  int close() { return m_fd >= 0 ? ::close(release()) : 0; }
+
+ private:
+  int m_fd = -1;
+};
+
+}  // namespace vesk
