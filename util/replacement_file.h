@@ -1,0 +1,40 @@
+/// A file that comes into being whole. Internal.
+#pragma once
+
+#include <string>
+
+#include "util/include/unique_fd.h"
+
+namespace vesk {
+
+/// What temporary files of key sets have in their names.
+constexpr char gTempFileMarker[] = ".KSET.TEMP";
+
+/// A temporary file beside a path. commit() puts it in the path's place in one step, whatever stands there: a
+/// link is replaced, not followed. An object that goes without that removes the temporary file; what a killed
+/// process leaves is known by gTempFileMarker.
+class ReplacementFile {
+ public:
+  /// Makes the temporary file, readable by its owner alone.
+  /// @throws IOException "Cannot open file …"
+  explicit ReplacementFile(const std::string& path);
+  ~ReplacementFile();
+  ReplacementFile(const ReplacementFile&) = delete;
+  ReplacementFile& operator=(const ReplacementFile&) = delete;
+
+  /// Name of the temporary file.
+  const std::string& name() const { return m_name; }
+  int fd() const { return m_fd.get(); }
+
+  /// Brings the content to the disk, so that a crash of the machine leaves no empty file, and renames.
+  /// @throws IOException "Cannot write file …", "Cannot rename file to …"
+  void commit();
+
+ private:
+  std::string m_path;
+  std::string m_name;
+  UniqueFd m_fd;
+  bool m_committed = false;
+};
+
+}  // namespace vesk
