@@ -27,8 +27,7 @@ class FOKRAZO_API Runnable {
   virtual ~Runnable();
 };
 
-/// What a queue takes, with the questions that the queue asks of it. All are asked under the queue's lock but
-/// `run`, `periodic` and `updateTimeout`'s own caller.
+/// What a queue takes, with what the queue asks of it. A queue asks under its lock, and runs an item without.
 class FOKRAZO_API QueueAble : public Runnable {
  public:
   /// Whether the queue looks for duplicates of this item.
@@ -101,7 +100,7 @@ class FOKRAZO_API RunQueue {
   static RunQueue* find(const std::string& name, unsigned int maxSize,
                         RunQueue* (*make)(const std::string& name, unsigned int maxSize), const char* kind);
 
-  // The operations below require m_mutex to be held.
+  // What follows requires m_mutex to be held.
 
   /// Throws, with `lock` released, if the queue is shutting down.
   void refuseIfShuttingDown(Lock& lock);

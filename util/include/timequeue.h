@@ -58,7 +58,7 @@ class FOKRAZO_API TimeQueue : public RunQueue {
 
  private:
   void runDue(Lock& lock, time_t deadline);
-  void runItem(QueueAble& item);
+  void runCaught(QueueAble& item);
 };
 
 }  // namespace vesk
