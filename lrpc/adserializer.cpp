@@ -335,7 +335,7 @@ std::string_view ADSerializer::takeText(const StringArray& dictionary) {
   uint32_t word = takeWord();
   if (word & kReference) {
     uint32_t index = word & ~kReference;
-    if (index >= static_cast<uint32_t>(dictionary.size())) throwBadIndex(index);
+    if (index >= static_cast<uint32_t>(dictionary.count())) throwBadIndex(index);
     return dictionary[static_cast<int>(index)];
   }
   return takeInline(word);
