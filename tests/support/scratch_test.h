@@ -1,0 +1,102 @@
+/// A fixture with a directory of its own, which also sees to it that a test leaves no descriptor open and the
+/// umask as it was; and children that look at the world as another user.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace testsupport {
+
+constexpr uid_t kOrdinaryUser = 1000;
+
+inline mode_t currentUmask() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return mask;
+}
+
+inline long openDescriptors() {
+  namespace fs = std::filesystem;
+  return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+}
+
+/// Runs `work` in a child, as that user if it is not 0. Returns 0 if no expectation failed there, and
+/// otherwise the child's wait status.
+template <class Work>
+int inChild(Work work, uid_t user = 0) {
+  fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    if (user != 0 && (setgid(user) != 0 || setuid(user) != 0)) _exit(99);
+    try {
+      work();
+    } catch (const std::exception& failure) {
+      ADD_FAILURE() << failure.what();
+    }
+    fflush(nullptr);
+    _exit(::testing::Test::HasFailure() ? 1 : 0);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  return status;
+}
+
+/// Whether children may become an ordinary user: only where the tests run as the system's own root.
+inline bool canBeOrdinaryUser() {
+  return inChild([] {}, kOrdinaryUser) == 0;
+}
+
+class ScratchTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char name[] = "/tmp/scratch-XXXXXX";
+    ASSERT_NE(mkdtemp(name), nullptr);
+    m_dir = name;
+    ASSERT_EQ(chmod(name, 0755), 0);
+    m_umask = currentUmask();
+    m_descriptors = openDescriptors();
+  }
+
+  void TearDown() override {
+    EXPECT_EQ(openDescriptors(), m_descriptors);
+    EXPECT_EQ(currentUmask(), m_umask);
+    std::filesystem::remove_all(m_dir);
+  }
+
+  /// A path in the test's directory.
+  std::string in(const std::string& name) const { return m_dir + "/" + name; }
+
+  static void put(const std::string& path, const std::string& content) {
+    std::ofstream file(path, std::ios::binary);
+    file << content;
+    file.close();
+    ASSERT_TRUE(file) << path;
+  }
+
+  static std::string get(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  }
+
+  static mode_t modeOf(const std::string& path) {
+    struct stat info;
+    return lstat(path.c_str(), &info) == 0 ? info.st_mode : 0;
+  }
+
+  std::string m_dir;
+
+ private:
+  mode_t m_umask = 0;
+  long m_descriptors = 0;
+};
+
+}  // namespace testsupport
