@@ -6,6 +6,8 @@
 ///   VESK_LOG(logger, Debug, "New socket %ld", socket);
 #pragma once
 
+#include <pthread.h>
+
 #include <atomic>
 #include <cstdarg>
 #include <string>
@@ -38,7 +40,7 @@ class FOKRAZO_API Logger {
 
   /// Whether a message of that level goes anywhere. Remembers inherited levels in the logger's own fields.
   bool isEnabled(LogLevel level) {
-    int own = m_level.load(std::memory_order_relaxed);
+    int own = m_knownLevel.load(std::memory_order_relaxed);
     if (own == kInherit) own = inheritLevel();
     if (level >= own) return true;
     int memory = m_memoryLevel.load(std::memory_order_relaxed);
@@ -86,20 +88,30 @@ class FOKRAZO_API Logger {
 
  private:
   friend struct LoggerTree;
-  friend class CircularBuffer;
 
   Logger(const std::string& name, boost::shared_ptr<Logger> parent);
 
+  // The slow halves of isEnabled: look upwards and remember what was found.
   int inheritLevel();
   int inheritMemoryLevel();
+  bool isHidden() const;
+  void appendPrefix(CharAccumulator<512>& text, LogLevel level, const char* file, int line,
+                    const char* function) const;
+  int nearest(std::atomic<int> Logger::*field) const;
 
   std::string m_fullName;
   std::string m_displayName;
-  boost::shared_ptr<Logger> m_parent;
-  std::atomic<int> m_level{kInherit};
-  std::atomic<int> m_memoryLevel{kInherit};
+  boost::shared_ptr<Logger> m_parent;        // empty in the root alone
+  std::atomic<int> m_level{kInherit};        // as configured
+  std::atomic<int> m_knownLevel{kInherit};   // what isEnabled found last; forgotten at each configuration
+  std::atomic<int> m_memoryLevel{kInherit};  // as configured, or what isEnabled found
   std::atomic<int> m_facility{kInherit};
   std::atomic<int> m_showMore{kInherit};
+
+  // The per-thread table of loggers.
+  static pthread_key_t g_LoggerTableKey;
+  static pthread_once_t g_LoggerTableKeyOnce;
+  static void MakeLoggerTableKey();
 };
 
 /// The logger of `name`, with "diag." in front if `diag`; empty after Logger::close. Takes no lock once the

@@ -1,0 +1,52 @@
+/// The write cache in front of the log file.
+#pragma once
+
+#include <cstdarg>
+#include <cstdio>
+
+#include "util/include/export.h"
+
+namespace vesk {
+
+/// Collects text and writes it to a stream in one piece. Inactive, with every operation a no-op, if its size
+/// is 0 or there was no memory. Failures of writing are not reported.
+/// Thread-safety: none; its owner locks.
+class FOKRAZO_API LogCache {
+ public:
+  explicit LogCache(unsigned int size);
+  LogCache(unsigned int size, FILE* file);
+  /// Writes out what is left.
+  virtual ~LogCache();
+  LogCache(const LogCache&) = delete;
+  LogCache& operator=(const LogCache&) = delete;
+
+  bool isActive() const { return m_buffer != nullptr; }
+  /// Replaces the stream, which stays the caller's and may be null: what is flushed then is lost.
+  void setFileFP(FILE* file) { m_file = file; }
+
+  /// Add text; a full cache is flushed as often as need be.
+  void append(const char* text);
+  void append(char c);
+  /// printf; the text is cut at 1023 characters.
+  void vsappend(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
+
+  /// Writes the content to the stream, through to the system, and empties the cache.
+  void flush();
+  /// Flushes; another size gives a new buffer. A null `file` leaves the stream as it is.
+  void reconfigure(unsigned int size, FILE* file);
+  /// Makes the buffer. 0, or -1 if there is no memory. Requires: there is none yet.
+  int initBuf(unsigned int size);
+  /// Flushes and gives the buffer back.
+  void destroyBuf();
+
+ private:
+  size_t makeRoom();
+
+  FILE* m_file = nullptr;
+  char* m_buffer = nullptr;
+  char* m_position = nullptr;  // first free byte
+  char* m_last = nullptr;      // the buffer's last byte
+  unsigned int m_size = 0;
+};
+
+}  // namespace vesk

@@ -1,0 +1,163 @@
+#include "util/include/log.h"
+
+#include <syslog.h>
+
+#include <cstring>
+
+#include <boost/make_shared.hpp>
+
+#include "util/include/circular_buffer.h"
+#include "util/include/file_logging.h"
+#include "util/include/mutex.h"
+#include "util/include/thread.h"
+#include "util/log_internal.h"
+
+namespace vesk {
+namespace {
+
+constexpr char kDiagPrefix[] = "diag.";
+constexpr size_t kInitialBuckets = 11;
+
+boost::shared_ptr<Logger>* gRootLogger = nullptr;  // this and the table guarded by gNamedLoggersProtect
+LoggerTable* gNamedLoggers = nullptr;
+std::atomic<bool> gIsLogShutdown{false};
+
+// Odd while the levels are being changed. A level that isEnabled worked out meanwhile is not remembered.
+std::atomic<unsigned> gLevelGeneration{0};
+
+}  // namespace
+
+Mutex& gNamedLoggersProtect() {
+  static Mutex& mutex = *new Mutex;
+  return mutex;
+}
+
+Mutex& gLogMessageProtect() {
+  static Mutex& mutex = *new Mutex;
+  return mutex;
+}
+
+boost::shared_ptr<CircularBuffer>& gCircularBuffer() {
+  static auto& buffer = *new boost::shared_ptr<CircularBuffer>;
+  return buffer;
+}
+
+Logger::Logger(const std::string& name, boost::shared_ptr<Logger> parent)
+    : m_fullName(name), m_displayName(name), m_parent(std::move(parent)) {
+  if (name.rfind(kDiagPrefix, 0) == 0) m_displayName.erase(0, strlen(kDiagPrefix));
+}
+
+bool LoggerTree::isShutDown() {
+  return gIsLogShutdown.load(std::memory_order_relaxed);
+}
+
+const boost::shared_ptr<Logger>& LoggerTree::root() {
+  return *gRootLogger;
+}
+
+LoggerTable& LoggerTree::table() {
+  return *gNamedLoggers;
+}
+
+void LoggerTree::init() {
+  if (isShutDown() || gNamedLoggers != nullptr) return;
+  static const bool overFork = (keepLoggingOverFork(), true);
+  (void)overFork;
+  gNamedLoggers = new LoggerTable(kInitialBuckets);
+  gRootLogger = new boost::shared_ptr<Logger>(new Logger("", nullptr));
+  setLevel(*root(), Logger::Info);
+  setMemoryLevel(*root(), Logger::Info);
+  setFacility(*root(), TextToFacility(kDefaultFacility));
+  setShowMore(*root(), 0);
+  Lock lock(gLogMessageProtect());
+  gCircularBuffer() = boost::make_shared<CircularBuffer>();
+}
+
+LoggerTree::LevelChange::LevelChange() {
+  gLevelGeneration.fetch_add(1);
+}
+
+LoggerTree::LevelChange::~LevelChange() {
+  gLevelGeneration.fetch_add(1);
+  root()->m_knownLevel = Logger::kInherit;
+  for (const auto& entry : table()) entry.second->m_knownLevel = Logger::kInherit;
+}
+
+boost::shared_ptr<Logger> Logger::GetLogger(const std::string& name) {
+  if (LoggerTree::isShutDown()) return {};
+  Lock lock(gNamedLoggersProtect());
+  LoggerTree::init();
+  if (LoggerTree::isShutDown()) return {};
+  if (name.empty()) return LoggerTree::root();
+  LoggerTable& table = LoggerTree::table();
+  const auto found = table.find(name);
+  if (found != table.end()) return found->second;
+
+  // All missing ancestors, root-most first.
+  boost::shared_ptr<Logger> logger = LoggerTree::root();
+  for (size_t end = name.find('.');; end = name.find('.', end + 1)) {
+    const std::string ancestor = name.substr(0, end);
+    if (!ancestor.empty()) {
+      boost::shared_ptr<Logger>& entry = table[ancestor];
+      if (!entry) entry.reset(new Logger(ancestor, logger));
+      logger = entry;
+    }
+    if (end == std::string::npos) return logger;
+  }
+}
+
+boost::shared_ptr<Logger> getLogger(const char* name, bool diag) {
+  return Logger::GetThreadPrivateLogger(diag ? std::string(kDiagPrefix) + name : std::string(name));
+}
+
+void Logger::close() {
+  Lock lock(gNamedLoggersProtect());
+  gIsLogShutdown = true;
+  delete gRootLogger;
+  gRootLogger = nullptr;
+  delete gNamedLoggers;
+  gNamedLoggers = nullptr;
+  Lock output(gLogMessageProtect());
+  gCircularBuffer().reset();
+  Lock destination(gFileLogging().mutex);
+  closelog();
+}
+
+int Logger::nearest(std::atomic<int> Logger::*field) const {
+  const Logger* logger = this;
+  int value;
+  while ((value = (logger->*field).load(std::memory_order_relaxed)) == kInherit && logger->m_parent)
+    logger = logger->m_parent.get();
+  return value;
+}
+
+int Logger::getEffectiveLevel() const {
+  return nearest(&Logger::m_level);
+}
+int Logger::getEffectiveMemoryLevel() const {
+  return nearest(&Logger::m_memoryLevel);
+}
+int Logger::getEffectiveFacility() const {
+  return nearest(&Logger::m_facility);
+}
+int Logger::getShowMore() const {
+  return nearest(&Logger::m_showMore);
+}
+
+int Logger::inheritLevel() {
+  const unsigned before = gLevelGeneration.load();
+  const int level = getEffectiveLevel();
+  if (before % 2 != 0) return level;
+  m_knownLevel = level;
+  if (gLevelGeneration.load() != before) m_knownLevel = kInherit;
+  return level;
+}
+
+int Logger::inheritMemoryLevel() {
+  int own = kInherit;
+  const int level = getEffectiveMemoryLevel();
+  m_memoryLevel.compare_exchange_strong(own, level);
+  return level;
+}
+
+}  // namespace vesk

@@ -1,0 +1,89 @@
+#include "util/include/log_cache.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace vesk {
+
+LogCache::LogCache(unsigned int size) {
+  initBuf(size);
+}
+
+LogCache::LogCache(unsigned int size, FILE* file) : m_file(file) {
+  initBuf(size);
+}
+
+LogCache::~LogCache() {
+  destroyBuf();
+}
+
+int LogCache::initBuf(unsigned int size) {
+  m_buffer = m_position = m_last = nullptr;
+  m_size = 0;
+  if (size == 0) return 0;
+  m_buffer = static_cast<char*>(calloc(size, 1));
+  if (m_buffer == nullptr) return -1;
+  m_size = size;
+  m_position = m_buffer;
+  m_last = m_buffer + size - 1;
+  return 0;
+}
+
+void LogCache::destroyBuf() {
+  flush();
+  free(m_buffer);
+  m_buffer = m_position = m_last = nullptr;
+  m_size = 0;
+}
+
+// The last byte stays free, except in a cache of one byte, which takes that one.
+size_t LogCache::makeRoom() {
+  if (m_position >= m_last && m_position > m_buffer) flush();
+  return std::max<size_t>(m_last - m_position, 1);
+}
+
+void LogCache::append(const char* text) {
+  if (!isActive()) return;
+  for (size_t left = strlen(text), count; left > 0; left -= count) {
+    count = std::min(left, makeRoom());
+    memcpy(m_position, text, count);
+    m_position += count;
+    text += count;
+  }
+}
+
+void LogCache::append(char c) {
+  if (!isActive()) return;
+  makeRoom();
+  *m_position++ = c;
+}
+
+void LogCache::vsappend(const char* format, va_list args) {
+  char text[1024] = {};
+  vsnprintf(text, sizeof text, format, args);
+  append(text);
+}
+
+void LogCache::flush() {
+  if (!isActive()) return;
+  const size_t used = m_position - m_buffer;
+  if (m_file != nullptr && used > 0) {
+    fwrite(m_buffer, 1, used, m_file);
+    fflush(m_file);
+  }
+  memset(m_buffer, 0, used);
+  m_position = m_buffer;
+}
+
+void LogCache::reconfigure(unsigned int size, FILE* file) {
+  if (file != nullptr) m_file = file;
+  if (size == m_size) {
+    flush();
+  } else {
+    destroyBuf();
+    initBuf(size);
+  }
+}
+
+}  // namespace vesk

@@ -1,0 +1,182 @@
+// Applying the configuration to the tree of loggers.
+
+#include <cstdlib>
+#include <memory>
+
+#include "util/include/circular_buffer.h"
+#include "util/include/log.h"
+#include "util/include/properties.h"
+#include "util/log_internal.h"
+#include "util/log_queue.h"
+
+namespace vesk {
+namespace {
+
+// One run over the configuration. Requires: both locks of the logger are held.
+class Reconfiguration {
+ public:
+  explicit Reconfiguration(Properties& properties) : m_properties(properties) {}
+
+  void forgetEverything();
+  void readLevels();
+  void readFacilities();
+  void readShowMore();
+  void readMemoryLevels();
+  void startMemoryLog(CircularBuffer& buffer, unsigned int ringSize);
+
+ private:
+  using Entry = std::pair<const std::string, std::string>;
+
+  // Calls `apply` with the name behind the prefix and the entry, for every property under the prefix. A name
+  // that is empty gives `complaint`, a format of the whole key.
+  template <class Apply>
+  void forEach(const std::string& prefix, const char* complaint, Apply apply);
+  void readFacility(const std::string& program);
+  int rootFacility(const std::string& key);
+
+  Logger& root() { return *LoggerTree::root(); }
+
+  Properties& m_properties;
+  boost::shared_ptr<Logger> m_logger;  // takes the complaints
+};
+
+template <class Apply>
+void Reconfiguration::forEach(const std::string& prefix, const char* complaint, Apply apply) {
+  const std::unique_ptr<Properties::Map> entries(m_properties.getMap(prefix));
+  if (!entries) return;
+  for (const Entry& entry : *entries) {
+    const std::string name = entry.first.substr(prefix.size());
+    if (name.empty())
+      VESK_LOG(m_logger, Warn, complaint, entry.first.c_str());
+    else
+      apply(name, entry);
+  }
+}
+
+// What a logger remembers of its memory level stays.
+void Reconfiguration::forgetEverything() {
+  LoggerTree::setLevel(root(), Logger::Fatal);
+  for (const auto& entry : LoggerTree::table()) {
+    LoggerTree::setLevel(*entry.second, Logger::kInherit);
+    LoggerTree::setFacility(*entry.second, Logger::kInherit);
+    LoggerTree::setShowMore(*entry.second, Logger::kInherit);
+  }
+}
+
+void Reconfiguration::readLevels() {
+  m_logger = Logger::GetLogger(kLoggingLogger);
+  LoggerTree::setLevel(*m_logger, Logger::Warn);
+  LoggerTree::setMemoryLevel(*m_logger, Logger::Warn);
+  LoggerTree::setFacility(*m_logger, TextToFacility(kDefaultFacility));
+
+  const std::string text = m_properties.getString("log");
+  int level = TextToLevel(text);
+  if (level == Logger::kInherit) {
+    VESK_LOG(m_logger, Warn, "Illegal value for property 'log': '%s'. Using 'INFO'.", text.c_str());
+    level = Logger::Info;
+  }
+  LoggerTree::setLevel(root(), level);
+  forEach("log.", "Illegal log name: '%s'", [this](const std::string& name, const Entry& entry) {
+    const int own = TextToLevel(entry.second);
+    if (own == Logger::kInherit)
+      VESK_LOG(m_logger, Warn, "Illegal log level. Property: '%s', value: '%s'", entry.first.c_str(),
+               entry.second.c_str());
+    else
+      LoggerTree::setLevel(*Logger::GetLogger(name), own);
+  });
+  LoggerTree::setLevel(*Logger::GetLogger("client"), Logger::Trace);
+}
+
+// A program's own facility beats the general one.
+void Reconfiguration::readFacilities() {
+  readFacility("*");
+  readFacility(programName());
+  if (LoggerTree::facility(root()) == Logger::kInherit)
+    LoggerTree::setFacility(root(), TextToFacility(kDefaultFacility));
+}
+
+void Reconfiguration::readFacility(const std::string& program) {
+  const std::string prefix = "logger.facility.";
+  const int facility = rootFacility(prefix + program);
+  if (facility != Logger::kInherit) LoggerTree::setFacility(root(), facility);
+  forEach(prefix, "Illegal facility name: '%s'", [this](const std::string& name, const Entry& entry) {
+    const int own = TextToFacility(entry.second);
+    if (own == Logger::kInherit)
+      VESK_LOG(m_logger, Warn, "Illegal log facility. Property: '%s', value: '%s'", entry.first.c_str(),
+               entry.second.c_str());
+    else
+      LoggerTree::setFacility(*Logger::GetLogger(name), own);
+  });
+}
+
+int Reconfiguration::rootFacility(const std::string& key) {
+  const std::string value = m_properties.getString(key);
+  if (value.empty()) return Logger::kInherit;
+  const int facility = TextToFacility(value);
+  if (facility != Logger::kInherit) return facility;
+  VESK_LOG(m_logger, Warn, "Illegal value facility name: '%s' for '%s'. Using '%s'.", value.c_str(),
+           key.c_str(), kDefaultFacility);
+  return TextToFacility(kDefaultFacility);
+}
+
+void Reconfiguration::readShowMore() {
+  const int bits = m_properties.getInt("logger.showmore", 0);
+  LoggerTree::setShowMore(root(), bits == Logger::kInherit ? 0 : bits);
+  forEach("logger.showmore.", "Illegal log name: '%s'", [](const std::string& name, const Entry& entry) {
+    const int own = entry.second.empty() ? Logger::kInherit : atoi(entry.second.c_str());
+    LoggerTree::setShowMore(*Logger::GetLogger(name), own);
+  });
+}
+
+void Reconfiguration::readMemoryLevels() {
+  LoggerTree::setMemoryLevel(root(), memoryLevel(m_properties.getString("logger.memory.log"), m_logger));
+  forEach("logger.memory.log.", "Illegal log.memory name: '%s'",
+          [](const std::string& name, const Entry& entry) {
+            LoggerTree::setMemoryLevel(*Logger::GetLogger(name), TextToLevel(entry.second));
+          });
+}
+
+void Reconfiguration::startMemoryLog(CircularBuffer& buffer, unsigned int ringSize) {
+  if (!m_properties.getBool("logger.memory.enabled", false)) return;
+  buffer.init(m_logger, ringSize);
+  if (buffer.isEnabled())
+    VESK_LOG(m_logger, Warn, "circular buffer has been enabled\n");
+  else
+    VESK_LOG(m_logger, Warn, "circular buffer is not enabled\n");
+}
+
+}  // namespace
+
+// The locks are taken in the one order that the configuration's own thread has too.
+void Logger::ReconfigureLevels(Properties& properties) {
+  const DestinationSettings destination = DestinationSettings::read();
+  const unsigned int ringSize = CircularBuffer::configuredSize();
+  HeldMessages held;
+  Lock configuration(properties.mutex);
+  Lock tree(gNamedLoggersProtect());
+  Lock output(gLogMessageProtect());
+  LoggerTree::init();
+  if (LoggerTree::isShutDown()) return;
+  HeldMessages::Scope hold(held);
+  LoggerTree::LevelChange change;
+
+  Reconfiguration run(properties);
+  run.forgetEverything();
+  destination.apply();
+  run.readLevels();
+  run.readFacilities();
+  run.readShowMore();
+  const boost::shared_ptr<CircularBuffer>& buffer = gCircularBuffer();
+  if (!buffer || !buffer->isActive()) return;
+  run.readMemoryLevels();
+  run.startMemoryLog(*buffer, ringSize);
+}
+
+bool Logger::ignoreProgram(const char* name) {
+  const auto programs = Props(false, false)->getValueList("logger.program.ignore", "");
+  for (const std::string& program : *programs)
+    if (program == name) return true;
+  return false;
+}
+
+}  // namespace vesk

@@ -1,0 +1,46 @@
+#include "util/include/log_gzip.h"
+
+#include <sys/stat.h>
+#include <zlib.h>
+
+#include <cstdio>
+#include <memory>
+
+namespace vesk {
+namespace {
+
+constexpr unsigned int kBlock = 16384;
+
+using File = std::unique_ptr<FILE, int (*)(FILE*)>;
+using GzFile = std::unique_ptr<gzFile_s, int (*)(gzFile)>;
+
+bool exists(const char* path) {
+  struct stat ignored;
+  return path != nullptr && stat(path, &ignored) == 0;
+}
+
+}  // namespace
+
+void gzip(const char* from, const char* to) {
+  if (to == nullptr || !exists(from)) return;
+  const File source(fopen(from, "re"), fclose);
+  if (!source) return;
+  const GzFile target(gzopen(to, "we"), gzclose);
+  if (!target) return;
+  char block[kBlock];
+  for (size_t count; (count = fread(block, 1, sizeof block, source.get())) > 0;)
+    if (gzwrite(target.get(), block, static_cast<unsigned int>(count)) <= 0) return;
+}
+
+void gunzip(const char* from, const char* to) {
+  if (to == nullptr || !exists(from)) return;
+  const GzFile source(gzopen(from, "re"), gzclose);
+  if (!source) return;
+  const File target(fopen(to, "we"), fclose);
+  if (!target) return;
+  char block[kBlock];
+  for (int count; (count = gzread(source.get(), block, sizeof block)) > 0;)
+    if (fwrite(block, 1, static_cast<size_t>(count), target.get()) != static_cast<size_t>(count)) return;
+}
+
+}  // namespace vesk

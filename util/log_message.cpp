@@ -1,0 +1,197 @@
+// How a message is built: the prefix and the caller's format become one format, which each sink expands.
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "util/include/char_accumulator.h"
+#include "util/include/circular_buffer.h"
+#include "util/include/clock.h"
+#include "util/include/error_util.h"
+#include "util/include/log.h"
+#include "util/include/mutex.h"
+#include "util/include/osport.h"
+#include "util/log_internal.h"
+
+extern "C" const char* __progname;
+
+namespace vesk {
+
+using Text = CharAccumulator<512>;
+
+thread_local int LogCall::depth = 0;
+
+namespace {
+
+bool isEmpty(const char* text) {
+  return text == nullptr || *text == '\0';
+}
+
+// What does not change while the process lives; a child after a fork shows its parent's number.
+struct ProcessIdentity {
+  char host[64];
+  int pid = static_cast<int>(getpid());
+
+  ProcessIdentity() {
+    if (gethostname(host, sizeof host) != 0) strcpy(host, "NOHOSTNAME");
+    host[sizeof host - 1] = '\0';
+    host[strcspn(host, ".")] = '\0';
+  }
+};
+
+void appendFile(Text& text, const char* file) {
+  const char* slash = strrchr(file, '/');
+  text.appendPlain(slash != nullptr ? slash + 1 : file);
+}
+
+void appendLine(Text& text, int line) {
+  char digits[16];
+  snprintf(digits, sizeof digits, ":%d", line);
+  text.append(digits);
+}
+
+// As in "session.cpp:120:reConnect()", with the quotes.
+void appendPosition(Text& text, int showMore, const char* file, int line, const char* function) {
+  const bool showFile = (showMore & Logger::ShowFile) != 0 && !isEmpty(file);
+  const bool showFunction = (showMore & Logger::ShowFunction) != 0;
+  if (!showFile && !(showFunction && !isEmpty(function))) return;
+  text.append('"');
+  if (showFile) {
+    appendFile(text, file);
+    if ((showMore & Logger::ShowLine) != 0 && line >= 1) appendLine(text, line);
+    if (showFunction && function != nullptr) text.append(':');
+  }
+  if (showFunction && !isEmpty(function)) {
+    text.appendPlain(function);
+    text.append("()");
+  }
+  text.append("\" ");
+}
+
+void appendLevel(Text& text, Logger::LogLevel level) {
+  char padded[8];
+  snprintf(padded, sizeof padded, "%-5.5s ", LevelToText(level));
+  text.append(padded);
+}
+
+__attribute__((format(printf, 1, 0))) void logToMemory(const char* format, va_list args) {
+  Lock lock(gLogMessageProtect());
+  if (gCircularBuffer()) gCircularBuffer()->log(format, args);
+}
+
+constexpr unsigned int kBytesPerRow = 16;
+
+// Sixteen columns of "xx " and, from column 50 on, the characters; one blank ends the row.
+void formatHexRow(char (&row)[81], const unsigned char* data, unsigned int count) {
+  constexpr unsigned int kCharacters = 50;
+  static const char kDigits[] = "0123456789abcdef";
+  memset(row, ' ', sizeof row);
+  for (unsigned int i = 0; i < count; ++i) {
+    row[3 * i] = kDigits[data[i] >> 4];
+    row[3 * i + 1] = kDigits[data[i] & 15];
+    row[kCharacters + i] = data[i] >= 0x20 && data[i] <= 0x7F ? static_cast<char>(data[i]) : '.';
+  }
+  row[kCharacters + count + 1] = '\0';
+}
+
+}  // namespace
+
+char* unfinishedConversion(char* format) {
+  for (char* percent = format; (percent = strchr(percent, '%')) != nullptr;) {
+    char* conversion = percent + 1 + strspn(percent + 1, "#0- +'I123456789.*$hlLqjzt");
+    if (*conversion == '\0') return percent;
+    percent = conversion + 1;
+  }
+  return format + strlen(format);
+}
+
+const char* programName() {
+  try {
+    if (isEmpty(__progname)) detect_progname();
+  } catch (const VESKException&) {
+    return "unknown";
+  }
+  return __progname;
+}
+
+int BuildMessagePrefix(char* buffer, int size, const char* lead) {
+  if (buffer == nullptr || size <= 0) return 0;
+  static const ProcessIdentity process;
+  const time_t now = dayclock::now();
+  char time[64];
+  tm local;
+  if (localtime_r(&now, &local) == nullptr || strftime(time, sizeof time, "%F %T %z", &local) == 0)
+    time[0] = '\0';
+  const int length = snprintf(buffer, static_cast<size_t>(size), "%s%s %s %s[%d]: ", lead, time, process.host,
+                              programName(), process.pid);
+  return length < size ? length : size;
+}
+
+void Logger::appendPrefix(Text& text, LogLevel level, const char* file, int line,
+                          const char* function) const {
+  appendLevel(text, level);
+  if (const char* thread = GetThreadName()) {
+    text.append('<');
+    text.appendPlain(thread);
+    text.append("> ");
+  }
+  if (!isHidden()) {
+    text.appendPlain(m_displayName.c_str());
+    text.append(' ');
+  }
+  appendPosition(text, getShowMore(), file, line, function);
+}
+
+// "client" and its descendants do not show their names.
+bool Logger::isHidden() const {
+  return m_displayName == "client" || m_displayName.compare(0, 7, "client.") == 0;
+}
+
+void Logger::log(LogLevel level, const char* file, int line, const char* function, const char* format, ...) {
+  if (!isEnabled(level) || LogCall::tooDeep()) return;
+  LogCall call;
+  Text text;
+  appendPrefix(text, level, file, line, function);
+  text.append(format);
+  va_list args;
+  va_start(args, format);
+  if (level >= getEffectiveMemoryLevel()) {
+    va_list again;
+    va_copy(again, args);
+    logToMemory(text.terminate(), again);
+    va_end(again);
+  }
+  if (level >= getEffectiveLevel()) WriteMessage(getEffectiveFacility(), level, text, args);
+  va_end(args);
+}
+
+void Logger::logSysErr(LogLevel level, int errnum, const char* file, int line, const char* function,
+                       const char* format, ...) {
+  if (!isEnabled(level) || LogCall::tooDeep()) return;
+  LogCall call;
+  Text text;
+  appendPrefix(text, level, file, line, function);
+  text.append(format);
+  text.append(": ");
+  text.appendPlain(strerror(errnum));
+  va_list args;
+  va_start(args, format);
+  WriteMessage(getEffectiveFacility(), level, text, args);
+  va_end(args);
+}
+
+void Logger::hexData(LogLevel level, const char* caption, const unsigned char* data, unsigned int length) {
+  if (!isEnabled(level)) return;
+  log(level, kLogSource, __LINE__, "hexData", "%s", caption);
+  for (unsigned int done = 0, count; done < length; done += count) {
+    char row[81];
+    count = std::min(length - done, kBytesPerRow);
+    formatHexRow(row, data + done, count);
+    log(level, kLogSource, __LINE__, "hexData", "%s", row);
+  }
+}
+
+}  // namespace vesk

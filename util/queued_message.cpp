@@ -1,0 +1,26 @@
+#include "util/include/queued_message.h"
+
+#include <cstdio>
+
+#include "util/include/log_destination.h"
+
+namespace vesk {
+
+QueuedMessage::QueuedMessage(int priority, const char* format, va_list args) : m_priority(priority) {
+  if (vsnprintf(m_text, sizeof m_text, format, args) < 0) m_text[0] = '\0';
+}
+
+QueuedMessage::~QueuedMessage() = default;
+
+void QueuedMessage::run() {
+  writeMessage("%s", m_text);
+}
+
+void QueuedMessage::writeMessage(const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  FinalRendering(m_priority, format, args);
+  va_end(args);
+}
+
+}  // namespace vesk
