@@ -454,18 +454,18 @@ void ADSerializer::dumpHeader(std::ostream& out) const {
       << "    isIndexed: " << (getIndexed() ? 1 : 0) << '\n';
 }
 
-// Returns where the record ends, or null after a damaged one.
+// Returns where the record ends, or null after a damaged one. A name of no bytes can only be damage.
 const unsigned char* ADSerializer::dumpRecord(const unsigned char* record, std::ostream& out) const {
   const unsigned char* valueCount = findAttributeData(record);
-  if (!valueCount || load<uint32_t>(record) == 0) {
-    size_t left = remaining(record);
-    out << "truncated serializer at " << left - std::min(left, kWord) << " bytes\n";
-    return nullptr;
+  const unsigned char* end = nullptr;
+  if (valueCount && load<uint32_t>(record) != 0) {
+    ADAttribute attribute(nameAt(record - m_data));
+    end = readValues(valueCount, attribute);
+    out << "  ";
+    attribute.dump(out);
   }
-  ADAttribute attribute(nameAt(record - m_data));
-  const unsigned char* end = readValues(valueCount, attribute);
-  out << "  ";
-  attribute.dump(out);
+  size_t left = remaining(record);
+  if (!end) out << "truncated serializer at " << left - std::min(left, kWord) << " bytes\n";
   return end;
 }
 
