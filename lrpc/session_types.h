@@ -1,0 +1,58 @@
+/// The numbers that the session and the daemon have in common. Wire values: never renumber.
+#pragma once
+
+namespace vesk {
+
+// Flags of the lookups.
+constexpr int UNIX_ONLY = 1;         ///< only objects with a Unix profile
+constexpr int CHECK_AD_FIRST = 2;    ///< ask the directory before the cache
+constexpr int GROUP_MEMBERSHIP = 4;  ///< with the memberships
+// Name forms, for LocalRpcSession::validateUserGroup alone.
+constexpr int UNIX_NAME = 8;
+constexpr int WINDOWS_NAME = 16;
+
+/// How the daemon goes about its cache. No operation of the session sends one.
+enum CacheOperation : int {
+  COPS_NOCACHE = 0,
+  COPS_WONLY = 2,
+  COPS_RONLY = 5,
+  COPS_DEFAULTS = 7,
+  COPS_REFRESH_RONLY = 13,
+  COPS_REFRESH = 15,
+  COPS_NOXREAD = 19,
+  COPS_CACHE_ONLY = 83,
+  COPS_EXPIRE_REFRESH = 271,
+  COPS_CLIENT_DEFAULTS = 1031,
+  COPS_CLIENT_REFRESH = 1039,
+};
+
+// What LocalRpcSession::flushCache flushes, a bit set.
+constexpr unsigned int FLUSH_OBJ_CACHE = 1;
+constexpr unsigned int FLUSH_DNS_CACHE = 2;
+constexpr unsigned int FLUSH_AUTH_STORE = 4;
+constexpr unsigned int FLUSH_EXPIRE_OBJ_CACHE = 8;
+constexpr unsigned int FLUSH_TRUSTS_CACHE = 16;
+constexpr unsigned int FLUSH_REFRESH_BINDING = 32;
+constexpr unsigned int FLUSH_PMON = 64;
+constexpr unsigned int FLUSH_SYSTEM_HEALTH = 128;
+
+/// The kind of object that is wanted or listed.
+enum DSObjectType : int {
+  DSUser = 0,
+  DSGroup = 1,
+  DSShadow = 2,
+  DSAny = 24,  ///< by SID alone
+};
+
+/// What the key of a lookup is.
+enum KeyKind : int {
+  KeyName = 0,
+  KeyGuid = 1,
+  KeyId = 2,  ///< a uid or gid
+  KeySid = 3,
+};
+
+/// How deep a search goes: a number of the daemon's, passed on as it is.
+enum LdapSearchScopeType : int {};
+
+}  // namespace vesk

@@ -1,0 +1,27 @@
+/// Text that is not left behind in memory.
+#pragma once
+
+#include <cstring>
+#include <string>
+
+namespace vesk {
+
+/// A string for secrets: its destructor overwrites the text. Only the object's own text is wiped. What was
+/// copied from it or moved out by string's own operations, and memory that it gave up while it grew, is not:
+/// make it at its full length, and hand it on by reference.
+/// Thread-safety: as string.
+class Shredder : public std::string {
+ public:
+  Shredder() = default;
+  /// A copy; the caller wipes the original.
+  Shredder(const std::string& text) : std::string(text) {}
+  /// A move copies, so that each object wipes its own text.
+  Shredder(const Shredder&) = default;
+  Shredder& operator=(const Shredder&) = default;
+  ~Shredder() {
+    explicit_bzero(data(), size());  // unlike memset, it stays although nothing reads the bytes again
+    clear();
+  }
+};
+
+}  // namespace vesk
