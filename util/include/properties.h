@@ -4,18 +4,22 @@
 
 #include <strings.h>
 
-#include <cstdio>
+#include <functional>
 #include <iosfwd>
 #include <list>
 #include <map>
+#include <memory>
 #include <string>
 
 #include <boost/shared_ptr.hpp>
 
 #include "util/include/export.h"
 #include "util/include/mutex.h"
+#include "util/include/property_syntax.h"
 
 namespace vesk {
+
+class Logger;
 
 /// Order of property keys: case does not count.
 struct StringCaseLessThan {
@@ -25,16 +29,34 @@ struct StringCaseLessThan {
 };
 
 /// Keys with their values, as one file holds them. Keys ignore case; the first spelling stays.
+///
+/// A load expands `$` variables for a program that reads the file. For a program that changes it, a load
+/// without expansion (rewriting mode) keeps the references: values then carry marks that saveProperty takes
+/// off again, and the file comes back as it was.
+///
 /// Thread-safety: each operation holds the object's own lock; a reader sees the old file or the new one
-/// whole.
-class FOKRAZO_API Properties {
+/// whole. Nothing here throws for a bad file: what is wrong goes to the log ("util.properties"), and the
+/// callers' defaults answer.
+class FOKRAZO_API Properties : public PropertySyntax {
  public:
   using Map = std::map<std::string, std::string, StringCaseLessThan>;
-  using ValueList = std::list<std::string>;
+  using ValueListPtr = boost::shared_ptr<const ValueList>;
   using iterator = Map::iterator;
 
   explicit Properties(bool expandVariables = true, bool debugDump = false);
   ~Properties();
+
+  /// Reads a plain file, over what is held already: its keys replace older ones, others stay. `expand`
+  /// false is the rewriting mode. Reconfigures the loggers from the result.
+  void load(const char* path, bool expand);
+  /// The same from a stream that the caller has opened.
+  void load(std::istream& stream, bool expand);
+  /// Forgets everything and reads /etc/velmora/velmora.conf with expansion. Returns loaded().
+  bool reload();
+  /// Whether the last load reached the end of its file.
+  bool loaded();
+  /// Whether a value was changed here since the last load or save.
+  bool modified();
 
   /// The value, empty if the key is missing.
   std::string getString(const std::string& key);
@@ -43,20 +65,105 @@ class FOKRAZO_API Properties {
   /// true, yes, 1 or false, no, 0 in any case; anything else gives `fallback`.
   bool getBool(const std::string& key, bool fallback);
   /// A duration in seconds. The value is a number and perhaps a unit letter of s, m, h, d, w, M, y; `unit`
-  /// counts where it has none, and for `fallback`.
+  /// counts where it has none, and for `fallback`. -1 stands for itself.
   long getTime(const std::string& key, char unit, unsigned int fallback);
   /// Looks the final value up in one step; false if the key is missing, with `value` untouched.
   bool lookup(const std::string& key, std::string& value);
+  /// The items of a list, else those of `fallback`, which is written as a value of the file. Either may be
+  /// "file:" and a path: the items are then the lines of that file, if SecureOpenForReading lets it pass.
+  /// Never null. A list of the file's own is parsed once and shared until the next load.
+  ValueListPtr getValueList(const std::string& key, const std::string& fallback);
+  /// The items of a values file that is open already.
+  static boost::shared_ptr<ValueList> getValueList(std::istream& stream);
 
-  // What else a configuration file offers is declared below by the room that owns this header.
+  /// All entries whose key has the prefix in any case, with their whole keys; null if there is none.
+  std::unique_ptr<Map> getMap(const std::string& prefix);
+  /// The range of those entries; false if it is empty. The caller holds `mutex` as long as it uses them, and
+  /// so for findPrefix.
+  bool filter(const std::string& prefix, iterator& begin, iterator& end);
+  /// The first key that begins with the prefix, case counting; the end of filter("") if there is none.
+  iterator findPrefix(const std::string& prefix);
+  /// Whether the key is there in just this spelling.
+  bool keyExists(const std::string& key);
+  /// prefix.key or prefix.key.suffix; an empty prefix becomes "brondalt".
+  static std::string makeKey(const std::string& prefix, const std::string& key, const std::string& suffix);
+
+  /// Sets a value in memory: any text, which lookups give back as it is. In rewriting mode each "$" of it
+  /// comes back doubled, as from a file that escapes it.
+  /// False for a key that no file can hold, with nothing changed.
+  bool setString(const std::string& key, const std::string& value);
+  /// Sets a value in memory as if the file had the line "key: text": quotes, escapes, variables and
+  /// references to files count. False for a key or a text that is no single line.
+  bool setText(const std::string& key, const std::string& text);
+  /// Sets a list in memory: its items joined by blanks, escaped only where an item would not be read back.
+  /// Without `keepDollar` a "$" in an item is a reference to a variable where the file is written.
+  void setValueList(const std::string& key, const ValueList& list, bool keepDollar);
+  /// Adds items that are not there yet, and sorts the list. False if that changes nothing.
+  bool addValueList(const std::string& key, const ValueList& list, bool keepDollar);
+  /// Removes items; case counts. False if none was there.
+  bool delValueList(const std::string& key, const ValueList& list, bool keepDollar);
+  /// Removes a key from memory; a save then makes a comment of its line. False if it is not there.
+  bool remove(const std::string& key);
+
+  /// Brings the file in line with the values in memory. Comments, order and the lines whose values did not
+  /// change stay; a key that is gone becomes a comment, a new one takes the place of its commented-out line
+  /// or goes to the end. One process at a time, by a lock file beside it (path + ".lock"), for which this
+  /// waits a second. The file is replaced by rename: whoever reads it sees the old or the new one, also if
+  /// this process is killed. Its mode becomes 0644. 0, or -1 with a message in the log and the old file
+  /// untouched. There must be a file to begin with.
+  int saveProperty(const std::string& path);
+  /// Changes a file as one step against other processes that save it: loads it in rewriting mode into an
+  /// object of its own, calls `change`, and saves, all under the lock file. Nothing is written if `change`
+  /// gives false. Result as of saveProperty. What `change` throws is passed on, with the lock file gone.
+  static int update(const std::string& path, const std::function<bool(Properties&)>& change);
+
+  /// Makes a lock file that must not exist yet, after a second at most. One that is older than a minute is
+  /// taken for left behind. A descriptor, or -1 with errno.
+  static int createLockFile(const std::string& lockPath);
+  /// Closes and removes it. 0, or -1 if either fails.
+  static int releaseLockFile(const std::string& lockPath, int descriptor);
+
+  /// Writes "#", `header` and a newline, unless the header is empty, and then every entry as key=value.
+  void store(std::ostream& stream, const std::string& header);
+  /// store on the standard error stream.
+  void dump();
 
   /// Guards all the maps; recursive. Order: gPropMtx, this, then the loggers' locks.
   Mutex mutex;
 
-  static Mutex gPropMtx;
+  /// The object of Props; null before its first call.
+  static Properties* gVeskProperties;
+  /// Guards its making. Never destroyed: what runs at the process's end may still read properties.
+  static Mutex& gPropMtx;
 
  private:
-  Map m_values;
+  class Print;
+  class Saver;
+
+  // All below expect `mutex` to be held.
+  void begin(bool expand);
+  void parse(const std::string& text);
+  void finish();
+  void loadVariable(const std::string& name, const char* setting);
+  void assign(const std::string& key, std::string& raw);
+  bool assignIfHeld(const std::string& key, const std::string& text);
+  void expandEnvVariables(std::string& value);
+  void unexpandEnvVariables(std::string& value) const;
+  std::string replacement(const std::string& name);
+  bool listFromFile(const std::string& reference, const std::string& key, bool isDefault, ValueList& list,
+                    bool& refused);
+  ValueListPtr makeList(const std::string& key, const std::string& fallback);
+  int saveLocked(const std::string& path);
+
+  Map m_values;     // final values
+  Map m_rawValues;  // after the variables, with quotes and escapes
+  std::map<std::string, ValueListPtr> m_listCache;
+  std::map<std::string, std::string> m_variables;  // the special variables, and names looked up
+  size_t m_expansionLeft = 0;                      // what variables may still add in this load
+  bool m_loaded = false;
+  bool m_modified = false;
+  bool m_expandVariables;
+  const bool m_debugDump;
 };
 
 }  // namespace vesk
