@@ -1,0 +1,17 @@
+/// Base 64. Internal.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <string_view>
+
+namespace vesk {
+
+/// Decodes text in the standard alphabet with its padding (RFC 4648, section 4), strictly: other characters,
+/// missing padding and bits that stand for no byte are refused.
+/// Returns the number of bytes written to `out`, or -1 for text that is refused or needs more than `size`
+/// bytes; `out` is then not to be used.
+ssize_t decodeBase64(std::string_view text, unsigned char* out, size_t size);
+
+}  // namespace vesk
