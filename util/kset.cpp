@@ -8,6 +8,7 @@
 #include <cstring>
 #include <vector>
 
+#include "util/include/error_util.h"
 #include "util/include/file_util.h"
 #include "util/include/setting.h"
 #include "util/replacement_file.h"

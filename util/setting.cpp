@@ -123,7 +123,7 @@ std::string loadSettingFromFile(const std::string& name) {
 void saveSetting(const std::string& name, const std::string& value, SettingAccess access, bool deferOnFailure,
                  bool force) {
   const bool toProperties = filesDisabled();
-  if (toProperties) storeAsProperty(kKSetPrefix + name, value);
+  if (toProperties) Props(false, false)->setString(kKSetPrefix + name, value);
   const bool toFile = !toProperties && (isRootUser() || isDCSetting(name));
   SettingStore& store = SettingStore::instance();
   Lock lock(store.gMapLock);
