@@ -8,6 +8,7 @@
 #include "util/include/log.h"
 #include "util/include/mutex.h"
 #include "util/include/properties.h"
+#include "util/include/propnames.h"
 #include "util/log_internal.h"
 
 namespace vesk {
@@ -47,7 +48,7 @@ boost::shared_ptr<CircularBuffer> CircularBuffer::GetCircularBuffer() {
 }
 
 unsigned int CircularBuffer::configuredSize() {
-  const std::string text = Props(false, false)->getString("logger.memory.bufsize");
+  const std::string text = Props(false, false)->getString(PN::LOGGER_MEMORY_SIZE);
   if (text.empty()) return kDefaultSize;
   const int kilobytes = atoi(text.c_str());
   if (kilobytes < static_cast<int>(kSmallestSize >> 10)) return kSmallestSize;

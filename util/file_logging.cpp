@@ -1,6 +1,7 @@
 #include "util/include/file_logging.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include "util/include/log_cache.h"
 #include "util/include/log_gzip.h"
 #include "util/include/properties.h"
+#include "util/include/propnames.h"
 #include "util/include/unique_fd.h"
 
 namespace vesk {
@@ -65,12 +67,12 @@ bool fileExists(const std::string& path) {
 FileLogging::Settings FileLogging::Settings::read() {
   Properties& properties = *Props(false, false);
   Settings settings;
-  const std::string maxSize = properties.getString("logger.file.maxsize");
+  const std::string maxSize = properties.getString(PN::LOGGER_FILE_MAXSIZE);
   if (!maxSize.empty()) settings.maxSize = megabytes(atoi(maxSize.c_str()));
-  const int maxCount = properties.getInt("logger.file.maxcount", -1);
+  const int maxCount = properties.getInt(PN::LOGGER_FILE_MAXCOUNT, -1);
   if (maxCount >= 0) settings.maxCount = std::min(maxCount, kMostBackups);
-  settings.zipBackup = properties.getBool("logger.file.zip.backup", false);
-  const int frequency = properties.getInt("logger.file.flush.frequency", -1);
+  settings.zipBackup = properties.getBool(PN::LOGGER_FILE_ZIP_BACKUP, false);
+  const int frequency = properties.getInt(PN::LOGGER_FILE_FLUSH_FREQUENCY, -1);
   if (frequency >= 0) {
     settings.flushFrequency = std::min(frequency, kMostMessagesPerFlush);
     settings.cacheSize = frequency < 2 ? 0 : settings.flushFrequency * kCachePerMessage;
@@ -219,12 +221,20 @@ bool FileLogging::checkFileSizeByPath() {
 
 void FileLogging::fileRotate() {
   if (!checkFileSizeByFP()) return;
+  const UniqueFd turn(::open(m_path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (turn && flock(turn.get(), LOCK_EX | LOCK_NB) != 0 && !isFarTooLarge(turn.get())) return;
   closeLog();
   if (checkFileSizeByPath() && m_settings.maxCount >= 1) {
     shiftBackups();
     moveToFirstBackup();
   }
   openLog(true);
+}
+
+// Another process is at it, unless somebody only holds the lock, which everybody can who can write the log.
+bool FileLogging::isFarTooLarge(int file) const {
+  struct stat status;
+  return fstat(file, &status) == 0 && status.st_size / 2 >= static_cast<off_t>(m_settings.maxSize);
 }
 
 std::string FileLogging::backupName(int number) const {

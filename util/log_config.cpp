@@ -6,6 +6,7 @@
 #include "util/include/circular_buffer.h"
 #include "util/include/log.h"
 #include "util/include/properties.h"
+#include "util/include/propnames.h"
 #include "util/log_internal.h"
 #include "util/log_queue.h"
 
@@ -69,21 +70,22 @@ void Reconfiguration::readLevels() {
   LoggerTree::setMemoryLevel(*m_logger, Logger::Warn);
   LoggerTree::setFacility(*m_logger, TextToFacility(kDefaultFacility));
 
-  const std::string text = m_properties.getString("log");
+  const std::string text = m_properties.getString(PN::ROOT_LOGGER_NAME);
   int level = TextToLevel(text);
   if (level == Logger::kInherit) {
     VESK_LOG(m_logger, Warn, "Illegal value for property 'log': '%s'. Using 'INFO'.", text.c_str());
     level = Logger::Info;
   }
   LoggerTree::setLevel(root(), level);
-  forEach("log.", "Illegal log name: '%s'", [this](const std::string& name, const Entry& entry) {
-    const int own = TextToLevel(entry.second);
-    if (own == Logger::kInherit)
-      VESK_LOG(m_logger, Warn, "Illegal log level. Property: '%s', value: '%s'", entry.first.c_str(),
-               entry.second.c_str());
-    else
-      LoggerTree::setLevel(*Logger::GetLogger(name), own);
-  });
+  forEach(PN::ROOT_LOGGER_NAME + ".", "Illegal log name: '%s'",
+          [this](const std::string& name, const Entry& entry) {
+            const int own = TextToLevel(entry.second);
+            if (own == Logger::kInherit)
+              VESK_LOG(m_logger, Warn, "Illegal log level. Property: '%s', value: '%s'", entry.first.c_str(),
+                       entry.second.c_str());
+            else
+              LoggerTree::setLevel(*Logger::GetLogger(name), own);
+          });
   LoggerTree::setLevel(*Logger::GetLogger("client"), Logger::Trace);
 }
 
@@ -96,7 +98,7 @@ void Reconfiguration::readFacilities() {
 }
 
 void Reconfiguration::readFacility(const std::string& program) {
-  const std::string prefix = "logger.facility.";
+  const std::string prefix = PN::LOGGER_FACILITY + ".";
   const int facility = rootFacility(prefix + program);
   if (facility != Logger::kInherit) LoggerTree::setFacility(root(), facility);
   forEach(prefix, "Illegal facility name: '%s'", [this](const std::string& name, const Entry& entry) {
@@ -120,24 +122,25 @@ int Reconfiguration::rootFacility(const std::string& key) {
 }
 
 void Reconfiguration::readShowMore() {
-  const int bits = m_properties.getInt("logger.showmore", 0);
+  const int bits = m_properties.getInt(PN::LOGGER_SHOW_MORE, 0);
   LoggerTree::setShowMore(root(), bits == Logger::kInherit ? 0 : bits);
-  forEach("logger.showmore.", "Illegal log name: '%s'", [](const std::string& name, const Entry& entry) {
-    const int own = entry.second.empty() ? Logger::kInherit : atoi(entry.second.c_str());
-    LoggerTree::setShowMore(*Logger::GetLogger(name), own);
-  });
+  forEach(PN::LOGGER_SHOW_MORE + ".", "Illegal log name: '%s'",
+          [](const std::string& name, const Entry& entry) {
+            const int own = entry.second.empty() ? Logger::kInherit : atoi(entry.second.c_str());
+            LoggerTree::setShowMore(*Logger::GetLogger(name), own);
+          });
 }
 
 void Reconfiguration::readMemoryLevels() {
-  LoggerTree::setMemoryLevel(root(), memoryLevel(m_properties.getString("logger.memory.log"), m_logger));
-  forEach("logger.memory.log.", "Illegal log.memory name: '%s'",
+  LoggerTree::setMemoryLevel(root(), memoryLevel(m_properties.getString(PN::ROOT_MEMORY_NAME), m_logger));
+  forEach(PN::ROOT_MEMORY_NAME + ".", "Illegal log.memory name: '%s'",
           [](const std::string& name, const Entry& entry) {
             LoggerTree::setMemoryLevel(*Logger::GetLogger(name), TextToLevel(entry.second));
           });
 }
 
 void Reconfiguration::startMemoryLog(CircularBuffer& buffer, unsigned int ringSize) {
-  if (!m_properties.getBool("logger.memory.enabled", false)) return;
+  if (!m_properties.getBool(PN::LOGGER_MEMORY_ENABLED, false)) return;
   buffer.init(m_logger, ringSize);
   if (buffer.isEnabled())
     VESK_LOG(m_logger, Warn, "circular buffer has been enabled\n");
@@ -173,7 +176,7 @@ void Logger::ReconfigureLevels(Properties& properties) {
 }
 
 bool Logger::ignoreProgram(const char* name) {
-  const auto programs = Props(false, false)->getValueList("logger.program.ignore", "");
+  const auto programs = Props(false, false)->getValueList(PN::LOGGER_PROGRAM_IGNORE, "");
   for (const std::string& program : *programs)
     if (program == name) return true;
   return false;

@@ -12,6 +12,7 @@
 
 #include "util/include/fixed_paths.h"
 #include "util/include/properties.h"
+#include "util/include/propnames.h"
 #include "util/log_internal.h"
 
 namespace vesk {
@@ -52,10 +53,10 @@ FileLogging& gFileLogging() {
 DestinationSettings DestinationSettings::read() {
   Properties& properties = *Props(false, false);
   DestinationSettings settings;
-  settings.destination = properties.getString("logger.destination");
+  settings.destination = properties.getString(PN::LOGGER_DESTINATION);
   if (settings.destination.empty()) settings.destination = kSyslog;
   if (settings.destination == "file") settings.destination = paths::kLogFile;
-  settings.callOpenlog = properties.getBool(std::string("logger.openlog.") + programName(), true);
+  settings.callOpenlog = properties.getBool(PN::LOGGER_OPENLOG + "." + programName(), true);
   settings.file = FileLogging::Settings::read();
   return settings;
 }

@@ -19,6 +19,7 @@
 #include "util/include/log_destination.h"
 #include "util/include/pause.h"
 #include "util/include/properties.h"
+#include "util/include/propnames.h"
 #include "util/include/queued_message.h"
 #include "util/include/thread.h"
 #include "util/log_internal.h"
@@ -26,7 +27,6 @@
 namespace vesk {
 namespace {
 
-constexpr char kQueueSizeKey[] = "logger.queue.size";
 constexpr int kDefaultQueueSize = 256;
 constexpr unsigned int kDebugFactor = 4;
 
@@ -69,7 +69,7 @@ void dropNewest(RunQueue& queue, const char* reason) {
   VESK_LOG_TO("log", Error,
               "Warning: Zantrel logger dropping messages:(%s) Please insure syslog is running correctly or "
               "increase the value of %s in velmora.conf.",
-              reason, kQueueSizeKey);
+              reason, PN::LOGGER_QUEUE_SIZE.c_str());
   gReportsDrop = false;
 }
 
@@ -196,7 +196,7 @@ void Logger::startThread(boost::shared_ptr<Logger> logger) {
   openLog(false);
   Lock startStop(startStopProtect());
   if (route().gLogThread) return;
-  const int configured = Props(false, false)->getInt(kQueueSizeKey, kDefaultQueueSize);
+  const int configured = Props(false, false)->getInt(PN::LOGGER_QUEUE_SIZE, kDefaultQueueSize);
   if (configured < 1) {
     VESK_LOG(logger, Warn, "LogQueue disabled.  Recommended for debugging only.");
     return;
