@@ -1,0 +1,173 @@
+#include "standin/accounts.h"
+
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
+#include "lrpc/attrnames.h"
+#include "standin/directory.h"
+#include "standin/error.h"
+#include "standin/file_time.h"
+#include "util/include/sid.h"
+#include "util/include/strutil.h"
+#include "util/include/well_known_sid.h"
+
+namespace standin {
+namespace {
+
+using vesk::ValidationResult;
+
+// Bits of userAccountControl and of its computed companion.
+constexpr long long kAccountDisabled = 0x2;
+constexpr long long kAccountLocked = 0x10;
+constexpr long long kNeverExpires = 0x10000;
+constexpr char kComputedControl[] = "msDS-User-Account-Control-Computed";
+/// Bit of the domain's pwdProperties.
+constexpr long long kComplexityWanted = 1;
+constexpr int kClassesWanted = 3;
+
+/// How many of upper case, lower case, digits and the rest a password uses.
+int countClasses(const std::string& password) {
+  bool upperCase = false, lowerCase = false, digit = false, other = false;
+  for (char c : password) {
+    auto byte = static_cast<unsigned char>(c);
+    (isupper(byte) ? upperCase : islower(byte) ? lowerCase : isdigit(byte) ? digit : other) = true;
+  }
+  return upperCase + lowerCase + digit + other;
+}
+
+/// Shorter names would forbid too much by being found in a password.
+constexpr size_t kShortestForbiddenName = 3;
+
+bool containsName(const std::string& password, const std::string& name) {
+  return name.size() >= kShortestForbiddenName && lower(password).find(lower(name)) != std::string::npos;
+}
+
+}  // namespace
+
+Accounts::Accounts(Directory& directory) : m_directory(directory) {}
+
+std::vector<std::string> Accounts::load(const std::string& path) {
+  std::ifstream file(path);
+  if (!file) throw Error(path + ": " + strerror(errno));
+  std::vector<std::string> unknown;
+  std::string line;
+  for (unsigned number = 1; std::getline(file, line); ++number) {
+    if (line.empty() || line[0] == '#') continue;
+    size_t colon = line.find(':');
+    if (colon == std::string::npos)
+      throw Error(path + ", line " + std::to_string(number) + ": there is no colon");
+    std::string name = line.substr(0, colon);
+    EntryId account = m_directory.byName(name, Family::Accounts);
+    if (account == kNoEntry) {
+      unknown.push_back(name);
+    } else {
+      give(account, line.substr(colon + 1));
+    }
+  }
+  if (file.bad()) throw Error(path + ": cannot be read");
+  return unknown;
+}
+
+void Accounts::give(EntryId account, const std::string& password) {
+  m_secrets[account] = {password, 0};
+}
+
+ValidationResult Accounts::validate(EntryId account, const std::string& password) {
+  ValidationResult result = checkPassword(account, password);
+  return result == vesk::VR_SUCCESS && mustChange(account) ? vesk::VR_PASSWORD_EXPIRED : result;
+}
+
+ValidationResult Accounts::state(EntryId account) const {
+  const Entry& entry = m_directory[account];
+  if (toFileTime(entry.first(AD_USER_ACCNT_CONTROL)) & kAccountDisabled) return vesk::VR_ACCOUNT_DISABLED;
+  if (toFileTime(entry.first(kComputedControl)) & kAccountLocked) return vesk::VR_ACCOUNT_LOCKED;
+  FileTime expires = toFileTime(entry.first(AD_USER_EXPIRE));
+  if (!isNever(expires) && expires <= fromUnixTime(time(nullptr))) return vesk::VR_ACCOUNT_EXPIRED;
+  return vesk::VR_SUCCESS;
+}
+
+ValidationResult Accounts::checkPassword(EntryId account, const std::string& password) {
+  ValidationResult result = state(account);
+  if (result != vesk::VR_SUCCESS) return result;
+  auto found = m_secrets.find(account);
+  if (found == m_secrets.end()) return vesk::VR_INVALID_PASSWORD;
+  if (found->second.password == password) {
+    found->second.failures = 0;
+    return vesk::VR_SUCCESS;
+  }
+  long long threshold = domainNumber("lockoutThreshold");
+  if (++found->second.failures >= threshold && threshold > 0) {
+    m_directory.set(account, AD_LOCKOUT_TIME, std::to_string(fromUnixTime(time(nullptr))));
+    m_directory.set(account, kComputedControl, std::to_string(kAccountLocked));
+  }
+  return vesk::VR_INVALID_PASSWORD;
+}
+
+bool Accounts::mustChange(EntryId account) const {
+  const Entry& entry = m_directory[account];
+  return entry.first(AD_PWCHG_LAST) == "0" &&
+         !(toFileTime(entry.first(AD_USER_ACCNT_CONTROL)) & kNeverExpires);
+}
+
+ValidationResult Accounts::change(EntryId account, const std::string& old, const std::string& wanted) {
+  ValidationResult result = checkPassword(account, old);
+  if (result == vesk::VR_SUCCESS && old == wanted) result = vesk::VR_PASSWORD_POLICY;
+  if (result == vesk::VR_SUCCESS) result = checkPolicy(m_directory[account].first(AD_USERNAME), wanted);
+  if (result == vesk::VR_SUCCESS) store(account, wanted);
+  return result;
+}
+
+ValidationResult Accounts::reset(EntryId account, const std::string& wanted) {
+  ValidationResult result = checkPolicy(m_directory[account].first(AD_USERNAME), wanted);
+  if (result == vesk::VR_SUCCESS) store(account, wanted);
+  return result;
+}
+
+ValidationResult Accounts::checkPolicy(const std::string& accountName, const std::string& password) const {
+  if (static_cast<long long>(password.size()) < domainNumber("minPwdLength")) return vesk::VR_PASSWORD_POLICY;
+  if (!(domainNumber("pwdProperties") & kComplexityWanted)) return vesk::VR_SUCCESS;
+  bool isComplex = countClasses(password) >= kClassesWanted && !containsName(password, accountName);
+  return isComplex ? vesk::VR_SUCCESS : vesk::VR_PASSWORD_POLICY;
+}
+
+void Accounts::store(EntryId account, const std::string& password) {
+  give(account, password);
+  m_directory.set(account, AD_PWCHG_LAST, std::to_string(fromUnixTime(time(nullptr))));
+  m_directory.set(account, AD_LOCKOUT_TIME, "0");
+  m_directory.set(account, kComputedControl, "0");
+}
+
+bool Accounts::isAdministrator(EntryId account) const {
+  for (const std::string& bytes : m_directory.groupSids(account)) {
+    vesk::SID sid = toSid(bytes);
+    if (sid.toMSString() == vesk::WELL_KNOWN_SID::ADMINISTRATORS ||
+        sid.getObjectRid() == vesk::WELL_KNOWN_RID::DOMAIN_ADMINS)
+      return true;
+  }
+  return false;
+}
+
+long long Accounts::domainNumber(const char* attribute) const {
+  EntryId domain = m_directory.domain().entry;
+  return domain == kNoEntry ? 0 : toFileTime(m_directory[domain].first(attribute));
+}
+
+void Accounts::login(EntryId account) {
+  ++m_logins[account];
+}
+
+bool Accounts::logout(EntryId account) {
+  auto found = m_logins.find(account);
+  if (found == m_logins.end()) return false;
+  if (--found->second == 0) m_logins.erase(found);
+  return true;
+}
+
+unsigned Accounts::logins(EntryId account) const {
+  auto found = m_logins.find(account);
+  return found == m_logins.end() ? 0 : found->second;
+}
+
+}  // namespace standin

@@ -1,0 +1,70 @@
+/// Passwords and the state of accounts.
+#pragma once
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "lrpc/validation_result.h"
+#include "standin/membership.h"
+
+namespace standin {
+
+class Directory;
+
+/// Checks and changes passwords. They are kept in plain text, in memory alone: throw-away passwords for
+/// development. An account without one is refused whatever it tries.
+/// What the directory says about an account counts: disabled, locked, expired, must change its password. The
+/// domain's policy counts for new passwords (length, complexity) and for wrong ones (lockout), but not the
+/// ages of passwords, so that a sample directory does not grow stale.
+/// Thread-safety: one thread at a time.
+class Accounts {
+ public:
+  /// `directory` must outlive this object, which changes it: times of change, lockouts.
+  explicit Accounts(Directory& directory);
+
+  /// Reads a file of lines "name:password", where empty lines and those that begin with "#" count for
+  /// nothing. Returns the names that are nobody's.
+  /// @throws Error the file cannot be read, or a line has no colon.
+  std::vector<std::string> load(const std::string& path);
+
+  /// Gives an account a password as it is, without the domain's policy.
+  void give(EntryId account, const std::string& password);
+
+  /// Whether that is the account's password and it may be used. Wrong ones are counted and lock the account
+  /// at the domain's threshold.
+  vesk::ValidationResult validate(EntryId account, const std::string& password);
+  /// Whether the account may be used at all: not locked, disabled or expired.
+  vesk::ValidationResult state(EntryId account) const;
+  /// The account's own change: as validate, except that a password that has to be changed may be.
+  vesk::ValidationResult change(EntryId account, const std::string& old, const std::string& wanted);
+  /// Sets a password on behalf of an administrator, which also ends a lockout.
+  vesk::ValidationResult reset(EntryId account, const std::string& wanted);
+  /// Whether the domain's policy allows a new password for that account name.
+  vesk::ValidationResult checkPolicy(const std::string& accountName, const std::string& password) const;
+
+  bool isAdministrator(EntryId account) const;
+
+  /// Counts a login; there is no limit.
+  void login(EntryId account);
+  /// Counts a logout. False: nobody of that name is logged in.
+  bool logout(EntryId account);
+  unsigned logins(EntryId account) const;
+
+ private:
+  struct Secret {
+    std::string password;
+    unsigned failures = 0;
+  };
+
+  vesk::ValidationResult checkPassword(EntryId account, const std::string& password);
+  bool mustChange(EntryId account) const;
+  void store(EntryId account, const std::string& password);
+  long long domainNumber(const char* attribute) const;
+
+  Directory& m_directory;
+  std::unordered_map<EntryId, Secret> m_secrets;
+  std::unordered_map<EntryId, unsigned> m_logins;
+};
+
+}  // namespace standin

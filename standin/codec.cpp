@@ -1,0 +1,25 @@
+#include "standin/codec.h"
+
+#include <new>
+
+#include <lber.h>
+
+#include "lrpc/ipcmessage.h"
+
+namespace standin {
+
+void decode(std::string_view bytes, vesk::IPCMessage& message) {
+  BerElement* element = message.doHeader();
+  // Back to the start: what is written now takes the place of the header of a new message.
+  ber_reset(element, 1);
+  if (ber_write(element, bytes.data(), bytes.size(), 0) < 0) throw std::bad_alloc();
+  message.rewind();
+}
+
+std::string_view encode(vesk::IPCMessage& message) {
+  berval bytes = {};
+  if (ber_flatten2(message.doHeader(), &bytes, 0) != 0) throw std::bad_alloc();
+  return {bytes.bv_val, bytes.bv_len};
+}
+
+}  // namespace standin

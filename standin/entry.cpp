@@ -1,0 +1,82 @@
+#include "standin/entry.h"
+
+namespace standin {
+namespace {
+
+const std::string kNoValue;
+
+struct ClassRow {
+  const char* objectClass;
+  EntryKind kind;
+};
+
+// In order of precedence: a computer is a user, too, by its classes.
+constexpr ClassRow kClasses[] = {
+    {"computer", EntryKind::Computer}, {"user", EntryKind::User},        {"posixAccount", EntryKind::User},
+    {"group", EntryKind::Group},       {"posixGroup", EntryKind::Group},
+};
+
+}  // namespace
+
+bool equalFolded(std::string_view a, std::string_view b) {
+  // The length first: values may hold NUL bytes, where strncasecmp stops.
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    unsigned char x = a[i], y = b[i];
+    if (x >= 'A' && x <= 'Z') x += 'a' - 'A';
+    if (y >= 'A' && y <= 'Z') y += 'a' - 'A';
+    if (x != y) return false;
+  }
+  return true;
+}
+
+Entry::Entry(std::string dn) : m_dn(std::move(dn)) {}
+
+const Attribute* Entry::find(std::string_view name) const {
+  for (const Attribute& attribute : m_attributes)
+    if (equalFolded(attribute.name, name)) return &attribute;
+  return nullptr;
+}
+
+const std::string& Entry::first(std::string_view name) const {
+  const Attribute* attribute = find(name);
+  return attribute && !attribute->values.empty() ? attribute->values.front() : kNoValue;
+}
+
+bool Entry::has(std::string_view name, std::string_view value) const {
+  const Attribute* attribute = find(name);
+  if (!attribute) return false;
+  for (const std::string& own : attribute->values)
+    if (equalFolded(own, value)) return true;
+  return false;
+}
+
+Attribute& Entry::obtain(std::string_view name) {
+  // Records list the values of an attribute one behind the other, so the last one is nearly always it.
+  if (!m_attributes.empty() && equalFolded(m_attributes.back().name, name)) return m_attributes.back();
+  for (Attribute& attribute : m_attributes)
+    if (equalFolded(attribute.name, name)) return attribute;
+  m_attributes.push_back({std::string(name), {}});
+  return m_attributes.back();
+}
+
+void Entry::add(std::string_view name, std::string value) {
+  obtain(name).values.push_back(std::move(value));
+}
+
+void Entry::set(std::string_view name, std::string value) {
+  obtain(name).values.assign(1, std::move(value));
+}
+
+EntryKind Entry::kind() const {
+  for (const ClassRow& row : kClasses)
+    if (has("objectClass", row.objectClass)) return row.kind;
+  return EntryKind::Other;
+}
+
+bool Entry::isAccount() const {
+  EntryKind own = kind();
+  return own == EntryKind::User || own == EntryKind::Computer;
+}
+
+}  // namespace standin

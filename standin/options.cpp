@@ -1,0 +1,137 @@
+#include "standin/options.h"
+
+#include <getopt.h>
+
+#include "standin/error.h"
+
+namespace standin {
+namespace {
+
+enum OptionCode : int { SocketOption = 256, LdifOption, PasswordsOption, FaultOption, PidOption };
+
+const option kOptions[] = {
+    {"socket", required_argument, nullptr, SocketOption},
+    {"ldif", required_argument, nullptr, LdifOption},
+    {"passwords", required_argument, nullptr, PasswordsOption},
+    {"fault", required_argument, nullptr, FaultOption},
+    {"pid-file", required_argument, nullptr, PidOption},
+    {"foreground", no_argument, nullptr, 'f'},
+    {"verbose", no_argument, nullptr, 'v'},
+    {"help", no_argument, nullptr, 'h'},
+    {},
+};
+
+constexpr char kHelpHead[] = R"(brondalt-standin - serve a directory from LDIF files in the daemon's place
+
+Usage: brondalt-standin --socket PATH --ldif FILE [OPTION]...
+
+The stand-in speaks the daemon's protocol on a unix-domain socket and answers every
+operation of a client session from a directory in memory. It is made for development,
+demonstrations and tests. It is no product daemon: it reaches no directory server, checks
+no ticket, protects no password, and forgets all changes when it ends.
+
+Once its socket takes connections it prints a line "ready" to its standard output, and
+without --foreground goes to the background.
+
+Options:
+  --socket PATH      where to listen; a socket left over from a dead process is replaced
+  --ldif FILE        entries to serve (LDIF version 1); may be given more than once
+  --passwords FILE   lines "name:password"; "#" begins a comment line. Accounts without a
+                     line are refused whatever they try
+  -f, --foreground   stay in the foreground
+  -v, --verbose      a line for each request on standard error; never a secret
+  --pid-file FILE    write the process id there
+  --fault WHAT       misbehave, see below; may be given more than once
+  -h, --help         this text
+
+What clients see:
+  An entry's own attributes as they stand, and beside them the names that Unix views read:
+  _UnixName from uid, else sAMAccountName; _Uid and _Gid from uidNumber and gidNumber;
+  _LoginShell, _HomeDirectory, _GECOS from loginShell, unixHomeDirectory, gecos; _Members
+  and _groupSidList with nested groups; _SID and others.
+  Accounts and groups are found by Unix name, account name, user principal name,
+  DOMAIN\name, DN, Unix id, SID and GUID, names in any case of letters.
+  Searches take domain, base DN, filter, attributes and a scope: 0 base, 1 one level,
+  2 subtree. The limit of a paged search is the size of its pages (100 if it is 0).
+  The password itself stands for what a client would derive from it: as the second string
+  of a Kerberos validation, behind challenge, user name and a NUL byte in the answer to an
+  NTLM challenge, and as the third string of a logon by remote procedure call, behind user
+  and domain.
+  A new user is told by name, password, uid, gid, full name, home, shell and container.
+  An administrator is a member of Domain Admins or Administrators; root and the user that
+  the stand-in runs as need none.
+
+Faults: WHAT hits every request, WHAT@N the Nth alone, WHAT%N every Nth. Requests are
+counted from 1 over all connections.
+)";
+
+constexpr char kHelpTail[] = R"(
+Signals: SIGTERM and SIGINT end the stand-in; SIGHUP makes it close all connections and
+its socket and begin anew, as a restarted daemon would.
+
+Exit status: 0 ended by a signal or by a client, 2 wrong usage, 4 any other failure.
+
+Example:
+  brondalt-standin --socket /tmp/daemon --ldif accounts.ldif --passwords passwords -f \
+    --fault lose%10
+)";
+
+void addFault(Options& options, const char* text) {
+  try {
+    options.faults.add(text);
+  } catch (const Error& error) {
+    throw UsageError(error.what());
+  }
+}
+
+void take(Options& options, int code) {
+  switch (code) {
+    case SocketOption:
+      options.socketPath = optarg;
+      break;
+    case LdifOption:
+      options.ldifPaths.push_back(optarg);
+      break;
+    case PasswordsOption:
+      options.passwordsPath = optarg;
+      break;
+    case FaultOption:
+      addFault(options, optarg);
+      break;
+    case PidOption:
+      options.pidPath = optarg;
+      break;
+    case 'f':
+      options.isForeground = true;
+      break;
+    case 'v':
+      options.isVerbose = true;
+      break;
+    case 'h':
+      options.wantsHelp = true;
+      break;
+  }
+}
+
+}  // namespace
+
+Options parseOptions(int argc, char** argv) {
+  Options options;
+  opterr = 0;
+  for (int code; (code = getopt_long(argc, argv, ":fvh", kOptions, nullptr)) != -1;) {
+    if (code == ':') throw UsageError(std::string(argv[optind - 1]) + " needs a value");
+    if (code == '?') throw UsageError(std::string("there is no option ") + argv[optind - 1]);
+    take(options, code);
+  }
+  if (options.wantsHelp) return options;
+  if (optind < argc) throw UsageError(std::string("unexpected argument ") + argv[optind]);
+  if (options.socketPath.empty()) throw UsageError("--socket is missing");
+  if (options.ldifPaths.empty()) throw UsageError("--ldif is missing");
+  return options;
+}
+
+std::string helpText() {
+  return kHelpHead + Faults::help() + kHelpTail;
+}
+
+}  // namespace standin

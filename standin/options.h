@@ -1,0 +1,35 @@
+/// The command line of the stand-in.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "standin/faults.h"
+
+namespace standin {
+
+/// The command line is wrong; what() says how.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct Options {
+  bool wantsHelp = false;
+  bool isForeground = false;
+  bool isVerbose = false;
+  std::string socketPath;
+  std::string passwordsPath;  ///< empty: none
+  std::string pidPath;        ///< empty: none
+  std::vector<std::string> ldifPaths;
+  Faults faults;
+};
+
+/// @throws UsageError
+Options parseOptions(int argc, char** argv);
+
+/// The text of --help.
+std::string helpText();
+
+}  // namespace standin

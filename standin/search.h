@@ -1,0 +1,44 @@
+/// One LDAP search over the directory, taken in portions.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "standin/ldap_filter.h"
+#include "standin/membership.h"
+
+namespace standin {
+
+class Directory;
+
+/// How far below its base a search looks. Wire values: never renumber.
+enum class SearchScope : int { Base = 0, OneLevel = 1, Subtree = 2 };
+
+/// A search that remembers how far it has come. Entries that join the directory meanwhile may still be found.
+/// The empty base is the directory's root entry with the scope Base, and the domain with any other.
+/// Thread-safety: one thread at a time.
+class Search {
+ public:
+  /// `directory` must outlive the search.
+  /// @throws Error an unknown scope, a bad filter, or a base with nothing at or below it.
+  Search(const Directory& directory, const std::string& base, int scope, const std::string& filter);
+
+  /// The next matches, at most `limit`; none at the end.
+  std::vector<EntryId> next(size_t limit);
+  /// Whether the search is for the root entry, which has no number, and matches it: next() gives nothing
+  /// then.
+  bool findsRoot() const;
+
+ private:
+  bool isInScope(EntryId id) const;
+  void checkBase() const;
+
+  const Directory& m_directory;
+  LdapFilter m_filter;
+  SearchScope m_scope;
+  bool m_isRoot;
+  std::string m_baseKey;
+  EntryId m_next = 0;
+};
+
+}  // namespace standin

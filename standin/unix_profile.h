@@ -1,0 +1,25 @@
+/// The Unix side of a directory entry: name and numeric ids.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace standin {
+
+class Entry;
+
+/// The first value of the first of two attributes that has one; empty if neither has. The RFC 2307 attributes
+/// come first, those of the older Unix schema stand in for them.
+const std::string& eitherValue(const Entry& entry, const std::string& first, const std::string& second);
+
+/// The name on Unix hosts: `uid`, else `sAMAccountName`, else `cn`.
+const std::string& unixName(const Entry& entry);
+
+/// A whole number in decimal that fits into 32 bits, signed or unsigned, as a Unix id: -2 is 4294967294.
+std::optional<uint32_t> toUnixId(const std::string& text);
+
+/// The uid of an account, the gid of a group; nothing for an entry without a Unix profile.
+std::optional<uint32_t> unixId(const Entry& entry);
+
+}  // namespace standin

@@ -1,0 +1,313 @@
+#include "standin/directory.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "base/guid.h"
+#include "lrpc/adobject.h"
+#include "lrpc/adserializer.h"
+#include "lrpc/attrnames.h"
+#include "standin/accounts.h"
+#include "standin/attribute_map.h"
+#include "standin/dn_key.h"
+#include "standin/error.h"
+#include "standin/search.h"
+#include "standin/unix_profile.h"
+
+namespace standin {
+namespace {
+
+using std::string_literals::operator""s;
+
+const std::string kSample = TEST_SOURCE_DIR "/standin/sample/";
+
+/// A file that lasts as long as this object.
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(const std::string& text) {
+    int fd = mkstemp(m_path);
+    EXPECT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    close(fd);
+  }
+  ~TemporaryFile() { unlink(m_path); }
+  const char* path() const { return m_path; }
+
+ private:
+  char m_path[32] = "/tmp/standin-test-XXXXXX";
+};
+
+void loadText(Directory& directory, const std::string& ldif) {
+  TemporaryFile file(ldif);
+  directory.load(file.path());
+}
+
+std::string sidBytes(unsigned rid) {
+  vesk::SID sid("S-1-5-21-1-2-3-" + std::to_string(rid));
+  return sid.bytes();
+}
+
+/// An account or a group with SID and, for a member, what it is in.
+Entry makeEntry(const std::string& name, const char* objectClass, unsigned rid, const char* in = nullptr) {
+  Entry entry("CN=" + name + ",DC=x,DC=y");
+  entry.add(AD_OBJECT_CLASS, objectClass);
+  entry.add(AD_USERNAME, name);
+  entry.add(AD_OBJECT_SID, sidBytes(rid));
+  if (in) entry.add(AD_MEMBEROF, "CN="s + in + ",DC=x,DC=y");
+  return entry;
+}
+
+std::set<std::string> values(const Directory& directory, const char* name, const std::string& attribute) {
+  AttributeMap map(directory);
+  vesk::ADObject object = map.object(directory.byName(name, Family::Both), {});
+  const vesk::ADAttribute& found = object[attribute];
+  return {found.begin(), found.end()};
+}
+
+TEST(DnKey, IsTheSameForAllSpellingsOfOneName) {
+  const std::vector<std::vector<std::string>> kGroups = {
+      {"CN=a\\,b,OU=x", "cn = a\\2Cb , ou=X", "CN=A\\2cB;OU=x"},
+      {"CN=\\ two \\ ,DC=y", "cn=\\20two \\20,dc=y"},
+      {"CN=a=b+SN=c", "cn=A\\3db + sn=C"},
+      {"CN=x\\\\,DC=y", "CN=x\\5c,DC=y"},
+      {"CN=x", "CN=x\\", "cn=x"},
+  };
+  for (size_t i = 0; i < kGroups.size(); ++i)
+    for (const std::string& spelling : kGroups[i]) {
+      bool cutShort = spelling == "CN=x\\";
+      EXPECT_EQ(dnKey(spelling) == dnKey(kGroups[i][0]), !cutShort) << spelling;
+      EXPECT_EQ(dnKey(dnKey(spelling)), dnKey(spelling));
+      for (size_t j = 0; j < kGroups.size(); ++j)
+        if (j != i) EXPECT_NE(dnKey(spelling), dnKey(kGroups[j][0])) << spelling;
+    }
+  EXPECT_EQ(parentKey(dnKey("CN=a\\,b,OU=x,DC=y")), dnKey("OU=x,DC=y"));
+  EXPECT_TRUE(isWithin(dnKey("CN=a,DC=y"), dnKey("DC=y")));
+  EXPECT_FALSE(isWithin(dnKey("CN=a\\,DC=y"), dnKey("DC=y")));
+}
+
+TEST(Directory, ReadsLdifAsItComes) {
+  Directory directory;
+  loadText(
+      directory,
+      "version: 1\r\ndn: CN=folded\r\n  name,DC=x,DC=y\r\nobjectClass: user\r\ndescription:: AAECAw==\r\n"
+      "empty:\r\nsAMAccountName:   padded\r\n# comment\r\n\r\n\r\n"
+      "dn:: Q049w7xtbMOkdXQsREM9eCxEQz15\r\nchangetype: add\r\ncn:: w7xtbMOkdXQ=\r\nCN: second\r\n");
+  EntryId id = directory.byName("padded", Family::Accounts);
+  ASSERT_NE(id, kNoEntry);
+  EXPECT_EQ(directory[id].dn(), "CN=folded name,DC=x,DC=y");
+  EXPECT_EQ(directory[id].first("description"), "\0\1\2\3"s);
+  ASSERT_NE(directory[id].find("empty"), nullptr);
+  EXPECT_EQ(directory[id].first("empty"), "");
+  id = directory.byDn("cn=\\C3\\BCml\\C3\\A4ut,dc=x,dc=y");
+  ASSERT_NE(id, kNoEntry);
+  EXPECT_EQ(directory[id].find("cn")->values, (std::vector<std::string>{"ümläut", "second"}));
+
+  for (const char* bad : {"cn: no name\n", "dn: CN=a\nchangetype: delete\n", "dn: CN=a\nno colon here\n",
+                          "dn: CN=a\ncn:: !!!\n", "dn: CN=a\ncn: x\n\ndn: cn=A\ncn: x\n"}) {
+    Directory other;
+    EXPECT_THROW(loadText(other, bad), Error) << bad;
+  }
+  Directory none;
+  EXPECT_THROW(none.load("/nowhere/at/all.ldif"), Error);
+}
+
+TEST(Directory, FindsAnAccountByEachOfItsNames) {
+  Directory directory;
+  loadText(directory,
+           "dn: DC=ex,DC=org\nobjectClass: domainDNS\n\n"
+           "dn: CN=Joe,DC=ex,DC=org\nobjectClass: user\nuid: joe\nuid: jojo\nsAMAccountName: JSmith\n"
+           "userPrincipalName: Joe.Smith@else.where\nuidNumber: -2\n\n"
+           "dn: CN=Other,DC=ex,DC=org\nobjectClass: user\nuid: JOE\nsAMAccountName: other\nuidNumber: 007\n\n"
+           "dn: CN=joe group,DC=ex,DC=org\nobjectClass: group\nsAMAccountName: joe\ngidNumber: 4294967295\n\n"
+           "dn: CN=huge,DC=ex,DC=org\nobjectClass: user\nsAMAccountName: huge\nuidNumber: 4294967296\n\n"
+           "dn: CN=word,DC=ex,DC=org\nobjectClass: user\nsAMAccountName: word\nuidNumber: 12x\n");
+  const struct {
+    const char* name;
+    const char* dn;
+  } kRows[] = {
+      {"joe", "CN=Joe,DC=ex,DC=org"},
+      {"JOE", "CN=Other,DC=ex,DC=org"},
+      {"JoJo", "CN=Joe,DC=ex,DC=org"},
+      {"jsmith", "CN=Joe,DC=ex,DC=org"},
+      {"EX\\JSMITH", "CN=Joe,DC=ex,DC=org"},
+      {"ex.org\\jsmith", "CN=Joe,DC=ex,DC=org"},
+      {"jsmith@EX.org", "CN=Joe,DC=ex,DC=org"},
+      {"joe.smith@ELSE.where", "CN=Joe,DC=ex,DC=org"},
+      {"cn=JOE, dc=ex, dc=org", "CN=Joe,DC=ex,DC=org"},
+      {"other", "CN=Other,DC=ex,DC=org"},
+      {"ELSE\\jsmith", ""},
+      {"jsmith@else.where", ""},
+      {"joe group", ""},
+      {"", ""},
+      {"\\", ""},
+      {"@", ""},
+      {"CN=joe group,DC=ex,DC=org", ""},
+  };
+  for (const auto& row : kRows) {
+    EntryId id = directory.byName(row.name, Family::Accounts);
+    EXPECT_EQ(id == kNoEntry ? "" : directory[id].dn(), row.dn) << row.name;
+  }
+  EXPECT_EQ(directory[directory.byName("joe", Family::Groups)].dn(), "CN=joe group,DC=ex,DC=org");
+  EXPECT_EQ(directory[directory.byUnixId(4294967294u, Family::Accounts)].dn(), "CN=Joe,DC=ex,DC=org");
+  EXPECT_EQ(directory[directory.byUnixId(4294967295u, Family::Groups)].dn(), "CN=joe group,DC=ex,DC=org");
+  EXPECT_EQ(directory.byUnixId(0, Family::Both), kNoEntry);
+  EXPECT_EQ(values(directory, "other", VESK_UID), std::set<std::string>{"7"});
+  EXPECT_TRUE(values(directory, "huge", VESK_UID).empty());
+  EXPECT_TRUE(values(directory, "word", VESK_UID).empty());
+}
+
+TEST(Directory, ResolvesNestedGroupsAndSurvivesCircles) {
+  Directory directory;
+  directory.add(makeEntry("user", "user", 1, "inner"));
+  directory.add(makeEntry("computer", "computer", 2, "inner"));
+  directory.add(makeEntry("inner", "group", 10, "middle"));
+  Entry middle = makeEntry("middle", "group", 11, "outer");
+  middle.add(AD_GROUP_MEMBERS, "cn=Inner, dc=x, dc=y");  // both ends of one edge
+  middle.add(AD_GROUP_MEMBERS, "CN=gone,DC=x,DC=y");
+  middle.add(AD_GROUP_MEMBERS, "CN=middle,DC=x,DC=y");
+  directory.add(middle);
+  directory.add(makeEntry("outer", "group", 12, "inner"));  // the circle
+  Entry primary = makeEntry("loner", "user", 3);
+  primary.add(AD_PRIMARY_GID, "12");
+  primary.add(AD_TOKEN_GROUPS, sidBytes(12));
+  primary.add(AD_TOKEN_GROUPS, sidBytes(99));  // a group outside
+  primary.add(AD_TOKEN_GROUPS, "damaged");
+  directory.add(primary);
+
+  std::set<std::string> both = {"loner", "user"};
+  for (const char* group : {"inner", "middle", "outer"}) {
+    EXPECT_EQ(values(directory, group, VESK_GROUP_MEMBERS), both) << group;
+    EXPECT_EQ(values(directory, group, VESK_COMPUTER_MEMBERS), std::set<std::string>{"computer"}) << group;
+  }
+  std::set<std::string> all = {"S-1-5-21-1-2-3-10", "S-1-5-21-1-2-3-11", "S-1-5-21-1-2-3-12"};
+  EXPECT_EQ(values(directory, "user", VESK_GROUPS), all);
+  all.insert("S-1-5-21-1-2-3-99");
+  EXPECT_EQ(values(directory, "loner", VESK_GROUPS), all);
+}
+
+TEST(Search, GoesAsFarAsItsScopeAndPagesLoseNothing) {
+  Directory directory;
+  directory.load(kSample + "accounts.ldif");
+  auto count = [&](const char* base, int scope, const char* filter) {
+    return Search(directory, base, scope, filter).next(SIZE_MAX).size();
+  };
+  EXPECT_EQ(count("", 2, ""), directory.size());
+  EXPECT_EQ(count("dc=EXAMPLE, dc=com", 0, "(objectClass=domain)"), 1u);
+  EXPECT_EQ(count("OU=Groups,OU=Corp,DC=example,DC=com", 1, ""),
+            count("OU=Groups,OU=Corp,DC=example,DC=com", 2, "(objectClass=group)"));
+  EXPECT_GT(count("OU=Corp,DC=example,DC=com", 2, ""), count("OU=People,OU=Corp,DC=example,DC=com", 2, ""));
+  EXPECT_EQ(count("DC=example,DC=com", 2, "(sAMAccountName=none)"), 0u);
+  EXPECT_THROW(count("DC=elsewhere", 2, ""), Error);
+  EXPECT_THROW(count("", 3, ""), Error);
+  EXPECT_THROW(count("", 2, "("), Error);
+  EXPECT_TRUE(Search(directory, "", 0, "").findsRoot());
+
+  for (size_t page : {1u, 7u, 1000u}) {
+    Search search(directory, "", 2, "(objectClass=user)");
+    std::set<EntryId> seen;
+    for (std::vector<EntryId> ids; ids = search.next(page), !ids.empty();) {
+      EXPECT_LE(ids.size(), page);
+      for (EntryId id : ids) EXPECT_TRUE(seen.insert(id).second);
+    }
+    EXPECT_EQ(seen.size(), count("", 2, "(objectClass=user)"));
+  }
+}
+
+/// The columns of a line of sids.tsv.
+std::vector<std::string> columns(const std::string& line) {
+  std::vector<std::string> result;
+  std::istringstream stream(line + "\t");
+  for (std::string column; std::getline(stream, column, '\t');) result.push_back(column);
+  return result;
+}
+
+TEST(AttributeMap, KeepsEveryValueOfTheSampleAndItsIdentity) {
+  Directory directory;
+  directory.load(kSample + "accounts.ldif");
+  AttributeMap map(directory);
+  std::map<std::string, std::vector<std::string>> identities;
+  std::ifstream table(kSample + "sids.tsv");
+  std::string line;
+  std::getline(table, line);
+  while (std::getline(table, line)) identities[columns(line)[3]] = columns(line);
+  ASSERT_EQ(identities.size(), 73u);
+  ASSERT_EQ(directory.size(), 73u);
+
+  for (EntryId id = 0; id < directory.size(); ++id) {
+    SCOPED_TRACE(directory[id].dn());
+    vesk::ADSerializer* blob = map.blob(id);
+    std::string copy(blob->data(), blob->size());
+    vesk::ADObject object(blob->size(), copy.data(), false, nullptr);
+    for (const Attribute& attribute : directory[id].attributes()) {
+      const vesk::ADAttribute& found = object[attribute.name];
+      EXPECT_EQ(std::vector<std::string>(found.begin(), found.end()), attribute.values) << attribute.name;
+    }
+    EXPECT_EQ(std::string(object[AD_DN]), directory[id].dn());
+    auto identity = identities.find(object.guid().toRealMSString());
+    ASSERT_NE(identity, identities.end());
+    EXPECT_EQ(object.sid().isNull() ? "" : object.sid().toMSString(), identity->second[1]);
+    EXPECT_EQ(std::string(object.usn()), identity->second[5]);
+    EXPECT_EQ(directory.byGuid({reinterpret_cast<const char*>(object.guid().bytes()), vesk::Guid::kSize}),
+              id);
+    if (!object.sid().isNull()) EXPECT_EQ(directory.bySid(object.sid().bytes()), id);
+  }
+}
+
+TEST(AttributeMap, GivesTheAttributesThatAreWanted) {
+  Directory directory;
+  directory.load(kSample + "accounts.ldif");
+  AttributeMap map(directory);
+  EntryId id = directory.byName("lquispe", Family::Accounts);
+  vesk::ADObject some = map.object(id, {"CN", "_uid", "nosuch"});
+  EXPECT_TRUE(some.attributeExists("cn", true));
+  EXPECT_TRUE(some.attributeExists(VESK_UID, true));
+  EXPECT_FALSE(some.attributeExists("sn", false));
+  EXPECT_FALSE(map.object(id, {AD_DN_ONLY}).attributeExists("cn", false));
+  EXPECT_TRUE(map.object(id, {AD_ANY}).attributeExists("sn", true));
+  EXPECT_FALSE(map.object(id, {AD_DN_ONLY}).sid().isNull());
+
+  // A change shows in the blob that is asked for next.
+  directory.set(id, AD_DESCRIPTION, "changed");
+  vesk::ADSerializer* blob = map.blob(id);
+  EXPECT_EQ(std::string(blob->find(AD_DESCRIPTION)), "changed");
+  EXPECT_EQ(std::string(blob->getUsn()), std::to_string(directory.highestUsn()));
+}
+
+TEST(Accounts, TellTheStateOfAnAccountAndLockAfterWrongPasswords) {
+  Directory directory;
+  directory.load(kSample + "accounts.ldif");
+  Accounts accounts(directory);
+  EXPECT_TRUE(accounts.load(kSample + "passwords").empty());
+  TemporaryFile strangers("# comment\n\nnobody here:x\n");
+  EXPECT_EQ(accounts.load(strangers.path()), std::vector<std::string>{"nobody here"});
+  EXPECT_THROW(accounts.load(TemporaryFile("no colon\n").path()), Error);
+
+  auto validate = [&](const char* name, const char* password) {
+    return accounts.validate(directory.byName(name, Family::Accounts), password);
+  };
+  EXPECT_EQ(validate("lquispe", "Paper-boat-42"), vesk::VR_SUCCESS);
+  EXPECT_EQ(validate("mionescu", "Pass:with:colons-1"), vesk::VR_SUCCESS);
+  EXPECT_EQ(validate("rmacdonald", "Wrong-three-times-1"), vesk::VR_ACCOUNT_LOCKED);
+  EXPECT_EQ(validate("oyilmaz", "Gone-for-good-1"), vesk::VR_ACCOUNT_DISABLED);
+  EXPECT_EQ(validate("dtran", "Was-here-once-1"), vesk::VR_ACCOUNT_EXPIRED);
+  EXPECT_EQ(validate("yfernandezlopez", "First-day-here-1"), vesk::VR_PASSWORD_EXPIRED);
+  EXPECT_EQ(validate("zsimunek", ""), vesk::VR_INVALID_PASSWORD);  // has no line
+
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(validate("lquispe", "guess"), vesk::VR_INVALID_PASSWORD);
+  EXPECT_EQ(validate("lquispe", "Paper-boat-42"), vesk::VR_ACCOUNT_LOCKED);
+  EntryId account = directory.byName("lquispe", Family::Accounts);
+  EXPECT_EQ(accounts.reset(account, "short"), vesk::VR_PASSWORD_POLICY);
+  EXPECT_EQ(accounts.reset(account, "My-lquispe-1"), vesk::VR_PASSWORD_POLICY);
+  EXPECT_EQ(accounts.reset(account, "only letters"), vesk::VR_PASSWORD_POLICY);
+  EXPECT_EQ(accounts.reset(account, "New-boat-43"), vesk::VR_SUCCESS);
+  EXPECT_EQ(validate("lquispe", "New-boat-43"), vesk::VR_SUCCESS);
+}
+
+}  // namespace
+}  // namespace standin
