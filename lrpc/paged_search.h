@@ -21,6 +21,8 @@ class FOKRAZO_API PagedSearchHandle {
   ADObject getNext();
 
  private:
+  void fetchPage();
+
   LocalRpcSession* m_session;
   int m_handle;
   bool m_finished = false;

@@ -260,6 +260,7 @@ class FOKRAZO_API LocalRpcSession {
   void connect(time_t now, pid_t pid);
   void exchange(IPCRequest& request, IPCReply& reply);
   void sendAgain(IPCRequest& request, IPCReply& reply, bool authenticate);
+  std::string refreshPolicy(IPCRequest& request, const char* done);
 
   int m_socket = -1;
   pid_t m_pid;

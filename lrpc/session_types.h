@@ -11,21 +11,6 @@ constexpr int GROUP_MEMBERSHIP = 4;  ///< with the memberships
 constexpr int UNIX_NAME = 8;
 constexpr int WINDOWS_NAME = 16;
 
-/// How the daemon goes about its cache. No operation of the session sends one.
-enum CacheOperation : int {
-  COPS_NOCACHE = 0,
-  COPS_WONLY = 2,
-  COPS_RONLY = 5,
-  COPS_DEFAULTS = 7,
-  COPS_REFRESH_RONLY = 13,
-  COPS_REFRESH = 15,
-  COPS_NOXREAD = 19,
-  COPS_CACHE_ONLY = 83,
-  COPS_EXPIRE_REFRESH = 271,
-  COPS_CLIENT_DEFAULTS = 1031,
-  COPS_CLIENT_REFRESH = 1039,
-};
-
 // What LocalRpcSession::flushCache flushes, a bit set.
 constexpr unsigned int FLUSH_OBJ_CACHE = 1;
 constexpr unsigned int FLUSH_DNS_CACHE = 2;
