@@ -71,6 +71,13 @@ void Arguments::refuseOptions() {
   if (word != m_words.end()) throw UsageError("unknown option " + *word);
 }
 
+std::string Arguments::action(const std::string& what) {
+  if (m_words.empty() || isOption(m_words.front())) throw UsageError("missing " + what);
+  std::string word = m_words.front();
+  m_words.erase(m_words.begin());
+  return word;
+}
+
 bool Arguments::hasOperand() {
   refuseOptions();
   return !m_words.empty() || !m_behindMark.empty();

@@ -22,6 +22,8 @@ class Arguments {
 
   /// Takes the next operand; `what` names it in the complaint if there is none.
   std::string operand(const std::string& what);
+  /// Takes the first word, which says what the rest means; options may follow it.
+  std::string action(const std::string& what);
   bool hasOperand();
   /// Takes all operands that are left.
   std::vector<std::string> operands();

@@ -9,7 +9,6 @@
 #include "cli/command.h"
 #include "util/include/error_util.h"
 #include "util/include/path.h"
-#include "util/include/properties.h"
 #include "util/include/setting.h"
 
 namespace cli {
@@ -55,7 +54,7 @@ ExitStatus getSetting(Output& output, const std::string& name) {
 }
 
 ExitStatus setting(Invocation& invocation) {
-  const std::string action = invocation.arguments.operand("get or list");
+  const std::string action = invocation.arguments.action("get or list");
   if (action == "get") {
     const std::string name = invocation.arguments.operand("a setting's name");
     invocation.arguments.done();

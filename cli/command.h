@@ -57,6 +57,7 @@ Family daemonCommands();
 Family accountCommands();
 Family valueCommands();
 Family objectCommands();
+Family configurationCommands();
 Family machineCommands();
 
 }  // namespace cli

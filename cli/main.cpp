@@ -17,8 +17,9 @@ namespace {
 constexpr char kDefaultSocket[] = "/var/velmora/daemon";
 
 const Family* families(size_t& count) {
-  static const Family all[] = {lookupCommands(), listingCommands(), daemonCommands(), accountCommands(),
-                               valueCommands(),  objectCommands(),  machineCommands()};
+  static const Family all[] = {lookupCommands(),        listingCommands(), daemonCommands(),
+                               accountCommands(),       valueCommands(),   objectCommands(),
+                               configurationCommands(), machineCommands()};
   count = sizeof all / sizeof *all;
   return all;
 }

@@ -1,0 +1,175 @@
+// The configuration file: conf get, set, unset, list, variables.
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sstream>
+
+#include "cli/command.h"
+#include "util/include/properties.h"
+
+namespace cli {
+
+namespace {
+
+using namespace vesk;
+
+constexpr char kSystemFile[] = "/etc/velmora/velmora.conf";
+
+struct ConfFile {
+  std::string path = kSystemFile;
+  Output& output;
+};
+
+void readInto(Properties& properties, const ConfFile& file) {
+  if (access(file.path.c_str(), R_OK) != 0) throw std::runtime_error(file.path + ": " + strerror(errno));
+  properties.load(file.path.c_str(), true);
+  if (!properties.loaded()) throw std::runtime_error(file.path + ": cannot be read as a configuration file");
+}
+
+// The unit that a time without one has in the file.
+char takeUnit(const std::string& text) {
+  if (text.size() != 1 || Properties::timeFactor(text[0]) == 0)
+    throw UsageError("option --time takes one of s, m, h, d, w, M, y, not '" + text + "'");
+  return text[0];
+}
+
+void printTime(Properties& properties, const ConfFile& file, const std::string& key, char unit) {
+  const long seconds = properties.getTime(key, unit, 0);
+  file.output.record(Record().text("key", key).number("seconds", seconds), std::to_string(seconds));
+}
+
+void printList(Properties& properties, const ConfFile& file, const std::string& key) {
+  const Properties::ValueListPtr list = properties.getValueList(key, "");
+  if (file.output.json())
+    file.output.record(Record().text("key", key).texts("values", *list));
+  else
+    for (const std::string& item : *list) printf("%s\n", shown(item).c_str());
+}
+
+ExitStatus get(Arguments& arguments, const ConfFile& file) {
+  std::string unit;
+  const bool isTime = arguments.option("--time", unit);
+  const bool isList = arguments.flag("--list");
+  const std::string key = arguments.operand("a key");
+  arguments.done();
+  const char unitLetter = isTime ? takeUnit(unit) : 's';
+
+  Properties properties;
+  readInto(properties, file);
+  std::string value;
+  if (!properties.lookup(key, value)) return kRefused;
+  if (isTime)
+    printTime(properties, file, key, unitLetter);
+  else if (isList)
+    printList(properties, file, key);
+  else
+    file.output.record(Record().text("key", key).text("value", value), shown(value));
+  return kFound;
+}
+
+ExitStatus saved(int result, const std::string& path) {
+  if (result == 0) return kFound;
+  throw std::runtime_error(path +
+                           " was not saved: the file and its folder must be writable, and no other program "
+                           "may hold " +
+                           path + ".lock; the system's log tells more");
+}
+
+void refuseMissing(const ConfFile& file) {
+  if (access(file.path.c_str(), F_OK) != 0) throw std::runtime_error(file.path + ": " + strerror(errno));
+}
+
+ExitStatus set(Arguments& arguments, const ConfFile& file) {
+  const bool asText = arguments.flag("--text");
+  const bool asList = arguments.flag("--list");
+  const std::string key = arguments.operand("a key");
+  const std::vector<std::string> values = arguments.operands();
+  if (values.empty() && !asList) throw UsageError("missing a value for " + key);
+  if (values.size() > 1 && !asList) throw UsageError("more than one value for " + key + " needs --list");
+  refuseMissing(file);
+  bool accepted = true;
+  const int result = Properties::update(file.path, [&](Properties& properties) {
+    if (asList)
+      properties.setValueList(key, {values.begin(), values.end()}, true);
+    else
+      accepted = asText ? properties.setText(key, values[0]) : properties.setString(key, values[0]);
+    return accepted;
+  });
+  if (!accepted) throw UsageError("'" + key + "' with that value is no line of a configuration file");
+  return saved(result, file.path);
+}
+
+ExitStatus unset(Arguments& arguments, const ConfFile& file) {
+  const std::string key = arguments.operand("a key");
+  arguments.done();
+  refuseMissing(file);
+  bool there = false;
+  const int result =
+      Properties::update(file.path, [&](Properties& properties) { return there = properties.remove(key); });
+  return there ? saved(result, file.path) : kRefused;
+}
+
+ExitStatus list(Arguments& arguments, const ConfFile& file) {
+  const std::string prefix = arguments.hasOperand() ? arguments.operand("") : "";
+  arguments.done();
+  Properties properties;
+  readInto(properties, file);
+  const std::unique_ptr<Properties::Map> entries = properties.getMap(prefix);
+  if (!entries) return kRefused;
+  for (const auto& entry : *entries)
+    file.output.record(Record().text("key", entry.first).text("value", entry.second),
+                       entry.first + ": " + shown(entry.second));
+  return kFound;
+}
+
+// What the references to the machine's state become in every configuration file.
+ExitStatus variables(Arguments& arguments, const ConfFile& file) {
+  arguments.done();
+  for (const char* name : {"JOINNAME", "PREW2KNAME", "SITE", "DOMAIN", "ZONE"}) {
+    std::istringstream line(std::string("value = $") + name + "\n");
+    Properties properties;
+    properties.load(line, true);
+    const std::string value = properties.getString("value");
+    file.output.record(Record().text("variable", name).text("value", value),
+                       std::string(name) + ": " + shown(value));
+  }
+  return kFound;
+}
+
+constexpr struct {
+  const char* name;
+  ExitStatus (*run)(Arguments& arguments, const ConfFile& file);
+} kActions[] = {{"get", get}, {"set", set}, {"unset", unset}, {"list", list}, {"variables", variables}};
+
+ExitStatus conf(Invocation& invocation) {
+  ConfFile file{kSystemFile, invocation.output};
+  invocation.arguments.option("--file", file.path);
+  const std::string action = invocation.arguments.action("get, set, unset, list or variables");
+  for (const auto& row : kActions)
+    if (action == row.name) return row.run(invocation.arguments, file);
+  throw UsageError("conf takes get, set, unset, list or variables, not '" + action + "'");
+}
+
+const Command kCommands[] = {
+    {"conf", "[--file FILE] get|set|unset|list|variables …", "read and change the configuration file",
+     "  get [--list | --time UNIT] KEY   a value; its items, a line each; its seconds\n"
+     "  set [--text] KEY VALUE           change a value; with --text written as it is, quotes and $ "
+     "counting\n"
+     "  set --list KEY [VALUE …]         change a list\n"
+     "  unset KEY                        remove a value; its line becomes a comment\n"
+     "  list [PREFIX]                    all values, or those whose keys begin with PREFIX\n"
+     "  variables                        what $JOINNAME and the like stand for on this machine\n"
+     "  --file FILE                      another file than /etc/velmora/velmora.conf\n",
+     conf},
+};
+
+}  // namespace
+
+Family configurationCommands() {
+  return {"Configure", kCommands, sizeof kCommands / sizeof *kCommands};
+}
+
+}  // namespace cli
