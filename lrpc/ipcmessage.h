@@ -6,6 +6,7 @@
 /// in the host's byte order stand in front of the message.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ class ADObjectList;
 class ADSerializer;
 class Guid;
 class IPCException;
+class ReceivedText;
 class SID;
 
 /// One message, written or received. Every failure of a field is thrown at once and nothing is rolled back: a
@@ -128,7 +130,10 @@ class FOKRAZO_API IPCMessage {
   friend class LocalRpcSession;
 
   void put(const void* bytes, size_t size, const char* failure);
+  void take(ReceivedText& received, const char* failure) const;
   void flatten();
+  void receive(int fd, unsigned int length);
+  bool readHeader() const;
 
   BerElement* m_ber = nullptr;
   berval* m_flattened = nullptr;

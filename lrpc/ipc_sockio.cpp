@@ -1,0 +1,216 @@
+#include "lrpc/ipc_sockio.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstddef>
+#include <cstring>
+
+#include "util/include/log.h"
+#include "util/include/properties.h"
+#include "util/include/propnames.h"
+#include "util/include/strutil.h"
+#include "util/include/throw.h"
+#include "util/include/unique_fd.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Milliseconds until then as poll takes them; not less than 0.
+int millisecondsUntil(Clock::time_point end) {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+  return static_cast<int>(std::clamp<decltype(left)>(left, 0, INT_MAX));
+}
+
+int failWithoutError() {
+  errno = 0;
+  return -1;
+}
+
+}  // namespace
+
+int IOWait(int fd, int seconds, int events) {
+  pollfd entry = {fd, static_cast<short>(events), 0};
+  const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds);
+  int rc;
+  do {
+    rc = poll(&entry, 1, seconds < 0 ? -1 : millisecondsUntil(end));
+  } while (rc < 0 && errno == EINTR);
+  if (rc <= 0) return rc;
+  if (entry.revents & (POLLERR | POLLHUP | POLLNVAL)) return failWithoutError();
+  return (entry.revents & events) == events ? 1 : failWithoutError();
+}
+
+int RecvWait(int fd, int seconds) {
+  return IOWait(fd, seconds, POLLIN);
+}
+
+int SendWait(int fd, int seconds) {
+  return IOWait(fd, seconds, POLLOUT);
+}
+
+int get_peer_credential(int fd, uid_t* uid, gid_t* gid) {
+  ucred peer = {};
+  socklen_t size = sizeof peer;
+  if (getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return -1;
+  *uid = peer.uid;
+  *gid = peer.gid;
+  return 0;
+}
+
+int zantrel_pselect(int nfds, fd_set* read, fd_set* write, fd_set* except, const timespec* timeout,
+                    const sigset_t* mask, int* error) {
+  *error = 0;
+  const int rc = pselect(nfds, read, write, except, timeout, mask);
+  if (rc < 0) *error = errno;
+  return rc;
+}
+
+namespace vesk {
+
+namespace {
+
+constexpr char kSource[] = "lrpc/ipc_sockio";
+constexpr char kChannel[] = "lrpc.sockio";
+constexpr char kConnectChannel[] = "lrpc.ipcmessage";
+constexpr int kDefaultConnectTimeout = 5;
+constexpr int kDefaultTimeout = 300;
+
+// A configured number of seconds as the waits take it.
+int seconds(long configured) {
+  return static_cast<int>(std::clamp<long>(configured, INT_MIN, INT_MAX));
+}
+
+int timeout() {
+  return seconds(Props(false, false)->getTime(PN::LRPC_TIMEOUT, 's', kDefaultTimeout));
+}
+
+int connectTimeout() {
+  const long configured = Props(false, false)->getTime(PN::LRPC_CONNECT_TIMEOUT, 's', kDefaultConnectTimeout);
+  if (configured > 0) return seconds(configured);
+  VESK_LOG_TO(kConnectChannel, Warn, "Illegal value for %s: %ld. Using %d", PN::LRPC_CONNECT_TIMEOUT.c_str(),
+              configured, kDefaultConnectTimeout);
+  return kDefaultConnectTimeout;
+}
+
+[[noreturn]] void failConnect(int error) {
+  FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, error, "ipc socket connect");
+}
+
+void waitForConnection(int fd) {
+  const int rc = SendWait(fd, connectTimeout());
+  if (rc == 1) return;
+  if (rc != 0) failConnect(errno);
+  VESK_LOG_TO(kConnectChannel, Warn, "Timed out while waiting for socket connection");
+  FOKRAZO_THROW(IOException, "IOException", 0, "ipc socket connect timed out");
+}
+
+// The transfer's one vector; neither name nor control data.
+class Transfer {
+ public:
+  Transfer(void* buffer, unsigned int size) : m_vector{buffer, size} {
+    m_header.msg_iov = &m_vector;
+    m_header.msg_iovlen = 1;
+  }
+  msghdr* header() { return &m_header; }
+
+ private:
+  iovec m_vector;
+  msghdr m_header = {};
+};
+
+void waitForInput(int fd) {
+  const int rc = RecvWait(fd, timeout());
+  const int error = errno;
+  if (rc < 0)
+    FOKRAZO_THROW_ERRNO(ConnectionBrokenException, "ConnectionBrokenException", error, error,
+                        "read select error");
+  if (rc == 0) FOKRAZO_THROW(TimeoutException, "TimeoutException", 0, "RecvWait out");
+}
+
+void waitForRoom(int fd) {
+  const int rc = SendWait(fd, timeout());
+  const int error = errno;
+  if (rc < 0)
+    FOKRAZO_THROW_ERRNO(ConnectionBrokenException, "ConnectionBrokenException", rc, error,
+                        "write select error");
+  if (rc == 0) FOKRAZO_THROW(TimeoutException, "TimeoutException", 0, "write timed out");
+}
+
+}  // namespace
+
+int IPCconnect(std::string path) {
+  UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+  if (!socket) FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, errno, "ipc socket create");
+  fcntl(socket.get(), F_SETFL, fcntl(socket.get(), F_GETFL) | O_NONBLOCK | O_WRONLY);
+
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  SafeStrnCpy(address.sun_path, path.c_str(), sizeof address.sun_path);
+  const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + strlen(address.sun_path));
+  if (connect(socket.get(), reinterpret_cast<sockaddr*>(&address), size) != 0) {
+    if (errno != EINPROGRESS) failConnect(errno);
+    waitForConnection(socket.get());
+  }
+  return socket.release();
+}
+
+void IPCdisconnect(int fd) {
+  close(fd);
+}
+
+unsigned int readMsg(int fd, void* buffer, unsigned int size, int* /*reserved*/) {
+  waitForInput(fd);
+  VESK_LOG_TO(kChannel, Trace, "recv message: flag %x", static_cast<unsigned int>(MSG_NOSIGNAL));
+  Transfer transfer(buffer, size);
+  const ssize_t count = recvmsg(fd, transfer.header(), MSG_NOSIGNAL);
+  if (count < 0)
+    FOKRAZO_THROW_ERRNO(ConnectionBrokenException, "ConnectionBrokenException", -1, errno, "readMsg error");
+  if (count == 0)
+    FOKRAZO_THROW(ConnectionBrokenException, "ConnectionBrokenException", 0,
+                  "readMsg: brondalt closed connection");
+  return static_cast<unsigned int>(count);
+}
+
+unsigned int writeMsg(int fd, void* buffer, unsigned int size, bool /*reserved*/) {
+  for (;;) {
+    VESK_LOG_TO(kChannel, Trace, "sending message. Flag %x", static_cast<unsigned int>(MSG_NOSIGNAL));
+    Transfer transfer(buffer, size);
+    errno = 0;  // nothing sent is no error of its own
+    const ssize_t count = sendmsg(fd, transfer.header(), MSG_NOSIGNAL);
+    const int error = errno;
+    if (count > 0) return static_cast<unsigned int>(count);
+    if (error == EINTR) continue;
+    if (error != EAGAIN)
+      FOKRAZO_THROW_ERRNO(ConnectionBrokenException, "ConnectionBrokenException", static_cast<int>(count),
+                          error, "writeMsg failed");
+    waitForRoom(fd);
+  }
+}
+
+void readN(int fd, unsigned char* buffer, unsigned int count) {
+  for (unsigned int done = 0; done < count;) done += readMsg(fd, buffer + done, count - done, nullptr);
+}
+
+void writeN(int fd, unsigned char* buffer, unsigned int count) {
+  for (unsigned int done = 0; done < count;) done += writeMsg(fd, buffer + done, count - done, false);
+}
+
+bool read_peer_cred(int fd, unsigned int& uid, unsigned int& gid) {
+  uid_t peerUid;
+  gid_t peerGid;
+  if (get_peer_credential(fd, &peerUid, &peerGid) != 0) return false;
+  uid = peerUid;
+  gid = peerGid;
+  return true;
+}
+
+}  // namespace vesk
