@@ -1,9 +1,56 @@
 # Every header that is installed; fokrazo.h includes all the others.
 set(FOKRAZO_PUBLIC_HEADERS
+  fokrazo.h
+  base/dn.h
+  base/guid.h
+  base/int64.h
+  base/oid.h
+  base/osutil.h
+  base/stringarray.h
+  ber/qtr_ber.h
+  lrpc/adattribute.h
+  lrpc/adobject.h
+  lrpc/adserializer.h
+  lrpc/attrnames.h
+  lrpc/ipc_exception.h
+  lrpc/ipc_opcode.h
+  lrpc/ipc_sockio.h
+  lrpc/ipcmessage.h
+  lrpc/paged_search.h
+  lrpc/session.h
+  lrpc/session_types.h
+  lrpc/shredder.h
+  lrpc/stringdict.h
+  lrpc/unixviews.h
+  lrpc/validation_result.h
+  util/include/byteorder.h
+  util/include/char_accumulator.h
+  util/include/circular_buffer.h
   util/include/error_util.h
   util/include/export.h
+  util/include/file_logging.h
+  util/include/file_util.h
+  util/include/kset.h
   util/include/log.h
+  util/include/log_cache.h
+  util/include/log_destination.h
+  util/include/log_gzip.h
   util/include/mutex.h
+  util/include/osport.h
+  util/include/path.h
   util/include/properties.h
+  util/include/property_syntax.h
+  util/include/propnames.h
+  util/include/queued_message.h
+  util/include/runqueue.h
+  util/include/secure_open.h
+  util/include/selinux_context.h
+  util/include/setting.h
+  util/include/sid.h
+  util/include/strutil.h
+  util/include/sysrights.h
   util/include/thread.h
+  util/include/timequeue.h
+  util/include/well_known_sid.h
+  util/include/wrapper.h
 )

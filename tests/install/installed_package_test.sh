@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# Installs the library into an empty folder and uses it as a stranger would: each header alone, the README's example
+# by pkg-config and the same by CMake's find_package, run against the stand-in.
+# usage: installed_package_test.sh SOURCE_DIR BUILD_DIR CXX
+set -euo pipefail
+source_dir=$1 build_dir=$2 cxx=$3
+place=$(mktemp -d)
+daemon_pid=
+trap 'kill $daemon_pid 2>/dev/null || true; rm -rf "$place"' EXIT
+fail() { echo "FAILED: $*" >&2; exit 1; }
+
+cmake --install "$build_dir" --prefix "$place/first" >/dev/null
+mv "$place/first" "$place/root"  # what is installed finds itself wherever it is put
+lib=$(dirname "$(find "$place/root" -name 'fokrazo.so.0')")
+export PKG_CONFIG_PATH=$lib/pkgconfig LD_LIBRARY_PATH=$lib
+
+[ "$(readlink "$lib/fokrazo.so")" = fokrazo.so.0 ] || fail "fokrazo.so does not lead to fokrazo.so.0"
+objdump -p "$lib/fokrazo.so.0" | grep -q 'SONAME *fokrazo.so.0$' || fail "SONAME"
+
+include=$place/root/include/fokrazo
+(cd "$include" && find . -name '*.h') | sed 's,^\./,,' | sort >"$place/headers"
+while read -r header; do
+  [ "$header" = fokrazo.h ] || grep -qF "#include \"$header\"" "$include/fokrazo.h" || fail "$header is not in fokrazo.h"
+  echo "#include \"$header\"" >"$place/alone.cpp"
+  "$cxx" -std=c++17 -Wall -Wextra -Werror -fsyntax-only "-I$include" "$place/alone.cpp" || fail "$header alone"
+done <"$place/headers"
+
+awk '/^```cpp$/ { inside = 1; next } /^```$/ { inside = 0 } inside' "$source_dir/README.md" >"$place/ten.cpp"
+# shellcheck disable=SC2046
+"$cxx" -std=c++17 "$place/ten.cpp" $(pkg-config --cflags --libs fokrazo) -o "$place/ten"
+
+mkdir "$place/project"
+cp "$place/ten.cpp" "$place/project"
+cat >"$place/project/CMakeLists.txt" <<'CMAKE'
+cmake_minimum_required(VERSION 3.25)
+project(ten LANGUAGES CXX)
+set(CMAKE_CXX_STANDARD 17)
+find_package(fokrazo REQUIRED)
+add_executable(ten ten.cpp)
+target_link_libraries(ten PRIVATE fokrazo::fokrazo)
+CMAKE
+cmake -S "$place/project" -B "$place/project/build" -DCMAKE_PREFIX_PATH="$place/root" -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
+cmake --build "$place/project/build" >/dev/null
+
+mkfifo "$place/ready"
+"$build_dir/bin/brondalt-standin" --socket "$place/daemon" --ldif "$source_dir/standin/sample/accounts.ldif" \
+  --foreground >"$place/ready" &
+daemon_pid=$!
+read -r -t 60 _ <"$place/ready"
+
+for program in "$place/ten" "$place/project/build/ten"; do
+  [ "$("$program" "$place/daemon" lquispe)" = "lquispe 10060 /home/lquispe" ] || fail "$program found something else"
+  ! "$program" "$place/daemon" nosuchperson 2>"$place/complaint" || fail "$program found nobody"
+  [ "$(cat "$place/complaint")" = "NotFoundException: User not found" ] || fail "$program complained in other words"
+done
+echo "installed package: all as expected"
