@@ -27,6 +27,11 @@ time_t utcSeconds(const std::string& text) {
   return local - timezone;
 }
 
+// Names are ASCII, whatever the locale.
+char lowerCase(char c) {
+  return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 const char* marksText(bool dirty, bool serialized) {
   if (dirty) return serialized ? "(ds)" : "(d)";
   return serialized ? "(s)" : "";
@@ -34,11 +39,14 @@ const char* marksText(bool dirty, bool serialized) {
 
 }  // namespace
 
-ADAttribute::ADAttribute(std::string_view name) : m_name(name), m_lcName(lower(m_name)) {}
+ADAttribute::ADAttribute(std::string_view name) {
+  setName(name);
+}
 
 void ADAttribute::setName(std::string_view name) {
   m_name = name;
-  m_lcName = lower(m_name);
+  m_lcName = name;
+  for (char& c : m_lcName) c = lowerCase(c);
 }
 
 void ADAttribute::setMarks(bool dirty, bool serialized) {

@@ -94,6 +94,23 @@ ADAttribute& addAttribute(ADAttributeMap& attributes, ADAttributeMap::iterator p
 const StringArray ADSerializer::m_dictionary
     __attribute__((init_priority(101))) (&GetDictionaryMap(), &GetDictionaryVector());
 
+namespace {
+
+// The entries behind m_dictionary, reached without a call for each.
+struct Entries {
+  // The empty text for an index past the end.
+  std::string_view operator[](uint32_t index) const {
+    return index < count ? std::string_view(first[index]) : std::string_view("", 0);
+  }
+
+  const std::string* first;
+  size_t count;
+};
+const Entries g_entries
+    __attribute__((init_priority(101))) = {GetDictionaryVector().data(), GetDictionaryVector().size()};
+
+}  // namespace
+
 /// A text field: what it says and where it ends.
 struct ADSerializer::Text {
   std::string_view text;
@@ -165,12 +182,12 @@ void ADSerializer::setIndexed(bool indexed) {
 // Reading at random. Whatever is asked for, no reader leaves the blob.
 
 // The number of index slots; 0 if the blob is too short for what its header says.
-uint32_t ADSerializer::indexCount() const {
+inline uint32_t ADSerializer::indexCount() const {
   uint32_t count = header<uint32_t>(kCount);
   return count > 0 && count <= (m_size - kHeaderSize) / kWord ? count : 0;
 }
 
-uint32_t ADSerializer::slot(uint32_t position) const {
+inline uint32_t ADSerializer::slot(uint32_t position) const {
   return load<uint32_t>(m_data + kHeaderSize + kWord * position);
 }
 
@@ -178,13 +195,13 @@ void ADSerializer::setSlot(uint32_t position, uint32_t offset) {
   store(m_data + kHeaderSize + kWord * position, offset);
 }
 
-bool ADSerializer::readText(const unsigned char* position, Text& field) const {
+inline bool ADSerializer::readText(const unsigned char* position, Text& field) const {
   size_t left = remaining(position);
   if (left < kWord) return false;
   uint32_t word = load<uint32_t>(position);
   field.next = position + kWord;
   if (word & kReference) {
-    field.text = m_dictionary[static_cast<int>(word & ~kReference)];
+    field.text = g_entries[word & ~kReference];
     return true;
   }
   if (word > left - kWord) return false;
@@ -193,7 +210,7 @@ bool ADSerializer::readText(const unsigned char* position, Text& field) const {
   return true;
 }
 
-std::string_view ADSerializer::nameAt(uint32_t offset) const {
+inline std::string_view ADSerializer::nameAt(uint32_t offset) const {
   Text name;
   return offset < m_size && readText(m_data + offset, name) ? name.text : std::string_view();
 }
@@ -324,7 +341,7 @@ void ADSerializer::readAll(ADAttributeMap& attributes, unsigned int indexOffset,
   }
 }
 
-uint32_t ADSerializer::takeWord() {
+inline uint32_t ADSerializer::takeWord() {
   if (remaining(m_cursor) < kWord) throwBadLength(kWord, m_size);
   uint32_t word = load<uint32_t>(m_cursor);
   m_cursor += kWord;
@@ -341,7 +358,7 @@ std::string_view ADSerializer::takeText(const StringArray& dictionary) {
   return takeInline(word);
 }
 
-std::string_view ADSerializer::takeInline(uint32_t length) {
+inline std::string_view ADSerializer::takeInline(uint32_t length) {
   if (length > remaining(m_cursor)) throwBadLength(length, m_size);
   std::string_view text(reinterpret_cast<const char*>(m_cursor), length);
   m_cursor += length;
@@ -362,6 +379,11 @@ void ADSerializer::skipValues() {
 }
 
 // Writing.
+
+inline void ADSerializer::putWord(uint32_t word) {
+  store(m_cursor, word);
+  m_cursor += kWord;
+}
 
 size_t ADSerializer::sizeAttribute(const ADAttribute& attribute) {
   size_t size = sizeOfText(attribute.name()) + kWord;
@@ -416,11 +438,6 @@ void ADSerializer::putText(const std::string& text) {
   putWord(text.size());
   memcpy(m_cursor, text.data(), text.size());
   m_cursor += text.size();
-}
-
-void ADSerializer::putWord(uint32_t word) {
-  store(m_cursor, word);
-  m_cursor += kWord;
 }
 
 // Printing.
