@@ -551,7 +551,6 @@ const std::string UMAXCL_ATTR("aix.maxcl");
 const std::string UMINCL_ATTR("aix.mincl");
 
 // Names, values and prefixes of no family.
-const std::string MAIN_RUN_QUEUE("daemon");
 const std::string DS_GROUP_OBJ("group");
 const std::string EMPTY_STRING;
 const std::string AD_ANY("*");
