@@ -45,7 +45,7 @@ class FOKRAZO_API SID {
   bool isNull() const { return m_bytes.empty(); }
 
   // Each of these replaces the SID by one that is read from text of one spelling. On failure they throw
-  // BaseException with code 1004; the SID is then not to be used.
+  // BaseException with code 1004; the SID is then null.
 
   /// An empty text makes the null SID. A text without sub-authorities gets one, of value 0.
   void fromMSString(const std::string& text);

@@ -1,0 +1,135 @@
+#include "base/dn.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "base/guid.h"
+#include "util/include/error_util.h"
+#include "util/include/sid.h"
+
+namespace {
+
+using namespace vesk;
+
+struct Row {
+  std::string (*operation)(const std::string&);
+  std::string text;
+  std::string result;
+};
+
+// The result, or what kind of failure with which text.
+std::string resultOf(const Row& row) {
+  try {
+    return row.operation(row.text);
+  } catch (const BadDataException& error) {
+    return std::string("BadData: ") + error.what();
+  } catch (const std::out_of_range&) {
+    return "out of range";
+  }
+}
+
+TEST(Dn, Splitting) {
+  const std::string extended = "<GUID=33221100554477668899aabbccddeeff>;<SID=0105>;CN=a,DC=b";
+  const Row rows[] = {
+      {DN::guidFromDN, extended, "33221100554477668899aabbccddeeff"},
+      {DN::guidFromDN, "CN=a;", ""},
+      {DN::guidFromDN, "<GUID=00>", ""},
+      {DN::guidFromDN, "<;", "out of range"},
+      {DN::dnFromExtendedDN, extended, "CN=a,DC=b"},
+      {DN::dnFromExtendedDN, "CN=a,DC=b", "CN=a,DC=b"},
+      {DN::parent, "CN=a\\,b,OU=x,DC=c", "OU=x,DC=c"},
+      {DN::parent, "CN=a\\\\,OU=x", "OU=x"},
+      {DN::parent, "\\,a,b", "b"},
+      {DN::parent, "CN=a\\,b", "CN=a\\,b"},
+      {DN::cnFromDn, "CN=a\\,b,OU=x", "a\\,b"},
+      {DN::cnFromDn, "OU=x", "x"},
+      {DN::cnFromDn, "CN=", ""},
+      {DN::cnFromDn, "C", "out of range"},
+      {[](const std::string& dn) { return DN::renameDN(dn, "n"); }, "CN=a,OU=x,CN=y,DC=z", "CN=n,CN=y,DC=z"},
+      {[](const std::string& dn) { return DN::renameDN(dn, "n"); }, "CN=a,OU=x,cn=y", "out of range"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(resultOf(row), row.result) << row.text;
+}
+
+TEST(Dn, DomainsAndCanonicalNames) {
+  const Row rows[] = {
+      {DN::dnFromDomain, "ex.com", "DC=ex,DC=com"},
+      {DN::domainFromDN, "cn=a,dc=ex,dc=com", "EX.COM"},
+      {DN::domainFromDN, "dc=ex,ou=a", "EX,OU=A"},
+      {DN::domainFromDN, "ex.com/Sales/a/b", "EX.COM"},
+      {DN::domainFromDN, "cn=a", "BadData: Malformed DN \"cn=a\", missing DC= or /"},
+      {DN::canonicalFromDN, "CN=a\\,b,OU=x,DC=Ex,DC=Com", "ex.com/x/a,b"},
+      {DN::canonicalFromDN, "cn=A/B,ou=\\20X\\20,dc=ex", "ex/ X /A\\/B"},
+      {DN::canonicalFromDN, "OU=x,CN=a,OU=y,CN=b,OU=z,DC=ex", "ex/z/b/a"},
+      {DN::canonicalFromDN, "DC=Ex", "ex"},
+      {DN::canonicalFromDN, "dc=ex,cn=a", "BadData: bad dn format DC=EX,CN=A"},
+      {DN::canonicalFromDN, "cn=,dc=ex", "BadData: bad dn format CN=,DC=EX"},
+      {DN::canonicalFromDN, "cn=\\x,dc=ex", "BadData: Invalid escape sequence \\x"},
+      {DN::canonicalFromDN, "cn=a,o=x", "BadData: Malformed DN \"cn=a,o=x\", missing DC= or /"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(resultOf(row), row.result) << row.text;
+}
+
+TEST(Dn, Escaping) {
+  const std::string nul(1, '\0');
+  const Row rows[] = {
+      {DN::escapeDNString, "", ""},
+      {DN::escapeDNString, " a  b ", "\\ a  b\\ "},
+      {DN::escapeDNString, "   ", "\\ \\ \\ "},
+      {DN::escapeDNString, "a\\ ", "a\\\\\\ "},
+      {DN::escapeDNString, "\\,+=\"\r<>#;\n()*/\xc3", "\\\\\\,\\+\\=\\\"\\\r\\<\\>\\#\\;\\\n\\(\\)*/\xc3"},
+      {DN::escapeLDAPString, "a (*)\\,\t\xc3" + nul, "a\\20\\(\\*\\)\\\\\\2C\\09\\C3\\00"},
+      {DN::escapeLDAPFilter, "a (*)\\,\xc3", "a \\(\\*\\)\\\\,\xc3"},
+      {DN::escapeCanonicalString, "a/b\\c,", "a\\/b\\\\c,"},
+      {DN::unescapeDNString, "\\ a\\,\\41\\c3\\20", " a,A\xc3 "},
+      {DN::unescapeDNString, "\\00", nul},
+      {DN::unescapeDNString, "\\*", "BadData: Invalid escape sequence \\*"},
+      {DN::unescapeDNString, "ab\\", "BadData: Invalid escape sequence ab\\"},
+      {DN::unescapeDNString, "ab\\4", "BadData: Invalid escape sequence ab\\4"},
+      {DN::unescapeDNString, "ab\\4g", "BadData: Invalid escape sequence ab\\4g"},
+      {DN::unescapeLDAPString, "\\*\\2a", "**"},
+      {DN::unescapeLDAPString, "\\,", "BadData: Invalid escape sequence \\,"},
+      {DN::unescapeCanonicalString, "\\/\\\\", "/\\"},
+      {[](const std::string& s) { return DN::escape(s, "abc", "xa", false); }, "axd", "\\a\\78d"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(resultOf(row), row.result) << row.text;
+  std::string all;
+  for (int byte = 0; byte < 256; ++byte) all += static_cast<char>(byte);
+  EXPECT_EQ(DN::unescapeDNString(DN::escapeDNString(all)), all);
+  EXPECT_EQ(DN::unescape(DN::escapeLDAPString(all), DN::ldap_bs_escaped_chars), all);
+}
+
+TEST(Dn, ExtendedForm) {
+  Guid guid;
+  guid.fromString("33221100554477668899aabbccddeeff");
+  const std::string dn = "CN=a";
+  const std::string head = "<GUID=33221100554477668899aabbccddeeff>;";
+  EXPECT_EQ(DN::extendedDN(guid, NULL_SID, dn), head + dn);
+  const std::string extended = DN::extendedDN(guid, SID("S-1-5-1"), dn);
+  EXPECT_EQ(extended, head + "<SID=010100000000000501000000>;" + dn);
+  EXPECT_EQ(DN::extendedDN(NULL_GUID, NULL_SID, extended), extended);
+}
+
+TEST(Dn, Questions) {
+  EXPECT_TRUE(DN::isDN("cn=a,dc=b"));
+  EXPECT_FALSE(DN::isDN("cn=a"));
+  EXPECT_TRUE(DN::isFakeObjDN("x,CN=Foreign User,CN=One Way Trust,DC=a"));
+  EXPECT_TRUE(DN::isFakeUserDN("CN=AutoPrivateGroup,DC=a"));
+  EXPECT_FALSE(DN::isFakeUserDN("CN=Foreign User,DC=a"));
+
+  struct Position {
+    const char* text;
+    unsigned int position;
+    bool escaped;
+  };
+  const Position positions[] = {
+      {"\\,", 0, false},    {"\\,", 1, false},  {"a\\,", 2, true},
+      {"a\\\\,", 3, false}, {"\\\\,", 2, true}, {"a\\", 4000000000, true},
+  };
+  for (const Position& row : positions)
+    EXPECT_EQ(DN::isEscaped(row.text, row.position), row.escaped) << row.text << " " << row.position;
+}
+
+}  // namespace

@@ -1,0 +1,236 @@
+#include "util/include/strutil.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <clocale>
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+#include <stdexcept>
+
+#include "util/include/byteorder.h"
+#include "util/include/sysrights.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+using StringList = std::list<std::string>;
+
+TEST(StrUtil, NumbersToText) {
+  EXPECT_EQ(itoa(-1, 16) + " " + itoa(-1, 8) + " " + itoa(INT_MIN, 10), "ffffffff 37777777777 -2147483648");
+  EXPECT_EQ(itoa(255, 2), "255");
+  EXPECT_EQ(uitoa(UINT_MAX, 10) + " " + uitoa(8, 8), "4294967295 10");
+  EXPECT_EQ(ulltoa(ULLONG_MAX, 8) + " " + ulltoa(0, 16), "1777777777777777777777 0");
+  EXPECT_EQ(dbltoa(-1.5), "-1.500000");
+  EXPECT_EQ(dbltoa(1e300).size(), 63U);
+  EXPECT_EQ(uidtoa(UINT_MAX) + gidtoa(0), "42949672950");
+  EXPECT_EQ(booltostr(true) + booltostr(false), "truefalse");
+  EXPECT_EQ(atoui("0x10"), 16U);
+  EXPECT_EQ(atoui("010"), 8U);
+  EXPECT_EQ(atoui("08"), 0U);
+}
+
+TEST(StrUtil, CaseTrimAndSearch) {
+  EXPECT_EQ(upper("aZ\xe9-") + lower("aZ\xc9-"), "AZ\xe9-az\xc9-");
+  EXPECT_EQ(lower(std::u16string(u"AbC")), u"abc");
+  EXPECT_EQ(trimWhiteSpace("\v\f \t\r\na b\n"), "a b");
+  EXPECT_EQ(trimWhiteSpace(" \t"), "");
+  const char* const list[] = {"One", "Two", nullptr};
+  EXPECT_TRUE(contains(list, "two"));
+  EXPECT_FALSE(contains(list, "tw"));
+  EXPECT_FALSE(contains(static_cast<const char* const*>(nullptr), ""));
+  EXPECT_TRUE(contains("xOnEx", std::string("oNe")));
+  EXPECT_FALSE(contains("on", "one"));
+  EXPECT_TRUE(stringInList({"a", "B"}, "b", false));
+  EXPECT_FALSE(stringInList({"a", "B"}, "b", true));
+  EXPECT_TRUE(stringMatchPatternList({"x", "A*[0-9]"}, "abc7", false));
+  EXPECT_FALSE(stringMatchPatternList({"x", "A*[0-9]"}, "abc7", true));
+}
+
+TEST(StrUtil, StartsAndEnds) {
+  struct Row {
+    bool (*test)(const std::string&, const std::string&, bool, bool);
+    const char* text;
+    const char* part;
+    bool trim;
+    bool last;
+    bool result;
+  };
+  const Row rows[] = {
+      {startsWith, "abc", "abc", false, true, true},  {startsWith, "ab", "abc", false, true, false},
+      {startsWith, "Abc", "aB", false, false, true},  {startsWith, "Abc", "aB", false, true, false},
+      {startsWith, " abc", "ab", false, true, false}, {startsWith, " abc", "ab", true, true, true},
+      {endsWith, "abc", "abc", false, false, false},  {endsWith, "abc", "", false, false, true},
+      {endsWith, "abC", "Bc", false, true, true},     {endsWith, "abC", "Bc", false, false, false},
+      {endsWith, "abc ", "bc", true, false, true},    {endsWith, "abc ", "bc", false, false, false},
+      {EndsWith, "", "", false, false, false},
+  };
+  for (const Row& row : rows)
+    EXPECT_EQ(row.test(row.text, row.part, row.trim, row.last), row.result) << row.text << " " << row.part;
+  EXPECT_TRUE(endsEscaped("\\") && endsEscaped("a\\\\\\"));
+  EXPECT_FALSE(endsEscaped("") || endsEscaped("\\\\") || endsEscaped("\\a"));
+}
+
+TEST(StrUtil, ListsToText) {
+  EXPECT_EQ(concat({"", "", "a", "", "b"}, "-"), "a--b");
+  EXPECT_EQ(StringListToString({"a", "b"}), "a, b");
+  EXPECT_EQ(PrettyPrint(StringList{"a", "b", "c"}, 2), "a, b,...<truncated>");
+  EXPECT_EQ(PrettyPrint(Strings{"a", "b"}, 2), "a, b");
+  EXPECT_EQ(PrettyPrint(std::vector<int>{1, -2, 3}, 0), ",...<truncated>");
+  EXPECT_EQ(VS("%s", std::string(600, 'x').c_str()), std::string(511, 'x'));
+  EXPECT_EQ(StripSuffix("a.b.a.b", ".b"), "a");
+  EXPECT_EQ(StripSuffix("ab", ".b"), "ab");
+  EXPECT_EQ(AddSuffix("a", "@", "b") + AddSuffix("c@d", "@", "b"), "a@bc@d");
+
+  setenv("TZ", "UTC", 1);
+  tzset();
+  const time_t day = 86400;
+  const time_t never = LONG_MAX;
+  EXPECT_EQ(strtime(&day), "Fri Jan  2 00:00:00 1970");
+  EXPECT_EQ(strtime(&never), "ctime_r failed");
+}
+
+TEST(StrUtil, PrintableForms) {
+  EXPECT_TRUE(isprintable("") && isprintable("a b"));
+  EXPECT_EQ(printable("a b") + printable("\x01\xab"), "a b01ab");
+  EXPECT_EQ(EscapeSpecialChars("  a $\\\n\t\f\r\x01\xc3 b "), "\\ \\ a \\$\\\\\\n\\t\\f\\r\\0x1\\0xc3 b\\ ");
+  EXPECT_EQ(EscapeSpecialChars("  "), "\\ \\ ");
+  EXPECT_EQ(EscapeSpecialChars(""), "");
+}
+
+TEST(StrUtil, HexDigitsAndBytes) {
+  EXPECT_EQ(HexToUint8('a') + HexToUint8('F') + HexToUint8('9') + HexToUint8('g'), 10 + 15 + 9 + 0);
+  const unsigned char bytes[9] = {1, 2, 0, 0, 0, 0, 0, 0x80, 0xff};
+  EXPECT_EQ(Uint8ArrayToUint64(bytes, 2), 0x201U);
+  EXPECT_EQ(Uint8ArrayToUint64(bytes, 9), 0x8000000000000201U);
+  EXPECT_EQ(Uint8ArrayToUint64(bytes, -1), 0U);
+  EXPECT_EQ(Uint8ArrayToHex(bytes, 3) + " " + Uint8ArrayToHex(bytes + 7, 2, false), "000201 80FF");
+  EXPECT_EQ(Uint8ArrayToHex(bytes, -3), "");
+
+  struct Row {
+    const char* hex;
+    bool fromEnd;
+    Strings::value_type filled;
+  };
+  const Row rows[] = {
+      {"0102fe", true, std::string("\xfe\x02\x01\0", 4)}, {"102fe", true, std::string("\xfe\x02\x01\0", 4)},
+      {"0a0102fe0b", true, "\x0b\xfe\x02\x01"},           {"0102fe0b0c", false, "\x01\x02\xfe\x0b"},
+      {"010", false, std::string("\x01\0\0\0", 4)},       {"", true, std::string(4, '\0')},
+  };
+  for (const Row& row : rows) {
+    std::string out(4, '?');
+    HexToUint8Array(row.hex, reinterpret_cast<unsigned char*>(out.data()), 4, row.fromEnd);
+    EXPECT_EQ(tohex(out), tohex(row.filled)) << row.hex;
+  }
+  EXPECT_EQ(HexToHexEscaped("AB12"), "\\AB\\12");
+  EXPECT_EQ(HexToHexEscaped(""), "");
+}
+
+TEST(StrUtil, SplittersDifferInEmptyFields) {
+  struct Row {
+    const char* text;
+    StringList split, escaped, escapedKept;
+    Strings crack, all;
+  };
+  const Row rows[] = {
+      {" a  b ", {"a", "b"}, {"a", "b"}, {"", "a", "", "b", ""}, {"a", "b"}, {"", "a", "", "b", ""}},
+      {"a\\ b c", {"a\\", "b", "c"}, {"a\\ b", "c"}, {"a\\ b", "c"}, {"a\\", "b", "c"}, {"a\\", "b", "c"}},
+      {"", {}, {}, {}, {}, {""}},
+      {",", {}, {}, {"", ""}, {}, {"", ""}},
+      {"a,", {"a"}, {"a"}, {"a", ""}, {"a"}, {"a", ""}},
+  };
+  for (const Row& row : rows) {
+    StringList list{"kept"}, escaped, escapedKept;
+    Strings crack, all;
+    split(row.text, " ,", list);
+    ASSERT_EQ(list.front(), "kept");
+    list.pop_front();
+    splitWithEscape(row.text, " ,", escaped, false);
+    splitWithEscape(row.text, " ,", escapedKept, true);
+    CrackString(" ,", row.text, crack);
+    StringSplit(" ,", row.text, all);
+    EXPECT_EQ(list, row.split) << row.text;
+    EXPECT_EQ(escaped, row.escaped) << row.text;
+    EXPECT_EQ(escapedKept, row.escapedKept) << row.text;
+    EXPECT_EQ(crack, row.crack) << row.text;
+    EXPECT_EQ(all, row.all) << row.text;
+  }
+  Strings fields;
+  StringSplit(':', "a::b c", fields);
+  EXPECT_EQ(fields, (Strings{"a", "", "b c"}));
+}
+
+TEST(StrUtil, EthersAddress) {
+  for (const char* good : {"0:1:2:a:B:ff", "00:01:000:0a:0B:FF"})
+    EXPECT_TRUE(isValidEthersAddr(good)) << good;
+  for (const char* bad : {"", "1:2:3:4:5", "1:2:3:4:5:6:7", "1:2:3:4:5:100", "1:2:3:4:5:0x1", "1:2:3:4:5:g",
+                          "1:2:3:4:5: 1", "1:2:3:4:5:-1", "g:2:3:4:5:"})
+    EXPECT_FALSE(isValidEthersAddr(bad)) << bad;
+  EXPECT_THROW(isValidEthersAddr("1:2::4:5:6"), std::out_of_range);
+}
+
+TEST(StrUtil, SafeCharacters) {
+  EXPECT_TRUE(IsDigitChar('7') && IsAlphaChar('a') && IsSpaceChar('\t') && IsXdigitChar('F'));
+  for (int c : {300, -2, -1, 256, INT_MAX, INT_MIN})
+    EXPECT_EQ(IsDigitChar(c) | IsGraphChar(c) | IsCntrlChar(c) | IsPrintChar(c), 0) << c;
+  EXPECT_TRUE(IsDigitStr("0123"));
+  EXPECT_FALSE(IsDigitStr("") || IsDigitStr(nullptr) || IsDigitStr("12a") || IsDigitStr("\xb2"));
+  EXPECT_EQ(SafeToUpper('a'), 'A');
+  EXPECT_EQ(SafeToLower('a'), 'a');
+  for (int c : {-128, -1, 1000, INT_MIN}) EXPECT_EQ(SafeToUpper(c), c);
+}
+
+TEST(StrUtil, SafeStrings) {
+  EXPECT_EQ(SafeStrnChr("abc", 4, 'c'), 2);
+  EXPECT_EQ(SafeStrnChr("abc", 3, 'c'), -1);
+  EXPECT_EQ(SafeStrnChr("abc", 99, '\0'), 3);
+  EXPECT_EQ(SafeStrnChr("a\0b", 4, 'b'), -1);
+  EXPECT_EQ(SafeStrnChr("abc", 0, 'a'), -1);
+  EXPECT_EQ(SafeStrnChr(nullptr, 9, 'a'), -1);
+
+  char buffer[5] = "????";
+  EXPECT_EQ(SafeStrnCpy(buffer, "abcdef", 4), buffer);
+  EXPECT_STREQ(buffer, "abc");
+  EXPECT_STREQ(SafeStrnCpy(buffer, "x", 5), "x");
+  EXPECT_STREQ(SafeStrnCpy(buffer, "x", 0), "");
+  EXPECT_STREQ(SafeStrnCpy(buffer, nullptr, 5), "");
+  EXPECT_EQ(SafeStrnCpy(nullptr, "x", 5), nullptr);
+  std::unique_ptr<char, decltype(&free)> copy(SafeStrDup(nullptr), &free);
+  EXPECT_STREQ(copy.get(), "");
+
+  EXPECT_EQ(SafeStrnCmp("abX", "abY", 2), 0);
+  EXPECT_LT(SafeStrnCmp("a", "b", 1), 0);
+  EXPECT_EQ(SafeStrnCmp(nullptr, nullptr, 1), 0);
+  EXPECT_EQ(SafeStrnCmp(nullptr, "", 1), 0);
+  EXPECT_EQ(SafeStrnCmp(nullptr, "a", 1), -1);
+  EXPECT_EQ(SafeStrnCmp("a", nullptr, 1), 1);
+}
+
+TEST(ByteOrder, EachWidthAtAnyAddress) {
+  unsigned char bytes[5] = {};
+  vesk::PutLoHi32(bytes + 1, 0xf1e2d3c4);
+  EXPECT_EQ(tohex(std::string(reinterpret_cast<char*>(bytes), 5)), "00c4d3e2f1");
+  EXPECT_EQ(vesk::GetLoHi32(bytes + 1), 0xf1e2d3c4U);
+  EXPECT_EQ(vesk::GetHiLo32(bytes + 1), 0xc4d3e2f1U);
+  EXPECT_EQ(vesk::GetLoHi16(bytes + 1), 0xd3c4);
+  EXPECT_EQ(vesk::GetHiLo16(bytes + 3), 0xe2f1);
+  vesk::PutHiLo32(bytes, 0x01020304);
+  vesk::PutHiLo16(bytes + 3, 0xa0b0);
+  EXPECT_EQ(tohex(std::string(reinterpret_cast<char*>(bytes), 5)), "010203a0b0");
+}
+
+TEST(SysRights, ReadAndMerge) {
+  const char* const levels[] = {"AuditIfPossible", "AuditNotRequested", "AuditRequired", "Unknown"};
+  for (unsigned int level = 0; level < 4; ++level) EXPECT_EQ(sam::AuditLevelToString(level), levels[level]);
+  EXPECT_EQ(sam::GetAuditLevelFromSysRights(48), 2U);
+  EXPECT_EQ(sam::GetAuditLevelFromSysRights(16), 1U);
+  EXPECT_EQ(sam::GetAuditLevelFromSysRights(~48U), 0U);
+  EXPECT_TRUE(sam::IsAlwaysPermitLogin(64));
+  EXPECT_FALSE(sam::IsAlwaysPermitLogin(~64U));
+  EXPECT_EQ(sam::MergeSysRights(16, 0), 0U);
+  EXPECT_EQ(sam::MergeSysRights(16, 16 | 4), 20U);
+  EXPECT_EQ(sam::MergeSysRights(32, 1), 33U);
+}
+
+}  // namespace
