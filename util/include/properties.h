@@ -139,27 +139,31 @@ class FOKRAZO_API Properties : public PropertySyntax {
  private:
   class Print;
   class Saver;
+  class LockFile;
+
+  /// What variables may add to the values in one load: values that multiply each other stay bounded.
+  static constexpr size_t kMaxExpansion = 64 * 1024 * 1024;
 
   // All below expect `mutex` to be held.
-  void begin(bool expand);
-  void parse(const std::string& text);
-  void finish();
-  void loadVariable(const std::string& name, const char* setting);
-  void assign(const std::string& key, std::string& raw);
-  bool assignIfHeld(const std::string& key, const std::string& text);
+  void loadText(const std::string& text, bool expand);
+  void parse(const std::string& text, bool expand);
+  void loadVariables();
+  void assign(const std::string& key, std::string& text);
   void expandEnvVariables(std::string& value);
   void unexpandEnvVariables(std::string& value) const;
   std::string replacement(const std::string& name);
-  bool listFromFile(const std::string& reference, const std::string& key, bool isDefault, ValueList& list,
-                    bool& refused);
-  ValueListPtr makeList(const std::string& key, const std::string& fallback);
-  int saveLocked(const std::string& path);
+  /// Whether the list may be kept for the next call.
+  bool makeList(const std::string& key, const std::string& fallback, ValueList& list);
+  ValueList markItems(const ValueList& list, bool keepDollar) const;
+  void makeListText(const ValueList& list, bool keepDollar, std::string& raw, std::string& value);
+  void storeList(const std::string& key, const std::string& raw, const std::string& value);
+  int saveUnder(LockFile& lockFile, const std::string& path);
 
   Map m_values;     // final values
   Map m_rawValues;  // after the variables, with quotes and escapes
   std::map<std::string, ValueListPtr> m_listCache;
   std::map<std::string, std::string> m_variables;  // the special variables, and names looked up
-  size_t m_expansionLeft = 0;                      // what variables may still add in this load
+  size_t m_expansionLeft = kMaxExpansion;          // what variables may still add in this load
   bool m_loaded = false;
   bool m_modified = false;
   bool m_expandVariables;

@@ -64,6 +64,11 @@ struct FOKRAZO_API PropertySyntax {
   /// escaped; without it the marks of a load without expansion are undone, and `$name` is a reference.
   static std::string escapeValue(const std::string& value, bool keepDollar);
 
+  /// As escapeValue, but with quotes also around a value that would lose its own when it is read back.
+  static std::string encodeValue(const std::string& value, bool keepDollar);
+  /// Items that splitList gives back, whatever they hold, joined by blanks.
+  static std::string encodeList(const ValueList& list, bool keepDollar);
+
   /// The items of a raw value: cut at runs of white space and commas, unless quoted or escaped.
   static ValueList splitList(const std::string& raw);
   /// The items of a values file: its lines, trimmed and through unescapeValue, without blank lines and those

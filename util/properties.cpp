@@ -1,0 +1,305 @@
+#include "util/include/properties.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <memory>
+
+#include "util/include/fixed_paths.h"
+#include "util/include/log.h"
+#include "util/property_file.h"
+#include "util/property_line.h"
+
+using vesk::Lock;
+using vesk::Properties;
+
+namespace {
+
+constexpr char kLogger[] = "util.properties";
+constexpr char kDefaultPrefix[] = "brondalt";
+/// A number of seconds that is no duration: the default takes its place.
+constexpr long kNoTime = 0x7FFF573F;
+
+bool hasPrefix(const std::string& key, const std::string& prefix) {
+  return strncasecmp(key.c_str(), prefix.c_str(), prefix.size()) == 0;
+}
+
+struct TimeText {
+  bool hasNumber = false;
+  int number = 0;
+  bool hasUnit = false;
+  char unit = 0;
+};
+
+// What is too large for a number counts as the largest.
+TimeText scanTime(const std::string& text) {
+  TimeText time;
+  char* end;
+  const long number = strtol(text.c_str(), &end, 10);
+  time.hasNumber = end != text.c_str();
+  time.number = static_cast<int>(std::min<long>(std::max<long>(number, INT_MIN), INT_MAX));
+  time.hasUnit = time.hasNumber && *end != '\0';
+  time.unit = *end;
+  return time;
+}
+
+// Overflows silently.
+long multiply(unsigned long number, long factor) {
+  return static_cast<long>(number * static_cast<unsigned long>(factor));
+}
+
+}  // namespace
+
+namespace vesk {
+
+/// Writes or logs one entry.
+class Properties::Print {
+ public:
+  explicit Print(std::ostream& stream) : m_stream(stream), m_toLog(false), m_debug(false) {}
+  /// To the log, at DEBUG with `debug` and at TRACE without.
+  explicit Print(bool debug) : m_stream(std::cerr), m_toLog(true), m_debug(debug) {}
+
+  void operator()(const Map::value_type& entry) {
+    if (!m_toLog) {
+      m_stream << entry.first << '=' << entry.second << '\n';
+    } else if (m_debug) {
+      VESK_LOG_TO(kLogger, Debug, "property: %s=%s", entry.first.c_str(), entry.second.c_str());
+    } else {
+      VESK_LOG_TO(kLogger, Trace, "property: %s=%s", entry.first.c_str(), entry.second.c_str());
+    }
+  }
+
+ private:
+  std::ostream& m_stream;
+  const bool m_toLog;
+  const bool m_debug;
+};
+
+Properties* Properties::gVeskProperties = nullptr;
+Mutex& Properties::gPropMtx = *new Mutex;
+
+Properties::Properties(bool expandVariables, bool debugDump)
+    : m_expandVariables(expandVariables), m_debugDump(debugDump) {}
+
+Properties::~Properties() = default;
+
+void Properties::load(const char* path, bool expand) {
+  Lock lock(mutex);
+  std::string text;
+  const UniqueFd fd = openPlainFile(path);
+  if (fd && readAll(fd.get(), text)) {
+    loadText(text, expand);
+    return;
+  }
+  m_loaded = false;
+  VESK_LOG(getLogger(kLogger, false), Error, "Unable to load property file: %s", path);
+}
+
+void Properties::load(std::istream& stream, bool expand) {
+  Lock lock(mutex);
+  std::string text;
+  if (stream.good() && readAll(stream, text)) {
+    loadText(text, expand);
+    return;
+  }
+  m_loaded = false;
+  VESK_LOG(getLogger(kLogger, false), Error, "No property stream available");
+}
+
+void Properties::loadText(const std::string& text, bool expand) {
+  parse(text, expand);
+  Logger::ReconfigureLevels(*this);
+  const auto logger = getLogger(kLogger, false);
+  if (!logger || !logger->isEnabled(Logger::Debug)) return;
+  Print print(m_debugDump);
+  for (const auto& entry : m_values) print(entry);
+}
+
+bool Properties::reload() {
+  Lock lock(mutex);
+  m_values.clear();
+  m_rawValues.clear();
+  m_listCache.clear();
+  m_variables.clear();
+  load(paths::kConfigFile, true);
+  return m_loaded;
+}
+
+// What an earlier load left in the final values stays: a second load merges over the first.
+void Properties::parse(const std::string& text, bool expand) {
+  m_expandVariables = expand;
+  m_expansionLeft = kMaxExpansion;
+  m_rawValues.clear();
+  m_listCache.clear();
+  loadVariables();
+  TextLines lines(text);
+  std::string line;
+  std::string extra;
+  std::string key;
+  std::string raw;
+  while (!lines.atEnd()) {
+    readLogicalLine(lines, line, extra, true);
+    if (getPropertyFromLine(line, key, raw)) assign(key, raw);
+  }
+  m_loaded = true;
+  m_modified = false;
+}
+
+// `text` comes from getPropertyFromLine and becomes the final value.
+void Properties::assign(const std::string& key, std::string& text) {
+  expandEnvVariables(text);
+  m_rawValues[key] = text;
+  removeEscapes(text);
+  unescapeValue(text);
+  m_values[key] = text;
+}
+
+bool Properties::loaded() {
+  Lock lock(mutex);
+  return m_loaded;
+}
+
+bool Properties::modified() {
+  Lock lock(mutex);
+  return m_modified;
+}
+
+bool Properties::lookup(const std::string& key, std::string& value) {
+  Lock lock(mutex);
+  const auto found = m_values.find(key);
+  if (found == m_values.end()) return false;
+  value = found->second;
+  return true;
+}
+
+std::string Properties::getString(const std::string& key) {
+  std::string value;
+  lookup(key, value);
+  return value;
+}
+
+int Properties::getInt(const std::string& key, int fallback) {
+  const std::string value = getString(key);
+  return value.empty() ? fallback : atoi(value.c_str());
+}
+
+bool Properties::getBool(const std::string& key, bool fallback) {
+  const std::string value = getString(key);
+  for (const char* yes : {"true", "yes", "1"})
+    if (strcasecmp(value.c_str(), yes) == 0) return true;
+  for (const char* no : {"false", "no", "0"})
+    if (strcasecmp(value.c_str(), no) == 0) return false;
+  return fallback;
+}
+
+long Properties::getTime(const std::string& key, char unit, unsigned int fallback) {
+  const auto logger = getLogger(kLogger, false);
+  const long factor = timeFactor(unit);
+  const long fallbackSeconds = multiply(fallback, factor);
+  const TimeText time = scanTime(getString(key));
+  if (time.hasNumber && time.number == -1) return -1;
+  long seconds = fallbackSeconds;
+  if (time.hasNumber && time.number < 0) {
+    VESK_LOG(logger, Warn, "Negative time specification in property file for %s is ignored.  Using default.",
+             key.c_str());
+  } else if (time.hasNumber) {
+    const long ownFactor = time.hasUnit ? timeFactor(time.unit) : factor;
+    // A bad unit makes the default of it, a bad unit of the caller's nothing.
+    if (ownFactor != 0 || !time.hasUnit) seconds = multiply(time.number, ownFactor);
+    if (seconds == kNoTime) seconds = fallbackSeconds;
+  }
+  VESK_LOG(logger, Trace, "%s: %ld seconds", key.c_str(), seconds);
+  return seconds;
+}
+
+std::unique_ptr<Properties::Map> Properties::getMap(const std::string& prefix) {
+  Lock lock(mutex);
+  iterator begin;
+  iterator end;
+  if (!filter(prefix, begin, end)) return nullptr;
+  return std::make_unique<Map>(begin, end);
+}
+
+// All keys with the prefix stand together, as the order ignores case like the prefix does.
+bool Properties::filter(const std::string& prefix, iterator& begin, iterator& end) {
+  Lock lock(mutex);
+  begin = m_values.lower_bound(prefix);
+  end = begin;
+  while (end != m_values.end() && hasPrefix(end->first, prefix)) ++end;
+  return begin != end;
+}
+
+Properties::iterator Properties::findPrefix(const std::string& prefix) {
+  Lock lock(mutex);
+  iterator found = m_values.begin();
+  while (found != m_values.end() && found->first.compare(0, prefix.size(), prefix) != 0) ++found;
+  return found;
+}
+
+bool Properties::keyExists(const std::string& key) {
+  Lock lock(mutex);
+  const auto found = m_values.find(key);
+  return found != m_values.end() && found->first == key;
+}
+
+std::string Properties::makeKey(const std::string& prefix, const std::string& key,
+                                const std::string& suffix) {
+  std::string made = (prefix.empty() ? kDefaultPrefix : prefix) + "." + key;
+  if (!suffix.empty()) made += "." + suffix;
+  return made;
+}
+
+bool Properties::setString(const std::string& key, const std::string& value) {
+  return setText(key, encodeValue(value, true));
+}
+
+bool Properties::setText(const std::string& key, const std::string& text) {
+  std::string line;
+  if (text.find('\n') != std::string::npos || isEscaped(text) || !putPropertyToLine(line, key, "", true))
+    return false;
+  std::string value;
+  getPropertyFromLine(line + text, line, value);
+  Lock lock(mutex);
+  assign(key, value);
+  m_listCache.erase(key);
+  m_modified = true;
+  return true;
+}
+
+bool Properties::remove(const std::string& key) {
+  Lock lock(mutex);
+  m_listCache.erase(key);
+  m_rawValues.erase(key);
+  if (m_values.erase(key) == 0) return false;
+  m_modified = true;
+  return true;
+}
+
+void Properties::store(std::ostream& stream, const std::string& header) {
+  if (!header.empty()) stream << '#' << header << '\n';
+  Print print(stream);
+  Lock lock(mutex);
+  for (const auto& entry : m_values) print(entry);
+}
+
+void Properties::dump() {
+  store(std::cerr, "Properties dump");
+}
+
+}  // namespace vesk
+
+Properties* Props(bool debugDump, bool reload) {
+  Lock lock(Properties::gPropMtx);
+  Properties*& instance = Properties::gVeskProperties;
+  if (instance) {
+    if (reload) instance->reload();
+    return instance;
+  }
+  // In its place before it is loaded: the load configures the loggers, which ask for it again.
+  instance = new Properties(true, debugDump);
+  instance->load(vesk::paths::kConfigFile, true);
+  return instance;
+}

@@ -1,0 +1,48 @@
+#include "util/property_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <istream>
+
+namespace vesk {
+
+namespace {
+
+constexpr size_t kBlockSize = 16 * 1024;
+
+}  // namespace
+
+UniqueFd openPlainFile(const char* path) {
+  UniqueFd fd(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  if (!fd) return fd;
+  struct stat info;
+  if (::fstat(fd.get(), &info) != 0) return UniqueFd();
+  if (S_ISREG(info.st_mode)) return fd;
+  errno = S_ISDIR(info.st_mode) ? EISDIR : EINVAL;
+  return UniqueFd();
+}
+
+bool readAll(int fd, std::string& text) {
+  char block[kBlockSize];
+  for (;;) {
+    const ssize_t got = ::read(fd, block, sizeof block);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return got == 0;
+    text.append(block, got);
+    if (text.size() <= kMaxPropertyFile) continue;
+    errno = EFBIG;
+    return false;
+  }
+}
+
+bool readAll(std::istream& stream, std::string& text) {
+  char block[kBlockSize];
+  while (stream.good() && text.size() <= kMaxPropertyFile) {
+    stream.read(block, sizeof block);
+    text.append(block, stream.gcount());
+  }
+  return stream.eof() && !stream.bad();
+}
+
+}  // namespace vesk
