@@ -1,0 +1,419 @@
+#include "lrpc/adobject.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+#include "lrpc/adserializer.h"
+#include "lrpc/attrnames.h"
+#include "util/include/clock.h"
+#include "util/include/error_util.h"
+#include "util/include/fixed_paths.h"
+
+using namespace vesk;
+
+namespace {
+
+constexpr char kExtended[] =
+    "<GUID=33221100554477668899aabbccddeeff>;<SID=010500000000000515000000010000000200000003000000"
+    "50040000>;CN=Jo Doe,DC=example,DC=com";
+
+std::vector<std::string> valuesOf(const ADAttribute& attribute) {
+  return {attribute.begin(), attribute.end()};
+}
+
+std::string dumped(const ADAttribute& attribute) {
+  std::ostringstream out;
+  attribute.dump(out);
+  return out.str();
+}
+
+std::string dumped(const ADObject& object) {
+  std::ostringstream out;
+  object.dump(out);
+  return out.str();
+}
+
+template <class Call>
+std::string systemFailure(Call call) {
+  try {
+    call();
+  } catch (const SystemException& failure) {
+    return failure.what();
+  }
+  return "no exception";
+}
+
+// A separate object over an owned copy of the blob, not yet read.
+ADObject unread(ADObject object) {
+  ADSerializer* blob = object.getSerialized();
+  char* data = static_cast<char*>(malloc(blob->size()));
+  memcpy(data, blob->data(), blob->size());
+  return ADObject(blob->size(), data, true, nullptr);
+}
+
+TEST(Attribute, WritersSetTheMarks) {
+  const ADAttribute::Values two = {"a", "b"};
+  const struct {
+    void (*write)(ADAttribute&);
+    const char* text;
+  } rows[] = {
+      {[](ADAttribute& a) { a = std::string("x"); }, "n(d):x\n"},
+      {[](ADAttribute& a) { a = "x"; }, "n(d):x\n"},
+      {[](ADAttribute& a) { a = true; }, "n(d):TRUE\n"},
+      {[](ADAttribute& a) { a = 0; }, "n(d):0\n"},
+      {[](ADAttribute& a) { a = 4294967295u; }, "n(d):4294967295\n"},
+      {[](ADAttribute& a) { a = -7L; }, "n(d):-7\n"},
+      {[](ADAttribute& a) { a = Int64("-9000000000"); }, "n(d):-9000000000\n"},
+      {[](ADAttribute& a) {
+         a = ADAttribute::Values{"a", "b"};
+       },
+       "n(d):a,b\n"},
+      {[](ADAttribute& a) { a += std::string("x"); }, "n(d):old,x\n"},
+      {[](ADAttribute& a) { a += a; }, "n(d):old,old\n"},
+      {[](ADAttribute& a) { a = a.front(); }, "n(d):old\n"},
+      {[](ADAttribute& a) { a += std::string(); }, "n(s):old\n"},
+      {[](ADAttribute& a) { a += ADAttribute::Values(); }, "n(s):old\n"},
+      {[](ADAttribute& a) { a = ""; }, "n(s):\n"},
+      {[](ADAttribute& a) { a.addVal("", true, true); }, "n(ds):old,\n"},
+      {[](ADAttribute& a) { a.addVal(5, false, false); }, "n:old,5\n"},
+      {[](ADAttribute& a) { a.addVal(false, false, true); }, "n(s):old,FALSE\n"},
+      {[](ADAttribute& a) { a.addCList(" a,, b\t,\n,c", true, false); }, "n(d):old,a,b,c\n"},
+      {[](ADAttribute& a) { a.addCList(" , ", true, false); }, "n(s):old\n"},
+      {[](ADAttribute& a) { a = "\x01z"; }, "n(d):017a\n"},
+  };
+  for (const auto& row : rows) {
+    ADAttribute attribute("n");
+    attribute.addVal("old", false, true);
+    row.write(attribute);
+    EXPECT_EQ(dumped(attribute), row.text);
+  }
+}
+
+TEST(Attribute, ReadersConvertTheFirstValue) {
+  ADAttribute attribute("n");
+  attribute = "tRuE";
+  EXPECT_TRUE(attribute.toBool());
+  attribute = "0x10";
+  EXPECT_EQ(attribute.toUInt(), 16u);
+  EXPECT_EQ(attribute.toInt(), 0);
+  attribute = "-12";
+  EXPECT_EQ(attribute.toInt(), -12);
+  EXPECT_EQ(attribute.toUnixTime(), -12);
+  attribute = "4294967297";
+  EXPECT_EQ(attribute.toInt64(), Int64("4294967297"));
+  EXPECT_EQ(attribute.toUnixTime(), 1);
+}
+
+TEST(Attribute, EmptyOnesCannotBeRead) {
+  ADAttribute attribute("Some");
+  const std::string failure = "ADAttribute 'Some' is empty";
+  EXPECT_EQ(systemFailure([&] { std::string text = attribute; }), failure);
+  EXPECT_EQ(systemFailure([&] { attribute.toBool(); }), failure);
+  EXPECT_EQ(systemFailure([&] { attribute.toInt(); }), failure);
+  EXPECT_EQ(systemFailure([&] { attribute.toUInt(); }), failure);
+  EXPECT_EQ(systemFailure([&] { attribute.toInt64(); }), failure);
+  EXPECT_EQ(systemFailure([&] { attribute.toTime(); }), failure);
+}
+
+TEST(Attribute, DirectoryTimesAreUtcInAnyZone) {
+  const char* const zones[] = {"UTC", "EST5EDT,M3.2.0,M11.1.0", "<+0530>-5:30"};
+  for (const char* zone : zones) {
+    setenv("TZ", zone, 1);
+    ADAttribute time("whenChanged");
+    time = "20200704120000.0Z";
+    EXPECT_EQ(time.toTime(), 1593864000) << zone;
+    time = "19700101000000.0Z";
+    EXPECT_EQ(time.toTime(), 0) << zone;
+    const struct {
+      const char* value;
+      const char* shown;
+    } bad[] = {{"2020070412000.0Z", "2020070412000.0Z"},
+               {"20201304120000.0Z", "2020:13:04:12:00:00.0Z"},
+               {"20200704120000.0X", "2020:07:04:12:00:00.0X"},
+               {"19691231235959.0Z", "1969:12:31:23:59:59.0Z"}};
+    for (const auto& row : bad) {
+      time = row.value;
+      EXPECT_EQ(systemFailure([&] { time.toTime(); }),
+                std::string("ADAttribute 'whenChanged' is not a UTC time, time value is ") + row.shown + " ");
+    }
+  }
+  unsetenv("TZ");
+}
+
+TEST(Object, NullHandlesFail) {
+  ADObject null;
+  const struct {
+    const char* name;
+    void (*call)(ADObject&);
+  } rows[] = {{"[]", [](ADObject& o) { o["x"]; }},
+              {"attributeExists", [](ADObject& o) { o.attributeExists("x", false); }},
+              {"erase", [](ADObject& o) { o.erase("x"); }},
+              {"clone", [](ADObject& o) { o.clone(); }},
+              {"sid", [](ADObject& o) { o.sid(); }},
+              {"getSerialized", [](ADObject& o) { o.getSerialized(); }},
+              {"deSerialize", [](ADObject& o) { o.deSerialize(true); }},
+              {"merge", [](ADObject& o) { ADObject("x").merge(o); }},
+              {"isValid", [](ADObject& o) { o.isValid(); }}};
+  for (const auto& row : rows) EXPECT_EQ(systemFailure([&] { row.call(null); }), "Null adobject") << row.name;
+  EXPECT_EQ(null.toString(), "(null ADObject)");
+  EXPECT_EQ(dumped(null), "null ADObject\n");
+}
+
+TEST(Object, ExtendedNameComesApartAndTogether) {
+  ADObject object{std::string(kExtended)};
+  EXPECT_EQ(std::string(object["_dn"]), "CN=Jo Doe,DC=example,DC=com");
+  EXPECT_EQ(object.guid().toString(), "33221100554477668899aabbccddeeff");
+  EXPECT_EQ(std::string(object["_SID"]), "S-1-5-21-1-2-3-1104");
+  EXPECT_EQ(object.sid().toMSString(), "S-1-5-21-1-2-3-1104");
+  EXPECT_EQ(object.toString(), kExtended);
+  EXPECT_NEAR(object.acquired(), dayclock::now(), 5);
+
+  ADObject plain(std::string("<no extended name>"));
+  EXPECT_TRUE(plain.sid().isNull());
+  EXPECT_FALSE(plain.attributeExists("_SID", false));
+  plain.erase("_dn");
+  plain["x"];
+  EXPECT_EQ(systemFailure([&] { plain.toString(); }), "ADAttribute '_dn' is empty");
+}
+
+TEST(Object, SidComesFromTheFirstAttributeThatHasOne) {
+  ADObject object("CN=x");
+  EXPECT_TRUE(object.sid().isNull());
+  object[AD_SID] = std::string("\x01\x01\0\0\0\0\0\x05\x12\0\0\0", 12);
+  EXPECT_EQ(object.sid().toMSString(), "S-1-5-18");
+  object.setSID("S-1-1-0");
+  EXPECT_EQ(object.sid().toMSString(), "S-1-1-0");
+  EXPECT_EQ(std::string(object[VESK_SID]), "S-1-1-0");
+}
+
+TEST(Object, CopiesShareAndClonesDoNot) {
+  ADObject object = unread(ADObject(std::string(kExtended)));
+  ADObject shared = object;
+  ADObject separate = object.clone();
+  shared["cn"] = "new";
+  shared.setAcquired(1);
+  EXPECT_EQ(std::string(object["cn"]), "new");
+  EXPECT_EQ(object.serializer()->getAcquired(), 1);
+  EXPECT_FALSE(separate.attributeExists("cn", false));
+  EXPECT_NE(separate.acquired(), 1);
+  EXPECT_NE(separate.serializer()->data(), object.serializer()->data());
+  EXPECT_EQ(std::string(separate["_dn"]), "CN=Jo Doe,DC=example,DC=com");
+}
+
+TEST(Object, ReadsItsBlobOnDemand) {
+  ADObject original("CN=x");
+  original["cn"] = "Jo";
+  original["sn"] = "Doe";
+  ADObject object = unread(original);
+  const ADSerializer* blob = object.serializer();
+  EXPECT_TRUE(object.attributeExists("sn", true));
+  EXPECT_TRUE(object.attributes().empty());
+  EXPECT_EQ(std::string(object["cn"]), "Jo");
+  EXPECT_EQ(object.attributes().size(), 1u);
+  EXPECT_EQ(object.getSerialized(), blob);  // clean: kept as it is
+
+  object["missing"];
+  EXPECT_FALSE(object.serializedClean());
+  EXPECT_TRUE(object.getSerialized()->exists("missing", false));
+  EXPECT_TRUE(object.serializedClean());
+  EXPECT_EQ(std::string(object["sn"]), "Doe");
+  object["sn"] = "";
+  EXPECT_TRUE(object.serializedClean());
+}
+
+TEST(Object, TheMapAnswersBeforeTheBlob) {
+  ADObject original("CN=x");
+  original["cn"] = "Jo";
+  ADObject object = unread(original);
+  object["cn"].clear();
+  EXPECT_FALSE(object.attributeExists("cn", true));
+  EXPECT_TRUE(object.attributeExists("cn", false));
+  EXPECT_EQ(object.erase("cn"), 1u);
+  EXPECT_FALSE(object.attributeExists("cn", false));
+  EXPECT_EQ(object.erase("_dn"), 1u);  // in the blob alone
+  EXPECT_EQ(object.erase("_dn"), 0u);
+}
+
+TEST(Object, SerializeTakesTheSequenceNumberFromItsAttribute) {
+  ADObject object("CN=x");
+  object[AD_USN_CHANGED] = "12345678901";
+  EXPECT_EQ(std::string(object.getSerialized()->getUsn()), "12345678901");
+  EXPECT_EQ(std::string(object.usn()), "12345678901");
+}
+
+TEST(Object, CopyTakesTheNamedAttributes) {
+  ADObject object{std::string(kExtended)};
+  object["Mail"] = "jo@example.com";
+  object["cn"] = "Jo";
+  object[AD_SERVER] = "dc1";
+  const char* const names[] = {"mail", "telephoneNumber", nullptr};
+  ADObject copy = unread(object).copy(names);
+  EXPECT_EQ(std::string(copy["mail"]), "jo@example.com");
+  EXPECT_TRUE(copy["mail"].dirty());
+  EXPECT_EQ(copy.toString(), kExtended);
+  EXPECT_EQ(std::string(copy["_server"]), "dc1");
+  EXPECT_FALSE(copy.attributeExists("cn", false));
+  EXPECT_FALSE(copy.attributeExists("telephoneNumber", false));
+}
+
+TEST(Object, MergeAddsWhatIsMissing) {
+  ADObject object("CN=x");
+  object["cn"] = "Jo";
+  object[VESK_ATTRIBUTE_HASH] = ADAttribute::Values{"b", "d", "a"};
+  ADObject other("CN=y");
+  other["cn"] = "Jim";
+  other["sn"] = "Doe";
+  other[VESK_ATTRIBUTE_HASH] = ADAttribute::Values{"c", "b"};
+  ADObject lazy = unread(other);
+  object.merge(lazy);
+  EXPECT_EQ(std::string(object["cn"]), "Jo");
+  EXPECT_EQ(dumped(object["sn"]), "sn(d):Doe\n");
+  EXPECT_EQ(valuesOf(object[VESK_ATTRIBUTE_HASH]), (std::vector<std::string>{"a", "b", "c", "d"}));
+}
+
+TEST(Object, TimesFallBack) {
+  ADObject object("CN=x");
+  object["good"] = "20200704120000.0Z";
+  object["bad"] = "yesterday";
+  object["unix"] = "1593864000";
+  EXPECT_EQ(object.getTime("good", 7), 1593864000);
+  EXPECT_EQ(object.getTime("bad", 7), 7);
+  EXPECT_EQ(object.getTime("absent", 7), 7);
+  EXPECT_EQ(object.getUnixTime("unix", 7), 1593864000);
+  EXPECT_FALSE(object.attributeExists("absent", false));
+}
+
+TEST(Object, ComparisonsAreTheSameOnBothPaths) {
+  for (int fast : {1, 0}) {
+    GOFAST1 = fast;
+    ADObject a("CN=x"), b("CN=x"), empty;
+    EXPECT_TRUE(a.compareAttribute(b, "cn", true));
+    EXPECT_FALSE(a.compareAttribute(b, "cn", false));
+    EXPECT_EQ(a.attributeExists("cn", false), fast == 1);
+    EXPECT_TRUE(a.adUsnChanged(b));
+    a["cn"] = "Jo";
+    EXPECT_FALSE(a.compareAttribute(b, "cn", true));
+    b["cn"] = "Jo";
+    EXPECT_TRUE(a.compareAttribute(b, "cn", false));
+    a[AD_USN_CHANGED] = b[AD_USN_CHANGED] = "5";
+    EXPECT_FALSE(a.adUsnChanged(b));
+    EXPECT_TRUE(a.adUsnChanged(empty));
+  }
+  GOFAST1 = 1;
+  EXPECT_TRUE(ADObject::usnChanged("", ""));
+  EXPECT_TRUE(ADObject::usnChanged("1", "2"));
+}
+
+TEST(Object, ChangesOfExtendedObjects) {
+  ADObject object("CN=x"), other("CN=x"), empty;
+  EXPECT_TRUE(object.extUsnChanged(empty, false));
+  EXPECT_FALSE(object.extUsnChanged(other, false));
+  other[VESK_OBJ_EXTENDED] = ADAttribute::Values{"g1", "g2"};
+  object["_extendedObjUSNg1"] = other["_extendedObjUSNg1"] = "1";
+  EXPECT_TRUE(object.extUsnChanged(other, false));
+  object["_extendedObjUSNg2"] = other["_extendedObjUSNg2"] = "2";
+  EXPECT_FALSE(object.extUsnChanged(other, false));
+  object["_extendedObjUSNg1"] = "3";
+  EXPECT_TRUE(object.extUsnChanged(other, false));
+
+  ADObject extension{std::string(kExtended)};
+  extension[AD_USN_CHANGED] = "9";
+  EXPECT_TRUE(object.extUsnChanged(extension, true));
+  object["_extendedObjUSN33221100554477668899aabbccddeeff"] = "9";
+  EXPECT_FALSE(object.extUsnChanged(extension, true));
+}
+
+TEST(Object, Category) {
+  const struct {
+    const char* schemaName;
+    const char* dn;
+    const char* displayName;
+    const char* category;
+  } rows[] = {
+      {"Person", "CN=x", "", "Person"},
+      {"Organizational-Unit", "OU=x", "plain", "Container"},
+      {"Container", "CN=x", "a $VeskZoneVersion3", "_zone"},
+      {"Organizational-Unit", "CN=x", "$VeskComputerZoneVersion2", "_zone"},
+      {"Container", "CN=auto_home,CN=NisMaps,DC=x", "", "automountMap"},
+      {"Container", "CN=z,CN=auto_home,CN=NisMaps,DC=x", "", "Container"},
+      {"Class-Store", "CN=x", "$VeskRpcVersion1", "oncRpc"},
+      {"Class-Store", "CN=x", "$VeskRpcVersion12", "Class-Store"},
+      {"Class-Store", "CN=x,CN=Hosts,CN=NisMaps,DC=x", "", "ipHost"},
+      {"Class-Store", "CN=x,CN=Hosts,CN=NisMaps,DC=x", "$VeskNetmaskVersion1", "ipHost"},
+      {"Class-Store", "CN=k,CN=auto_home,CN=NisMaps,DC=x", "", "automount"},
+      {"class-store", "CN=k,CN=auto_home,CN=NisMaps,DC=x", "", "class-store"},
+  };
+  for (const auto& row : rows) {
+    ADObject object{std::string(row.dn)};
+    object["objectCategory"] = std::string("CN=") + row.schemaName + ",CN=Schema,DC=x";
+    object["displayName"] = row.displayName;
+    EXPECT_EQ(object.category(), row.category) << row.dn;
+    object["objectCategory"] = "CN=Other,CN=Schema";
+    EXPECT_EQ(object.category(), row.category) << "remembered";
+  }
+}
+
+TEST(Object, CategoryThatCannotBeTold) {
+  ADObject object("CN=x");
+  EXPECT_EQ(object.category(), "");
+  for (const char* schema : {"Person", "CN=Person", "cn=Person,DC=x"}) {
+    object["objectCategory"] = schema;
+    EXPECT_EQ(object.category(), "") << schema;
+  }
+  EXPECT_FALSE(object.attributeExists("_objectCategory", false));
+  object["objectCategory"] = "CN=Person,DC=x";
+  object.erase("_dn");
+  EXPECT_EQ(systemFailure([&] { object.category(); }), "ADAttribute '_dn' is empty");
+}
+
+TEST(Object, Dump) {
+  setenv("TZ", "UTC", 1);
+  ADObject object{std::string(kExtended)};
+  object.setAcquired(0);
+  object.setIndexed(true);
+  const std::string head =
+      "ADObject: <GUID=33221100554477668899aabbccddeeff>\nAcquired: Thu Jan  1 00:00:00 1970\nIsIndexed: "
+      "Yes\n";
+  EXPECT_EQ(dumped(object),
+            head + "Deserialized data:\n_SID(d):S-1-5-21-1-2-3-1104\n_dn(d):CN=Jo Doe,DC=example,DC=com\n");
+  ADObject lazy = unread(object);
+  EXPECT_EQ(dumped(lazy).find(head + "Serialized Data\n  ADOHeader:\n    m_acquired: 0\n"), 0u);
+
+  ADObjectList list;
+  list.push_back(ADObject());
+  list.push_back(ADObject());
+  std::ostringstream out;
+  list.dump(out);
+  EXPECT_EQ(out.str(), "1:null ADObject\n2:null ADObject\n");
+  unsetenv("TZ");
+}
+
+TEST(ObjectList, NullListReadsAsEmptyAndHandlesShare) {
+  ADObjectList null;
+  EXPECT_TRUE(null.isNull() && null.empty() && null.begin() == null.end());
+  ADObjectList list = ADObjectList::create();
+  ADObjectList shared = list;
+  shared.push_back(ADObject("CN=x"));
+  EXPECT_EQ(list.size(), 1u);
+}
+
+TEST(Assert, GoesByTheScratchFileIfThereIsOne) {
+  ADObject object("CN=x");
+  ADObjAssert(object, false, "no file", __FILE__, __LINE__);
+  EXPECT_FALSE(std::ifstream(paths::kAssertFile));
+
+  const std::string old(2000, 'o');
+  std::ofstream(paths::kAssertFile) << old;
+  ADObjAssert(object, true, "holds", __FILE__, __LINE__);
+  ADObjAssert(object, false, "fails", __FILE__, __LINE__);
+  std::ifstream file(paths::kAssertFile);
+  const std::string text((std::istreambuf_iterator<char>(file)), {});
+  const std::string dump = dumped(object);
+  EXPECT_EQ(text, dump + old.substr(dump.size()));
+}
+
+}  // namespace
