@@ -29,8 +29,7 @@ inline long openDescriptors() {
   return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
 }
 
-/// Runs `work` in a child, as that user if it is not 0. Returns 0 if no expectation failed there, and
-/// otherwise the child's wait status.
+/// The wait status of a child that has run `work`, as that user if it is not 0: 0 if no expectation failed.
 template <class Work>
 int inChild(Work work, uid_t user = 0) {
   fflush(nullptr);
@@ -48,6 +47,12 @@ int inChild(Work work, uid_t user = 0) {
   int status = -1;
   waitpid(child, &status, 0);
   return status;
+}
+
+/// Runs `work` in a child, as that user if it is not 0. What fails there fails here.
+template <class Work>
+void checkInChild(Work work, uid_t user = 0) {
+  EXPECT_EQ(inChild(work, user), 0) << "in the child";
 }
 
 /// Whether children may become an ordinary user: only where the tests run as the system's own root.

@@ -183,49 +183,46 @@ TEST_F(PathTest, RemovalReportsWhatItMayNotRemove) {
   Path::createDirectories(in("theirs/sub"), 0755);
   put(in("theirs/sub/file"), "x");
   Path::createDirectories(in("closed/sub"), 0700);
-  EXPECT_EQ(inChild(
-                [this] {
-                  try {
-                    Path::remove(in("theirs"), true);
-                    ADD_FAILURE();
-                  } catch (const vesk::IOException& failure) {
-                    EXPECT_EQ(failure.what(),
-                              "Cannot remove file " + in("theirs/sub/file") + ": Permission denied");
-                  }
-                  EXPECT_THROW(Path::remove(in("closed"), true), vesk::SystemException);
-                },
-                kOrdinaryUser),
-            0);
+  checkInChild(
+      [this] {
+        try {
+          Path::remove(in("theirs"), true);
+          ADD_FAILURE();
+        } catch (const vesk::IOException& failure) {
+          EXPECT_EQ(failure.what(), "Cannot remove file " + in("theirs/sub/file") + ": Permission denied");
+        }
+        EXPECT_THROW(Path::remove(in("closed"), true), vesk::SystemException);
+      },
+      kOrdinaryUser);
 }
 
 // Longer than the system takes in one call, and deeper than a process may have descriptors.
 TEST_F(PathTest, TakesPathsBeyondTheSystemsLimit) {
-  EXPECT_EQ(inChild([this] {
-              const rlimit few = {48, 48};
-              setrlimit(RLIMIT_NOFILE, &few);
-              Path deep(m_dir);
-              for (int i = 0; i < 300; ++i) deep /= std::string(40, 'd');
-              Path::createDirectories(deep, 0755);
-              EXPECT_TRUE(Path::is_directory(deep));
-              deep.chmod(0700);
-              Path::rename(deep, deep.entry("..").entry("renamed"));
-              EXPECT_FALSE(Path::exists(deep));
-              EXPECT_EQ(symlink("/etc", in("out").c_str()), 0);
-              Path parent(m_dir);
-              for (int i = 0; i < 299; ++i) parent /= std::string(40, 'd');
-              directory_iterator iterator(parent);
-              ASSERT_NE(iterator, directory_iterator::end());
-              EXPECT_EQ(iterator->leaf(), "renamed");
-              iterator->chdir();
-              EXPECT_EQ(mkdir("here", 0755), 0);
-              EXPECT_TRUE(Path::exists(iterator->entry("here")));
-              EXPECT_FALSE(Path::exists(iterator->entry(std::string(256, 'x'))));
-              Path("/").chdir();
-              Path::remove(iterator->entry("here"), false);
-              Path::remove(Path(m_dir).entry(std::string(40, 'd')), true);
-              EXPECT_FALSE(Path::exists(in(std::string(40, 'd'))));
-            }),
-            0);
+  checkInChild([this] {
+    const rlimit few = {48, 48};
+    setrlimit(RLIMIT_NOFILE, &few);
+    Path deep(m_dir);
+    for (int i = 0; i < 300; ++i) deep /= std::string(40, 'd');
+    Path::createDirectories(deep, 0755);
+    EXPECT_TRUE(Path::is_directory(deep));
+    deep.chmod(0700);
+    Path::rename(deep, deep.entry("..").entry("renamed"));
+    EXPECT_FALSE(Path::exists(deep));
+    EXPECT_EQ(symlink("/etc", in("out").c_str()), 0);
+    Path parent(m_dir);
+    for (int i = 0; i < 299; ++i) parent /= std::string(40, 'd');
+    directory_iterator iterator(parent);
+    ASSERT_NE(iterator, directory_iterator::end());
+    EXPECT_EQ(iterator->leaf(), "renamed");
+    iterator->chdir();
+    EXPECT_EQ(mkdir("here", 0755), 0);
+    EXPECT_TRUE(Path::exists(iterator->entry("here")));
+    EXPECT_FALSE(Path::exists(iterator->entry(std::string(256, 'x'))));
+    Path("/").chdir();
+    Path::remove(iterator->entry("here"), false);
+    Path::remove(Path(m_dir).entry(std::string(40, 'd')), true);
+    EXPECT_FALSE(Path::exists(in(std::string(40, 'd'))));
+  });
 }
 
 }  // namespace

@@ -1,0 +1,46 @@
+/// A fixture for programs that run in the private world: an empty data directory, and the log in a file.
+#pragma once
+
+#include <sys/vfs.h>
+
+#include <filesystem>
+#include <string>
+
+#include "tests/support/scratch_test.h"
+#include "util/include/fixed_paths.h"
+#include "util/include/properties.h"
+
+namespace testsupport {
+
+class WorldTest : public ScratchTest {
+ protected:
+  void SetUp() override {
+    struct statfs64 info;
+    if (statfs64("/var/velmora", &info) != 0 || info.f_type != 0x01021994 /* tmpfs */)
+      GTEST_SKIP() << "only in the private world";
+    for (const auto& entry : std::filesystem::directory_iterator(vesk::paths::kDataDir))
+      std::filesystem::remove_all(entry.path());
+    std::filesystem::remove_all("/var/zantrel");
+    configure("");
+    ScratchTest::SetUp();
+  }
+
+  void TearDown() override {
+    if (!m_dir.empty()) ScratchTest::TearDown();
+  }
+
+  /// Gives the process that configuration. Everything is logged, to a file.
+  static void configure(const std::string& text) {
+    put(vesk::paths::kConfigFile,
+        "log: TRACE\nlogger.destination: " + std::string(kLog) + "\nlogger.file.flush.frequency: 1\n" + text);
+    Props(false, true);
+  }
+
+  static std::string logged() { return get(kLog); }
+  static void forgetLog() { std::filesystem::resize_file(kLog, 0); }
+
+ private:
+  static constexpr char kLog[] = "/var/log/test.log";
+};
+
+}  // namespace testsupport
