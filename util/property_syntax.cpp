@@ -250,6 +250,18 @@ void PropertySyntax::replaceSpecials(std::string& value) {
   value.resize(out);
 }
 
+std::string PropertySyntax::restoreSpecials(const std::string& value) {
+  std::string text;
+  bool escaped = false;
+  for (char c : value) {
+    const char letter = letterOf(c);
+    if (letter != 0 && !escaped) text += '\\';
+    text += letter != 0 ? letter : c;
+    escaped = c == '\\' && !escaped;
+  }
+  return text;
+}
+
 void PropertySyntax::removeEscapes(std::string& value) {
   if (!contains(value, '\\')) return;
   QuoteTracker tracker;

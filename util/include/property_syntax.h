@@ -53,6 +53,8 @@ struct FOKRAZO_API PropertySyntax {
   static void removeWhitespaces(std::string& value);
   /// Replaces \t, \n, \r, \v and \f by their control characters, in quotes too.
   static void replaceSpecials(std::string& value);
+  /// The text in which replaceSpecials would have made these control characters.
+  static std::string restoreSpecials(const std::string& value);
   /// Removes each backslash outside quotes and keeps the character behind it.
   static void removeEscapes(std::string& value);
   /// removeQuotes, if one quoted region is the whole value. `flag` has no effect.

@@ -1,0 +1,247 @@
+// Bringing a configuration file in line with the values in memory.
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <set>
+
+#include "util/include/clock.h"
+#include "util/include/log.h"
+#include "util/include/pause.h"
+#include "util/include/properties.h"
+#include "util/next_content.h"
+#include "util/property_file.h"
+#include "util/property_line.h"
+
+namespace vesk {
+
+namespace {
+
+constexpr char kLogger[] = "util.properties";
+constexpr int kLockAttempts = 100;
+constexpr long kLockPauseMilliseconds = 10;
+constexpr time_t kStaleLockSeconds = 60;
+
+boost::shared_ptr<Logger> logger() {
+  return getLogger(kLogger, false);
+}
+
+bool readPlainFile(const std::string& path, std::string& text) {
+  const UniqueFd fd = openPlainFile(path.c_str());
+  return fd && readAll(fd.get(), text);
+}
+
+/// True if the lock file may be there no longer, so that a new one is worth trying at once; false with errno
+/// if nothing can be done about it. Waits a little for a fresh one.
+bool getPastLock(const std::string& lockPath) {
+  struct stat info;
+  if (::stat(lockPath.c_str(), &info) != 0) return errno == ENOENT;
+  if (dayclock::now() - info.st_atime > kStaleLockSeconds)
+    return ::remove(lockPath.c_str()) == 0 || errno == ENOENT;
+  pause::forMilliseconds(kLockPauseMilliseconds);
+  return true;
+}
+
+}  // namespace
+
+/// The lock file of one save, released at the end of the scope.
+class Properties::LockFile {
+ public:
+  explicit LockFile(const std::string& path) : m_path(path + ".lock") {
+    VESK_LOG(logger(), Debug, "Create lock file %s", m_path.c_str());
+    m_descriptor = createLockFile(m_path);
+    const int error = errno;
+    if (!isHeld()) VESK_LOG_SYSERR(logger(), Error, error, "Unable to create lock file %s", m_path.c_str());
+  }
+  ~LockFile() {
+    if (!isHeld()) return;
+    VESK_LOG(logger(), Debug, "Remove lock file %s", m_path.c_str());
+    if (releaseLockFile(m_path, m_descriptor) != 0)
+      VESK_LOG(logger(), Debug, "Unable to remove lock file %s", m_path.c_str());
+  }
+  LockFile(const LockFile&) = delete;
+  LockFile& operator=(const LockFile&) = delete;
+
+  bool isHeld() const { return m_descriptor >= 0; }
+  /// Leaves the file behind, for a later save to find it stale.
+  void leave() {
+    ::close(m_descriptor);
+    m_descriptor = -1;
+  }
+
+ private:
+  const std::string m_path;
+  int m_descriptor;
+};
+
+/// Makes the new text of a file out of the old one and the values in memory.
+class Properties::Saver {
+ public:
+  Saver(Properties& properties, const std::string& text) : m_properties(properties), m_text(text) {}
+
+  std::string run() {
+    TextLines lines(m_text);
+    std::string line;
+    std::string extra;
+    bool afterEmpty = false;
+    while (!lines.atEnd() && lines.position() < m_text.size()) {
+      m_begin = lines.position();
+      readLogicalLine(lines, line, extra, false);
+      m_end = lines.position();
+      const bool empty = line.empty();
+      if (!empty) {
+        takeLine(line);
+      } else if (!afterEmpty) {
+        copyLine();
+      }
+      afterEmpty = empty;
+    }
+    for (const auto& entry : m_properties.m_values)
+      if (m_written.count(entry.first) == 0) writeProperty(entry);
+    return std::move(m_out);
+  }
+
+ private:
+  void takeLine(std::string& line) {
+    const bool comment = isComment(line);
+    if (comment) line.erase(0, line.find_first_not_of("#!"));
+    std::string key;
+    std::string value;
+    if (!getPropertyFromLine(line, key, value)) return copyLine();
+    const auto held = m_properties.m_values.find(key);
+    if (held == m_properties.m_values.end() || m_written.count(key) != 0) {
+      if (comment)
+        copyLine();
+      else
+        commentLineOut();
+      return;
+    }
+    m_properties.expandEnvVariables(value);
+    removeEscapes(value);
+    unescapeValue(value);
+    if (comment || value != held->second)
+      writeProperty(*held);
+    else
+      copyLine();
+    m_written.insert(key);
+  }
+
+  /// Copies the physical lines at hand as they are.
+  void copyLine() { m_out.append(m_text, m_begin, m_end - m_begin); }
+
+  void commentLineOut() {
+    for (size_t begin = m_begin; begin < m_end;) {
+      const size_t newline = std::min(m_text.find('\n', begin), m_end - 1);
+      m_out += "# ";
+      m_out.append(m_text, begin, newline + 1 - begin);
+      begin = newline + 1;
+    }
+  }
+
+  void writeProperty(const Map::value_type& entry) {
+    std::string line;
+    if (!makeLine(entry, line)) {
+      VESK_LOG(logger(), Warn, "No line of a property file can hold the key %s", entry.first.c_str());
+      return;
+    }
+    if (!m_out.empty() && m_out.back() != '\n') m_out += '\n';
+    m_out += line + '\n';
+  }
+
+  // The text as it was, as far as it comes back the same from one line.
+  bool makeLine(const Map::value_type& entry, std::string& line) {
+    const auto raw = m_properties.m_rawValues.find(entry.first);
+    if (raw != m_properties.m_rawValues.end()) {
+      std::string text = raw->second;
+      m_properties.unexpandEnvVariables(text);
+      line = entry.first + ": " + text;
+      if (readsBack(line, *raw)) return true;
+      line = entry.first + ": " + restoreSpecials(text);
+      if (readsBack(line, *raw)) return true;
+    }
+    return putPropertyToLine(line, entry.first, entry.second, m_properties.m_expandVariables);
+  }
+
+  bool readsBack(const std::string& line, const Map::value_type& raw) {
+    if (line.find('\n') != std::string::npos || isEscaped(line)) return false;
+    std::string key;
+    std::string value;
+    if (!getPropertyFromLine(line, key, value) || key != raw.first) return false;
+    m_properties.expandEnvVariables(value);
+    return value == raw.second;
+  }
+
+  Properties& m_properties;
+  const std::string& m_text;
+  size_t m_begin = 0;  // the physical lines at hand
+  size_t m_end = 0;
+  std::set<std::string, StringCaseLessThan> m_written;
+  std::string m_out;
+};
+
+int Properties::saveProperty(const std::string& path) {
+  Lock lock(mutex);
+  LockFile lockFile(path);
+  return lockFile.isHeld() ? saveUnder(lockFile, path) : -1;
+}
+
+int Properties::update(const std::string& path, const std::function<bool(Properties&)>& change) {
+  LockFile lockFile(path);
+  if (!lockFile.isHeld()) return -1;
+  std::string text;
+  if (!readPlainFile(path, text)) {
+    VESK_LOG(logger(), Error, "Unable to open config file %s", path.c_str());
+    return -1;
+  }
+  Properties file(false);
+  Lock lock(file.mutex);
+  file.parse(text, false);
+  return change(file) ? file.saveUnder(lockFile, path) : 0;
+}
+
+int Properties::saveUnder(LockFile& lockFile, const std::string& path) {
+  NextContent next(path);
+  if (!openPlainFile(path.c_str())) {
+    VESK_LOG(logger(), Error, "Unable to open config file %s", path.c_str());
+    lockFile.leave();
+    return -1;
+  }
+  if (!next.open()) {
+    VESK_LOG(logger(), Error, "Unable to open temporary config file %s", next.name().c_str());
+    lockFile.leave();
+    return -1;
+  }
+  // Read only now: another writer may have been waited for.
+  std::string text;
+  if (!readPlainFile(path, text)) {
+    VESK_LOG(logger(), Error, "Unable to open config file %s", path.c_str());
+    return -1;
+  }
+  m_expansionLeft = kMaxExpansion;
+  if (!next.commit(Saver(*this, text).run())) {
+    const int error = errno;
+    VESK_LOG_SYSERR(logger(), Error, error, "Unable to write config file %s", path.c_str());
+    return -1;
+  }
+  m_modified = false;
+  return 0;
+}
+
+int Properties::createLockFile(const std::string& lockPath) {
+  for (int attempt = 0; attempt < kLockAttempts; attempt++) {
+    const int descriptor = ::open(lockPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0200);
+    if (descriptor >= 0) return descriptor;
+    if (errno != EEXIST || !getPastLock(lockPath)) return -1;
+  }
+  errno = EEXIST;
+  return -1;
+}
+
+int Properties::releaseLockFile(const std::string& lockPath, int descriptor) {
+  const bool closed = ::close(descriptor) == 0;
+  const bool removed = ::remove(lockPath.c_str()) == 0;
+  return closed && removed ? 0 : -1;
+}
+
+}  // namespace vesk
