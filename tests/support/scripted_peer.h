@@ -1,0 +1,89 @@
+/// A daemon for tests that says exactly what it is told to.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "util/include/unique_fd.h"
+
+namespace testsupport {
+
+/// Listens on a unix socket and works through a script in a thread of its own, one connection at a time. The
+/// calls below add a step to the script, also while it runs, and return at once:
+///
+///   peer.expect(request(0)).sendFirst(3, reply(0)).hangUp();
+///   peer.accept().expect(request(0)).send(reply(0));
+///   session.ping();
+///   EXPECT_TRUE(peer.finished());
+///
+/// Messages are given without their frame (see tests/support/wire.h). Every wait is bounded. A step that
+/// fails ends the script and closes the connection, so that the client does not wait.
+class ScriptedPeer {
+ public:
+  explicit ScriptedPeer(const std::string& path);
+  ~ScriptedPeer();
+
+  /// Closes the connection, if there is one, and takes the next.
+  ScriptedPeer& accept();
+  /// Reads one frame, which must be that message. Accepts a connection before, if there is none.
+  ScriptedPeer& expect(const std::string& message);
+  /// The client closes the connection, without a further byte.
+  ScriptedPeer& expectClosed();
+
+  /// Sends the message in its frame; the first `count` bytes of that; or all of it, each byte when the client
+  /// has taken the one before.
+  ScriptedPeer& send(const std::string& message);
+  ScriptedPeer& sendFirst(size_t count, const std::string& message);
+  ScriptedPeer& trickle(const std::string& message);
+  /// Sends bytes as they are.
+  ScriptedPeer& sendRaw(const std::string& bytes);
+
+  /// Keeps the connection and says nothing.
+  ScriptedPeer& stall() { return *this; }
+  /// Closes the connection; ends only the direction to the client.
+  ScriptedPeer& hangUp();
+  ScriptedPeer& endStream();
+  /// A new listener takes the place of the old one, without a moment in between, and the connection is
+  /// closed.
+  ScriptedPeer& restart();
+  /// Nobody listens from here on until restart.
+  ScriptedPeer& down();
+
+  /// Waits for the script. Success if every step was, and the client has sent or opened nothing more.
+  ::testing::AssertionResult finished();
+
+ private:
+  using Step = std::function<void()>;
+
+  ScriptedPeer& add(Step step);
+  void run();
+  void waitFor(int fd);
+  std::string receive(size_t size);
+  void acceptNow();
+  void sendNow(const std::string& bytes);
+  void listenAt(const std::string& path);
+  void checkSilence();
+
+  const std::string m_path;
+  vesk::UniqueFd m_wake;  // readable once the test is over
+  // The thread's own while it runs.
+  vesk::UniqueFd m_listener;
+  vesk::UniqueFd m_connection;
+
+  std::mutex m_mutex;  // guards what follows
+  std::condition_variable m_changed;
+  std::deque<Step> m_script;
+  bool m_working = false;
+  bool m_over = false;
+  std::string m_failure;
+
+  std::thread m_thread;
+};
+
+}  // namespace testsupport

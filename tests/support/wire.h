@@ -1,0 +1,34 @@
+/// Bytes of the protocol as a person writes them down; made without the library, so that both ends of a test
+/// cannot share a fault.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace testsupport {
+
+/// The bytes of hexadecimal digits; blanks count for nothing.
+std::string hex(const std::string& digits);
+/// Bytes as digits, two for each.
+std::string shown(const std::string& bytes);
+
+/// An INTEGER in the fewest bytes.
+std::string integer(int32_t value);
+/// An OCTET STRING with the shortest length.
+std::string octets(const std::string& bytes);
+/// A SEQUENCE with a length of four bytes.
+std::string sequence(const std::string& content);
+
+/// A request with that opcode, and the fields of its body.
+std::string request(int opcode, const std::string& body = std::string());
+/// A reply with that result.
+std::string reply(int result, const std::string& body = std::string());
+/// The status block, with a health of 0, 0, 0 and no text.
+std::string status(int result, int code = 0, int detail = 0, const std::string& message = std::string());
+/// A reply that was carried out, with that status and the fields behind it.
+std::string answer(int result, const std::string& rest = std::string());
+
+/// The message behind its length in the host's order.
+std::string framed(const std::string& message);
+
+}  // namespace testsupport
