@@ -6,7 +6,9 @@
 #include "util/include/error_util.h"
 #include "util/include/log.h"
 #include "util/include/pause.h"
+#include "util/include/propnames.h"
 #include "util/include/thread.h"
+#include "util/include/threads_api.h"
 #include "util/include/throw.h"
 
 namespace {
@@ -71,8 +73,9 @@ class RunQueue::Seat {
 RunQueue::RunQueue(const std::string& name, unsigned int maxSize, bool isLogQueue)
     : m_name(name), m_maxSize(maxSize), m_isLogQueue(isLogQueue) {}
 
-RunQueue::~RunQueue() noexcept(false) {
-  Lock lock(m_mutex);
+// Lets a poster or runner out that has just woken the destroying thread. A cancel does not strike here.
+RunQueue::~RunQueue() {
+  const BriefHold lastOneOut(m_mutex);
 }
 
 RunQueue::Registry& RunQueue::gQueues() {
@@ -202,7 +205,7 @@ void RunQueue::reportFull(Lock& lock) {
   m_fullPending = false;
   lock.unLock();
   VESK_LOG_TO(kLogger, Warn, "%s queue is full.  You may need to increase the value of %s in velmora.conf.",
-              m_name.c_str(), "logger.queue.size");
+              m_name.c_str(), PN::LOGGER_QUEUE_SIZE.c_str());
   lock.doLock();
 }
 

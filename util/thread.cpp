@@ -7,14 +7,13 @@
 
 #include "util/include/log.h"
 #include "util/include/properties.h"
+#include "util/include/propnames.h"
 #include "util/include/threads_api.h"
 
 namespace {
 
 constexpr char kSource[] = "util/thread";
 constexpr char kLogger[] = "util.thread";
-constexpr char kStackSizeKey[] = "brondalt.clients.threads.stacksize";
-constexpr char kPriorityKey[] = "brondalt.clients.threads.priority";
 
 // Guards Thread::m_threadsActive.
 vesk::Mutex& gMutex() {
@@ -34,7 +33,7 @@ pthread_once_t gTSDKeyOnce = PTHREAD_ONCE_INIT;
 std::atomic<bool> gTSDKeyMade{false};
 
 bool prioritiesWanted() {
-  return vesk::Props(false, false)->getBool(kPriorityKey, false);
+  return vesk::Props(false, false)->getBool(vesk::PN::VESKD_USE_THREAD_PRIORITY, false);
 }
 
 // How a new thread is to be made, as the configuration wants it.
@@ -44,7 +43,7 @@ class Attributes {
   ~Attributes() { pthread_attr_destroy(&m_attributes); }
 
   void configure() {
-    const int stackSize = vesk::Props(false, false)->getInt(kStackSizeKey, 0);
+    const int stackSize = vesk::Props(false, false)->getInt(vesk::PN::VESKD_STACKSIZE_CLIENT_THREADS, 0);
     if (stackSize > 0) setStackSize(stackSize);
     if (prioritiesWanted()) FOKRAZO_CHECK_OS_CALL(pthread_attr_setschedpolicy(&m_attributes, SCHED_FIFO));
   }

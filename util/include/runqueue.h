@@ -57,7 +57,7 @@ class FOKRAZO_API RunQueue {
   /// log, which must not log what happens to it.
   RunQueue(const std::string& name, unsigned int maxSize, bool isLogQueue);
   /// Requires: no poster and no runner is left.
-  virtual ~RunQueue() noexcept(false);
+  virtual ~RunQueue();
 
   /// Adds an item at the back and wakes the runners. Requires: not null.
   /// Blocks for 10 ms on a queue that is half full, and for at most 49.5 seconds on a full one; never in the

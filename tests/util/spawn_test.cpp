@@ -1,0 +1,232 @@
+#include <dirent.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+
+#include "tests/util/workers.h"
+#include "util/descriptors.h"
+#include "util/include/osport.h"
+
+namespace {
+
+constexpr int kWait = 0, kDoNotWait = 1, kReplace = 2;
+constexpr char kShell[] = "/bin/sh";
+
+/// A pipe and what came through it.
+struct Pipe {
+  Pipe() { EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0); }
+  ~Pipe() {
+    close(ends[0]);
+    closeWriter();
+  }
+  void closeWriter() {
+    if (ends[1] >= 0) close(std::exchange(ends[1], -1));
+  }
+  std::string text() {
+    closeWriter();
+    char buffer[512];
+    const ssize_t got = read(ends[0], buffer, sizeof buffer);
+    return std::string(buffer, got > 0 ? got : 0);
+  }
+
+  int ends[2];
+};
+
+/// Runs a script in a shell.
+int run(std::string script, std::vector<int> fds = {}, int mode = kWait, int timeout = -1, bool kill = false,
+        bool emptyEnvironment = false, void (*callback)() = nullptr) {
+  char name[] = "sh", option[] = "-c";
+  char* argv[] = {name, option, script.data(), nullptr};
+  return spawnfv_time_with_callback(mode, static_cast<int>(fds.size()), fds.data(), kShell, argv, timeout,
+                                    kill, emptyEnvironment, callback);
+}
+
+int openDescriptors() {
+  DIR* listing = opendir("/proc/self/fd");
+  int count = 0;
+  while (readdir(listing)) ++count;
+  closedir(listing);
+  return count;
+}
+
+/// Blocks until some child has ended, and leaves it to be collected.
+siginfo_t awaitZombie() {
+  siginfo_t info{};
+  waitid(P_ALL, 0, &info, WEXITED | WNOWAIT);
+  return info;
+}
+
+}  // namespace
+
+/// Each test leaves no child and no descriptor.
+class SpawnTest : public testing::Test {
+ protected:
+  SpawnTest() : before(openDescriptors()), null(open("/dev/null", O_RDWR | O_CLOEXEC)) {}
+  ~SpawnTest() override {
+    close(null);
+    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+  }
+
+  int before;
+  int null;
+};
+
+TEST_F(SpawnTest, ProgramsThatCannotRun) {
+  char file[] = "/tmp/spawn_test_XXXXXX";
+  const int fd = mkstemp(file);
+  EXPECT_EQ(write(fd, "no program", 10), 10);
+  char* argv[] = {file, nullptr};
+  const struct {
+    int mode;
+    int count;
+    const char* path;
+    char** argv;
+    int error;
+  } rows[] = {
+      {kWait, 0, "/nowhere/at/all", argv, ENOENT},
+      {kReplace, 0, file, argv, EACCES},
+      {kDoNotWait, 0, nullptr, argv, EFAULT},
+      {kWait, 0, kShell, nullptr, EFAULT},
+      {kWait, 1, kShell, argv, EFAULT},
+      {3, 0, kShell, argv, EINVAL},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(spawnfv(row.mode, row.count, nullptr, row.path, row.argv), -1);
+    EXPECT_EQ(errno, row.error);
+  }
+  fchmod(fd, 0700);
+  close(fd);
+  EXPECT_EQ(WEXITSTATUS(spawnfv(kWait, 0, nullptr, file, argv)), 256 - ENOEXEC);
+  unlink(file);
+}
+
+TEST_F(SpawnTest, TheChildGetsExactlyTheDescriptorsAskedFor) {
+  const int passed = open("/dev/null", O_RDONLY);
+  const struct {
+    std::vector<int> fds;  // -2 stands for the pipe
+    const char* expected;
+  } rows[] = {
+      {{null, -2}, "0\n1\n"},
+      {{-1, -2, 999}, "1\n"},
+      {{-2, -2, -1, null, -2}, "0\n1\n3\n4\n"},
+  };
+  for (const auto& row : rows) {
+    Pipe pipe;
+    std::vector<int> fds = row.fds;
+    std::replace(fds.begin(), fds.end(), -2, pipe.ends[1]);
+    EXPECT_EQ(run("ls /proc/$$/fd; exit 0", fds), 0);
+    EXPECT_EQ(pipe.text(), row.expected);
+  }
+  EXPECT_EQ(run("test -e /proc/$$/fd/" + std::to_string(passed)), 0) << "all are kept if none are named";
+  close(passed);
+}
+
+TEST_F(SpawnTest, EntriesMayOverlapTheirTargets) {
+  Pipe out;
+  const int input = dup(0), output = dup(1);
+  dup2(out.ends[1], 0);
+  dup2(null, 1);
+  EXPECT_EQ(run("echo crossed", {1, 0}), 0);
+  EXPECT_EQ(run("echo rotated >&2", {null, 1, 0}), 0);
+  dup2(input, 0);
+  dup2(output, 1);
+  close(input);
+  close(output);
+  EXPECT_EQ(out.text(), "crossed\nrotated\n");
+}
+
+TEST_F(SpawnTest, EveryWayOfClosingKeepsWhatItShould) {
+  using namespace vesk::descriptors;
+  bool (*const ways[])(const int*, std::size_t) = {
+      closeByRange, closeByListing,
+      [](const int* kept, std::size_t count) { return closeOneByOne(kept, count, 400), true; }};
+  for (auto* way : ways) {
+    const pid_t child = fork();
+    if (child == 0) {
+      const int kept[] = {0, 5, 300};
+      for (int fd : {0, 3, 4, 5, 6, 299, 300, 301}) dup2(null, fd);
+      bool right = way(kept, 3);
+      for (int fd = 0; fd < 400; ++fd)
+        right = right && (fcntl(fd, F_GETFD) >= 0) == (fd == 0 || fd == 5 || fd == 300);
+      _exit(right ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+  }
+}
+
+TEST_F(SpawnTest, EnvironmentCallbackAndStatus) {
+  setenv("SPAWN_TEST_MARK", "set", 1);
+  for (const bool empty : {false, true}) {
+    Pipe out;
+    const auto callback = [] { (void)!write(1, "called ", 7); };
+    const int status =
+        run("echo $SPAWN_TEST_MARK; exit 7", {null, out.ends[1]}, kWait, 1000, true, empty, callback);
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+    EXPECT_EQ(out.text(), empty ? "called \n" : "called set\n");
+  }
+  unsetenv("SPAWN_TEST_MARK");
+}
+
+TEST_F(SpawnTest, ATimeOutLeavesTheChildToTheReaper) {
+  for (const bool kill : {false, true}) {
+    RecordedPauses pauses;
+    Pipe input;
+    EXPECT_EQ(run("read line; exit 9", {input.ends[0], null, null}, kWait, 3, kill), -1);
+    EXPECT_EQ(errno, ETIMEDOUT);
+    EXPECT_EQ(pauses.taken(), std::vector<long>(6, 500));
+    if (!kill) spawnfv_reap();  // it runs on: nothing to collect, and no waiting
+    input.closeWriter();
+    const siginfo_t end = awaitZombie();
+    EXPECT_EQ(end.si_code, kill ? CLD_KILLED : CLD_EXITED);
+    EXPECT_EQ(end.si_status, kill ? SIGTERM : 9);
+    spawnfv_reap();
+  }
+}
+
+TEST_F(SpawnTest, ReapingCollectsWhatHasEndedAndNothingElse) {
+  Pipe input;
+  const pid_t waits = run("read line", {input.ends[0], null, null}, kDoNotWait);
+  const pid_t ends = run("exit 0", {}, kDoNotWait);
+  EXPECT_EQ(awaitZombie().si_pid, ends);
+  siginfo_t stopped;
+  ::kill(waits, SIGSTOP);
+  waitid(P_PID, waits, &stopped, WSTOPPED | WNOWAIT);
+  spawnfv_reap();
+  EXPECT_EQ(::kill(ends, 0), -1);
+  EXPECT_EQ(::kill(waits, SIGCONT), 0);
+  input.closeWriter();
+  EXPECT_EQ(awaitZombie().si_pid, waits) << "a child that has merely stopped was no zombie";
+  spawnfv_reap();
+}
+
+TEST_F(SpawnTest, ReplacingThisProcess) {
+  Pipe out;
+  const pid_t child = fork();
+  if (child == 0) run("echo $$; exit 5", {null, out.ends[1]}, kReplace);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 5);
+  EXPECT_EQ(out.text(), std::to_string(child) + "\n");
+}
+
+TEST_F(SpawnTest, ACancelledWaiterLeavesItsChildToTheReaper) {
+  Pipe input, ready;
+  Worker waiter([&] { run("echo; read line", {input.ends[0], ready.ends[1]}); });
+  char byte;
+  EXPECT_EQ(read(ready.ends[0], &byte, 1), 1);
+  waiter.kill();
+  EXPECT_EQ(waiter.unexpectedEnds, 1);
+  input.closeWriter();
+  awaitZombie();
+  spawnfv_reap();
+}

@@ -1,0 +1,152 @@
+#include "util/include/thread.h"
+
+#include <signal.h>
+#include <sys/time.h>
+
+#include <cerrno>
+#include <fstream>
+
+#include "tests/util/workers.h"
+#include "util/include/error_util.h"
+#include "util/include/fixed_paths.h"
+#include "util/include/properties.h"
+
+using vesk::Thread;
+
+namespace {
+
+int errorOf(const std::function<void()>& call) {
+  try {
+    return call(), 0;
+  } catch (const vesk::SystemException& e) {
+    return e.rc();
+  }
+}
+
+void configure(const std::string& text) {
+  std::ofstream(vesk::paths::kConfigFile) << text;
+  vesk::Props(false, true);
+}
+
+std::size_t stackSizeOfANewThread() {
+  std::size_t size = 0;
+  Worker([&] {
+    pthread_attr_t attributes;
+    pthread_getattr_np(pthread_self(), &attributes);
+    pthread_attr_getstacksize(&attributes, &size);
+    pthread_attr_destroy(&attributes);
+  });
+  return size;
+}
+
+void* nothing(void*) {
+  return nullptr;
+}
+
+}  // namespace
+
+TEST(ThreadTest, ExistenceMakesTheProcessThreaded) {
+  {
+    const Thread one, two;
+    EXPECT_EQ(Thread::m_threadsActive, 2);
+  }
+  EXPECT_EQ(Thread::m_threadsActive, 0);
+  Thread::SetThreadsActive(true);
+  Thread::SetThreadsActive(true);
+  EXPECT_EQ(Thread::m_threadsActive, 2);
+  Thread::SetThreadsActive(false);
+  EXPECT_EQ(Thread::m_threadsActive, 0);
+  EXPECT_TRUE(Thread::m_threadsSupported);
+}
+
+TEST(ThreadTest, EndsByReturnByExitAndByCancellation) {
+  Gate never;
+  const struct {
+    const char* how;
+    std::function<void()> body;
+    bool cancel;
+    int unexpectedEnds;
+  } rows[] = {
+      {"return", [] { EXPECT_TRUE(Thread::getSelf()->isRunning()); }, false, 0},
+      {"pthread_exit", [] { pthread_exit(nullptr); }, false, 1},
+      {"cancellation", [&] { never.wait(); }, true, 1},
+      {"cancellation in a sleep", [] { Thread::sleep(3600, 0); }, true, 1},
+  };
+  EXPECT_EQ(Thread::getSelf(), nullptr);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.how);
+    Worker worker(row.body);
+    if (row.cancel) worker.kill();
+    worker.join();
+    EXPECT_EQ(worker.unexpectedEnds, row.unexpectedEnds);
+    EXPECT_EQ(worker.isCancelled(), row.cancel);
+    EXPECT_FALSE(worker.isRunning());
+  }
+}
+
+TEST(ThreadTest, CallsOutOfPlaceAreHarmless) {
+  Thread thread;
+  EXPECT_EQ(errorOf([&] { thread.join(); }), ESRCH) << "never started";
+  EXPECT_EQ(errorOf([&] { thread.detach(); }), ESRCH);
+  thread.start("name", nothing, nullptr, 0);
+  thread.join();
+  thread.join();
+  thread.detach();
+  thread.cancel();
+  EXPECT_FALSE(thread.isCancelled());
+
+  thread.start(nullptr, nothing, nullptr, 0);
+  EXPECT_EQ(thread.name(), "name");
+  thread.detach();
+  thread.join();
+  while (thread.isRunning()) sched_yield();
+}
+
+TEST(ThreadTest, DisableKillHoldsACancelBack) {
+  bool heldBack = false;
+  cancelAt([&](auto point) {
+    Thread::disableKill();
+    point();
+    Thread::yield();
+    heldBack = true;
+    Thread::enableKill();
+    ADD_FAILURE() << "the cancel is due";
+  });
+  EXPECT_TRUE(heldBack);
+}
+
+TEST(ThreadTest, SleepAddsUpItsPartsAndASignalCutsItShort) {
+  timespec before, after;
+  clock_gettime(CLOCK_MONOTONIC, &before);
+  EXPECT_TRUE(Thread::sleep(0, 20, 3, 7));
+  clock_gettime(CLOCK_MONOTONIC, &after);
+  EXPECT_GE((after.tv_sec - before.tv_sec) * 1'000'000'000 + after.tv_nsec - before.tv_nsec, 20'003'007);
+  EXPECT_EQ(errorOf([] { Thread::sleep(0, 1'000'000'000); }), EINVAL);
+
+  struct sigaction action {};
+  action.sa_handler = [](int) {};
+  sigaction(SIGALRM, &action, nullptr);
+  const itimerval every{{0, 10'000}, {0, 10'000}}, off{};
+  setitimer(ITIMER_REAL, &every, nullptr);
+  EXPECT_FALSE(Thread::sleep(3600, 0));
+  setitimer(ITIMER_REAL, &off, nullptr);
+}
+
+TEST(ThreadTest, StackSizeAndPriorityFollowTheConfiguration) {
+  configure("brondalt.clients.threads.stacksize: 1048576\n");
+  EXPECT_EQ(stackSizeOfANewThread(), 1048576u);
+  configure("");
+  const std::size_t usual = stackSizeOfANewThread();
+  configure("brondalt.clients.threads.stacksize: 1\nbrondalt.clients.threads.priority: true\n");
+  EXPECT_EQ(stackSizeOfANewThread(), usual) << "an impossible size counts as none";
+  Thread neverStarted;
+  neverStarted.changePriority(5);  // reported to the log alone
+  configure("");
+  Worker([] {
+    int policy = -1;
+    sched_param parameters;
+    Thread::getSelf()->changePriority(5);
+    pthread_getschedparam(pthread_self(), &policy, &parameters);
+    EXPECT_EQ(policy, SCHED_OTHER);
+  });
+}
