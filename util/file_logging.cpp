@@ -224,11 +224,18 @@ void FileLogging::fileRotate() {
   const UniqueFd turn(::open(m_path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (turn && flock(turn.get(), LOCK_EX | LOCK_NB) != 0 && !isFarTooLarge(turn.get())) return;
   closeLog();
-  if (checkFileSizeByPath() && m_settings.maxCount >= 1) {
+  if (isAtPath(turn.get()) && checkFileSizeByPath() && m_settings.maxCount >= 1) {
     shiftBackups();
     moveToFirstBackup();
   }
   openLog(true);
+}
+
+// Not if another process has rotated meanwhile; its new file has a lock of its own.
+bool FileLogging::isAtPath(int file) const {
+  struct stat held, named;
+  return fstat(file, &held) == 0 && stat(m_path.c_str(), &named) == 0 && held.st_dev == named.st_dev &&
+         held.st_ino == named.st_ino;
 }
 
 // Another process is at it, unless somebody only holds the lock, which everybody can who can write the log.

@@ -76,6 +76,7 @@ class FOKRAZO_API FileLogging {
   void makeCache();
   bool writeLine(bool flushDue, const char* format, va_list args) __attribute__((format(printf, 3, 0)));
   std::string backupName(int number) const;
+  bool isAtPath(int file) const;
   bool isFarTooLarge(int file) const;
   void shiftBackups();
   void moveToFirstBackup();

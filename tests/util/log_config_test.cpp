@@ -1,0 +1,175 @@
+// The configuration: complaints, facilities, memory levels, and changes while other threads log.
+
+#include <gtest/gtest.h>
+#include <syslog.h>
+
+#include <atomic>
+#include <list>
+
+#include "tests/support/scratch_test.h"
+#include "tests/util/syslog_socket.h"
+#include "util/include/circular_buffer.h"
+#include "util/include/log.h"
+#include "util/include/properties.h"
+#include "util/include/thread.h"
+
+using namespace vesk;
+using testsupport::inChild;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+Texts complaints(Texts texts) {
+  for (std::string& text : texts) text.insert(0, "WARN  com.zantrel.logger ");
+  return texts;
+}
+
+class LogConfigTest : public ::testing::Test {
+ protected:
+  SyslogSocket syslogd;
+};
+
+// The first of all: openlog cannot be undone.
+TEST_F(LogConfigTest, AProgramMayKeepItsSyslogDefaults) {
+  EXPECT_EQ(inChild([] {
+              configure("logger.openlog.log_config_test: no\n");
+              VESK_LOG_TO("a", Info, "x");
+            }),
+            0);
+  const auto lines = syslogd.take();
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0].sender, "log_config_test");
+}
+
+TEST_F(LogConfigTest, BadSettingsGetTheirWords) {
+  const struct {
+    const char* configuration;
+    Texts complaints;
+  } rows[] = {
+      {"log: info\n", {"Illegal value for property 'log': 'info'. Using 'INFO'."}},
+      {"log.foo: NONE\n", {"Illegal log level. Property: 'log.foo', value: 'NONE'"}},
+      {"Log.: INFO\n", {"Illegal log name: 'Log.'"}},
+      {"logger.facility.*: local8\n",
+       {"Illegal value facility name: 'local8' for 'logger.facility.*'. Using 'auth'.",
+        "Illegal log facility. Property: 'logger.facility.*', value: 'local8'",
+        "Illegal log facility. Property: 'logger.facility.*', value: 'local8'"}},
+      {"logger.facility.: mail\n",
+       {"Illegal facility name: 'logger.facility.'", "Illegal facility name: 'logger.facility.'"}},
+      {"logger.showmore.: 7\n", {"Illegal log name: 'logger.showmore.'"}},
+      // What follows is read only where a program has allowed the memory log.
+      {"logger.memory.log: NONE\nlogger.memory.log.: x\nlogger.memory.enabled: true\n", {}},
+      {"log.a%s%n: %s%n\n", {"Illegal log level. Property: 'log.a%s%n', value: '%s%n'"}},
+  };
+  for (const auto& row : rows) {
+    configure(row.configuration);
+    EXPECT_EQ(syslogd.texts(), complaints(row.complaints)) << row.configuration;
+  }
+  EXPECT_EQ(Logger::GetLogger("foo")->getEffectiveLevel(), Logger::Info);
+}
+
+TEST_F(LogConfigTest, EachLoggerHasWhatTheNearestSettingSays) {
+  configure(
+      "log: ERROR\nlog.a.b: debug\nlog.a: DEBUG\nlog.client: ERROR\n"
+      "logger.facility.*: LOCAL1\nlogger.facility.log_config_test: local2\nlogger.facility.a: mail\n"
+      "logger.showmore: -1\nlogger.showmore.a: 5\nlogger.showmore.a.b: ''\n");
+  const struct {
+    const char* name;
+    int level, facility, showMore;
+  } rows[] = {
+      {"", Logger::Error, LOG_LOCAL2, 0},
+      {"a", Logger::Debug, LOG_MAIL, 5},
+      {"a.b.c", Logger::Debug, LOG_MAIL, 5},
+      {"client.x", Logger::Trace, LOG_LOCAL2, 0},
+      {"com.zantrel.logger", Logger::Warn, LOG_AUTH, 0},
+      {"*", Logger::Error, LOG_LOCAL1, 0},
+  };
+  for (const auto& row : rows) {
+    const auto logger = Logger::GetLogger(row.name);
+    EXPECT_EQ(logger->getEffectiveLevel(), row.level) << row.name;
+    EXPECT_EQ(logger->getEffectiveFacility(), row.facility) << row.name;
+    EXPECT_EQ(logger->getShowMore(), row.showMore) << row.name;
+  }
+  configure("");  // the root keeps its facility where nothing names one
+  EXPECT_EQ(Logger::GetLogger("a")->getEffectiveFacility(), LOG_LOCAL2);
+  EXPECT_EQ(Logger::GetLogger("a")->getEffectiveLevel(), Logger::Info);
+}
+
+TEST_F(LogConfigTest, AChangeReachesLoggersThatHaveRememberedTheirLevel) {
+  configure("log: ERROR\nlogger.memory.log: DISABLED\n");
+  const auto logger = Logger::GetLogger("remembers.much");
+  EXPECT_EQ(inChild([&] {
+              Logger::SetBufferActive(true);
+              configure("log: ERROR\nlogger.memory.log: DISABLED\n");
+              EXPECT_FALSE(logger->isEnabled(Logger::Info));
+              configure("log: INFO\nlogger.memory.log: DEBUG\n");
+              EXPECT_TRUE(logger->isEnabled(Logger::Info));
+              // The memory level alone stays as remembered.
+              EXPECT_FALSE(logger->isEnabled(Logger::Debug));
+              EXPECT_TRUE(Logger::GetLogger("remembers.nothing")->isEnabled(Logger::Debug));
+              configure("logger.memory.log: NONE\nlogger.memory.log.x: WARN\n");
+              EXPECT_EQ(Logger::GetLogger("x")->getEffectiveMemoryLevel(), Logger::Warn);
+              EXPECT_EQ(Logger::GetLogger("")->getEffectiveMemoryLevel(), Logger::Info);
+            }),
+            0);
+  EXPECT_EQ(syslogd.texts(), complaints({"Circular buffer log level cannot be NONE. Using 'INFO'."}));
+}
+
+TEST_F(LogConfigTest, ProgramsAreIgnoredByTheirExactNames) {
+  configure("logger.program.ignore: sshd, \"a b\"\n");
+  const auto logger = Logger::GetLogger("");
+  EXPECT_TRUE(logger->ignoreProgram("sshd"));
+  EXPECT_TRUE(logger->ignoreProgram("a b"));
+  EXPECT_FALSE(logger->ignoreProgram("SSHD"));
+  EXPECT_FALSE(logger->ignoreProgram("ssh"));
+}
+
+TEST_F(LogConfigTest, WithoutConfigurationSyslogOrDirectoriesAProgramRunsOn) {
+  EXPECT_EQ(inChild([] {
+              rename("/dev/log", "/dev/log.away");
+              unlink("/etc/velmora/velmora.conf");
+              Props(false, true);
+              VESK_LOG_TO("a", Error, "nobody hears");
+              Logger::startThread(Logger::GetLogger("a"));
+              VESK_LOG_TO("a", Error, "nobody hears");
+              Logger::stopThread({});
+              configure("logger.destination: /var/log/gone/velmora.log\n");
+              VESK_LOG_TO("a", Error, "nobody hears");
+              rename("/dev/log.away", "/dev/log");
+            }),
+            0);
+  EXPECT_EQ(syslogd.texts(), Texts());
+}
+
+// A writer: finds loggers by name and logs until it is told to stop.
+std::atomic<bool> gStop{false};
+void* logAll(void* name) {
+  const std::string stem = static_cast<const char*>(name);
+  for (int i = 0; !gStop; ++i) {
+    const auto logger = getLogger((stem + std::to_string(i % 20)).c_str(), false);
+    VESK_LOG(logger, Debug, "line %d", i);
+  }
+  return nullptr;
+}
+
+TEST_F(LogConfigTest, ThreadsLogAcrossChangesAndNoLevelSticks) {
+  const std::string file = "logger.destination: /var/log/change.log\n";
+  configure(file + "log: ERROR\nlogger.memory.log: DISABLED\n");
+  std::list<Thread> threads(3);
+  const char* names[] = {"t.a", "t.b", "t.c"};
+  int next = 0;
+  for (Thread& thread : threads) thread.start(nullptr, logAll, const_cast<char*>(names[next++]), 0);
+  for (int i = 0; i < 40; ++i) configure(file + (i % 2 == 0 ? "log: DISABLED\n" : "log: DEBUG\nlog.x: y\n"));
+  configure(file + "log: INFO\nlogger.showmore: 0\n");
+  gStop = true;
+  for (Thread& thread : threads) thread.join();
+  for (const char* name : names)
+    for (int i = 0; i < 20; ++i) {
+      const auto logger = Logger::GetLogger(name + std::to_string(i));
+      EXPECT_TRUE(logger->isEnabled(Logger::Info)) << name << i;
+      EXPECT_FALSE(logger->isEnabled(Logger::Debug)) << name << i;
+    }
+  configure("");
+}
+
+}  // namespace

@@ -1,0 +1,256 @@
+// The log file: settings, cache, rotation, traps in its place, full disks, several processes.
+
+#include "util/include/file_logging.h"
+
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <syslog.h>
+
+#include <cstdarg>
+#include <filesystem>
+#include <map>
+
+#include "tests/support/scratch_test.h"
+#include "tests/util/syslog_socket.h"
+#include "util/include/log.h"
+#include "util/include/log_gzip.h"
+
+using namespace vesk;
+namespace fs = std::filesystem;
+using testsupport::inChild;
+using Texts = std::vector<std::string>;
+
+namespace {
+
+__attribute__((format(printf, 2, 3))) void write(FileLogging& file, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  file.log(format, args);
+  va_end(args);
+}
+
+class LogFileTest : public testsupport::ScratchTest {
+ protected:
+  // Names in the directory with the text of the files, compressed ones expanded.
+  std::map<std::string, std::string> files() {
+    std::map<std::string, std::string> all;
+    for (const fs::directory_entry& entry : fs::directory_iterator(m_dir)) {
+      const std::string path = entry.path();
+      if (entry.path().extension() == ".gz") {
+        gunzip(path.c_str(), in("../expanded").c_str());
+        all[entry.path().filename()] = contentOf(in("../expanded"));
+      } else {
+        all[entry.path().filename()] = contentOf(path);
+      }
+    }
+    return all;
+  }
+};
+
+TEST_F(LogFileTest, SettingsHaveTheirLimits) {
+  const struct {
+    const char* configuration;
+    unsigned int maxSize;
+    int maxCount, flushFrequency;
+    unsigned int cacheSize;
+  } rows[] = {
+      {"", 0x20000000, 5, 10, 10240},
+      {"logger.file.flush.frequency: 0\nlogger.file.maxcount: 0\nlogger.file.maxsize: 1\n", 1 << 20, 0, 0, 0},
+      {"logger.file.flush.frequency: 1\nlogger.file.maxcount: -3\nlogger.file.maxsize: 0\n", 0, 5, 1, 0},
+      {"logger.file.flush.frequency: 2\nlogger.file.maxcount: 7\n", 0x20000000, 7, 2, 2048},
+      {"logger.file.flush.frequency: 513\nlogger.file.maxsize: 9999999\n", 0xFFFFFFFF, 5, 512, 524288},
+      {"logger.file.flush.frequency: -1\nlogger.file.maxcount: 2147483647\n", 0x20000000, 9999, 10, 10240},
+  };
+  for (const auto& row : rows) {
+    configure(row.configuration);
+    const auto settings = FileLogging::Settings::read();
+    EXPECT_EQ(settings.maxSize, row.maxSize) << row.configuration;
+    EXPECT_EQ(settings.maxCount, row.maxCount) << row.configuration;
+    EXPECT_EQ(settings.flushFrequency, row.flushFrequency) << row.configuration;
+    EXPECT_EQ(settings.cacheSize, row.cacheSize) << row.configuration;
+  }
+}
+
+TEST_F(LogFileTest, LinesReachTheFileWhenAFlushIsDue) {
+  const std::string path = in("log");
+  FileLogging file;
+  ASSERT_EQ(file.init(path.c_str(), {1 << 20, 5, false, 3, 3072}), 0);
+  write(file, "one %d", 1);
+  write(file, "%s", std::string(3000, 'x').c_str());
+  EXPECT_EQ(linesOf(path), Texts());
+  write(file, "three");
+  EXPECT_EQ(linesOf(path), (Texts{"one 1", std::string(1023, 'x'), "three"}));
+  EXPECT_EQ(modeOf(path) & 07777, 0666u);
+  ASSERT_EQ(file.init(path.c_str(), {1 << 20, 5, false, 1, 0}), 0);
+  write(file, "at once");
+  EXPECT_EQ(linesOf(path).back(), "at once");
+  file.close();
+  write(file, "nowhere");
+  file.destroy();
+  EXPECT_FALSE(file.isOpened());
+}
+
+TEST_F(LogFileTest, RotationMovesTheOldFilesUp) {
+  const struct {
+    const char* what;
+    FileLogging::Settings settings;
+    std::map<std::string, std::string> before, after;
+  } rows[] = {
+      {"the last goes",
+       {4, 2, false, 1, 0},
+       {{"log", "new"}, {"log.1", "1"}, {"log.2", "2"}, {"log.1.gz", "g"}},
+       {{"log", ""}, {"log.1", "new"}, {"log.2", "1"}, {"log.1.gz", ""}}},
+      {"a gap stays open",
+       {4, 4, false, 1, 0},
+       {{"log", "new"}, {"log.2", "2"}},
+       {{"log", ""}, {"log.1", "new"}, {"log.3", "2"}}},
+      {"compressed",
+       {4, 2, true, 1, 0},
+       {{"log", "new"}, {"log.1", "1"}},
+       {{"log", ""}, {"log.1.gz", "new"}, {"log.1", "1"}}},
+      {"none kept", {4, 0, false, 1, 0}, {{"log", "new"}}, {{"log", "new"}}},
+      {"not large enough", {1 << 20, 2, false, 1, 0}, {{"log", "new"}}, {{"log", "new"}}},
+  };
+  for (const auto& row : rows) {
+    for (const auto& old : row.before) put(in(old.first), old.second);
+    FileLogging file;
+    file.init(in("log").c_str(), row.settings);
+    write(file, "line");
+    auto after = files();
+    ASSERT_EQ(after.size(), row.after.size()) << row.what;
+    for (const auto& expected : row.after) {
+      ASSERT_EQ(after.count(expected.first), 1u) << row.what << " " << expected.first;
+      const std::string& text = after[expected.first];
+      EXPECT_EQ(text.substr(0, expected.second.size()), expected.second) << row.what << " " << expected.first;
+      EXPECT_EQ(text.find("]: line\n") != std::string::npos, expected.second == "new") << row.what;
+    }
+    for (const auto& left : after) fs::remove(in(left.first));
+  }
+}
+
+TEST_F(LogFileTest, CompressedFilesAreWhatTheyShouldBe) {
+  std::string content;
+  for (int i = 0; i < 20000; ++i) content += std::to_string(i * 7919) + "\n";
+  put(in("plain"), content);
+  gzip(in("plain").c_str(), in("packed.gz").c_str());
+  EXPECT_EQ(system(("gzip -t " + in("packed.gz")).c_str()), 0);
+  EXPECT_LT(fs::file_size(in("packed.gz")), content.size());
+  gunzip(in("packed.gz").c_str(), in("again").c_str());
+  EXPECT_EQ(contentOf(in("again")), content);
+  gzip(in("missing").c_str(), in("none").c_str());
+  gzip(nullptr, in("none").c_str());
+  gunzip(in("packed.gz").c_str(), nullptr);
+  EXPECT_FALSE(fs::exists(in("none")));
+}
+
+// None of these may block, be written through, or change another file's mode.
+TEST_F(LogFileTest, TrapsInPlaceOfTheFileAreRefused) {
+  ASSERT_EQ(mkfifo(in("fifo").c_str(), 0666), 0);
+  ASSERT_EQ(mkdir(in("directory").c_str(), 0755), 0);
+  put(in("target"), "");
+  fs::permissions(in("target"), fs::perms::owner_read);
+  fs::create_symlink(in("fifo"), in("link to fifo"));
+  fs::create_symlink(in("target"), in("link"));
+  FileLogging file;
+  EXPECT_EQ(file.init(in("fifo").c_str()), ENXIO);
+  EXPECT_EQ(file.init(in("link to fifo").c_str()), ENXIO);
+  EXPECT_EQ(file.init(in("directory").c_str()), EISDIR);
+  EXPECT_EQ(file.init(in("missing/log").c_str()), ENOENT);
+  if (lchown(in("link").c_str(), testsupport::kOrdinaryUser, 0) == 0) {
+    EXPECT_EQ(file.init(in("link").c_str()), ELOOP);
+    EXPECT_EQ(modeOf(in("target")) & 07777, 0400u);
+    ASSERT_EQ(lchown(in("link").c_str(), 0, 0), 0);
+  }
+  EXPECT_EQ(file.init(in("link").c_str()), 0);
+}
+
+TEST_F(LogFileTest, ADestinationThatFailsFallsBackOnSyslogAndCanChange) {
+  SyslogSocket syslogd;
+  const auto logger = Logger::GetLogger("dest");
+  configure("logger.destination: " + in("none/log") + "\n");
+  VESK_LOG(logger, Info, "first");
+  EXPECT_EQ(syslogd.texts(),
+            (Texts{"Could not open " + in("none/log") + ": No such file or directory", "INFO  dest first"}));
+  configure("logger.destination: " + in("log") + "\nlogger.file.flush.frequency: 1\n");
+  VESK_LOG(logger, Info, "second");
+  EXPECT_EQ(linesOf(in("log")), Texts{"INFO  dest second"});
+  configure("logger.destination: file\nlogger.file.flush.frequency: 5\n");
+  VESK_LOG(logger, Info, "third");
+  EXPECT_EQ(linesOf("/var/log/velmora.log"), Texts());
+  configure("");
+  EXPECT_EQ(linesOf("/var/log/velmora.log"), Texts{"INFO  dest third"});
+  VESK_LOG(logger, Info, "fourth");
+  EXPECT_EQ(syslogd.texts(), Texts{"INFO  dest fourth"});
+  closelog();
+}
+
+TEST_F(LogFileTest, AFileRemovedUnderneathIsMissedAtTheNextRotation) {
+  FileLogging file;
+  ASSERT_EQ(file.init(in("log").c_str(), {4, 5, false, 1, 0}), 0);
+  fs::remove(in("log"));
+  write(file, "into nothing");
+  write(file, "moves to the first backup");
+  EXPECT_EQ(linesOf(in("log.1")), Texts{"moves to the first backup"});
+  fs::remove_all(m_dir);
+  write(file, "into nothing");
+  EXPECT_FALSE(file.isOpened());
+  write(file, "nowhere");
+}
+
+TEST_F(LogFileTest, AFullDiskCostsOnlyTheLines) {
+  ASSERT_EQ(mount("tmpfs", m_dir.c_str(), "tmpfs", 0, "size=16k"), 0);
+  for (const unsigned int cache : {0u, 4096u}) {
+    FileLogging file;
+    ASSERT_EQ(file.init(in("log").c_str(), {1 << 20, 2, false, 2, cache}), 0);
+    for (int i = 0; i < 400; ++i) write(file, "a line of many %d", i);
+    EXPECT_LE(fs::file_size(in("log")), 16384u);
+    ASSERT_EQ(truncate(in("log").c_str(), 0), 0);
+    for (int i = 0; i < 20; ++i) write(file, "there is room again");
+    EXPECT_EQ(linesOf(in("log")).back(), "there is room again") << cache;
+    file.destroy();
+    fs::remove(in("log"));
+  }
+  ASSERT_EQ(umount(m_dir.c_str()), 0);
+}
+
+// Both processes write and rotate: every line is in one of the files, whole.
+TEST_F(LogFileTest, TwoProcessesShareAFile) {
+  constexpr int kLines = 1500;
+  const auto writeAll = [this](const char* who) {
+    FileLogging file;
+    file.init(in("log").c_str(), {20000, 900, false, 2, 2048});
+    for (int i = 0; i < kLines; ++i) write(file, "%s %d", who, i);
+  };
+  const pid_t child = fork();
+  writeAll(child == 0 ? "child" : "parent");
+  if (child == 0) _exit(0);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  std::map<std::string, int> seen;
+  for (const fs::directory_entry& entry : fs::directory_iterator(m_dir))
+    for (const std::string& line : linesOf(entry.path())) ++seen[line];
+  EXPECT_EQ(seen.size(), 2u * kLines);
+  for (const auto& line : seen) EXPECT_EQ(line.second, 1) << line.first;
+}
+
+// What a process has not flushed at a fork is its own to write.
+TEST_F(LogFileTest, AForkLeavesTheCacheToTheParentAndTheEndFlushesIt) {
+  configure("logger.destination: " + in("log") + "\nlogger.file.flush.frequency: 100\n");
+  const auto logger = Logger::GetLogger("fork");
+  fflush(nullptr);
+  const pid_t parent = fork();
+  if (parent == 0) {
+    VESK_LOG(logger, Info, "before");
+    inChild([&] { VESK_LOG(logger, Info, "lost with _exit"); });
+    const pid_t child = fork();
+    VESK_LOG(logger, Info, child == 0 ? "child" : "parent");
+    if (child != 0) waitpid(child, nullptr, 0);
+    exit(0);
+  }
+  waitpid(parent, nullptr, 0);
+  EXPECT_EQ(linesOf(in("log")), (Texts{"INFO  fork child", "INFO  fork before", "INFO  fork parent"}));
+  configure("");
+}
+
+}  // namespace
