@@ -175,7 +175,7 @@ void SID::fromExtendedDN(const std::string& text) {
 std::string SID::toMSString() const {
   if (isNull()) return "<NULL>";
   std::string text;
-  text.reserve(sizeof "S-255-255" + 11 * count());
+  text.reserve(sizeof "S-255-255" + size_t{11} * count());
   text += 'S';
   appendNumber(text, byteAt(0));
   appendNumber(text, byteAt(kAuthorityOffset));
@@ -191,7 +191,7 @@ const std::string& SID::checkedBytes() const {
 std::string SID::toEscapedString() const {
   std::string text(3 * checkedBytes().size(), '\0');
   char* out = text.data();
-  for (char byte : m_bytes) out = putEscapedHex(out, static_cast<unsigned char>(byte));
+  for (unsigned char byte : m_bytes) out = putEscapedHex(out, byte);
   return text;
 }
 

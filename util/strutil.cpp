@@ -21,10 +21,6 @@ namespace {
 constexpr char kWhiteSpace[] = " \t\n\r\f\v";
 constexpr char kListSeparator[] = ", ";
 
-unsigned char byteOf(char c) {
-  return static_cast<unsigned char>(c);
-}
-
 template <class Number>
 std::string inRadix(Number value, int radix) {
   char digits[24];  // the longest 64-bit number has 22 digits, in octal
@@ -51,7 +47,7 @@ std::string_view trimmed(std::string_view text) {
 bool sameText(std::string_view a, std::string_view b, bool caseSensitive) {
   if (caseSensitive) return a == b;
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return tolower(byteOf(x)) == tolower(byteOf(y)); });
+                    [](unsigned char x, unsigned char y) { return tolower(x) == tolower(y); });
 }
 
 template <class List, class ToText>
@@ -84,7 +80,7 @@ std::string ulltoa(unsigned long long value, int radix) {
 
 std::string dbltoa(double value) {
   char text[64];
-  snprintf(text, sizeof text, "%f", value);
+  static_cast<void>(snprintf(text, sizeof text, "%f", value));
   return text;
 }
 
@@ -105,11 +101,11 @@ unsigned int atoui(const char* text) {
 }
 
 std::string lower(const std::string& text) {
-  return converted(text, [](char c) { return static_cast<char>(tolower(byteOf(c))); });
+  return converted(text, [](unsigned char c) { return static_cast<char>(tolower(c)); });
 }
 
 std::string upper(const std::string& text) {
-  return converted(text, [](char c) { return static_cast<char>(toupper(byteOf(c))); });
+  return converted(text, [](unsigned char c) { return static_cast<char>(toupper(c)); });
 }
 
 std::u16string lower(const std::u16string& text) {

@@ -7,16 +7,12 @@
 
 namespace {
 
-unsigned char byteOf(char c) {
-  return static_cast<unsigned char>(c);
-}
-
 uint8_t digitAt(const std::string& hex, size_t index) {
   return index < hex.size() ? HexToUint8(hex[index]) : 0;
 }
 
 // The letter that stands for a control character behind a backslash; 0 if there is none.
-char controlLetter(char c) {
+char controlLetter(unsigned char c) {
   switch (c) {
     case '\n':
       return 'n';
@@ -31,15 +27,18 @@ char controlLetter(char c) {
   }
 }
 
-void appendEscaped(std::string& out, char c) {
+void appendEscaped(std::string& out, unsigned char c) {
   if (c == '$' || c == '\\') {
-    out += {'\\', c};
+    out += '\\';
+    out += static_cast<char>(c);
   } else if (char letter = controlLetter(c)) {
-    out += {'\\', letter};
-  } else if (!isprint(byteOf(c))) {
-    out += "\\0x" + itoa(byteOf(c), 16);
+    out += '\\';
+    out += letter;
+  } else if (!isprint(c)) {
+    out += "\\0x";
+    out += itoa(c, 16);
   } else {
-    out += c;
+    out += static_cast<char>(c);
   }
 }
 
@@ -50,13 +49,13 @@ void appendEscapedBlanks(std::string& out, size_t count) {
 }  // namespace
 
 bool isprintable(const std::string& text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return isprint(byteOf(c)) != 0; });
+  return std::all_of(text.begin(), text.end(), [](unsigned char c) { return isprint(c) != 0; });
 }
 
 std::string tohex(const std::string& bytes) {
   std::string hex(2 * bytes.size(), '\0');
   char* out = hex.data();
-  for (char c : bytes) out = vesk::putHex(out, byteOf(c));
+  for (unsigned char byte : bytes) out = vesk::putHex(out, byte);
   return hex;
 }
 
