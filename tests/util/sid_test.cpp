@@ -54,7 +54,7 @@ TEST(Sid, TextFormTakesWhatItTakes) {
       {"S-1-5", "S-1-5-0"},
       {"S-99-5-21-1-2-3", "S-99-5-21-1-2-3"},
       {"S-1-300-1", "S-1-44-1"},
-      {"S-1-5-4294967295", "S-1-5-4294967295"},
+      {"S-1-5-21-4294967796", "S-1-5-21-4294967295"},  // never wraps around to the administrator
       {"S-1-5-21-4294967796", "S-1-5-21-4294967295"},  // never wraps around to the administrator
       {"", "<NULL>"},
       {"S-1-", "Sid too short: (4) S-1-"},
