@@ -120,13 +120,10 @@ void handlers::setSessionId(Call& call) {
 void handlers::getServicePrincipal(Call& call) {
   std::string name = call.request.getString();
   const Directory& directory = call.service.directory;
-  EntryId owner = directory.byService(name);
-  if (owner == kNoEntry && name.find('.') == std::string::npos) {
-    name += "." + directory.domain().dnsName;
-    owner = directory.byService(name);
-  }
-  if (owner == kNoEntry) return call.answer(vesk::VR_NOT_FOUND);
-  call.succeed() += name + "@" + directory.domain().realm;
+  const std::string* service = directory.findService(name);
+  if (!service) service = directory.findService(name + "." + directory.domain().dnsName);
+  if (!service) return call.answer(vesk::VR_NOT_FOUND);
+  call.succeed() += *service + "@" + directory.domain().realm;
 }
 
 void handlers::mapDomain(Call& call) {

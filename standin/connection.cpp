@@ -1,6 +1,8 @@
 #include "standin/connection.h"
 
+#include <linux/sockios.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -56,7 +58,7 @@ void Connection::dropServed() {
 }
 
 bool Connection::nextFrame(std::string_view& message) {
-  if (m_isFinished || m_isSilent || m_isClosing || !m_output.empty()) return false;
+  if (m_isFinished || m_isSilent || !m_output.empty()) return false;
   uint32_t length = 0;
   std::string_view rest = std::string_view(m_input).substr(m_served);
   if (rest.size() < sizeof length) return false;
@@ -82,6 +84,11 @@ void Connection::trickle(std::string bytes) {
   send(std::move(bytes));
 }
 
+void Connection::sendLast(std::string bytes) {
+  m_isLast = true;
+  send(std::move(bytes));
+}
+
 void Connection::flush() {
   while (m_sent < m_output.size()) {
     size_t left = m_output.size() - m_sent;
@@ -97,12 +104,15 @@ void Connection::flush() {
   // The buffer of a large reply goes back; replies are mostly small.
   std::string().swap(m_output);
   m_trickles = false;
-  m_isFinished = m_isFinished || m_isClosing;
+  if (!m_isLast) return;
+  // To close at once could take the reply from a client that has not read it yet.
+  shutdown(m_fd, SHUT_WR);
+  fallSilent();
 }
 
-void Connection::closeWhenSent() {
-  m_isClosing = true;
-  if (m_output.empty()) m_isFinished = true;
+bool Connection::isDelivered() const {
+  int unread = 0;
+  return m_output.empty() && (ioctl(m_fd, SIOCOUTQ, &unread) != 0 || unread == 0);
 }
 
 void Connection::fallSilent() {

@@ -41,11 +41,15 @@ class Connection {
   void send(std::string bytes);
   /// As send, a byte in each round.
   void trickle(std::string bytes);
+  /// As send, and nothing more after it: the client can read it and then meets the end of the stream.
+  void sendLast(std::string bytes);
   /// Goes on sending.
   void flush();
+  /// Whether the client has read all that was sent.
+  bool isDelivered() const;
 
-  /// Closes, though not before what is queued has gone.
-  void closeWhenSent();
+  /// Closes at once.
+  void end() { m_isFinished = true; }
   /// Neither reads nor writes any more, until the client goes.
   void fallSilent();
 
@@ -59,7 +63,7 @@ class Connection {
   std::string m_output;
   size_t m_sent = 0;
   bool m_trickles = false;
-  bool m_isClosing = false;
+  bool m_isLast = false;
   bool m_isSilent = false;
   bool m_isFinished = false;
 };

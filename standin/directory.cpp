@@ -60,11 +60,21 @@ void NameIndex::add(const std::string& name, EntryId id) {
 }
 
 EntryId NameIndex::find(std::string_view name) const {
+  const Named* named = findNamed(name);
+  return named ? named->id : kNoEntry;
+}
+
+const std::string* NameIndex::findName(std::string_view name) const {
+  const Named* named = findNamed(name);
+  return named ? &named->name : nullptr;
+}
+
+const NameIndex::Named* NameIndex::findNamed(std::string_view name) const {
   auto found = m_byFoldedName.find(lower(std::string(name)));
-  if (found == m_byFoldedName.end()) return kNoEntry;
+  if (found == m_byFoldedName.end()) return nullptr;
   for (const Named& named : found->second)
-    if (named.name == name) return named.id;
-  return found->second.front().id;
+    if (named.name == name) return &named;
+  return &found->second.front();
 }
 
 Directory::Directory() = default;
@@ -203,8 +213,8 @@ EntryId Directory::byGuid(std::string_view guid) const {
   return findIn(m_byGuid, std::string(guid));
 }
 
-EntryId Directory::byService(std::string_view name) const {
-  return m_services.find(name);
+const std::string* Directory::findService(std::string_view name) const {
+  return m_services.findName(name);
 }
 
 bool Directory::isOf(EntryId id, Family family) const {

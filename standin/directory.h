@@ -33,12 +33,16 @@ class NameIndex {
   void add(const std::string& name, EntryId id);
   /// kNoEntry if there is none.
   EntryId find(std::string_view name) const;
+  /// The name as it was added; null if there is none.
+  const std::string* findName(std::string_view name) const;
 
  private:
   struct Named {
     std::string name;
     EntryId id;
   };
+  const Named* findNamed(std::string_view name) const;
+
   std::unordered_map<std::string, std::vector<Named>> m_byFoldedName;
 };
 
@@ -80,8 +84,8 @@ class Directory {
   /// By the binary SID and by the 16 bytes of a GUID.
   EntryId bySid(std::string_view sid) const;
   EntryId byGuid(std::string_view guid) const;
-  /// By service principal name.
-  EntryId byService(std::string_view name) const;
+  /// A service principal name as its entry spells it; null if no entry has it.
+  const std::string* findService(std::string_view name) const;
 
   /// Whether an entry is an account or a group, as `family` says.
   bool isOf(EntryId id, Family family) const;

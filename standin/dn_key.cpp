@@ -13,61 +13,71 @@ int hexValue(char digit) {
   return found ? static_cast<int>(found - kDigits) : -1;
 }
 
-/// Appends one character of a value: folded, and escaped if it could be read as a separator or as an edge
-/// blank.
-void appendLiteral(std::string& key, unsigned char c) {
-  if (c == ' ' || isalnum(c) || c >= 0x80) {
-    key += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : static_cast<char>(c);
-    return;
-  }
-  key += '\\';
-  key += kDigits[c >> 4];
-  key += kDigits[c & 15];
-}
-
-/// Takes the blanks off the end of `key`, though none before `floor`, where escaped ones end.
-void trimBlanks(std::string& key, size_t floor) {
-  while (key.size() > floor && key.back() == ' ') key.pop_back();
-}
-
 bool isSeparator(char c) {
   return c == ',' || c == ';' || c == '=' || c == '+';
 }
+
+/// What stands between two separators, without escapes.
+class Part {
+ public:
+  /// Blanks at the edges count only where they were escaped.
+  void add(char c, bool wasEscaped) {
+    if (c == ' ' && !wasEscaped && m_text.empty()) return;
+    m_text += c;
+    if (c != ' ' || wasEscaped) m_end = m_text.size();
+  }
+
+  /// Appends the part to a key and begins the next one.
+  void moveTo(std::string& key) {
+    m_text.resize(m_end);
+    size_t first = m_text.find_first_not_of(' '), last = m_text.find_last_not_of(' ');
+    for (size_t i = 0; i < m_text.size(); ++i)
+      appendLiteral(key, static_cast<unsigned char>(m_text[i]), i < first || i > last);
+    m_text.clear();
+    m_end = 0;
+  }
+
+ private:
+  /// One character: folded, and escaped if it could be read as a separator or is a blank at an edge.
+  static void appendLiteral(std::string& key, unsigned char c, bool isAtEdge) {
+    if ((c == ' ' && !isAtEdge) || isalnum(c) || c >= 0x80) {
+      key += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : static_cast<char>(c);
+      return;
+    }
+    key += '\\';
+    key += kDigits[c >> 4];
+    key += kDigits[c & 15];
+  }
+
+  std::string m_text;
+  size_t m_end = 0;  // behind the last character that is no plain blank
+};
 
 }  // namespace
 
 std::string dnKey(std::string_view dn) {
   std::string key;
   key.reserve(dn.size() + 16);
-  size_t floor = 0;
-  bool atStart = true;
+  Part part;
   bool inValue = false;
   for (size_t i = 0; i < dn.size(); ++i) {
     char c = dn[i];
-    if (atStart && c == ' ') continue;
-    // Within a value an equals sign is a character like any other.
     if (isSeparator(c) && !(c == '=' && inValue)) {
-      trimBlanks(key, floor);
+      // Within a value an equals sign is a character like any other.
+      part.moveTo(key);
       key += c == ';' ? ',' : c;
-      floor = key.size();
-      atStart = true;
       inValue = c == '=';
-      continue;
+    } else if (c != '\\' || i + 1 == dn.size()) {
+      part.add(c, false);
+    } else {
+      int high = hexValue(dn[i + 1]);
+      int low = i + 2 < dn.size() ? hexValue(dn[i + 2]) : -1;
+      bool isPair = high >= 0 && low >= 0;
+      part.add(isPair ? static_cast<char>(high * 16 + low) : dn[i + 1], true);
+      i += isPair ? 2 : 1;
     }
-    atStart = false;
-    if (c != '\\' || i + 1 == dn.size()) {
-      appendLiteral(key, static_cast<unsigned char>(c));
-      continue;
-    }
-    int high = hexValue(dn[i + 1]);
-    int low = i + 2 < dn.size() ? hexValue(dn[i + 2]) : -1;
-    bool pair = high >= 0 && low >= 0;
-    appendLiteral(key,
-                  pair ? static_cast<unsigned char>(high * 16 + low) : static_cast<unsigned char>(dn[i + 1]));
-    i += pair ? 2 : 1;
-    floor = key.size();
   }
-  trimBlanks(key, floor);
+  part.moveTo(key);
   return key;
 }
 

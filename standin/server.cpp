@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "standin/codec.h"
 #include "standin/connection.h"
@@ -23,6 +24,11 @@ namespace standin {
 namespace {
 
 constexpr uint32_t kHugeLength = UINT32_MAX;
+/// How long the stand-in stays for a client to read the reply to its "stop".
+constexpr int kDeliveryRounds = 100;
+constexpr int kDeliveryRoundMs = 5;
+/// The name of a new socket until it takes the old one's place.
+constexpr char kFreshSuffix[] = ".new";
 constexpr char kGarbage[] = "This is no message.";
 
 volatile std::sig_atomic_t endSignal = 0;
@@ -79,8 +85,22 @@ sockaddr_un addressOf(const std::string& path) {
   return address;
 }
 
+/// A listening socket of that name.
+int listenAt(const std::string& path) {
+  sockaddr_un address = addressOf(path);
+  int fd = makeSocket();
+  if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+      listen(fd, SOMAXCONN) == 0)
+    return fd;
+  int error = errno;
+  close(fd);
+  errno = error;
+  failWithSystemText(path);
+}
+
 /// Removes a socket at which nobody listens. Anything else that stands there stays, and makes bind fail.
-void removeLeftover(const std::string& path, const sockaddr_un& address) {
+void removeLeftover(const std::string& path) {
+  sockaddr_un address = addressOf(path);
   struct stat status = {};
   if (lstat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode)) return;
   int fd = makeSocket();
@@ -102,17 +122,9 @@ Server::~Server() {
 }
 
 void Server::open() {
-  sockaddr_un address = addressOf(m_socketPath);
-  removeLeftover(m_socketPath, address);
-  int fd = makeSocket();
-  if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      listen(fd, SOMAXCONN) != 0) {
-    int error = errno;
-    close(fd);
-    errno = error;
-    failWithSystemText(m_socketPath);
-  }
-  m_listener = fd;
+  addressOf(m_socketPath + kFreshSuffix);  // a restart must find room for its name
+  removeLeftover(m_socketPath);
+  m_listener = listenAt(m_socketPath);
 }
 
 void Server::run() {
@@ -121,8 +133,17 @@ void Server::run() {
     removeFinished();
     if (m_restartIsWanted || restartSignal) restart();
   }
-  // The reply to "stop" may still be on its way; a client that does not take it at once does without.
-  for (const auto& connection : m_connections) connection->flush();
+  if (m_service.stopIsWanted) awaitDelivery();
+}
+
+void Server::awaitDelivery() {
+  // A connection that ends before its last reply was read looks broken to the client.
+  auto isDelivered = [](const auto& connection) { return connection->isDelivered(); };
+  for (int i = 0; i < kDeliveryRounds; ++i) {
+    for (const auto& connection : m_connections) connection->flush();
+    if (std::all_of(m_connections.begin(), m_connections.end(), isDelivered)) return;
+    poll(nullptr, 0, kDeliveryRoundMs);
+  }
 }
 
 void Server::pollOnce() {
@@ -164,7 +185,7 @@ void Server::serve(Connection& connection) {
 
 void Server::answer(Connection& connection, std::string_view bytes) {
   Fault fault = m_faults.next();
-  if (fault == Fault::Drop) return connection.closeWhenSent();
+  if (fault == Fault::Drop) return connection.end();
   if (fault == Fault::Stall) return connection.fallSilent();
   if (fault == Fault::Restart) {
     m_restartIsWanted = true;
@@ -183,9 +204,9 @@ void Server::answer(Connection& connection, std::string_view bytes) {
   } catch (const VESKException& exception) {
     // No message: whoever sends this cannot be answered.
     if (m_isVerbose) fprintf(stderr, "connection %d: %s\n", connection.fd(), exception.what());
-    connection.closeWhenSent();
+    connection.end();
   } catch (const std::bad_alloc&) {
-    connection.closeWhenSent();
+    connection.end();
   }
 }
 
@@ -193,7 +214,7 @@ void Server::reply(Connection& connection, std::string_view message, Fault fault
   std::string bytes = frame(message);
   switch (fault) {
     case Fault::Lose:
-      return connection.closeWhenSent();
+      return connection.end();
     case Fault::Garbage:
       return connection.send(frame(kGarbage));
     case Fault::Empty:
@@ -201,11 +222,9 @@ void Server::reply(Connection& connection, std::string_view message, Fault fault
     case Fault::Huge:
       return connection.send(std::string(reinterpret_cast<const char*>(&kHugeLength), sizeof kHugeLength));
     case Fault::Short:
-      connection.send(bytes.substr(0, sizeof(uint32_t) + message.size() / 2));
-      return connection.closeWhenSent();
+      return connection.sendLast(bytes.substr(0, sizeof(uint32_t) + message.size() / 2));
     case Fault::Cut:
-      connection.send(bytes.substr(0, sizeof(uint32_t)));
-      return connection.closeWhenSent();
+      return connection.sendLast(bytes.substr(0, sizeof(uint32_t)));
     case Fault::Trickle:
       return connection.trickle(std::move(bytes));
     default:
@@ -221,19 +240,25 @@ void Server::removeFinished() {
 }
 
 void Server::closeAll() {
+  // The name goes first: whoever sees his connection end finds no socket that nobody serves.
+  if (m_listener >= 0) {
+    unlink(m_socketPath.c_str());
+    close(m_listener);
+    m_listener = -1;
+  }
   m_connections.clear();
-  if (m_listener < 0) return;
-  close(m_listener);
-  m_listener = -1;
-  unlink(m_socketPath.c_str());
 }
 
 void Server::restart() {
   m_restartIsWanted = false;
   restartSignal = 0;
   m_acceptPauses = false;
-  closeAll();
-  open();
+  // The new socket takes the old one's name before any client notices, so that none finds nobody there.
+  std::string fresh = m_socketPath + kFreshSuffix;
+  int listener = listenAt(fresh);
+  if (rename(fresh.c_str(), m_socketPath.c_str()) != 0) failWithSystemText(m_socketPath);
+  close(std::exchange(m_listener, listener));
+  m_connections.clear();
 }
 
 }  // namespace standin

@@ -38,6 +38,7 @@ class Server {
   void answer(Connection& connection, std::string_view frame);
   void reply(Connection& connection, std::string_view message, Fault fault);
   void removeFinished();
+  void awaitDelivery();
   void closeAll();
   void restart();
 

@@ -84,7 +84,7 @@ TEST(DnKey, IsTheSameForAllSpellingsOfOneName) {
       EXPECT_EQ(dnKey(spelling) == dnKey(kGroups[i][0]), !cutShort) << spelling;
       EXPECT_EQ(dnKey(dnKey(spelling)), dnKey(spelling));
       for (size_t j = 0; j < kGroups.size(); ++j)
-        if (j != i) EXPECT_NE(dnKey(spelling), dnKey(kGroups[j][0])) << spelling;
+        EXPECT_EQ(dnKey(spelling) == dnKey(kGroups[j][0]), j == i && !cutShort) << spelling;
     }
   EXPECT_EQ(parentKey(dnKey("CN=a\\,b,OU=x,DC=y")), dnKey("OU=x,DC=y"));
   EXPECT_TRUE(isWithin(dnKey("CN=a,DC=y"), dnKey("DC=y")));
@@ -255,7 +255,7 @@ TEST(AttributeMap, KeepsEveryValueOfTheSampleAndItsIdentity) {
     EXPECT_EQ(std::string(object.usn()), identity->second[5]);
     EXPECT_EQ(directory.byGuid({reinterpret_cast<const char*>(object.guid().bytes()), vesk::Guid::kSize}),
               id);
-    if (!object.sid().isNull()) EXPECT_EQ(directory.bySid(object.sid().bytes()), id);
+    EXPECT_EQ(directory.bySid(object.sid().bytes()), object.sid().isNull() ? kNoEntry : id);
   }
 }
 

@@ -1,0 +1,51 @@
+/// The stand-in as a child process of a test.
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// A directory for sockets and files that lasts as long as this object.
+class ScratchDirectory {
+ public:
+  ScratchDirectory();
+  ~ScratchDirectory();
+  ScratchDirectory(const ScratchDirectory&) = delete;
+  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
+
+  std::string path(const std::string& name) const { return m_path + "/" + name; }
+
+ private:
+  std::string m_path;
+};
+
+/// What a run of the program that ended by itself left behind.
+struct ProgramResult {
+  int status;
+  std::string output;
+  std::string errors;
+};
+
+/// Runs the stand-in to its end.
+ProgramResult runStandin(const std::vector<std::string>& arguments);
+
+/// A stand-in in the foreground, started with the sample directory and ready for connections. Ended with this
+/// object, by SIGTERM.
+class StandinProcess {
+ public:
+  /// `arguments` go behind those for the socket and the sample; with `ldif` that file takes the sample's
+  /// place.
+  explicit StandinProcess(const std::vector<std::string>& arguments = {}, const std::string& ldif = "");
+  ~StandinProcess();
+  StandinProcess(const StandinProcess&) = delete;
+  StandinProcess& operator=(const StandinProcess&) = delete;
+
+  const std::string& socket() const { return m_socket; }
+  void signal(int number) const;
+  /// Waits for the end, and tells the exit status; -1 if it ended by a signal.
+  int wait();
+
+ private:
+  ScratchDirectory m_scratch;
+  std::string m_socket;
+  int m_pid = -1;
+};
