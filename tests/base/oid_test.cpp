@@ -6,7 +6,6 @@
 #include <new>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "base/int64.h"
 #include "base/stringarray.h"
