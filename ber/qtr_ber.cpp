@@ -22,14 +22,15 @@ struct SockbufFields {
 constexpr int kFieldsLevel = 10 * LBER_SBIOD_LEVEL_APPLICATION;
 constexpr int kGetFieldsOption = 0x7172;  // far from the package's numbers
 constexpr int kReadRetries = 3;
-// Bits of the buffer's debug level.
+// Bits of the package's debug level.
 constexpr int kLogPackets = 0x2;
 constexpr int kLogConnections = 0x8;
 constexpr int kLogRetries = 0x4000;
 
-__attribute__((format(printf, 3, 4))) void log(Sockbuf* buffer, int mask, const char* format, ...) {
+// To standard error, as all of the package's debugging.
+__attribute__((format(printf, 2, 3))) void log(int mask, const char* format, ...) {
   int enabled = 0;
-  ber_get_option(buffer, LBER_OPT_SOCKBUF_DEBUG, &enabled);
+  ber_get_option(nullptr, LBER_OPT_BER_DEBUG, &enabled);
   if (!(enabled & mask)) return;
   char text[512];
   va_list args;
@@ -91,7 +92,7 @@ SockbufFields* fieldsOf(Sockbuf* buffer) {
 int setBlocking(Sockbuf* buffer, bool blocking, const char* step) {
   const int rc = ber_sockbuf_ctrl(buffer, LBER_SB_OPT_SET_NONBLOCK, blocking ? LBER_OPT_OFF : LBER_OPT_ON);
   if (rc < 0)
-    log(buffer, kLogConnections, "%s: setblocking failed (nb=%d rc=%d errno=%d)", step, !blocking, rc, errno);
+    log(kLogConnections, "%s: setblocking failed (nb=%d rc=%d errno=%d)", step, !blocking, rc, errno);
   return rc;
 }
 
@@ -109,12 +110,12 @@ int waitForInput(int fd, const int (&timeout)[2]) {
   return -1;
 }
 
-int timedWait(Sockbuf* buffer, int fd, const SockbufFields& fields) {
-  log(buffer, kLogPackets, "sb_recv_wait start: timeout is %d %d", fields.timeout[0], fields.timeout[1]);
+int timedWait(int fd, const SockbufFields& fields) {
+  log(kLogPackets, "sb_recv_wait start: timeout is %d %d", fields.timeout[0], fields.timeout[1]);
   const int rc = waitForInput(fd, fields.timeout);
   const int error = errno;
   const char* text = rc >= 0 ? "" : strerror(error);
-  log(buffer, kLogPackets, "sb_recv_wait end: sock=%d rc=%d %s\n", fd, rc, text ? text : "unknown error");
+  log(kLogPackets, "sb_recv_wait end: sock=%d rc=%d %s\n", fd, rc, text ? text : "unknown error");
   errno = rc == 0 ? ETIME : error;
   return rc > 0 ? rc : -1;
 }
@@ -122,12 +123,12 @@ int timedWait(Sockbuf* buffer, int fd, const SockbufFields& fields) {
 ber_slen_t readWithWait(Sockbuf* buffer, const SockbufFields& fields, void* bytes, ber_len_t size) {
   const int fd = descriptorOf(buffer);
   for (int retriesLeft = kReadRetries;; --retriesLeft) {
-    const int ready = timedWait(buffer, fd, fields);
+    const int ready = timedWait(fd, fields);
     if (ready < 1) return ready;
     errno = 0;  // the end of the stream sets none
     const ber_slen_t count = read(fd, bytes, size);
     if (count > 0 || errno != EAGAIN) return count;
-    log(buffer, kLogRetries, "sb_retry: select says ready but recv says no (retries left: %d)", retriesLeft);
+    log(kLogRetries, "sb_retry: select says ready but recv says no (retries left: %d)", retriesLeft);
     errno = EAGAIN;
     if (retriesLeft == 0) return count;
   }
@@ -180,7 +181,7 @@ int setTimeout(Sockbuf* buffer, const int* timeout) {
   if (!fields) return -1;
   fields->timeout[0] = timeout ? timeout[0] : 0;
   fields->timeout[1] = timeout ? timeout[1] : 0;
-  log(buffer, kLogPackets, "ber_sockbuf_ctrl: set_timeout %d %d", fields->timeout[0], fields->timeout[1]);
+  log(kLogPackets, "ber_sockbuf_ctrl: set_timeout %d %d", fields->timeout[0], fields->timeout[1]);
   return 1;
 }
 

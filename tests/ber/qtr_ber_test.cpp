@@ -1,0 +1,165 @@
+// The flatten without a copy, and the socket buffer's read with a time-out.
+
+#include "ber/qtr_ber.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+namespace {
+
+int gReadsThatFail = 0;  // with EAGAIN
+}  // namespace
+
+// Linked in the place of read (-Wl,--wrap).
+extern "C" ssize_t __real_read(int fd, void* bytes, size_t size);
+extern "C" ssize_t __wrap_read(int fd, void* bytes, size_t size) {
+  if (gReadsThatFail == 0) return __real_read(fd, bytes, size);
+  --gReadsThatFail;
+  errno = EAGAIN;
+  return -1;
+}
+
+namespace {
+
+TEST(FastFlattenTest, TheBufferChangesHandsOnce) {
+  BerElement* ber = qtr_ber_alloc_t(0);
+  ASSERT_GT(qtr_ber_printf(ber, "{ii}", 0, 0), 0);
+  berval inPlace;
+  ASSERT_EQ(qtr_ber_flatten2(ber, &inPlace, 0), 0);
+  berval* bytes = nullptr;
+  ASSERT_EQ(qtr_fast_ber_flatten(ber, &bytes), 0);
+  EXPECT_EQ(bytes->bv_val, inPlace.bv_val);
+  qtr_ber_free(ber, 1);
+  EXPECT_EQ(std::string(bytes->bv_val, bytes->bv_len), std::string("\x30\x84\0\0\0\6\2\1\0\2\1\0", 12));
+  qtr_ber_bvfree(bytes);
+}
+
+TEST(FastFlattenTest, WhatCannotBeFlattenedStaysAsItIs) {
+  BerElement* ber = qtr_ber_alloc_t(0);
+  ASSERT_GE(qtr_ber_printf(ber, "{i", 1), 0);
+  berval untouched;
+  berval* bytes = &untouched;
+  EXPECT_EQ(qtr_fast_ber_flatten(ber, &bytes), -1);
+  EXPECT_EQ(qtr_fast_ber_flatten(nullptr, &bytes), -1);
+  EXPECT_EQ(qtr_fast_ber_flatten(ber, nullptr), -1);
+  EXPECT_EQ(bytes, &untouched);
+  EXPECT_GE(qtr_ber_printf(ber, "}"), 0);
+  qtr_ber_free(ber, 1);
+}
+
+class SockbufTest : public ::testing::Test {
+ protected:
+  SockbufTest() : m_buffer(qtr_ber_sockbuf_alloc()) {
+    EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, m_ends), 0);
+    EXPECT_EQ(qtr_ber_sockbuf_add_io(m_buffer, &qtr_ber_sockbuf_io_tcp, LBER_SBIOD_LEVEL_PROVIDER, m_ends),
+              0);
+    const int all = 0x4000 | 0x2 | 0x8;
+    ber_set_option(nullptr, LBER_OPT_BER_DEBUG, &all);
+    ::testing::internal::CaptureStderr();
+  }
+  ~SockbufTest() override {
+    ::testing::internal::GetCapturedStderr();
+    const int none = 0;
+    ber_set_option(nullptr, LBER_OPT_BER_DEBUG, &none);
+    qtr_ber_sockbuf_free(m_buffer);
+    close(m_ends[1]);
+    EXPECT_EQ(fcntl(m_ends[0], F_GETFL), -1) << "not closed with its buffer";
+  }
+
+  void setTimeout(int seconds, int microseconds) {
+    int timeout[] = {seconds, microseconds};
+    EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, QTR_SB_OPT_SET_TIMEOUT, timeout), 1);
+  }
+
+  // One byte, as LDAP's reader takes it: from the top layer down.
+  ssize_t readByte() {
+    BerElement* ber = qtr_ber_alloc_t(0);
+    ber_len_t length;
+    errno = 0;
+    const ber_tag_t tag = ber_get_next(m_buffer, &length, ber);
+    const int error = errno;
+    qtr_ber_free(ber, 1);
+    errno = error;
+    return tag == LBER_DEFAULT ? -1 : static_cast<ssize_t>(tag);
+  }
+
+  // What has been logged since the last call.
+  static std::string logged() {
+    std::string text = ::testing::internal::GetCapturedStderr();
+    ::testing::internal::CaptureStderr();
+    return text;
+  }
+
+  bool blocking() const { return !(fcntl(m_ends[0], F_GETFL) & O_NONBLOCK); }
+
+  Sockbuf* m_buffer;
+  int m_ends[2];
+};
+
+TEST_F(SockbufTest, TheTimeoutStartsAtZeroAndIsGivenBack) {
+  int timeout[] = {9, 9};
+  EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, QTR_SB_OPT_GET_TIMEOUT, timeout), 1);
+  EXPECT_EQ(timeout[0] + timeout[1], 0);
+  setTimeout(2, 7);
+  EXPECT_EQ(logged(), "ber_sockbuf_ctrl: set_timeout 2 7");
+  EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, QTR_SB_OPT_GET_TIMEOUT, timeout), 1);
+  EXPECT_EQ(timeout[0] * 10 + timeout[1], 27);
+  EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, QTR_SB_OPT_SET_TIMEOUT, nullptr), 1);
+  EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, QTR_SB_OPT_GET_TIMEOUT, timeout), 1);
+  EXPECT_EQ(timeout[0] + timeout[1], 0);
+
+  Sockbuf* plain = ber_sockbuf_alloc();
+  EXPECT_EQ(qtr_ber_sockbuf_ctrl(plain, QTR_SB_OPT_GET_TIMEOUT, timeout), -1);
+  qtr_ber_sockbuf_free(plain);
+}
+
+TEST_F(SockbufTest, ASilentPeerGivesEtimeAndTheDescriptorBlocksAgain) {
+  for (const int microseconds : {0, 1000}) {
+    setTimeout(0, microseconds);
+    EXPECT_EQ(readByte(), -1);
+    EXPECT_EQ(errno, ETIME);
+    EXPECT_TRUE(blocking());
+  }
+  ASSERT_EQ(write(m_ends[1], "\2\1\5", 3), 3);
+  EXPECT_EQ(readByte(), 2);
+  const std::string text = logged();
+  EXPECT_NE(text.find("sb_recv_wait end: sock=" + std::to_string(m_ends[0]) + " rc=1 \n"), std::string::npos)
+      << text;
+}
+
+TEST_F(SockbufTest, ANonBlockingBufferDoesNotWait) {
+  setTimeout(100, 0);
+  EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, LBER_SB_OPT_SET_NONBLOCK, LBER_OPT_ON), 1);
+  EXPECT_EQ(readByte(), -1);
+  EXPECT_EQ(errno, EAGAIN);
+  EXPECT_FALSE(blocking());
+}
+
+TEST_F(SockbufTest, ReadinessThatIsNoneIsRetriedThreeTimes) {
+  ASSERT_EQ(write(m_ends[1], "\2\1\5", 3), 3);
+  gReadsThatFail = 3;
+  EXPECT_EQ(readByte(), 2);
+  logged();
+  ASSERT_EQ(write(m_ends[1], "\2\1\5", 3), 3);
+  gReadsThatFail = 4;
+  EXPECT_EQ(readByte(), -1);
+  EXPECT_EQ(errno, EAGAIN);
+  const std::string text = logged();
+  for (const char* left : {"3", "2", "1", "0"})
+    EXPECT_NE(text.find("recv says no (retries left: " + std::string(left) + ")"), std::string::npos) << text;
+}
+
+TEST_F(SockbufTest, WritingToAPeerThatIsGoneRaisesNoSignal) {
+  shutdown(m_ends[1], SHUT_RDWR);
+  BerElement* ber = qtr_ber_alloc_t(0);
+  ASSERT_GE(qtr_ber_printf(ber, "i", 5), 0);
+  EXPECT_EQ(ber_flush2(m_buffer, ber, LBER_FLUSH_FREE_ALWAYS), -1);
+  EXPECT_EQ(errno, EPIPE);
+}
+
+}  // namespace
