@@ -9,13 +9,13 @@
 #include "util/include/strutil.h"
 #include "util/include/throw.h"
 
+const std::string TRUE_STR("TRUE");
+const std::string FALSE_STR("FALSE");
+
 namespace vesk {
 namespace {
 
 constexpr char kSource[] = "lrpc/adattribute";
-
-constexpr char kTrue[] = "TRUE";
-constexpr char kFalse[] = "FALSE";
 
 // Seconds since the epoch of "YYYY:MM:DD:hh:mm:ss.0Z", or -1.
 time_t utcSeconds(const std::string& text) {
@@ -65,7 +65,7 @@ ADAttribute::operator std::string() const {
 }
 
 bool ADAttribute::toBool() const {
-  return upper(first()) == kTrue;
+  return upper(first()) == TRUE_STR;
 }
 
 int ADAttribute::toInt() const {
@@ -110,7 +110,7 @@ ADAttribute& ADAttribute::operator=(const char* value) {
 }
 
 ADAttribute& ADAttribute::operator=(bool value) {
-  return *this = std::string(value ? kTrue : kFalse);
+  return *this = value ? TRUE_STR : FALSE_STR;
 }
 
 ADAttribute& ADAttribute::operator=(int value) {
@@ -164,7 +164,7 @@ void ADAttribute::addVal(int value, bool dirty, bool serialized) {
 }
 
 void ADAttribute::addVal(bool value, bool dirty, bool serialized) {
-  addVal(std::string(value ? kTrue : kFalse), dirty, serialized);
+  addVal(value ? TRUE_STR : FALSE_STR, dirty, serialized);
 }
 
 void ADAttribute::addCList(const std::string& text, bool dirty, bool serialized) {

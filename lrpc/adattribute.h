@@ -10,6 +10,10 @@
 #include "base/int64.h"
 #include "util/include/export.h"
 
+/// The texts of booleans in attributes: "TRUE" and "FALSE".
+FOKRAZO_API extern const std::string TRUE_STR;
+FOKRAZO_API extern const std::string FALSE_STR;
+
 namespace vesk {
 
 /// All values are text. A value's type is what the reader asks for: numbers, booleans and times are converted

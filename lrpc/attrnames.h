@@ -578,7 +578,7 @@ FOKRAZO_API extern const std::string UMINTL_ATTR;
 FOKRAZO_API extern const std::string UMAXCL_ATTR;
 FOKRAZO_API extern const std::string UMINCL_ATTR;
 
-/// Names, values and prefixes of no family.
+/// Names, values and prefixes of no family. MAIN_RUN_QUEUE is defined with the run queues.
 FOKRAZO_API extern const std::string MAIN_RUN_QUEUE;
 FOKRAZO_API extern const std::string DS_GROUP_OBJ;
 FOKRAZO_API extern const std::string EMPTY_STRING;

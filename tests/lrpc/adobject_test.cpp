@@ -9,6 +9,7 @@
 
 #include "lrpc/adserializer.h"
 #include "lrpc/attrnames.h"
+#include "tests/support/world_test.h"
 #include "util/include/clock.h"
 #include "util/include/error_util.h"
 #include "util/include/fixed_paths.h"
@@ -401,19 +402,41 @@ TEST(ObjectList, NullListReadsAsEmptyAndHandlesShare) {
   EXPECT_EQ(list.size(), 1u);
 }
 
-TEST(Assert, GoesByTheScratchFileIfThereIsOne) {
+class ObjectLog : public testsupport::WorldTest {};
+
+TEST_F(ObjectLog, TellsOfObjectsAndWhatTheyLack) {
   ADObject object("CN=x");
-  ADObjAssert(object, false, "no file", __FILE__, __LINE__);
+  EXPECT_TRUE(isLogged("new object: CN=x"));
+  object["when"] = "soon";
+  object.getTime("when", 0);
+  EXPECT_TRUE(
+      isLogged("Failed to convert attribute when to time. Error: ADAttribute 'when' is not a UTC time"));
+  ADObject lazy = unread(object);
+  lazy["cn"];
+  lazy.getSerialized();
+  EXPECT_TRUE(isLogged("deserializing to getSerialized"));
+  const char* const names[] = {"sn", nullptr};
+  lazy.copy(names);
+  EXPECT_TRUE(isLogged("copy attribute sn not found"));
+}
+
+TEST_F(ObjectLog, AssertionGoesByTheScratchFileIfThereIsOne) {
+  ADObject object("CN=x");
+  ADObjAssert(object, false, "no file", "here.cpp", 7);
+  EXPECT_TRUE(isLogged("ADObjAssert: here.cpp:7 assertion no file failed, obj = ADObject: <GUID="));
   EXPECT_FALSE(std::ifstream(paths::kAssertFile));
 
-  const std::string old(2000, 'o');
+  const std::string old(200, 'o');
   std::ofstream(paths::kAssertFile) << old;
-  ADObjAssert(object, true, "holds", __FILE__, __LINE__);
-  ADObjAssert(object, false, "fails", __FILE__, __LINE__);
+  ADObjAssert(object, true, "holds", "here.cpp", 8);
+  ADObjAssert(object, false, "fails", "here.cpp", 9);
   std::ifstream file(paths::kAssertFile);
   const std::string text((std::istreambuf_iterator<char>(file)), {});
   const std::string dump = dumped(object);
   EXPECT_EQ(text, dump + old.substr(dump.size()));
+  EXPECT_FALSE(isLogged("holds"));
+  EXPECT_TRUE(isLogged("assertion fails failed"));
+  EXPECT_TRUE(isLogged("; _dn(d):CN=x; " + old.substr(dump.size())));
 }
 
 }  // namespace

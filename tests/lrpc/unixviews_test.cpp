@@ -2,12 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <utility>
 
+#include "tests/support/world_test.h"
 #include "util/include/error_util.h"
-#include "util/include/fixed_paths.h"
-#include "util/include/properties.h"
 
 using namespace vesk;
 
@@ -21,18 +19,15 @@ ADObject objectOf(const Attributes& attributes) {
   return object;
 }
 
-void configure(const std::string& lines) {
-  std::ofstream(paths::kConfigFile) << lines;
-  Props(false, true);
-}
-
 std::string passwdLine(const User& user) {
   return user.unixName() + ":" + user.password() + ":" + std::to_string(user.getId()) + ":" +
          std::to_string(user.gid()) + ":" + user.gecos() + ":" + user.home() + ":" + user.shell();
 }
 
-TEST(UserView, UnixFields) {
-  configure("");
+using UserView = testsupport::WorldTest;
+using GroupView = testsupport::WorldTest;
+
+TEST_F(UserView, UnixFields) {
   const struct {
     const char* what;
     Attributes attributes;
@@ -61,7 +56,7 @@ TEST(UserView, UnixFields) {
   }
 }
 
-TEST(UserView, NobodyIsConfigured) {
+TEST_F(UserView, NobodyIsConfigured) {
   configure(
       "nss.nobody.uid: 99\nnss.nobody.gid: 98\nnss.nobody.user: none\nnss.nobody.group: nogroup\n"
       "nss.shell.nologin: /sbin/nologin\n");
@@ -71,10 +66,9 @@ TEST(UserView, NobodyIsConfigured) {
   EXPECT_EQ(group.unixName(), "nogroup");
   configure("nss.nobody.uid:\nnss.nobody.user:\n");
   EXPECT_EQ(passwdLine(User(objectOf({}))), ":x:65534:65534::/:/bin/false");
-  configure("");
 }
 
-TEST(UserView, Password) {
+TEST_F(UserView, Password) {
   const struct {
     const char* what;
     Attributes attributes;
@@ -100,7 +94,7 @@ TEST(UserView, Password) {
   for (const auto& row : rows) EXPECT_EQ(User(objectOf(row.attributes)).password(), row.password) << row.what;
 }
 
-TEST(UserView, DirectorySide) {
+TEST_F(UserView, DirectorySide) {
   ADObject object = objectOf({{"sAMAccountName", {"jdoe"}},
                               {"_SID", {"S-1-5-21-1-2-3-1104"}},
                               {"servicePrincipalName", {"host/a", "host/b"}},
@@ -140,7 +134,7 @@ TEST(UserView, DirectorySide) {
   EXPECT_EQ(std::string(object["cn"]), "shared");
 }
 
-TEST(UserView, SystemRights) {
+TEST_F(UserView, SystemRights) {
   const struct {
     const char* rights;
     bool base;
@@ -160,7 +154,7 @@ TEST(UserView, SystemRights) {
   }
 }
 
-TEST(GroupView, Fields) {
+TEST_F(GroupView, Fields) {
   ADObject object = objectOf({{"_Gid", {"100"}},
                               {"_UnixName", {"staff"}},
                               {"sAMAccountName", {"Staff"}},
