@@ -100,7 +100,7 @@ TEST_F(LockTest, SignalsWakeOneOrAll) {
     workers.push_back(std::make_unique<Worker>([&] {
       Lock lock(mutex);
       waiting.open();
-      for (; permits == 0;) mutex.wait(nullptr);
+      while (permits == 0) mutex.wait(nullptr);
       --permits;
       woken.open();
     }));

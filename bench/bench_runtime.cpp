@@ -1,0 +1,177 @@
+// Locks, queues and the start of processes, each beside the plain thing that it is more than.
+#include <benchmark/benchmark.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include <boost/make_shared.hpp>
+
+#include "util/descriptors.h"
+#include "util/include/error_util.h"
+#include "util/include/mutex.h"
+#include "util/include/osport.h"
+#include "util/include/runqueue.h"
+#include "util/include/thread.h"
+
+namespace {
+
+void emptyLoop(benchmark::State& state) {
+  vesk::Mutex mutex;
+  for (auto _ : state) benchmark::DoNotOptimize(&mutex);
+}
+BENCHMARK(emptyLoop);
+
+void lockWithoutThreads(benchmark::State& state) {
+  vesk::Mutex mutex;
+  for (auto _ : state) vesk::Lock lock(mutex);
+}
+BENCHMARK(lockWithoutThreads);
+
+void lockWithThreads(benchmark::State& state) {
+  const vesk::Thread threaded;
+  vesk::Mutex mutex;
+  for (auto _ : state) vesk::Lock lock(mutex);
+}
+BENCHMARK(lockWithThreads);
+
+void pthreadMutexAlone(benchmark::State& state) {
+  pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+  for (auto _ : state) {
+    pthread_mutex_lock(&mutex);
+    pthread_mutex_unlock(&mutex);
+  }
+}
+BENCHMARK(pthreadMutexAlone);
+
+void stdRecursiveMutex(benchmark::State& state) {
+  std::recursive_mutex mutex;
+  for (auto _ : state) std::lock_guard<std::recursive_mutex> lock(mutex);
+}
+BENCHMARK(stdRecursiveMutex);
+
+constexpr int kPosts = 10'000;
+
+std::atomic<int> gRuns{0};
+std::atomic<int> gRunnersLeft{0};
+
+class Count : public vesk::QueueAble {
+ public:
+  void run() override { gRuns.fetch_add(1, std::memory_order_relaxed); }
+};
+
+void awaitAndReset(std::atomic<int>& count, int goal) {
+  while (count < goal) std::this_thread::yield();
+  count = 0;
+}
+
+void* serve(void* queue) {
+  try {
+    static_cast<vesk::RunQueue*>(queue)->runQueue();
+  } catch (const vesk::QueueInterrupted&) {
+    ++gRunnersLeft;
+  }
+  return nullptr;
+}
+
+void postsThroughARunQueue(benchmark::State& state) {
+  vesk::RunQueue queue("bench", 0, false);
+  std::vector<vesk::Thread> runners(state.range(0));
+  for (auto& runner : runners) runner.start("runner", serve, &queue, 0);
+  for (auto _ : state) {
+    for (int i = 0; i < kPosts; ++i) queue.post(boost::make_shared<Count>());
+    awaitAndReset(gRuns, kPosts);
+  }
+  state.SetItemsProcessed(state.iterations() * kPosts);
+  for (std::size_t i = 0; i < runners.size(); ++i) {
+    queue.interrupt();
+    awaitAndReset(gRunnersLeft, 1);
+  }
+  for (auto& runner : runners) runner.join();
+}
+BENCHMARK(postsThroughARunQueue)->Arg(1)->Arg(4)->UseRealTime();
+
+/// The least that does the same work.
+class PlainQueue {
+ public:
+  void post(boost::shared_ptr<vesk::QueueAble> item) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_items.push_back(std::move(item));
+    m_posted.notify_one();
+  }
+  /// Until an empty item comes.
+  void serve() {
+    while (const auto item = next()) item->run();
+  }
+
+ private:
+  boost::shared_ptr<vesk::QueueAble> next() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_posted.wait(lock, [this] { return !m_items.empty(); });
+    auto item = std::move(m_items.front());
+    m_items.pop_front();
+    return item;
+  }
+
+  std::mutex m_mutex;
+  std::condition_variable m_posted;
+  std::deque<boost::shared_ptr<vesk::QueueAble>> m_items;
+};
+
+void postsThroughAPlainQueue(benchmark::State& state) {
+  PlainQueue queue;
+  std::vector<std::thread> runners;
+  for (int i = 0; i < state.range(0); ++i) runners.emplace_back([&] { queue.serve(); });
+  for (auto _ : state) {
+    for (int i = 0; i < kPosts; ++i) queue.post(boost::make_shared<Count>());
+    awaitAndReset(gRuns, kPosts);
+  }
+  state.SetItemsProcessed(state.iterations() * kPosts);
+  for (std::size_t i = 0; i < runners.size(); ++i) queue.post({});
+  for (auto& runner : runners) runner.join();
+}
+BENCHMARK(postsThroughAPlainQueue)->Arg(1)->Arg(4)->UseRealTime();
+
+/// A child with one descriptor and the others closed, under a limit of so many descriptors.
+void spawnUnderALimit(benchmark::State& state) {
+  rlimit before;
+  getrlimit(RLIMIT_NOFILE, &before);
+  const rlim_t wanted = state.range(0);
+  const rlimit raised{wanted, std::max(wanted, before.rlim_max)};
+  if (setrlimit(RLIMIT_NOFILE, &raised) != 0) return state.SkipWithError("only root may raise the limit");
+  int input = 0;
+  char name[] = "true";
+  char* argv[] = {name, nullptr};
+  for (auto _ : state) spawnfv(0, 1, &input, "/bin/true", argv);
+  setrlimit(RLIMIT_NOFILE, &before);
+}
+BENCHMARK(spawnUnderALimit)->Arg(1024)->Arg(1'000'000)->UseRealTime();
+
+/// The ways of closing the others in a child: by the kernel's range call, by its listing, one by one.
+void closeAMillion(benchmark::State& state) {
+  using namespace vesk::descriptors;
+  const int kept = 0;
+  for (auto _ : state) {
+    const pid_t child = fork();
+    if (child == 0) {
+      if (state.range(0) == 0) closeByRange(&kept, 1);
+      if (state.range(0) == 1) closeByListing(&kept, 1);
+      if (state.range(0) == 2) closeOneByOne(&kept, 1, 1'000'000);
+      _exit(0);
+    }
+    waitpid(child, nullptr, 0);
+  }
+}
+BENCHMARK(closeAMillion)->DenseRange(0, 2)->UseRealTime();
+
+}  // namespace
+
+BENCHMARK_MAIN();
