@@ -1,0 +1,328 @@
+// Messages against literal bytes: what is written, what is read, and what damaged ones come to.
+
+#include "lrpc/ipcmessage.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <memory>
+
+#include "ber/qtr_ber.h"
+#include "lrpc/adobject.h"
+#include "lrpc/adserializer.h"
+#include "lrpc/attrnames.h"
+#include "lrpc/ipc_exception.h"
+#include "lrpc/session_types.h"
+#include "tests/support/wire.h"
+#include "util/include/error_util.h"
+#include "util/include/sid.h"
+
+using namespace vesk;
+using namespace testsupport;
+
+namespace {
+
+bool gNoMemory = false;
+std::string gFreed;  // the text "secret" as it was when its memory was freed
+
+}  // namespace
+
+// Linked in the place of the package's own (-Wl,--wrap).
+extern "C" void* __real_ber_memcalloc(ber_len_t n, ber_len_t size);
+extern "C" void* __wrap_ber_memcalloc(ber_len_t n, ber_len_t size) {
+  return gNoMemory ? nullptr : __real_ber_memcalloc(n, size);
+}
+extern "C" void __real_ber_memfree(void* memory);
+extern "C" void __wrap_ber_memfree(void* memory) {
+  if (memory && gFreed == "expected") gFreed.assign(static_cast<const char*>(memory), 6);
+  __real_ber_memfree(memory);
+}
+
+namespace {
+
+const std::string kSidBytes = hex("01 02 000000000005 20000000 20020000");  // S-1-5-32-544
+
+// What `action` throws: class, code and text.
+std::string thrownBy(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const VESKException& error) {
+    return std::string(error.className()) + " " + std::to_string(error.rc()) + " " + error.what();
+  }
+  return "nothing";
+}
+
+class MessageTest : public ::testing::Test {
+ protected:
+  MessageTest() { EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, m_ends), 0); }
+  ~MessageTest() override {
+    for (const int end : m_ends) close(end);
+  }
+
+  // The bytes that a message puts on the socket.
+  std::string sent(IPCMessage& message) {
+    message.send(m_ends[0]);
+    char bytes[4096];
+    const ssize_t count = recv(m_ends[1], bytes, sizeof bytes, MSG_DONTWAIT);
+    return std::string(bytes, count < 0 ? 0 : count);
+  }
+
+  // A message with that body, received.
+  std::unique_ptr<IPCReply> received(const std::string& body) {
+    put(framed(reply(0, body)));
+    auto message = std::make_unique<IPCReply>();
+    message->get(m_ends[0]);
+    return message;
+  }
+
+  void put(const std::string& bytes) {
+    EXPECT_EQ(::send(m_ends[1], bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+  }
+
+  int m_ends[2];
+};
+
+TEST_F(MessageTest, APingIsSixteenBytesAndIsRepeatedAsItWasFirst) {
+  IPCRequest ping(IPC_OP_PING);
+  const std::string bytes = hex("0c000000 30 84 00000006 02 01 00 02 01 00");
+  EXPECT_EQ(shown(sent(ping)), shown(bytes));
+  ping += 5;
+  EXPECT_EQ(shown(sent(ping)), shown(bytes));
+}
+
+TEST_F(MessageTest, EachFieldHasItsForm) {
+  static IPCExceptionDerived<3> exception("no");
+  static ADObject nobody, empty(""), object("CN=x");
+  const char* texts[] = {"ab", "", nullptr};
+  const char** noTexts = nullptr;
+  const struct {
+    std::function<void(IPCMessage&)> write;
+    std::string bytes;
+  } rows[] = {
+      {[](IPCMessage& m) { m += 0; }, "020100"},
+      {[](IPCMessage& m) { m += 128; }, "02020080"},
+      {[](IPCMessage& m) { m += INT_MIN; }, "020480000000"},
+      {[](IPCMessage& m) { m += true; }, "020101"},
+      {[](IPCMessage& m) { m += DSAny; }, "020118"},
+      {[](IPCMessage& m) { m += 1LL; }, "04080100000000000000"},
+      {[](IPCMessage& m) { m += std::string("a\0b", 3); }, "0403610062"},
+      {[](IPCMessage& m) { m += std::string(128, 'x'); }, "048180" + shown(std::string(128, 'x'))},
+      {[](IPCMessage& m) { m += std::string(256, 'x'); }, "04820100" + shown(std::string(256, 'x'))},
+      {[&](IPCMessage& m) { m += texts; },
+       "308400000006"
+       "04026162"
+       "0400"},
+      {[&](IPCMessage& m) { m += noTexts; }, "308400000000"},
+      {[](IPCMessage& m) {
+         m += std::vector<std::string>{"a", "b"};
+       },
+       "020102"
+       "040161"
+       "040162"},
+      {[](IPCMessage& m) { m += exception; },
+       "020103"
+       "04026e6f"},
+      {[](IPCMessage& m) { m += SID("S-1-5-32-544"); }, "0410" + shown(kSidBytes)},
+      {[](IPCMessage& m) { m += Guid(); }, "0410" + std::string(32, '0')},
+      {[](IPCMessage& m) { m += nobody; }, "0400"},
+      {[](IPCMessage& m) {
+         empty.erase(AD_DN);
+         m += empty;
+       },
+       "0400"},
+      {[](IPCMessage& m) {
+         ADObjectList none;
+         m += none;
+       },
+       "020100"},
+  };
+  for (const auto& row : rows) {
+    IPCReply message(IPC_OP_PING);
+    message.setResult(IPC_BAD_DATA);
+    row.write(message);
+    EXPECT_EQ(shown(sent(message).substr(4)), "308400000006020100020102" + row.bytes);
+  }
+  ADObjectList list = ADObjectList::create();
+  list.push_back(object);
+  IPCReply message(IPC_OP_PING);
+  message += list;
+  const ADSerializer& blob = *object.getSerialized();
+  EXPECT_EQ(shown(sent(message).substr(16)), "020101" + shown(octets(std::string(blob.data(), blob.size()))));
+}
+
+TEST_F(MessageTest, WhatCannotBeWrittenIsToldInItsOwnWords) {
+  IPCReply message(IPC_OP_PING);
+  ADObjectList list = ADObjectList::create();
+  list.push_back(ADObject());
+  EXPECT_EQ(thrownBy([&] { message += SID(); }), "BadDataException 0 SID is Null");
+  EXPECT_EQ(thrownBy([&] { message += static_cast<ADSerializer*>(nullptr); }),
+            "IOException 0 ber_printf ADObject");
+  EXPECT_EQ(thrownBy([&] { message += list; }), "SystemException 0 Null adobject");
+}
+
+TEST_F(MessageTest, FieldsAreReadInTheirOrderAndOnceMoreAfterRewind) {
+  const auto message = received(
+      integer(-129) + octets(std::string("a\0b", 3)) + octets("") + hex("04080102000000000000") +
+      sequence(octets("x")) + sequence("") + integer(2) + octets("p") + octets("q") + integer(-1) +
+      octets(kSidBytes) + octets(std::string(16, 'g')) + octets("") + integer(0) + integer(1) + octets(""));
+  EXPECT_EQ(message->opcode(), IPC_OP_UNKNOWN);
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(message->getInt(), -129);
+    EXPECT_EQ(message->getString(), std::string("a\0b", 3));
+    EXPECT_EQ(message->getString(), "");
+    EXPECT_EQ(message->getPthreadT(), 0x201u);
+    char** texts = message->getCharStringArray();
+    EXPECT_STREQ(texts[0], "x");
+    EXPECT_EQ(texts[1], nullptr);
+    qtr_ber_memvfree(reinterpret_cast<void**>(texts));
+    EXPECT_EQ(message->getCharStringArray(), nullptr);
+    EXPECT_EQ(message->getStringVector(), (std::vector<std::string>{"p", "q"}));
+    EXPECT_TRUE(message->getStringVector().empty());
+    EXPECT_EQ(message->getSid().toMSString(), "S-1-5-32-544");
+    EXPECT_EQ(message->getGuid(), Guid(reinterpret_cast<const unsigned char*>("gggggggggggggggg"), 16));
+    EXPECT_TRUE(message->getADObject().isNull());
+    const ADObjectList none = message->getADObjectList();
+    EXPECT_TRUE(!none.isNull() && none.empty());
+    EXPECT_TRUE(message->hasMore());
+    EXPECT_TRUE(message->getADObjectList().begin()->isNull());
+    EXPECT_FALSE(message->hasMore());
+    message->rewind();
+  }
+}
+
+using Reader = std::function<void(const IPCMessage&)>;
+const struct {
+  Reader read;
+  const char* failure;
+} kReaders[] = {
+    {[](const IPCMessage& m) { m.getInt(); }, "ber_scanf int"},
+    {[](const IPCMessage& m) { m.getString(); }, "ber_scanf string"},
+    {[](const IPCMessage& m) { qtr_ber_bvfree(m.getBerString()); }, "ber_scanf string"},
+    {[](const IPCMessage& m) { m.getPthreadT(); }, "ber_scanf pthread_t"},
+    {[](const IPCMessage& m) { qtr_ber_memvfree(reinterpret_cast<void**>(m.getCharStringArray())); },
+     "ber_scanf char **"},
+    {[](const IPCMessage& m) { m.getStringVector(); }, "ber_scanf int"},
+    {[](const IPCMessage& m) { m.getSid(); }, "ber_scanf sid"},
+    {[](const IPCMessage& m) { m.getGuid(); }, "ber_scanf guid"},
+    {[](const IPCMessage& m) { m.getADObject(); }, "ber_scanf adobj"},
+    {[](const IPCMessage& m) { m.getADObjectList(); }, "ber_scanf int"},
+    {[](const IPCMessage& m) { m.getAndThrowIPCException(); }, "ber_scanf IPCException::decode"},
+};
+
+TEST_F(MessageTest, DamagedFieldsAreFailuresForEveryReader) {
+  const std::string damaged[] = {"",
+                                 hex("02"),
+                                 hex("0205"),
+                                 hex("0401"),
+                                 hex("047f41"),
+                                 hex("04847fffffff41"),
+                                 hex("0488ffffffffffffffff41"),
+                                 hex("30847fffffff0400"),
+                                 hex("04ff"),
+                                 hex("04890000000000000000014141")};
+  for (const auto& row : kReaders) {
+    for (const std::string& body : damaged) {
+      const auto message = received(body);
+      EXPECT_EQ(thrownBy([&] { row.read(*message); }), "IOException 0 " + std::string(row.failure))
+          << shown(body);
+    }
+    const IPCReply empty;
+    EXPECT_EQ(thrownBy([&] { row.read(empty); }), "IOException 0 " + std::string(row.failure));
+    EXPECT_FALSE(empty.hasMore());
+  }
+  for (const size_t reader : {5, 9}) {  // a count says nothing of memory
+    const auto message = received(integer(INT_MAX));
+    EXPECT_NE(thrownBy([&] { kReaders[reader].read(*message); }), "nothing");
+  }
+}
+
+TEST_F(MessageTest, IdentitiesThatAreCutShortGoOnWithZeros) {
+  for (size_t size = 0; size < kSidBytes.size(); ++size) {
+    const auto message = received(octets(kSidBytes.substr(0, size)) + octets(std::string(size % 16, 'g')));
+    EXPECT_EQ(message->getSid().isNull(), size == 0);
+    EXPECT_EQ(shown(std::string(reinterpret_cast<const char*>(message->getGuid().bytes()), 16)),
+              shown(std::string(size % 16, 'g') + std::string(16 - size % 16, '\0')));
+  }
+}
+
+TEST_F(MessageTest, AnObjectIsReadWholeOrRefused) {
+  ADObject object("CN=Joe,DC=x");
+  object["cn"].push_back("Joe");
+  const ADSerializer& serialized = *object.getSerialized();
+  const std::string blob(serialized.data(), serialized.size());
+  const auto message = received(octets(blob));
+  ADObject read = message->getADObject();
+  EXPECT_EQ(read.serializer(), nullptr);
+  EXPECT_EQ(*read.firstValue("cn"), "Joe");
+  for (size_t size = 1; size < blob.size(); ++size) {
+    const auto cut = received(octets(blob.substr(0, size)));
+    const std::string thrown = thrownBy([&] { cut->getADObject(); });
+    const bool wholeRecords =
+        thrown == "nothing" && size >= ADSerializer::kHeaderSize && size < blob.size() - 1;
+    EXPECT_TRUE(wholeRecords || thrown.substr(0, 16) == "BadDataException") << size << thrown;
+  }
+}
+
+TEST_F(MessageTest, FramesWithoutAMessageAreRefused) {
+  const struct {
+    std::string message;
+    const char* failure;
+  } rows[] = {
+      {"", "IOException 1 read 0 bytes from IPC: Success"},
+      {hex("00"), "garbled"},
+      {hex("30"), "garbled"},
+      {hex("3084000000"), "garbled"},
+      {hex("3084ffffffff020100020100"), "garbled"},
+      {hex("308400000003020100"), "garbled"},
+      {hex("30840000000602010002 05 00"), "garbled"},
+  };
+  for (const auto& row : rows) {
+    put(framed(row.message));
+    IPCReply message;
+    const std::string thrown = thrownBy([&] { message.get(m_ends[0]); });
+    EXPECT_NE(thrown.find(row.failure), std::string::npos) << thrown << " " << shown(row.message);
+    EXPECT_FALSE(message.hasMore());
+  }
+}
+
+TEST_F(MessageTest, AnAbsurdLengthCostsNothing) {
+  put(hex("ffffffff"));
+  gNoMemory = true;
+  IPCReply message;
+  EXPECT_EQ(thrownBy([&] { message.get(m_ends[0]); }),
+            "IOException " + std::to_string(ENOMEM) + " read 4294967295 bytes from IPC: " + strerror(ENOMEM));
+  gNoMemory = false;
+
+  put(hex("00000040") + "abc");
+  shutdown(m_ends[1], SHUT_WR);
+  rusage before, after;
+  getrusage(RUSAGE_SELF, &before);
+  EXPECT_EQ(thrownBy([&] { message.get(m_ends[0]); }),
+            "ConnectionBrokenException 0 readMsg: brondalt closed connection");
+  getrusage(RUSAGE_SELF, &after);
+  EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 512 << 10) << "kB of the gigabyte announced";
+}
+
+TEST_F(MessageTest, AStringIsWipedBeforeItIsFreed) {
+  const auto message = received(octets("secret"));
+  gFreed = "expected";
+  EXPECT_EQ(message->getString(), "secret");
+  EXPECT_EQ(gFreed, std::string(6, '\0'));
+}
+
+TEST(MessageTextTest, NumbersWithoutARowAreUnknown) {
+  for (const int gap : {-1, 32, 49, 50, INT_MAX})
+    EXPECT_STREQ(IPCMessage::IPC_OPCODEToStr(static_cast<IPC_OPCODE>(gap)), "(unknown)");
+  EXPECT_STREQ(IPCMessage::IPC_OPCODEToStr(IPC_OP_SAM_TEST_ENABLED), "sam - test enabled");
+  EXPECT_STREQ(IPCMessage::IPC_RESULTToStr(IPC_NOT_AUTHORIZED), "not authorized");
+  EXPECT_STREQ(IPCMessage::IPC_RESULTToStr(static_cast<IPC_RESULT>(4)), "(unknown)");
+}
+
+}  // namespace
