@@ -14,6 +14,8 @@
 #include <iterator>
 #include <string>
 
+#include "util/include/error_util.h"
+
 namespace testsupport {
 
 constexpr uid_t kOrdinaryUser = 1000;
@@ -54,6 +56,20 @@ template <class Work>
 void checkInChild(Work work, uid_t user = 0) {
   EXPECT_EQ(inChild(work, user), 0) << "in the child";
 }
+
+/// The class and the message of what `call` throws, as "IOException|Cannot …"; empty if it throws nothing.
+template <class Call>
+std::string failureOf(Call call) {
+  try {
+    call();
+  } catch (const VESKException& failure) {
+    return std::string(failure.className()) + "|" + failure.what();
+  }
+  return "";
+}
+
+/// Expects the statement behind `text` to throw what failureOf tells.
+#define EXPECT_FAILURE(text, ...) EXPECT_EQ(::testsupport::failureOf([&] { __VA_ARGS__; }), text)
 
 /// Whether children may become an ordinary user: only where the tests run as the system's own root.
 inline bool canBeOrdinaryUser() {

@@ -37,6 +37,7 @@ class WorldTest : public ScratchTest {
   }
 
   static std::string logged() { return get(kLog); }
+  static bool isLogged(const std::string& text) { return logged().find(text) != std::string::npos; }
   static void forgetLog() { std::filesystem::resize_file(kLog, 0); }
 
  private:

@@ -1,120 +1,87 @@
-// A stand-in for libselinux: the label of a file is the text of the file with ".label" behind its name. The
-// environment tells it what to do: FAKE_SELINUX_FAIL names a function that fails, FAKE_SELINUX_OFF switches
-// SELinux off, FAKE_SELINUX_DEFAULT is the policy's label. Labels are "user:role:type:level".
+// A stand-in for libselinux, in which all files have one label, "user:role:type:level". The environment holds
+// it (FAKE_LABEL) and the policy's (FAKE_DEFAULT), names a function that fails (FAKE_FAIL), and switches
+// SELinux off (FAKE_OFF).
 
 #include <sys/types.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <string>
 
 namespace {
 
-struct Context {
-  std::string head;
-  std::string type;
-  std::string tail;
-  std::string text;
-};
-
 bool fails(const char* function) {
-  const char* wanted = getenv("FAKE_SELINUX_FAIL");
-  if (!wanted || strcmp(wanted, function) != 0) return false;
+  const char* failing = getenv("FAKE_FAIL");
   errno = EPERM;
-  return true;
+  return failing && strcmp(failing, function) == 0;
 }
 
-std::string pathOf(int fd) {
-  char buffer[PATH_MAX] = "";
-  if (readlink(("/proc/self/fd/" + std::to_string(fd)).c_str(), buffer, sizeof buffer - 1) < 0) return "";
-  return buffer;
-}
-
-int readLabel(const std::string& path, char** context) {
-  std::ifstream file(path + ".label");
-  std::string label;
-  if (!std::getline(file, label)) {
-    errno = ENODATA;
-    return -1;
-  }
-  *context = strdup(label.c_str());
-  return static_cast<int>(label.size() + 1);
-}
-
-int writeLabel(const std::string& path, const char* context) {
-  std::ofstream file(path + ".label");
-  file << context << " written\n";
+int read(const char* function, const char* variable, char** context) {
+  if (fails(function)) return -1;
+  *context = strdup(getenv(variable));
   return 0;
+}
+
+int write(const char* function, const char* context) {
+  return fails(function) ? -1 : setenv("FAKE_LABEL", (std::string(context) + " written").c_str(), 1);
 }
 
 }  // namespace
 
+/// What the pointers of the interface point at.
+struct FakeContext {
+  explicit FakeContext(const std::string& text)
+      : label(text), start(label.find(':', label.find(':') + 1) + 1) {
+    type = label.substr(start, label.find(':', start) - start);
+  }
+  std::string label;
+  size_t start;  // of the type
+  std::string type;
+};
+
 extern "C" {
 
 int is_selinux_enabled() {
-  return getenv("FAKE_SELINUX_OFF") ? 0 : 1;
+  return getenv("FAKE_OFF") ? 0 : 1;
 }
-
-void* context_new(const char* text) {
-  const std::string label = text;
-  const size_t type = label.find(':', label.find(':') + 1) + 1;
-  const size_t tail = label.find(':', type);
-  return new Context{label.substr(0, type), label.substr(type, tail - type), label.substr(tail), ""};
+FakeContext* context_new(const char* text) {
+  return new FakeContext(text);
 }
-
-void context_free(void* context) {
-  delete static_cast<Context*>(context);
+void context_free(FakeContext* context) {
+  delete context;
 }
-
-const char* context_type_get(void* context) {
-  return static_cast<Context*>(context)->type.c_str();
+const char* context_type_get(FakeContext* context) {
+  return context->type.c_str();
 }
-
-int context_type_set(void* context, const char* type) {
-  if (fails("context_type_set")) return -1;
-  static_cast<Context*>(context)->type = type;
-  return 0;
+int context_type_set(FakeContext* context, const char* type) {
+  context->label.replace(context->start, context->type.size(), type);
+  return fails("context_type_set") ? -1 : 0;
 }
-
-char* context_str(void* context) {
-  Context& parts = *static_cast<Context*>(context);
-  parts.text = parts.head + parts.type + parts.tail;
-  return parts.text.data();
+char* context_str(FakeContext* context) {
+  return context->label.data();
 }
-
-int fgetfilecon(int fd, char** context) {
-  return fails("fgetfilecon") ? -1 : readLabel(pathOf(fd), context);
+int fgetfilecon(int, char** context) {
+  return read("fgetfilecon", "FAKE_LABEL", context);
 }
-
-int fsetfilecon(int fd, const char* context) {
-  return fails("fsetfilecon") ? -1 : writeLabel(pathOf(fd), context);
+int getfilecon(const char*, char** context) {
+  return read("getfilecon", "FAKE_LABEL", context);
 }
-
-int getfilecon(const char* path, char** context) {
-  return fails("getfilecon") ? -1 : readLabel(path, context);
-}
-
 int matchpathcon(const char*, mode_t, char** context) {
-  if (fails("matchpathcon")) return -1;
-  *context = strdup(getenv("FAKE_SELINUX_DEFAULT"));
-  return 0;
+  return read("matchpathcon", "FAKE_DEFAULT", context);
 }
-
+int fsetfilecon(int, const char* context) {
+  return write("fsetfilecon", context);
+}
 void freecon(char* context) {
   free(context);
 }
-
 #ifndef INCOMPLETE
-int setfilecon(const char* path, const char* context) {
-  return fails("setfilecon") ? -1 : writeLabel(path, context);
+int setfilecon(const char*, const char* context) {
+  return write("setfilecon", context);
 }
-
 void matchpathcon_fini() {
-  setenv("FAKE_SELINUX_FINI", "called", 1);
+  setenv("FAKE_FINI", "called", 1);
 }
 #endif
 }

@@ -4,160 +4,123 @@
 #include <sys/mount.h>
 
 #include "tests/support/world_test.h"
-#include "util/include/error_util.h"
 #include "util/include/file_util.h"
 
 using namespace testsupport;
 
 namespace {
 
-constexpr char kLabel[] = "user:role:old_t:s0";
+const std::string kLabel = "user:role:old_t:s0";
+const std::string kDefault = "user:role:default_t:s0";
 
-/// Each step runs in a child of its own, because a process loads the library once.
 class SELinuxTest : public WorldTest {
  protected:
-  void SetUp() override {
-    WorldTest::SetUp();
-    if (IsSkipped()) return;
-    put(in("file"), "x");
-    put(in("file.label"), kLabel);
-  }
-
-  /// A system with SELinux for the calling process's world.
-  static void plantEnforceFile() {
-    ASSERT_EQ(unshare(CLONE_NEWNS), 0);
-    ASSERT_EQ(mount("tmpfs", "/sys/fs", "tmpfs", 0, ""), 0);
-    ASSERT_EQ(mkdir("/sys/fs/selinux", 0755), 0);
-    put("/sys/fs/selinux/enforce", "1");
-  }
-
+  /// Runs `work` in a child whose system has SELinux and whose configuration names that library: a process
+  /// loads it once.
   template <class Work>
-  void onSELinux(Work work, const char* library = FAKE_SELINUX) const {
+  void onSELinux(const char* library, Work work) const {
     checkInChild([&] {
-      plantEnforceFile();
+      ASSERT_EQ(unshare(CLONE_NEWNS) + mount("tmpfs", "/sys/fs", "tmpfs", 0, ""), 0);
+      ASSERT_EQ(mkdir("/sys/fs/selinux", 0755), 0);
+      put("/sys/fs/selinux/enforce", "1");
       configure("selinux.lib.name: " + std::string(library) + "\n");
-      setenv("FAKE_SELINUX_DEFAULT", "user:role:default_t:s0", 1);
-      forgetLog();
+      setenv("FAKE_DEFAULT", kDefault.c_str(), 1);
+      put(in("file"), "x");
       const long descriptors = openDescriptors();
       work();
       EXPECT_EQ(openDescriptors(), descriptors);
     });
   }
 
-  std::string label() const { return get(in("file.label")); }
-
-  static bool loggedText(const std::string& text) { return logged().find(text) != std::string::npos; }
-
-  void adjust(const std::string& name, const char* type) const {
+  /// The label of a file that had `before`, after either operation.
+  std::string adjusted(const std::string& before, const char* type, const char* name = "file") const {
     std::string path = in(name);
+    setenv("FAKE_LABEL", before.c_str(), 1);
     AdjustSELinuxLabelType(path, type);
+    return getenv("FAKE_LABEL");
+  }
+  std::string restored(const std::string& before, const char* name = "file") const {
+    setenv("FAKE_LABEL", before.c_str(), 1);
+    RestoreFileSELinuxLabel(in(name));
+    return getenv("FAKE_LABEL");
   }
 
-  std::string instanceFailure() const {
-    try {
-      vesk::SELinuxModule::Instance();
-    } catch (const VESKException& failure) {
-      return std::string(failure.className()) + "|" + failure.what();
-    }
-    return "loaded";
+  static std::string instanceFailure() {
+    return failureOf([] { vesk::SELinuxModule::Instance(); });
   }
 };
 
 TEST_F(SELinuxTest, NothingHappensWithoutSELinux) {
   EXPECT_EQ(instanceFailure(), "NotFoundException|The system does not have SELinux");
-  forgetLog();
-  adjust("file", "new_t");
-  RestoreFileSELinuxLabel(in("file"));
-  adjust("missing", "new_t");
-  EXPECT_EQ(label(), kLabel);
-  EXPECT_FALSE(loggedText("restorecon"));
+  EXPECT_EQ(adjusted(kLabel, "new_t", "missing") + restored(kLabel, "missing"), kLabel + kLabel);
+  EXPECT_FALSE(isLogged("restorecon"));
 }
 
 TEST_F(SELinuxTest, LoadsTheLibraryThatThePropertyNames) {
-  onSELinux([this] {
-    setenv("FAKE_SELINUX_OFF", "1", 1);
+  onSELinux(FAKE_SELINUX, [] {
+    setenv("FAKE_OFF", "1", 1);
     EXPECT_EQ(instanceFailure(), "NotFoundException|SELinux is NOT enabled");
-    unsetenv("FAKE_SELINUX_OFF");
-    EXPECT_EQ(instanceFailure(), "loaded") << "tried again";
-    EXPECT_TRUE(loggedText("SELinux library has matchpathcon_fini."));
-    EXPECT_TRUE(loggedText("Get SELinux API function pointer success. Continue."));
+    unsetenv("FAKE_OFF");
+    EXPECT_EQ(instanceFailure(), "") << "tried again";
+    EXPECT_TRUE(isLogged("SELinux library has matchpathcon_fini."));
   });
-  onSELinux(
-      [this] {
-        EXPECT_EQ(instanceFailure(), "SystemException|Get SELinux API function pointer failed.");
-        adjust("file", "new_t");
-        EXPECT_TRUE(loggedText("Get SELinux API function pointer failed.. Please run 'restorecon'"));
-      },
-      FAKE_SELINUX_INCOMPLETE);
-  onSELinux([this] { EXPECT_EQ(instanceFailure().find("SystemException|Load /no/such.so failed: "), 0u); },
-            "/no/such.so");
+  onSELinux(FAKE_SELINUX_INCOMPLETE, [this] {
+    EXPECT_EQ(instanceFailure(), "SystemException|Get SELinux API function pointer failed.");
+    EXPECT_EQ(adjusted(kLabel, "new_t"), kLabel);
+    EXPECT_TRUE(isLogged("Get SELinux API function pointer failed.. Please run 'restorecon' on the file"));
+  });
+  onSELinux("/no/such",
+            [] { EXPECT_EQ(instanceFailure().find("SystemException|Load /no/such failed: "), 0u); });
 }
 
-TEST_F(SELinuxTest, AdjustsTheTypeAlone) {
-  onSELinux([this] {
-    adjust("file", "old_t");
-    EXPECT_EQ(label(), kLabel) << "the right type is not written again";
-    EXPECT_TRUE(loggedText("selinux label of " + in("file") + " is ok : " + kLabel));
-    adjust("file", "new_t");
-    EXPECT_EQ(label(), "user:role:new_t:s0 written\n");
-    EXPECT_TRUE(loggedText("Success to change the file[" + in("file") +
-                           "] security context from user:role:old_t:s0 to user:role:new_t:s0. "));
-  });
-}
-
-TEST_F(SELinuxTest, RestoresThePolicysLabel) {
-  onSELinux([this] {
-    put(in("source"), "y");
-    put(in("renamed.label"), kLabel);
-    EXPECT_EQ(renameFile(in("source"), in("renamed")), 0);
-    EXPECT_EQ(get(in("renamed.label")), "user:role:default_t:s0 written\n");
-    EXPECT_STREQ(getenv("FAKE_SELINUX_FINI"), "called");
-    put(in("file.label"), "user:role:default_t:s0");
-    RestoreFileSELinuxLabel(in("file"));
-    EXPECT_EQ(label(), "user:role:default_t:s0");
-    EXPECT_TRUE(loggedText("The context is same as default. No need to change"));
+TEST_F(SELinuxTest, AdjustsTheTypeAloneAndRestoresThePolicysLabel) {
+  onSELinux(FAKE_SELINUX, [this] {
+    EXPECT_EQ(adjusted(kLabel, "old_t"), kLabel) << "the right type is not written again";
+    EXPECT_EQ(adjusted(kLabel, "new_t"), "user:role:new_t:s0 written");
+    EXPECT_EQ(restored(kDefault), kDefault) << "nor the right label";
+    EXPECT_EQ(renameFile(in("file"), in("to")), 0);
+    EXPECT_EQ(restored(kLabel, "to"), kDefault + " written");
+    EXPECT_STREQ(getenv("FAKE_FINI"), "called");
+    EXPECT_TRUE(isLogged("selinux label of " + in("file") + " is ok : " + kLabel));
+    EXPECT_TRUE(isLogged("Success to change the file[" + in("file") + "] security context from " + kLabel +
+                         " to user:role:new_t:s0. "));
+    EXPECT_TRUE(isLogged("The context is same as default. No need to change"));
   });
 }
 
 TEST_F(SELinuxTest, FailuresAreLoggedAndNeverPassedOn) {
-  struct Row {
-    const char* function;
-    bool adjusts;
-    const char* file;
-    std::string text;
-  };
+  const std::string gone = ": No such file or directory. Please run 'restorecon' on ";
+  const std::string denied = ": Operation not permitted. Please run 'restorecon' on ";
   const std::string file = in("file");
   const std::string missing = in("missing");
-  const std::string advice = ". Please run 'restorecon' on '";
-  const std::string adjustAdvice = ". Please run 'restorecon' on the file '";
-  const std::string gone = ": No such file or directory";
-  const std::string denied = ": Operation not permitted";
-  const Row rows[] = {
-      {"", true, "missing",
-       "Open " + missing + " failed. Skip SELinux check." + gone + adjustAdvice + missing + "'"},
-      {"fgetfilecon", true, "file",
-       "Failed to get the original security context: " + file + "." + denied + adjustAdvice + file + "'"},
-      {"context_type_set", true, "file",
-       "Failed to set security type: new_t." + denied + adjustAdvice + file + "'"},
-      {"fsetfilecon", true, "file", "Failed to change the file[" + file + "] security context from "},
-      {"", false, "missing",
-       "Failed to get stat for (" + missing + "). Skip SELinux check." + gone + advice + missing + "'"},
-      {"getfilecon", false, "file",
-       "Failed to get the original security context for " + file + "." + denied + advice + file + "'"},
-      {"matchpathcon", false, "file",
-       "Failed to get the default security context for " + file + "." + denied + advice + file + "'"},
-      {"setfilecon", false, "file", "Failed to change the security context for '" + file + "' from "},
+  const std::string adjusts[][3] = {
+      {"missing", "",
+       "Open " + missing + " failed. Skip SELinux check." + gone + "the file '" + missing + "'"},
+      {"file", "fgetfilecon",
+       "Failed to get the original security context: " + file + "." + denied + "the file '"},
+      {"file", "context_type_set",
+       "Failed to set security type: new_t." + denied + "the file '" + file + "'"},
+      {"file", "fsetfilecon", "Failed to change the file[" + file + "] security context from "},
   };
-  onSELinux([&] {
-    for (const Row& row : rows) {
-      forgetLog();
-      setenv("FAKE_SELINUX_FAIL", row.function, 1);
-      if (row.adjusts)
-        adjust(row.file, "new_t");
-      else
-        RestoreFileSELinuxLabel(in(row.file));
-      EXPECT_TRUE(loggedText(row.text)) << row.text << "\n" << logged();
-      EXPECT_EQ(label(), kLabel);
+  const std::string restores[][3] = {
+      {"missing", "",
+       "Failed to get stat for (" + missing + "). Skip SELinux check." + gone + "'" + missing + "'"},
+      {"file", "getfilecon",
+       "Failed to get the original security context for " + file + "." + denied + "'" + file},
+      {"file", "matchpathcon",
+       "Failed to get the default security context for " + file + "." + denied + "'" + file},
+      {"file", "setfilecon", "Failed to change the security context for '" + file + "' from "},
+  };
+  onSELinux(FAKE_SELINUX, [&] {
+    for (const auto& [name, function, text] : adjusts) {
+      setenv("FAKE_FAIL", function.c_str(), 1);
+      EXPECT_EQ(adjusted(kLabel, "new_t", name.c_str()), kLabel);
+      EXPECT_TRUE(isLogged(text)) << text << logged();
+    }
+    for (const auto& [name, function, text] : restores) {
+      setenv("FAKE_FAIL", function.c_str(), 1);
+      EXPECT_EQ(restored(kLabel, name.c_str()), kLabel);
+      EXPECT_TRUE(isLogged(text)) << text << logged();
     }
   });
 }
