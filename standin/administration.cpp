@@ -1,3 +1,5 @@
+#include "standin/handlers.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -5,7 +7,6 @@
 #include "lrpc/adserializer.h"
 #include "lrpc/attrnames.h"
 #include "standin/call.h"
-#include "standin/handlers.h"
 #include "util/include/strutil.h"
 
 namespace standin {

@@ -132,7 +132,9 @@ Values makeDays(const Source& source, const char* attribute) {
 }
 
 Values makeShadowChange(const Source& source) {
-  return makeDay(source, AD_PWCHG_LAST);
+  // Zero means in both worlds that the password must be changed.
+  bool mustChange = unixId(source.entry) && source.entry.first(AD_PWCHG_LAST) == "0";
+  return mustChange ? oneValue("0") : makeDay(source, AD_PWCHG_LAST);
 }
 
 Values makeShadowMin(const Source& source) {

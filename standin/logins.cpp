@@ -2,11 +2,12 @@
 // Kerberos token is the principal's password. An NTLM token is the challenge, the user's name, a NUL byte and
 // the password.
 
+#include "standin/handlers.h"
+
 #include <random>
 
 #include "lrpc/adserializer.h"
 #include "standin/call.h"
-#include "standin/handlers.h"
 #include "standin/nt_status.h"
 
 namespace standin {
@@ -53,30 +54,7 @@ bool isMember(const Directory& directory, EntryId account, const std::vector<std
   return false;
 }
 
-struct NtStatusRow {
-  ValidationResult result;
-  unsigned status;
-};
-
-constexpr NtStatusRow kNtStatus[] = {
-    {vesk::VR_SUCCESS, 0},
-    {vesk::VR_INVALID_PRINCIPAL, 0xC0000064},  // no such user
-    {vesk::VR_INVALID_PASSWORD, 0xC000006A},   // wrong password
-    {vesk::VR_PASSWORD_POLICY, 0xC000006C},    // password restriction
-    {vesk::VR_PASSWORD_EXPIRED, 0xC0000224},   // password must change
-    {vesk::VR_ACCOUNT_DISABLED, 0xC0000072},   // account disabled
-    {vesk::VR_ACCOUNT_EXPIRED, 0xC0000193},    // account expired
-    {vesk::VR_ACCOUNT_LOCKED, 0xC0000234},     // account locked out
-};
-constexpr unsigned kLogonFailure = 0xC000006D;
-
 }  // namespace
-
-int ntStatus(ValidationResult result) {
-  for (const NtStatusRow& row : kNtStatus)
-    if (row.result == result) return static_cast<int>(row.status);
-  return static_cast<int>(kLogonFailure);
-}
 
 void handlers::authRequest(Call& call) {
   call.succeed();

@@ -1,10 +1,11 @@
+#include "standin/handlers.h"
+
 #include <optional>
 
 #include "base/guid.h"
 #include "lrpc/adserializer.h"
 #include "lrpc/session_types.h"
 #include "standin/call.h"
-#include "standin/handlers.h"
 #include "standin/unix_profile.h"
 
 namespace standin {

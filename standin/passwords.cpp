@@ -1,3 +1,5 @@
+#include "standin/handlers.h"
+
 #include <random>
 
 #include "base/dn.h"
@@ -5,7 +7,6 @@
 #include "lrpc/attrnames.h"
 #include "standin/call.h"
 #include "standin/file_time.h"
-#include "standin/handlers.h"
 #include "standin/nt_status.h"
 #include "standin/unix_profile.h"
 
@@ -156,10 +157,8 @@ void handlers::setMachinePassword(Call& call) {
   std::string password = call.request.getString();
   ValidationResult result = checkPermission(call, administrator, password);
   if (result != vesk::VR_SUCCESS) return call.answer(result);
-  if (computer.empty()) {
-    call.service.machinePassword = wanted;
-    return call.succeed(), void();
-  }
+  // This host has no account in the directory that could ask for its secret again.
+  if (computer.empty()) return call.answer(vesk::VR_SUCCESS);
   EntryId account = call.account(computer);
   if (account == kNoEntry) account = call.account(computer + "$");
   bool isComputer = account != kNoEntry && call.service.directory.kind(account) == EntryKind::Computer;

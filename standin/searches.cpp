@@ -1,3 +1,5 @@
+#include "standin/handlers.h"
+
 #include <climits>
 #include <memory>
 #include <utility>
@@ -8,7 +10,6 @@
 #include "lrpc/attrnames.h"
 #include "standin/call.h"
 #include "standin/error.h"
-#include "standin/handlers.h"
 
 namespace standin {
 namespace {

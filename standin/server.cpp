@@ -19,6 +19,7 @@
 #include "standin/error.h"
 #include "standin/operations.h"
 #include "util/include/error_util.h"
+#include "util/include/strutil.h"
 
 namespace standin {
 namespace {
@@ -197,10 +198,8 @@ void Server::answer(Connection& connection, std::string_view bytes) {
     std::unique_ptr<vesk::IPCReply> reply = fault == Fault::Refuse
                                                 ? bareReply(request.opcode(), vesk::IPC_NOT_AUTHORIZED)
                                                 : carryOut(m_service, connection.client(), request);
-    if (m_isVerbose)
-      fprintf(stderr, "request %lu, connection %d: %s\n", m_service.requests, connection.fd(),
-              vesk::IPCMessage::IPC_OPCODEToStr(request.opcode()));
-    this->reply(connection, encode(*reply), fault);
+    if (m_isVerbose) report(connection, request.opcode());
+    sendReply(connection, encode(*reply), fault);
   } catch (const VESKException& exception) {
     // No message: whoever sends this cannot be answered.
     if (m_isVerbose) fprintf(stderr, "connection %d: %s\n", connection.fd(), exception.what());
@@ -210,7 +209,12 @@ void Server::answer(Connection& connection, std::string_view bytes) {
   }
 }
 
-void Server::reply(Connection& connection, std::string_view message, Fault fault) {
+void Server::report(Connection& connection, vesk::IPC_OPCODE opcode) const {
+  fprintf(stderr, "request %lu, connection %d %s: %s\n", m_service.requests, connection.fd(),
+          ::printable(connection.client().sessionId).c_str(), vesk::IPCMessage::IPC_OPCODEToStr(opcode));
+}
+
+void Server::sendReply(Connection& connection, std::string_view message, Fault fault) {
   std::string bytes = frame(message);
   switch (fault) {
     case Fault::Lose:

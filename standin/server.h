@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "lrpc/ipc_opcode.h"
 #include "standin/faults.h"
 #include "standin/service.h"
 
@@ -36,7 +37,8 @@ class Server {
   void accept();
   void serve(Connection& connection);
   void answer(Connection& connection, std::string_view frame);
-  void reply(Connection& connection, std::string_view message, Fault fault);
+  void report(Connection& connection, vesk::IPC_OPCODE opcode) const;
+  void sendReply(Connection& connection, std::string_view message, Fault fault);
   void removeFinished();
   void awaitDelivery();
   void closeAll();

@@ -24,8 +24,8 @@ struct ClientState {
   bool mayAdminister = false;           ///< the peer is root or runs as the stand-in's own user
   std::map<int, EntryId> listings;      ///< open listings: where the next entry is looked for, by object type
   std::map<int, PagedSearch> searches;  ///< open paged searches by handle
-  std::string sessionId;
-  std::string challenge;  ///< of the NTLM exchange that has begun
+  std::string sessionId;                ///< the client's own name for the connection, for the log alone
+  std::string challenge;                ///< of the NTLM exchange that has begun
 };
 
 /// What all connections share.
@@ -34,7 +34,6 @@ struct Service {
   Directory directory;
   Accounts accounts{directory};
   AttributeMap objects{directory};
-  std::string machinePassword;
   /// Never the same twice, so that the handle of a lost connection is not another search's on a new one.
   int lastSearchHandle = 0;
   unsigned long requests = 0;

@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include <gtest/gtest.h>
+
 namespace {
 
 const std::string kProgram = TEST_BINARY_DIR "/bin/brondalt-standin";
@@ -94,7 +96,7 @@ StandinProcess::StandinProcess(const std::vector<std::string>& arguments, const 
 StandinProcess::~StandinProcess() {
   if (m_pid < 0) return;
   signal(SIGTERM);
-  wait();
+  EXPECT_EQ(wait(), 0);
 }
 
 void StandinProcess::signal(int number) const {
