@@ -20,8 +20,8 @@
 #include "lrpc/attrnames.h"
 #include "lrpc/ipc_exception.h"
 #include "lrpc/session_types.h"
+#include "tests/support/thrown.h"
 #include "tests/support/wire.h"
-#include "util/include/error_util.h"
 #include "util/include/sid.h"
 
 using namespace vesk;
@@ -48,16 +48,6 @@ extern "C" void __wrap_ber_memfree(void* memory) {
 namespace {
 
 const std::string kSidBytes = hex("01 02 000000000005 20000000 20020000");  // S-1-5-32-544
-
-// What `action` throws: class, code and text.
-std::string thrownBy(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const VESKException& error) {
-    return std::string(error.className()) + " " + std::to_string(error.rc()) + " " + error.what();
-  }
-  return "nothing";
-}
 
 class MessageTest : public ::testing::Test {
  protected:

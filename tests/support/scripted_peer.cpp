@@ -144,6 +144,12 @@ void ScriptedPeer::sendNow(const std::string& bytes) {
   }
 }
 
+// A hang-up hides what the client has not read yet.
+void ScriptedPeer::closeNow() {
+  waitUntilTaken(m_connection.get());
+  m_connection.close();
+}
+
 void ScriptedPeer::checkSilence() {
   pollfd entries[] = {{m_listener.get(), POLLIN, 0}, {m_connection.get(), POLLIN, 0}};
   poll(entries, 2, 0);
@@ -198,7 +204,7 @@ ScriptedPeer& ScriptedPeer::sendRaw(const std::string& bytes) {
 }
 
 ScriptedPeer& ScriptedPeer::hangUp() {
-  return add([this] { m_connection.close(); });
+  return add([this] { closeNow(); });
 }
 
 ScriptedPeer& ScriptedPeer::endStream() {
@@ -210,7 +216,7 @@ ScriptedPeer& ScriptedPeer::restart() {
     const std::string next = m_path + ".next";
     listenAt(next);
     if (rename(next.c_str(), m_path.c_str()) != 0) fail(withError("rename"));
-    m_connection.close();
+    closeNow();
   });
 }
 
@@ -218,7 +224,7 @@ ScriptedPeer& ScriptedPeer::down() {
   return add([this] {
     unlink(m_path.c_str());
     m_listener.close();
-    m_connection.close();
+    closeNow();
   });
 }
 

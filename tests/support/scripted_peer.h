@@ -46,7 +46,7 @@ class ScriptedPeer {
 
   /// Keeps the connection and says nothing.
   ScriptedPeer& stall() { return *this; }
-  /// Closes the connection; ends only the direction to the client.
+  /// Closes the connection, when the client has taken what was sent; ends only the direction to the client.
   ScriptedPeer& hangUp();
   ScriptedPeer& endStream();
   /// A new listener takes the place of the old one, without a moment in between, and the connection is
@@ -67,6 +67,7 @@ class ScriptedPeer {
   std::string receive(size_t size);
   void acceptNow();
   void sendNow(const std::string& bytes);
+  void closeNow();
   void listenAt(const std::string& path);
   void checkSilence();
 

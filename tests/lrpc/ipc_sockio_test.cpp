@@ -1,0 +1,212 @@
+// The socket: connecting, waiting, moving bytes, and each way to fail.
+
+#include "lrpc/ipc_sockio.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "tests/support/scripted_peer.h"
+#include "tests/support/thrown.h"
+#include "tests/support/world_test.h"
+#include "util/include/unique_fd.h"
+
+using namespace vesk;
+using namespace testsupport;
+
+namespace {
+
+bool gConnectLater = false;  // connect does its work but says EINPROGRESS
+int gInterruptions = 0;      // how many calls still end in EINTR
+thread_local std::vector<int> gPollTimeouts;
+
+// Whether the call is interrupted, a little later.
+bool interrupted() {
+  if (gInterruptions == 0) return false;
+  --gInterruptions;
+  std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  errno = EINTR;
+  return true;
+}
+
+}  // namespace
+
+// Linked in the place of the system's calls (-Wl,--wrap).
+extern "C" int __real_connect(int fd, const sockaddr* address, socklen_t size);
+extern "C" int __wrap_connect(int fd, const sockaddr* address, socklen_t size) {
+  const int rc = __real_connect(fd, address, size);
+  if (!gConnectLater) return rc;
+  errno = EINPROGRESS;
+  return -1;
+}
+extern "C" int __real_poll(pollfd* entries, nfds_t count, int timeout);
+extern "C" int __wrap_poll(pollfd* entries, nfds_t count, int timeout) {
+  if (count == 1) gPollTimeouts.push_back(timeout);
+  return count == 1 && interrupted() ? -1 : __real_poll(entries, count, timeout);
+}
+extern "C" ssize_t __real_sendmsg(int fd, const msghdr* message, int flags);
+extern "C" ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags) {
+  return interrupted() ? -1 : __real_sendmsg(fd, message, flags);
+}
+
+namespace {
+
+std::string gone(const char* what, int code, const char* why) {
+  return "ConnectionBrokenException " + std::to_string(code) + " " + what + ": " + why;
+}
+
+class SockioTest : public WorldTest {
+ protected:
+  void SetUp() override {
+    WorldTest::SetUp();
+    configure("lrpc.timeout: 0\n");
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends), 0);
+    m_own = UniqueFd(ends[0]);
+    m_other = UniqueFd(ends[1]);
+    gPollTimeouts.clear();
+  }
+  void TearDown() override {
+    gConnectLater = false;
+    gInterruptions = 0;
+    m_own.close();
+    m_other.close();
+    WorldTest::TearDown();
+  }
+
+  std::string readThrows() {
+    return thrownBy([&] {
+      unsigned char byte;
+      readN(m_own.get(), &byte, 1);
+    });
+  }
+
+  UniqueFd m_own;
+  UniqueFd m_other;
+};
+
+TEST_F(SockioTest, ConnectsWithoutBlockingAndCutsALongPath) {
+  const std::string cut = "/tmp/" + std::string(102, 'p');
+  ScriptedPeer peer(cut);
+  for (const std::string& path : {cut, cut + "more"}) {
+    const UniqueFd socket(IPCconnect(path));
+    EXPECT_TRUE(fcntl(socket.get(), F_GETFL) & O_NONBLOCK);
+    EXPECT_EQ(fcntl(socket.get(), F_GETFD), 0) << "close-on-exec";
+    unsigned int uid = 9999, gid = 9999;
+    EXPECT_TRUE(read_peer_cred(socket.get(), uid, gid));
+    EXPECT_EQ(uid, getuid());
+    EXPECT_EQ(gid, getgid());
+  }
+}
+
+TEST_F(SockioTest, AConnectThatFailsTellsWhyAndLeavesNoDescriptor) {
+  const std::string path = in("socket");
+  const std::string failure = "IOException 1 ipc socket connect: ";
+  const long before = openDescriptors();
+  EXPECT_EQ(thrownBy([&] { IPCconnect(path); }), failure + strerror(ENOENT));
+  EXPECT_EQ(thrownBy([&] { IPCconnect(""); }).substr(0, failure.size()), failure);
+  { const ScriptedPeer peer(path); }
+  put(path, "");
+  EXPECT_EQ(thrownBy([&] { IPCconnect(path); }), failure + strerror(ECONNREFUSED));
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(SockioTest, AConnectThatTakesTimeIsWaitedFor) {
+  const std::string path = in("socket");
+  gConnectLater = true;
+  auto peer = std::make_unique<ScriptedPeer>(path);
+  for (const char* const row : {"0", "-1", "3"}) {
+    configure("lrpc.connect.timeout: " + std::string(row) + "\n");
+    gPollTimeouts.clear();
+    IPCdisconnect(IPCconnect(path));
+    const bool legal = *row == '3';
+    ASSERT_EQ(gPollTimeouts.size(), 1u);
+    EXPECT_NEAR(gPollTimeouts[0], legal ? 3000 : 5000, 100);
+    const std::string warning = "Illegal value for lrpc.connect.timeout: " + std::string(row) + ". Using 5";
+    EXPECT_EQ(logged().find(warning) != std::string::npos, !legal) << row;
+    forgetLog();
+  }
+  peer.reset();  // a socket that is not connected hangs up
+  EXPECT_EQ(thrownBy([&] { IPCconnect(path); }), "IOException 1 ipc socket connect: Success");
+}
+
+TEST_F(SockioTest, AWaitTellsReadyFromSilentFromGone) {
+  EXPECT_EQ(RecvWait(m_own.get(), 0), 0);
+  EXPECT_EQ(SendWait(m_own.get(), 0), 1);
+  ASSERT_EQ(write(m_other.get(), "x", 1), 1);
+  EXPECT_EQ(RecvWait(m_own.get(), 0), 1);
+  EXPECT_EQ(IOWait(m_own.get(), 0, POLLIN | POLLPRI), -1) << "one of two events is not what was asked for";
+  EXPECT_EQ(errno, 0);
+  m_other.close();
+  EXPECT_EQ(RecvWait(m_own.get(), 0), -1) << "though a byte is there";
+  EXPECT_EQ(errno, 0);
+  EXPECT_EQ(RecvWait(1 << 20, 0), -1);
+  EXPECT_EQ(errno, 0);
+  int error = 0;
+  EXPECT_EQ(zantrel_pselect(-1, nullptr, nullptr, nullptr, nullptr, nullptr, &error), -1);
+  EXPECT_EQ(error, EINVAL);
+}
+
+TEST_F(SockioTest, AnInterruptedWaitGoesOnWithTheTimeThatIsLeft) {
+  ASSERT_EQ(write(m_other.get(), "x", 1), 1);
+  gInterruptions = 3;
+  EXPECT_EQ(RecvWait(m_own.get(), 100), 1);
+  ASSERT_EQ(gPollTimeouts.size(), 4u);
+  EXPECT_LE(gPollTimeouts[3], 100000 - 3 * 2 + 1);
+  EXPECT_GE(gPollTimeouts[3], 50000);
+}
+
+TEST_F(SockioTest, EachFailureOfAReadHasItsWords) {
+  EXPECT_EQ(readThrows(), "TimeoutException 0 RecvWait out");
+  shutdown(m_other.get(), SHUT_WR);
+  EXPECT_EQ(readThrows(), "ConnectionBrokenException 0 readMsg: brondalt closed connection");
+  m_other.close();
+  EXPECT_EQ(readThrows(), gone("read select error", 0, "Success"));
+  const UniqueFd file(open("/dev/zero", O_RDONLY));
+  unsigned char byte;
+  EXPECT_EQ(thrownBy([&] { readN(file.get(), &byte, 1); }), gone("readMsg error", -1, strerror(ENOTSOCK)));
+  EXPECT_EQ(thrownBy([&] { readN(-1, &byte, 0); }), "nothing");
+  unsigned int uid = 5, gid = 6;
+  EXPECT_FALSE(read_peer_cred(file.get(), uid, gid));
+  EXPECT_EQ(uid * 10 + gid, 56u);
+}
+
+TEST_F(SockioTest, EachFailureOfAWriteHasItsWordsAndNoSignal) {
+  std::vector<unsigned char> bytes(16 << 20);
+  const auto size = static_cast<unsigned int>(bytes.size());
+  EXPECT_EQ(thrownBy([&] { writeN(m_own.get(), bytes.data(), size); }), "TimeoutException 0 write timed out");
+  EXPECT_EQ(thrownBy([&] { writeMsg(m_other.get(), bytes.data(), 0, false); }),
+            gone("writeMsg failed", 0, "Success"));
+  m_other.close();
+  EXPECT_EQ(thrownBy([&] { writeN(m_own.get(), bytes.data(), 1); }),
+            gone("writeMsg failed", -1, strerror(EPIPE)));
+}
+
+TEST_F(SockioTest, BytesArriveInOrderThroughInterruptionsAndAFullSocket) {
+  configure("lrpc.timeout: 10\n");
+  std::vector<unsigned char> out(1 << 20), back(out.size());
+  for (size_t i = 0; i < out.size(); ++i) out[i] = static_cast<unsigned char>(i * 7 + i / 251);
+  const auto size = static_cast<unsigned int>(out.size());
+  gInterruptions = 2;
+  writeN(m_own.get(), out.data(), 1);
+  readN(m_other.get(), back.data(), 1);
+  EXPECT_EQ(gInterruptions, 0);
+  std::thread reader([&] {
+    for (unsigned int done = 1; done < size; done += 999)
+      readN(m_other.get(), &back[done], std::min(999u, size - done));
+  });
+  writeN(m_own.get(), &out[1], size - 1);
+  reader.join();
+  EXPECT_EQ(out, back);
+}
+
+}  // namespace

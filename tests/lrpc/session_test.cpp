@@ -1,0 +1,254 @@
+// The session's core: the exchange, the care of the connection, the retry, and the status block.
+
+#include "lrpc/session.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "lrpc/ipcmessage.h"
+#include "tests/support/session_test.h"
+#include "util/include/unique_fd.h"
+
+using namespace vesk;
+using namespace testsupport;
+
+namespace {
+
+const std::string kBroken = "ConnectionBrokenException";
+const std::string kBadData = "SystemException 2 Unsuccesful IPC execute: bad data";
+
+class SessionCoreTest : public SessionTest {
+ protected:
+  // A request that is sent once.
+  std::string stopThrows() {
+    return thrownBy([this] { session().stop(); });
+  }
+  bool hasLogged(const std::string& text) {
+    const bool found = logged().find(text) != std::string::npos;
+    forgetLog();
+    return found;
+  }
+};
+
+TEST_F(SessionCoreTest, ConnectsWithTheFirstRequest) {
+  EXPECT_EQ(session().socket(), -1);
+  peer().accept().expect(hex("30 84 00000006 020100 020100")).send(pong);
+  session().ping();
+  peer().expect(hex("30 84 00000006 020101 020100")).trickle(pong);
+  session().stop();
+  EXPECT_TRUE(peer().finished());
+  session().lostConnection();
+  session().lostConnection();
+  EXPECT_EQ(session().socket(), -1);
+}
+
+TEST_F(SessionCoreTest, ADaemonThatIsDownIsToldAtOnce) {
+  peer().down();
+  ASSERT_TRUE(peer().finished());
+  LocalRpcSession eager(path, true, false);
+  EXPECT_TRUE(
+      hasLogged("LRPC connection failed: (IOException) ipc socket connect: No such file or directory"));
+  EXPECT_EQ(thrownBy([&] { eager.ping(); }), "IOException 1 ipc socket connect: No such file or directory");
+  EXPECT_FALSE(hasLogged("Cannot communicate"));
+}
+
+TEST_F(SessionCoreTest, AnIdleConnectionIsReplaced) {
+  const struct {
+    const char* timeout;
+    long idle;
+    bool kept;
+  } rows[] = {{"", 30, true},    {"", 31, false}, {"abc", 0, true},
+              {"abc", 1, false}, {"7", 7, true},  {"7m", 8, false}};
+  for (const auto& row : rows) {
+    configure("lrpc.timeout: 1\nlrpc.session.timeout: " + std::string(row.timeout) + "\n");
+    session().dropConnection();
+    peer().accept().expect(ping).send(pong);
+    session().ping();
+    forgetLog();
+    dayclock::offset += row.idle;
+    if (!row.kept) peer().expectClosed().accept();
+    peer().expect(ping).send(pong);
+    session().ping();
+    EXPECT_EQ(hasLogged("dropping old lrpc connection"), !row.kept) << row.timeout << " " << row.idle;
+    EXPECT_TRUE(peer().finished());
+  }
+}
+
+TEST_F(SessionCoreTest, AChildOfForkTakesAConnectionOfItsOwn) {
+  peer().expect(ping).send(pong);
+  session().ping();
+  ASSERT_TRUE(peer().finished());
+  const int socket = session().socket();
+  // The child finds nobody: its request must not go to the parent's connection.
+  const std::string elsewhere = path + ".away";
+  ASSERT_EQ(rename(path.c_str(), elsewhere.c_str()), 0);
+  EXPECT_EQ(inChild([this] {
+              EXPECT_NE(pingThrows().find("ipc socket connect"), std::string::npos);
+              EXPECT_EQ(session().socket(), -1);
+            }),
+            0);
+  ASSERT_EQ(rename(elsewhere.c_str(), path.c_str()), 0);
+  EXPECT_TRUE(hasLogged("process forked, closing parent's connection"));
+  peer().expect(ping).send(pong);
+  session().ping();
+  EXPECT_EQ(session().socket(), socket);
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(SessionCoreTest, ADescriptorThatTheProgramHasReusedIsLeftAlone) {
+  const UniqueFd file(open(in("file").c_str(), O_RDWR | O_CREAT, 0600));
+  for (const bool idle : {false, true}) {
+    peer().accept().expect(ping).send(pong);
+    session().ping();
+    const int number = session().socket();
+    ASSERT_EQ(dup2(file.get(), number), number);
+    const UniqueFd reused(number);
+    if (idle) dayclock::offset += 60;
+    peer().accept().expect(ping).send(pong);
+    session().ping();
+    EXPECT_NE(session().socket(), number);
+    EXPECT_EQ(fcntl(number, F_GETFD), 0) << "closed behind the program's back";
+    EXPECT_EQ(hasLogged("lrpc connection reopened "), !idle);
+    session().dropConnection();
+    EXPECT_TRUE(peer().finished());
+  }
+  EXPECT_EQ(std::filesystem::file_size(in("file")), 0u);
+
+  peer().accept().expect(ping).send(pong);
+  session().ping();
+  close(session().socket());
+  peer().accept().expect(ping).send(pong);
+  session().ping();
+  EXPECT_TRUE(hasLogged("lrpc connection reopened 0 != "));
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(SessionCoreTest, ARestartOfTheDaemonIsNotNoticed) {
+  peer().expect(ping).send(pong).restart();
+  session().ping();
+  ASSERT_TRUE(peer().finished());
+  peer().accept().expect(ping).send(pong);
+  session().ping();
+  EXPECT_TRUE(hasLogged("Retried brondalt request succeeds"));
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(SessionCoreTest, AReplyCutAnywhereIsAskedForOnceMore) {
+  for (size_t size = 0; size < framed(pong).size(); ++size) {
+    peer().accept().expect(ping).sendFirst(size, pong).hangUp();
+    peer().accept().expect(ping).send(pong);
+    session().ping();
+    session().dropConnection();
+    EXPECT_TRUE(peer().finished()) << size;
+  }
+}
+
+TEST_F(SessionCoreTest, TheSecondFailureIsTheCallers) {
+  const struct {
+    std::string frame;
+    std::string failure;
+  } rows[] = {
+      {framed(reply(2)), kBadData},
+      {framed(""), "IOException 1 read 0 bytes from IPC"},
+      {framed("garbled"), "IOException 1 ber_scanf failure (received garbled message?)"},
+      {hex("ffffff"), kBroken},
+      {hex("ffffffff30"), ""},  // by what memory there is
+  };
+  for (const auto& row : rows) {
+    for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(ping).sendRaw(row.frame).endStream();
+    peer().expectClosed();
+    const std::string thrown = pingThrows();
+    EXPECT_EQ(thrown.substr(0, row.failure.size()), row.failure);
+    EXPECT_NE(thrown, "nothing");
+    EXPECT_EQ(session().socket(), -1);
+    EXPECT_TRUE(peer().finished());
+  }
+}
+
+TEST_F(SessionCoreTest, WhatIsSentOnceIsNotSentAgain) {
+  peer().expect(request(1)).hangUp();
+  EXPECT_EQ(stopThrows().substr(0, kBroken.size()), kBroken);
+  EXPECT_EQ(session().socket(), -1);
+  EXPECT_TRUE(peer().finished());
+
+  // Whole replies leave the connection as it is.
+  peer().accept().expect(request(1)).send(reply(2)).expect(request(1)).send("x").expect(ping).send(pong);
+  EXPECT_EQ(stopThrows(), kBadData);
+  EXPECT_NE(stopThrows().find("garbled"), std::string::npos);
+  EXPECT_NE(session().socket(), -1);
+  session().ping();
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(SessionCoreTest, ALateReplyIsNoAnswerToTheNextRequest) {
+  configure("lrpc.timeout: 0\n");
+  peer().expect(request(1)).stall();
+  EXPECT_EQ(stopThrows(), "TimeoutException 0 RecvWait out");
+  const int socket = session().socket();
+  EXPECT_NE(socket, -1);
+  EXPECT_TRUE(peer().send(reply(2)).finished());
+  configure("lrpc.timeout: 1\n");
+  peer().accept().expect(ping).send(pong);
+  session().ping();
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(SessionCoreTest, EachNewConnectionIsAuthenticatedBeforeItIsUsed) {
+  const std::string authenticate = hex("30 84 00000006 02010f 020100");
+  startSession(true);
+  peer().expect(authenticate).send(answer(0)).expect(ping).send(pong).expect(ping).hangUp();
+  peer().accept().expect(authenticate).hangUp();  // may be tried again like any other
+  peer().accept().expect(authenticate).send(answer(0)).expect(ping).send(pong);
+  session().ping();
+  session().ping();
+  EXPECT_TRUE(session().processAuthenticated());
+  session().authenticateProcess();
+  session().lostConnection();
+  EXPECT_FALSE(session().processAuthenticated());
+  EXPECT_TRUE(peer().finished());
+
+  peer().accept().expect(authenticate).send(answer(20));
+  EXPECT_EQ(pingThrows(), "SystemException 0 client failed to provide correct credentials");
+  EXPECT_TRUE(hasLogged("process authentication request failed: client failed to"));
+  EXPECT_FALSE(session().processAuthenticated());
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(SessionCoreTest, AStatusBlockIsReadAsFarAsItGoes) {
+  const std::string fields[] = {integer(2),  integer(10), integer(-5), octets("no such"),
+                                integer(17), integer(6),  integer(7),  octets("tired")};
+  std::string body;
+  for (size_t count = 0; count <= 8; body += fields[count++]) {
+    peer().expect(ping).send(reply(0, body));
+    IPCRequest request(IPC_OP_PING);
+    IPCReply answer;
+    session().lrpc(request, answer);
+    EXPECT_EQ(session().updateVRErrInfo(answer), count > 0 ? 2 : 11);
+    EXPECT_EQ(session().statusCode(), count > 1 ? 10 : 0);
+    EXPECT_EQ(session().statusDetail(), count > 2 ? -5 : 0);
+    EXPECT_EQ(session().statusMessage(), count > 3 ? "no such" : "");
+    EXPECT_EQ(session().healthResult(), count > 4 ? 17 : 11);
+    EXPECT_EQ(session().healthValue1(), count > 5 ? 6 : 0);
+    EXPECT_EQ(session().healthValue2(), count > 6 ? 7 : 0);
+    EXPECT_EQ(session().healthMessage(), count > 7 ? "tired" : "");
+    if (count == 8) break;
+  }
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(SessionCoreTest, ResultsAndFilesHaveTheirTexts) {
+  EXPECT_EQ(session().healthResult(), 48);
+  EXPECT_EQ(LocalRpcSession::errorString(VR_SUCCESS), "Success");
+  EXPECT_EQ(LocalRpcSession::errorString(VR_NAME_BLOCKED), "Name blocked in configuration file");
+  for (const int none : {-1, 48, 1 << 30})
+    EXPECT_EQ(LocalRpcSession::errorString(static_cast<ValidationResult>(none)), "unexpected error");
+
+  const std::string bytes("a\0b", 3);
+  put(in("file"), bytes);
+  EXPECT_EQ(readFile(in("file")), bytes);
+  EXPECT_EQ(thrownBy([&] { readFile(in("none")); }),
+            "SystemException -1 OS call failed: No such file or directory");
+  EXPECT_EQ(thrownBy([&] { readFile(m_dir); }), "SystemException -1 OS call failed: Is a directory");
+}
+
+}  // namespace
