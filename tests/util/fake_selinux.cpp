@@ -27,9 +27,7 @@ int write(const char* function, const char* context) {
   return fails(function) ? -1 : setenv("FAKE_LABEL", (std::string(context) + " written").c_str(), 1);
 }
 
-}  // namespace
-
-/// What the pointers of the interface point at.
+/// What the interface's "void*" points at.
 struct FakeContext {
   explicit FakeContext(const std::string& text)
       : label(text), start(label.find(':', label.find(':') + 1) + 1) {
@@ -40,26 +38,32 @@ struct FakeContext {
   std::string type;
 };
 
+FakeContext& at(void* context) {
+  return *static_cast<FakeContext*>(context);
+}
+
+}  // namespace
+
 extern "C" {
 
 int is_selinux_enabled() {
   return getenv("FAKE_OFF") ? 0 : 1;
 }
-FakeContext* context_new(const char* text) {
+void* context_new(const char* text) {
   return new FakeContext(text);
 }
-void context_free(FakeContext* context) {
-  delete context;
+void context_free(void* context) {
+  delete &at(context);
 }
-const char* context_type_get(FakeContext* context) {
-  return context->type.c_str();
+const char* context_type_get(void* context) {
+  return at(context).type.c_str();
 }
-int context_type_set(FakeContext* context, const char* type) {
-  context->label.replace(context->start, context->type.size(), type);
+int context_type_set(void* context, const char* type) {
+  at(context).label.replace(at(context).start, at(context).type.size(), type);
   return fails("context_type_set") ? -1 : 0;
 }
-char* context_str(FakeContext* context) {
-  return context->label.data();
+char* context_str(void* context) {
+  return at(context).label.data();
 }
 int fgetfilecon(int, char** context) {
   return read("fgetfilecon", "FAKE_LABEL", context);
