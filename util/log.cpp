@@ -65,22 +65,25 @@ void LoggerTree::init() {
   (void)overFork;
   gNamedLoggers = new LoggerTable(kInitialBuckets);
   gRootLogger = new boost::shared_ptr<Logger>(new Logger("", nullptr));
-  setLevel(*root(), Logger::Info);
+  setSettings(*root(), {Logger::Info, TextToFacility(kDefaultFacility), 0});
   setMemoryLevel(*root(), Logger::Info);
-  setFacility(*root(), TextToFacility(kDefaultFacility));
-  setShowMore(*root(), 0);
   Lock lock(gLogMessageProtect());
   gCircularBuffer() = boost::make_shared<CircularBuffer>();
 }
 
+void LoggerTree::setSettings(Logger& logger, const LoggerSettings& settings) {
+  logger.m_configuredLevel = settings.level;
+  logger.m_level = settings.level;
+  logger.m_facility = settings.facility;
+  logger.m_showMore = settings.showMore;
+}
+
 LoggerTree::LevelChange::LevelChange() {
-  gLevelGeneration.fetch_add(1);
+  ++gLevelGeneration;
 }
 
 LoggerTree::LevelChange::~LevelChange() {
-  gLevelGeneration.fetch_add(1);
-  root()->m_knownLevel = Logger::kInherit;
-  for (const auto& entry : table()) entry.second->m_knownLevel = Logger::kInherit;
+  ++gLevelGeneration;
 }
 
 boost::shared_ptr<Logger> Logger::GetLogger(const std::string& name) {
@@ -132,7 +135,7 @@ int Logger::nearest(std::atomic<int> Logger::*field) const {
 }
 
 int Logger::getEffectiveLevel() const {
-  return nearest(&Logger::m_level);
+  return nearest(&Logger::m_configuredLevel);
 }
 int Logger::getEffectiveMemoryLevel() const {
   return nearest(&Logger::m_memoryLevel);
@@ -145,11 +148,12 @@ int Logger::getShowMore() const {
 }
 
 int Logger::inheritLevel() {
-  const unsigned before = gLevelGeneration.load();
+  const unsigned before = gLevelGeneration;
   const int level = getEffectiveLevel();
-  if (before % 2 != 0) return level;
-  m_knownLevel = level;
-  if (gLevelGeneration.load() != before) m_knownLevel = kInherit;
+  int own = kInherit;
+  if (before % 2 != 0 || !m_level.compare_exchange_strong(own, level)) return level;
+  own = level;
+  if (gLevelGeneration != before) m_level.compare_exchange_strong(own, m_configuredLevel);
   return level;
 }
 

@@ -13,15 +13,17 @@
 namespace vesk {
 namespace {
 
-// One run over the configuration. Requires: both locks of the logger are held.
+// One run over the configuration. Requires: both locks of the logger are held. The loggers have their new
+// settings only at its end, so that other threads go on logging by the old ones; but for the logger that
+// takes the complaints.
 class Reconfiguration {
  public:
-  explicit Reconfiguration(Properties& properties) : m_properties(properties) {}
+  explicit Reconfiguration(Properties& properties);
 
-  void forgetEverything();
   void readLevels();
   void readFacilities();
   void readShowMore();
+  void publish();
   void readMemoryLevels();
   void startMemoryLog(CircularBuffer& buffer, unsigned int ringSize);
 
@@ -32,6 +34,7 @@ class Reconfiguration {
   // that is empty gives `complaint`, a format of the whole key.
   template <class Apply>
   void forEach(const std::string& prefix, const char* complaint, Apply apply);
+  void set(const std::string& name, int LoggerSettings::*field, int value);
   void readFacility(const std::string& program);
   int rootFacility(const std::string& key);
 
@@ -39,7 +42,24 @@ class Reconfiguration {
 
   Properties& m_properties;
   boost::shared_ptr<Logger> m_logger;  // takes the complaints
+  LoggerSettings m_rootSettings;
+  boost::unordered_map<std::string, LoggerSettings> m_settings;  // of the loggers that have any
 };
+
+// The root keeps its facility where nothing names another.
+Reconfiguration::Reconfiguration(Properties& properties)
+    : m_properties(properties), m_logger(Logger::GetLogger(kLoggingLogger)) {
+  m_rootSettings.facility = root().getEffectiveFacility();
+  set(kLoggingLogger, &LoggerSettings::level, Logger::Warn);
+  set(kLoggingLogger, &LoggerSettings::facility, TextToFacility(kDefaultFacility));
+  LoggerTree::setMemoryLevel(*m_logger, Logger::Warn);
+}
+
+void Reconfiguration::set(const std::string& name, int LoggerSettings::*field, int value) {
+  LoggerSettings& settings = m_settings[name];
+  settings.*field = value;
+  if (name == kLoggingLogger) LoggerTree::setSettings(*m_logger, settings);
+}
 
 template <class Apply>
 void Reconfiguration::forEach(const std::string& prefix, const char* complaint, Apply apply) {
@@ -54,29 +74,13 @@ void Reconfiguration::forEach(const std::string& prefix, const char* complaint, 
   }
 }
 
-// What a logger remembers of its memory level stays.
-void Reconfiguration::forgetEverything() {
-  LoggerTree::setLevel(root(), Logger::Fatal);
-  for (const auto& entry : LoggerTree::table()) {
-    LoggerTree::setLevel(*entry.second, Logger::kInherit);
-    LoggerTree::setFacility(*entry.second, Logger::kInherit);
-    LoggerTree::setShowMore(*entry.second, Logger::kInherit);
-  }
-}
-
 void Reconfiguration::readLevels() {
-  m_logger = Logger::GetLogger(kLoggingLogger);
-  LoggerTree::setLevel(*m_logger, Logger::Warn);
-  LoggerTree::setMemoryLevel(*m_logger, Logger::Warn);
-  LoggerTree::setFacility(*m_logger, TextToFacility(kDefaultFacility));
-
   const std::string text = m_properties.getString(PN::ROOT_LOGGER_NAME);
-  int level = TextToLevel(text);
-  if (level == Logger::kInherit) {
+  m_rootSettings.level = TextToLevel(text);
+  if (m_rootSettings.level == Logger::kInherit) {
     VESK_LOG(m_logger, Warn, "Illegal value for property 'log': '%s'. Using 'INFO'.", text.c_str());
-    level = Logger::Info;
+    m_rootSettings.level = Logger::Info;
   }
-  LoggerTree::setLevel(root(), level);
   forEach(PN::ROOT_LOGGER_NAME + ".", "Illegal log name: '%s'",
           [this](const std::string& name, const Entry& entry) {
             const int own = TextToLevel(entry.second);
@@ -84,30 +88,28 @@ void Reconfiguration::readLevels() {
               VESK_LOG(m_logger, Warn, "Illegal log level. Property: '%s', value: '%s'", entry.first.c_str(),
                        entry.second.c_str());
             else
-              LoggerTree::setLevel(*Logger::GetLogger(name), own);
+              set(name, &LoggerSettings::level, own);
           });
-  LoggerTree::setLevel(*Logger::GetLogger("client"), Logger::Trace);
+  set("client", &LoggerSettings::level, Logger::Trace);
 }
 
 // A program's own facility beats the general one.
 void Reconfiguration::readFacilities() {
   readFacility("*");
   readFacility(programName());
-  if (LoggerTree::facility(root()) == Logger::kInherit)
-    LoggerTree::setFacility(root(), TextToFacility(kDefaultFacility));
 }
 
 void Reconfiguration::readFacility(const std::string& program) {
   const std::string prefix = PN::LOGGER_FACILITY + ".";
   const int facility = rootFacility(prefix + program);
-  if (facility != Logger::kInherit) LoggerTree::setFacility(root(), facility);
+  if (facility != Logger::kInherit) m_rootSettings.facility = facility;
   forEach(prefix, "Illegal facility name: '%s'", [this](const std::string& name, const Entry& entry) {
     const int own = TextToFacility(entry.second);
     if (own == Logger::kInherit)
       VESK_LOG(m_logger, Warn, "Illegal log facility. Property: '%s', value: '%s'", entry.first.c_str(),
                entry.second.c_str());
     else
-      LoggerTree::setFacility(*Logger::GetLogger(name), own);
+      set(name, &LoggerSettings::facility, own);
   });
 }
 
@@ -123,14 +125,25 @@ int Reconfiguration::rootFacility(const std::string& key) {
 
 void Reconfiguration::readShowMore() {
   const int bits = m_properties.getInt(PN::LOGGER_SHOW_MORE, 0);
-  LoggerTree::setShowMore(root(), bits == Logger::kInherit ? 0 : bits);
+  m_rootSettings.showMore = bits == Logger::kInherit ? 0 : bits;
   forEach(PN::LOGGER_SHOW_MORE + ".", "Illegal log name: '%s'",
-          [](const std::string& name, const Entry& entry) {
+          [this](const std::string& name, const Entry& entry) {
             const int own = entry.second.empty() ? Logger::kInherit : atoi(entry.second.c_str());
-            LoggerTree::setShowMore(*Logger::GetLogger(name), own);
+            set(name, &LoggerSettings::showMore, own);
           });
 }
 
+void Reconfiguration::publish() {
+  for (const auto& entry : m_settings) Logger::GetLogger(entry.first);
+  const LoggerTree::LevelChange change;
+  LoggerTree::setSettings(root(), m_rootSettings);
+  for (const auto& entry : LoggerTree::table()) {
+    const auto own = m_settings.find(entry.first);
+    LoggerTree::setSettings(*entry.second, own != m_settings.end() ? own->second : LoggerSettings());
+  }
+}
+
+// A memory level that a logger has remembered stays as it is, if nothing names the logger.
 void Reconfiguration::readMemoryLevels() {
   LoggerTree::setMemoryLevel(root(), memoryLevel(m_properties.getString(PN::ROOT_MEMORY_NAME), m_logger));
   forEach(PN::ROOT_MEMORY_NAME + ".", "Illegal log.memory name: '%s'",
@@ -161,14 +174,13 @@ void Logger::ReconfigureLevels(Properties& properties) {
   LoggerTree::init();
   if (LoggerTree::isShutDown()) return;
   HeldMessages::Scope hold(held);
-  LoggerTree::LevelChange change;
 
-  Reconfiguration run(properties);
-  run.forgetEverything();
   destination.apply();
+  Reconfiguration run(properties);
   run.readLevels();
   run.readFacilities();
   run.readShowMore();
+  run.publish();
   const boost::shared_ptr<CircularBuffer>& buffer = gCircularBuffer();
   if (!buffer || !buffer->isActive()) return;
   run.readMemoryLevels();

@@ -38,6 +38,13 @@ FileLogging& gFileLogging();
 /// The process's memory log; empty before the tree and after Logger::close. Guarded by gLogMessageProtect.
 boost::shared_ptr<CircularBuffer>& gCircularBuffer();
 
+/// What a configuration says of one logger.
+struct LoggerSettings {
+  int level = Logger::kInherit;
+  int facility = Logger::kInherit;
+  int showMore = Logger::kInherit;
+};
+
 /// The tree from the inside.
 struct LoggerTree {
   /// Makes the root and the memory log, once, unless logging has ended. The other operations require this
@@ -47,13 +54,9 @@ struct LoggerTree {
   static const boost::shared_ptr<Logger>& root();
   static LoggerTable& table();
 
-  static void setLevel(Logger& logger, int level) { logger.m_level = logger.m_knownLevel = level; }
   static void setMemoryLevel(Logger& logger, int level) { logger.m_memoryLevel = level; }
-  static void setFacility(Logger& logger, int facility) { logger.m_facility = facility; }
-  static void setShowMore(Logger& logger, int bits) { logger.m_showMore = bits; }
-  static int facility(const Logger& logger) { return logger.m_facility; }
-
-  /// While one stands, and for a moment after, isEnabled remembers no level that may be out of date.
+  static void setSettings(Logger& logger, const LoggerSettings& settings);
+  /// While one stands levels are changed: isEnabled remembers none that may be out of date.
   class LevelChange {
    public:
     LevelChange();

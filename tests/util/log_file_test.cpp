@@ -11,14 +11,13 @@
 #include <map>
 
 #include "tests/support/scratch_test.h"
-#include "tests/util/syslog_socket.h"
+#include "tests/support/syslog_socket.h"
 #include "util/include/log.h"
 #include "util/include/log_gzip.h"
 
 using namespace vesk;
 namespace fs = std::filesystem;
 using testsupport::inChild;
-using Texts = std::vector<std::string>;
 
 namespace {
 
@@ -35,13 +34,11 @@ class LogFileTest : public testsupport::ScratchTest {
   std::map<std::string, std::string> files() {
     std::map<std::string, std::string> all;
     for (const fs::directory_entry& entry : fs::directory_iterator(m_dir)) {
-      const std::string path = entry.path();
-      if (entry.path().extension() == ".gz") {
-        gunzip(path.c_str(), in("../expanded").c_str());
-        all[entry.path().filename()] = contentOf(in("../expanded"));
-      } else {
-        all[entry.path().filename()] = contentOf(path);
-      }
+      std::string& text = all[entry.path().filename()] = get(entry.path());
+      if (entry.path().extension() != ".gz") continue;
+      EXPECT_EQ(system(("gzip -t " + entry.path().string()).c_str()), 0);
+      gunzip(entry.path().c_str(), in("../expanded").c_str());
+      text = get(in("../expanded"));
     }
     return all;
   }
@@ -49,25 +46,24 @@ class LogFileTest : public testsupport::ScratchTest {
 
 TEST_F(LogFileTest, SettingsHaveTheirLimits) {
   const struct {
-    const char* configuration;
-    unsigned int maxSize;
-    int maxCount, flushFrequency;
-    unsigned int cacheSize;
+    const char *frequency, *count, *size;
+    FileLogging::Settings settings;
   } rows[] = {
-      {"", 0x20000000, 5, 10, 10240},
-      {"logger.file.flush.frequency: 0\nlogger.file.maxcount: 0\nlogger.file.maxsize: 1\n", 1 << 20, 0, 0, 0},
-      {"logger.file.flush.frequency: 1\nlogger.file.maxcount: -3\nlogger.file.maxsize: 0\n", 0, 5, 1, 0},
-      {"logger.file.flush.frequency: 2\nlogger.file.maxcount: 7\n", 0x20000000, 7, 2, 2048},
-      {"logger.file.flush.frequency: 513\nlogger.file.maxsize: 9999999\n", 0xFFFFFFFF, 5, 512, 524288},
-      {"logger.file.flush.frequency: -1\nlogger.file.maxcount: 2147483647\n", 0x20000000, 9999, 10, 10240},
+      {"", "", "", {0x20000000, 5, false, 10, 10240}},
+      {"0", "0", "1", {1 << 20, 0, false, 0, 0}},
+      {"1", "-3", "0", {0, 5, false, 1, 0}},
+      {"2", "7", "4095", {4095u << 20, 7, false, 2, 2048}},
+      {"513", "2147483647", "4096", {0xFFFFFFFF, 9999, false, 512, 524288}},
+      {"-1", "x", "-1", {0xFFF00000, 0, false, 10, 10240}},
   };
   for (const auto& row : rows) {
-    configure(row.configuration);
+    configure(std::string("logger.file.flush.frequency: ") + row.frequency +
+              "\nlogger.file.maxcount: " + row.count + "\nlogger.file.maxsize: " + row.size + "\n");
     const auto settings = FileLogging::Settings::read();
-    EXPECT_EQ(settings.maxSize, row.maxSize) << row.configuration;
-    EXPECT_EQ(settings.maxCount, row.maxCount) << row.configuration;
-    EXPECT_EQ(settings.flushFrequency, row.flushFrequency) << row.configuration;
-    EXPECT_EQ(settings.cacheSize, row.cacheSize) << row.configuration;
+    EXPECT_EQ(settings.maxSize, row.settings.maxSize) << row.size;
+    EXPECT_EQ(settings.maxCount, row.settings.maxCount) << row.count;
+    EXPECT_EQ(settings.flushFrequency, row.settings.flushFrequency) << row.frequency;
+    EXPECT_EQ(settings.cacheSize, row.settings.cacheSize) << row.frequency;
   }
 }
 
@@ -84,63 +80,41 @@ TEST_F(LogFileTest, LinesReachTheFileWhenAFlushIsDue) {
   ASSERT_EQ(file.init(path.c_str(), {1 << 20, 5, false, 1, 0}), 0);
   write(file, "at once");
   EXPECT_EQ(linesOf(path).back(), "at once");
-  file.close();
-  write(file, "nowhere");
   file.destroy();
-  EXPECT_FALSE(file.isOpened());
+  write(file, "nowhere");
 }
 
 TEST_F(LogFileTest, RotationMovesTheOldFilesUp) {
+  using Files = std::map<std::string, std::string>;
   const struct {
-    const char* what;
     FileLogging::Settings settings;
-    std::map<std::string, std::string> before, after;
+    Files before, after;
   } rows[] = {
-      {"the last goes",
-       {4, 2, false, 1, 0},
-       {{"log", "new"}, {"log.1", "1"}, {"log.2", "2"}, {"log.1.gz", "g"}},
-       {{"log", ""}, {"log.1", "new"}, {"log.2", "1"}, {"log.1.gz", ""}}},
-      {"a gap stays open",
-       {4, 4, false, 1, 0},
+      {{4, 2, false, 1, 0},
+       {{"log", "new"}, {"log.1", "1"}, {"log.2", "2"}},
+       {{"log", ""}, {"log.1", "new"}, {"log.2", "1"}}},
+      {{4, 4, false, 1, 0},
        {{"log", "new"}, {"log.2", "2"}},
        {{"log", ""}, {"log.1", "new"}, {"log.3", "2"}}},
-      {"compressed",
-       {4, 2, true, 1, 0},
+      {{4, 2, true, 1, 0},
        {{"log", "new"}, {"log.1", "1"}},
        {{"log", ""}, {"log.1.gz", "new"}, {"log.1", "1"}}},
-      {"none kept", {4, 0, false, 1, 0}, {{"log", "new"}}, {{"log", "new"}}},
-      {"not large enough", {1 << 20, 2, false, 1, 0}, {{"log", "new"}}, {{"log", "new"}}},
+      {{4, 0, false, 1, 0}, {{"log", "new"}}, {{"log", "new"}}},
+      {{1 << 20, 2, false, 1, 0}, {{"log", "new"}}, {{"log", "new"}}},
   };
+  const std::string line(40000, 'x');
   for (const auto& row : rows) {
     for (const auto& old : row.before) put(in(old.first), old.second);
     FileLogging file;
     file.init(in("log").c_str(), row.settings);
-    write(file, "line");
-    auto after = files();
-    ASSERT_EQ(after.size(), row.after.size()) << row.what;
-    for (const auto& expected : row.after) {
-      ASSERT_EQ(after.count(expected.first), 1u) << row.what << " " << expected.first;
-      const std::string& text = after[expected.first];
-      EXPECT_EQ(text.substr(0, expected.second.size()), expected.second) << row.what << " " << expected.first;
-      EXPECT_EQ(text.find("]: line\n") != std::string::npos, expected.second == "new") << row.what;
+    write(file, "%s", line.c_str());
+    Files after = files();
+    for (auto& left : after) {
+      if (left.second.find("]: " + line + "\n") != std::string::npos) left.second.erase(strlen("new"));
+      fs::remove(in(left.first));
     }
-    for (const auto& left : after) fs::remove(in(left.first));
+    EXPECT_EQ(after, row.after);
   }
-}
-
-TEST_F(LogFileTest, CompressedFilesAreWhatTheyShouldBe) {
-  std::string content;
-  for (int i = 0; i < 20000; ++i) content += std::to_string(i * 7919) + "\n";
-  put(in("plain"), content);
-  gzip(in("plain").c_str(), in("packed.gz").c_str());
-  EXPECT_EQ(system(("gzip -t " + in("packed.gz")).c_str()), 0);
-  EXPECT_LT(fs::file_size(in("packed.gz")), content.size());
-  gunzip(in("packed.gz").c_str(), in("again").c_str());
-  EXPECT_EQ(contentOf(in("again")), content);
-  gzip(in("missing").c_str(), in("none").c_str());
-  gzip(nullptr, in("none").c_str());
-  gunzip(in("packed.gz").c_str(), nullptr);
-  EXPECT_FALSE(fs::exists(in("none")));
 }
 
 // None of these may block, be written through, or change another file's mode.

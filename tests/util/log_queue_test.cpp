@@ -7,7 +7,7 @@
 #include <map>
 
 #include "tests/support/scratch_test.h"
-#include "tests/util/syslog_socket.h"
+#include "tests/support/syslog_socket.h"
 #include "util/include/log.h"
 #include "util/include/pause.h"
 #include "util/include/runqueue.h"
@@ -15,7 +15,11 @@
 
 using namespace vesk;
 using testsupport::inChild;
-using Texts = std::vector<std::string>;
+
+// The thread sanitizer allows a forked child no thread of its own otherwise.
+extern "C" const char* __tsan_default_options() {
+  return "die_after_fork=0";
+}
 
 namespace {
 
@@ -39,7 +43,7 @@ class LogQueueTest : public ::testing::Test {
 };
 
 TEST_F(LogQueueTest, StartAndStopTellWhatTheyDo) {
-  configure(toFile("log: DEBUG\nlogger.queue.size: 3\nlog.util: INFO\n"));
+  configure(toFile("log: DEBUG\nlogger.queue.size: 30\nlog.util: INFO\n"));
   const auto logger = Logger::GetLogger("own");
   Logger::startThread(logger);
   Logger::startThread(logger);
@@ -100,53 +104,40 @@ void* writeLines(void* argument) {
   return nullptr;
 }
 
-// The queue comes and goes while threads log, and the configuration changes with complaints of its own.
+// The queue comes and goes while threads log, and the configuration changes with complaints of its own. With
+// a small queue lines are dropped, but posters, the runner's report and the reload never wait for each other.
 TEST_F(LogQueueTest, EveryLineIsWrittenOnceAndInItsThreadsOrder) {
-  const std::string configuration = toFile("logger.queue.size: 100000\n");
-  configure(configuration);
-  Writer writers[] = {{"a", 1500}, {"b", 1500}, {"c", 1500}};
-  std::list<Thread> threads(3);
-  int next = 0;
-  for (Thread& thread : threads) thread.start(nullptr, writeLines, &writers[next++], 0);
-  int complaints = 0;
-  for (; complaints < 30; ++complaints) {
-    Logger::startThread({});
-    configure(configuration + "log.x: bad\n");
-    Logger::stopThread({});
-  }
-  for (Thread& thread : threads) thread.join();
-  std::map<std::string, int> seen;
-  for (const std::string& line : linesOf(kFile)) {
-    char name[8];
-    int number = 0;
-    if (sscanf(line.c_str(), "INFO  <%7[a-c]> many %d", name, &number) == 2)
-      EXPECT_EQ(number, seen[name]++) << line;
-    else
-      --complaints;
-  }
-  for (const Writer& writer : writers) EXPECT_EQ(seen[writer.name], writer.lines) << writer.name;
-  EXPECT_EQ(complaints, 0);
-}
-
-// Posters that wait at a full queue, a runner that wants to report it, and a reload that complains.
-TEST_F(LogQueueTest, StopEndsWhateverTheOthersWaitFor) {
-  const std::string configuration = toFile("logger.queue.size: 2\nlog.x: bad\n");
-  configure(configuration);
-  Writer writers[] = {{"a", 400}, {"b", 400}, {"c", 400}};
-  std::list<Thread> threads(3);
-  int next = 0;
-  for (Thread& thread : threads) thread.start(nullptr, writeLines, &writers[next++], 0);
-  for (int i = 0; i < 20; ++i) {
-    Logger::startThread(Logger::GetLogger("own"));
+  for (const char* size : {"2", "100000"}) {
+    unlink(kFile);
+    const std::string configuration = toFile(std::string("logger.queue.size: ") + size + "\n");
     configure(configuration);
-    Logger::stopThread({});
+    Writer writers[] = {{"a", 1500}, {"b", 1500}, {"c", 1500}};
+    std::list<Thread> threads(3);
+    int next = 0, complaints = 0;
+    for (Thread& thread : threads) thread.start(nullptr, writeLines, &writers[next++], 0);
+    for (; complaints < 30; ++complaints) {
+      Logger::startThread({});
+      configure(configuration + "log.x: bad\n");
+      Logger::stopThread({});
+    }
+    for (Thread& thread : threads) thread.join();
+    if (*size == '2') continue;
+    std::map<std::string, int> seen;
+    for (const std::string& line : linesOf(kFile)) {
+      char name[8];
+      int number = 0;
+      if (sscanf(line.c_str(), "INFO  <%7[a-c]> many %d", name, &number) == 2)
+        EXPECT_EQ(number, seen[name]++) << line;
+      else
+        --complaints;
+    }
+    for (const Writer& writer : writers) EXPECT_EQ(seen[writer.name], writer.lines) << writer.name;
+    EXPECT_EQ(complaints, 0);
   }
-  for (Thread& thread : threads) thread.join();
-  EXPECT_FALSE(linesOf(kFile).empty());
 }
 
 TEST_F(LogQueueTest, AForkLeavesBothSidesWriting) {
-  configure(toFile(""));
+  configure(toFile("logger.queue.size: 100000\n"));
   const auto logger = Logger::GetLogger("fork");
   Logger::startThread({});
   Writer writer{"busy", 1000};

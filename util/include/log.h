@@ -40,7 +40,7 @@ class FOKRAZO_API Logger {
 
   /// Whether a message of that level goes anywhere. Remembers inherited levels in the logger's own fields.
   bool isEnabled(LogLevel level) {
-    int own = m_knownLevel.load(std::memory_order_relaxed);
+    int own = m_level.load(std::memory_order_relaxed);
     if (own == kInherit) own = inheritLevel();
     if (level >= own) return true;
     int memory = m_memoryLevel.load(std::memory_order_relaxed);
@@ -101,9 +101,9 @@ class FOKRAZO_API Logger {
 
   std::string m_fullName;
   std::string m_displayName;
-  boost::shared_ptr<Logger> m_parent;        // empty in the root alone
-  std::atomic<int> m_level{kInherit};        // as configured
-  std::atomic<int> m_knownLevel{kInherit};   // what isEnabled found last; forgotten at each configuration
+  boost::shared_ptr<Logger> m_parent;  // empty in the root alone
+  std::atomic<int> m_level{kInherit};  // what isEnabled found, until the next configuration
+  std::atomic<int> m_configuredLevel{kInherit};
   std::atomic<int> m_memoryLevel{kInherit};  // as configured, or what isEnabled found
   std::atomic<int> m_facility{kInherit};
   std::atomic<int> m_showMore{kInherit};

@@ -1,0 +1,187 @@
+// What a log call costs its caller: disabled, into the file, and by the background thread. Beside it spdlog,
+// where the machine has it, with the same format, file system and number of messages between flushes.
+// Allocations are counted per message.
+
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <string>
+
+#include "util/include/log.h"
+#include "util/include/log_destination.h"
+#include "util/include/properties.h"
+#include "util/include/propnames.h"
+#include "util/include/thread.h"
+
+#ifdef HAVE_SPDLOG
+#include <spdlog/async.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/spdlog.h>
+#endif
+
+namespace {
+
+std::atomic<long> gAllocations{0};
+
+}  // namespace
+
+void* operator new(size_t size) {
+  gAllocations.fetch_add(1, std::memory_order_relaxed);
+  if (void* memory = malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+  free(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+  free(memory);
+}
+
+namespace {
+
+using vesk::Logger;
+
+constexpr int kMessages = 40000;  // per thread and run
+constexpr int kMessagesPerFlush = 10;
+constexpr int kQueueSize = 1 << 19;  // above what a run logs, twice: a half full queue slows its posters down
+
+std::string logFile(const char* name) {
+  const char* directory = getenv("TMPDIR");
+  return std::string(directory ? directory : "/tmp") + "/bench_logging." + name + ".log";
+}
+
+// Counts allocations over the run; the first thread of the benchmark reports.
+class AllocationCounter {
+ public:
+  explicit AllocationCounter(benchmark::State& state) : m_state(state), m_before(gAllocations) {}
+  ~AllocationCounter() {
+    if (m_state.thread_index() != 0) return;
+    const double messages = static_cast<double>(m_state.iterations()) * m_state.threads();
+    m_state.counters["allocations"] = static_cast<double>(gAllocations - m_before) / messages;
+  }
+
+ private:
+  benchmark::State& m_state;
+  long m_before;
+};
+
+void DisabledHere(benchmark::State& state) {
+  const auto logger = vesk::getLogger("bench", false);
+  const AllocationCounter counter(state);
+  long i = 0;
+  for (auto _ : state) VESK_LOG(logger, Trace, "message %ld of %s", ++i, "bench");
+}
+BENCHMARK(DisabledHere);
+
+// By name: with a table of the thread's own.
+void DisabledByNameHere(benchmark::State& state) {
+  const vesk::Thread counted;
+  vesk::getLogger("lrpc.session", false);
+  const AllocationCounter counter(state);
+  long i = 0;
+  for (auto _ : state) VESK_LOG_TO("lrpc.session", Trace, "message %ld of %s", ++i, "bench");
+}
+BENCHMARK(DisabledByNameHere);
+
+void openFile(const benchmark::State&) {
+  vesk::Properties& properties = *vesk::Props(false, false);
+  properties.setString(vesk::PN::LOGGER_DESTINATION, logFile("here"));
+  properties.setString(vesk::PN::LOGGER_FILE_FLUSH_FREQUENCY, std::to_string(kMessagesPerFlush));
+  properties.setString(vesk::PN::LOGGER_QUEUE_SIZE, std::to_string(kQueueSize));
+  vesk::Thread::SetThreadsActive(true);
+  Logger::ReconfigureLevels(properties);
+}
+void removeFile(const benchmark::State&) {
+  vesk::Thread::SetThreadsActive(false);
+  remove(logFile("here").c_str());
+}
+void openQueue(const benchmark::State& state) {
+  openFile(state);
+  Logger::startThread({});
+}
+void closeQueue(const benchmark::State& state) {
+  Logger::stopThread({});
+  removeFile(state);
+}
+
+void EnabledHere(benchmark::State& state) {
+  const auto logger = vesk::getLogger("bench", false);
+  const AllocationCounter counter(state);
+  long i = 0;
+  for (auto _ : state) VESK_LOG(logger, Info, "message %ld of %s", ++i, "bench");
+}
+BENCHMARK(EnabledHere)
+    ->Name("FileHere")
+    ->Threads(1)
+    ->Threads(4)
+    ->Iterations(kMessages)
+    ->UseRealTime()
+    ->Setup(openFile)
+    ->Teardown(removeFile);
+BENCHMARK(EnabledHere)
+    ->Name("QueueHere")
+    ->Threads(1)
+    ->Threads(4)
+    ->Iterations(kMessages)
+    ->UseRealTime()
+    ->Setup(openQueue)
+    ->Teardown(closeQueue);
+
+#ifdef HAVE_SPDLOG
+
+std::shared_ptr<spdlog::logger> gSpdlog;
+
+void DisabledSpdlog(benchmark::State& state) {
+  const auto logger = spdlog::basic_logger_mt("disabled", logFile("spdlog"));
+  const AllocationCounter counter(state);
+  long i = 0;
+  for (auto _ : state) logger->trace("message {} of {}", ++i, "bench");
+  spdlog::drop_all();
+}
+BENCHMARK(DisabledSpdlog);
+
+void openSpdlog(const benchmark::State&) {
+  gSpdlog = spdlog::basic_logger_mt("bench", logFile("spdlog"));
+}
+void openAsyncSpdlog(const benchmark::State&) {
+  spdlog::init_thread_pool(kQueueSize, 1);
+  gSpdlog = spdlog::basic_logger_mt<spdlog::async_factory>("bench", logFile("spdlog"));
+}
+void closeSpdlog(const benchmark::State&) {
+  gSpdlog.reset();
+  spdlog::shutdown();
+  remove(logFile("spdlog").c_str());
+}
+
+void EnabledSpdlog(benchmark::State& state) {
+  const AllocationCounter counter(state);
+  long i = 0;
+  for (auto _ : state) {
+    gSpdlog->info("message {} of {}", ++i, "bench");
+    if (i % kMessagesPerFlush == 0) gSpdlog->flush();
+  }
+}
+BENCHMARK(EnabledSpdlog)
+    ->Name("FileSpdlog")
+    ->Threads(1)
+    ->Threads(4)
+    ->Iterations(kMessages)
+    ->UseRealTime()
+    ->Setup(openSpdlog)
+    ->Teardown(closeSpdlog);
+BENCHMARK(EnabledSpdlog)
+    ->Name("QueueSpdlog")
+    ->Threads(1)
+    ->Threads(4)
+    ->Iterations(kMessages)
+    ->UseRealTime()
+    ->Setup(openAsyncSpdlog)
+    ->Teardown(closeSpdlog);
+
+#endif
+
+}  // namespace
+
+BENCHMARK_MAIN();
