@@ -6,7 +6,6 @@
 #include <exception>
 
 #include "util/include/clock.h"
-#include "util/include/thread.h"
 #include "util/include/threads_api.h"
 #include "util/include/throw.h"
 
@@ -22,11 +21,6 @@ void report(int error, int line) {
 
 bool threadsActive() {
   return vesk::Thread::m_threadsActive.load(std::memory_order_relaxed) > 0;
-}
-
-bool threadsSupported() {
-  if (!vesk::Thread::m_threadSupportKnown) vesk::Thread::DetermineThreadSupport();
-  return vesk::Thread::m_threadsSupported;
 }
 
 // The deadline where the system's clock has it; the day's clock may have been moved.

@@ -7,7 +7,6 @@
 #include "util/include/log.h"
 #include "util/include/pause.h"
 #include "util/include/propnames.h"
-#include "util/include/thread.h"
 #include "util/include/threads_api.h"
 #include "util/include/throw.h"
 

@@ -64,7 +64,7 @@ class Attributes {
 };
 
 void testCancel() {
-  if (vesk::Thread::m_threadsSupported) pthread_testcancel();
+  if (vesk::threadsSupported()) pthread_testcancel();
 }
 
 }  // namespace
@@ -223,13 +223,13 @@ void Thread::yield() {
 }
 
 void Thread::enableKill() {
-  if (!m_threadsSupported) return;
+  if (!threadsSupported()) return;
   FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr));
   pthread_testcancel();
 }
 
 void Thread::disableKill() {
-  if (m_threadsSupported) FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr));
+  if (threadsSupported()) FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr));
 }
 
 }  // namespace vesk

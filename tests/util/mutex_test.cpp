@@ -68,28 +68,22 @@ TEST_F(LockTest, WaitWithAMutexHeldTwiceLetsTheOthersInAndHoldsItTwiceAgain) {
   EXPECT_FALSE(freeForOthers());
 }
 
-TEST_F(LockTest, WaitsEndWithTheirTimeByTheDaysClock) {
+TEST_F(LockTest, WaitsEndWithTheirTimeByTheDaysClockAndFailWithNoTime) {
   Lock lock(mutex);
   EXPECT_FALSE(lock.wait(0, 0)) << "the current second has begun already";
   const MovedDay later(3600);
   const timespec past{time(nullptr) + 1800, 0};
   EXPECT_FALSE(mutex.wait(&past));
   EXPECT_EQ(mutex.lockDepth(), 1u);
-}
-
-TEST_F(LockTest, AFailedWaitThrowsAndTheMutexComesFreeAllTheSame) {
   try {
-    Lock outer(mutex);
-    Lock inner(mutex);
-    const timespec impossible{0, -1};
-    mutex.wait(&impossible);
+    lock.wait(0, -1);
     FAIL();
   } catch (const vesk::SystemException& e) {
     EXPECT_EQ(e.rc(), EINVAL);
     EXPECT_STREQ(e.what(), "OS call failed: Invalid argument");
   }
+  lock.unLock();
   EXPECT_TRUE(freeForOthers());
-  EXPECT_EQ(mutex.lockDepth(), 0u);
 }
 
 TEST_F(LockTest, SignalsWakeOneOrAll) {
@@ -153,7 +147,6 @@ TEST_F(LockTest, PollingLockGetsTheMutexInTheEnd) {
   Gate started;
   mutex.lock();
   Worker worker([&] {
-    EXPECT_THROW(Lock(mutex, 0, -1), vesk::SystemException) << "an interval that cannot be slept";
     started.open();
     EXPECT_TRUE(Lock(mutex, 0, 1000).isLocked());
   });

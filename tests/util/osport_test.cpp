@@ -95,21 +95,3 @@ TEST(OsPortTest, ProgramName) {
   EXPECT_EQ(std::string(__progname), std::string(own).substr(0, 15)) << "as long as the kernel keeps it";
   __progname = own;
 }
-
-TEST(OsPortTest, ReadingFileIdsDoesNotChangeThem) {
-  if (geteuid() != 0) GTEST_SKIP() << "only root can have others";
-  EXPECT_EQ(QtrSetFsUid(1), 0u);
-  EXPECT_EQ(QtrSetFsGid(1), 0u);
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(QtrGetFsUid(), 1u);
-    EXPECT_EQ(QtrGetFsGid(), 1u);
-  }
-  QtrSetFsUid(0);
-  QtrSetFsGid(0);
-}
-
-TEST(OsPortTest, SignalHandlers) {
-  EXPECT_EQ(ConfigSignalHandler(SIGUSR1, SIG_IGN), SIG_DFL);
-  EXPECT_EQ(ConfigSignalHandler(SIGUSR1, SIG_DFL), SIG_IGN);
-  EXPECT_EQ(ConfigSignalHandler(SIGKILL, SIG_IGN), SIG_ERR);
-}

@@ -165,6 +165,7 @@ TEST_F(SpawnTest, EveryWayOfClosingKeepsWhatItShould) {
 }
 
 TEST_F(SpawnTest, EnvironmentCallbackAndStatus) {
+  const RecordedPauses pauses([](long) { awaitZombie(); });
   setenv("SPAWN_TEST_MARK", "set", 1);
   for (const bool empty : {false, true}) {
     Pipe out;
@@ -220,12 +221,14 @@ TEST_F(SpawnTest, ReplacingThisProcess) {
 }
 
 TEST_F(SpawnTest, ACancelledWaiterLeavesItsChildToTheReaper) {
-  Pipe input, ready;
-  Worker waiter([&] { run("echo; read line", {input.ends[0], ready.ends[1]}); });
-  char byte;
-  EXPECT_EQ(read(ready.ends[0], &byte, 1), 1);
-  waiter.kill();
-  EXPECT_EQ(waiter.unexpectedEnds, 1);
+  Pipe input;
+  cancelAt([&](auto point) {
+    const RecordedPauses pauses([&](long) {
+      point();
+      vesk::Thread::yield();
+    });
+    run("read line", {input.ends[0], null, null}, kWait, 10);
+  });
   input.closeWriter();
   awaitZombie();
   spawnfv_reap();

@@ -1,11 +1,12 @@
 /// The threads interface of the system. Internal. It is reached through weak references alone, so that the
-/// library works in a program that has no threads library; a call is made only where
-/// Thread::m_threadsSupported or a running thread vouches for it.
+/// library works in a program that has no threads library; a call is made only where threadsSupported or a
+/// running thread vouches for it.
 #pragma once
 
 #include <pthread.h>
 
 #include "util/include/mutex.h"
+#include "util/include/thread.h"
 
 #pragma weak pthread_attr_destroy
 #pragma weak pthread_attr_init
@@ -40,6 +41,12 @@
 #pragma weak pthread_testcancel
 
 namespace vesk {
+
+/// Whether the interface is there at all.
+inline bool threadsSupported() {
+  if (!Thread::m_threadSupportKnown) Thread::DetermineThreadSupport();
+  return Thread::m_threadsSupported;
+}
 
 /// Throws SystemException "OS call failed: …" with `error` as its code, unless that is 0.
 void checkOsCall(int error, const char* source, int line);
