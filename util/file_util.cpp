@@ -66,8 +66,6 @@ int openTempFile(char* templ, int mode, const Owner* owner, std::ofstream& out) 
   if (!fd) throwNoTempFile(errno);
   finishTempFile(fd, templ, mode, owner);
   // The stream takes the file by its name, which nobody else can replace in a directory with the sticky bit.
-  out.close();
-  out.clear();
   out.open(templ, std::ios::out | std::ios::trunc);
   return fd.close();
 }

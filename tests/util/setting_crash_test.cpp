@@ -101,9 +101,10 @@ TEST_F(SettingCrashTest, ReadersNeverSeeAPartOfAValue) {
     _exit(0);
   }
   std::set<std::string> seen;
-  while (waitpid(writer, nullptr, WNOHANG) == 0) seen.insert(readSettingFile("site", ""));
+  do {
+    seen.insert(readSettingFile("site", ""));
+  } while (waitpid(writer, nullptr, WNOHANG) == 0);
   for (const std::string& value : seen) EXPECT_TRUE(value == values[0] || value == values[1]) << value;
-  EXPECT_FALSE(seen.empty());
 }
 
 }  // namespace
