@@ -62,13 +62,14 @@ class Properties::Print {
   /// To the log, at DEBUG with `debug` and at TRACE without.
   explicit Print(bool debug) : m_stream(std::cerr), m_toLog(true), m_debug(debug) {}
 
-  void operator()(const Map::value_type& entry) {
+  void operator()(const Table::value_type& entry) {
+    const std::string& value = entry.second.value();
     if (!m_toLog) {
-      m_stream << entry.first << '=' << entry.second << '\n';
+      m_stream << entry.first << '=' << value << '\n';
     } else if (m_debug) {
-      VESK_LOG_TO(kLogger, Debug, "property: %s=%s", entry.first.c_str(), entry.second.c_str());
+      VESK_LOG_TO(kLogger, Debug, "property: %s=%s", entry.first.c_str(), value.c_str());
     } else {
-      VESK_LOG_TO(kLogger, Trace, "property: %s=%s", entry.first.c_str(), entry.second.c_str());
+      VESK_LOG_TO(kLogger, Trace, "property: %s=%s", entry.first.c_str(), value.c_str());
     }
   }
 
@@ -77,6 +78,14 @@ class Properties::Print {
   const bool m_toLog;
   const bool m_debug;
 };
+
+void Property::set(const std::string& raw) {
+  m_value = raw;
+  PropertySyntax::removeEscapes(m_value);
+  PropertySyntax::unescapeValue(m_value);
+  m_rawForm = m_value == raw ? AsValue : Own;
+  m_raw = m_rawForm == Own ? raw : std::string();
+}
 
 Properties* Properties::gVeskProperties = nullptr;
 Mutex& Properties::gPropMtx = *new Mutex;
@@ -115,13 +124,12 @@ void Properties::loadText(const std::string& text, bool expand) {
   const auto logger = getLogger(kLogger, false);
   if (!logger || !logger->isEnabled(Logger::Debug)) return;
   Print print(m_debugDump);
-  for (const auto& entry : m_values) print(entry);
+  for (const auto& entry : m_table) print(entry);
 }
 
 bool Properties::reload() {
   Lock lock(mutex);
-  m_values.clear();
-  m_rawValues.clear();
+  m_table.clear();
   m_listCache.clear();
   m_variables.clear();
   load(paths::kConfigFile, true);
@@ -129,32 +137,41 @@ bool Properties::reload() {
 }
 
 // What an earlier load left in the final values stays: a second load merges over the first.
-void Properties::parse(const std::string& text, bool expand) {
+void Properties::parse(const std::string& file, bool expand) {
   m_expandVariables = expand;
   m_expansionLeft = kMaxExpansion;
-  m_rawValues.clear();
+  for (auto& entry : m_table) entry.second.forgetRaw();
   m_listCache.clear();
   loadVariables();
-  TextLines lines(text);
+  TextLines lines(file);
   std::string line;
   std::string extra;
   std::string key;
-  std::string raw;
+  std::string text;
+  Table::iterator last = m_table.end();
   while (!lines.atEnd()) {
     readLogicalLine(lines, line, extra, true);
-    if (getPropertyFromLine(line, key, raw)) assign(key, raw);
+    if (getPropertyFromLine(line, key, text)) last = assign(last, key, text);
   }
   m_loaded = true;
   m_modified = false;
 }
 
-// `text` comes from getPropertyFromLine and becomes the final value.
-void Properties::assign(const std::string& key, std::string& text) {
+// `text` comes from getPropertyFromLine and is raw afterwards. The key is looked for behind `near` first, as
+// files tend to have neighbours together; the result is where it stands.
+Properties::Table::iterator Properties::assign(Table::iterator near, const std::string& key,
+                                               std::string& text) {
   expandEnvVariables(text);
-  m_rawValues[key] = text;
-  removeEscapes(text);
-  unescapeValue(text);
-  m_values[key] = text;
+  if (near != m_table.end()) ++near;
+  const auto entry = m_table.try_emplace(near, key);
+  entry->second.set(text);
+  return entry;
+}
+
+void Properties::change(const std::string& key, const std::string& raw) {
+  m_table[key].set(raw);
+  m_listCache.erase(key);
+  m_modified = true;
 }
 
 bool Properties::loaded() {
@@ -169,9 +186,9 @@ bool Properties::modified() {
 
 bool Properties::lookup(const std::string& key, std::string& value) {
   Lock lock(mutex);
-  const auto found = m_values.find(key);
-  if (found == m_values.end()) return false;
-  value = found->second;
+  const auto found = m_table.find(key);
+  if (found == m_table.end()) return false;
+  value = found->second.value();
   return true;
 }
 
@@ -220,29 +237,31 @@ std::unique_ptr<Properties::Map> Properties::getMap(const std::string& prefix) {
   iterator begin;
   iterator end;
   if (!filter(prefix, begin, end)) return nullptr;
-  return std::make_unique<Map>(begin, end);
+  auto map = std::make_unique<Map>();
+  for (; begin != end; ++begin) map->emplace_hint(map->end(), begin->first, begin->second.value());
+  return map;
 }
 
 // All keys with the prefix stand together, as the order ignores case like the prefix does.
 bool Properties::filter(const std::string& prefix, iterator& begin, iterator& end) {
   Lock lock(mutex);
-  begin = m_values.lower_bound(prefix);
+  begin = m_table.lower_bound(prefix);
   end = begin;
-  while (end != m_values.end() && hasPrefix(end->first, prefix)) ++end;
+  while (end != m_table.end() && hasPrefix(end->first, prefix)) ++end;
   return begin != end;
 }
 
 Properties::iterator Properties::findPrefix(const std::string& prefix) {
   Lock lock(mutex);
-  iterator found = m_values.begin();
-  while (found != m_values.end() && found->first.compare(0, prefix.size(), prefix) != 0) ++found;
+  iterator found = m_table.begin();
+  while (found != m_table.end() && found->first.compare(0, prefix.size(), prefix) != 0) ++found;
   return found;
 }
 
 bool Properties::keyExists(const std::string& key) {
   Lock lock(mutex);
-  const auto found = m_values.find(key);
-  return found != m_values.end() && found->first == key;
+  const auto found = m_table.find(key);
+  return found != m_table.end() && found->first == key;
 }
 
 std::string Properties::makeKey(const std::string& prefix, const std::string& key,
@@ -263,17 +282,15 @@ bool Properties::setText(const std::string& key, const std::string& text) {
   std::string value;
   getPropertyFromLine(line + text, line, value);
   Lock lock(mutex);
-  assign(key, value);
-  m_listCache.erase(key);
-  m_modified = true;
+  expandEnvVariables(value);
+  change(key, value);
   return true;
 }
 
 bool Properties::remove(const std::string& key) {
   Lock lock(mutex);
   m_listCache.erase(key);
-  m_rawValues.erase(key);
-  if (m_values.erase(key) == 0) return false;
+  if (m_table.erase(key) == 0) return false;
   m_modified = true;
   return true;
 }
@@ -282,7 +299,7 @@ void Properties::store(std::ostream& stream, const std::string& header) {
   if (!header.empty()) stream << '#' << header << '\n';
   Print print(stream);
   Lock lock(mutex);
-  for (const auto& entry : m_values) print(entry);
+  for (const auto& entry : m_table) print(entry);
 }
 
 void Properties::dump() {

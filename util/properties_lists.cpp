@@ -112,8 +112,8 @@ Properties::ValueListPtr Properties::getValueList(const std::string& key, const 
 }
 
 bool Properties::makeList(const std::string& key, const std::string& fallback, ValueList& list) {
-  const auto found = m_rawValues.find(key);
-  const std::string own = found != m_rawValues.end() ? found->second : std::string();
+  const auto found = m_table.find(key);
+  const std::string own = found != m_table.end() && found->second.raw() ? *found->second.raw() : "";
   bool refused = false;
   for (const std::string* candidate : {&own, &fallback}) {
     if (candidate->empty()) continue;
@@ -134,19 +134,16 @@ bool Properties::makeList(const std::string& key, const std::string& fallback, V
 
 // The items stand in the text as they are, unless they would not come back from it so. In rewriting mode the
 // text has the marks of such a load.
-void Properties::makeListText(const ValueList& list, bool keepDollar, std::string& raw, std::string& value) {
-  raw = valueListToString(list, false, keepDollar, ' ');
-  value = raw;
+std::string Properties::makeRawList(const ValueList& list, bool keepDollar) {
+  std::string raw = valueListToString(list, false, keepDollar, ' ');
   const bool dollarIsText = m_expandVariables && keepDollar && raw.find('$') != std::string::npos;
   const bool dollarIsMark = !m_expandVariables && raw.find("$$") != std::string::npos;
-  if (!dollarIsText && !dollarIsMark && splitList(raw) == list) return;
+  if (!dollarIsText && !dollarIsMark && splitList(raw) == list) return raw;
   std::string line;
   putPropertyToLine(line, "list", list, m_expandVariables);
   getPropertyFromLine(line, line, raw);
   expandEnvVariables(raw);
-  value = raw;
-  removeEscapes(value);
-  unescapeValue(value);
+  return raw;
 }
 
 Properties::ValueList Properties::markItems(const ValueList& list, bool keepDollar) const {
@@ -156,19 +153,9 @@ Properties::ValueList Properties::markItems(const ValueList& list, bool keepDoll
   return marked;
 }
 
-void Properties::storeList(const std::string& key, const std::string& raw, const std::string& value) {
-  m_values[key] = value;
-  m_rawValues[key] = raw;
-  m_listCache.erase(key);
-  m_modified = true;
-}
-
 void Properties::setValueList(const std::string& key, const ValueList& list, bool keepDollar) {
   Lock lock(mutex);
-  std::string raw;
-  std::string value;
-  makeListText(markItems(list, keepDollar), keepDollar, raw, value);
-  storeList(key, raw, value);
+  change(key, makeRawList(markItems(list, keepDollar), keepDollar));
 }
 
 bool Properties::addValueList(const std::string& key, const ValueList& list, bool keepDollar) {
@@ -179,11 +166,10 @@ bool Properties::addValueList(const std::string& key, const ValueList& list, boo
   added.sort();
   merged.merge(added);
   merged.unique();
-  std::string raw;
-  std::string value;
-  makeListText(merged, keepDollar, raw, value);
-  if (value == getString(key)) return false;
-  storeList(key, raw, value);
+  Property changed;
+  changed.set(makeRawList(merged, keepDollar));
+  if (changed.value() == getString(key)) return false;
+  change(key, *changed.raw());
   return true;
 }
 

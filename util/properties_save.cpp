@@ -97,7 +97,7 @@ class Properties::Saver {
       }
       afterEmpty = empty;
     }
-    for (const auto& entry : m_properties.m_values)
+    for (const auto& entry : m_properties.m_table)
       if (m_written.count(entry.first) == 0) writeProperty(entry);
     return std::move(m_out);
   }
@@ -109,21 +109,18 @@ class Properties::Saver {
     std::string key;
     std::string value;
     if (!getPropertyFromLine(line, key, value)) return copyLine();
-    const auto held = m_properties.m_values.find(key);
-    if (held == m_properties.m_values.end() || m_written.count(key) != 0) {
-      if (comment)
-        copyLine();
-      else
-        commentLineOut();
-      return;
+    const auto held = m_properties.m_table.find(key);
+    if (held == m_properties.m_table.end() || m_written.count(key) != 0) {
+      return comment ? copyLine() : commentLineOut();
     }
     m_properties.expandEnvVariables(value);
-    removeEscapes(value);
-    unescapeValue(value);
-    if (comment || value != held->second)
+    Property own;
+    own.set(value);
+    if (comment || own.value() != held->second.value()) {
       writeProperty(*held);
-    else
+    } else {
       copyLine();
+    }
     m_written.insert(key);
   }
 
@@ -139,9 +136,9 @@ class Properties::Saver {
     }
   }
 
-  void writeProperty(const Map::value_type& entry) {
+  void writeProperty(const Table::value_type& entry) {
     std::string line;
-    if (!makeLine(entry, line)) {
+    if (!makeLine(entry.first, entry.second, line)) {
       VESK_LOG(logger(), Warn, "No line of a property file can hold the key %s", entry.first.c_str());
       return;
     }
@@ -150,26 +147,25 @@ class Properties::Saver {
   }
 
   // The text as it was, as far as it comes back the same from one line.
-  bool makeLine(const Map::value_type& entry, std::string& line) {
-    const auto raw = m_properties.m_rawValues.find(entry.first);
-    if (raw != m_properties.m_rawValues.end()) {
-      std::string text = raw->second;
+  bool makeLine(const std::string& key, const Property& property, std::string& line) {
+    if (property.raw()) {
+      std::string text = *property.raw();
       m_properties.unexpandEnvVariables(text);
-      line = entry.first + ": " + text;
-      if (readsBack(line, *raw)) return true;
-      line = entry.first + ": " + restoreSpecials(text);
-      if (readsBack(line, *raw)) return true;
+      for (const std::string& form : {text, restoreSpecials(text)}) {
+        line = key + ": " + form;
+        if (readsBack(line, key, *property.raw())) return true;
+      }
     }
-    return putPropertyToLine(line, entry.first, entry.second, m_properties.m_expandVariables);
+    return putPropertyToLine(line, key, property.value(), m_properties.m_expandVariables);
   }
 
-  bool readsBack(const std::string& line, const Map::value_type& raw) {
+  bool readsBack(const std::string& line, const std::string& key, const std::string& raw) {
     if (line.find('\n') != std::string::npos || isEscaped(line)) return false;
-    std::string key;
+    std::string readKey;
     std::string value;
-    if (!getPropertyFromLine(line, key, value) || key != raw.first) return false;
+    if (!getPropertyFromLine(line, readKey, value) || readKey != key) return false;
     m_properties.expandEnvVariables(value);
-    return value == raw.second;
+    return value == raw;
   }
 
   Properties& m_properties;

@@ -89,8 +89,8 @@ std::string Properties::replacement(const std::string& name) {
     if (environment) text = environment;
   }
   if (text.empty()) {
-    const auto earlier = m_rawValues.find(name);
-    if (earlier != m_rawValues.end()) text = earlier->second;
+    const auto earlier = m_table.find(name);
+    if (earlier != m_table.end() && earlier->second.raw()) text = *earlier->second.raw();
   }
   unescapeValue(text);
   if (text.size() > m_expansionLeft) {

@@ -28,6 +28,27 @@ struct StringCaseLessThan {
   }
 };
 
+/// One value, in the two forms that matter.
+class FOKRAZO_API Property {
+ public:
+  /// Without quotes and escapes: what a lookup gives.
+  const std::string& value() const { return m_value; }
+  /// With them, after the variables: lists are cut from this. Null if only an earlier load had the key.
+  const std::string* raw() const {
+    return m_rawForm == None ? nullptr : m_rawForm == AsValue ? &m_value : &m_raw;
+  }
+  /// Sets both.
+  void set(const std::string& raw);
+  void forgetRaw() { m_rawForm = None; }
+
+ private:
+  enum RawForm { None, AsValue, Own };
+
+  std::string m_value;
+  std::string m_raw;  // only where it differs: most values need no second copy
+  RawForm m_rawForm = None;
+};
+
 /// Keys with their values, as one file holds them. Keys ignore case; the first spelling stays.
 ///
 /// A load expands `$` variables for a program that reads the file. For a program that changes it, a load
@@ -41,7 +62,8 @@ class FOKRAZO_API Properties : public PropertySyntax {
  public:
   using Map = std::map<std::string, std::string, StringCaseLessThan>;
   using ValueListPtr = boost::shared_ptr<const ValueList>;
-  using iterator = Map::iterator;
+  using Table = std::map<std::string, Property, StringCaseLessThan>;
+  using iterator = Table::const_iterator;
 
   explicit Properties(bool expandVariables = true, bool debugDump = false);
   ~Properties();
@@ -142,25 +164,24 @@ class FOKRAZO_API Properties : public PropertySyntax {
   class LockFile;
 
   /// What variables may add to the values in one load: values that multiply each other stay bounded.
-  static constexpr size_t kMaxExpansion = 64 * 1024 * 1024;
+  static constexpr size_t kMaxExpansion = 16 * 1024 * 1024;
 
   // All below expect `mutex` to be held.
   void loadText(const std::string& text, bool expand);
   void parse(const std::string& text, bool expand);
   void loadVariables();
-  void assign(const std::string& key, std::string& text);
+  Table::iterator assign(Table::iterator near, const std::string& key, std::string& text);
   void expandEnvVariables(std::string& value);
   void unexpandEnvVariables(std::string& value) const;
   std::string replacement(const std::string& name);
   /// Whether the list may be kept for the next call.
   bool makeList(const std::string& key, const std::string& fallback, ValueList& list);
   ValueList markItems(const ValueList& list, bool keepDollar) const;
-  void makeListText(const ValueList& list, bool keepDollar, std::string& raw, std::string& value);
-  void storeList(const std::string& key, const std::string& raw, const std::string& value);
+  std::string makeRawList(const ValueList& list, bool keepDollar);
+  void change(const std::string& key, const std::string& raw);
   int saveUnder(LockFile& lockFile, const std::string& path);
 
-  Map m_values;     // final values
-  Map m_rawValues;  // after the variables, with quotes and escapes
+  Table m_table;
   std::map<std::string, ValueListPtr> m_listCache;
   std::map<std::string, std::string> m_variables;  // the special variables, and names looked up
   size_t m_expansionLeft = kMaxExpansion;          // what variables may still add in this load
