@@ -238,10 +238,11 @@ bool FileLogging::isAtPath(int file) const {
          held.st_ino == named.st_ino;
 }
 
-// Another process is at it, unless somebody only holds the lock, which everybody can who can write the log.
+// Who holds the lock of a file so large is not rotating it: whoever can write the log can lock it.
 bool FileLogging::isFarTooLarge(int file) const {
+  constexpr off_t kTimes = 4;
   struct stat status;
-  return fstat(file, &status) == 0 && status.st_size / 2 >= static_cast<off_t>(m_settings.maxSize);
+  return fstat(file, &status) == 0 && status.st_size / kTimes >= static_cast<off_t>(m_settings.maxSize);
 }
 
 std::string FileLogging::backupName(int number) const {

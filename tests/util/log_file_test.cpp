@@ -192,7 +192,7 @@ TEST_F(LogFileTest, TwoProcessesShareAFile) {
   constexpr int kLines = 1500;
   const auto writeAll = [this](const char* who) {
     FileLogging file;
-    file.init(in("log").c_str(), {20000, 900, false, 2, 2048});
+    file.init(in("log").c_str(), {60000, 900, false, 2, 2048});
     for (int i = 0; i < kLines; ++i) write(file, "%s %d", who, i);
   };
   const pid_t child = fork();
