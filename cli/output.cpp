@@ -112,7 +112,8 @@ void Output::record(const Record& record) {
   if (m_json)
     printf("%s\n", record.json().c_str());
   else
-    fputs(record.lines().c_str(), stdout);
+    printf("%s%s", m_isFirst ? "" : "\n", record.lines().c_str());
+  m_isFirst = false;
 }
 
 }  // namespace cli

@@ -41,11 +41,12 @@ class Output {
   bool json() const { return m_json; }
   /// The record as a JSON line, or `line` with an end of line.
   void record(const Record& record, const std::string& line);
-  /// The record as a JSON line, or as its own lines.
+  /// The record as a JSON line, or as its own lines, with an empty line between two records.
   void record(const Record& record);
 
  private:
   bool m_json;
+  bool m_isFirst = true;
 };
 
 /// A value as a terminal can show it: text in UTF-8 without controls as it stands, anything else in

@@ -12,7 +12,7 @@ ExitStatus report(Output& output, const vesk::LocalRpcSession& session, int resu
   const std::string& message = session.statusMessage();
   Record record;
   record.number("result", result).text("text", text).text("message", message);
-  output.record(record, message.empty() ? text : text + ": " + shown(message));
+  output.record(record, message.empty() || message == text ? text : text + ": " + shown(message));
   return result == vesk::VR_SUCCESS ? kFound : kRefused;
 }
 
