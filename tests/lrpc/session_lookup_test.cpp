@@ -20,10 +20,12 @@ const SID kSid("S-1-5-32-544");
 const std::string kSidKey = hex("0410 01 02 000000000005 20000000 20020000");
 const std::string kGuidBytes = "0123456789abcdef";
 const Guid kGuid(reinterpret_cast<const unsigned char*>(kGuidBytes.data()), 16);
-const std::string kUserNotFound = "NotFoundException 0 User not found";
-const std::string kGroupNotFound = "NotFoundException 0 Group not found";
-const std::string kEnd = "EndOfListException 0 End of list";
-const std::string kRemote = " 0 lost";  // a remote exception has no class text
+const std::string kIdKey = hex("0202 01f4");
+const std::string kGuidKey = octets(kGuidBytes);
+const std::string kNone = "empty";
+const std::string kNoUser = "NotFoundException 0 User not found";
+const std::string kNoGroup = "NotFoundException 0 Group not found";
+const std::string kNoObject = "NotFoundException 0 Object not found";
 
 std::string nameOf(const ADObject& object) {
   return object.isEmpty() ? "empty" : "object";
@@ -54,53 +56,35 @@ struct Lookup {
   const char* headerAllSet;  // with all three
   std::string key;           // empty for a name
   std::string found;
-  std::string refused;        // a failure with nothing behind the status block
-  std::string refusedAtEnd;   // the same with status code 10
-  std::string refusedLoudly;  // a failure with a remote exception
+  std::string refused;
+  bool passesOn;  // a remote exception
 };
 
-#define CALL(expression)                                                         \
-#expression, [](LocalRpcSession & s, [[maybe_unused]] const std::string& name, \
-                  int flags) { return nameOf(s.expression); }
+// clang-format off
+#define CALL(expression) \
+  #expression, [](LocalRpcSession& s, [[maybe_unused]] const std::string& name, int flags) { return nameOf(s.expression); }
 
 // Headers are the object's type, scope, kind of key, whether to ask the directory first, memberships.
 const Lookup kLookups[] = {
-    {CALL(getObject(name, DSShadow, flags)), 11, "02 02 00 00 00", "02 00 00 01 01", "", "object", "empty",
-     "empty", kRemote},
-    {CALL(getUserObj(name, flags)), 11, "00 02 00 00 00", "00 00 00 01 01", "", "object", "empty", "empty",
-     kRemote},
-    {CALL(getGroupObj(name, flags)), 11, "01 02 00 00 00", "01 00 00 01 01", "", "object", "empty", "empty",
-     kRemote},
-    {CALL(getUserObj(500, flags)), 11, "00 00 02 00 00", "00 00 02 01 01", hex("020201f4"), "object", "empty",
-     "empty", "empty"},
-    {CALL(getGroupObj(-2, flags)), 11, "01 00 02 00 00", "01 00 02 01 01", hex("0201fe"), "object", "empty",
-     "empty", "empty"},
-    {CALL(getUser(name, flags)), 11, "00 02 00 00 00", "00 00 00 01 01", "", "user", kUserNotFound,
-     kUserNotFound, kRemote},
-    {CALL(getGroup(name, flags)), 11, "01 02 00 00 00", "01 00 00 01 01", "", "group", kGroupNotFound,
-     kGroupNotFound, kRemote},
-    {CALL(getUser(500, flags)), 11, "00 00 02 00 00", "00 00 02 01 01", hex("020201f4"), "user",
-     kUserNotFound, kUserNotFound, kUserNotFound},
-    {CALL(getGroup(500, flags)), 11, "01 00 02 00 00", "01 00 02 01 01", hex("020201f4"), "group",
-     kGroupNotFound, kGroupNotFound, kGroupNotFound},
-    {CALL(getUser(kSid, flags)), 11, "00 02 03 00 00", "00 00 03 01 01", kSidKey, "user", kUserNotFound,
-     kUserNotFound, kUserNotFound},
-    {CALL(getGroup(kSid, flags)), 11, "01 02 03 00 00", "01 00 03 01 01", kSidKey, "group",
-     "NotFoundException 0 Object not found", "NotFoundException 0 Object not found",
-     "NotFoundException 0 Object not found"},
-    {CALL(getUser(kGuid, flags)), 11, "00 02 01 00 00", "00 00 01 01 01", octets(kGuidBytes), "user",
-     kUserNotFound, kUserNotFound, kUserNotFound},
-    {CALL(getGroup(kGuid, flags)), 11, "01 02 01 00 00", "01 00 01 01 01", octets(kGuidBytes), "group",
-     kGroupNotFound, kGroupNotFound, kGroupNotFound},
-    {CALL(getObject(kSid, flags)), 11, "18 02 03 00 00", "18 00 03 01 01", kSidKey, "group", kGroupNotFound,
-     kGroupNotFound, kGroupNotFound},
-    {CALL(getUser2(name, flags)), 12, "00 02 00 00 00", "00 00 00 01 01", "", "user", kUserNotFound, kEnd,
-     kRemote},
-    {CALL(getGroup2(name, flags)), 12, "01 02 00 00 00", "01 00 00 01 01", "", "group", kGroupNotFound, kEnd,
-     kRemote},
-    {CALL(getShadow(name, flags)), 11, "02 00 00 00 00", "02 00 00 01 00", "", "user", kUserNotFound,
-     kUserNotFound, kUserNotFound},
+    {CALL(getObject(name, DSShadow, flags)), 11, "0202000000", "0200000101", "",       "object", kNone,    true},
+    {CALL(getUserObj(name, flags)),          11, "0002000000", "0000000101", "",       "object", kNone,    true},
+    {CALL(getGroupObj(name, flags)),         11, "0102000000", "0100000101", "",       "object", kNone,    true},
+    {CALL(getUserObj(500, flags)),           11, "0000020000", "0000020101", kIdKey,   "object", kNone,    false},
+    {CALL(getGroupObj(500, flags)),          11, "0100020000", "0100020101", kIdKey,   "object", kNone,    false},
+    {CALL(getUser(name, flags)),             11, "0002000000", "0000000101", "",       "user",   kNoUser,  true},
+    {CALL(getGroup(name, flags)),            11, "0102000000", "0100000101", "",       "group",  kNoGroup, true},
+    {CALL(getUser(500, flags)),              11, "0000020000", "0000020101", kIdKey,   "user",   kNoUser,  false},
+    {CALL(getGroup(500, flags)),             11, "0100020000", "0100020101", kIdKey,   "group",  kNoGroup, false},
+    {CALL(getUser(kSid, flags)),             11, "0002030000", "0000030101", kSidKey,  "user",   kNoUser,  false},
+    {CALL(getGroup(kSid, flags)),            11, "0102030000", "0100030101", kSidKey,  "group",  kNoObject, false},
+    {CALL(getUser(kGuid, flags)),            11, "0002010000", "0000010101", kGuidKey, "user",   kNoUser,  false},
+    {CALL(getGroup(kGuid, flags)),           11, "0102010000", "0100010101", kGuidKey, "group",  kNoGroup, false},
+    {CALL(getObject(kSid, flags)),           11, "1802030000", "1800030101", kSidKey,  "group",  kNoGroup, false},
+    {CALL(getUser2(name, flags)),            12, "0002000000", "0000000101", "",       "user",   kNoUser,  true},
+    {CALL(getGroup2(name, flags)),           12, "0102000000", "0100000101", "",       "group",  kNoGroup, true},
+    {CALL(getShadow(name, flags)),           11, "0200000000", "0200000100", "",       "user",   kNoUser,  false},
 };
+// clang-format on
 
 class SessionLookupTest : public SessionTest {
  protected:
@@ -127,9 +111,11 @@ TEST_F(SessionLookupTest, EachSendsItsBytesAndTellsEachFailureInItsWords) {
     peer().expect(requestOf(row, "joe", row.headerAllSet)).send(answer(17));
     EXPECT_EQ(outcome(row, "joe", UNIX_ONLY | CHECK_AD_FIRST | GROUP_MEMBERSHIP), row.refused) << row.call;
     peer().expect(sent).send(reply(0, status(42, 10)));
-    EXPECT_EQ(outcome(row, "joe", UNIX_NAME | WINDOWS_NAME), row.refusedAtEnd) << row.call;
+    EXPECT_EQ(outcome(row, "joe", UNIX_NAME | WINDOWS_NAME),
+              row.opcode == 12 ? "EndOfListException 0 End of list" : row.refused)
+        << row.call;
     peer().expect(sent).send(answer(13, remote));
-    EXPECT_EQ(outcome(row, "joe"), row.refusedLoudly) << row.call;
+    EXPECT_EQ(outcome(row, "joe"), row.passesOn ? " 0 lost" : row.refused) << row.call;
     EXPECT_EQ(session().statusCode(), 0);
     ASSERT_TRUE(peer().finished()) << row.call;
   }
@@ -152,8 +138,7 @@ TEST_F(SessionLookupTest, OnlyTheNextEntryOfAListingIsNotAskedForAgain) {
 TEST_F(SessionLookupTest, SuccessWithoutAnObjectIsNoUser) {
   for (const Lookup& row : kLookups) {
     peer().expect(requestOf(row, "joe", row.header)).send(answer(0, octets("")));
-    const bool tested = row.refusedAtEnd == "empty" ||
-                        (row.refused != row.refusedLoudly && row.opcode == 11) || row.key == hex("020201f4");
+    const bool tested = row.refused == kNone || row.key == kIdKey || (row.passesOn && row.opcode == 11);
     EXPECT_EQ(outcome(row, "joe"), tested ? row.refused : "SystemException 0 Null adobject") << row.call;
     peer().expect(requestOf(row, "joe", row.header)).send(answer(0, hex("0430 0102")));
     EXPECT_EQ(outcome(row, "joe"), "IOException 0 ber_scanf adobj") << row.call;
