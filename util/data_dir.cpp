@@ -10,6 +10,7 @@
 #include "util/include/file_util.h"
 #include "util/include/log.h"
 #include "util/include/path.h"
+#include "util/include/properties.h"
 #include "util/include/setting.h"
 #include "util/include/throw.h"
 #include "util/include/unique_fd.h"
@@ -58,6 +59,15 @@ SettingStore& SettingStore::instance() {
   return store;
 }
 
+thread_local int LockedStore::Hold::gHolds = 0;
+
+LockedStore::Hold::Hold() {
+  if (gHolds == 0) Props(false, false);
+  ++gHolds;
+}
+
+LockedStore::LockedStore() : m_store(SettingStore::instance()), m_lock(m_store.gMapLock) {}
+
 bool isRootUser() {
   return ::geteuid() == 0;
 }
@@ -76,42 +86,38 @@ std::vector<std::string> listKSetDirectory(const std::string& dir) {
 }
 
 std::string getDataDir() {
-  SettingStore& store = SettingStore::instance();
-  Lock lock(store.gMapLock);
-  return store.gDataDir;
+  const LockedStore store;
+  return store->gDataDir;
 }
 
 void chgDataDir(const std::string& dir) {
-  SettingStore& store = SettingStore::instance();
-  Lock lock(store.gMapLock);
-  if (!store.gSettingsMap.empty()) {
+  const LockedStore store;
+  if (!store->gSettingsMap.empty()) {
     VESK_LOG_TO(kLogger, Warn, "Settings Map already been created, cannot change root of data directory.");
     FOKRAZO_THROW(AlreadyException, "AlreadyException", 0, "change data dir");
   }
   VESK_LOG_TO(kLogger, Info, "Change Root of Data directory to %s.", dir.c_str());
-  store.gDataDir = dir;
+  store->gDataDir = dir;
 }
 
 void createDataDir() {
-  SettingStore& store = SettingStore::instance();
-  Lock lock(store.gMapLock);
+  const LockedStore store;
   const std::string precreate = precreateDir();
   if (!isRootUser()) {
-    if (store.gDataDir != precreate) return;
-    refuseForeignDirectory(store.gDataDir);
+    if (store->gDataDir != precreate) return;
+    refuseForeignDirectory(store->gDataDir);
   }
-  const Path userDir(store.gDataDir + kUserDir);
-  if (Path::exists(store.gDataDir))
+  const Path userDir(store->gDataDir + kUserDir);
+  if (Path::exists(store->gDataDir))
     openToAllUsers(userDir);
   else
-    Path::createDirectories(store.gDataDir, kDataDirMode);
+    Path::createDirectories(store->gDataDir, kDataDirMode);
   if (!Path::exists(userDir)) Path::createDirectories(userDir, kUserDirMode);
 }
 
 void deleteDataDir() {
-  SettingStore& store = SettingStore::instance();
-  Lock lock(store.gMapLock);
-  Path::remove(store.gDataDir, true);
+  const LockedStore store;
+  Path::remove(store->gDataDir, true);
 }
 
 }  // namespace vesk

@@ -55,6 +55,11 @@ bool isSystemWithSELinux() {
   return false;
 }
 
+std::string libraryName() {
+  const std::string name = Props(false, false)->getString(vesk::PN::LIBSELINUX_NAME);
+  return name.empty() ? kDefaultLibrary : name;
+}
+
 [[noreturn]] void throwMissingFunction() {
   FOKRAZO_THROW(SystemException, "SystemException", 0, "Get SELinux API function pointer failed.");
 }
@@ -153,20 +158,20 @@ std::atomic<SELinuxModule*> SELinuxModule::pInstance{nullptr};
 SELinuxModule& SELinuxModule::Instance() {
   SELinuxModule* instance = pInstance.load(std::memory_order_acquire);
   if (instance) return *instance;
+  if (!isSystemWithSELinux())
+    FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "The system does not have SELinux");
+  // Before the lock: whoever saves the configuration holds its lock when he comes here for a label.
+  const std::string library = libraryName();
   Lock lock(gSelinuxInstanceMutex());
   instance = pInstance.load(std::memory_order_relaxed);
   if (!instance) {
-    instance = new SELinuxModule;
+    instance = new SELinuxModule(library);
     pInstance.store(instance, std::memory_order_release);
   }
   return *instance;
 }
 
-SELinuxModule::SELinuxModule() {
-  if (!isSystemWithSELinux())
-    FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "The system does not have SELinux");
-  std::string library = Props(false, false)->getString(PN::LIBSELINUX_NAME);
-  if (library.empty()) library = kDefaultLibrary;
+SELinuxModule::SELinuxModule(const std::string& library) {
   m_handle.reset(::dlopen(library.c_str(), RTLD_LAZY));
   if (!m_handle)
     FOKRAZO_THROW(SystemException, "SystemException", 0, "Load %s failed: %s", library.c_str(), ::dlerror());

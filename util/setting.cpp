@@ -107,12 +107,11 @@ std::string loadSetting(const std::string& name, bool fromFileOnly) {
       FOKRAZO_THROW(IOException, "IOException", 0,
                     "No property found for %s and file I/O disabled in properties file", name.c_str());
   }
-  SettingStore& store = SettingStore::instance();
-  Lock lock(store.gMapLock);
-  const auto held = store.gSettingsMap.find(name);
-  if (held != store.gSettingsMap.end()) return held->second.first;
+  const LockedStore store;
+  const auto held = store->gSettingsMap.find(name);
+  if (held != store->gSettingsMap.end()) return held->second.first;
   const std::string value = readFromFiles(name);
-  store.gSettingsMap[name] = {value, SETTING_DEFAULT};
+  store->gSettingsMap[name] = {value, SETTING_DEFAULT};
   return value;
 }
 
@@ -125,34 +124,31 @@ void saveSetting(const std::string& name, const std::string& value, SettingAcces
   const bool toProperties = filesDisabled();
   if (toProperties) Props(false, false)->setString(kKSetPrefix + name, value);
   const bool toFile = !toProperties && (isRootUser() || isDCSetting(name));
-  SettingStore& store = SettingStore::instance();
-  Lock lock(store.gMapLock);
+  const LockedStore store;
   if (!value.empty() && !force && isUnchanged(name, value)) return;
   // No later attempt helps a value that is too large, so it is never deferred.
   if (toFile) CheckFileSize("Write", name, trimWhiteSpace(value).size());
-  store.gSettingsMap[name] = {value, access};
+  store->gSettingsMap[name] = {value, access};
   VESK_LOG_TO(kLogger, Debug, "Setting %s to %s\n", name.c_str(), value.c_str());
-  if (toFile) writeOrDefer(store, name, value, access, deferOnFailure);
+  if (toFile) writeOrDefer(*store, name, value, access, deferOnFailure);
 }
 
 int rewriteSettingFiles() {
-  SettingStore& store = SettingStore::instance();
-  Lock lock(store.gMapLock);
-  const std::string dir = isRootUser() ? store.gDataDir : store.gDataDir + kUserDir;
-  cleanUpOnce(store, dir);
-  std::vector<std::string>& waiting = store.gRewriteSettings;
+  const LockedStore store;
+  const std::string dir = isRootUser() ? store->gDataDir : store->gDataDir + kUserDir;
+  cleanUpOnce(*store, dir);
+  std::vector<std::string>& waiting = store->gRewriteSettings;
   if (waiting.empty()) return 0;
   const auto failed = std::find_if_not(waiting.begin(), waiting.end(),
-                                       [&](const std::string& name) { return rewrite(store, name, dir); });
+                                       [&](const std::string& name) { return rewrite(*store, name, dir); });
   waiting.erase(waiting.begin(), failed);
   CleanTempSettingFiles(dir);
   return static_cast<int>(waiting.size());
 }
 
 void clearSettingsMap() {
-  SettingStore& store = SettingStore::instance();
-  Lock lock(store.gMapLock);
-  store.gSettingsMap.clear();
+  const LockedStore store;
+  store->gSettingsMap.clear();
 }
 
 bool joined() {

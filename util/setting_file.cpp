@@ -111,9 +111,8 @@ void CheckFileSize(const char* operation, const std::string& name, long long siz
 }
 
 std::string readSettingFile(const std::string& name, const std::string& dir) {
-  SettingStore& store = SettingStore::instance();
-  Lock lock(store.gMapLock);
-  const std::string path = settingPath(dir.empty() ? store.gDataDir : dir, name);
+  const LockedStore store;
+  const std::string path = settingPath(dir.empty() ? store->gDataDir : dir, name);
   const UniqueFd fd = openForReading(path);
   const struct stat info = statOf(fd, path);
   CheckFileSize("Read", name, info.st_size);
@@ -124,10 +123,9 @@ std::string readSettingFile(const std::string& name, const std::string& dir) {
 
 void writeSettingFile(const std::string& name, const std::string& value, SettingAccess access,
                       const std::string& dir) {
-  SettingStore& store = SettingStore::instance();
-  Lock lock(store.gMapLock);
+  const LockedStore store;
   const std::string text = trimWhiteSpace(value);
-  const std::string directory = dir.empty() ? store.gDataDir : dir;
+  const std::string directory = dir.empty() ? store->gDataDir : dir;
   const std::string path = settingPath(directory, name);
   createDataDir();
   if (text.empty()) {
@@ -141,8 +139,7 @@ void writeSettingFile(const std::string& name, const std::string& value, Setting
 }
 
 void CleanTempSettingFiles(const std::string& dir) {
-  SettingStore& store = SettingStore::instance();
-  Lock lock(store.gMapLock);
+  const LockedStore lock;
   const std::string base = dir.empty() || dir.back() == '/' ? dir : dir + "/";
   for (const std::string& name : listKSetDirectory(dir)) {
     const std::string path = base + name;

@@ -24,6 +24,31 @@ struct SettingStore {
   bool cleanedUp = false;                     // this process has removed what killed writers left
 };
 
+/// The store, held for as long as the object lives. May be nested in one thread.
+class LockedStore {
+ public:
+  LockedStore();
+
+  SettingStore* operator->() const { return &m_store; }
+  SettingStore& operator*() const { return m_store; }
+
+ private:
+  /// One thread's nested holds. The first one has the configuration loaded, and thereby the log opened:
+  /// reading the configuration takes locks that must not be waited for under the store's.
+  class Hold {
+   public:
+    Hold();
+    ~Hold() { --gHolds; }
+
+   private:
+    static thread_local int gHolds;
+  };
+
+  SettingStore& m_store;
+  Hold m_hold;
+  Lock m_lock;
+};
+
 /// Below a data directory: what belongs to processes without root rights.
 constexpr char kUserDir[] = "user/";
 /// In front of a setting's name: its file, and its property.

@@ -43,7 +43,7 @@ class FOKRAZO_API SELinuxModule {
     void operator()(void* handle) const;
   };
 
-  SELinuxModule();
+  explicit SELinuxModule(const std::string& library);
 
   void findFunctions();
   /// Looks one entry point up; false if the library lacks it.
