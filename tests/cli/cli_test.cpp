@@ -1,0 +1,196 @@
+// The fokrazo tool as a person uses it: command lines in, lines and exit status out.
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include "tests/standin/standin_process.h"
+
+namespace {
+
+constexpr char kTool[] = TEST_BINARY_DIR "/bin/fokrazo";
+
+struct Ran {
+  int status;
+  std::string out;  // what it printed on both streams
+};
+
+// A shell's command line behind the tool's name, with `input` (escapes as of printf) on its standard input.
+Ran run(const std::string& words, const std::string& input = "") {
+  const std::string feed = "printf '" + input + "' | ";
+  FILE* pipe = popen((feed + kTool + " " + words + " 2>&1").c_str(), "r");
+  Ran ran{-1, ""};
+  if (!pipe) return ran;
+  char buffer[4096];
+  while (size_t count = fread(buffer, 1, sizeof buffer, pipe)) ran.out.append(buffer, count);
+  const int status = pclose(pipe);
+  ran.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return ran;
+}
+
+struct Row {
+  const char* words;
+  int status;
+  const char* holds;  // a part of what is printed
+  const char* input = "";
+};
+
+void expectRows(const Row* rows, size_t count, const std::string& before = "") {
+  for (size_t i = 0; i < count; ++i) {
+    const Ran ran = run(before + rows[i].words, rows[i].input);
+    EXPECT_EQ(ran.status, rows[i].status) << rows[i].words << "\n" << ran.out;
+    EXPECT_NE(ran.out.find(rows[i].holds), std::string::npos) << rows[i].words << "\n" << ran.out;
+  }
+}
+
+TEST(Tool, NeedsNoDaemonForValues) {
+  const Row rows[] = {
+      {"--help", 0, "Exit status: 0 found"},
+      {"user --help", 0, "usage: fokrazo [OPTION …] user"},
+      {"", 2, "no command given"},
+      {"nosuch", 2, "unknown command nosuch"},
+      {"--nosuch ping", 2, "unknown option --nosuch"},
+      {"--socket", 2, "option --socket needs a value"},
+      {"--timeout 0 ping", 2, "option --timeout needs a number of seconds, not '0'"},
+      {"user", 2, "missing a name, id, SID or GUID"},
+      {"user ''", 2, "the name is empty"},
+      {"user a b", 2, "unexpected 'b'"},
+      {"user --nosuch a", 2, "unknown option --nosuch"},
+      {"user --by uid a", 2, "option --by takes name, id, sid or guid, not 'uid'"},
+      {"user --by id a", 2, "'a' is no numeric id"},
+      {"sid S-1-5-21-1-2-3-1104", 0, "text: S-1-5-21-1-2-3-1104\n"},
+      {"sid AQUAAAAAAAUVAAAAY1VtFeDh0ixWMyJl9QEAAA==", 0,
+       "text: S-1-5-21-359486819-752017888-1696740182-501\n"},
+      {"sid S-1-5-21-1-2-3-1104", 0, "domain: S-1-5-21-1-2-3\nrid: 1104\n"},
+      {"sid S-2-1", 2, "is no SID: Unknown SID revision"},
+      {"guid 00112233-4455-6677-8899-aabbccddeeff", 0, "stored: 33221100554477668899aabbccddeeff\n"},
+      {"--json guid 33221100554477668899aabbccddeeff", 0,
+       "{\"text\":\"00112233-4455-6677-8899-aabbccddeeff\","},
+      {"guid 00", 2, "'00' is no GUID"},
+      {"dn canonical 'CN=a\\,b,OU=x,DC=Ex,DC=Com'", 0, "ex.com/x/a,b\n"},
+      {"dn escape ' a '", 0, "\\ a\\ \n"},
+      {"dn unescape 'a\\'", 2, "Invalid escape sequence"},
+      {"dn nosuch a", 2, "unknown operation nosuch"},
+      {"dict cn 378", 0, "277 cn\n378 top\n"},
+      {"dict nosuch", 1, ""},
+      {"dict --sum 36361 62", 0, "62 _ManagedBy\n"},
+      {"dict --release 5.1.3", 1, "CheckSum not found"},
+      {"dict --sum 1", 1, "Old Map not found"},
+      {"dict --releases", 0, "Total: 35\n"},
+      {"blob /nonexistent", 2, "/nonexistent: No such file"},
+      {"blob </dev/null", 4, "Bad length value"},
+      {"--socket /nonexistent/daemon ping", 3, "no daemon at /nonexistent/daemon: ipc socket connect"},
+      {"conf --file /nonexistent get log", 4, "/nonexistent: No such file"},
+      {"conf nosuch", 2, "not 'nosuch'"},
+      {"conf get --time x log", 2, "option --time takes one of"},
+  };
+  expectRows(rows, sizeof rows / sizeof *rows);
+}
+
+TEST(Tool, ShowsASerializedObject) {
+  // cn: Joe; objectClass: top, person.
+  const char blob[] =
+      "\\1\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0\\0"
+      "\\2\\0\\0\\0\\54\\0\\0\\0\\73\\0\\0\\0\\25\\1\\0\\200\\1\\0\\0\\0\\3\\0\\0\\0Joe"
+      "\\140\\1\\0\\200\\2\\0\\0\\0\\172\\1\\0\\200\\147\\1\\0\\200";
+  const Row rows[] = {
+      {"blob -", 0, "  cn(s):Joe\n  objectClass(s):top,person\n"},
+      {"blob --attribute objectClass", 0, "objectClass: top\nobjectClass: person\n"},
+      {"blob --attribute nosuch", 1, ""},
+  };
+  for (const Row& row : rows) {
+    const Ran ran = run(row.words, blob);
+    EXPECT_EQ(ran.status, row.status) << row.words;
+    EXPECT_NE(ran.out.find(row.holds), std::string::npos) << row.words << "\n" << ran.out;
+  }
+}
+
+TEST(Tool, ChangesAConfigurationFileAndNothingElseInIt) {
+  ScratchDirectory scratch;
+  const std::string path = scratch.path("conf");
+  std::ofstream(path) << "# hand-written\nlog:   WARN\n\nlist: a \"b c\"\nwait = 2m\n";
+  const std::string before = "conf --file " + path + " ";
+  const Row rows[] = {
+      {"get LOG", 0, "WARN\n"},
+      {"get nosuch", 1, ""},
+      {"get --list list", 0, "a\nb c\n"},
+      {"get --time s wait", 0, "120\n"},
+      {"list w", 0, "wait: 2m\n"},
+      {"set log DEBUG", 0, ""},
+      {"get log", 0, "DEBUG\n"},
+      {"set --list list x 'y z'", 0, ""},
+      {"get --list list", 0, "x\ny z\n"},
+      {"unset wait", 0, ""},
+      {"unset wait", 1, ""},
+      {"set new 'a $b \"c\"'", 0, ""},
+      {"get new", 0, "a $b \"c\"\n"},
+      {"set new", 2, "missing a value for new"},
+      {"set new a b", 2, "needs --list"},
+  };
+  expectRows(rows, sizeof rows / sizeof *rows, before);
+  std::ifstream file(path);
+  std::string text((std::istreambuf_iterator<char>(file)), {});
+  EXPECT_EQ(text.compare(0, 15, "# hand-written\n"), 0) << text;
+  EXPECT_NE(text.find("\n# wait = 2m\n"), std::string::npos) << text;
+}
+
+// Against the stand-in with the sample directory.
+TEST(Tool, AsksTheDaemon) {
+  const StandinProcess daemon;
+  const char passwd[] = "lquispe:x:10060:20004:Liên Quispe:/home/lquispe:/bin/false\n";
+  const Row rows[] = {
+      {"ping", 0, "alive\n"},
+      {"user lquispe", 0, passwd},
+      {"user 10060", 0, passwd},
+      {"user S-1-5-21-359486819-752017888-1696740182-1163", 0, passwd},
+      {"user 4656bde0-4355-49d3-abfe-9d1415e0a6ae", 0, passwd},
+      {"user --by name 10060", 1, "User not found"},
+      {"user nosuchperson", 1, "User not found"},
+      {"user rmacdonald", 0, "nobody:x:65534:65534::/:/bin/false\n"},
+      {"user --unix-only rmacdonald", 1, "User not found"},
+      {"--json user rmacdonald", 0, "\"unix\":false,\"dn\":\"CN=Renée MacDonald,OU=Night shift,"},
+      {"group Büro", 0, "Büro:x:20002:dgruber,mgruber,ygruber,rquispe\n"},
+      {"group 20002", 0, "Büro:x:20002:"},
+      {"group nosuch", 1, "Group not found"},
+      {"object Büro", 0, "sAMAccountName: Büro\n"},
+      {"shadow lquispe", 0, "lquispe:x:"},
+      {"list users", 0, passwd},
+      {"list groups", 0, "Büro:x:20002:dgruber"},
+      {"list shadow", 0, "lquispe:x:"},
+      {"list nosuch", 2, "list takes users, groups or shadow, not 'nosuch'"},
+      {"search '(sAMAccountName=lq*)' cn", 0, "cn: Liên Quispe\n"},
+      {"search '(cn=nosuch)'", 1, ""},
+      {"search '(cn='", 4, "fokrazo: "},
+      {"search --scope two '(cn=a)'", 2, "option --scope takes base, one or sub, not 'two'"},
+      {"--json search --page 7 '(objectClass=computer)' cn", 0, "\"cn\":[\"linux01\"]"},
+      {"fetch CN=Guest,CN=Users,DC=example,DC=com cn", 0, "cn: Guest\n"},
+      {"member lquispe 'Domain Users'", 0, "Success"},
+      {"member lquispe Büro", 1, "User is not a member of any of the groups"},
+      {"member lquispe", 2, "missing a group"},
+      {"renew lquispe", 0, "renewed: "},
+      {"spn DC1", 0, "HOST/DC1@EXAMPLE.COM\n"},
+      {"domain example.com", 0, "example.com\n"},
+      {"domain --map EXAMPLE", 0, "example.com EXAMPLE\n"},
+      {"health", 0, "Success"},
+      {"info", 0, "entries: 7"},
+      {"roles mabara", 0, "cn: Web operators\n"},
+      {"roles lquispe", 1, ""},
+      {"flush objects dns", 0, "Success\n"},
+      {"flush nosuch", 2, "unknown cache nosuch"},
+      {"policy", 0, "Computer Policy Refresh has completed.\n"},
+      {"network-changed", 0, "Success\n"},
+      {"auth --password-fd 0 lquispe", 0, "Success\n", "Paper-boat-42\\n"},
+      {"auth --password-fd 0 lquispe", 1, "Invalid password", "wrong\\n"},
+      {"auth --password-fd 0 rmacdonald", 1, "Account locked", "Wrong-three-times-1\\n"},
+      {"auth --password-fd 0 lquispe", 4, "no password given"},
+      {"auth --password-fd 77 lquispe", 2, "descriptor 77 is not open"},
+      {"passwd --password-fd 0 tbjork", 0, "Success\n", "Stone-bridge-9\\nNew-stone-bridge-10\\n"},
+      {"auth --password-fd 0 tbjork", 0, "Success\n", "New-stone-bridge-10\\n"},
+      {"user -", 1, passwd, "lquispe\\nnosuch\\n10060\\n"},
+  };
+  expectRows(rows, sizeof rows / sizeof *rows, "--socket " + daemon.socket() + " ");
+}
+
+}  // namespace
