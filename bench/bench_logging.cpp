@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <new>
 #include <string>
 
 #include "util/include/log.h"
@@ -27,16 +26,11 @@ std::atomic<long> gAllocations{0};
 
 }  // namespace
 
-void* operator new(size_t size) {
+// In front of the C library's own, so that everybody's allocations count.
+extern "C" void* __libc_malloc(size_t size);
+extern "C" void* malloc(size_t size) noexcept {
   gAllocations.fetch_add(1, std::memory_order_relaxed);
-  if (void* memory = malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-  free(memory);
-}
-void operator delete(void* memory, size_t) noexcept {
-  free(memory);
+  return __libc_malloc(size);
 }
 
 namespace {

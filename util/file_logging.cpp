@@ -163,16 +163,20 @@ void FileLogging::closeLog() {
 
 void FileLogging::log(const char* format, va_list args) {
   Lock lock(mutex);
-  const bool flushDue = ++m_unflushed >= m_settings.flushFrequency;
-  if (flushDue) m_unflushed = 0;
-  if (writeLine(flushDue, format, args) && flushDue) fileRotate();
+  logLocked(format, args);
 }
 
 bool FileLogging::logIfOpened(const char* format, va_list args) {
   Lock lock(mutex);
   if (m_file == nullptr) return false;
-  log(format, args);
+  logLocked(format, args);
   return true;
+}
+
+void FileLogging::logLocked(const char* format, va_list args) {
+  const bool flushDue = ++m_unflushed >= m_settings.flushFrequency;
+  if (flushDue) m_unflushed = 0;
+  if (writeLine(flushDue, format, args) && flushDue) fileRotate();
 }
 
 // False if there is nothing to write to.

@@ -60,7 +60,7 @@ void LogCache::append(char c) {
 }
 
 void LogCache::vsappend(const char* format, va_list args) {
-  char text[1024] = {};
+  char text[1024] = "";
   vsnprintf(text, sizeof text, format, args);
   append(text);
 }

@@ -42,6 +42,23 @@ struct ProcessIdentity {
   }
 };
 
+// Local time, host, program and process. The system looks at the time zone's file each time it is asked, so
+// the text serves a thread for a whole second.
+const char* whenAndWho() {
+  thread_local time_t second = -1;
+  thread_local char text[512];
+  const time_t now = dayclock::now();
+  if (now == second) return text;
+  second = now;
+  static const ProcessIdentity process;
+  char time[64];
+  tm local;
+  if (localtime_r(&now, &local) == nullptr || strftime(time, sizeof time, "%F %T %z", &local) == 0)
+    time[0] = '\0';
+  snprintf(text, sizeof text, "%s %s %s[%d]: ", time, process.host, programName(), process.pid);
+  return text;
+}
+
 void appendFile(Text& text, const char* file) {
   const char* slash = strrchr(file, '/');
   text.appendPlain(slash != nullptr ? slash + 1 : file);
@@ -71,10 +88,11 @@ void appendPosition(Text& text, int showMore, const char* file, int line, const 
   text.append("\" ");
 }
 
+// Five columns and a blank.
 void appendLevel(Text& text, Logger::LogLevel level) {
-  char padded[8];
-  snprintf(padded, sizeof padded, "%-5.5s ", LevelToText(level));
-  text.append(padded);
+  const char* name = LevelToText(level);
+  for (int column = 0; column < 5; ++column) text.append(*name != '\0' ? *name++ : ' ');
+  text.append(' ');
 }
 
 __attribute__((format(printf, 1, 0))) void logToMemory(const char* format, va_list args) {
@@ -119,14 +137,7 @@ const char* programName() {
 
 int BuildMessagePrefix(char* buffer, int size, const char* lead) {
   if (buffer == nullptr || size <= 0) return 0;
-  static const ProcessIdentity process;
-  const time_t now = dayclock::now();
-  char time[64];
-  tm local;
-  if (localtime_r(&now, &local) == nullptr || strftime(time, sizeof time, "%F %T %z", &local) == 0)
-    time[0] = '\0';
-  const int length = snprintf(buffer, static_cast<size_t>(size), "%s%s %s %s[%d]: ", lead, time, process.host,
-                              programName(), process.pid);
+  const int length = snprintf(buffer, static_cast<size_t>(size), "%s%s", lead, whenAndWho());
   return length < size ? length : size;
 }
 

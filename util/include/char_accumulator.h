@@ -4,10 +4,12 @@
 #include <cstddef>
 #include <cstring>
 
+#include "util/include/export.h"
+
 namespace vesk {
 
 /// The place where a printf format breaks off within a conversion; its end if it does not.
-char* unfinishedConversion(char* format);
+FOKRAZO_API char* unfinishedConversion(char* format);
 
 /// Collects at most Size - 1 characters; what does not fit is dropped without a word.
 /// Thread-safety: an object belongs to one thread.

@@ -74,6 +74,7 @@ class FOKRAZO_API FileLogging {
 
  private:
   void makeCache();
+  void logLocked(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
   bool writeLine(bool flushDue, const char* format, va_list args) __attribute__((format(printf, 3, 0)));
   std::string backupName(int number) const;
   bool isAtPath(int file) const;

@@ -17,10 +17,10 @@ class FOKRAZO_API QueuedMessage : public QueueAble {
 
   /// Sends the message to the destination.
   void run() override;
-
- private:
+  /// Sends another text with the message's priority.
   void writeMessage(const char* format, ...) FOKRAZO_PRINTF(2, 3);
 
+ private:
   int m_priority;
   char m_text[512];
 };
