@@ -79,8 +79,8 @@ namespace vesk {
 namespace {
 
 constexpr char kSource[] = "lrpc/ipc_sockio";
-constexpr char kChannel[] = "lrpc.sockio";
-constexpr char kConnectChannel[] = "lrpc.ipcmessage";
+constexpr char kLogger[] = "lrpc.sockio";
+constexpr char kConnectLogger[] = "lrpc.ipcmessage";
 constexpr int kDefaultConnectTimeout = 5;
 constexpr int kDefaultTimeout = 300;
 
@@ -96,7 +96,7 @@ int timeout() {
 int connectTimeout() {
   const long configured = Props(false, false)->getTime(PN::LRPC_CONNECT_TIMEOUT, 's', kDefaultConnectTimeout);
   if (configured > 0) return seconds(configured);
-  VESK_LOG_TO(kConnectChannel, Warn, "Illegal value for %s: %ld. Using %d", PN::LRPC_CONNECT_TIMEOUT.c_str(),
+  VESK_LOG_TO(kConnectLogger, Warn, "Illegal value for %s: %ld. Using %d", PN::LRPC_CONNECT_TIMEOUT.c_str(),
               configured, kDefaultConnectTimeout);
   return kDefaultConnectTimeout;
 }
@@ -109,23 +109,17 @@ void waitForConnection(int fd) {
   const int rc = SendWait(fd, connectTimeout());
   if (rc == 1) return;
   if (rc != 0) failConnect(errno);
-  VESK_LOG_TO(kConnectChannel, Warn, "Timed out while waiting for socket connection");
+  VESK_LOG_TO(kConnectLogger, Warn, "Timed out while waiting for socket connection");
   FOKRAZO_THROW(IOException, "IOException", 0, "ipc socket connect timed out");
 }
 
-// The transfer's one vector; neither name nor control data.
-class Transfer {
- public:
-  Transfer(void* buffer, unsigned int size) : m_vector{buffer, size} {
-    m_header.msg_iov = &m_vector;
-    m_header.msg_iovlen = 1;
-  }
-  msghdr* header() { return &m_header; }
-
- private:
-  iovec m_vector;
-  msghdr m_header = {};
-};
+// Neither name nor control data goes with the bytes.
+msghdr messageOf(iovec& bytes) {
+  msghdr message = {};
+  message.msg_iov = &bytes;
+  message.msg_iovlen = 1;
+  return message;
+}
 
 void waitForInput(int fd) {
   const int rc = RecvWait(fd, timeout());
@@ -169,9 +163,10 @@ void IPCdisconnect(int fd) {
 
 unsigned int readMsg(int fd, void* buffer, unsigned int size, int* /*reserved*/) {
   waitForInput(fd);
-  VESK_LOG_TO(kChannel, Trace, "recv message: flag %x", static_cast<unsigned int>(MSG_NOSIGNAL));
-  Transfer transfer(buffer, size);
-  const ssize_t count = recvmsg(fd, transfer.header(), MSG_NOSIGNAL);
+  VESK_LOG_TO(kLogger, Trace, "recv message: flag %x", static_cast<unsigned int>(MSG_NOSIGNAL));
+  iovec bytes = {buffer, size};
+  msghdr message = messageOf(bytes);
+  const ssize_t count = recvmsg(fd, &message, MSG_NOSIGNAL);
   if (count < 0)
     FOKRAZO_THROW_ERRNO(ConnectionBrokenException, "ConnectionBrokenException", -1, errno, "readMsg error");
   if (count == 0)
@@ -181,11 +176,12 @@ unsigned int readMsg(int fd, void* buffer, unsigned int size, int* /*reserved*/)
 }
 
 unsigned int writeMsg(int fd, void* buffer, unsigned int size, bool /*reserved*/) {
+  iovec bytes = {buffer, size};
+  const msghdr message = messageOf(bytes);
   for (;;) {
-    VESK_LOG_TO(kChannel, Trace, "sending message. Flag %x", static_cast<unsigned int>(MSG_NOSIGNAL));
-    Transfer transfer(buffer, size);
+    VESK_LOG_TO(kLogger, Trace, "sending message. Flag %x", static_cast<unsigned int>(MSG_NOSIGNAL));
     errno = 0;  // nothing sent is no error of its own
-    const ssize_t count = sendmsg(fd, transfer.header(), MSG_NOSIGNAL);
+    const ssize_t count = sendmsg(fd, &message, MSG_NOSIGNAL);
     const int error = errno;
     if (count > 0) return static_cast<unsigned int>(count);
     if (error == EINTR) continue;

@@ -19,7 +19,7 @@ namespace vesk {
 namespace {
 
 constexpr char kSource[] = "lrpc/ipcmessage";
-constexpr char kChannel[] = "lrpc.ipcmessage";
+constexpr char kLogger[] = "lrpc.ipcmessage";
 
 [[noreturn]] void failField(const char* failure) {
   FOKRAZO_THROW(IOException, "IOException", 0, "%s", failure);
@@ -173,7 +173,7 @@ void IPCMessage::send(int fd) {
   auto length = static_cast<uint32_t>(m_flattened->bv_len);
   if (length != m_flattened->bv_len)
     FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, EMSGSIZE, "ber flatten");
-  VESK_LOG_TO(kChannel, Trace, "write size %d", static_cast<int>(length));
+  VESK_LOG_TO(kLogger, Trace, "write size %d", static_cast<int>(length));
   writeN(fd, reinterpret_cast<unsigned char*>(&length), sizeof length);
   writeN(fd, reinterpret_cast<unsigned char*>(m_flattened->bv_val), length);
 }
@@ -183,7 +183,7 @@ void IPCMessage::get(int fd) {
   uint32_t length = 0;
   errno = 0;
   readN(fd, reinterpret_cast<unsigned char*>(&length), sizeof length);
-  VESK_LOG_TO(kChannel, Trace, "read size %d", static_cast<int>(length));
+  VESK_LOG_TO(kLogger, Trace, "read size %d", static_cast<int>(length));
   if (length == 0) failFrame(length, 1, errno);
   receive(fd, length);
   if (readHeader()) return;

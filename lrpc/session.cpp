@@ -17,7 +17,7 @@ namespace vesk {
 namespace {
 
 constexpr char kSource[] = "lrpc/session";
-constexpr char kChannel[] = "lrpc.session";
+constexpr char kLogger[] = "lrpc.session";
 
 void checkCall(bool worked, long result) {
   if (!worked)
@@ -33,7 +33,10 @@ LocalRpcSession::LocalRpcSession(const std::string& socketPath, bool connectNow,
   try {
     reConnect(true);
   } catch (const VESKException& error) {
-    VESK_LOG_TO(kChannel, Warn, "LRPC connection failed: (%s) %s", error.className(), error.what());
+    VESK_LOG_TO(kLogger, Warn, "LRPC connection failed: (%s) %s", error.className(), error.what());
+  } catch (...) {
+    dropConnection();  // no destructor will
+    throw;
   }
 }
 

@@ -21,7 +21,7 @@ namespace vesk {
 namespace {
 
 constexpr char kSource[] = "lrpc/session";
-constexpr char kChannel[] = "lrpc.session";
+constexpr char kLogger[] = "lrpc.session";
 constexpr int kDefaultIdleTimeout = 30;
 
 int idleTimeout() {
@@ -33,7 +33,7 @@ void TestReplySuccess(IPCReply& reply) {
   if (reply.result() == IPC_SUCCESS) return;
   const MessageText text =
       MessageText::format("Request failed with status %s", IPCMessage::IPC_RESULTToStr(reply.result()));
-  VESK_LOG_TO(kChannel, Debug, "%s", text.c_str());
+  VESK_LOG_TO(kLogger, Debug, "%s", text.c_str());
   FOKRAZO_THROW(SystemException, "SystemException", 0, "%s", text.c_str());
 }
 
@@ -48,20 +48,20 @@ bool LocalRpcSession::ownsSocket(ino_t& inode) const {
 
 bool LocalRpcSession::isConnectionGood(time_t now, pid_t pid) {
   if (now - m_lastUsed > idleTimeout()) {
-    VESK_LOG_TO(kChannel, Debug, "dropping old lrpc connection");
+    VESK_LOG_TO(kLogger, Debug, "dropping old lrpc connection");
     return false;
   }
   if (pid != m_pid) {
-    VESK_LOG_TO(kChannel, Debug, "process forked, closing parent's connection");
+    VESK_LOG_TO(kLogger, Debug, "process forked, closing parent's connection");
     return false;
   }
   ino_t inode;
   if (!ownsSocket(inode)) {
-    VESK_LOG_TO(kChannel, Debug, "lrpc connection reopened %d != %d\n", static_cast<int>(inode),
+    VESK_LOG_TO(kLogger, Debug, "lrpc connection reopened %d != %d\n", static_cast<int>(inode),
                 static_cast<int>(m_socketInode));
     return false;
   }
-  if (m_midExchange) VESK_LOG_TO(kChannel, Debug, "dropping lrpc connection with an unfinished exchange");
+  if (m_midExchange) VESK_LOG_TO(kLogger, Debug, "dropping lrpc connection with an unfinished exchange");
   return !m_midExchange;
 }
 
@@ -74,7 +74,7 @@ void LocalRpcSession::connect(time_t now, pid_t pid) {
   m_socketInode = status.st_ino;
   m_lastUsed = now;
   m_socket = socket.release();
-  VESK_LOG_TO(kChannel, Debug, "New socket %ld (%ld)", static_cast<long>(m_socket),
+  VESK_LOG_TO(kLogger, Debug, "New socket %ld (%ld)", static_cast<long>(m_socket),
               static_cast<long>(m_socketInode));
 }
 
@@ -136,7 +136,7 @@ void LocalRpcSession::executeWithRetry(IPCRequest& request, IPCReply& reply, boo
   try {
     exchange(request, reply);
   } catch (const VESKException& error) {
-    VESK_LOG_TO(kChannel, Debug, "Cannot communicate with brondalt: %s. Rconnecting...", error.what());
+    VESK_LOG_TO(kLogger, Debug, "Cannot communicate with brondalt: %s. Rconnecting...", error.what());
     sendAgain(request, reply, authenticate);
   }
   TestReplySuccess(reply);
@@ -147,9 +147,9 @@ void LocalRpcSession::sendAgain(IPCRequest& request, IPCReply& reply, bool authe
   reConnect(authenticate);
   try {
     exchange(request, reply);
-    VESK_LOG_TO(kChannel, Debug, "Retried brondalt request succeeds");
+    VESK_LOG_TO(kLogger, Debug, "Retried brondalt request succeeds");
   } catch (const VESKException& error) {
-    VESK_LOG_TO(kChannel, Debug, "Reconnect to brondalt failed: %s", error.what());
+    VESK_LOG_TO(kLogger, Debug, "Reconnect to brondalt failed: %s", error.what());
     lostConnection();
     request.dropElement();
     throw;
@@ -171,7 +171,7 @@ void LocalRpcSession::authenticateProcess() {
       FOKRAZO_THROW(SystemException, "SystemException", 0, "client failed to provide correct credentials");
     m_processAuthenticated = true;
   } catch (const std::exception& error) {
-    VESK_LOG_TO(kChannel, Info, "process authentication request failed: %s", error.what());
+    VESK_LOG_TO(kLogger, Info, "process authentication request failed: %s", error.what());
     throw;
   }
 }

@@ -4,8 +4,8 @@
 
 #include "lrpc/adobject.h"
 #include "lrpc/attrnames.h"
-#include "lrpc/ipcmessage.h"
 #include "lrpc/session.h"
+#include "lrpc/session_exchange.h"
 #include "lrpc/unixviews.h"
 #include "util/include/throw.h"
 
@@ -44,19 +44,16 @@ class LookupRequest : public IPCRequest {
 };
 
 // Asking for the next entry moves a cursor of the daemon, so that is never repeated.
-void carry(LocalRpcSession& session, const std::string& name, IPCRequest& request, IPCReply& reply) {
-  if (name == kNextEntry)
-    session.execute(request, reply, true);
-  else
-    session.executeWithRetry(request, reply, true);
+ValidationResult askByName(LocalRpcSession& session, const std::string& name, IPCRequest& request,
+                           IPCReply& reply) {
+  return name == kNextEntry ? askOnce(session, request, reply) : ask(session, request, reply);
 }
 
 ADObject objectById(LocalRpcSession& session, DSObjectType type, int id, int flags) {
   LookupRequest request(IPC_OP_GET_OBJECT, type, UnixObjects, KeyId, flags);
   request += id;
   IPCReply reply;
-  session.executeWithRetry(request, reply, true);
-  return session.updateVRErrInfo(reply) == VR_SUCCESS ? reply.getADObject() : ADObject();
+  return ask(session, request, reply) == VR_SUCCESS ? reply.getADObject() : ADObject();
 }
 
 // By SID or GUID; any failure is reported as `notFound`.
@@ -66,8 +63,7 @@ ADObject objectByKey(LocalRpcSession& session, DSObjectType type, KeyKind keyKin
   LookupRequest request(IPC_OP_GET_OBJECT, type, scopeOf(flags), keyKind, flags);
   request += key;
   IPCReply reply;
-  session.executeWithRetry(request, reply, true);
-  if (session.updateVRErrInfo(reply) != VR_SUCCESS) failNotFound(notFound);
+  if (ask(session, request, reply) != VR_SUCCESS) failNotFound(notFound);
   return reply.getADObject();
 }
 
@@ -77,8 +73,7 @@ ADObject objectByName2(LocalRpcSession& session, DSObjectType type, const std::s
   LookupRequest request(IPC_OP_GET_OBJECT2, type, scopeOf(flags), KeyName, flags);
   request += name;
   IPCReply reply;
-  carry(session, name, request, reply);
-  if (session.updateVRErrInfo(reply) == VR_SUCCESS) return reply.getADObject();
+  if (askByName(session, name, request, reply) == VR_SUCCESS) return reply.getADObject();
   if (reply.hasMore()) reply.getAndThrowIPCException();
   if (session.statusCode() == kEndOfList)
     FOKRAZO_THROW(EndOfListException, "EndOfListException", 0, "End of list");
@@ -97,8 +92,7 @@ ADObject LocalRpcSession::getObject(const std::string& name, DSObjectType type, 
   LookupRequest request(IPC_OP_GET_OBJECT, type, scopeOf(flags), KeyName, flags);
   request += name;
   IPCReply reply;
-  carry(*this, name, request, reply);
-  if (updateVRErrInfo(reply) == VR_SUCCESS) return reply.getADObject();
+  if (askByName(*this, name, request, reply) == VR_SUCCESS) return reply.getADObject();
   if (reply.hasMore()) reply.getAndThrowIPCException();
   return ADObject();
 }
@@ -172,8 +166,7 @@ boost::shared_ptr<User> LocalRpcSession::getShadow(const std::string& name, int 
   LookupRequest request(IPC_OP_GET_OBJECT, DSShadow, UnixObjects, KeyName, flags & ~GROUP_MEMBERSHIP);
   request += name;
   IPCReply reply;
-  carry(*this, name, request, reply);
-  if (updateVRErrInfo(reply) != VR_SUCCESS) failNotFound(kUserNotFound);
+  if (askByName(*this, name, request, reply) != VR_SUCCESS) failNotFound(kUserNotFound);
   return boost::make_shared<User>(reply.getADObject());
 }
 
