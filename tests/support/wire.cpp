@@ -14,6 +14,12 @@ std::string bigEndian(uint32_t value, int bytes) {
   return text;
 }
 
+std::string word(uint32_t value) {
+  char bytes[sizeof value];
+  memcpy(bytes, &value, sizeof value);
+  return std::string(bytes, sizeof bytes);
+}
+
 std::string shortestLength(size_t size) {
   if (size < 0x80) return bigEndian(size, 1);
   const int bytes = size < 0x100 ? 1 : size < 0x10000 ? 2 : size < 0x1000000 ? 3 : 4;
@@ -57,6 +63,12 @@ std::string sequence(const std::string& content) {
   return "\x30\x84" + bigEndian(content.size(), 4) + content;
 }
 
+std::string object(const std::string& dn) {
+  // A header of 32 bytes, the count and the index; then the record: "_dn" by its number, and one value.
+  return octets(std::string(32, '\0') + word(1) + word(40) + word(0x800000a9) + word(1) + word(dn.size()) +
+                dn);
+}
+
 std::string request(int opcode, const std::string& body) {
   return sequence(integer(opcode) + integer(0)) + body;
 }
@@ -75,10 +87,7 @@ std::string answer(int result, const std::string& rest) {
 }
 
 std::string framed(const std::string& message) {
-  const auto length = static_cast<uint32_t>(message.size());
-  char bytes[sizeof length];
-  memcpy(bytes, &length, sizeof length);
-  return std::string(bytes, sizeof bytes) + message;
+  return word(message.size()) + message;
 }
 
 }  // namespace testsupport

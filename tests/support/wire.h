@@ -18,6 +18,8 @@ std::string integer(int32_t value);
 std::string octets(const std::string& bytes);
 /// A SEQUENCE with a length of four bytes.
 std::string sequence(const std::string& content);
+/// An OCTET STRING with the blob of an object that has nothing but a DN.
+std::string object(const std::string& dn);
 
 /// A request with that opcode, and the fields of its body.
 std::string request(int opcode, const std::string& body = std::string());
