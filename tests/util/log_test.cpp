@@ -140,22 +140,18 @@ TEST_F(LogTest, NamesOfLevelsAndFacilities) {
 TEST_F(LogTest, AThreadFindsTheLoggersItKnowsWithNobodysLock) {
   set("");
   const Thread counted;  // from here on the process counts as threaded
-  boost::shared_ptr<Logger> first, second;
-  std::promise<void> known, locked;
-  std::thread other([&] {
-    first = getLogger("known", false);
-    known.set_value();
-    locked.get_future().wait();
-    second = getLogger("known", false);
-  });
-  known.get_future().wait();
-  {
+  const auto known = getLogger("known", false);
+  std::promise<void> locked, found;
+  std::thread holder([&] {
     Lock lock(gNamedLoggersProtect());
     locked.set_value();
-    other.join();
-  }
-  EXPECT_EQ(first, Logger::GetLogger("known"));
-  EXPECT_EQ(second, first);
+    found.get_future().wait();
+  });
+  locked.get_future().wait();
+  EXPECT_EQ(getLogger("known", false), known);
+  found.set_value();
+  holder.join();
+  EXPECT_EQ(Logger::GetLogger("known"), known);
 }
 
 TEST_F(LogTest, AThrowUnderTheLoggersOwnLocksLeavesItsLine) {

@@ -17,6 +17,8 @@ using testsupport::inChild;
 
 namespace {
 
+constexpr char kLogger[] = "com.zantrel.logger";
+
 // What docs/memory-log.sh prints of a child that has done `work` and waits.
 template <class Work>
 Texts memoryLogOf(Work work) {
@@ -67,17 +69,12 @@ void expectTheNewestEntries() {
   const std::string& cut = lines[lines.size() - 2];
   EXPECT_EQ(cut.size(), 1023u);
   EXPECT_EQ(cut.substr(1000), std::string(23, 'z'));
-  int number = 0, last = 0;
   for (size_t i = 1; i + 2 < lines.size(); ++i) {  // the first may be half overwritten
+    const int number = static_cast<int>(i) + 502 - static_cast<int>(lines.size());
     ASSERT_EQ(lines[i].rfind("_cbuf 2", 0), 0u) << lines[i];
-    ASSERT_EQ(sscanf(lines[i].c_str() + lines[i].find("ring entry"), "ring entry %d", &number), 1)
+    EXPECT_NE(lines[i].find("DEBUG ring entry " + std::to_string(number) + " of "), std::string::npos)
         << lines[i];
-    if (i > 1) {
-      EXPECT_EQ(number, last + 1);
-    }
-    last = number;
   }
-  EXPECT_EQ(last, 499);
 }
 
 // Each in a child of its own, so that no copy of one log is found among the entries of the next.
@@ -115,23 +112,18 @@ TEST(MemoryLogTest, WhatIsReportedOfIt) {
               configure("logger.memory.enabled: yes\n");
               Logger::ReconfigureBuffer(true, "NONE");
               EXPECT_EQ(Logger::GetLogger("")->getEffectiveMemoryLevel(), Logger::Info);
-              Logger::ReconfigureBuffer(false, "ERROR");
-              EXPECT_EQ(Logger::GetLogger("")->getEffectiveMemoryLevel(), Logger::Error);
-              EXPECT_TRUE(CircularBuffer::GetCircularBuffer()->isEnabled());
               Logger::SetBufferActive(false);
-              EXPECT_FALSE(CircularBuffer::GetCircularBuffer()->init(Logger::GetLogger("own")));
+              EXPECT_FALSE(CircularBuffer::GetCircularBuffer()->init(Logger::GetLogger(kLogger)));
               EXPECT_TRUE(CircularBuffer::GetCircularBuffer()->isEnabled());
             }),
             0);
-  Texts texts = syslogd.texts();
-  EXPECT_EQ(texts, (Texts{
-                       "WARN  com.zantrel.logger Cannot reconfigure circular buffer, as its not activated",
-                       "WARN  com.zantrel.logger CircularBuffer.init() - initalized and enabled=true",
-                       "WARN  com.zantrel.logger circular buffer has been enabled",
-                       "WARN  com.zantrel.logger Circular buffer log level cannot be NONE. Using 'INFO'.",
-                       "WARN  com.zantrel.logger CircularBuffer.init() - already initialized",
-                       "WARN  own CircularBuffer.init() -  not activated",
-                   }));
+  const std::string lead = std::string("WARN  ") + kLogger + " ";
+  EXPECT_EQ(syslogd.texts(), (Texts{lead + "Cannot reconfigure circular buffer, as its not activated",
+                                    lead + "CircularBuffer.init() - initalized and enabled=true",
+                                    lead + "circular buffer has been enabled",
+                                    lead + "Circular buffer log level cannot be NONE. Using 'INFO'.",
+                                    lead + "CircularBuffer.init() - already initialized",
+                                    lead + "CircularBuffer.init() -  not activated"}));
 }
 
 TEST(LogCacheTest, AnySizePassesAnyTextAndLosesItWithoutAStream) {
