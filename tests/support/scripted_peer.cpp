@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "tests/support/wire.h"
+#include "util/include/strutil.h"
 
 namespace testsupport {
 
@@ -122,7 +123,7 @@ std::string ScriptedPeer::receive(size_t size) {
   for (size_t done = 0; done < size;) {
     waitFor(m_connection.get());
     const ssize_t count = recv(m_connection.get(), &bytes[done], size - done, 0);
-    if (count <= 0) fail("the client has gone behind " + shown(bytes.substr(0, done)));
+    if (count <= 0) fail("the client has gone behind " + tohex(bytes.substr(0, done)));
     done += count;
   }
   return bytes;
@@ -156,7 +157,7 @@ void ScriptedPeer::checkSilence() {
   if (entries[0].revents) fail("the client has connected once more");
   char bytes[64];
   const ssize_t count = entries[1].revents ? recv(m_connection.get(), bytes, sizeof bytes, MSG_DONTWAIT) : 0;
-  if (count > 0) fail("the client has also sent " + shown(std::string(bytes, count)));
+  if (count > 0) fail("the client has also sent " + tohex(std::string(bytes, count)));
 }
 
 ScriptedPeer& ScriptedPeer::accept() {
@@ -170,7 +171,7 @@ ScriptedPeer& ScriptedPeer::expect(const std::string& message) {
     uint32_t size;
     memcpy(&size, length.data(), sizeof size);
     const std::string frame = length + receive(size);
-    if (frame != framed(message)) fail("expected " + shown(framed(message)) + "\n     got " + shown(frame));
+    if (frame != framed(message)) fail("expected " + tohex(framed(message)) + "\n     got " + tohex(frame));
   });
 }
 

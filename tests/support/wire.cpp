@@ -40,15 +40,6 @@ std::string hex(const std::string& digits) {
   return bytes;
 }
 
-std::string shown(const std::string& bytes) {
-  std::string digits;
-  for (const unsigned char byte : bytes) {
-    digits += "0123456789abcdef"[byte >> 4];
-    digits += "0123456789abcdef"[byte & 15];
-  }
-  return digits;
-}
-
 std::string integer(int32_t value) {
   int bytes = 1;
   while (bytes < 4 && (value < -(1L << (8 * bytes - 1)) || value >= 1L << (8 * bytes - 1))) ++bytes;

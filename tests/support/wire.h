@@ -9,8 +9,6 @@ namespace testsupport {
 
 /// The bytes of hexadecimal digits; blanks count for nothing.
 std::string hex(const std::string& digits);
-/// Bytes as digits, two for each.
-std::string shown(const std::string& bytes);
 
 /// An INTEGER in the fewest bytes.
 std::string integer(int32_t value);
