@@ -18,6 +18,8 @@ constexpr int kLogRunnerPriority = 5;
 // A poster at a full queue waits 0, 10, 20 … 990 ms: 49.5 seconds in all.
 constexpr long kPauseStep = 10;
 constexpr long kPauseEnd = 1000;
+// List nodes kept for reuse: as many as the log queue holds by default.
+constexpr size_t kSpareNodes = 256;
 
 }  // namespace
 
@@ -161,13 +163,22 @@ bool RunQueue::doDeDup(boost::shared_ptr<QueueAble> item) {
 }
 
 void RunQueue::insert(Items::iterator before, const Item& item) {
-  m_items.insert(before, item);
+  if (m_spare.empty()) {
+    m_items.insert(before, item);
+  } else {
+    m_spare.front() = item;
+    m_items.splice(before, m_spare, m_spare.begin());
+  }
   m_empty = false;
 }
 
 RunQueue::Item RunQueue::takeFront() {
-  const Item item = m_items.front();
-  m_items.pop_front();
+  Item item;
+  item.swap(m_items.front());
+  if (m_spare.size() < kSpareNodes)
+    m_spare.splice(m_spare.begin(), m_items, m_items.begin());
+  else
+    m_items.pop_front();
   m_empty = m_items.empty();
   return item;
 }

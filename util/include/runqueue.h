@@ -116,6 +116,7 @@ class FOKRAZO_API RunQueue {
   Mutex m_mutex;  // guards what follows; recursive, because items are destroyed under it. Its condition wakes
                   // runners.
   Items m_items;
+  Items m_spare;  // empty nodes, so that a steady flow of items allocates none
   bool m_interrupted = false;
   bool m_shuttingDown = false;
 
