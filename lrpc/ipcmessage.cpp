@@ -39,12 +39,18 @@ struct FreeMemory {
 
 }  // namespace
 
+// What goes out may hold secrets, and so may what has come in.
+
 IPCMessage::~IPCMessage() {
   dropElement();
-  if (m_flattened) qtr_ber_bvfree(m_flattened);
+  if (!m_flattened) return;
+  explicit_bzero(m_flattened->bv_val, m_flattened->bv_len);
+  qtr_ber_bvfree(m_flattened);
 }
 
 void IPCMessage::dropElement() {
+  berval used;  // what was written or read so far
+  if (m_ber && qtr_ber_flatten2(m_ber, &used, 0) == 0) explicit_bzero(used.bv_val, used.bv_len);
   if (m_ber) qtr_ber_free(m_ber, 1);
   m_ber = nullptr;
 }

@@ -123,7 +123,7 @@ class FOKRAZO_API IPCMessage {
   void get(int fd);
 
  protected:
-  /// Frees the element with its bytes; what was flattened for sending stays.
+  /// Wipes and frees the element with its bytes; what was flattened for sending stays.
   void dropElement();
 
  private:
