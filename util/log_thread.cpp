@@ -1,13 +1,10 @@
 // What the logger keeps for each thread: its name and its own table of loggers.
 
-#include <pthread.h>
-
 #include <cstdlib>
 #include <cstring>
 
 #include "util/include/log.h"
-#include "util/include/mutex.h"
-#include "util/include/thread.h"
+#include "util/include/threads_api.h"
 #include "util/log_internal.h"
 
 namespace vesk {
