@@ -5,12 +5,9 @@
 
 #include <functional>
 
-#include "lrpc/adobject.h"
-#include "lrpc/attrnames.h"
-#include "lrpc/paged_search.h"
 #include "lrpc/session.h"
-#include "lrpc/unixviews.h"
 #include "tests/support/session_test.h"
+#include "tests/support/told.h"
 #include "util/include/fixed_paths.h"
 #include "util/include/strutil.h"
 
@@ -22,22 +19,6 @@ namespace {
 using Names = std::vector<std::string>;
 
 const std::string kRemote = integer(1) + octets("no listing");
-
-std::string nameOf(ADObject object) {
-  return object.isEmpty() ? "empty" : std::string(object[AD_DN]);
-}
-template <class View>
-std::string nameOf(const boost::shared_ptr<View>& view) {
-  return view->getDN();
-}
-
-// The name of what `get` gives, or what it throws.
-template <class Get>
-std::string nameOrFailure(Get get) {
-  std::string name;
-  const std::string thrown = thrownBy([&] { name = nameOf(get()); });
-  return thrown == "nothing" ? name : thrown;
-}
 
 struct Listing {
   const char* kind;  // the byte of the kind in each of its requests
@@ -51,7 +32,7 @@ struct Listing {
 
 // clang-format off
 #define CALL(expression) [](LocalRpcSession& s) { return s.expression; }
-#define NEXT(expression) [](LocalRpcSession& s) { return nameOrFailure([&] { return s.expression; }); }
+#define NEXT(expression) [](LocalRpcSession& s) { return told([&] { return s.expression; }); }
 const char kNext[] = "@#";
 
 const Listing kListings[] = {
@@ -153,7 +134,7 @@ class PagedSearchTest : public SessionTest {
     return session().ldapPagedSearch("", "", "", nullptr, LdapSearchScopeType(), 0, false);
   }
   static std::string nextOf(PagedSearchHandle& handle) {
-    return nameOrFailure([&] { return handle.getNext(); });
+    return told([&] { return handle.getNext(); });
   }
 
   const std::string next = request(23, integer(-7));

@@ -5,13 +5,10 @@
 
 #include <functional>
 
-#include "lrpc/adobject.h"
-#include "lrpc/attrnames.h"
-#include "lrpc/paged_search.h"
 #include "lrpc/session.h"
 #include "lrpc/shredder.h"
-#include "lrpc/unixviews.h"
 #include "tests/support/session_test.h"
+#include "tests/support/told.h"
 
 using namespace vesk;
 using namespace testsupport;
@@ -41,38 +38,6 @@ std::string i(int value) {
 }
 std::string s(const std::string& bytes) {
   return octets(bytes);
-}
-
-std::string text(const std::string& value) {
-  return value;
-}
-std::string text(bool value) {
-  return value ? "true" : "false";
-}
-std::string text(int value) {
-  return std::to_string(value);
-}
-std::string text(ADObject object) {
-  return object.isEmpty() ? "empty" : std::string(object[AD_DN]);
-}
-std::string text(const ADObjectList& list) {
-  std::string all = std::to_string(list.size());
-  for (const ADObject& object : list) all += " " + text(object);
-  return all;
-}
-std::string text(const boost::shared_ptr<User>& user) {
-  return user->getDN();
-}
-std::string text(const PagedSearchHandle&) {
-  return "handle";
-}
-
-// The text of what it returns, or what it throws.
-template <class Action>
-std::string told(Action action) {
-  std::string value;
-  const std::string thrown = thrownBy([&] { value = text(action()); });
-  return thrown == "nothing" ? value : thrown;
 }
 
 Answers operator+(Answers some, const Answers& more) {
