@@ -1,5 +1,7 @@
 #include "util/include/properties.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -83,8 +85,8 @@ void Property::set(const std::string& raw) {
   m_value = raw;
   PropertySyntax::removeEscapes(m_value);
   PropertySyntax::unescapeValue(m_value);
-  m_rawForm = m_value == raw ? AsValue : Own;
-  m_raw = m_rawForm == Own ? raw : std::string();
+  m_raw.reset(m_value == raw ? nullptr : new std::string(raw));
+  m_hasRaw = true;
 }
 
 Properties* Properties::gVeskProperties = nullptr;
@@ -279,8 +281,9 @@ bool Properties::setText(const std::string& key, const std::string& text) {
   std::string line;
   if (text.find('\n') != std::string::npos || isEscaped(text) || !putPropertyToLine(line, key, "", true))
     return false;
+  std::string readKey;
   std::string value;
-  getPropertyFromLine(line + text, line, value);
+  getPropertyFromLine(line + text, readKey, value);
   Lock lock(mutex);
   expandEnvVariables(value);
   change(key, value);

@@ -140,8 +140,9 @@ std::string Properties::makeRawList(const ValueList& list, bool keepDollar) {
   const bool dollarIsMark = !m_expandVariables && raw.find("$$") != std::string::npos;
   if (!dollarIsText && !dollarIsMark && splitList(raw) == list) return raw;
   std::string line;
-  putPropertyToLine(line, "list", list, m_expandVariables);
-  getPropertyFromLine(line, line, raw);
+  std::string key = "list";
+  putPropertyToLine(line, key, list, m_expandVariables);
+  getPropertyFromLine(line, key, raw);
   expandEnvVariables(raw);
   return raw;
 }

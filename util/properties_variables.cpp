@@ -7,6 +7,7 @@
 #include "util/include/properties.h"
 #include "util/include/setting.h"
 #include "util/property_line.h"
+#include "util/setting_store.h"
 
 namespace vesk {
 
@@ -37,9 +38,16 @@ std::string shortZoneName(const std::string& zone) {
   return zone.substr(begin, zone.find(',', begin) - begin);
 }
 
+// A machine that has not joined lacks all of them: to look first costs less than five exceptions.
+bool isThere(const char* name) {
+  SettingStore& store = SettingStore::instance();
+  Lock lock(store.gMapLock);
+  return store.gSettingsMap.count(name) != 0 || SettingExists(name);
+}
+
 std::string readSetting(const char* name) {
   try {
-    return loadSettingFromFile(name);
+    return isThere(name) ? loadSettingFromFile(name) : kUnknown;
   } catch (const VESKException&) {
     return kUnknown;
   }

@@ -25,6 +25,9 @@ UniqueFd openPlainFile(const char* path) {
 
 bool readAll(int fd, std::string& text) {
   char block[kBlockSize];
+  struct stat info;
+  if (::fstat(fd, &info) == 0 && info.st_size < static_cast<off_t>(kMaxPropertyFile))
+    text.reserve(info.st_size);
   for (;;) {
     const ssize_t got = ::read(fd, block, sizeof block);
     if (got < 0 && errno == EINTR) continue;

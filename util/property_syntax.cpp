@@ -82,15 +82,13 @@ size_t endOfKey(const std::string& line, size_t begin) {
 }
 
 // In a key a backslash is one only before a separator or another backslash.
-std::string unescapeKey(const std::string& line, size_t begin, size_t end) {
-  std::string key(line, begin, end - begin);
-  if (!contains(key, '\\')) return key;
-  std::string plain;
+void unescapeKey(std::string& key) {
+  size_t out = 0;
   for (size_t i = 0; i < key.size(); i++) {
     const bool pair = key[i] == '\\' && i + 1 < key.size() && (isSeparator(key[i + 1]) || key[i + 1] == '\\');
-    plain += pair ? key[++i] : key[i];
+    key[out++] = pair ? key[++i] : key[i];
   }
-  return plain;
+  key.resize(out);
 }
 
 // A blank in front keeps a key from being taken for a comment.
@@ -149,6 +147,33 @@ std::string escapeCharacters(const std::string& value, bool keepDollar, bool wra
   return out;
 }
 
+/// Where a text first has anything but single blanks and unquoted, unescaped characters.
+size_t endOfPlainText(const std::string& value) {
+  size_t i = 0;
+  for (; i < value.size(); i++) {
+    const char c = value[i];
+    if (c > '\'' && c != '\\') continue;
+    const bool single = c == ' ' && i + 1 < value.size() && value[i + 1] > ' ';
+    if (!single && (isPropertySpace(c) || c == '"' || c == '\'' || c == '\\')) break;
+  }
+  return i;
+}
+
+void joinWhitespaces(std::string& value) {
+  QuoteTracker tracker;
+  size_t out = endOfPlainText(value);
+  for (size_t i = out; i < value.size(); i++) {
+    char c = value[i];
+    if (isPropertySpace(c) && tracker.quote() == 0) {
+      while (i + 1 < value.size() && isPropertySpace(value[i + 1])) i++;
+      c = ' ';
+    }
+    tracker.pass(c);
+    value[out++] = c;
+  }
+  value.resize(out);
+}
+
 std::string wrapInQuotes(const std::string& value, bool keepDollar) {
   return '"' + escapeCharacters(value, keepDollar, true) + '"';
 }
@@ -190,12 +215,13 @@ bool PropertySyntax::getPropertyFromLine(const std::string& line, std::string& k
   if (end == begin) return false;
   size_t valueBegin = std::min(end + 1, line.size());
   if (valueBegin < line.size() && line[end] != '=' && line[valueBegin] == '=') valueBegin++;
-  // Both into locals first: the caller may pass the line itself.
-  std::string newKey = unescapeKey(line, begin, end);
+  while (valueBegin < line.size() && isPropertySpace(line[valueBegin])) valueBegin++;
+  const bool hasEscapes = contains(line, '\\');
+  key.assign(line, begin, end - begin);
+  if (hasEscapes) unescapeKey(key);
   value.assign(line, valueBegin, std::string::npos);
-  key = std::move(newKey);
   removeWhitespaces(value);
-  replaceSpecials(value);
+  if (hasEscapes) replaceSpecials(value);
   return true;
 }
 
@@ -217,19 +243,9 @@ void PropertySyntax::removeWhitespaces(std::string& value) {
   const size_t size = value.size();
   size_t i = 0;
   while (i < size && isPropertySpace(value[i])) i++;
-  QuoteTracker tracker;
-  size_t out = 0;
-  for (; i < size; i++) {
-    char c = value[i];
-    if (isPropertySpace(c) && tracker.quote() == 0) {
-      while (i + 1 < size && isPropertySpace(value[i + 1])) i++;
-      c = ' ';
-    }
-    tracker.pass(c);
-    value[out++] = c;
-  }
-  value.resize(out);
-  if (out == 0 || !isPropertySpace(value.back())) return;
+  if (i > 0) value.erase(0, i);
+  joinWhitespaces(value);
+  if (value.empty() || !isPropertySpace(value.back())) return;
   const char last = value.back();
   value.pop_back();
   if (isEscaped(value)) value += last;

@@ -34,19 +34,15 @@ class FOKRAZO_API Property {
   /// Without quotes and escapes: what a lookup gives.
   const std::string& value() const { return m_value; }
   /// With them, after the variables: lists are cut from this. Null if only an earlier load had the key.
-  const std::string* raw() const {
-    return m_rawForm == None ? nullptr : m_rawForm == AsValue ? &m_value : &m_raw;
-  }
+  const std::string* raw() const { return !m_hasRaw ? nullptr : m_raw ? m_raw.get() : &m_value; }
   /// Sets both.
   void set(const std::string& raw);
-  void forgetRaw() { m_rawForm = None; }
+  void forgetRaw() { m_hasRaw = false; }
 
  private:
-  enum RawForm { None, AsValue, Own };
-
   std::string m_value;
-  std::string m_raw;  // only where it differs: most values need no second copy
-  RawForm m_rawForm = None;
+  std::unique_ptr<std::string> m_raw;  // null where it equals the value, as most do
+  bool m_hasRaw = false;
 };
 
 /// Keys with their values, as one file holds them. Keys ignore case; the first spelling stays.

@@ -38,7 +38,7 @@ struct FOKRAZO_API PropertySyntax {
   static void getLine(std::istream& stream, std::string& line);
 
   /// Cuts a logical line into its key and its value, ready for the variables. False, with both untouched,
-  /// for a comment and for a line without a key.
+  /// for a comment and for a line without a key. Requires: three different strings.
   static bool getPropertyFromLine(const std::string& line, std::string& key, std::string& value);
   /// Makes a line that reads back as this key and value: escaped key, ": ", escaped value. `keepDollar` as
   /// in escapeValue. False, with `line` untouched, for a key that no line can hold: empty, or with a newline.
