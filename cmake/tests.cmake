@@ -2,12 +2,17 @@ find_package(GTest REQUIRED)
 
 # fokrazo_test(NAME [WORLD] [LABELS label...] SOURCES file...): one test program over the static objects.
 # WORLD runs it in the private world: its own /etc/velmora, /var and /dev/log, and root's view.
+# The thread sanitizer is there for the programs that have threads, LABELS threads, and for no others.
 function(fokrazo_test name)
   cmake_parse_arguments(T "WORLD" "" "SOURCES;LABELS;LIBS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   target_link_libraries(${name} PRIVATE fokrazo_static test_support GTest::gtest_main Threads::Threads ${T_LIBS})
   target_compile_definitions(${name} PRIVATE TEST_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
                              TEST_BINARY_DIR="${PROJECT_BINARY_DIR}")
+  if(FOKRAZO_SANITIZE STREQUAL "thread" AND NOT "threads" IN_LIST T_LABELS)
+    set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)
+    return()
+  endif()
   if(T_WORLD)
     add_test(NAME ${name} COMMAND private_world $<TARGET_FILE:${name}>)
   else()
