@@ -27,11 +27,6 @@ time_t utcSeconds(const std::string& text) {
   return local - timezone;
 }
 
-// Names are ASCII, whatever the locale.
-char lowerCase(char c) {
-  return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 const char* marksText(bool dirty, bool serialized) {
   if (dirty) return serialized ? "(ds)" : "(d)";
   return serialized ? "(s)" : "";
@@ -45,8 +40,7 @@ ADAttribute::ADAttribute(std::string_view name) {
 
 void ADAttribute::setName(std::string_view name) {
   m_name = name;
-  m_lcName = name;
-  for (char& c : m_lcName) c = lowerCase(c);
+  m_lcName = lower(m_name);
 }
 
 void ADAttribute::setMarks(bool dirty, bool serialized) {

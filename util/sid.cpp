@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <climits>
-#include <cstdlib>
 
 #include "util/base64.h"
 #include "util/hex_digits.h"
@@ -12,6 +10,7 @@
 #include "util/include/log.h"
 #include "util/include/strutil.h"
 #include "util/include/throw.h"
+#include "util/strtou32.h"
 
 namespace vesk {
 
@@ -256,9 +255,9 @@ unsigned char SID::byteAt(size_t offset) const {
 
 unsigned int NextNumber(const char** cursor, int base) {
   char* end;
-  const unsigned long number = strtoul(*cursor, &end, base);
+  const unsigned int number = vesk::strtou32(*cursor, &end, base);
   if (end == *cursor) return 0;
   if (*end == '-' || *end == '\\') ++end;
   *cursor = end;
-  return static_cast<unsigned int>(std::min<unsigned long>(number, UINT_MAX));
+  return number;
 }

@@ -4,14 +4,13 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <cwctype>
 
 #include "util/include/osport.h"
+#include "util/strtou32.h"
 
 const std::string STRCLS_TRUE("true");
 const std::string STRCLS_FALSE("false");
@@ -32,6 +31,16 @@ std::string unsignedText(Unsigned value, int radix) {
   return inRadix(value, radix == 16 || radix == 8 ? radix : 10);
 }
 
+// ASCII alone: names and keys must read the same whatever locale the host program has set. (In a Turkish one
+// tolower('I') is no 'i'.)
+char lowerLetter(char c) {
+  return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+char upperLetter(char c) {
+  return 'a' <= c && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
 template <class String, class Convert>
 String converted(String text, Convert convert) {
   std::transform(text.begin(), text.end(), text.begin(), convert);
@@ -47,7 +56,7 @@ std::string_view trimmed(std::string_view text) {
 bool sameText(std::string_view a, std::string_view b, bool caseSensitive) {
   if (caseSensitive) return a == b;
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](unsigned char x, unsigned char y) { return tolower(x) == tolower(y); });
+                    [](char x, char y) { return lowerLetter(x) == lowerLetter(y); });
 }
 
 template <class List, class ToText>
@@ -97,15 +106,15 @@ const std::string& booltostr(bool value) {
 }
 
 unsigned int atoui(const char* text) {
-  return static_cast<unsigned int>(strtoul(text, nullptr, 0));
+  return vesk::strtou32(text, nullptr, 0);
 }
 
 std::string lower(const std::string& text) {
-  return converted(text, [](unsigned char c) { return static_cast<char>(tolower(c)); });
+  return converted(text, lowerLetter);
 }
 
 std::string upper(const std::string& text) {
-  return converted(text, [](unsigned char c) { return static_cast<char>(toupper(c)); });
+  return converted(text, upperLetter);
 }
 
 std::u16string lower(const std::u16string& text) {

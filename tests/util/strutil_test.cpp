@@ -22,6 +22,8 @@ TEST(StrUtil, NumbersToText) {
   EXPECT_EQ(dbltoa(1e300).size(), 63U);
   EXPECT_EQ(atoui("010"), 8U);
   EXPECT_EQ(atoui("08"), 0U);
+  EXPECT_EQ(atoui("4294967296"), UINT_MAX);
+  EXPECT_EQ(atoui("-2"), UINT_MAX - 1);
 }
 
 TEST(StrUtil, CaseTrimAndSearch) {

@@ -103,8 +103,8 @@ FOKRAZO_API extern const SID NULL_SID;
 
 }  // namespace vesk
 
-/// Reads an unsigned number by strtoul and moves the cursor behind it, and behind one "-" or backslash that
-/// follows. 0 without moving if there are no digits; the largest unsigned number if it does not fit.
+/// Reads an unsigned number as strtoul does and moves the cursor behind it, and behind one "-" or backslash
+/// that follows. 0 without moving if there are no digits; the largest unsigned number if it does not fit.
 FOKRAZO_API unsigned int NextNumber(const char** cursor, int base);
 
 namespace vesk {

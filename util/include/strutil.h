@@ -1,6 +1,6 @@
 /// Helpers for text: numbers, case, searching, splitting, printable and hexadecimal forms, and the character
 /// and string functions of C for arguments that may be null or out of range.
-/// All are pure functions on their arguments; character classes and case are those of the C locale in force.
+/// All are pure functions on their arguments; character classes are those of the C locale in force.
 #pragma once
 
 #include <sys/types.h>
@@ -31,11 +31,13 @@ FOKRAZO_API std::string uidtoa(unsigned int uid);
 FOKRAZO_API std::string gidtoa(unsigned int gid);
 /// STRCLS_TRUE or STRCLS_FALSE.
 FOKRAZO_API const std::string& booltostr(bool value);
-/// Text to a number as strtoul reads it with base 0: "0x10" is 16 and "010" is 8.
+/// Text to a number as strtoul reads it with base 0: "0x10" is 16 and "010" is 8. The largest number for one
+/// that does not fit; "-2" is 4294967294.
 FOKRAZO_API unsigned int atoui(const char* text);
 
 // Case and white space.
 
+/// ASCII letters in the other case, whatever the locale; all other bytes as they are.
 FOKRAZO_API std::string lower(const std::string& text);
 FOKRAZO_API std::string upper(const std::string& text);
 /// 16-bit text, unit by unit.
