@@ -7,12 +7,14 @@
 #include <vector>
 
 #include "base/guid.h"
-#include "lrpc/attrnames.h"
 #include "util/hex_digits.h"
 #include "util/include/error_util.h"
 #include "util/include/sid.h"
 #include "util/include/strutil.h"
 #include "util/include/throw.h"
+
+const std::string VESK_CN_FOREIGN_USER("CN=Foreign User,CN=One Way Trust");
+const std::string PRIVATE_GROUP_CN("CN=AutoPrivateGroup,");
 
 namespace vesk {
 

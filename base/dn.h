@@ -6,6 +6,11 @@
 
 #include "util/include/export.h"
 
+/// What the names that the system makes up hold: those of users across a one-way trust, and of private
+/// groups.
+FOKRAZO_API extern const std::string VESK_CN_FOREIGN_USER;
+FOKRAZO_API extern const std::string PRIVATE_GROUP_CN;
+
 namespace vesk {
 
 class Guid;

@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "base/dn.h"
 #include "util/include/export.h"
 
 namespace vesk {
@@ -578,8 +579,8 @@ FOKRAZO_API extern const std::string UMINTL_ATTR;
 FOKRAZO_API extern const std::string UMAXCL_ATTR;
 FOKRAZO_API extern const std::string UMINCL_ATTR;
 
-/// Names, values and prefixes of no family. MAIN_RUN_QUEUE is defined with the run queues.
-FOKRAZO_API extern const std::string MAIN_RUN_QUEUE;
+/// Names, values and prefixes of no family. Two more parts of names stand in base/dn.h, included here, and
+/// the name of the main queue in util/include/runqueue.h.
 FOKRAZO_API extern const std::string DS_GROUP_OBJ;
 FOKRAZO_API extern const std::string EMPTY_STRING;
 FOKRAZO_API extern const std::string AD_ANY;
@@ -597,9 +598,7 @@ FOKRAZO_API extern const std::string VESK_CN_NONEXIST;
 FOKRAZO_API extern const std::string VESK_CN_MARKER;
 FOKRAZO_API extern const std::string VESK_SEARCH_MARKER;
 FOKRAZO_API extern const std::string AD_CATEGORY_SCHEMA;
-FOKRAZO_API extern const std::string VESK_CN_FOREIGN_USER;
 FOKRAZO_API extern const std::string VESK_FOREIGN_SERVER;
-FOKRAZO_API extern const std::string PRIVATE_GROUP_CN;
 FOKRAZO_API extern const std::string AD_DN_ONLY;
 FOKRAZO_API extern const std::string AD_ALL_OBJECTS;
 FOKRAZO_API extern const std::string SAM_PREFIX;
