@@ -439,6 +439,7 @@ std::string assertText(const ADObject& object) {
 
 void ADObjAssert(vesk::ADObject& object, bool condition, const char* expression, const char* file, int line) {
   if (condition) return;
+  const std::string text = vesk::assertText(object);  // the file is written whether or not the line is
   VESK_LOG_TO(vesk::kLogger, Fatal, "ADObjAssert: %s:%d assertion %s failed, obj = %s", file, line,
-              expression, vesk::assertText(object).c_str());
+              expression, text.c_str());
 }

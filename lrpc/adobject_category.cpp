@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "lrpc/adobject.h"
 #include "lrpc/attrnames.h"
 #include "util/include/strutil.h"
@@ -42,14 +44,15 @@ bool holds(const std::string& text, const char* part) {
   return text.find(part) != std::string::npos;
 }
 
-// The text of the first "CN=" of a schema DN, empty if there is none.
-std::string firstName(const std::string& dn) {
+// The text of the first "CN=" of a schema DN.
+std::optional<std::string> firstName(const std::string& dn) {
   constexpr char kName[] = "CN=";
   size_t begin = dn.find(kName);
-  if (begin == std::string::npos) return std::string();
+  if (begin == std::string::npos) return std::nullopt;
   begin += sizeof kName - 1;
   size_t end = dn.find(',', begin);
-  return end == std::string::npos ? std::string() : dn.substr(begin, end - begin);
+  if (end == std::string::npos) return std::nullopt;
+  return dn.substr(begin, end - begin);
 }
 
 std::string containerCategory(const std::string& displayName, const std::string& dn) {
@@ -70,11 +73,12 @@ std::string classStoreCategory(const std::string& displayName, const std::string
 std::string ADObject::category() {
   if (attributeExists(VESK_OBJECT_CATEGORY, true)) return (*this)[VESK_OBJECT_CATEGORY];
   if (!attributeExists(AD_OBJECT_CATEGORY, true)) return std::string();
-  std::string category = firstName((*this)[AD_OBJECT_CATEGORY]);
-  if (category.empty()) return std::string();
+  const std::optional<std::string> schemaName = firstName((*this)[AD_OBJECT_CATEGORY]);
+  if (!schemaName) return std::string();
   const std::string dn = lower((*this)[AD_DN]);
   const std::string displayName =
       attributeExists(AD_DISPLAY_NAME, true) ? (*this)[AD_DISPLAY_NAME].front() : EMPTY_STRING;
+  std::string category = *schemaName;
   if (category == AD_CONTAINER_CATEGORY || category == AD_ORGUNIT_CATEGORY)
     category = containerCategory(displayName, dn);
   else if (category == AD_CLASS_STORE_CATEGORY)

@@ -184,7 +184,7 @@ void ADSerializer::setIndexed(bool indexed) {
 // The number of index slots; 0 if the blob is too short for what its header says.
 inline uint32_t ADSerializer::indexCount() const {
   uint32_t count = header<uint32_t>(kCount);
-  return count > 0 && count <= (m_size - kHeaderSize) / kWord ? count : 0;
+  return count <= (m_size - kHeaderSize) / kWord ? count : 0;
 }
 
 inline uint32_t ADSerializer::slot(uint32_t position) const {
@@ -259,16 +259,25 @@ const unsigned char* ADSerializer::findAttributeData(const unsigned char* record
   return remaining(name.next) >= kWord ? name.next : nullptr;
 }
 
-// Appends the values behind `valueCount`. Returns where they end, or null if they do not end in the blob.
-const unsigned char* ADSerializer::readValues(const unsigned char* valueCount, ADAttribute& attribute) const {
+// Gives each value behind `valueCount` to `take`. Returns where they end, or null if they do not end in the
+// blob.
+template <class Take>
+inline const unsigned char* ADSerializer::walkValues(const unsigned char* valueCount, Take take) const {
   Text value;
   value.next = valueCount + kWord;
   for (int32_t left = load<int32_t>(valueCount); left > 0; --left) {
     if (!readText(value.next, value)) return nullptr;
-    attribute.emplace_back(value.text);
+    take(value.text);
   }
-  if (!attribute.empty()) attribute.setMarks(false, true);
   return value.next;
+}
+
+// Appends the values behind `valueCount`, as far as they stand in the blob, and returns where they end.
+const unsigned char* ADSerializer::readValues(const unsigned char* valueCount, ADAttribute& attribute) const {
+  const unsigned char* end =
+      walkValues(valueCount, [&](std::string_view value) { attribute.emplace_back(value); });
+  if (!attribute.empty()) attribute.setMarks(false, true);
+  return end;
 }
 
 bool ADSerializer::exists(std::string_view name, bool needValue) const {
@@ -291,12 +300,7 @@ void ADSerializer::read(ADAttribute& attribute) const {
 
 const unsigned char* ADSerializer::recordEnd(const unsigned char* record) const {
   const unsigned char* valueCount = findAttributeData(record);
-  if (!valueCount) return nullptr;
-  Text value;
-  value.next = valueCount + kWord;
-  for (int32_t left = load<int32_t>(valueCount); left > 0; --left)
-    if (!readText(value.next, value)) return nullptr;
-  return value.next;
+  return valueCount ? walkValues(valueCount, [](std::string_view) {}) : nullptr;
 }
 
 unsigned int ADSerializer::erase(std::string_view name) {

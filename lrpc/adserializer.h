@@ -124,6 +124,8 @@ class FOKRAZO_API ADSerializer {
   uint32_t lowerBound(std::string_view name) const;
   std::string_view nameAt(uint32_t offset) const;
   bool readText(const unsigned char* position, Text& field) const;
+  template <class Take>
+  const unsigned char* walkValues(const unsigned char* valueCount, Take take) const;
   const unsigned char* readValues(const unsigned char* valueCount, ADAttribute& attribute) const;
   const unsigned char* recordEnd(const unsigned char* record) const;
 

@@ -1,4 +1,4 @@
-/// The entries of all nine string dictionaries. Internal to lrpc/stringdict.cpp.
+/// The entries of all nine string dictionaries. Internal.
 #pragma once
 
 #include <cstddef>
