@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "util/include/error_util.h"
+#include "tests/support/thrown.h"
 #include "util/include/strutil.h"
 
 namespace {
@@ -60,12 +60,8 @@ TEST(Guid, OtherTextIsNoExtendedDn) {
        {std::string(), std::string("CN=a"), dn.substr(0, 38), "<GUID=0" + dn.substr(6), " " + dn,
         "<GUID=g" + dn.substr(7), "<guid=" + dn.substr(6)}) {
     Guid guid(kBytes, sizeof kBytes);
-    try {
-      guid.fromExtendedDN(text);
-      ADD_FAILURE() << text;
-    } catch (const BadDataException& error) {
-      EXPECT_EQ(error.what(), text + " not extended DN");
-    }
+    EXPECT_EQ(testsupport::thrownBy([&] { guid.fromExtendedDN(text); }),
+              "BadDataException 0 " + text + " not extended DN");
     EXPECT_EQ(guid.toString(), kText);
   }
 }

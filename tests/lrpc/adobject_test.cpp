@@ -9,12 +9,13 @@
 
 #include "lrpc/adserializer.h"
 #include "lrpc/attrnames.h"
+#include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
 #include "util/include/clock.h"
-#include "util/include/error_util.h"
 #include "util/include/fixed_paths.h"
 
 using namespace vesk;
+using testsupport::thrownBy;
 
 namespace {
 
@@ -36,16 +37,6 @@ std::string dumped(const ADObject& object) {
   std::ostringstream out;
   object.dump(out);
   return out.str();
-}
-
-template <class Call>
-std::string systemFailure(Call call) {
-  try {
-    call();
-  } catch (const SystemException& failure) {
-    return failure.what();
-  }
-  return "no exception";
 }
 
 // A separate object over an owned copy of the blob, not yet read.
@@ -101,6 +92,8 @@ TEST(Attribute, ReadersConvertTheFirstValue) {
   attribute = "0x10";
   EXPECT_EQ(attribute.toUInt(), 16u);
   EXPECT_EQ(attribute.toInt(), 0);
+  attribute = "4294967296";
+  EXPECT_EQ(attribute.toUInt(), 4294967295u);  // never wraps around to root
   attribute = "-12";
   EXPECT_EQ(attribute.toInt(), -12);
   EXPECT_EQ(attribute.toUnixTime(), -12);
@@ -111,13 +104,13 @@ TEST(Attribute, ReadersConvertTheFirstValue) {
 
 TEST(Attribute, EmptyOnesCannotBeRead) {
   ADAttribute attribute("Some");
-  const std::string failure = "ADAttribute 'Some' is empty";
-  EXPECT_EQ(systemFailure([&] { std::string text = attribute; }), failure);
-  EXPECT_EQ(systemFailure([&] { attribute.toBool(); }), failure);
-  EXPECT_EQ(systemFailure([&] { attribute.toInt(); }), failure);
-  EXPECT_EQ(systemFailure([&] { attribute.toUInt(); }), failure);
-  EXPECT_EQ(systemFailure([&] { attribute.toInt64(); }), failure);
-  EXPECT_EQ(systemFailure([&] { attribute.toTime(); }), failure);
+  const std::string failure = "SystemException 0 ADAttribute 'Some' is empty";
+  EXPECT_EQ(thrownBy([&] { std::string text = attribute; }), failure);
+  EXPECT_EQ(thrownBy([&] { attribute.toBool(); }), failure);
+  EXPECT_EQ(thrownBy([&] { attribute.toInt(); }), failure);
+  EXPECT_EQ(thrownBy([&] { attribute.toUInt(); }), failure);
+  EXPECT_EQ(thrownBy([&] { attribute.toInt64(); }), failure);
+  EXPECT_EQ(thrownBy([&] { attribute.toTime(); }), failure);
 }
 
 TEST(Attribute, DirectoryTimesAreUtcInAnyZone) {
@@ -138,8 +131,9 @@ TEST(Attribute, DirectoryTimesAreUtcInAnyZone) {
                {"19691231235959.0Z", "1969:12:31:23:59:59.0Z"}};
     for (const auto& row : bad) {
       time = row.value;
-      EXPECT_EQ(systemFailure([&] { time.toTime(); }),
-                std::string("ADAttribute 'whenChanged' is not a UTC time, time value is ") + row.shown + " ");
+      EXPECT_EQ(thrownBy([&] { time.toTime(); }),
+                std::string("SystemException 0 ADAttribute 'whenChanged' is not a UTC time, time value is ") +
+                    row.shown + " ");
     }
   }
   unsetenv("TZ");
@@ -159,7 +153,8 @@ TEST(Object, NullHandlesFail) {
               {"deSerialize", [](ADObject& o) { o.deSerialize(true); }},
               {"merge", [](ADObject& o) { ADObject("x").merge(o); }},
               {"isValid", [](ADObject& o) { o.isValid(); }}};
-  for (const auto& row : rows) EXPECT_EQ(systemFailure([&] { row.call(null); }), "Null adobject") << row.name;
+  for (const auto& row : rows)
+    EXPECT_EQ(thrownBy([&] { row.call(null); }), "SystemException 0 Null adobject") << row.name;
   EXPECT_EQ(null.toString(), "(null ADObject)");
   EXPECT_EQ(dumped(null), "null ADObject\n");
 }
@@ -178,7 +173,7 @@ TEST(Object, ExtendedNameComesApartAndTogether) {
   EXPECT_FALSE(plain.attributeExists("_SID", false));
   plain.erase("_dn");
   plain["x"];
-  EXPECT_EQ(systemFailure([&] { plain.toString(); }), "ADAttribute '_dn' is empty");
+  EXPECT_EQ(thrownBy([&] { plain.toString(); }), "SystemException 0 ADAttribute '_dn' is empty");
 }
 
 TEST(Object, SidComesFromTheFirstAttributeThatHasOne) {
@@ -366,9 +361,11 @@ TEST(Object, CategoryThatCannotBeTold) {
     EXPECT_EQ(object.category(), "") << schema;
   }
   EXPECT_FALSE(object.attributeExists("_objectCategory", false));
-  object["objectCategory"] = "CN=Person,DC=x";
   object.erase("_dn");
-  EXPECT_EQ(systemFailure([&] { object.category(); }), "ADAttribute '_dn' is empty");
+  for (const char* schema : {"CN=Person,DC=x", "CN=,DC=x"}) {
+    object["objectCategory"] = schema;
+    EXPECT_EQ(thrownBy([&] { object.category(); }), "SystemException 0 ADAttribute '_dn' is empty");
+  }
 }
 
 TEST(Object, Dump) {

@@ -4,10 +4,11 @@
 
 #include <utility>
 
+#include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
-#include "util/include/error_util.h"
 
 using namespace vesk;
+using testsupport::thrownBy;
 
 namespace {
 
@@ -180,23 +181,13 @@ TEST_F(GroupView, Fields) {
   EXPECT_FALSE(directory.required());
 }
 
-template <class View>
-std::string failureOf(ADObject object) {
-  try {
-    View view(object);
-  } catch (const SystemException& failure) {
-    return failure.what();
-  }
-  return "no exception";
-}
-
 TEST(Views, ObjectsThatCannotBeSeen) {
   ADObject nameless = objectOf({});
   nameless.erase("_dn");
-  EXPECT_EQ(failureOf<User>(nameless), "ADAttribute '_dn' is empty");
-  EXPECT_EQ(failureOf<Group>(nameless), "ADAttribute '_dn' is empty");
-  EXPECT_EQ(failureOf<User>(ADObject()), "Null adobject");
-  EXPECT_EQ(failureOf<Group>(ADObject()), "Null adobject");
+  EXPECT_EQ(thrownBy([&] { User view(nameless); }), "SystemException 0 ADAttribute '_dn' is empty");
+  EXPECT_EQ(thrownBy([&] { Group view(nameless); }), "SystemException 0 ADAttribute '_dn' is empty");
+  EXPECT_EQ(thrownBy([] { User view{ADObject()}; }), "SystemException 0 Null adobject");
+  EXPECT_EQ(thrownBy([] { Group view{ADObject()}; }), "SystemException 0 Null adobject");
 }
 
 }  // namespace

@@ -4,7 +4,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <type_traits>
 
+#include "tests/support/world_test.h"
 #include "util/include/throw.h"
 
 namespace {
@@ -39,32 +41,15 @@ TEST(Exceptions, ClassTextDecidesTheId) {
   }
 }
 
-template <class Thrown, class Caught>
-bool caughtAs(Thrown error) {
-  try {
-    try {
-      throw error;
-    } catch (const Caught&) {
-      return true;
-    }
-  } catch (const std::exception&) {
-    return false;
-  }
-}
-
 TEST(Exceptions, TreeDecidesWhoCatches) {
-  IOException io("f", 1, "m", "IOException", 1);
-  BaseException base("f", 1, "m", "BaseException", 1004);
-  QueueInterrupted interrupted;
-  EXPECT_TRUE((caughtAs<IOException, Base_Exception>(io)));
-  EXPECT_TRUE((caughtAs<IOException, VESKException>(io)));
-  EXPECT_FALSE((caughtAs<IOException, SystemException>(io)));
-  EXPECT_TRUE((caughtAs<BaseException, ZKTException>(base)));
-  EXPECT_TRUE((caughtAs<BaseException, VESKException>(base)));
-  EXPECT_FALSE((caughtAs<BaseException, Base_Exception>(base)));
-  EXPECT_FALSE((caughtAs<QueueInterrupted, Base_Exception>(interrupted)));
-  EXPECT_STREQ(interrupted.what(), "QueueInterrupted exception");
-  EXPECT_EQ(interrupted.classID(), 0);
+  EXPECT_TRUE((std::is_base_of_v<Base_Exception, IOException>));
+  EXPECT_TRUE((std::is_base_of_v<VESKException, Base_Exception>));
+  EXPECT_TRUE((std::is_base_of_v<ZKTException, BaseException>));
+  EXPECT_TRUE((std::is_base_of_v<VESKException, ZKTException>));
+  EXPECT_FALSE((std::is_base_of_v<Base_Exception, BaseException>));
+  EXPECT_FALSE((std::is_base_of_v<Base_Exception, QueueInterrupted>));
+  EXPECT_STREQ(QueueInterrupted().what(), "QueueInterrupted exception");
+  EXPECT_EQ(QueueInterrupted().classID(), 0);
 }
 
 TEST(Exceptions, MessagesAreCutAt511CharactersAndCarryTheSystemText) {
@@ -87,6 +72,19 @@ TEST(Exceptions, BaseCodesHaveTexts) {
   EXPECT_STREQ(BaseExceptionToString(1037), "Not implemented in NULL Schema");
   EXPECT_STREQ(BaseExceptionToString(999), "Unknown");
   EXPECT_STREQ(BaseExceptionToString(1039), "Unknown");
+}
+
+using ExceptionLog = testsupport::WorldTest;
+
+TEST_F(ExceptionLog, EachIsToldOfButTheEndOfAFile) {
+  IOException("a/b", 5, "text", "vesk::IOException", 3);
+  BaseException("a/b", 6, "text", "BaseException", 1004);
+  EndOfFileException("a/b", 7, "text", "EndOfFileException", 0);
+  EndOfFileException("a/b", 8, "text", "vesk::EndOfFileException", 0);
+  EXPECT_TRUE(isLogged("(vesk::IO) : text (reference a/b:5 rc: 3)"));
+  EXPECT_TRUE(isLogged("Module=Base : text (reference a/b:6 rc: 1004)"));
+  EXPECT_FALSE(isLogged("a/b:7"));
+  EXPECT_TRUE(isLogged("(vesk::EndOfFile) : text (reference a/b:8 rc: 0)"));
 }
 
 }  // namespace

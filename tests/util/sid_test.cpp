@@ -6,26 +6,18 @@
 #include <string>
 #include <vector>
 
-#include "util/include/error_util.h"
+#include "tests/support/thrown.h"
+#include "tests/support/world_test.h"
 #include "util/include/strutil.h"
 
 namespace {
 
 using namespace vesk;
+using testsupport::thrownBy;
 
 constexpr char kUserText[] = "S-1-5-21-1-2-3-1104";
 const std::string kUserBytes("\x01\x05\0\0\0\0\0\x05\x15\0\0\0\x01\0\0\0\x02\0\0\0\x03\0\0\0\x50\x04\0\0",
                              28);
-
-template <class Exception, class Call>
-std::string failureOf(Call call) {
-  try {
-    call();
-  } catch (const Exception& error) {
-    return error.what();
-  }
-  return "no failure";
-}
 
 TEST(Sid, EachSpellingReadsAndPrints) {
   const std::string escaped =
@@ -56,16 +48,16 @@ TEST(Sid, TextFormTakesWhatItTakes) {
       {"S-1-300-1", "S-1-44-1"},
       {"S-1-5-21-4294967796", "S-1-5-21-4294967295"},  // never wraps around to the administrator
       {"", "<NULL>"},
-      {"S-1-", "Sid too short: (4) S-1-"},
-      {"X-1-5-21", "Bad SID prefix: X-1-5-21"},
-      {"S-2-5-21", "Unknown SID revision: S-2-5-21"},
-      {"S-1-5-21-1-2-3-4-5", "Too many SID sub-authorities: S-1-5-21-1-2-3-4-5"},
+      {"S-1-", "BaseException 1004 Sid too short: (4) S-1-"},
+      {"X-1-5-21", "BaseException 1004 Bad SID prefix: X-1-5-21"},
+      {"S-2-5-21", "BaseException 1004 Unknown SID revision: S-2-5-21"},
+      {"S-1-5-21-1-2-3-4-5", "BaseException 1004 Too many SID sub-authorities: S-1-5-21-1-2-3-4-5"},
   };
   for (const Row& row : rows) {
     SID sid(kUserText);
-    std::string result = failureOf<BaseException>([&] { sid.fromMSString(row.text); });
-    EXPECT_EQ(result == "no failure" ? sid.toMSString() : result, row.printed);
-    EXPECT_EQ(sid.isNull(), result != "no failure" || !*row.text) << row.text;
+    std::string result = thrownBy([&] { sid.fromMSString(row.text); });
+    EXPECT_EQ(result == "nothing" ? sid.toMSString() : result, row.printed);
+    EXPECT_EQ(sid.isNull(), result != "nothing" || !*row.text) << row.text;
   }
 }
 
@@ -90,7 +82,7 @@ TEST(Sid, BadTextOfOtherSpellingsFailsAndMakesANullSid) {
   };
   for (const Row& row : rows) {
     SID sid(kUserText);
-    EXPECT_EQ(failureOf<BaseException>([&] { (sid.*row.read)(row.text); }), row.failure);
+    EXPECT_EQ(thrownBy([&] { (sid.*row.read)(row.text); }), std::string("BaseException 1004 ") + row.failure);
     EXPECT_TRUE(sid.isNull()) << row.text.substr(0, 40);
   }
   for (const char* text : {"S-1-5-21-1-2-3-4-5", "A name", "\\0", "<SID=", "<GUID=00>;CN=a", "Joe"})
@@ -153,8 +145,8 @@ TEST(Sid, SubAuthorities) {
   EXPECT_EQ(sid.getSubAuthority(5), 0U);
   sid.setSubAuthority(1, 0xfffefdfc);
   EXPECT_EQ(sid.toMSString(), "S-1-5-21-4294901244-2-3-1104");
-  EXPECT_EQ(failureOf<BaseException>([&] { sid.setSubAuthority(5, 1); }),
-            "setSubAuthority index must be less than 5");
+  EXPECT_EQ(thrownBy([&] { sid.setSubAuthority(5, 1); }),
+            "BaseException 1004 setSubAuthority index must be less than 5");
 
   SID domain("S-1-5-21-1-2-3");
   EXPECT_EQ(domain.getObjectRid(), 0U);
@@ -176,7 +168,7 @@ TEST(Sid, NullSidFailsWhereBytesAreNeeded) {
       [](SID& sid) { sid.domainSID(); },       [](SID& sid) { sid.setObjectRid(1); },
       [](SID& sid) { sid.getObjectRid(); },    [](SID& sid) { sid.checkedBytes(); },
   };
-  for (auto call : calls) EXPECT_EQ(failureOf<BadDataException>([&] { call(null); }), "SID is Null");
+  for (auto call : calls) EXPECT_EQ(thrownBy([&] { call(null); }), "BadDataException 0 SID is Null");
 }
 
 TEST(Sid, KindsOfSid) {
@@ -186,9 +178,9 @@ TEST(Sid, KindsOfSid) {
     bool builtin;
   };
   const Row rows[] = {
+      {"S-1-5-21-1-2-3", true, false}, {"S-1-5-32-544", false, true},
       {"S-1-5-50-1", false, true},  // a plain prefix of the text
-      {"S-1-5-80-0", false, true},
-      {"S-1-5-80-1", false, false},
+      {"S-1-5-80-0", false, true},     {"S-1-5-80-1", false, false},
   };
   for (const Row& row : rows) {
     EXPECT_EQ(SID(row.text).isDomainSID(), row.domain) << row.text;
@@ -221,6 +213,19 @@ TEST(Sid, AgreesWithTheDirectory) {
   }
   EXPECT_GT(fromBase64, 0);
   EXPECT_GT(refused, 0);
+}
+
+using SidLog = testsupport::WorldTest;
+
+TEST_F(SidLog, TellsOfBadTextUnlessAnObjectMerelyHasNone) {
+  SID("Joe");
+  SID("<GUID=00>;CN=a");
+  SID("S-2-5-21");
+  SID("AQ");
+  EXPECT_TRUE(isLogged("Bad SID string: Joe"));
+  EXPECT_FALSE(isLogged("Bad SID string: <GUID"));
+  EXPECT_TRUE(isLogged("SID(): Invalid SID string: S-2-5-21 Unknown SID revision: S-2-5-21"));
+  EXPECT_TRUE(isLogged("SID::fromB54String - AQ"));
 }
 
 }  // namespace
