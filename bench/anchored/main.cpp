@@ -1,0 +1,61 @@
+// Prints figures of the library, one on a line: key, value and unit, separated by tabs. It uses the public
+// interface of the shared library alone. See bench/README.md for the keys.
+
+#include <getopt.h>
+
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <string>
+
+#include "bench/anchored/parts.h"
+
+namespace {
+
+struct Part {
+  const char* name;
+  void (*measure)();
+};
+
+// Those with threads come last: a process that has had one pays for locks from then on.
+constexpr Part kParts[] = {
+    {"exchanges", bench::measureExchanges}, {"messages", bench::measureMessages},
+    {"model", bench::measureModel},         {"values", bench::measureValues},
+    {"config", bench::measureConfig},       {"runtime", bench::measureRuntime},
+    {"logging", bench::measureLogging},
+};
+
+int usage(FILE* out, int status) {
+  fputs(
+      "Usage: anchored [--only PART] [--standin PROGRAM]\n\nPrints KEY, VALUE and UNIT of each "
+      "figure.\nParts:",
+      out);
+  for (const Part& part : kParts) fprintf(out, " %s", part.name);
+  fputs("\nwith --standin also the figures against PROGRAM, which is brondalt-standin\n", out);
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  constexpr option kOptions[] = {{"only", required_argument, nullptr, 'o'},
+                                 {"standin", required_argument, nullptr, 's'},
+                                 {"help", no_argument, nullptr, 'h'},
+                                 {nullptr, 0, nullptr, 0}};
+  std::string only;
+  std::string standin;
+  for (int code; (code = getopt_long(argc, argv, "", kOptions, nullptr)) != -1;) {
+    if (code == 'h') return usage(stdout, 0);
+    if (code == '?') return usage(stderr, 2);
+    (code == 'o' ? only : standin) = optarg;
+  }
+  try {
+    if (!standin.empty()) bench::measureStandin(standin);
+    for (const Part& part : kParts)
+      if (only.empty() || only == part.name) part.measure();
+  } catch (const std::exception& error) {
+    fprintf(stderr, "anchored: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,44 @@
+/// A daemon that thinks nothing: what is measured against it is the client.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+#include "bench/support/sample_user.h"
+
+namespace vesk {
+class IPCMessage;
+}
+
+namespace bench {
+
+/// The bytes of a finished message, without its frame.
+std::string bytesOf(vesk::IPCMessage& message);
+
+/// The reply to a ping, and one with the status block of a success alone.
+std::string emptyReply();
+std::string statusReply();
+/// The reply to the lookup of one object.
+std::string objectReply(const Entry& entry);
+/// The reply to a search that finds these objects, given as blobs.
+std::string listReply(const std::vector<std::string>& blobs);
+
+/// A process that answers every request with the same message, and ends with this object.
+class CannedPeer {
+ public:
+  /// With `cpu` -1 it runs where it likes.
+  CannedPeer(const std::string& reply, int cpu);
+  ~CannedPeer();
+  CannedPeer(const CannedPeer&) = delete;
+  CannedPeer& operator=(const CannedPeer&) = delete;
+
+  const std::string& path() const { return m_path; }
+
+ private:
+  std::string m_path;
+  pid_t m_pid;
+};
+
+}  // namespace bench

@@ -1,0 +1,56 @@
+#include "bench/support/measure.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+std::atomic<unsigned long> gAllocations{0};
+
+// No read-modify-write, which would cost the measured code more than the allocation it counts.
+void countAllocation() {
+  gAllocations.store(gAllocations.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
+
+}  // namespace
+
+// In front of the C library's own functions, for the whole process.
+extern "C" {
+void* __libc_malloc(size_t);
+void* __libc_calloc(size_t, size_t);
+void* __libc_realloc(void*, size_t);
+
+void* malloc(size_t size) noexcept {
+  countAllocation();
+  return __libc_malloc(size);
+}
+void* calloc(size_t count, size_t size) noexcept {
+  countAllocation();
+  return __libc_calloc(count, size);
+}
+void* realloc(void* memory, size_t size) noexcept {
+  countAllocation();
+  return __libc_realloc(memory, size);
+}
+}
+
+namespace bench {
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const size_t half = values.size() / 2;
+  if (values.empty()) return 0;
+  return values.size() % 2 ? values[half] : (values[half - 1] + values[half]) / 2;
+}
+
+unsigned long allocationCount() {
+  return gAllocations.load(std::memory_order_relaxed);
+}
+
+void print(const std::string& key, double value, const char* unit) {
+  printf("%s\t%.4g\t%s\n", key.c_str(), value, unit);
+  fflush(stdout);
+}
+
+}  // namespace bench

@@ -1,0 +1,96 @@
+/// What the programs with figures of their own measure with. One thread at a time.
+#pragma once
+
+#include <ctime>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/// Nanoseconds of the monotonic clock.
+inline uint64_t now() {
+  timespec time;
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return uint64_t{1'000'000'000} * time.tv_sec + time.tv_nsec;
+}
+
+/// Makes the compiler believe that the value is used.
+template <class T>
+void keep(const T& value) {
+  asm volatile("" : : "r,m"(value) : "memory");
+}
+
+double median(std::vector<double> values);
+
+/// Heap allocations of the process so far, by whichever library. Those of two threads at once may be lost.
+unsigned long allocationCount();
+
+/// Heap allocations of one call, after a first one that does not count.
+template <class Work>
+double allocationsOf(Work&& work, int calls = 100) {
+  work();
+  const unsigned long before = allocationCount();
+  for (int i = 0; i < calls; ++i) work();
+  return static_cast<double>(allocationCount() - before) / calls;
+}
+
+/// Repeats work until it has run long enough to be timed, and knows the time of one call.
+template <class Work>
+class Timed {
+ public:
+  Timed(Work& work, double batchMs) : m_work(work) {
+    constexpr double kLongEnough = 2e6;
+    m_calls = 1;
+    double total;
+    while ((total = batch() * m_calls) < kLongEnough) m_calls *= 4;
+    m_calls = std::max<uint64_t>(1, static_cast<uint64_t>(batchMs * 1e6 * m_calls / total));
+  }
+  /// Nanoseconds of one call in a batch of them.
+  double batch() {
+    const uint64_t begin = now();
+    for (uint64_t i = 0; i < m_calls; ++i) m_work();
+    return static_cast<double>(now() - begin) / m_calls;
+  }
+
+ private:
+  Work& m_work;
+  uint64_t m_calls;
+};
+
+/// Nanoseconds of one call: the median of several batches, each of about `batchMs` milliseconds.
+template <class Work>
+double nanosecondsOf(Work&& work, double batchMs = 8, int batches = 15) {
+  Timed<Work> timed(work, batchMs);
+  std::vector<double> values;
+  for (int i = 0; i < batches; ++i) values.push_back(timed.batch());
+  return median(values);
+}
+
+/// How one thing's time compares with another's: batches of both in turn, so that whatever else the machine
+/// does meets both.
+struct Comparison {
+  double ours;   // nanoseconds, medians
+  double other;  // nanoseconds, medians
+  double ratio;  // the median of the batches' ratios
+};
+
+template <class Ours, class Other>
+Comparison compare(Ours&& ours, Other&& other, double batchMs = 8, int batches = 25) {
+  Timed<Ours> timedOurs(ours, batchMs);
+  Timed<Other> timedOther(other, batchMs);
+  std::vector<double> all[3];
+  for (int i = 0; i < batches; ++i) {
+    all[0].push_back(timedOurs.batch());
+    all[1].push_back(timedOther.batch());
+    all[2].push_back(all[0].back() / all[1].back());
+  }
+  return {median(all[0]), median(all[1]), median(all[2])};
+}
+
+/// One figure on one line of standard output: key, value and unit, separated by tabs.
+void print(const std::string& key, double value, const char* unit);
+
+}  // namespace bench
