@@ -116,7 +116,7 @@ void Properties::load(std::istream& stream, bool expand) {
     loadText(text, expand);
     return;
   }
-  m_loaded = false;
+  begin(expand);
   VESK_LOG(getLogger(kLogger, false), Error, "No property stream available");
 }
 
@@ -139,11 +139,17 @@ bool Properties::reload() {
 }
 
 // What an earlier load left in the final values stays: a second load merges over the first.
-void Properties::parse(const std::string& file, bool expand) {
+void Properties::begin(bool expand) {
   m_expandVariables = expand;
+  m_loaded = false;
+  m_modified = false;
   m_expansionLeft = kMaxExpansion;
   for (auto& entry : m_table) entry.second.forgetRaw();
   m_listCache.clear();
+}
+
+void Properties::parse(const std::string& file, bool expand) {
+  begin(expand);
   loadVariables();
   TextLines lines(file);
   std::string line;
@@ -156,7 +162,6 @@ void Properties::parse(const std::string& file, bool expand) {
     if (getPropertyFromLine(line, key, text)) last = assign(last, key, text);
   }
   m_loaded = true;
-  m_modified = false;
 }
 
 // `text` comes from getPropertyFromLine and is raw afterwards. The key is looked for behind `near` first, as
@@ -172,7 +177,15 @@ Properties::Table::iterator Properties::assign(Table::iterator near, const std::
 
 void Properties::change(const std::string& key, const std::string& raw) {
   m_table[key].set(raw);
-  m_listCache.erase(key);
+  changed(key);
+}
+
+// The cache may have the key's list under several spellings.
+void Properties::changed(const std::string& key) {
+  for (auto cached = m_listCache.begin(); cached != m_listCache.end();) {
+    const bool same = strcasecmp(cached->first.c_str(), key.c_str()) == 0;
+    cached = same ? m_listCache.erase(cached) : std::next(cached);
+  }
   m_modified = true;
 }
 
@@ -202,7 +215,7 @@ std::string Properties::getString(const std::string& key) {
 
 int Properties::getInt(const std::string& key, int fallback) {
   const std::string value = getString(key);
-  return value.empty() ? fallback : atoi(value.c_str());
+  return value.empty() ? fallback : static_cast<int>(strtol(value.c_str(), nullptr, 10));
 }
 
 bool Properties::getBool(const std::string& key, bool fallback) {
@@ -292,9 +305,8 @@ bool Properties::setText(const std::string& key, const std::string& text) {
 
 bool Properties::remove(const std::string& key) {
   Lock lock(mutex);
-  m_listCache.erase(key);
   if (m_table.erase(key) == 0) return false;
-  m_modified = true;
+  changed(key);
   return true;
 }
 

@@ -65,11 +65,10 @@ void Properties::loadVariables() {
 }
 
 void Properties::expandEnvVariables(std::string& value) {
-  size_t at = value.find('$');
-  if (at == std::string::npos) return;
+  if (value.find('$') == std::string::npos) return;
   std::string out;
   QuoteTracker tracker;
-  for (at = 0; at < value.size(); at++) {
+  for (size_t at = 0; at < value.size(); at++) {
     const char c = value[at];
     if (c != '$') {
       out += c;
@@ -91,6 +90,7 @@ void Properties::expandEnvVariables(std::string& value) {
 }
 
 std::string Properties::replacement(const std::string& name) {
+  if (m_expansionLeft == 0) return std::string();
   std::string text = m_variables[name];
   if (text.empty()) {
     const char* environment = getenv(name.c_str());
@@ -101,13 +101,14 @@ std::string Properties::replacement(const std::string& name) {
     if (earlier != m_table.end() && earlier->second.raw()) text = *earlier->second.raw();
   }
   unescapeValue(text);
-  if (text.size() > m_expansionLeft) {
-    VESK_LOG(getLogger("util.properties", false), Warn, "Property file variables expand to too much text: %s",
-             name.c_str());
-    text.clear();
+  if (text.size() <= m_expansionLeft) {
+    m_expansionLeft -= text.size();
+    return text;
   }
-  m_expansionLeft -= text.size();
-  return text;
+  VESK_LOG(getLogger("util.properties", false), Warn,
+           "Too much text from the variables of the property file, from %s on", name.c_str());
+  m_expansionLeft = 0;
+  return std::string();
 }
 
 void Properties::unexpandEnvVariables(std::string& value) const {

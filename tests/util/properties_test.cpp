@@ -257,6 +257,7 @@ TEST_F(PropertiesTest, HugeAndHostileTextEndsSoon) {
       std::istringstream stream(text);
       properties.load(stream, expand);
       EXPECT_TRUE(properties.loaded());
+      EXPECT_LE(properties.getString("v19").size(), 1u << 24);
       properties.getValueList("k", "");
       put(in("conf"), text);
       EXPECT_EQ(properties.saveProperty(in("conf")), 0);

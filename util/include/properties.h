@@ -131,8 +131,9 @@ class FOKRAZO_API Properties : public PropertySyntax {
   /// untouched. There must be a file to begin with.
   int saveProperty(const std::string& path);
   /// Changes a file as one step against other processes that save it: loads it in rewriting mode into an
-  /// object of its own, calls `change`, and saves, all under the lock file. Nothing is written if `change`
-  /// gives false. Result as of saveProperty. What `change` throws is passed on, with the lock file gone.
+  /// object of its own, calls `change` with that, and saves, all under the lock file. Nothing is written if
+  /// `change` gives false. Result as of saveProperty. What `change` throws is passed on, with the lock file
+  /// gone.
   static int update(const std::string& path, const std::function<bool(Properties&)>& change);
 
   /// Makes a lock file that must not exist yet, after a second at most. One that is older than a minute is
@@ -164,7 +165,8 @@ class FOKRAZO_API Properties : public PropertySyntax {
 
   // All below expect `mutex` to be held.
   void loadText(const std::string& text, bool expand);
-  void parse(const std::string& text, bool expand);
+  void begin(bool expand);
+  void parse(const std::string& file, bool expand);
   void loadVariables();
   Table::iterator assign(Table::iterator near, const std::string& key, std::string& text);
   void expandEnvVariables(std::string& value);
@@ -175,6 +177,7 @@ class FOKRAZO_API Properties : public PropertySyntax {
   ValueList markItems(const ValueList& list, bool keepDollar) const;
   std::string makeRawList(const ValueList& list, bool keepDollar);
   void change(const std::string& key, const std::string& raw);
+  void changed(const std::string& key);
   int saveUnder(LockFile& lockFile, const std::string& path);
 
   Table m_table;

@@ -32,7 +32,7 @@ struct FOKRAZO_API PropertySyntax {
 
   /// Reads a logical line: a line that isEscaped loses its last character, and a blank and the next line
   /// follow. A comment is continued only without `skipComments`, and then loses the comment characters of
-  /// its further lines. `extra` is scratch. Both are empty at the end of the stream.
+  /// its further lines. `extra` is scratch. The line is empty at the end of the stream.
   static void getLine(std::istream& stream, std::string& line, std::string& extra, bool skipComments);
   /// As above with `skipComments`.
   static void getLine(std::istream& stream, std::string& line);
