@@ -16,6 +16,7 @@
 #include "lrpc/ipc_opcode.h"
 #include "lrpc/ipc_sockio.h"
 #include "lrpc/ipcmessage.h"
+#include "lrpc/outcome.h"
 #include "lrpc/paged_search.h"
 #include "lrpc/session.h"
 #include "lrpc/session_types.h"

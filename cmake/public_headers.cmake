@@ -16,6 +16,7 @@ set(FOKRAZO_PUBLIC_HEADERS
   lrpc/ipc_opcode.h
   lrpc/ipc_sockio.h
   lrpc/ipcmessage.h
+  lrpc/outcome.h
   lrpc/paged_search.h
   lrpc/session.h
   lrpc/session_types.h
