@@ -47,7 +47,7 @@ constexpr int QTR_SB_OPT_SET_TIMEOUT = 16;
 
 /// The stream layer, to be added at LBER_SBIOD_LEVEL_PROVIDER with a pointer to the descriptor. It owns the
 /// descriptor. Unless the buffer is non-blocking, a read waits for input for at most the time-out and then
-/// fails with ETIME; with a time-out of 0 it does not wait at all. Writing raises no SIGPIPE.
+/// fails with ETIME; with a time-out of 0 it does not wait at all. Writing to a socket raises no SIGPIPE.
 FOKRAZO_API extern Sockbuf_IO qtr_ber_sockbuf_io_tcp;
 
 namespace vesk {

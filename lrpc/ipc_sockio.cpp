@@ -158,7 +158,7 @@ int IPCconnect(std::string path) {
 }
 
 void IPCdisconnect(int fd) {
-  close(fd);
+  UniqueFd(fd).close();
 }
 
 unsigned int readMsg(int fd, void* buffer, unsigned int size, int* /*reserved*/) {

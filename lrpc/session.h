@@ -170,7 +170,7 @@ class FOKRAZO_API LocalRpcSession {
   ADObject ldapFetch(const std::string& s1, const std::string& s2, const char** attributes, bool flag);
 
   // --- Authentication ---
-  // A password travels as it is and stays in the message's memory; only the caller's own text is wiped.
+  // A password travels as it is. Its caller wipes the text that it gives (lrpc/shredder.h), the message its own.
 
   ValidationResult validatePlainTextUser(const std::string& user, const Shredder& password, bool flag);
   /// @throws SystemException "failed to validate Kerberos user"

@@ -3,6 +3,9 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 
 #include "util/include/file_util.h"
 #include "util/include/pause.h"

@@ -1,8 +1,6 @@
 /// Owner of one file descriptor. Internal.
 #pragma once
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <utility>
 
@@ -29,8 +27,8 @@ class UniqueFd {
   int get() const { return m_fd; }
   /// Gives the descriptor up to the caller.
   int release() { return std::exchange(m_fd, -1); }
-  /// As the system's call; 0 if there is none.
-  int close() { return m_fd >= 0 ? ::close(release()) : 0; }
+  /// As the system's call, but no cancellation point, because destructors close; 0 if there is none.
+  int close();
 
  private:
   int m_fd = -1;
