@@ -63,7 +63,7 @@ bool ADAttribute::toBool() const {
 }
 
 int ADAttribute::toInt() const {
-  return atoi(first().c_str());
+  return static_cast<int>(strtol(first().c_str(), nullptr, 10));
 }
 
 unsigned int ADAttribute::toUInt() const {
@@ -94,9 +94,9 @@ long ADAttribute::toUnixTime() const {
 }
 
 ADAttribute& ADAttribute::operator=(const std::string& value) {
-  std::string kept(value);  // it may be one of ours
-  clear();
-  return *this += kept;
+  Values old;  // `value` may be one of them
+  swap(old);
+  return *this += value;
 }
 
 ADAttribute& ADAttribute::operator=(const char* value) {

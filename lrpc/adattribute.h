@@ -44,9 +44,9 @@ class FOKRAZO_API ADAttribute : public std::list<std::string> {
   operator std::string() const;
   /// Whether the first value is "TRUE" in any case.
   bool toBool() const;
-  /// The first value through atoi.
+  /// The first value as atoi reads it.
   int toInt() const;
-  /// The first value through atoui: decimal, 0x… or 0….
+  /// The first value as atoui reads it: decimal, 0x… or 0….
   unsigned int toUInt() const;
   /// The first value as decimal digits with perhaps a "-"; the characters are not checked.
   Int64 toInt64() const;

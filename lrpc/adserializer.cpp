@@ -100,7 +100,7 @@ namespace {
 struct Entries {
   // The empty text for an index past the end.
   std::string_view operator[](uint32_t index) const {
-    return index < count ? std::string_view(first[index]) : std::string_view("", 0);
+    return index < count ? std::string_view(first[index]) : std::string_view("");
   }
 
   const std::string* first;

@@ -173,7 +173,7 @@ const char* BaseExceptionToString(int code) {
 }
 
 void psn_assert(const char* text) {
-  fprintf(stderr, "%s\n", text);
+  static_cast<void>(fprintf(stderr, "%s\n", text));
   abort();
 }
 
@@ -183,7 +183,7 @@ MessageText MessageText::format(const char* format, ...) {
   MessageText message;
   va_list args;
   va_start(args, format);
-  vsnprintf(message.m_text, kSize, format, args);
+  static_cast<void>(vsnprintf(message.m_text, kSize, format, args));
   va_end(args);
   return message;
 }

@@ -163,12 +163,10 @@ void SID::fromExtendedDN(const std::string& text) {
   const size_t end = begin == text.npos ? begin : text.find('>', begin);
   if (end == text.npos)
     FOKRAZO_THROW(BaseException, "BaseException", kBadData, "SID: Bad extended DN: %s", text.c_str());
-  const char* digit = text.data() + begin + kExtendedPrefixSize;
-  m_bytes.resize((end - begin - kExtendedPrefixSize) / 2);
-  for (char& byte : m_bytes) {
-    byte = static_cast<char>(HexToUint8(digit[0]) << 4 | HexToUint8(digit[1]));
-    digit += 2;
-  }
+  const size_t first = begin + kExtendedPrefixSize;
+  const std::string digits = text.substr(first, end - first);
+  m_bytes.resize(digits.size() / 2);
+  HexToUint8Array(digits, reinterpret_cast<unsigned char*>(m_bytes.data()), m_bytes.size(), false);
 }
 
 std::string SID::toMSString() const {

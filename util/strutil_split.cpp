@@ -1,6 +1,4 @@
 // Splitting.
-#include <strings.h>
-
 #include <cstdlib>
 #include <utility>
 
@@ -39,9 +37,9 @@ size_t findUnescaped(const std::string& text, const std::string& delimiters, siz
 bool isByteOfEthersAddr(const std::string& field) {
   size_t first = field.find_first_not_of('0');
   if (first == field.npos) return field.at(0) == '0';
-  const char* digits = field.c_str() + first;
-  unsigned long number = strtoul(digits, nullptr, 16);
-  return number <= 255 && strcasecmp(itoa(static_cast<int>(number), 16).c_str(), digits) == 0;
+  const std::string digits = lower(field.substr(first));
+  unsigned long number = strtoul(digits.c_str(), nullptr, 16);
+  return number <= 255 && itoa(static_cast<int>(number), 16) == digits;
 }
 
 }  // namespace
