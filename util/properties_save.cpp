@@ -1,6 +1,7 @@
 // Bringing a configuration file in line with the values in memory.
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
