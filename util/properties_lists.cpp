@@ -79,10 +79,11 @@ FileResult readValuesFile(const std::string& path, const std::string& key, bool 
     list = PropertySyntax::readList(lines);
     return FileResult::Read;
   }
-  if (isDefault)
+  if (isDefault) {
     VESK_LOG(logger, Debug, "Unable to open property values file: %s", path.c_str());
-  else
+  } else {
     VESK_LOG(logger, Warn, "Unable to open property values file: %s", path.c_str());
+  }
   return FileResult::Unusable;
 }
 
