@@ -15,13 +15,10 @@ namespace {
 
 using namespace vesk;
 
-// The name that asks for the next entry of an open listing.
-constexpr char kNext[] = "@#";
-
 ExitStatus listUsers(LocalRpcSession& session, Output& output) {
   if (session.startListUser()) return kRefused;
   try {
-    for (;;) printUser(output, *session.getUser2(kNext, 0));
+    for (;;) printUser(output, *session.getUser2(NEXT_ENTRY, 0));
   } catch (const EndOfListException&) {
   }
   return session.endListUser() ? kRefused : kFound;
@@ -30,7 +27,7 @@ ExitStatus listUsers(LocalRpcSession& session, Output& output) {
 ExitStatus listGroups(LocalRpcSession& session, Output& output) {
   if (session.startListGroup(false)) return kRefused;
   try {
-    for (;;) printGroup(output, *session.getGroup2(kNext, 0));
+    for (;;) printGroup(output, *session.getGroup2(NEXT_ENTRY, 0));
   } catch (const EndOfListException&) {
   }
   return session.endListGroup() ? kRefused : kFound;
@@ -39,7 +36,7 @@ ExitStatus listGroups(LocalRpcSession& session, Output& output) {
 ExitStatus listShadow(LocalRpcSession& session, Output& output) {
   if (session.startListShadow()) return kRefused;
   try {
-    for (;;) printShadow(output, *session.getShadow(kNext, 0));
+    for (;;) printShadow(output, *session.getShadow(NEXT_ENTRY, 0));
   } catch (const NotFoundException&) {  // how this listing ends
   }
   return session.endListShadow() ? kRefused : kFound;

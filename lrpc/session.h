@@ -85,7 +85,7 @@ class FOKRAZO_API LocalRpcSession {
   /// The text of a result; "unexpected error" for a number that is none.
   static std::string errorString(ValidationResult value);
 
-  /// Qualifies a result; 10 is the end of a listing.
+  /// Qualifies a result, such as END_OF_LIST.
   int statusCode() const { return m_statusCode; }
   /// Qualifies a result further; the NT status, where there is one.
   int statusDetail() const { return m_statusDetail; }
@@ -109,8 +109,8 @@ class FOKRAZO_API LocalRpcSession {
 
   // --- Lookups of one object ---
   // `flags` are UNIX_ONLY, CHECK_AD_FIRST and GROUP_MEMBERSHIP; ids and getShadow ignore UNIX_ONLY, and
-  // getShadow GROUP_MEMBERSHIP. The name "@#" asks for the next entry of the open listing of that kind and is
-  // sent once.
+  // getShadow GROUP_MEMBERSHIP. The name NEXT_ENTRY asks for the next entry of the open listing of that kind
+  // and is sent once.
 
   /// An empty object if there is none of that name. @throws IPCException the daemon's failure
   ADObject getObject(const std::string& name, DSObjectType type, int flags);
@@ -148,8 +148,8 @@ class FOKRAZO_API LocalRpcSession {
   boost::shared_ptr<User> getShadow(const std::string& name, int flags);
 
   // --- Listings: one cursor of the daemon for each kind and connection ---
-  // Started here, advanced by a lookup of "@#". A connection that is lost meanwhile ends the listing. All
-  // return true on failure.
+  // Started here, advanced by a lookup of NEXT_ENTRY. A connection that is lost meanwhile ends the listing.
+  // All return true on failure.
 
   bool startListUser();
   bool startListGroup(bool flag);
@@ -170,7 +170,8 @@ class FOKRAZO_API LocalRpcSession {
   ADObject ldapFetch(const std::string& s1, const std::string& s2, const char** attributes, bool flag);
 
   // --- Authentication ---
-  // A password travels as it is. Its caller wipes the text that it gives (lrpc/shredder.h), the message its own.
+  // A password travels as it is. Its caller wipes the text that it gives (lrpc/shredder.h), the message its
+  // own.
 
   ValidationResult validatePlainTextUser(const std::string& user, const Shredder& password, bool flag);
   /// @throws SystemException "failed to validate Kerberos user"

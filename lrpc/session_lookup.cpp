@@ -14,15 +14,10 @@ namespace vesk {
 namespace {
 
 constexpr char kSource[] = "lrpc/session";
-constexpr char kNextEntry[] = "@#";
 constexpr char kUserNotFound[] = "User not found";
 constexpr char kGroupNotFound[] = "Group not found";
-constexpr int kEndOfList = 10;  // a status code
 
-// Among which objects the daemon looks.
-enum Scope : int { UnixObjects = 0, AllObjects = 2 };
-
-Scope scopeOf(int flags) {
+LookupScope scopeOf(int flags) {
   return flags & UNIX_ONLY ? UnixObjects : AllObjects;
 }
 
@@ -33,7 +28,7 @@ Scope scopeOf(int flags) {
 // A request with the header that all lookups have in common; the key follows.
 class LookupRequest : public IPCRequest {
  public:
-  LookupRequest(IPC_OPCODE opcode, DSObjectType type, Scope scope, KeyKind keyKind, int flags)
+  LookupRequest(IPC_OPCODE opcode, DSObjectType type, LookupScope scope, KeyKind keyKind, int flags)
       : IPCRequest(opcode) {
     *this += type;
     *this += scope;
@@ -46,7 +41,7 @@ class LookupRequest : public IPCRequest {
 // Asking for the next entry moves a cursor of the daemon, so that is never repeated.
 ValidationResult askByName(LocalRpcSession& session, const std::string& name, IPCRequest& request,
                            IPCReply& reply) {
-  return name == kNextEntry ? askOnce(session, request, reply) : ask(session, request, reply);
+  return name == NEXT_ENTRY ? askOnce(session, request, reply) : ask(session, request, reply);
 }
 
 ADObject objectById(LocalRpcSession& session, DSObjectType type, int id, int flags) {
@@ -75,7 +70,7 @@ ADObject objectByName2(LocalRpcSession& session, DSObjectType type, const std::s
   IPCReply reply;
   if (askByName(session, name, request, reply) == VR_SUCCESS) return reply.getADObject();
   if (reply.hasMore()) reply.getAndThrowIPCException();
-  if (session.statusCode() == kEndOfList)
+  if (session.statusCode() == END_OF_LIST)
     FOKRAZO_THROW(EndOfListException, "EndOfListException", 0, "End of list");
   failNotFound(notFound);
 }

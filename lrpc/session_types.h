@@ -1,4 +1,4 @@
-/// The numbers that the session and the daemon have in common. Wire values: never renumber.
+/// The values that the session and the daemon have in common. Wire values: never change them.
 #pragma once
 
 namespace vesk {
@@ -29,6 +29,12 @@ enum DSObjectType : int {
   DSAny = 24,  ///< by SID alone
 };
 
+/// Among which objects the daemon looks for the one of a lookup.
+enum LookupScope : int {
+  UnixObjects = 0,  ///< those with a Unix profile
+  AllObjects = 2,
+};
+
 /// What the key of a lookup is.
 enum KeyKind : int {
   KeyName = 0,
@@ -36,6 +42,11 @@ enum KeyKind : int {
   KeyId = 2,  ///< a uid or gid
   KeySid = 3,
 };
+
+/// In place of a name: the next entry of the open listing.
+constexpr char NEXT_ENTRY[] = "@#";
+/// The status code of a reply at the end of a listing.
+constexpr int END_OF_LIST = 10;
 
 /// How deep a search goes: a number of the daemon's, passed on as it is.
 enum LdapSearchScopeType : int {};

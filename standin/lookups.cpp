@@ -11,10 +11,6 @@
 namespace standin {
 namespace {
 
-constexpr int kUnixScope = 0;
-constexpr char kNextEntry[] = "@#";
-constexpr int kEndOfList = 10;
-
 /// A lookup without its key.
 struct Lookup {
   int type;
@@ -48,7 +44,7 @@ std::optional<Family> familyOf(int type) {
 }
 
 bool isUnixOnly(const Lookup& lookup) {
-  return lookup.scope == kUnixScope || lookup.type == vesk::DSShadow;
+  return lookup.scope == vesk::UnixObjects || lookup.type == vesk::DSShadow;
 }
 
 /// Whether an entry that a key led to is one of those that were asked for.
@@ -95,7 +91,7 @@ void nextOfListing(Call& call, const Lookup& lookup) {
     call.succeed() += call.service.objects.blob(id);
     return;
   }
-  call.refuse(vesk::VR_NO_MORE, "End of list", kEndOfList);
+  call.refuse(vesk::VR_NO_MORE, "End of list", vesk::END_OF_LIST);
 }
 
 void answerWith(Call& call, EntryId id, const Lookup& lookup, Family family) {
@@ -118,7 +114,7 @@ void handlers::getObject(Call& call) {
   if (lookup.keyKind != vesk::KeyName)
     return answerWith(call, findByKey(call, lookup, *family), lookup, *family);
   std::string name = call.request.getString();
-  if (name == kNextEntry) return nextOfListing(call, lookup);
+  if (name == vesk::NEXT_ENTRY) return nextOfListing(call, lookup);
   answerWith(call, findByName(call.service.directory, name, lookup.type, *family), lookup, *family);
 }
 
