@@ -14,7 +14,8 @@ constexpr size_t kMaxPropertyFile = 64 * 1024 * 1024;
 
 /// Opens a plain file for reading; none, with errno, for anything else. Never waits for a named pipe.
 UniqueFd openPlainFile(const char* path);
-/// Appends what is left of a file. False, with errno where the system refused, if that fails or there is too much.
+/// Appends what is left of a file. False, with errno where the system refused, if that fails or there is too
+/// much.
 bool readAll(int fd, std::string& text);
 /// The same for a stream.
 bool readAll(std::istream& stream, std::string& text);
