@@ -15,7 +15,7 @@ bool beginsWith(const char* message, const char* text) {
 }
 
 bool fits(const ExceptionRow& row, const std::exception& exception) {
-  if (!row.isOne(exception)) return false;
+  if (!row.isOne(&exception)) return false;
   if (row.error == 0) return beginsWith(exception.what(), row.text);
   return strcmp(exception.what(), MessageText::withSystemText(row.error, row.text).c_str()) == 0;
 }

@@ -39,8 +39,8 @@ constexpr Answer programRefused() {
 }
 
 template <class Exception>
-bool isA(const std::exception& exception) {
-  return dynamic_cast<const Exception*>(&exception) != nullptr;
+bool isA(const std::exception* exception) {
+  return dynamic_cast<const Exception*>(exception) != nullptr;
 }
 
 }  // namespace

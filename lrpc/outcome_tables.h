@@ -14,7 +14,7 @@ struct ResultRow {
 /// whose message is the text followed by the system's text for it.
 struct ExceptionRow {
   const char* className;
-  bool (*isOne)(const std::exception& exception);
+  bool (*isOne)(const std::exception* exception);
   const char* text;
   int error;
   Answer answer;
