@@ -86,11 +86,16 @@ TEST_F(MessageTest, APingIsSixteenBytesAndIsRepeatedAsItWasFirst) {
   EXPECT_EQ(tohex(sent(ping)), tohex(bytes));
   ping += 5;
   EXPECT_EQ(tohex(sent(ping)), tohex(bytes));
+  IPCReply written(IPC_OP_STOP);
+  EXPECT_EQ(thrownBy([&] { written.rewind(); }), "IOException 0 ber_scanf int");
+  written += 5;
+  written.rewind();
+  EXPECT_EQ(written.getInt(), 5);
 }
 
 TEST_F(MessageTest, EachFieldHasItsForm) {
   const char* texts[] = {"ab", "", nullptr};
-  IPCExceptionDerived<3> exception("no");
+  IPCExceptionDerived<3> exception(std::string("no\0x", 4));  // up to the NUL
   ADObject nobody, empty(""), object("CN=x");
   empty.erase(AD_DN);
   ADObjectList none, list = ADObjectList::create();
@@ -121,6 +126,8 @@ TEST_F(MessageTest, WhatCannotBeWrittenIsToldInItsOwnWords) {
   EXPECT_EQ(thrownBy([&] { message += static_cast<ADSerializer*>(nullptr); }),
             "IOException 0 ber_printf ADObject");
   EXPECT_EQ(thrownBy([&] { message += list; }), "SystemException 0 Null adobject");
+  EXPECT_EQ(thrownBy([&] { IPCException("x").encode(nullptr); }),
+            "IOException 0 ber_printf IPCException::encode");
 }
 
 TEST_F(MessageTest, FieldsAreReadInTheirOrderAndOnceMoreAfterRewind) {
@@ -132,7 +139,9 @@ TEST_F(MessageTest, FieldsAreReadInTheirOrderAndOnceMoreAfterRewind) {
   for (int round = 0; round < 2; ++round) {
     EXPECT_EQ(message->getInt(), -129);
     EXPECT_EQ(message->getString(), std::string("a\0b", 3));
-    EXPECT_EQ(message->getString(), "");
+    berval* none = message->getBerString();
+    EXPECT_EQ(none->bv_len, 0u);
+    qtr_ber_bvfree(none);
     EXPECT_EQ(message->getPthreadT(), 0x201u);
     char** texts = message->getCharStringArray();
     EXPECT_STREQ(texts[0], "x");
@@ -144,8 +153,8 @@ TEST_F(MessageTest, FieldsAreReadInTheirOrderAndOnceMoreAfterRewind) {
     EXPECT_EQ(message->getSid().toMSString(), "S-1-5-32-544");
     EXPECT_EQ(message->getGuid(), Guid(reinterpret_cast<const unsigned char*>("gggggggggggggggg"), 16));
     EXPECT_TRUE(message->getADObject().isNull());
-    const ADObjectList none = message->getADObjectList();
-    EXPECT_TRUE(!none.isNull() && none.empty());
+    const ADObjectList list = message->getADObjectList();
+    EXPECT_TRUE(!list.isNull() && list.empty());
     EXPECT_TRUE(message->hasMore());
     EXPECT_TRUE(message->getADObjectList().begin()->isNull());
     EXPECT_FALSE(message->hasMore());
@@ -187,6 +196,23 @@ TEST_F(MessageTest, DamagedFieldsAreFailuresForEveryReader) {
     const auto message = received(integer(INT_MAX));
     EXPECT_NE(thrownBy([&] { kReaders[reader].read(*message); }), "nothing");
   }
+}
+
+TEST_F(MessageTest, TheTypeOfAnExceptionDecidesItsClass) {
+  for (int type = -1; type <= 6; ++type)
+    for (const std::string text : {"x", ""}) {
+      const bool known = 1 <= type && type <= 5;
+      const auto message = received(integer(type) + octets(text));
+      try {
+        message->getAndThrowIPCException();
+      } catch (const Base_Exception&) {
+        ADD_FAILURE() << type;
+      } catch (IPCException& error) {
+        EXPECT_EQ(error.getTypeCode(), known ? type : 1);
+        EXPECT_EQ(error.what(), known ? text : "Unknown error");
+        EXPECT_EQ(error.className() + std::to_string(error.rc() + error.classID()), "0");
+      }
+    }
 }
 
 TEST_F(MessageTest, IdentitiesThatAreCutShortGoOnWithZeros) {
@@ -235,6 +261,7 @@ TEST_F(MessageTest, AnAbsurdLengthCostsNothing) {
   IPCReply message;
   EXPECT_EQ(thrownBy([&] { message.get(m_ends[0]); }),
             "IOException " + std::to_string(ENOMEM) + " read 4294967295 bytes from IPC: " + strerror(ENOMEM));
+  EXPECT_EQ(thrownBy([&] { message.getBerString(); }), "IOException 0 ber_malloc");
   gNoMemory = false;
 
   put(hex("00000040") + "abc");

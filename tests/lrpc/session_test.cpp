@@ -3,7 +3,10 @@
 #include "lrpc/session.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <unistd.h>
+
+#include <algorithm>
 
 #include "lrpc/ipcmessage.h"
 #include "tests/support/session_test.h"
@@ -182,7 +185,11 @@ TEST_F(SessionCoreTest, WhatIsSentOnceIsNotSentAgain) {
 
 TEST_F(SessionCoreTest, ALateReplyIsNoAnswerToTheNextRequest) {
   configure("lrpc.timeout: 0\n");
-  peer().expect(request(1)).stall();
+  for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(ping).stall();
+  EXPECT_EQ(pingThrows(), "TimeoutException 0 RecvWait out");
+  EXPECT_EQ(session().socket(), -1);
+
+  peer().accept().expect(request(1)).stall();
   EXPECT_EQ(stopThrows(), "TimeoutException 0 RecvWait out");
   const int socket = session().socket();
   EXPECT_NE(socket, -1);
@@ -191,6 +198,30 @@ TEST_F(SessionCoreTest, ALateReplyIsNoAnswerToTheNextRequest) {
   peer().accept().expect(ping).send(pong);
   session().ping();
   EXPECT_TRUE(peer().finished());
+}
+
+// The thread is cancelled, and comes to a place where that counts, before or behind its exchange.
+TEST_F(SessionCoreTest, AThreadThatIsCancelledClosesItsConnectionAndUnwinds) {
+  static bool early;
+  for (const bool row : {true, false}) {
+    early = row;
+    peer().accept();
+    if (!early) peer().expect(ping).send(pong);
+    peer().expectClosed();
+    const auto work = [](void* socketPath) -> void* {
+      LocalRpcSession session(*static_cast<std::string*>(socketPath), true, false);
+      if (early) pthread_cancel(pthread_self());
+      session.ping();
+      pthread_cancel(pthread_self());
+      return nullptr;
+    };
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, nullptr, work, &path), 0);
+    void* end = nullptr;
+    ASSERT_EQ(pthread_join(thread, &end), 0);
+    EXPECT_EQ(end == PTHREAD_CANCELED, early);
+    EXPECT_TRUE(peer().finished());
+  }
 }
 
 TEST_F(SessionCoreTest, EachNewConnectionIsAuthenticatedBeforeItIsUsed) {
@@ -218,8 +249,12 @@ TEST_F(SessionCoreTest, AStatusBlockIsReadAsFarAsItGoes) {
   const std::string fields[] = {integer(2),  integer(10), integer(-5), octets("no such"),
                                 integer(17), integer(6),  integer(7),  octets("tired")};
   std::string body;
-  for (size_t count = 0; count <= 8; body += fields[count++]) {
-    peer().expect(ping).send(reply(0, body));
+  size_t ends[8];
+  for (size_t i = 0; i < 8; ++i) ends[i] = (body += fields[i]).size();
+  for (size_t size = 0; size <= body.size(); ++size) {
+    SCOPED_TRACE(size);
+    const auto count = std::upper_bound(ends, ends + 8, size) - ends;  // whole fields
+    peer().expect(ping).send(reply(0, body.substr(0, size)));
     IPCRequest request(IPC_OP_PING);
     IPCReply answer;
     session().lrpc(request, answer);
@@ -231,7 +266,6 @@ TEST_F(SessionCoreTest, AStatusBlockIsReadAsFarAsItGoes) {
     EXPECT_EQ(session().healthValue1(), count > 5 ? 6 : 0);
     EXPECT_EQ(session().healthValue2(), count > 6 ? 7 : 0);
     EXPECT_EQ(session().healthMessage(), count > 7 ? "tired" : "");
-    if (count == 8) break;
   }
   EXPECT_TRUE(peer().finished());
 }

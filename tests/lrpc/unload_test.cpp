@@ -1,0 +1,30 @@
+// The shared library as a module of another program loads it: by name, and not for good.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "lrpc/session.h"
+#include "util/include/thread.h"
+
+namespace {
+
+TEST(UnloadTest, AThreadThatUsedTheLibraryMayOutliveIt) {
+  void* library = dlopen(TEST_LIBRARY, RTLD_NOW);
+  ASSERT_NE(library, nullptr) << dlerror();
+  const auto ask =
+      reinterpret_cast<decltype(&velmora_sname_to_principal)>(dlsym(library, "velmora_sname_to_principal"));
+  const auto setThreadsActive = reinterpret_cast<decltype(&vesk::Thread::SetThreadsActive)>(
+      dlsym(library, "_ZN4vesk6Thread16SetThreadsActiveEb"));
+  ASSERT_TRUE(ask && setThreadsActive);
+  setThreadsActive(true);
+  std::thread user([&] {
+    char name[256];
+    EXPECT_EQ(static_cast<unsigned>(ask(nullptr, "host", "nfs", 3, name)), 0x96c73af5) << "no daemon here";
+    EXPECT_EQ(dlclose(library), 0);
+  });
+  user.join();  // what the library keeps for each thread is destroyed at the thread's end
+}
+
+}  // namespace
