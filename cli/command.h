@@ -34,6 +34,7 @@ struct Invocation {
   Arguments& arguments;
   Output& output;
   Daemon& daemon;
+  bool hasTimeout;  // the command line says how long to wait for the daemon
 };
 
 struct Command {
@@ -59,5 +60,6 @@ Family valueCommands();
 Family objectCommands();
 Family configurationCommands();
 Family machineCommands();
+Family doctorCommands();
 
 }  // namespace cli

@@ -19,7 +19,7 @@ constexpr char kDefaultSocket[] = "/var/velmora/daemon";
 const Family* families(size_t& count) {
   static const Family all[] = {lookupCommands(),        listingCommands(), daemonCommands(),
                                accountCommands(),       valueCommands(),   objectCommands(),
-                               configurationCommands(), machineCommands()};
+                               configurationCommands(), machineCommands(), doctorCommands()};
   count = sizeof all / sizeof *all;
   return all;
 }
@@ -105,7 +105,7 @@ ExitStatus runCommand(int argc, char** argv) {
   applyTimeout(settings.timeout);
   Output output(settings.json);
   Daemon daemon(settings.socketPath);
-  Invocation invocation{arguments, output, daemon};
+  Invocation invocation{arguments, output, daemon, !settings.timeout.empty()};
   return command->run(invocation);
 }
 

@@ -2,33 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <fstream>
 #include <string>
 
+#include "tests/cli/tool_run.h"
 #include "tests/standin/standin_process.h"
 
 namespace {
-
-constexpr char kTool[] = TEST_BINARY_DIR "/bin/fokrazo";
-
-struct Ran {
-  int status;
-  std::string out;  // what it printed on both streams
-};
-
-// A shell's command line behind the tool's name, with `input` (escapes as of printf) on its standard input.
-Ran run(const std::string& words, const std::string& input = "") {
-  const std::string feed = "printf '" + input + "' | ";
-  FILE* pipe = popen((feed + kTool + " " + words + " 2>&1").c_str(), "r");
-  Ran ran{-1, ""};
-  if (!pipe) return ran;
-  char buffer[4096];
-  while (size_t count = fread(buffer, 1, sizeof buffer, pipe)) ran.out.append(buffer, count);
-  const int status = pclose(pipe);
-  ran.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return ran;
-}
 
 struct Row {
   const char* words;

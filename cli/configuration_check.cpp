@@ -1,0 +1,249 @@
+#include "cli/configuration_check.h"
+
+#include <strings.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <map>
+
+#include "cli/output.h"
+#include "util/include/log.h"
+#include "util/include/properties.h"
+#include "util/include/propnames.h"
+#include "util/include/secure_open.h"
+
+namespace cli {
+
+namespace {
+
+using namespace vesk;
+
+constexpr char kCheck[] = "configuration";
+
+// What a value must be. A complaint says what was expected; empty if the value will do.
+using Judge = std::string (*)(const std::string& value);
+
+std::string text(const std::string&) {
+  return "";
+}
+
+std::string level(const std::string& value) {
+  return TextToLevel(value) >= 0
+             ? ""
+             : "one of TRACE, DEBUG, DIAG, INFO, WARN, ERROR, FATAL, DISABLED in capitals";
+}
+
+std::string facility(const std::string& value) {
+  return TextToFacility(value) >= 0 ? "" : "a facility of syslog, such as auth or daemon";
+}
+
+std::string boolean(const std::string& value) {
+  for (const char* word : {"true", "yes", "1", "false", "no", "0"})
+    if (strcasecmp(value.c_str(), word) == 0) return "";
+  return "true or false";
+}
+
+std::string number(const std::string& value) {
+  char* end = nullptr;
+  errno = 0;
+  const long result = strtol(value.c_str(), &end, 10);
+  const bool isWhole = end != value.c_str() && *end == '\0' && errno == 0;
+  return isWhole && result >= 0 && result <= 0x7fffffff ? "" : "a whole number of 0 or more, without a unit";
+}
+
+// As Properties::getTime takes it: -1 stands for "without end".
+std::string time(const std::string& value) {
+  char unit = '\0';
+  char more = '\0';
+  long count = 0;
+  const int fields = sscanf(value.c_str(), "%ld%c%c", &count, &unit, &more);
+  const bool hasUnit = fields == 2 && strchr("smhdwMy", unit) != nullptr;
+  return count >= -1 && (fields == 1 || hasUnit) ? ""
+                                                 : "a time: a number and s, m, h, d, w, M or y behind it";
+}
+
+std::string timeAboveNothing(const std::string& value) {
+  return atoi(value.c_str()) > 0 ? time(value) : "a time above 0";
+}
+
+std::string ringSize(const std::string& value) {
+  return atoi(value.c_str()) < 10 ? "a number of kilobytes, at least 10" : number(value);
+}
+
+std::string destination(const std::string& value) {
+  return value == "syslog" || value == "file" || value[0] == '/' ? "" : "syslog, file or an absolute path";
+}
+
+// The keys that the library reads. What stands behind a stem's dot is a name of the administrator's.
+struct Key {
+  const std::string& name;
+  Judge judge;
+  enum Form { Plain, Stem, PlainOrStem } form = Plain;
+};
+
+const Key kKeys[] = {
+    {PN::ROOT_LOGGER_NAME, level, Key::PlainOrStem},
+    {PN::LOGGER_DESTINATION, destination},
+    {PN::LOGGER_FACILITY, facility, Key::Stem},
+    {PN::LOGGER_FILE_FLUSH_FREQUENCY, number},
+    {PN::LOGGER_FILE_MAXCOUNT, number},
+    {PN::LOGGER_FILE_MAXSIZE, number},
+    {PN::LOGGER_FILE_ZIP_BACKUP, boolean},
+    {PN::LOGGER_MEMORY_ENABLED, boolean},
+    {PN::ROOT_MEMORY_NAME, level, Key::PlainOrStem},
+    {PN::LOGGER_MEMORY_SIZE, ringSize},
+    {PN::LOGGER_OPENLOG, boolean, Key::Stem},
+    {PN::LOGGER_PROGRAM_IGNORE, text},
+    {PN::LOGGER_QUEUE_SIZE, number},
+    {PN::LOGGER_SHOW_MORE, number, Key::PlainOrStem},
+    {PN::LRPC_CONNECT_TIMEOUT, timeAboveNothing},
+    {PN::LRPC_SESSION_TIMEOUT, number},
+    {PN::LRPC_TIMEOUT, time},
+    {PN::VESKD_STACKSIZE_CLIENT_THREADS, number},
+    {PN::VESKD_USE_THREAD_PRIORITY, boolean},
+    {PN::DISABLE_KSET_FILES, boolean},
+    {PN::KRB5_PERMIT_DNS_SPN_LOOKUPS, boolean},
+    {PN::LIBSELINUX_NAME, text},
+    {PN::NSS_NOBODY_GID, number},
+    {PN::NSS_NOBODY_GROUP, text},
+    {PN::NSS_NOBODY_UID, number},
+    {PN::NSS_NOBODY_USER, text},
+    {PN::NSS_NOLOGIN_SHELL, text},
+};
+
+// All keys that begin so are the library's own.
+constexpr const char* kOwnFamilies[] = {"log", "log.", "logger.", "lrpc."};
+
+bool beginsWith(const std::string& key, const std::string& prefix) {
+  return strncasecmp(key.c_str(), prefix.c_str(), prefix.size()) == 0;
+}
+
+bool isOwn(const std::string& key) {
+  if (strcasecmp(key.c_str(), kOwnFamilies[0]) == 0) return true;
+  for (size_t i = 1; i < sizeof kOwnFamilies / sizeof *kOwnFamilies; ++i)
+    if (beginsWith(key, kOwnFamilies[i])) return true;
+  return false;
+}
+
+bool fits(const Key& row, const std::string& key) {
+  const bool isPlain = strcasecmp(key.c_str(), row.name.c_str()) == 0;
+  const bool isBehindStem = key.size() > row.name.size() + 1 && beginsWith(key, row.name + '.');
+  return (isPlain && row.form != Key::Stem) || (isBehindStem && row.form != Key::Plain);
+}
+
+const Key* findKey(const std::string& key) {
+  for (const Key& row : kKeys)
+    if (fits(row, key)) return &row;
+  return nullptr;
+}
+
+// Collects what is wrong.
+class Complaints {
+ public:
+  void add(Finding::State state, const std::string& text, const std::string& advice) {
+    m_findings.push_back({state, kCheck, text, advice});
+  }
+  bool none() const { return m_findings.empty(); }
+  std::vector<Finding> take() { return std::move(m_findings); }
+
+ private:
+  std::vector<Finding> m_findings;
+};
+
+void checkFile(const std::string& path, const struct stat& info, Complaints& complaints) {
+  if (info.st_uid != 0)
+    complaints.add(Finding::Problem,
+                   path + " belongs to user " + std::to_string(info.st_uid) + ", not to root",
+                   "chown root " + path);
+  if ((info.st_mode & (S_IWGRP | S_IWOTH)) != 0)
+    complaints.add(Finding::Problem, path + " may be changed by others than its owner", "chmod go-w " + path);
+}
+
+// The library takes the last line of a key and says nothing of the others.
+void checkLines(std::istream& stream, Complaints& complaints) {
+  std::map<std::string, int, StringCaseLessThan> counts;
+  std::string line;
+  std::string key;
+  std::string value;
+  while (stream) {
+    Properties::getLine(stream, line);
+    if (Properties::getPropertyFromLine(line, key, value) && ++counts[key] == 2)
+      complaints.add(Finding::Warning, shown(key) + " is there more than once; the last line counts",
+                     "remove the others");
+  }
+}
+
+const char* whyRefused(int status) {
+  switch (status) {
+    case SECURE_OPEN_MISSING:
+      return "does not exist";
+    case SECURE_OPEN_DENIED:
+      return "may not be read by this user";
+    case SECURE_OPEN_SYMLINK:
+      return "is a symbolic link";
+    case SECURE_OPEN_HARDLINKED:
+      return "has more than one hard link";
+    case SECURE_OPEN_FOREIGN_OWNER:
+      return "does not belong to root";
+    case SECURE_OPEN_WORLD_WRITABLE:
+      return "may be changed by anybody";
+    default:
+      return "cannot be read";
+  }
+}
+
+void checkReference(const std::string& key, const std::string& value, Complaints& complaints) {
+  const std::string path = Properties::getFileNameFromFileReference(value);
+  int status = 0;
+  if (FILE* file = SecureOpenForReading(path.c_str(), &status))
+    fclose(file);
+  else
+    complaints.add(Finding::Problem, key + ": " + shown(path) + ' ' + whyRefused(status),
+                   "make it a plain file of root's that nobody else may change");
+}
+
+void checkValue(const std::string& key, const std::string& value, Complaints& complaints) {
+  if (Properties::isFileReference(value)) return checkReference(shown(key), value, complaints);
+  const Key* row = findKey(key);
+  if (!row) {
+    if (isOwn(key))
+      complaints.add(Finding::Warning, shown(key) + " is no key, and nothing reads it",
+                     "see velmora.conf(5) for the keys");
+    return;
+  }
+  const std::string expected = value.empty() ? "" : row->judge(value);
+  if (!expected.empty())
+    complaints.add(Finding::Problem, shown(key) + ": '" + shown(value) + "' is not " + expected,
+                   "correct it; until then something else counts, see velmora.conf(5)");
+}
+
+void checkContents(const std::string& path, Complaints& complaints) {
+  std::ifstream stream(path);
+  if (!stream) return complaints.add(Finding::Problem, path + ": " + strerror(errno), "chmod a+r " + path);
+  checkLines(stream, complaints);
+  Properties properties;
+  properties.load(path.c_str(), true);
+  if (const std::unique_ptr<Properties::Map> entries = properties.getMap(""))
+    for (const auto& entry : *entries) checkValue(entry.first, entry.second, complaints);
+}
+
+}  // namespace
+
+std::vector<Finding> checkConfiguration(const std::string& path) {
+  Complaints complaints;
+  struct stat info;
+  if (stat(path.c_str(), &info) != 0) {
+    complaints.add(Finding::Warning, path + ": " + strerror(errno) + "; every key has its default",
+                   "make one, be it empty");
+    return complaints.take();
+  }
+  checkFile(path, info, complaints);
+  checkContents(path, complaints);
+  if (complaints.none()) complaints.add(Finding::Ok, path, "");
+  return complaints.take();
+}
+
+}  // namespace cli

@@ -1,0 +1,178 @@
+// fokrazo doctor on hosts that are ill in one way or another.
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "tests/cli/tool_run.h"
+#include "tests/support/scripted_peer.h"
+#include "tests/support/wire.h"
+#include "tests/support/world_test.h"
+#include "util/include/unique_fd.h"
+
+namespace {
+
+using namespace testsupport;
+
+class DoctorTest : public WorldTest {
+ protected:
+  // A host that is joined, with a configuration that nobody complains about.
+  void SetUp() override {
+    WorldTest::SetUp();
+    if (IsSkipped()) return;
+    put("/etc/velmora/velmora.conf", "log: INFO\nlrpc.timeout: 20s\n");
+    put("/var/velmora/kset.domain", "example.com");
+    put("/var/velmora/kset.host", "host1.example.com");
+    put("/var/velmora/kset.schema", "NULL");
+  }
+
+  std::string socket() const { return in("daemon"); }
+  Ran examine(const std::string& options = "") {
+    return run("--socket " + socket() + " " + options + " doctor");
+  }
+
+  // All that the daemon is asked in a visit, with that answer to the question for its health.
+  static void answerVisit(ScriptedPeer& peer, const std::string& health) {
+    peer.expect(request(0)).send(reply(0));
+    peer.expect(request(21, octets("") + octets("") + sequence("") + integer(0))).send(health);
+  }
+};
+
+std::string healthOf(int result, const std::string& text) {
+  return reply(0, integer(17) + integer(0) + integer(0) + octets("") + integer(result) + integer(3) +
+                      integer(4) + octets(text) + integer(1) + octets("no such entry"));
+}
+
+TEST_F(DoctorTest, FindsNothingWrongOnAHealthyHost) {
+  ScriptedPeer peer(socket());
+  ASSERT_EQ(chmod(socket().c_str(), 0666), 0);
+  answerVisit(peer, healthOf(0, ""));
+  const Ran ran = examine();
+  EXPECT_EQ(ran.status, 0);
+  EXPECT_EQ(ran.out.find("warning"), std::string::npos) << ran.out;
+  for (const std::string& line :
+       {"ok       socket: " + socket() + ", of root, mode 0666\n",
+        "ok       daemon: of root, group 0, process " + std::to_string(getpid()) + " (doctor_test)\n",
+        std::string("ok       ping: "), std::string("ok       health: Success\n"),
+        std::string("ok       joined: example.com as host1.example.com\n"),
+        std::string("ok       configuration: /etc/velmora/velmora.conf\n")})
+    EXPECT_NE(ran.out.find(line), std::string::npos) << line << ran.out;
+  EXPECT_TRUE(peer.finished());
+}
+
+TEST_F(DoctorTest, TellsTheDaemonsComplaint) {
+  ScriptedPeer peer(socket());
+  answerVisit(peer, healthOf(16, "dc1"));
+  const Ran ran = examine("--json");
+  EXPECT_EQ(ran.status, 1);
+  EXPECT_NE(ran.out.find(
+                "{\"check\":\"health\",\"state\":\"problem\",\"text\":\"Server unreachable: dc1 (16, 3, 4)\","
+                "\"advice\":\"check the network"),
+            std::string::npos)
+      << ran.out;
+  EXPECT_TRUE(peer.finished());
+}
+
+TEST_F(DoctorTest, TellsWhyTheDaemonIsOutOfReach) {
+  struct Row {
+    std::function<void(ScriptedPeer&)> script;
+    int status;
+    const char* line;
+  };
+  const std::string path = socket();
+  const Row rows[] = {
+      {[](ScriptedPeer& peer) { peer.expect(request(0)).stall(); }, 3, "problem  ping: TimeoutException: "},
+      {[](ScriptedPeer& peer) { peer.expect(request(0)).hangUp(); }, 3,
+       "problem  ping: ConnectionBrokenException: "},
+      {[](ScriptedPeer& peer) {
+         peer.expect(request(0)).sendRaw("\4").sendRaw(std::string("\0\0\0abcd", 7));
+       },
+       3, "problem  ping: IOException: "},
+      {[](ScriptedPeer& peer) { peer.expect(request(0)).send(reply(3)); }, 1,
+       "problem  ping: Unsuccesful IPC execute: not authorized"},
+  };
+  for (const Row& row : rows) {
+    ScriptedPeer peer(path);
+    row.script(peer);
+    const Ran ran = examine("--timeout 1");
+    EXPECT_EQ(ran.status, row.status) << ran.out;
+    EXPECT_NE(ran.out.find(row.line), std::string::npos) << row.line << ran.out;
+    EXPECT_NE(ran.out.find("ok       joined: "), std::string::npos) << ran.out;
+    unlink(path.c_str());
+  }
+}
+
+TEST_F(DoctorTest, TellsWhatIsWrongWithTheSocket) {
+  const auto expect = [this](const std::string& line) {
+    const Ran ran = examine();
+    EXPECT_EQ(ran.status, 3) << ran.out;
+    EXPECT_NE(ran.out.find(line), std::string::npos) << line << ran.out;
+  };
+  expect("problem  socket: " + socket() + ": No such file or directory\n         -> start the daemon");
+  put(socket(), "");
+  expect("problem  socket: " + socket() + " is no socket\n");
+  unlink(socket().c_str());
+
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  socket().copy(address.sun_path, sizeof address.sun_path - 1);
+  const vesk::UniqueFd left(::socket(AF_UNIX, SOCK_STREAM, 0));
+  ASSERT_EQ(bind(left.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  expect("Connection refused\n         -> the socket was left behind");
+  expect("warning  socket: ");  // its mode is not for everybody
+}
+
+TEST_F(DoctorTest, TellsWhatIsMissingInTheJoinedState) {
+  unlink("/var/velmora/kset.schema");
+  EXPECT_NE(examine().out.find("host1.example.com, but: Cannot find key sets of zone schema."),
+            std::string::npos);
+  unlink("/var/velmora/kset.domain");
+  EXPECT_NE(examine().out.find("problem  joined: this machine is not joined"), std::string::npos);
+}
+
+TEST_F(DoctorTest, ReadsTheConfigurationAloud) {
+  struct Row {
+    const char* text;
+    const char* complaint;  // empty: none
+  };
+  const Row rows[] = {
+      {"LOG: WARN\nlog.lrpc: TRACE\nlogger.facility.*: daemon\nlogger.openlog.sshd: "
+       "no\nlogger.showmore.lrpc: 7\n",
+       ""},
+      {"lrpc.timeout: -1\nlrpc.connect.timeout: 2m\nlogger.destination: /tmp/log\npam.any: thing\n", ""},
+      {"log: info", "problem  configuration: log: 'info' is not one of TRACE"},
+      {"log.lrpc: 3", "log.lrpc: '3' is not one of TRACE"},
+      {"logger.facility.*: nosuch", "logger.facility.*: 'nosuch' is not a facility"},
+      {"logger.facility: auth", "warning  configuration: logger.facility is no key"},
+      {"logger.destnation: file", "warning  configuration: logger.destnation is no key"},
+      {"logger.destination: log.txt", "'log.txt' is not syslog, file or an absolute path"},
+      {"logger.file.maxsize: 10M", "'10M' is not a whole number"},
+      {"logger.file.maxcount: 99999999999999999999", "is not a whole number"},
+      {"logger.memory.enabled: on", "'on' is not true or false"},
+      {"logger.memory.bufsize: 9", "at least 10"},
+      {"lrpc.timeout: 5x", "'5x' is not a time"},
+      {"lrpc.timeout: -2", "'-2' is not a time"},
+      {"lrpc.connect.timeout: 0", "'0' is not a time above 0"},
+      {"lrpc.session.timeout: 1m", "'1m' is not a whole number"},
+      {"log: INFO\nLog: WARN", "Log is there more than once"},
+      {"logger.program.ignore: file:/nonexistent", "/nonexistent does not exist"},
+      {"any.key: file:/proc/self", "/proc/self is a symbolic link"},
+  };
+  for (const Row& row : rows) {
+    put("/etc/velmora/velmora.conf", row.text + std::string("\n"));
+    const std::string out = examine().out;
+    const bool complains = out.find("ok       configuration: ") == std::string::npos;
+    EXPECT_EQ(complains, *row.complaint != 0) << row.text << "\n" << out;
+    EXPECT_NE(out.find(row.complaint), std::string::npos) << row.complaint << "\n" << out;
+  }
+  ASSERT_EQ(chmod("/etc/velmora/velmora.conf", 0666), 0);
+  EXPECT_NE(examine().out.find("may be changed by others"), std::string::npos);
+  unlink("/etc/velmora/velmora.conf");
+  EXPECT_NE(examine().out.find("every key has its default"), std::string::npos);
+}
+
+}  // namespace
