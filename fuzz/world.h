@@ -1,0 +1,32 @@
+/// The private world (see tests/support/private_world.cpp) as fuzz targets set it up.
+#pragma once
+
+#include <linux/magic.h>
+#include <sys/vfs.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+#include "util/include/fixed_paths.h"
+
+namespace fuzz {
+
+inline void write(const std::string& path, const std::string& content) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file << content;
+}
+
+/// Makes `text` the configuration, before anything of the library is used. Ends the program outside of the
+/// private world: inputs become files under the system's own names.
+inline void enterWorld(const std::string& text) {
+  struct statfs info;
+  if (statfs(vesk::paths::kDataDir, &info) != 0 || info.f_type != TMPFS_MAGIC) {
+    fprintf(stderr, "To be run by private_world alone.\n");
+    exit(2);
+  }
+  write(vesk::paths::kConfigFile, text);
+}
+
+}  // namespace fuzz
