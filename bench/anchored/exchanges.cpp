@@ -4,7 +4,6 @@
 #include "bench/support/plain_socket.h"
 #include "bench/support/sample_user.h"
 #include "lrpc/adobject.h"
-#include "lrpc/attrnames.h"
 #include "lrpc/session.h"
 #include "lrpc/unixviews.h"
 
@@ -38,10 +37,7 @@ void measurePing() {
 }
 
 void measureGetUser() {
-  Entry user = sampleUser();
-  user[AD_DN].swap(user["distinguishedName"]);  // as the daemon names it
-  user.erase("distinguishedName");
-  const CannedPeer peer(objectReply(user), kCpu);
+  const CannedPeer peer(objectReply(daemonUser()), kCpu);
   vesk::LocalRpcSession session(peer.path(), false, false);
   const std::string name = kName;
   measure("ours.getuser", [&] { keep(session.getUser(name, 0).get()); });

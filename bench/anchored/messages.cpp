@@ -29,7 +29,7 @@ void buildRequest() {
 void receiveReply(const std::string& bytes, vesk::IPCReply& reply) {
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) die("socketpair");
-  sendFrame(ends[0], bytes);
+  sendFrame(ends[0], bytes.data(), bytes.size());
   reply.get(ends[1]);
   for (int end : ends) close(end);
 }

@@ -56,7 +56,7 @@ int listenAt(const std::string& path) {
     const int fd = accept(listener, nullptr, nullptr);
     if (fd < 0) _exit(0);
     fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
-    while (receiveFrame(fd, request, size)) sendFrame(fd, reply);
+    while (receiveFrame(fd, request, size)) sendFrame(fd, reply.data(), reply.size());
     close(fd);
   }
 }

@@ -6,11 +6,19 @@
 
 namespace {
 
-std::atomic<unsigned long> gAllocations{0};
+using Counter = std::atomic<unsigned long>;
+
+Counter gAllocations{0};
+Counter gLargeAllocations{0};
 
 // No read-modify-write, which would cost the measured code more than the allocation it counts.
-void countAllocation() {
-  gAllocations.store(gAllocations.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+void increment(Counter& counter) {
+  counter.store(counter.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
+
+void countAllocation(size_t size) {
+  increment(gAllocations);
+  if (size >= bench::kLargeAllocation) increment(gLargeAllocations);
 }
 
 }  // namespace
@@ -22,15 +30,15 @@ void* __libc_calloc(size_t, size_t);
 void* __libc_realloc(void*, size_t);
 
 void* malloc(size_t size) noexcept {
-  countAllocation();
+  countAllocation(size);
   return __libc_malloc(size);
 }
 void* calloc(size_t count, size_t size) noexcept {
-  countAllocation();
+  countAllocation(count * size);
   return __libc_calloc(count, size);
 }
 void* realloc(void* memory, size_t size) noexcept {
-  countAllocation();
+  countAllocation(size);
   return __libc_realloc(memory, size);
 }
 }
@@ -46,6 +54,10 @@ double median(std::vector<double> values) {
 
 unsigned long allocationCount() {
   return gAllocations.load(std::memory_order_relaxed);
+}
+
+unsigned long largeAllocationCount() {
+  return gLargeAllocations.load(std::memory_order_relaxed);
 }
 
 void print(const std::string& key, double value, const char* unit) {

@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -27,6 +28,9 @@ double median(std::vector<double> values);
 
 /// Heap allocations of the process so far, by whichever library. Those of two threads at once may be lost.
 unsigned long allocationCount();
+/// Those of at least kLargeAllocation bytes.
+unsigned long largeAllocationCount();
+constexpr size_t kLargeAllocation = 32 * 1024;
 
 /// Heap allocations of one call, after a first one that does not count.
 template <class Work>
@@ -78,7 +82,7 @@ struct Comparison {
 };
 
 template <class Ours, class Other>
-Comparison compare(Ours&& ours, Other&& other, double batchMs = 8, int batches = 25) {
+Comparison compare(Ours&& ours, Other&& other, double batchMs = 1, int batches = 201) {
   Timed<Ours> timedOurs(ours, batchMs);
   Timed<Other> timedOther(other, batchMs);
   std::vector<double> all[3];

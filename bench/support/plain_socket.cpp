@@ -78,10 +78,10 @@ int connectTo(const std::string& path) {
   return fd;
 }
 
-void sendFrame(int fd, const std::string& message) {
-  const auto length = static_cast<uint32_t>(message.size());
+void sendFrame(int fd, const char* message, size_t size) {
+  const auto length = static_cast<uint32_t>(size);
   sendAll(fd, reinterpret_cast<const char*>(&length), sizeof length);
-  sendAll(fd, message.data(), message.size());
+  sendAll(fd, message, size);
 }
 
 bool receiveFrame(int fd, std::vector<char>& bytes, size_t& size) {
@@ -90,6 +90,16 @@ bool receiveFrame(int fd, std::vector<char>& bytes, size_t& size) {
   if (bytes.size() < length) bytes.resize(length);
   size = length;
   return receiveAll(fd, bytes.data(), length);
+}
+
+size_t receiveLength(int fd) {
+  uint32_t length = 0;
+  if (!receiveAll(fd, &length, sizeof length)) die("receive");
+  return length;
+}
+
+void receiveBytes(int fd, char* bytes, size_t size) {
+  if (!receiveAll(fd, bytes, size)) die("receive");
 }
 
 void checkConnection(int fd) {

@@ -3,6 +3,7 @@
 /// end the process.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -15,9 +16,12 @@ void pinTo(int cpu);
 
 /// A descriptor connected to that path, non-blocking.
 int connectTo(const std::string& path);
-void sendFrame(int fd, const std::string& message);
+void sendFrame(int fd, const char* message, size_t size);
 /// False at the end of the stream. `bytes` is grown to hold the message; `size` is its length.
 bool receiveFrame(int fd, std::vector<char>& bytes, size_t& size);
+/// The same in two steps. Ends the process at the end of the stream.
+size_t receiveLength(int fd);
+void receiveBytes(int fd, char* bytes, size_t size);
 
 /// What a session asks before each request: is it still this process, and still that descriptor?
 void checkConnection(int fd);

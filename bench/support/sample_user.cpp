@@ -83,6 +83,13 @@ Entry sampleUser(int variant) {
   return user;
 }
 
+Entry daemonUser() {
+  Entry user = sampleUser();
+  user[AD_DN].swap(user["distinguishedName"]);
+  user.erase("distinguishedName");
+  return user;
+}
+
 vesk::ADObject objectOf(const Entry& entry) {
   vesk::ADObject object{std::string()};
   object.erase(AD_DN);

@@ -16,6 +16,8 @@ using Entry = std::map<std::string, std::vector<std::string>>;
 /// Variant 0 has all attributes. The others differ in the lengths of their values and lack some attributes,
 /// so that a processor does not learn one object by heart.
 Entry sampleUser(int variant = 0);
+/// The complete one, with his DN where the daemon puts it and typed views look for it.
+Entry daemonUser();
 
 vesk::ADObject objectOf(const Entry& entry);
 /// Its serialized form.

@@ -1,0 +1,210 @@
+// Prints one table: what the library costs beside the least that could do the same, as ratios of times that
+// are taken in turn in this one run; and how many allocations it makes.
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <unordered_map>
+
+#include "bench/support/canned_peer.h"
+#include "bench/support/measure.h"
+#include "bench/support/plain_lookup.h"
+#include "bench/support/plain_socket.h"
+#include "bench/support/sample_user.h"
+#include "lrpc/adobject.h"
+#include "lrpc/adserializer.h"
+#include "lrpc/ipcmessage.h"
+#include "lrpc/session.h"
+#include "lrpc/stringdict.h"
+#include "lrpc/unixviews.h"
+
+namespace bench {
+namespace {
+
+constexpr int kCpu = 0;  // client and peer share it: how two processors wake each other is none of ours
+constexpr int kListed = 300;
+constexpr double kListBatchMs = 10;
+constexpr int kListBatches = 41;
+const std::string kName = "alice.example@corp.example.com";
+
+void printHead(const char* title) {
+  printf("\n%-58s %10s %10s %7s\n", title, "ours/us", "other/us", "ratio");
+}
+
+void printRow(const char* what, const Comparison& times, double divisor = 1) {
+  constexpr double kMicrosecond = 1000;
+  printf("%-58s %10.3f %10.3f %7.3f\n", what, times.ours / kMicrosecond / divisor,
+         times.other / kMicrosecond / divisor, times.ratio);
+  fflush(stdout);
+}
+
+void printCount(const char* what, double count) {
+  printf("%-58s %10.1f\n", what, count);
+  fflush(stdout);
+}
+
+/// A session and a descriptor, each with a peer of its own that gives the same reply.
+struct Pair {
+  explicit Pair(const std::string& reply)
+      : peer(reply, kCpu),
+        plainPeer(reply, kCpu),
+        session(peer.path(), false, false),
+        fd(connectTo(plainPeer.path())) {}
+
+  CannedPeer peer;
+  CannedPeer plainPeer;
+  vesk::LocalRpcSession session;
+  int fd;
+};
+
+void compareExchanges() {
+  printHead("exchange, beside bare processes with the same system calls");
+  {
+    Pair pair(emptyReply());
+    printRow("ping", compare([&] { pair.session.ping(); }, [&] { plainPing(pair.fd); }));
+  }
+  {
+    const std::string reply = emptyReply();
+    const CannedPeer peer(reply, kCpu), plainPeer(reply, kCpu);
+    vesk::LocalRpcSession session(peer.path(), false, false);
+    auto again = [&] {
+      session.dropConnection();
+      session.ping();
+    };
+    auto plainAgain = [&] {
+      const int fd = connectTo(plainPeer.path());
+      plainPing(fd);
+      close(fd);
+    };
+    printRow("a new connection and a ping", compare(again, plainAgain));
+  }
+  {
+    Pair pair(objectReply(daemonUser()));
+    auto ours = [&] { keep(pair.session.getUser(kName, 0).get()); };
+    printRow("getUser, 45 attributes, 2.9 kB",
+             compare(ours, [&] { keep(plainGetUser(pair.fd, kName).size()); }));
+  }
+  {
+    Pair pair(listReply(sampleBlobs(kListed)));
+    auto ours = [&] {
+      keep(pair.session.ldapSearch("", "", "", nullptr, vesk::LdapSearchScopeType{}, 0, false).size());
+    };
+    auto plain = [&] { keep(plainSearch(pair.fd).size()); };
+    printRow("an object of a list of 300", compare(ours, plain, kListBatchMs, kListBatches), kListed);
+  }
+}
+
+void compareReading() {
+  std::string bytes = blobOf(sampleUser());
+  const vesk::ADSerializer blob(bytes.size(), bytes.data(), false);
+  const Triple& names = sampleTriples()[0];
+  auto readThree = [&] {
+    vesk::ADObject object(bytes.size(), bytes.data(), false, nullptr);
+    for (const std::string& name : names) keep(object.firstValue(name));
+  };
+  auto unpack = [&] {
+    vesk::ADObject object(bytes.size(), bytes.data(), false, nullptr);
+    object.deSerialize(false);
+    keep(&object.attributes());
+  };
+  vesk::ADObject object = objectOf(sampleUser());
+  auto serialize = [&] { keep(vesk::ADSerializer::serialize(object)->data()); };
+
+  printHead("reading and writing a blob of 45 attributes");
+  printRow("three attributes lazily, beside unpacking it", compare(readThree, unpack));
+  printRow("three attributes lazily, beside a std::map built of it",
+           compare(readThree, [&] { keep(plainMap(bytes.data(), bytes.size()).size()); }));
+  printRow("unpacking it, beside the same by hand",
+           compare(unpack, [&] { keep(plainUnpack(bytes.data(), bytes.size()).size()); }));
+  printRow("serialize, beside unpacking", compare(serialize, unpack));
+}
+
+void compareDictionary() {
+  std::unordered_map<std::string, int> plain;
+  for (const std::string& entry : vesk::GetDictionaryVector())
+    plain.emplace(entry, static_cast<int>(plain.size()));
+  const vesk::DictionaryVector& entries = vesk::GetDictionaryVector();
+  Scatter scatter, plainScatter;
+  auto ours = [&] { keep(vesk::ADSerializer::m_dictionary[entries[scatter.next() % entries.size()]]); };
+  auto other = [&] { keep(plain.find(entries[plainScatter.next() % entries.size()])->second); };
+  printHead("the string dictionary");
+  printRow("a probe, beside std::unordered_map", compare(ours, other));
+}
+
+double timeOfLoad(const char* path, const char* symbol) {
+  const std::string command = std::string(FOKRAZO_LOADER) + " " + path + " " + symbol;
+  const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), pclose);
+  double time = 0;
+  if (!output || fscanf(output.get(), "%lf", &time) != 1) throw std::runtime_error(command);
+  return time;
+}
+
+void compareLoading() {
+  constexpr int kRuns = 41;
+  std::vector<double> ours, other, ratios;
+  for (int i = 0; i < kRuns; ++i) {
+    ours.push_back(timeOfLoad(FOKRAZO_LIBRARY, "velmora_sname_to_principal"));
+    other.push_back(timeOfLoad(FOKRAZO_OTHER_LIBRARY, "ldap_initialize"));
+    ratios.push_back(ours.back() / other.back());
+  }
+  printHead("loading the library into a fresh C process");
+  printRow("dlopen, beside libldap", {median(ours), median(other), median(ratios)});
+}
+
+// With large messages, so that no copy could hide among the small allocations.
+double largeAllocationsOfExchange() {
+  constexpr size_t kSize = 1 << 20;
+  vesk::IPCReply large(vesk::IPC_OP_PING);
+  large += std::string(kSize, 'r');
+  const CannedPeer peer(bytesOf(large), kCpu);
+  vesk::LocalRpcSession session(peer.path(), true, false);
+  vesk::IPCRequest request(vesk::IPC_OP_PING);
+  request += std::string(kSize, 'q');
+  vesk::IPCReply reply;
+  const unsigned long before = largeAllocationCount();
+  session.lrpc(request, reply);
+  return static_cast<double>(largeAllocationCount() - before);
+}
+
+void countAllocations() {
+  std::string bytes = blobOf(sampleUser());
+  const vesk::ADSerializer blob(bytes.size(), bytes.data(), false);
+  vesk::ADObject object = objectOf(sampleUser());
+  const std::string name = "uidNumber";
+
+  printf("\n%-58s %10s\n", "heap allocations", "count");
+  printCount("an attribute located in a blob", allocationsOf([&] { keep(blob.findAttributeData(name)); }));
+  printCount("an attribute of one short value built of a blob",
+             allocationsOf([&] { keep(blob.find(name).size()); }));
+  printCount("serialize: the blob and the object that holds it",
+             allocationsOf([&] { keep(vesk::ADSerializer::serialize(object)->data()); }));
+  printCount("an exchange of 1 MB each way: of 32 kB and more", largeAllocationsOfExchange());
+  const CannedPeer pingPeer(emptyReply(), kCpu);
+  vesk::LocalRpcSession pinger(pingPeer.path(), true, false);
+  printCount("ping", allocationsOf([&] { pinger.ping(); }));
+  const CannedPeer userPeer(objectReply(daemonUser()), kCpu);
+  vesk::LocalRpcSession session(userPeer.path(), true, false);
+  printCount("getUser, 45 attributes, 66 values", allocationsOf([&] { session.getUser(kName, 0); }));
+}
+
+}  // namespace
+}  // namespace bench
+
+int main() {
+  using namespace bench;
+  try {
+    compareLoading();
+    pinTo(kCpu);
+    compareExchanges();
+    compareReading();
+    compareDictionary();
+    countAllocations();
+  } catch (const std::exception& error) {
+    fprintf(stderr, "ratios: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}

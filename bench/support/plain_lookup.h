@@ -1,0 +1,32 @@
+/// What a lookup must do at least, written by hand for these bytes alone: nothing is logged, checked, retried
+/// or thrown. The floors of the benchmarks.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/// One exchange that carries no fields. Ends the process if it fails.
+void plainPing(int fd);
+
+struct PlainAttribute {
+  std::string name;
+  std::string lowerName;
+  std::vector<std::string> values;
+};
+using PlainObject = std::map<std::string, PlainAttribute>;
+
+/// Reads a serialized object completely.
+PlainObject plainUnpack(const char* blob, size_t size);
+/// The same into names and values alone.
+std::map<std::string, std::vector<std::string>> plainMap(const char* blob, size_t size);
+
+/// Asks for one object by name and unpacks what comes.
+PlainObject plainGetUser(int fd, const std::string& name);
+/// Asks for a list of objects and unpacks them.
+std::vector<PlainObject> plainSearch(int fd);
+
+}  // namespace bench
