@@ -27,7 +27,7 @@ constexpr int kLogPackets = 0x2;
 constexpr int kLogConnections = 0x8;
 constexpr int kLogRetries = 0x4000;
 
-// To standard error, as all of the package's debugging.
+// To standard error, as all of the package's debugging. Leaves errno as it is.
 __attribute__((format(printf, 2, 3))) void log(int mask, const char* format, ...) {
   int enabled = 0;
   ber_get_option(nullptr, LBER_OPT_BER_DEBUG, &enabled);
@@ -37,7 +37,9 @@ __attribute__((format(printf, 2, 3))) void log(int mask, const char* format, ...
   va_start(args, format);
   vsnprintf(text, sizeof text, format, args);
   va_end(args);
+  const int error = errno;
   ber_error_print(text);
+  errno = error;
 }
 
 int descriptorOf(Sockbuf* buffer) {
@@ -129,7 +131,6 @@ ber_slen_t readWithWait(Sockbuf* buffer, const SockbufFields& fields, void* byte
     const ber_slen_t count = read(fd, bytes, size);
     if (count > 0 || errno != EAGAIN) return count;
     log(kLogRetries, "sb_retry: select says ready but recv says no (retries left: %d)", retriesLeft);
-    errno = EAGAIN;
     if (retriesLeft == 0) return count;
   }
 }
