@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the library into an empty folder and uses it as a stranger would: each header alone, the README's example
-# by pkg-config and the same by CMake's find_package, run against the stand-in.
+# Installs everything into an empty folder and uses it as a stranger would: each header alone, the README's example by
+# pkg-config and the same by CMake's find_package, run against the stand-in, and the tool.
 # usage: installed_package_test.sh SOURCE_DIR BUILD_DIR CXX
 set -euo pipefail
 source_dir=$1 build_dir=$2 cxx=$3
@@ -15,7 +15,7 @@ lib=$(dirname "$(find "$place/root" -name 'fokrazo.so.0')")
 export PKG_CONFIG_PATH=$lib/pkgconfig LD_LIBRARY_PATH=$lib
 
 [ "$(readlink "$lib/fokrazo.so")" = fokrazo.so.0 ] || fail "fokrazo.so does not lead to fokrazo.so.0"
-objdump -p "$lib/fokrazo.so.0" | grep -q 'SONAME *fokrazo.so.0$' || fail "SONAME"
+readelf -d "$lib/fokrazo.so.0" | grep 'SONAME.*\[fokrazo.so.0\]' >/dev/null || fail "SONAME"
 
 include=$place/root/include/fokrazo
 (cd "$include" && find . -name '*.h') | sed 's,^\./,,' | sort >"$place/headers"
@@ -28,6 +28,14 @@ done <"$place/headers"
 awk '/^```cpp$/ { inside = 1; next } /^```$/ { inside = 0 } inside' "$source_dir/README.md" >"$place/ten.cpp"
 # shellcheck disable=SC2046
 "$cxx" -std=c++17 "$place/ten.cpp" $(pkg-config --cflags --libs fokrazo) -o "$place/ten"
+
+cat >"$place/ber.cpp" <<'CPP'
+#include <fokrazo.h>
+int main() { qtr_ber_free(qtr_ber_alloc_t(0), 1); }
+CPP
+# shellcheck disable=SC2046
+"$cxx" -std=c++17 "$place/ber.cpp" $(pkg-config --cflags --libs fokrazo) -o "$place/ber" || fail "BER functions"
+! readelf -d "$place/ten" | grep 'NEEDED.*lber' >/dev/null || fail "liblber is linked where nothing calls it"
 
 mkdir "$place/project"
 cp "$place/ten.cpp" "$place/project"
@@ -42,15 +50,23 @@ CMAKE
 cmake -S "$place/project" -B "$place/project/build" -DCMAKE_PREFIX_PATH="$place/root" -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
 cmake --build "$place/project/build" >/dev/null
 
+# The installed programs find the library without help.
+tool() { env -u LD_LIBRARY_PATH "$place/root/bin/fokrazo" --socket "$place/daemon" "$@"; }
+sample=$place/root/share/fokrazo/sample
 mkfifo "$place/ready"
-"$build_dir/bin/brondalt-standin" --socket "$place/daemon" --ldif "$source_dir/standin/sample/accounts.ldif" \
-  --foreground >"$place/ready" &
+env -u LD_LIBRARY_PATH "$place/root/bin/brondalt-standin" --socket "$place/daemon" --ldif "$sample/accounts.ldif" \
+  --passwords "$sample/passwords" --foreground >"$place/ready" &
 daemon_pid=$!
 read -r -t 60 _ <"$place/ready"
+[ "$(tool ping)" = alive ] || fail "the tool does not reach the daemon"
 
 for program in "$place/ten" "$place/project/build/ten"; do
   [ "$("$program" "$place/daemon" lquispe)" = "lquispe 10060 /home/lquispe" ] || fail "$program found something else"
   ! "$program" "$place/daemon" nosuchperson 2>"$place/complaint" || fail "$program found nobody"
   [ "$(cat "$place/complaint")" = "NotFoundException: User not found" ] || fail "$program complained in other words"
+done
+for file in man/man1/fokrazo.1 man/man1/brondalt-standin.1 man/man3/fokrazo.3 man/man5/velmora.conf.5 \
+  bash-completion/completions/fokrazo doc/fokrazo/outcomes.md; do
+  [ -s "$place/root/share/$file" ] || fail "$file is missing"
 done
 echo "installed package: all as expected"

@@ -1,0 +1,38 @@
+# Sourced by the tests that use the library as a stranger would. Makes a scratch folder, $place, which goes with the
+# test, as do all programs that it starts.
+# shellcheck shell=bash
+place=$(mktemp -d)
+daemon_pid=
+trap 'stop_daemon; rm -rf "$place"' EXIT
+
+fail() { echo "FAILED: $*" >&2; exit 1; }
+
+# Installs what BUILD_DIR holds, and finds it: $place/root, its folder $lib, and both for compilers and programs.
+install_package() {
+  cmake --install "$1" --prefix "$place/first" >/dev/null
+  mv "$place/first" "$place/root"  # what is installed finds itself wherever it is put
+  lib=$(dirname "$(find "$place/root" -name 'fokrazo.so.0')")
+  export PKG_CONFIG_PATH=$lib/pkgconfig LD_LIBRARY_PATH=$lib
+}
+
+# The example of README.md.
+readme_example() {
+  awk '/^```cpp$/ { inside = 1; next } /^```$/ { inside = 0 } inside' "$1/README.md"
+}
+
+# start_daemon BUILD_DIR SOURCE_DIR SOCKET [ARGUMENT ...]: the stand-in with the sample directory, ready for connections.
+start_daemon() {
+  local program=$1/bin/brondalt-standin sample=$2/standin/sample socket=$3
+  shift 3
+  mkfifo "$place/ready"
+  "$program" --socket "$socket" --ldif "$sample/accounts.ldif" --passwords "$sample/passwords" --foreground "$@" \
+    >"$place/ready" &
+  daemon_pid=$!
+  read -r -t 60 _ <"$place/ready"
+  rm "$place/ready"
+}
+
+stop_daemon() {
+  [ -z "$daemon_pid" ] || { kill "$daemon_pid" && wait "$daemon_pid"; } 2>/dev/null || true
+  daemon_pid=
+}

@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Makes the Debian packages, installs them into an empty root, uses them, and removes them without a trace. Wants
+# root's view (the private world gives it).
+# usage: debian_packages_test.sh BUILD_DIR
+set -euo pipefail
+build_dir=$1
+command -v dpkg-shlibdeps >/dev/null || { echo "skipped: no Debian"; exit 77; }
+place=$(mktemp -d)
+trap 'rm -rf "$place"' EXIT
+fail() { echo "FAILED: $*" >&2; exit 1; }
+
+cpack -G DEB --config "$build_dir/CPackConfig.cmake" -B "$place/made" >"$place/log" 2>&1 || { cat "$place/log"; exit 1; }
+mv "$place"/made/*.deb "$place"
+package() { echo "$place/$1"_*.deb; }
+field() { dpkg-deb -f "$(package "$1")" "$2"; }
+
+[[ $(field fokrazo0 Depends) =~ ^"libc6 (>= ".*"zlib1g (>= " ]] || fail "what fokrazo0 depends on"
+[[ $(field fokrazo-tools Depends) =~ ^"fokrazo0 (= "[0-9.]+"), libc6 (>= ".*"libldap-2.5-0" ]] || fail "fokrazo-tools"
+[[ $(field fokrazo-dev Depends) =~ ^"fokrazo0 (= "[0-9.]+"), libboost-dev, libldap-dev" ]] || fail "fokrazo-dev"
+dpkg-deb -I "$(package fokrazo0)" shlibs | grep -x 'fokrazo 0 fokrazo0 (>= .*)' >/dev/null || fail "shlibs"
+dpkg-deb -I "$(package fokrazo0)" postinst | grep ldconfig >/dev/null || fail "ldconfig is not told"
+
+# The scripts' ldconfig is not to look at the root that the tests run in.
+mkdir -p "$place/bin" "$place/root/var/lib/dpkg/"{info,updates}
+ln -s /bin/true "$place/bin/ldconfig"
+touch "$place/root/var/lib/dpkg/"{status,available}
+in_root() {
+  PATH=$place/bin:$PATH:/usr/sbin:/sbin dpkg --root="$place/root" --force-not-root --force-script-chrootless --force-depends \
+    --log=/dev/null "$@" >"$place/log" 2>&1 || { cat "$place/log"; exit 1; }
+}
+files() { (cd "$place/root" && find . -path ./var/lib/dpkg -prune -o -print | sort); }
+
+files >"$place/before"
+in_root --install "$place"/*.deb
+[ "$("$place/root/usr/bin/fokrazo" sid S-1-5-32-544 | head -1)" = "text: S-1-5-32-544" ] || fail "the tool does not run"
+[ -z "$(find "$place/root" -name '*.[1-9]' -path '*/man/*')" ] || fail "manual pages are not compressed"
+in_root --purge fokrazo-tools fokrazo-dev fokrazo0
+files | diff "$place/before" - || fail "traces"
+echo "Debian packages: all as expected"
