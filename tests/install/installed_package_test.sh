@@ -4,15 +4,9 @@
 # usage: installed_package_test.sh SOURCE_DIR BUILD_DIR CXX
 set -euo pipefail
 source_dir=$1 build_dir=$2 cxx=$3
-place=$(mktemp -d)
-daemon_pid=
-trap 'kill $daemon_pid 2>/dev/null || true; rm -rf "$place"' EXIT
-fail() { echo "FAILED: $*" >&2; exit 1; }
-
-cmake --install "$build_dir" --prefix "$place/first" >/dev/null
-mv "$place/first" "$place/root"  # what is installed finds itself wherever it is put
-lib=$(dirname "$(find "$place/root" -name 'fokrazo.so.0')")
-export PKG_CONFIG_PATH=$lib/pkgconfig LD_LIBRARY_PATH=$lib
+# shellcheck source=tests/install/common.sh
+source "$(dirname "$0")/common.sh"
+install_package "$build_dir"
 
 [ "$(readlink "$lib/fokrazo.so")" = fokrazo.so.0 ] || fail "fokrazo.so does not lead to fokrazo.so.0"
 readelf -d "$lib/fokrazo.so.0" | grep 'SONAME.*\[fokrazo.so.0\]' >/dev/null || fail "SONAME"
@@ -25,7 +19,7 @@ while read -r header; do
   "$cxx" -std=c++17 -Wall -Wextra -Werror -fsyntax-only "-I$include" "$place/alone.cpp" || fail "$header alone"
 done <"$place/headers"
 
-awk '/^```cpp$/ { inside = 1; next } /^```$/ { inside = 0 } inside' "$source_dir/README.md" >"$place/ten.cpp"
+readme_example "$source_dir" >"$place/ten.cpp"
 # shellcheck disable=SC2046
 "$cxx" -std=c++17 "$place/ten.cpp" $(pkg-config --cflags --libs fokrazo) -o "$place/ten"
 
@@ -50,15 +44,11 @@ CMAKE
 cmake -S "$place/project" -B "$place/project/build" -DCMAKE_PREFIX_PATH="$place/root" -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
 cmake --build "$place/project/build" >/dev/null
 
-# The installed programs find the library without help.
-tool() { env -u LD_LIBRARY_PATH "$place/root/bin/fokrazo" --socket "$place/daemon" "$@"; }
-sample=$place/root/share/fokrazo/sample
-mkfifo "$place/ready"
-env -u LD_LIBRARY_PATH "$place/root/bin/brondalt-standin" --socket "$place/daemon" --ldif "$sample/accounts.ldif" \
-  --passwords "$sample/passwords" --foreground >"$place/ready" &
-daemon_pid=$!
-read -r -t 60 _ <"$place/ready"
-[ "$(tool ping)" = alive ] || fail "the tool does not reach the daemon"
+for program in "$place/root/bin/"*; do
+  ! env -u LD_LIBRARY_PATH ldd "$program" | grep 'not found' || fail "$program does not find its libraries"
+done
+start_daemon "$place/root" "$source_dir" "$place/daemon"
+[ "$("$place/root/bin/fokrazo" --socket "$place/daemon" ping)" = alive ] || fail "the tool does not reach the daemon"
 
 for program in "$place/ten" "$place/project/build/ten"; do
   [ "$("$program" "$place/daemon" lquispe)" = "lquispe 10060 /home/lquispe" ] || fail "$program found something else"
@@ -66,7 +56,7 @@ for program in "$place/ten" "$place/project/build/ten"; do
   [ "$(cat "$place/complaint")" = "NotFoundException: User not found" ] || fail "$program complained in other words"
 done
 for file in man/man1/fokrazo.1 man/man1/brondalt-standin.1 man/man3/fokrazo.3 man/man5/velmora.conf.5 \
-  bash-completion/completions/fokrazo doc/fokrazo/outcomes.md; do
+  fokrazo/sample/accounts.ldif bash-completion/completions/fokrazo doc/fokrazo/outcomes.md; do
   [ -s "$place/root/share/$file" ] || fail "$file is missing"
 done
 echo "installed package: all as expected"
