@@ -97,9 +97,13 @@ void closeAllBut(const int* kept, std::size_t count, int limit) {
 }
 
 void arrange(const int* entries, int* scratch, int count) {
-  for (int i = 0; i < count; ++i) scratch[i] = entries[i] < 0 ? -1 : fcntl(entries[i], F_DUPFD, count);
+  // What is not open is left out before anything is moved: it could be moved onto the number of such an
+  // entry.
+  for (int i = 0; i < count; ++i) scratch[i] = fcntl(entries[i], F_GETFD) < 0 ? -1 : entries[i];
   for (int i = 0; i < count; ++i)
-    if (entries[i] >= 0) close(entries[i]);
+    if (scratch[i] >= 0) scratch[i] = fcntl(entries[i], F_DUPFD, count);
+  for (int i = 0; i < count; ++i)
+    if (scratch[i] >= 0) close(entries[i]);
   for (int i = 0; i < count; ++i) {
     if (scratch[i] < 0) continue;
     dup2(scratch[i], i);

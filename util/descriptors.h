@@ -17,8 +17,8 @@ bool closeByRange(const int* kept, std::size_t count);
 bool closeByListing(const int* kept, std::size_t count);
 void closeOneByOne(const int* kept, std::size_t count, int limit);
 
-/// Makes entry i descriptor i for each entry that is not negative, and closes the entries; they may overlap
-/// the numbers from 0 to `count` - 1 in any way. `scratch` has room for `count` numbers.
+/// Makes entry i descriptor i for each entry that is an open descriptor, and closes the entries; they may
+/// overlap the numbers from 0 to `count` - 1 in any way. `scratch` has room for `count` numbers.
 void arrange(const int* entries, int* scratch, int count);
 
 }  // namespace descriptors

@@ -110,10 +110,14 @@ TEST_F(SpawnTest, ProgramsThatCannotRun) {
 
 TEST_F(SpawnTest, TheChildGetsExactlyTheDescriptorsAskedFor) {
   const int passed = open("/dev/null", O_RDONLY);
+  std::vector<int> notOpen(40, -1);  // with an entry at the first number that is free for moving
+  notOpen[1] = -2;
+  notOpen[39] = 40;
   const struct {
     std::vector<int> fds;  // -2 stands for the pipe
     const char* expected;
   } rows[] = {
+      {notOpen, "1\n"},
       {{null, -2}, "0\n1\n"},
       {{-1, -2, 999}, "1\n"},
       {{-2, -2, -1, null, -2}, "0\n1\n3\n4\n"},
