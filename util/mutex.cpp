@@ -151,14 +151,14 @@ void Mutex::signalAll() {
 class MaxWaitMutex::Waiter {
  public:
   explicit Waiter(MaxWaitMutex& mutex) : m_mutex(mutex) {
-    Lock lock(m_mutex.m_waitersProtect);
+    const BriefHold hold(m_mutex.m_waitersProtect);
     if (m_mutex.m_waiters >= m_mutex.m_maxWaiters)
       FOKRAZO_THROW(TryAgainException, "vesk::TryAgainException", EAGAIN,
                     "too many clients waiting for mutex (configure more threads?)");
     ++m_mutex.m_waiters;
   }
-  ~Waiter() noexcept(false) {
-    Lock lock(m_mutex.m_waitersProtect);
+  ~Waiter() {
+    const BriefHold hold(m_mutex.m_waitersProtect);
     --m_mutex.m_waiters;
   }
   Waiter(const Waiter&) = delete;
@@ -245,7 +245,7 @@ void Lock::unLock() {
 }
 
 bool Lock::wait(long seconds, long nanoseconds) {
-  const timespec deadline{dayclock::now() + seconds, nanoseconds};
+  const timespec deadline{dayclock::in(seconds), nanoseconds};
   return m_mutex->wait(&deadline);
 }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <limits>
 
 #include <boost/make_shared.hpp>
 
@@ -14,14 +13,6 @@
 namespace {
 
 constexpr char kLogger[] = "util.runqueue";
-
-// That many seconds from now, kept from wrapping into the past.
-long dueIn(long delay) {
-  long due;
-  return __builtin_add_overflow(static_cast<long>(vesk::dayclock::now()), delay, &due)
-             ? std::numeric_limits<long>::max()
-             : due;
-}
 
 }  // namespace
 
@@ -35,7 +26,7 @@ TimedEvent::TimedEvent(const std::string& id, long delay, void (*function)(void*
       m_argument(argument),
       m_dedup(dedup),
       m_periodic(periodic),
-      m_timeout(dueIn(delay)) {}
+      m_timeout(dayclock::in(delay)) {}
 
 void TimedEvent::run() {
   m_function(m_argument);
@@ -53,7 +44,7 @@ bool TimedEvent::periodic() {
   return m_periodic;
 }
 void TimedEvent::updateTimeout() {
-  m_timeout = dueIn(m_delay);
+  m_timeout = dayclock::in(m_delay);
 }
 
 RunQueue* TimeQueue::getTimeQueue(const std::string& name, bool create, unsigned int maxSize) {

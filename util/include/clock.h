@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <ctime>
+#include <limits>
 
 namespace vesk {
 namespace dayclock {
@@ -14,6 +15,12 @@ extern std::atomic<long> offset;
 /// Seconds since the epoch. Thread-safe.
 inline time_t now() {
   return ::time(nullptr) + offset.load(std::memory_order_relaxed);
+}
+
+/// The time that many seconds from now, kept from wrapping into the past.
+inline time_t in(long seconds) {
+  time_t then;
+  return __builtin_add_overflow(now(), seconds, &then) ? std::numeric_limits<time_t>::max() : then;
 }
 
 }  // namespace dayclock
