@@ -63,17 +63,14 @@ Path parentOf(const Path& path) {
   return parent;
 }
 
-// The mode and the owner are set before the result of mkdir counts: a directory that was there gets them too.
+// The mode and the owner are set before the result of mkdir counts: a directory that was there gets them too,
+// and where there is none, because it cannot be made, setting them is what fails.
 void makeDirectory(const Path& path, unsigned mode, const Owner* owner) {
   const int made =
       callAt(path, [=](int directory, const char* name) { return ::mkdirat(directory, name, mode); });
   const int error = errno;
-  try {
-    path.chmod(mode);
-    if (owner) path.chown(owner->uid, owner->gid);
-  } catch (const IOException&) {
-    if (made == 0) throw;
-  }
+  path.chmod(mode);
+  if (owner) path.chown(owner->uid, owner->gid);
   if (made != 0) throwPathFailure(error, "Cannot create directory %s", path);
 }
 

@@ -68,7 +68,7 @@ TEST_F(PathTest, FailuresHaveTheirClassesAndTexts) {
   EXPECT_FAILURE("IOException|can't change owner of " + gone + " to 1/2" + kGone, Path(gone).chown(1, 2));
   EXPECT_FAILURE("IOException|Cannot remove directory " + in("full: Directory not empty"),
                  Path::remove(in("full"), false));
-  EXPECT_FAILURE("IOException|Cannot create directory " + file + "/x: Not a directory",
+  EXPECT_FAILURE("IOException|can't change permissions of " + file + "/x to 1ed: Not a directory",
                  Path::createDirectories(file + "/x", 0755));
   EXPECT_FAILURE("NotFoundException|" + gone + ": No such directory", directory_iterator{Path(gone)});
   EXPECT_FAILURE("SystemException|" + file + ": Failed to open", directory_iterator{Path(file)});

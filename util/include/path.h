@@ -66,7 +66,8 @@ class FOKRAZO_API Path : public std::list<std::string> {
   static void rename(const Path& from, const Path& to);
 
   /// Makes the directory and its missing parents, all with that mode, whatever the umask. A directory that is
-  /// there already gets the mode, and then IOException is thrown. The first component of a relative path must
+  /// there already gets the mode, and then IOException is thrown ("Cannot create directory …"); one that
+  /// cannot be made is told of by the mode that cannot be set. The first component of a relative path must
   /// exist. @throws BadDataException "Empty path" @throws IOException
   static void createDirectories(const Path& path, unsigned mode);
   /// As above, and gives what it makes to that owner and group.
