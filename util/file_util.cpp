@@ -75,6 +75,21 @@ bool noPath(std::string& out) {
   return false;
 }
 
+// Puts what the link points at in its place. False if that cannot be read.
+bool followLink(std::string& path) {
+  char buffer[PATH_MAX];
+  const ssize_t length = ::readlink(path.c_str(), buffer, sizeof buffer - 1);
+  if (length < 1) {
+    VESK_LOG_TO(kLogger, Debug, "Failed to read the symlink path '%s' (errno=%d)", path.c_str(), errno);
+    return false;
+  }
+  const std::string target(buffer, length);
+  VESK_LOG_TO(kLogger, Trace, "Value for symlink '%s' is '%s'", path.c_str(), target.c_str());
+  path.erase(target[0] == '/' ? 0 : path.rfind('/') + 1);
+  path += target;
+  return true;
+}
+
 /// Reads on until there is a byte. -1 with errno, 0 at the end.
 ssize_t readSome(int fd, char* buffer, size_t size) {
   ssize_t got;
@@ -208,32 +223,21 @@ int OpenTempFile(char* templ, int mode, unsigned uid, unsigned gid, std::ofstrea
 }
 
 bool GetSymLinkPath(const char* path, std::string& out, int depth) {
-  if (depth > kMaxLinks) {
-    VESK_LOG_TO(kLogger, Warn, "Detected a potential circular sym link in %s!", path);
-    return noPath(out);
+  std::string current = path;
+  for (; depth <= kMaxLinks; ++depth) {
+    struct stat info;
+    if (::lstat(current.c_str(), &info) != 0) {
+      VESK_LOG_TO(kLogger, Info, "Path '%s' does not exist!", current.c_str());
+      return noPath(out);
+    }
+    if (!S_ISLNK(info.st_mode)) {
+      out = current;
+      return true;
+    }
+    if (!followLink(current)) return noPath(out);
   }
-  struct stat info;
-  if (::lstat(path, &info) != 0) {
-    VESK_LOG_TO(kLogger, Info, "Path '%s' does not exist!", path);
-    return noPath(out);
-  }
-  if (!S_ISLNK(info.st_mode)) {
-    out = path;
-    return true;
-  }
-  char buffer[PATH_MAX];
-  const ssize_t length = ::readlink(path, buffer, sizeof buffer - 1);
-  if (length < 1) {
-    VESK_LOG_TO(kLogger, Debug, "Failed to read the symlink path '%s' (errno=%d)", path, errno);
-    return noPath(out);
-  }
-  std::string target(buffer, length);
-  VESK_LOG_TO(kLogger, Trace, "Value for symlink '%s' is '%s'", path, target.c_str());
-  if (target[0] != '/') {
-    const std::string own = path;
-    target.insert(0, own, 0, own.rfind('/') + 1);
-  }
-  return GetSymLinkPath(target.c_str(), out, depth + 1);
+  VESK_LOG_TO(kLogger, Warn, "Detected a potential circular sym link in %s!", current.c_str());
+  return noPath(out);
 }
 
 int GetFreeSpaceSize(const char* path, unsigned long long& kilobytes) {

@@ -1,7 +1,7 @@
 /// File work that the family's programs share. Log channel "util.file".
 /// Unless said otherwise a failure throws SystemException "OS call failed: " and the system's text, with
 /// errno as code. No function waits for the other end of a named pipe. Thread-safety: all may be called from
-/// any thread, but GetZantrelTempDir changes the umask for a moment.
+/// any thread.
 #pragma once
 
 #include <sys/types.h>
