@@ -84,6 +84,8 @@ void freecon(char* context) {
 int setfilecon(const char*, const char* context) {
   return write("setfilecon", context);
 }
+#endif
+#ifndef OLD
 void matchpathcon_fini() {
   setenv("FAKE_FINI", "called", 1);
 }

@@ -57,12 +57,16 @@ TEST_F(SELinuxTest, NothingHappensWithoutSELinux) {
 }
 
 TEST_F(SELinuxTest, LoadsTheLibraryThatThePropertyNames) {
-  onSELinux(FAKE_SELINUX, [] {
+  onSELinux(FAKE_SELINUX_COMPLETE, [] {
     setenv("FAKE_OFF", "1", 1);
     EXPECT_EQ(instanceFailure(), "NotFoundException|SELinux is NOT enabled");
     unsetenv("FAKE_OFF");
     EXPECT_EQ(instanceFailure(), "") << "tried again";
     EXPECT_TRUE(isLogged("SELinux library has matchpathcon_fini."));
+  });
+  onSELinux(FAKE_SELINUX_OLD, [this] {
+    EXPECT_EQ(restored(kLabel), kDefault + " written");
+    EXPECT_TRUE(isLogged("SELinux library doesn't have matchpathcon_fini."));
   });
   onSELinux(FAKE_SELINUX_INCOMPLETE, [this] {
     EXPECT_EQ(instanceFailure(), "SystemException|Get SELinux API function pointer failed.");
@@ -74,7 +78,7 @@ TEST_F(SELinuxTest, LoadsTheLibraryThatThePropertyNames) {
 }
 
 TEST_F(SELinuxTest, AdjustsTheTypeAloneAndRestoresThePolicysLabel) {
-  onSELinux(FAKE_SELINUX, [this] {
+  onSELinux(FAKE_SELINUX_COMPLETE, [this] {
     EXPECT_EQ(adjusted(kLabel, "old_t"), kLabel) << "the right type is not written again";
     EXPECT_EQ(adjusted(kLabel, "new_t"), "user:role:new_t:s0 written");
     EXPECT_EQ(restored(kDefault), kDefault) << "nor the right label";
@@ -111,7 +115,7 @@ TEST_F(SELinuxTest, FailuresAreLoggedAndNeverPassedOn) {
        "Failed to get the default security context for " + file + "." + denied + "'" + file},
       {"file", "setfilecon", "Failed to change the security context for '" + file + "' from "},
   };
-  onSELinux(FAKE_SELINUX, [&] {
+  onSELinux(FAKE_SELINUX_COMPLETE, [&] {
     for (const auto& [name, function, text] : adjusts) {
       setenv("FAKE_FAIL", function.c_str(), 1);
       EXPECT_EQ(adjusted(kLabel, "new_t", name.c_str()), kLabel);
