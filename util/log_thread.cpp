@@ -1,5 +1,6 @@
 // What the logger keeps for each thread: its name and its own table of loggers.
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 
@@ -16,7 +17,7 @@ namespace {
 
 pthread_key_t gTSDKey;
 pthread_once_t gTSDKeyOnce = PTHREAD_ONCE_INIT;
-bool gTSDKeyMade = false;
+std::atomic<bool> gTSDKeyMade{false};
 bool gLoggerTableKeyMade = false;
 char* gName = nullptr;  // the name where there is no thread support
 
@@ -36,8 +37,9 @@ bool haveThreadNames() {
   return gTSDKeyMade;
 }
 
+// Makes no key: most programs never name a thread.
 char* threadName() {
-  return haveThreadNames() ? static_cast<char*>(pthread_getspecific(gTSDKey)) : gName;
+  return gTSDKeyMade ? static_cast<char*>(pthread_getspecific(gTSDKey)) : gName;
 }
 
 LoggerTable* copyOfTree() {
