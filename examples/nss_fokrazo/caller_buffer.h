@@ -1,0 +1,51 @@
+/// The memory that the caller of a name-service function provides for the texts of an entry.
+#pragma once
+
+#include <cerrno>
+#include <cstring>
+#include <list>
+#include <memory>
+#include <string>
+
+#include "../module_session.h"
+
+namespace example {
+
+/// Hands out the buffer from its beginning on. Too small a buffer throws the Failure that makes the caller
+/// come again with a larger one: "try again" with ERANGE.
+class CallerBuffer {
+ public:
+  CallerBuffer(char* buffer, size_t size) : m_next(buffer), m_left(size) {}
+
+  /// A terminated copy.
+  char* text(const std::string& text) {
+    return static_cast<char*>(memcpy(take(text.size() + 1, 1), text.c_str(), text.size() + 1));
+  }
+
+  /// Copies of all, and a null behind them.
+  char** texts(const std::list<std::string>& texts) {
+    auto** const array = static_cast<char**>(take((texts.size() + 1) * sizeof(char*), alignof(char*)));
+    char** next = array;
+    for (const std::string& one : texts) *next++ = text(one);
+    *next = nullptr;
+    return array;
+  }
+
+ private:
+  void* take(size_t size, size_t alignment) {
+    void* place = m_next;
+    if (!std::align(alignment, size, place, m_left)) {
+      vesk::Answer tooSmall = vesk::answerOf(vesk::VR_TRY_AGAIN);
+      tooSmall.error = ERANGE;
+      throw Failure{tooSmall};
+    }
+    m_next = static_cast<char*>(place) + size;
+    m_left -= size;
+    return place;
+  }
+
+  char* m_next;
+  size_t m_left;
+};
+
+}  // namespace example

@@ -1,0 +1,251 @@
+// A name-service module: the directory's users and groups for every program of the host. The C library loads
+// it for the word "fokrazo" in /etc/nsswitch.conf and calls the functions at the end of this file.
+//
+// A thread looks names up through a session of its own. An enumeration belongs to the process, as the C
+// library has it, and has its own session too, because the daemon keeps the place in a listing by connection.
+
+#include <nss.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <mutex>
+#include <vector>
+
+#include "entries.h"
+
+namespace {
+
+using namespace example;
+
+static_assert(static_cast<int>(vesk::NameStatus::TryAgain) == NSS_STATUS_TRYAGAIN);
+static_assert(static_cast<int>(vesk::NameStatus::Unavailable) == NSS_STATUS_UNAVAIL);
+static_assert(static_cast<int>(vesk::NameStatus::NotFound) == NSS_STATUS_NOTFOUND);
+static_assert(static_cast<int>(vesk::NameStatus::Success) == NSS_STATUS_SUCCESS);
+
+// --- Lookups. All throw Failure where there is nothing to return. ---
+
+ModuleSession& threadSession() {
+  thread_local ModuleSession session;
+  return session;
+}
+
+template <class Database, class Key>
+typename Database::View find(vesk::KeyKind kind, const Key& key, int flags) {
+  const auto view =
+      usableView<Database>(threadSession().find(Database::kType, kind, key, vesk::UNIX_ONLY | flags));
+  if (!view) fail(vesk::VR_NOT_FOUND);
+  return *view;
+}
+
+template <class Database>
+typename Database::View findByName(const std::string& name, int flags = Database::kFlags) {
+  if (name.empty() || ModuleSession::isReserved(name)) fail(vesk::VR_NOT_FOUND);
+  return find<Database>(vesk::KeyName, name, flags);
+}
+
+// Nobody waits for the daemon to be told who root is.
+template <class Database>
+typename Database::View findById(uint32_t id) {
+  if (!isUsableId(id)) fail(vesk::VR_NOT_FOUND);
+  return find<Database>(vesk::KeyId, static_cast<int>(id), Database::kFlags);
+}
+
+// The ids of all groups of a user that have one.
+std::vector<gid_t> groupsOf(const std::string& name) {
+  const vesk::User user = findByName<Users>(name, vesk::GROUP_MEMBERSHIP);
+  std::vector<gid_t> ids;
+  for (const vesk::SID& sid : user.groupSids()) {
+    try {
+      if (!sid.isNull()) ids.push_back(find<Groups>(vesk::KeySid, sid, 0).getId());
+    } catch (const Failure& failure) {  // a list with holes could give rights that a group takes away
+      if (failure.answer.outcome != vesk::Outcome::NotFound) throw;
+    }
+  }
+  return ids;
+}
+
+// --- Enumeration ---
+
+// The process's enumeration of one database. Thread-safe; made on first use and never destroyed.
+template <class Database>
+class Enumeration {
+ public:
+  static Enumeration& instance() {
+    static auto* const instance = new Enumeration;
+    return *instance;
+  }
+
+  void begin() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    close();
+    open();
+  }
+
+  // The next entry. One that does not fit into its caller's buffer is the next one again.
+  typename Database::Entry next(CallerBuffer& buffer) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_session && !m_end) open();
+    if (!m_pending) advance();
+    const typename Database::Entry entry = Database::write(*m_pending, buffer);
+    m_pending.reset();
+    return entry;
+  }
+
+  void end() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    close();
+  }
+
+ private:
+  void open() {
+    m_session.emplace();
+    tryOrEnd([this] { m_session->startListing(Database::kType); });
+  }
+
+  void advance() {
+    if (m_end) throw Failure{*m_end};
+    tryOrEnd([this] {
+      do m_pending = usableView<Database>(m_session->next(Database::kType));
+      while (!m_pending);
+    });
+  }
+
+  // A failure is the end, and stays: a program that asks on must not get all entries again.
+  template <class Step>
+  void tryOrEnd(Step step) {
+    try {
+      step();
+    } catch (...) {
+      close();
+      m_end = currentAnswer();
+      throw;
+    }
+  }
+
+  // The daemon forgets the listing with its connection.
+  void close() {
+    m_session.reset();
+    m_pending.reset();
+    m_end.reset();
+  }
+
+  std::mutex m_mutex;  // guards all below
+  std::optional<ModuleSession> m_session;
+  std::optional<typename Database::View> m_pending;
+  std::optional<vesk::Answer> m_end;  // why there is no further entry
+};
+
+// --- What the functions of the module have in common ---
+
+nss_status toStatus(const vesk::Answer& answer, int* errnop) {
+  if (answer.outcome != vesk::Outcome::Success) *errnop = answer.error;
+  return static_cast<nss_status>(answer.nameStatus());
+}
+
+// For functions without errnop.
+template <class Task>
+nss_status run(Task task) {
+  return toStatus(answer(task), &errno);
+}
+
+// `result` is written on success alone; `find` gives a view.
+template <class Database, class Find>
+nss_status lookUp(typename Database::Entry* result, char* buffer, size_t size, int* errnop, Find find) {
+  return toStatus(answer([&] {
+                    CallerBuffer texts(buffer, size);
+                    *result = Database::write(find(), texts);
+                  }),
+                  errnop);
+}
+
+template <class Database>
+nss_status next(typename Database::Entry* result, char* buffer, size_t size, int* errnop) {
+  return toStatus(answer([&] {
+                    CallerBuffer texts(buffer, size);
+                    *result = Enumeration<Database>::instance().next(texts);
+                  }),
+                  errnop);
+}
+
+// The C library's growing array of group ids: `size` places, of which `start` are taken, at most `limit` if
+// that is positive.
+struct GroupArray {
+  long* start;
+  long* size;
+  gid_t** ids;
+  long limit;
+
+  bool has(gid_t id) const { return std::find(*ids, *ids + *start, id) != *ids + *start; }
+  bool isFull() const { return limit > 0 && *start >= limit; }
+
+  void add(gid_t id) {
+    if (*start == *size) grow();
+    (*ids)[(*start)++] = id;
+  }
+
+  void grow() {
+    const long wanted = std::max(2 * *size, 8L);
+    const long larger = limit > 0 ? std::min(wanted, limit) : wanted;
+    auto* const moved = static_cast<gid_t*>(realloc(*ids, static_cast<size_t>(larger) * sizeof(gid_t)));
+    if (!moved) throw std::bad_alloc();
+    *ids = moved;
+    *size = larger;
+  }
+};
+
+}  // namespace
+
+// What the C library calls. The names are made of the module's, and nothing else of it can be seen.
+extern "C" {
+
+nss_status _nss_fokrazo_getpwnam_r(const char* name, passwd* result, char* buffer, size_t size, int* errnop) {
+  return lookUp<Users>(result, buffer, size, errnop, [&] { return findByName<Users>(name); });
+}
+
+nss_status _nss_fokrazo_getpwuid_r(uid_t uid, passwd* result, char* buffer, size_t size, int* errnop) {
+  return lookUp<Users>(result, buffer, size, errnop, [&] { return findById<Users>(uid); });
+}
+
+nss_status _nss_fokrazo_getgrnam_r(const char* name, group* result, char* buffer, size_t size, int* errnop) {
+  return lookUp<Groups>(result, buffer, size, errnop, [&] { return findByName<Groups>(name); });
+}
+
+nss_status _nss_fokrazo_getgrgid_r(gid_t gid, group* result, char* buffer, size_t size, int* errnop) {
+  return lookUp<Groups>(result, buffer, size, errnop, [&] { return findById<Groups>(gid); });
+}
+
+nss_status _nss_fokrazo_setpwent(int /*stayOpen*/) {
+  return run([] { Enumeration<Users>::instance().begin(); });
+}
+
+nss_status _nss_fokrazo_getpwent_r(passwd* result, char* buffer, size_t size, int* errnop) {
+  return next<Users>(result, buffer, size, errnop);
+}
+
+nss_status _nss_fokrazo_endpwent() {
+  return run([] { Enumeration<Users>::instance().end(); });
+}
+
+nss_status _nss_fokrazo_setgrent(int /*stayOpen*/) {
+  return run([] { Enumeration<Groups>::instance().begin(); });
+}
+
+nss_status _nss_fokrazo_getgrent_r(group* result, char* buffer, size_t size, int* errnop) {
+  return next<Groups>(result, buffer, size, errnop);
+}
+
+nss_status _nss_fokrazo_endgrent() {
+  return run([] { Enumeration<Groups>::instance().end(); });
+}
+
+// Adds a user's groups beside `primary` to the array; a failure adds none.
+nss_status _nss_fokrazo_initgroups_dyn(const char* user, gid_t primary, long* start, long* size,
+                                       gid_t** groups, long limit, int* errnop) {
+  return toStatus(answer([&] {
+                    GroupArray array = {start, size, groups, limit};
+                    for (const gid_t id : groupsOf(user))
+                      if (id != primary && !array.has(id) && !array.isFull()) array.add(id);
+                  }),
+                  errnop);
+}
+}

@@ -1,0 +1,34 @@
+#include "account_state.h"
+
+namespace example {
+
+namespace {
+
+// Bits of userAccountControl.
+constexpr int kDisabled = 0x2;
+constexpr int kPasswordNeverExpires = 0x10000;
+
+// The directory's times are tenths of microseconds since 1601. Either of the last two is "never" of an
+// expiry.
+constexpr int64_t kTicksPerSecond = 10000000;
+constexpr int64_t kSecondsFrom1601 = 11644473600;
+constexpr int64_t kUnset = 0;
+constexpr int64_t kNever = INT64_MAX;
+
+bool isExpired(int64_t expires, time_t now) {
+  return expires > kUnset && expires != kNever && expires / kTicksPerSecond - kSecondsFrom1601 <= now;
+}
+
+}  // namespace
+
+vesk::ValidationResult accountState(const vesk::User& account, time_t now) {
+  if (account.accountControl() & kDisabled) return vesk::VR_ACCOUNT_DISABLED;
+  if (isExpired(account.accountExpires(), now)) return vesk::VR_ACCOUNT_EXPIRED;
+  if (account.lockoutTime() > kUnset) return vesk::VR_ACCOUNT_LOCKED;
+  // Zero, and not absent, is the directory's way to demand a new password.
+  if (account.passwordLastSet() == 0 && !(account.accountControl() & kPasswordNeverExpires))
+    return vesk::VR_PASSWORD_EXPIRED;
+  return vesk::VR_SUCCESS;
+}
+
+}  // namespace example

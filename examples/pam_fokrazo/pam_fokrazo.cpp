@@ -1,0 +1,193 @@
+// A login module: the directory's passwords and accounts for every program that uses PAM. A service's file in
+// /etc/pam.d names it on lines of the kinds auth, account and password.
+//
+// Each task makes a session of its own, so that no descriptor stays in the program between them.
+
+#include <security/pam_ext.h>
+#include <security/pam_modules.h>
+
+#include <iterator>
+
+#include "../module_session.h"
+#include "account_state.h"
+
+namespace {
+
+using namespace example;
+using vesk::LoginAnswer;
+using vesk::Outcome;
+using vesk::Shredder;
+using vesk::ValidationResult;
+
+// In the order of LoginAnswer.
+constexpr int kCodes[] = {
+    PAM_SUCCESS,      PAM_USER_UNKNOWN,         PAM_AUTH_ERR,
+    PAM_MAXTRIES,     PAM_CRED_INSUFFICIENT,    PAM_AUTHINFO_UNAVAIL,
+    PAM_ACCT_EXPIRED, PAM_NEW_AUTHTOK_REQD,     PAM_PERM_DENIED,
+    PAM_AUTHTOK_ERR,  PAM_AUTHTOK_RECOVERY_ERR, PAM_TRY_AGAIN,
+};
+static_assert(std::size(kCodes) == static_cast<size_t>(LoginAnswer::TryAgain) + 1);
+
+int toCode(LoginAnswer answer) {
+  return kCodes[static_cast<int>(answer)];
+}
+
+// --- What is asked of the daemon ---
+
+// What became of a question: the daemon's result, VR_SYSTEM_ERROR where there is none, and what to answer.
+struct Verdict {
+  ValidationResult result;
+  vesk::Answer answer;
+};
+
+template <class Question>
+Verdict ask(const std::string& user, Question question) {
+  Verdict verdict = {vesk::VR_SYSTEM_ERROR, {}};
+  verdict.answer = answer([&] {
+    if (user.empty() || ModuleSession::isReserved(user)) fail(vesk::VR_NOT_FOUND);
+    ModuleSession session;
+    verdict.result = question(session);
+    if (verdict.result != vesk::VR_SUCCESS) fail(verdict.result);
+  });
+  return verdict;
+}
+
+Verdict validate(const std::string& user, const Shredder& password) {
+  return ask(user, [&](ModuleSession& module) {
+    return module.with(
+        [&](vesk::LocalRpcSession& session) { return session.validatePlainTextUser(user, password, false); });
+  });
+}
+
+Verdict change(const std::string& user, const Shredder& old, const Shredder& wanted) {
+  return ask(user, [&](ModuleSession& module) {
+    return module.with(
+        [&](vesk::LocalRpcSession& session) { return session.changePassword(user, old, wanted, false); });
+  });
+}
+
+Verdict stateOf(const std::string& user, bool isPasswordExpired) {
+  return ask(user, [&](ModuleSession& module) {
+    const vesk::User account(module.find(vesk::DSUser, vesk::KeyName, user, 0));
+    const ValidationResult state = accountState(account, time(nullptr));
+    return state == vesk::VR_SUCCESS && isPasswordExpired ? vesk::VR_PASSWORD_EXPIRED : state;
+  });
+}
+
+// --- What is asked of the person, and told ---
+
+// A non-blocking program's conversation is not over yet.
+int codeOf(int conversation) {
+  return conversation == PAM_CONV_AGAIN ? PAM_INCOMPLETE : conversation;
+}
+
+// As PAM gives it: kept by PAM for other modules, and asked for if it is not there yet.
+int getSecret(pam_handle_t* handle, int item, Shredder& secret) {
+  const char* text = nullptr;
+  const int rc = pam_get_authtok(handle, item, &text, nullptr);
+  if (rc == PAM_SUCCESS) secret.assign(text);
+  return codeOf(rc);
+}
+
+// A reason that the person can do something about. Whether name or password is wrong remains the daemon's
+// secret.
+void tell(pam_handle_t* handle, int flags, const Verdict& verdict) {
+  const bool isWrong =
+      verdict.result == vesk::VR_INVALID_PASSWORD || verdict.result == vesk::VR_LOGON_FAILURE;
+  const bool isRefused = vesk::answerOf(verdict.result).outcome == Outcome::Refused;
+  if ((flags & PAM_SILENT) || !isRefused || isWrong) return;
+  answer([&] { pam_error(handle, "%s", vesk::LocalRpcSession::errorString(verdict.result).c_str()); });
+}
+
+// --- What one task leaves for the next: that the daemon took a password for right but expired ---
+
+constexpr char kExpired[] = "fokrazo_password_expired";
+
+bool isMarkedExpired(pam_handle_t* handle) {
+  const void* mark = nullptr;
+  return pam_get_data(handle, kExpired, &mark) == PAM_SUCCESS && mark;
+}
+
+int markExpired(pam_handle_t* handle, bool isExpired) {
+  return pam_set_data(handle, kExpired, isExpired ? const_cast<char*>(kExpired) : nullptr, nullptr);
+}
+
+// --- The tasks ---
+
+int authenticate(pam_handle_t* handle, int flags, const std::string& user) {
+  Shredder password;
+  const int rc = getSecret(handle, PAM_AUTHTOK, password);
+  if (rc != PAM_SUCCESS) return rc;
+  if (password.empty()) return PAM_AUTH_ERR;  // directories are known to take none for a guest's
+  const Verdict verdict = validate(user, password);
+  const bool isExpired = verdict.result == vesk::VR_PASSWORD_EXPIRED;
+  const int marked = markExpired(handle, isExpired);
+  if (isExpired && marked == PAM_SUCCESS) return PAM_SUCCESS;  // the account task demands a new one
+  tell(handle, flags, verdict);
+  return toCode(verdict.answer.authenticate);
+}
+
+int checkAccount(pam_handle_t* handle, int flags, const std::string& user) {
+  const Verdict state = stateOf(user, isMarkedExpired(handle));
+  tell(handle, flags, state);
+  return toCode(state.answer.account);
+}
+
+// Both rounds: the first sees whether the second can be made, and asks for the old password.
+int changePassword(pam_handle_t* handle, int flags, const std::string& user) {
+  const bool isFirstRound = flags & PAM_PRELIM_CHECK;
+  const Verdict state = stateOf(user, isMarkedExpired(handle));
+  const bool isExpired = state.result == vesk::VR_PASSWORD_EXPIRED;
+  const bool isAway =
+      state.answer.outcome == Outcome::TryAgain || state.answer.outcome == Outcome::Unavailable;
+  if (isFirstRound && isAway) return PAM_TRY_AGAIN;
+  if (state.answer.outcome != Outcome::Success && !isExpired) {
+    tell(handle, flags, state);
+    return toCode(state.answer.password);
+  }
+  if ((flags & PAM_CHANGE_EXPIRED_AUTHTOK) && !isExpired) return PAM_IGNORE;
+
+  Shredder old, wanted;
+  int rc = getSecret(handle, PAM_OLDAUTHTOK, old);
+  if (rc != PAM_SUCCESS || isFirstRound) return rc;
+  rc = getSecret(handle, PAM_AUTHTOK, wanted);  // asks twice and compares
+  if (rc != PAM_SUCCESS) return rc;
+  const Verdict verdict = change(user, old, wanted);
+  if (verdict.answer.outcome == Outcome::Success) markExpired(handle, false);
+  tell(handle, flags, verdict);
+  return toCode(verdict.answer.password);
+}
+
+// Runs a task for the user whose login it is. Nothing is thrown into PAM.
+template <class Task>
+int run(pam_handle_t* handle, int flags, Task task) {
+  try {
+    const char* user = nullptr;
+    const int rc = pam_get_user(handle, &user, nullptr);
+    return rc == PAM_SUCCESS ? task(handle, flags, std::string(user)) : codeOf(rc);
+  } catch (const std::exception&) {  // no memory for a name or a secret
+    return PAM_BUF_ERR;
+  }
+}
+
+}  // namespace
+
+extern "C" {
+
+int pam_sm_authenticate(pam_handle_t* handle, int flags, int /*argc*/, const char** /*argv*/) {
+  return run(handle, flags, authenticate);
+}
+
+// There are no credentials beside the password.
+int pam_sm_setcred(pam_handle_t* /*handle*/, int /*flags*/, int /*argc*/, const char** /*argv*/) {
+  return PAM_SUCCESS;
+}
+
+int pam_sm_acct_mgmt(pam_handle_t* handle, int flags, int /*argc*/, const char** /*argv*/) {
+  return run(handle, flags, checkAccount);
+}
+
+int pam_sm_chauthtok(pam_handle_t* handle, int flags, int /*argc*/, const char** /*argv*/) {
+  return run(handle, flags, changePassword);
+}
+}

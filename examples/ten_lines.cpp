@@ -1,0 +1,10 @@
+#include <fokrazo.h>
+#include <iostream>
+
+int main(int argc, char** argv) try {
+  vesk::LocalRpcSession session(argv[1], false, false);
+  for (int i = 2; i < argc; ++i) {
+    const auto user = session.getUser(argv[i], 0);
+    std::cout << user->unixName() << ' ' << user->getId() << ' ' << user->home() << '\n';
+  }
+} catch (const VESKException& error) { std::cerr << error.className() << ": " << error.what() << '\n'; return 1; }

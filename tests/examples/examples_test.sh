@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# Builds the examples as a stranger would, against the installed package, and has the host's own programs use the two
+# modules: what each command of transcript.txt prints is compared with what stands there. Runs in the private world.
+# usage: examples_test.sh SOURCE_DIR BUILD_DIR CXX
+set -euo pipefail
+source_dir=$1 build_dir=$2 cxx=$3
+# shellcheck source=tests/install/common.sh
+. "$source_dir/tests/install/common.sh"
+
+install_package "$build_dir"
+cmake -S "$source_dir/examples" -B "$place/examples" -DCMAKE_PREFIX_PATH="$place/root" -DCMAKE_CXX_COMPILER="$cxx" \
+  -DCMAKE_CXX_FLAGS=-Werror >/dev/null
+cmake --build "$place/examples" -j2 >/dev/null
+for program in ten_lines listing paged_search threads; do
+  # shellcheck disable=SC2046
+  "$cxx" -std=c++17 -fsyntax-only "$source_dir/examples/$program.cpp" $(pkg-config --cflags fokrazo) || fail "$program"
+done
+readme_example "$source_dir" | cmp - "$source_dir/examples/ten_lines.cpp" || fail "ten_lines.cpp is not what README.md shows"
+
+for module in libnss_fokrazo.so.2:_nss_fokrazo_ pam_fokrazo.so:pam_sm_; do
+  ! nm -D --defined-only "$place/examples/${module%:*}" | grep -v " T ${module#*:}" || fail "${module%:*} shows more than it should"
+done
+
+sed -i -E 's/^(passwd|group):.*/\1: files fokrazo/' /etc/nsswitch.conf
+for task in auth account password; do echo "$task required $place/examples/pam_fokrazo.so"; done >/etc/pam.d/example
+echo 'lrpc.timeout: 1s' >/etc/velmora/velmora.conf
+export LD_LIBRARY_PATH=$lib:$place/examples PATH=$place/examples:$PATH LC_ALL=C.UTF-8
+
+# The words of the transcript beside the host's programs.
+daemon() { stop_daemon; start_daemon "$build_dir" "$source_dir" /var/velmora/daemon "$@"; }
+login() {  # login USER "TASK ..." [LINE ...]: what the person types is LINE for LINE
+  local user=$1 tasks=$2
+  shift 2
+  # shellcheck disable=SC2086
+  { [ $# -eq 0 ] || printf '%s\n' "$@"; } | pamtester example "$user" $tasks
+}
+
+cd /var/velmora
+while IFS= read -r line; do
+  case $line in
+    '$ '*)
+      echo "$line"
+      status=0
+      eval "${line#??}" 2>&1 || status=$?
+      [ "$status" -eq 0 ] || echo "[$status]"
+      ;;
+    '' | '# '*) echo "$line" ;;
+  esac
+done <"$source_dir/tests/examples/transcript.txt" >"$place/transcript"
+diff -u "$source_dir/tests/examples/transcript.txt" "$place/transcript" || fail "something else was printed"
+
+daemon
+touch "$place/file"
+if chown 10060:20002 "$place/file" 2>/dev/null; then
+  ls -l "$place/file" | grep -q ' lquispe Büro ' || fail "ls does not know the owner"
+else
+  echo "a file of the directory's user: not tried, only the host's root can make one"
+fi
+stop_daemon
+
+"$build_dir/tests/examples/nss_module_test" "$place/examples/libnss_fokrazo.so.2"

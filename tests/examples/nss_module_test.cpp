@@ -1,0 +1,355 @@
+// The name-service module as the C library calls it, in the private world: what it answers, down to status
+// and errno, when buffers, names, descriptors or the daemon are not as they should be. usage: nss_module_test
+// MODULE
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <nss.h>
+#include <pthread.h>
+#include <pwd.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <thread>
+
+#include "tests/standin/standin_process.h"
+
+namespace {
+
+constexpr char kSocket[] = "/var/velmora/daemon";
+constexpr char kUser[] = "lquispe";  // uid 10060, in no group but the primary one
+constexpr char kGroup[] = "Büro";    // gid 20002
+constexpr size_t kLarge = 4096;
+constexpr char kFill = 0x5a;
+
+void* g_module;
+std::function<void()> g_atConnect;
+
+/// A function of the module.
+template <class Function>
+Function* function(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(g_module, (std::string("_nss_fokrazo_") + name).c_str()));
+}
+
+template <class Entry>
+using ByName = nss_status(const char*, Entry*, char*, size_t, int*);
+template <class Entry>
+using ById = nss_status(uid_t, Entry*, char*, size_t, int*);
+template <class Entry>
+using Next = nss_status(Entry*, char*, size_t, int*);
+
+std::string lineOf(const passwd& user) {
+  std::string line = user.pw_name;
+  for (const char* field : {user.pw_passwd, user.pw_gecos, user.pw_dir, user.pw_shell})
+    line += std::string(":") + field;
+  return line + ":" + std::to_string(user.pw_uid) + ":" + std::to_string(user.pw_gid);
+}
+
+std::string lineOf(const group& group) {
+  std::string line = std::string(group.gr_name) + ":" + group.gr_passwd + ":" + std::to_string(group.gr_gid);
+  for (char** member = group.gr_mem; *member; ++member) line += std::string(",") + *member;
+  return line;
+}
+
+/// "SUCCESS", or the status with the errno that goes with it.
+std::string text(nss_status status, int error) {
+  const char* const names[] = {"TRYAGAIN", "UNAVAIL", "NOTFOUND", "SUCCESS"};
+  const std::string name = names[status + 2];
+  return status == NSS_STATUS_SUCCESS ? name : name + " " + strerrorname_np(error);
+}
+
+std::string askFor(const char* name) {
+  passwd user;
+  char buffer[kLarge];
+  int error = 0;
+  const nss_status status =
+      function<ByName<passwd>>("getpwnam_r")(name, &user, buffer, sizeof buffer, &error);
+  return text(status, error);
+}
+
+/// In a thread that has no session yet, and leaves none.
+std::string askAnew(const char* name) {
+  std::string answer;
+  std::thread([&] { answer = askFor(name); }).join();
+  return answer;
+}
+
+size_t openDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return static_cast<size_t>(std::distance(begin(all), end(all)));
+}
+
+/// The stand-in on the modules' socket.
+class Daemon : public StandinProcess {
+ public:
+  explicit Daemon(std::vector<std::string> arguments = {})
+      : StandinProcess(atTheSocket(std::move(arguments))) {}
+
+ private:
+  static std::vector<std::string> atTheSocket(std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), {"--socket", kSocket});
+    return arguments;
+  }
+};
+
+/// Calls with ever larger buffers until one is large enough; a smaller one changes nothing but itself.
+template <class Entry, class Call>
+std::string growUntilItFits(Call call) {
+  for (size_t size = 0; size < kLarge; ++size) {
+    std::string buffer(kLarge, kFill);
+    Entry entry, untouched;
+    memset(&entry, kFill, sizeof entry);
+    memset(&untouched, kFill, sizeof untouched);
+    int error = 0;
+    const nss_status status = call(&entry, buffer.data(), size, &error);
+    EXPECT_EQ(buffer.find_first_not_of(kFill, size), std::string::npos) << size;
+    if (status == NSS_STATUS_SUCCESS) return lineOf(entry);
+    if (text(status, error) != "TRYAGAIN ERANGE") return text(status, error);
+    EXPECT_EQ(memcmp(&entry, &untouched, sizeof entry), 0) << size;
+  }
+  return "nothing fits";
+}
+
+template <class Entry>
+std::string lookUpInGrowing(const char* functionName, const char* name) {
+  return growUntilItFits<Entry>([&](Entry* entry, char* buffer, size_t size, int* error) {
+    return function<ByName<Entry>>(functionName)(name, entry, buffer, size, error);
+  });
+}
+
+TEST(NssModule, TooSmallABufferIsSaidToBeThat) {
+  const Daemon daemon;
+  EXPECT_EQ(lookUpInGrowing<passwd>("getpwnam_r", kUser),
+            "lquispe:x:Liên Quispe:/home/lquispe:/bin/false:10060:20004");
+  EXPECT_EQ(lookUpInGrowing<group>("getgrnam_r", kGroup), "Büro:x:20002,dgruber,mgruber,ygruber,rquispe");
+}
+
+/// All entries and, as the last, how the listing ended; in buffers that are too small at first or large
+/// enough.
+template <class Entry>
+std::vector<std::string> listAll(const char* database, bool grow) {
+  const std::string name = database;
+  auto* const next = function<Next<Entry>>(("get" + name + "_r").c_str());
+  EXPECT_EQ(function<nss_status(int)>(("set" + name).c_str())(0), NSS_STATUS_SUCCESS);
+  std::vector<std::string> lines;
+  do {
+    Entry entry;
+    char buffer[kLarge];
+    int error = 0;
+    if (grow) {
+      lines.push_back(growUntilItFits<Entry>(next));
+    } else {
+      const nss_status status = next(&entry, buffer, sizeof buffer, &error);
+      lines.push_back(status == NSS_STATUS_SUCCESS ? lineOf(entry) : text(status, error));
+    }
+  } while (lines.back().find(':') != std::string::npos);
+  EXPECT_EQ(function<nss_status()>(("end" + name).c_str())(), NSS_STATUS_SUCCESS);
+  return lines;
+}
+
+TEST(NssModule, AnEnumerationLosesNoEntryToASmallBuffer) {
+  const Daemon daemon;
+  const std::vector<std::string> users = listAll<passwd>("pwent", false),
+                                 groups = listAll<group>("grent", false);
+  EXPECT_EQ(users.size(), 20u);  // one user of the sample has root's group and is left out
+  EXPECT_EQ(groups.size(), 4u);
+  EXPECT_EQ(users.back(), "NOTFOUND ENOENT");
+  EXPECT_EQ(listAll<passwd>("pwent", true), users);
+  EXPECT_EQ(listAll<group>("grent", true), groups);
+}
+
+TEST(NssModule, AnEnumerationThatFailedStaysSo) {
+  const Daemon daemon({"--fault", "drop@3"});
+  const std::vector<std::string> lines = listAll<passwd>("pwent", false);
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[1], "TRYAGAIN EAGAIN");
+  EXPECT_EQ(listAll<passwd>("pwent", false).back(), "NOTFOUND ENOENT");
+}
+
+TEST(NssModule, NamesOfAnyByteAreNames) {
+  const Daemon daemon;
+  std::vector<std::string> names = {"",       "@#",  "*", "(uid=*)", "lquispe:", std::string(1 << 20, 'x'),
+                                    "../etc", "%s%n"};
+  for (int byte = 1; byte < 256; ++byte) names.push_back(std::string("lquispe") + static_cast<char>(byte));
+  for (const std::string& name : names)
+    EXPECT_EQ(askFor(name.c_str()), "NOTFOUND ENOENT") << name.substr(0, 40);
+  EXPECT_EQ(askFor(kUser), "SUCCESS");
+}
+
+TEST(NssModule, EachMisbehaviourHasItsAnswer) {
+  const struct {
+    const char* fault;
+    const char* answer;
+  } rows[] = {
+      {"stall", "TRYAGAIN EAGAIN"}, {"drop", "TRYAGAIN EAGAIN"},  {"lose", "TRYAGAIN EAGAIN"},
+      {"short", "TRYAGAIN EAGAIN"}, {"cut", "TRYAGAIN EAGAIN"},   {"garbage", "UNAVAIL EIO"},
+      {"empty", "UNAVAIL EIO"},     {"refuse", "UNAVAIL EACCES"}, {"trickle", "SUCCESS"},
+      {"drop@1", "SUCCESS"},        {"restart@1", "SUCCESS"},
+  };
+  for (const auto& row : rows) {
+    const Daemon daemon({"--fault", row.fault});
+    EXPECT_EQ(askAnew(kUser), row.answer) << row.fault;
+  }
+}
+
+TEST(NssModule, ADaemonThatIsAwayIsUnavailableUntilItIsBack) {
+  EXPECT_EQ(askFor(kUser), "UNAVAIL EIO");
+  {
+    const Daemon daemon;
+    EXPECT_EQ(askFor(kUser), "SUCCESS");
+  }
+  EXPECT_EQ(askFor(kUser), "UNAVAIL EIO");
+  const Daemon daemon;
+  EXPECT_EQ(askFor(kUser), "SUCCESS");
+}
+
+TEST(NssModule, TheDaemonItselfNeverWaitsForItself) {
+  const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address = {AF_UNIX, {}};
+  strcpy(address.sun_path, kSocket);
+  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(listener, 5), 0);
+  EXPECT_EQ(askAnew(kUser), "UNAVAIL ECONNREFUSED");
+  close(listener);
+  unlink(kSocket);
+}
+
+TEST(NssModule, WhatComesBackFromInsideTheLibraryIsNotAskedAgain) {
+  const Daemon daemon;
+  std::string inner;
+  g_atConnect = [&] { inner = askFor(kUser); };
+  EXPECT_EQ(askAnew(kUser), "SUCCESS");
+  g_atConnect = nullptr;
+  EXPECT_EQ(inner, "UNAVAIL ECONNREFUSED");
+}
+
+TEST(NssModule, AProcessOutOfDescriptorsMayTryAgain) {
+  const Daemon daemon;
+  rlimit before;
+  getrlimit(RLIMIT_NOFILE, &before);
+  const int lowest = dup(0);
+  close(lowest);
+  const rlimit none = {static_cast<rlim_t>(lowest), before.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  const std::string answer = askAnew(kUser);
+  setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(answer, "TRYAGAIN EMFILE");
+  EXPECT_EQ(askAnew(kUser), "SUCCESS");
+}
+
+TEST(NssModule, ThreadsAndChildrenHaveTheirOwnSessionsAndLeaveNone) {
+  const Daemon daemon;
+  errno = EDOM;
+  ASSERT_EQ(askFor(kUser), "SUCCESS");
+  EXPECT_EQ(errno, EDOM);
+  const size_t before = openDescriptors();
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i)
+    threads.emplace_back([] {
+      for (int j = 0; j < 20; ++j)
+        EXPECT_EQ(askFor(j % 2 ? kUser : "nosuch"), j % 2 ? "SUCCESS" : "NOTFOUND ENOENT");
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(openDescriptors(), before);
+
+  const pid_t child = fork();
+  if (child == 0) _exit(askFor(kUser) == "SUCCESS" && openDescriptors() == before ? 0 : 1);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(askFor(kUser), "SUCCESS");
+}
+
+TEST(NssModule, AStartedProgramInheritsNoConnection) {
+  const Daemon daemon;
+  ASSERT_EQ(askFor(kUser), "SUCCESS");
+  int sockets = 0;
+  for (int fd = 3; fd < 100; ++fd) {
+    struct stat status;
+    if (fstat(fd, &status) != 0 || !S_ISSOCK(status.st_mode)) continue;
+    ++sockets;
+    EXPECT_TRUE(fcntl(fd, F_GETFD) & FD_CLOEXEC) << fd;
+  }
+  EXPECT_GE(sockets, 1);
+}
+
+TEST(NssModule, ACancelledThreadIsNotCancelledInside) {
+  const Daemon daemon;
+  std::string answer;
+  pthread_t thread;
+  const auto body = [](void* result) -> void* {
+    pthread_cancel(pthread_self());
+    *static_cast<std::string*>(result) = askFor(kUser);
+    pthread_testcancel();
+    return nullptr;
+  };
+  pthread_create(&thread, nullptr, body, &answer);
+  void* end = nullptr;
+  pthread_join(thread, &end);
+  EXPECT_EQ(answer, "SUCCESS");
+  EXPECT_EQ(end, PTHREAD_CANCELED);
+}
+
+TEST(NssModule, GroupsAreAddedToTheCallersArray) {
+  using InitGroups = nss_status(const char*, gid_t, long*, long*, gid_t**, long, int*);
+  const struct {
+    const char* user;
+    gid_t primary;
+    long limit;
+    const char* answer;
+    std::vector<gid_t> groups;
+  } rows[] = {
+      {"mgruber", 1, -1, "SUCCESS", {1, 20002}},   // has to grow
+      {"mgruber", 1, 1, "SUCCESS", {1}},           // may not
+      {"mgruber", 20002, -1, "SUCCESS", {20002}},  // already there
+      {kUser, 1, -1, "SUCCESS", {1}},
+      {"nosuch", 1, -1, "NOTFOUND ENOENT", {1}},
+  };
+  const auto ask = [](const char* user, gid_t primary, long limit, std::vector<gid_t>& groups) {
+    long start = 1, size = 1;
+    int error = 0;
+    auto* array = static_cast<gid_t*>(malloc(sizeof(gid_t)));
+    array[0] = primary;
+    const nss_status status =
+        function<InitGroups>("initgroups_dyn")(user, primary, &start, &size, &array, limit, &error);
+    groups.assign(array, array + start);
+    free(array);
+    return text(status, error);
+  };
+  std::vector<gid_t> groups;
+  EXPECT_EQ(ask("mgruber", 1, -1, groups), "UNAVAIL EIO");
+  EXPECT_EQ(groups, std::vector<gid_t>{1});
+  const Daemon daemon;
+  for (const auto& row : rows) {
+    EXPECT_EQ(ask(row.user, row.primary, row.limit, groups), row.answer) << row.user << row.limit;
+    EXPECT_EQ(groups, row.groups) << row.user << row.limit;
+  }
+}
+
+}  // namespace
+
+// Takes the C library's place for the module, so that a test is in the middle of a lookup.
+extern "C" __attribute__((visibility("default"))) int connect(int fd, const sockaddr* address,
+                                                              socklen_t size) {
+  if (g_atConnect) g_atConnect();
+  return reinterpret_cast<decltype(connect)*>(dlsym(RTLD_NEXT, "connect"))(fd, address, size);
+}
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  if (argc != 2 || !(g_module = dlopen(argv[1], RTLD_NOW))) {
+    fprintf(stderr, "usage: nss_module_test MODULE\n%s\n", argc == 2 ? dlerror() : "");
+    return 2;
+  }
+  std::ofstream("/etc/velmora/velmora.conf") << "lrpc.timeout: 1s\n";
+  return RUN_ALL_TESTS();
+}
