@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -77,6 +78,14 @@ TEST_F(SessionCoreTest, AnIdleConnectionIsReplaced) {
   }
 }
 
+TEST_F(SessionCoreTest, AConnectionIsIdleFromTheEndOfItsExchange) {
+  peer().expect(ping).then([] { dayclock::offset += 20; }).send(pong).expect(ping).send(pong);
+  session().ping();
+  dayclock::offset += 20;
+  session().ping();
+  EXPECT_TRUE(peer().finished());
+}
+
 TEST_F(SessionCoreTest, AChildOfForkTakesAConnectionOfItsOwn) {
   peer().expect(ping).send(pong);
   session().ping();
@@ -100,30 +109,30 @@ TEST_F(SessionCoreTest, AChildOfForkTakesAConnectionOfItsOwn) {
 
 TEST_F(SessionCoreTest, ADescriptorThatTheProgramHasReusedIsLeftAlone) {
   const UniqueFd file(open(in("file").c_str(), O_RDWR | O_CREAT, 0600));
-  for (const bool idle : {false, true}) {
+  const UniqueFd other(::socket(AF_UNIX, SOCK_STREAM, 0));
+  const struct {
+    int theirs;  // what takes the number; -1 leaves it closed
+    long idle;
+    const char* reason;
+  } rows[] = {{file.get(), 0, "lrpc connection reopened "},
+              {other.get(), 0, "lrpc connection reopened "},
+              {file.get(), 60, "dropping old lrpc connection"},
+              {-1, 0, "lrpc connection reopened 0 != "}};
+  for (const auto& row : rows) {
     peer().accept().expect(ping).send(pong);
     session().ping();
     const int number = session().socket();
-    ASSERT_EQ(dup2(file.get(), number), number);
-    const UniqueFd reused(number);
-    if (idle) dayclock::offset += 60;
+    close(number);
+    const UniqueFd reused(row.theirs >= 0 ? dup2(row.theirs, number) : -1);
+    dayclock::offset += row.idle;
     peer().accept().expect(ping).send(pong);
     session().ping();
-    EXPECT_NE(session().socket(), number);
-    EXPECT_EQ(fcntl(number, F_GETFD), 0) << "closed behind the program's back";
-    EXPECT_EQ(hasLogged("lrpc connection reopened "), !idle);
+    EXPECT_TRUE(hasLogged(row.reason)) << row.reason;
     session().dropConnection();
+    EXPECT_EQ(fcntl(number, F_GETFD), reused ? 0 : -1);
     EXPECT_TRUE(peer().finished());
   }
   EXPECT_EQ(std::filesystem::file_size(in("file")), 0u);
-
-  peer().accept().expect(ping).send(pong);
-  session().ping();
-  close(session().socket());
-  peer().accept().expect(ping).send(pong);
-  session().ping();
-  EXPECT_TRUE(hasLogged("lrpc connection reopened 0 != "));
-  EXPECT_TRUE(peer().finished());
 }
 
 TEST_F(SessionCoreTest, ARestartOfTheDaemonIsNotNoticed) {
@@ -193,10 +202,10 @@ TEST_F(SessionCoreTest, ALateReplyIsNoAnswerToTheNextRequest) {
   EXPECT_EQ(stopThrows(), "TimeoutException 0 RecvWait out");
   const int socket = session().socket();
   EXPECT_NE(socket, -1);
-  EXPECT_TRUE(peer().send(reply(2)).finished());
+  EXPECT_TRUE(peer().send(pong).finished());
   configure("lrpc.timeout: 1\n");
-  peer().accept().expect(ping).send(pong);
-  session().ping();
+  peer().accept().expect(request(1)).send(reply(2));
+  EXPECT_EQ(stopThrows(), kBadData);
   EXPECT_TRUE(peer().finished());
 }
 
@@ -251,7 +260,7 @@ TEST_F(SessionCoreTest, AStatusBlockIsReadAsFarAsItGoes) {
   std::string body;
   size_t ends[8];
   for (size_t i = 0; i < 8; ++i) ends[i] = (body += fields[i]).size();
-  for (size_t size = 0; size <= body.size(); ++size) {
+  for (size_t size = body.size() + 1; size-- > 0;) {
     SCOPED_TRACE(size);
     const auto count = std::upper_bound(ends, ends + 8, size) - ends;  // whole fields
     peer().expect(ping).send(reply(0, body.substr(0, size)));

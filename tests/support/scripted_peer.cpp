@@ -60,7 +60,7 @@ ScriptedPeer::~ScriptedPeer() {
   unlink(m_path.c_str());
 }
 
-ScriptedPeer& ScriptedPeer::add(Step step) {
+ScriptedPeer& ScriptedPeer::then(Step step) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (m_failure.empty()) m_script.push_back(std::move(step));
   m_changed.notify_all();
@@ -94,7 +94,7 @@ void ScriptedPeer::run() {
 }
 
 ::testing::AssertionResult ScriptedPeer::finished() {
-  add([this] { checkSilence(); });
+  then([this] { checkSilence(); });
   std::unique_lock<std::mutex> lock(m_mutex);
   if (!m_changed.wait_for(lock, 2 * kPatience, [this] { return m_script.empty() && !m_working; }))
     return ::testing::AssertionFailure() << "the script does not end";
@@ -161,11 +161,11 @@ void ScriptedPeer::checkSilence() {
 }
 
 ScriptedPeer& ScriptedPeer::accept() {
-  return add([this] { acceptNow(); });
+  return then([this] { acceptNow(); });
 }
 
 ScriptedPeer& ScriptedPeer::expect(const std::string& message) {
-  return add([this, message] {
+  return then([this, message] {
     if (!m_connection) acceptNow();
     const std::string length = receive(sizeof(uint32_t));
     uint32_t size;
@@ -176,7 +176,7 @@ ScriptedPeer& ScriptedPeer::expect(const std::string& message) {
 }
 
 ScriptedPeer& ScriptedPeer::expectClosed() {
-  return add([this] {
+  return then([this] {
     waitFor(m_connection.get());
     char byte;
     if (recv(m_connection.get(), &byte, 1, 0) > 0) fail("the client does not close but sends");
@@ -192,7 +192,7 @@ ScriptedPeer& ScriptedPeer::sendFirst(size_t count, const std::string& message) 
 }
 
 ScriptedPeer& ScriptedPeer::trickle(const std::string& message) {
-  return add([this, message] {
+  return then([this, message] {
     for (const char byte : framed(message)) {
       sendNow(std::string(1, byte));
       waitUntilTaken(m_connection.get());
@@ -201,19 +201,19 @@ ScriptedPeer& ScriptedPeer::trickle(const std::string& message) {
 }
 
 ScriptedPeer& ScriptedPeer::sendRaw(const std::string& bytes) {
-  return add([this, bytes] { sendNow(bytes); });
+  return then([this, bytes] { sendNow(bytes); });
 }
 
 ScriptedPeer& ScriptedPeer::hangUp() {
-  return add([this] { closeNow(); });
+  return then([this] { closeNow(); });
 }
 
 ScriptedPeer& ScriptedPeer::endStream() {
-  return add([this] { shutdown(m_connection.get(), SHUT_WR); });
+  return then([this] { shutdown(m_connection.get(), SHUT_WR); });
 }
 
 ScriptedPeer& ScriptedPeer::restart() {
-  return add([this] {
+  return then([this] {
     const std::string next = m_path + ".next";
     listenAt(next);
     if (rename(next.c_str(), m_path.c_str()) != 0) fail(withError("rename"));
@@ -222,7 +222,7 @@ ScriptedPeer& ScriptedPeer::restart() {
 }
 
 ScriptedPeer& ScriptedPeer::down() {
-  return add([this] {
+  return then([this] {
     unlink(m_path.c_str());
     m_listener.close();
     closeNow();

@@ -26,6 +26,8 @@ namespace testsupport {
 /// fails ends the script and closes the connection, so that the client does not wait.
 class ScriptedPeer {
  public:
+  using Step = std::function<void()>;
+
   explicit ScriptedPeer(const std::string& path);
   ~ScriptedPeer();
 
@@ -46,6 +48,8 @@ class ScriptedPeer {
 
   /// Keeps the connection and says nothing.
   ScriptedPeer& stall() { return *this; }
+  /// Does anything else.
+  ScriptedPeer& then(Step step);
   /// Closes the connection, when the client has taken what was sent; ends only the direction to the client.
   ScriptedPeer& hangUp();
   ScriptedPeer& endStream();
@@ -59,9 +63,6 @@ class ScriptedPeer {
   ::testing::AssertionResult finished();
 
  private:
-  using Step = std::function<void()>;
-
-  ScriptedPeer& add(Step step);
   void run();
   void waitFor(int fd);
   std::string receive(size_t size);
