@@ -182,9 +182,9 @@ void FileLogging::logLocked(const char* format, va_list args) {
 // False if there is nothing to write to.
 bool FileLogging::writeLine(bool flushDue, const char* format, va_list args) {
   char prefix[512];
-  BuildMessagePrefix(prefix, sizeof prefix, "");
+  const int length = BuildMessagePrefix(prefix, sizeof prefix, "");
   if (m_cache && m_cache->isActive()) {
-    m_cache->append(prefix);
+    m_cache->append(prefix, std::min<size_t>(length, sizeof prefix - 1));
     m_cache->vsappend(format, args);
     m_cache->append('\n');
     if (flushDue) m_cache->flush();

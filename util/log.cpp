@@ -25,6 +25,20 @@ std::atomic<bool> gIsLogShutdown{false};
 // Odd while the levels are being changed. A level that isEnabled worked out meanwhile is not remembered.
 std::atomic<unsigned> gLevelGeneration{0};
 
+// "client" and its descendants do not show their names.
+bool isHidden(const std::string& name) {
+  return name == "client" || name.rfind("client.", 0) == 0;
+}
+
+std::string displayName(const std::string& fullName) {
+  const size_t begin = fullName.rfind(kDiagPrefix, 0) == 0 ? strlen(kDiagPrefix) : 0;
+  const std::string name(fullName, begin);
+  if (isHidden(name)) return {};
+  std::string shown;
+  for (const char c : name) shown.append(c == '%' ? 2 : 1, c);
+  return shown + ' ';
+}
+
 }  // namespace
 
 Mutex& gNamedLoggersProtect() {
@@ -43,9 +57,7 @@ boost::shared_ptr<CircularBuffer>& gCircularBuffer() {
 }
 
 Logger::Logger(const std::string& name, boost::shared_ptr<Logger> parent)
-    : m_fullName(name), m_displayName(name), m_parent(std::move(parent)) {
-  if (name.rfind(kDiagPrefix, 0) == 0) m_displayName.erase(0, strlen(kDiagPrefix));
-}
+    : m_fullName(name), m_displayName(displayName(name)), m_parent(std::move(parent)) {}
 
 bool LoggerTree::isShutDown() {
   return gIsLogShutdown.load(std::memory_order_relaxed);

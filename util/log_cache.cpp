@@ -6,6 +6,12 @@
 
 namespace vesk {
 
+namespace {
+
+constexpr long kLongestText = 1023;
+
+}  // namespace
+
 LogCache::LogCache(unsigned int size) {
   initBuf(size);
 }
@@ -44,9 +50,13 @@ size_t LogCache::makeRoom() {
 }
 
 void LogCache::append(const char* text) {
+  append(text, strlen(text));
+}
+
+void LogCache::append(const char* text, size_t length) {
   if (!isActive()) return;
-  for (size_t left = strlen(text), count; left > 0; left -= count) {
-    count = std::min(left, makeRoom());
+  for (size_t count; length > 0; length -= count) {
+    count = std::min(length, makeRoom());
     memcpy(m_position, text, count);
     m_position += count;
     text += count;
@@ -59,10 +69,17 @@ void LogCache::append(char c) {
   *m_position++ = c;
 }
 
+// Straight into the cache where any text has room.
 void LogCache::vsappend(const char* format, va_list args) {
-  char text[1024] = "";
-  vsnprintf(text, sizeof text, format, args);
-  append(text);
+  if (!isActive()) return;
+  char text[kLongestText + 1];
+  const bool inPlace = m_last - m_position >= kLongestText;
+  char* const target = inPlace ? m_position : text;
+  if (vsnprintf(target, sizeof text, format, args) < 0) *target = '\0';
+  if (inPlace)
+    m_position += strlen(target);
+  else
+    append(text);
 }
 
 void LogCache::flush() {

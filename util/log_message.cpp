@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <string_view>
 
 #include "util/include/char_accumulator.h"
 #include "util/include/circular_buffer.h"
@@ -44,19 +45,23 @@ struct ProcessIdentity {
 
 // Local time, host, program and process. The system looks at the time zone's file each time it is asked, so
 // the text serves a thread for a whole second.
-const char* whenAndWho() {
-  thread_local time_t second = -1;
-  thread_local char text[512];
+std::string_view whenAndWho() {
+  thread_local struct {
+    time_t second = -1;
+    size_t length = 0;
+    char text[512];
+  } cached;
   const time_t now = dayclock::now();
-  if (now == second) return text;
-  second = now;
+  if (now == cached.second) return {cached.text, cached.length};
+  cached.second = now;
   static const ProcessIdentity process;
   char time[64];
   tm local;
   if (localtime_r(&now, &local) == nullptr || strftime(time, sizeof time, "%F %T %z", &local) == 0)
     time[0] = '\0';
-  snprintf(text, sizeof text, "%s %s %s[%d]: ", time, process.host, programName(), process.pid);
-  return text;
+  snprintf(cached.text, sizeof cached.text, "%s %s %s[%d]: ", time, process.host, programName(), process.pid);
+  cached.length = strlen(cached.text);
+  return {cached.text, cached.length};
 }
 
 void appendFile(Text& text, const char* file) {
@@ -137,8 +142,16 @@ const char* programName() {
 
 int BuildMessagePrefix(char* buffer, int size, const char* lead) {
   if (buffer == nullptr || size <= 0) return 0;
-  const int length = snprintf(buffer, static_cast<size_t>(size), "%s%s", lead, whenAndWho());
-  return length < size ? length : size;
+  size_t wanted = 0;
+  size_t left = static_cast<size_t>(size) - 1;
+  for (const std::string_view part : {std::string_view(lead), whenAndWho()}) {
+    const size_t count = part.copy(buffer, left);
+    buffer += count;
+    left -= count;
+    wanted += part.size();
+  }
+  *buffer = '\0';
+  return static_cast<int>(std::min(wanted, static_cast<size_t>(size)));
 }
 
 void Logger::appendPrefix(Text& text, LogLevel level, const char* file, int line,
@@ -149,16 +162,8 @@ void Logger::appendPrefix(Text& text, LogLevel level, const char* file, int line
     text.appendPlain(thread);
     text.append("> ");
   }
-  if (!isHidden()) {
-    text.appendPlain(m_displayName.c_str());
-    text.append(' ');
-  }
+  text.append(m_displayName.c_str());
   appendPosition(text, getShowMore(), file, line, function);
-}
-
-// "client" and its descendants do not show their names.
-bool Logger::isHidden() const {
-  return m_displayName == "client" || m_displayName.compare(0, 7, "client.") == 0;
 }
 
 void Logger::log(LogLevel level, const char* file, int line, const char* function, const char* format, ...) {

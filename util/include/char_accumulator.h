@@ -1,6 +1,7 @@
 /// A text of limited length on the stack, in which a message's printf format is put together.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -20,23 +21,21 @@ class CharAccumulator {
   CharAccumulator(const CharAccumulator&) = delete;
   CharAccumulator& operator=(const CharAccumulator&) = delete;
 
+  /// Appends a character of a format.
   void append(char c) {
     if (m_current < m_last) *m_current++ = c;
   }
 
   /// Appends part of a format.
-  void append(const char* text) {
-    const size_t length = strnlen(text, m_last - m_current);
-    memcpy(m_current, text, length);
-    m_current += length;
-  }
+  void append(const char* text) { appendBytes(text, strnlen(text, m_last - m_current)); }
 
   /// Appends text that is to be printed as it stands: each "%" is doubled.
   void appendPlain(const char* text) {
-    for (; *text != '\0'; ++text) {
-      if (*text == '%') append('%');
-      append(*text);
+    for (const char* percent; (percent = strchr(text, '%')) != nullptr; text = percent + 1) {
+      appendBytes(text, percent + 1 - text);
+      append('%');
     }
+    append(text);
   }
 
   /// Ends the text and gives it. A conversion that the cut has left without its end is taken off, so that
@@ -48,6 +47,12 @@ class CharAccumulator {
   }
 
  private:
+  void appendBytes(const char* text, size_t length) {
+    const size_t fitting = std::min<size_t>(length, m_last - m_current);
+    memcpy(m_current, text, fitting);
+    m_current += fitting;
+  }
+
   char m_text[Size];
   char* m_last;  // the last usable byte, kept for the terminator
   char* m_current;

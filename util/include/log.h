@@ -94,13 +94,12 @@ class FOKRAZO_API Logger {
   // The slow halves of isEnabled: look upwards and remember what was found.
   int inheritLevel();
   int inheritMemoryLevel();
-  bool isHidden() const;
   void appendPrefix(CharAccumulator<512>& text, LogLevel level, const char* file, int line,
                     const char* function) const;
   int nearest(std::atomic<int> Logger::*field) const;
 
   std::string m_fullName;
-  std::string m_displayName;
+  std::string m_displayName;  // what a message's format begins with: "%" is doubled, a blank stands behind
   boost::shared_ptr<Logger> m_parent;  // empty in the root alone
   std::atomic<int> m_level{kInherit};  // what isEnabled found, until the next configuration
   std::atomic<int> m_configuredLevel{kInherit};

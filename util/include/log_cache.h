@@ -13,6 +13,7 @@ namespace vesk {
 /// Thread-safety: none; its owner locks.
 class FOKRAZO_API LogCache {
  public:
+  /// A cache of `size` bytes, in front of `file`, which stays the caller's and may be null.
   explicit LogCache(unsigned int size);
   LogCache(unsigned int size, FILE* file);
   /// Writes out what is left.
@@ -20,12 +21,14 @@ class FOKRAZO_API LogCache {
   LogCache(const LogCache&) = delete;
   LogCache& operator=(const LogCache&) = delete;
 
+  /// Whether it caches; otherwise text is written at once.
   bool isActive() const { return m_buffer != nullptr; }
   /// Replaces the stream, which stays the caller's and may be null: what is flushed then is lost.
   void setFileFP(FILE* file) { m_file = file; }
 
   /// Add text; a full cache is flushed as often as need be.
   void append(const char* text);
+  void append(const char* text, size_t length);
   void append(char c);
   /// printf; the text is cut at 1023 characters.
   void vsappend(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
