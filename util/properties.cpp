@@ -112,7 +112,7 @@ void Properties::load(const char* path, bool expand) {
 void Properties::load(std::istream& stream, bool expand) {
   Lock lock(mutex);
   std::string text;
-  if (stream.good() && readAll(stream, text)) {
+  if (!stream.fail() && readAll(stream, text)) {
     loadText(text, expand);
     return;
   }
