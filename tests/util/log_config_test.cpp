@@ -4,7 +4,12 @@
 #include <syslog.h>
 
 #include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <list>
+#include <map>
+#include <regex>
 
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
@@ -103,6 +108,26 @@ TEST_F(LogConfigTest, AChangeReachesLoggersThatHaveRememberedTheirLevel) {
             }),
             0);
   EXPECT_EQ(syslogd.texts(), complaints({"Circular buffer log level cannot be NONE. Using 'INFO'."}));
+}
+
+// openlog is called once in a process: each row takes a new one, which runs this test alone.
+TEST(NewProcess, DISABLED_LogsOneLine) {
+  Props(false, true);
+  VESK_LOG_TO("a", Info, "line");
+}
+
+TEST_F(LogConfigTest, AProgramMayShowItsNumberToSyslogOrNot) {
+  const std::map<std::string, std::string> senders{{"", "log_config_test[#]"},
+                                                   {"log_config_test: false", "log_config_test"},
+                                                   {"x: 0", "log_config_test[#]"}};
+  for (const auto& row : senders) {
+    std::ofstream("/etc/velmora/velmora.conf") << "logger.openlog." << row.first;
+    const std::string self = std::filesystem::read_symlink("/proc/self/exe");
+    EXPECT_EQ(system((self + " --gtest_also_run_disabled_tests --gtest_filter=NewProcess.* >&2").c_str()), 0);
+    const auto lines = syslogd.take();
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(std::regex_replace(lines[0].sender, std::regex("[0-9]+"), "#"), row.second) << row.first;
+  }
 }
 
 TEST_F(LogConfigTest, ProgramsAreIgnoredByTheirExactNames) {

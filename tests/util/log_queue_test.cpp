@@ -62,8 +62,8 @@ TEST_F(LogQueueTest, StartAndStopTellWhatTheyDo) {
 }
 
 // Nobody reads the socket: the runner waits in syslog, and after some lines the queue is full.
-TEST_F(LogQueueTest, AFullQueueDropsTheNewestWithAWarning) {
-  configure("logger.queue.size: 16\nlogger.showmore: 0\n");
+void overflow(const char* configuration) {
+  configure(configuration);
   SyslogSocket syslogd;
   const auto logger = Logger::GetLogger("full");
   constexpr int kLines = 600;
@@ -87,6 +87,12 @@ TEST_F(LogQueueTest, AFullQueueDropsTheNewestWithAWarning) {
   EXPECT_GT(numbers, 15);
   EXPECT_LT(numbers, kLines);
   EXPECT_GT(std::count(texts.begin(), texts.end(), warning), 0);
+}
+
+// The queue has room for four times as much while "log" is at DEBUG.
+TEST_F(LogQueueTest, AFullQueueDropsTheNewestWithAWarning) {
+  overflow("logger.queue.size: 16\n");
+  overflow("logger.queue.size: 4\nlog.log: DEBUG\n");
 }
 
 struct Writer {

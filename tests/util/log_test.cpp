@@ -5,11 +5,14 @@
 #include <gtest/gtest.h>
 #include <syslog.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <future>
 
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
+#include "util/include/clock.h"
 #include "util/include/error_util.h"
 #include "util/include/mutex.h"
 #include "util/include/thread.h"
@@ -127,6 +130,28 @@ TEST_F(LogTest, BytesAreDumpedSixteenARow) {
             (Texts{"INFO  hex caption",
                    "INFO  hex 00 1f 20 41 7e 7f 80 ff 25 73 00 00 00 00 00 70   .. A~\x7f..%s.....p ",
                    "INFO  hex 71 " + std::string(47, ' ') + "q ", "INFO  hex nothing"}));
+}
+
+TEST_F(LogTest, LinesForFilesBeginWithTimeHostProgramAndProcess) {
+  const auto expected = [] {
+    const time_t now = dayclock::now();
+    char time[64], host[64];
+    strftime(time, sizeof time, "lead %F %T %z ", localtime(&now));
+    gethostname(host, sizeof host);
+    return time + std::string(host, strcspn(host, ".")) + " log_test[" + std::to_string(getpid()) + "]: ";
+  };
+  const std::string before = expected();
+  char buffer[256];
+  const int length = BuildMessagePrefix(buffer, sizeof buffer, "lead ");
+  EXPECT_TRUE(buffer == before || buffer == expected()) << buffer;
+  for (const int size : {0, 1, 5, 12, length, length + 1}) {
+    std::vector<char> small(size + 1, '#');
+    EXPECT_EQ(BuildMessagePrefix(small.data(), size, "lead "), std::min(size, length));
+    EXPECT_EQ(small[size], '#');
+    if (size > 0) {
+      EXPECT_EQ(strlen(small.data()), static_cast<size_t>(size - 1));
+    }
+  }
 }
 
 TEST_F(LogTest, NamesOfLevelsAndFacilities) {

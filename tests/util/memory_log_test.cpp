@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdarg>
 #include <cstdio>
 #include <map>
 
@@ -147,6 +148,31 @@ TEST(LogCacheTest, AnySizePassesAnyTextAndLosesItWithoutAStream) {
     const std::string expected = size == 0 ? "" : text + "!" + text;
     // What did not fit was thrown away; the rest came with the stream.
     EXPECT_EQ(std::string(content, length), expected) << size;
+    fclose(file);
+  }
+}
+
+__attribute__((format(printf, 2, 3))) void print(LogCache& cache, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  cache.vsappend(format, args);
+  va_end(args);
+}
+
+TEST(LogCacheTest, APrintedTextIsCutWhereverItIsPut) {
+  for (const unsigned int size : {0, 1, 2, 1023, 1024, 1025, 1030, 5000}) {
+    FILE* file = tmpfile();
+    {
+      LogCache cache(size, file);
+      for (const int length : {6, 1023, 1024, 3000}) print(cache, "%0*d", length, 7);
+      print(cache, "ab%cd", '\0');
+    }
+    std::string content(5000, '#'), expected;
+    for (const int length : {6, 1023, 1023, 1023}) expected += std::string(length, '0');
+    for (const int last : {5, 5 + 1023}) expected[last] = '7';
+    rewind(file);
+    content.resize(fread(&content[0], 1, content.size(), file));
+    EXPECT_EQ(content, size == 0 ? "" : expected + "ab") << size;
     fclose(file);
   }
 }
