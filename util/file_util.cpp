@@ -223,7 +223,7 @@ int OpenTempFile(char* templ, int mode, unsigned uid, unsigned gid, std::ofstrea
 }
 
 bool GetSymLinkPath(const char* path, std::string& out, int depth) {
-  std::string current = path;
+  std::string current = path ? path : "";
   for (; depth <= kMaxLinks; ++depth) {
     struct stat info;
     if (::lstat(current.c_str(), &info) != 0) {
