@@ -36,12 +36,13 @@ StringArray::~StringArray() = default;
 
 const std::string& StringArray::operator[](int index) const {
   static const std::string& empty = *new std::string;  // for the whole life of the process
-  return index >= 0 && index < m_count ? (*m_vector)[static_cast<size_t>(index)] : empty;
+  return index >= 0 && index < count() ? vector()[static_cast<size_t>(index)] : empty;
 }
 
 int StringArray::operator[](const std::string& text) const {
-  auto found = m_map->find(text);
-  return found == m_map->end() ? -1 : found->second;
+  const Map& indexes = map();
+  auto found = indexes.find(text);
+  return found == indexes.end() ? -1 : found->second;
 }
 
 }  // namespace vesk

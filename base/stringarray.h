@@ -18,30 +18,42 @@ using ::MurmurHash2;
 
 /// The hash functor of the logger tables and of the dictionary.
 struct FOKRAZO_API murhash {
+  /// MurmurHash2 of the text.
   std::size_t operator()(const std::string& text) const;
 };
 
-/// Index to string and string to index over a list and its map, which are the caller's and must outlive it.
+/// Index to string and string to index over a list and its map, which must outlive it.
 /// Thread-safety: read-only; any number of threads.
 class FOKRAZO_API StringArray {
  public:
+  /// What a view is over.
   using Map = boost::unordered_map<std::string, int, murhash>;
   using Vector = std::vector<std::string>;
 
+  /// Over a list and its map; the list is counted here.
   StringArray(const Map* map, const Vector* vector);
+  /// Over what these give, which is asked for when it is first needed: for a view that is ready before any
+  /// code runs, over a list that few programs need.
+  constexpr StringArray(const Map& (*map)(), const Vector& (*vector)())
+      : m_findMap(map), m_findVector(vector) {}
   virtual ~StringArray();
 
-  /// The entries of the list when the view was made.
-  int count() const { return m_count; }
+  /// The entries of the list, when the view was made over one that was there.
+  int count() const { return m_vector ? m_count : static_cast<int>(m_findVector().size()); }
   /// The string of an index; one shared empty string for an index out of range.
   const std::string& operator[](int index) const;
   /// The index of a string, -1 if it is no entry.
   int operator[](const std::string& text) const;
 
  private:
-  const Map* m_map;
-  const Vector* m_vector;
-  int m_count;
+  const Map& map() const { return m_map ? *m_map : m_findMap(); }
+  const Vector& vector() const { return m_vector ? *m_vector : m_findVector(); }
+
+  const Map* m_map = nullptr;
+  const Vector* m_vector = nullptr;
+  int m_count = 0;
+  const Map& (*m_findMap)() = nullptr;  // these where the pointers are null
+  const Vector& (*m_findVector)() = nullptr;
 };
 
 }  // namespace vesk

@@ -34,9 +34,7 @@ const char* marksText(bool dirty, bool serialized) {
 
 }  // namespace
 
-ADAttribute::ADAttribute(std::string_view name) {
-  setName(name);
-}
+ADAttribute::ADAttribute(std::string_view name) : m_name(name), m_lcName(lower(m_name)) {}
 
 void ADAttribute::setName(std::string_view name) {
   m_name = name;

@@ -44,9 +44,14 @@ void store(unsigned char* to, T value) {
   memcpy(to, &value, sizeof value);
 }
 
-// Whether the name of a slot sorts before the wanted one: bytes as unsigned, a prefix first.
-bool NameCompare(std::string_view name, std::string_view wanted) {
-  return name < wanted;
+// Whether the name of a slot sorts before the wanted one: bytes as unsigned, a prefix first. Names differ
+// within a few bytes, so that a loop in place beats a call.
+inline bool NameCompare(std::string_view name, std::string_view wanted) {
+  const size_t common = std::min(name.size(), wanted.size());
+  for (size_t i = 0; i < common; ++i)
+    if (name[i] != wanted[i])
+      return static_cast<unsigned char>(name[i]) < static_cast<unsigned char>(wanted[i]);
+  return name.size() < wanted.size();
 }
 
 bool sameName(std::string_view name, std::string_view wanted) {
@@ -62,23 +67,17 @@ size_t sizeOfText(const std::string& text) {
   return referenceOf(text) >= 0 ? kWord : kWord + text.size();
 }
 
-// The attribute of that name, or where it belongs. Names mostly come in order, so the end is tried first.
-ADAttributeMap::iterator placeOf(ADAttributeMap& attributes, std::string_view name) {
-  if (attributes.empty() || attributes.rbegin()->first < name) return attributes.end();
-  return attributes.lower_bound(name);
-}
-
-ADAttribute& addAttribute(ADAttributeMap& attributes, ADAttributeMap::iterator place, std::string_view name) {
-  auto added = attributes.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(name),
-                                       std::forward_as_tuple(name));
-  return added->second;
-}
+/// The current dictionary as m_dictionary has it, without a call for each entry.
+struct CurrentDictionary {
+  static constexpr uint32_t count() { return stringdict::kCurrentCount; }
+  std::string_view operator[](uint32_t index) const { return stringdict::kCurrent[index]; }
+};
 
 [[noreturn]] void throwBadIndex(uint32_t index) {
   FOKRAZO_THROW(BadDataException, "BadDataException", 0,
                 "Bad index value %d in serialized object, size:%ld. Potential cache corruption or shared "
                 "library and agent version mismatch.",
-                static_cast<int>(index), static_cast<long>(GetDictionaryVector().size()));
+                static_cast<int>(index), static_cast<long>(CurrentDictionary::count()));
 }
 
 [[noreturn]] void throwBadLength(uint32_t length, size_t size) {
@@ -90,26 +89,7 @@ ADAttribute& addAttribute(ADAttributeMap& attributes, ADAttributeMap::iterator p
 
 }  // namespace
 
-// Ready before every other object that is made at load time.
-const StringArray ADSerializer::m_dictionary
-    __attribute__((init_priority(101))) (&GetDictionaryMap(), &GetDictionaryVector());
-
-namespace {
-
-// The entries behind m_dictionary, reached without a call for each.
-struct Entries {
-  // The empty text for an index past the end.
-  std::string_view operator[](uint32_t index) const {
-    return index < count ? std::string_view(first[index]) : std::string_view("");
-  }
-
-  const std::string* first;
-  size_t count;
-};
-const Entries g_entries
-    __attribute__((init_priority(101))) = {GetDictionaryVector().data(), GetDictionaryVector().size()};
-
-}  // namespace
+const StringArray ADSerializer::m_dictionary(GetDictionaryMap, GetDictionaryVector);
 
 /// A text field: what it says and where it ends.
 struct ADSerializer::Text {
@@ -201,7 +181,8 @@ inline bool ADSerializer::readText(const unsigned char* position, Text& field) c
   uint32_t word = load<uint32_t>(position);
   field.next = position + kWord;
   if (word & kReference) {
-    field.text = g_entries[word & ~kReference];
+    const uint32_t index = word & ~kReference;
+    field.text = index < CurrentDictionary::count() ? CurrentDictionary()[index] : std::string_view("");
     return true;
   }
   if (word > left - kWord) return false;
@@ -210,9 +191,13 @@ inline bool ADSerializer::readText(const unsigned char* position, Text& field) c
   return true;
 }
 
+inline bool ADSerializer::readName(uint32_t offset, Text& name) const {
+  return offset < m_size && readText(m_data + offset, name);
+}
+
 inline std::string_view ADSerializer::nameAt(uint32_t offset) const {
   Text name;
-  return offset < m_size && readText(m_data + offset, name) ? name.text : std::string_view();
+  return readName(offset, name) ? name.text : std::string_view();
 }
 
 const char* ADSerializer::getName(unsigned int offset, unsigned int& length) const {
@@ -221,11 +206,12 @@ const char* ADSerializer::getName(unsigned int offset, unsigned int& length) con
   return name.data();
 }
 
-// The first slot whose name is not less than `name`.
-uint32_t ADSerializer::lowerBound(std::string_view name) const {
+// The slot of that name and, in `found`, the name as the blob has it; the number of slots if it is not there.
+uint32_t ADSerializer::search(std::string_view name, Text& found) const {
+  const uint32_t end = indexCount();
   uint32_t first = 0;
-  for (uint32_t count = indexCount(); count > 0;) {
-    uint32_t half = count / 2;
+  for (uint32_t count = end; count > 0;) {
+    const uint32_t half = count / 2;
     if (NameCompare(nameAt(slot(first + half)), name)) {
       first += half + 1;
       count -= half + 1;
@@ -233,15 +219,13 @@ uint32_t ADSerializer::lowerBound(std::string_view name) const {
       count = half;
     }
   }
-  return first;
+  return first < end && readName(slot(first), found) && sameName(found.text, name) ? first : end;
 }
 
 const unsigned char* ADSerializer::findAttribute(std::string_view name) const {
-  uint32_t position = lowerBound(name);
-  if (position >= indexCount()) return nullptr;
-  std::string_view found = nameAt(slot(position));
-  if (!found.data() || !sameName(found, name)) return nullptr;
-  return m_data + kHeaderSize + kWord * position;
+  Text found;
+  const uint32_t position = search(name, found);
+  return position < indexCount() ? m_data + kHeaderSize + kWord * position : nullptr;
 }
 
 const unsigned char* ADSerializer::findAttributeKey(std::string_view name) const {
@@ -250,12 +234,17 @@ const unsigned char* ADSerializer::findAttributeKey(std::string_view name) const
 }
 
 const unsigned char* ADSerializer::findAttributeData(std::string_view name) const {
-  return findAttributeData(findAttributeKey(name));
+  Text found;
+  return search(name, found) < indexCount() ? valueCountBehind(found) : nullptr;
 }
 
 const unsigned char* ADSerializer::findAttributeData(const unsigned char* record) const {
   Text name;
   if (record < m_data || record >= m_data + m_size || !readText(record, name)) return nullptr;
+  return valueCountBehind(name);
+}
+
+inline const unsigned char* ADSerializer::valueCountBehind(const Text& name) const {
   return remaining(name.next) >= kWord ? name.next : nullptr;
 }
 
@@ -287,7 +276,8 @@ bool ADSerializer::exists(std::string_view name, bool needValue) const {
 
 ADAttribute ADSerializer::find(const std::string& name) const {
   ADAttribute attribute(name);
-  read(attribute);
+  const unsigned char* valueCount = findAttributeData(name);
+  if (valueCount) readValues(valueCount, attribute);
   return attribute;
 }
 
@@ -335,13 +325,24 @@ const unsigned char* ADSerializer::recordsBegin(unsigned int indexOffset) const 
 void ADSerializer::readAll(ADAttributeMap& attributes, unsigned int indexOffset,
                            const StringArray& dictionary) {
   m_cursor = m_data + (recordsBegin(indexOffset) - m_data);
+  if (&dictionary == &m_dictionary)
+    takeRecords(attributes, CurrentDictionary());
+  else
+    takeRecords(attributes, dictionary);
+}
+
+// Records mostly come in order, so each is tried at the end of the map.
+template <class Dictionary>
+void ADSerializer::takeRecords(ADAttributeMap& attributes, const Dictionary& dictionary) {
   while (m_cursor < m_data + m_size) {
-    std::string_view name = takeText(dictionary);
-    auto place = placeOf(attributes, name);
-    if (place != attributes.end() && place->first == name)
-      skipValues();
+    const std::string_view name = takeText(dictionary);
+    const size_t before = attributes.size();
+    const auto entry = attributes.emplace_hint(attributes.end(), std::piecewise_construct,
+                                               std::forward_as_tuple(name), std::forward_as_tuple(name));
+    if (attributes.size() > before)
+      takeValues(entry->second, dictionary);
     else
-      takeValues(addAttribute(attributes, place, name), dictionary);
+      skipValues();
   }
 }
 
@@ -352,12 +353,13 @@ inline uint32_t ADSerializer::takeWord() {
   return word;
 }
 
-std::string_view ADSerializer::takeText(const StringArray& dictionary) {
+template <class Dictionary>
+inline std::string_view ADSerializer::takeText(const Dictionary& dictionary) {
   uint32_t word = takeWord();
   if (word & kReference) {
     uint32_t index = word & ~kReference;
     if (index >= static_cast<uint32_t>(dictionary.count())) throwBadIndex(index);
-    return dictionary[static_cast<int>(index)];
+    return dictionary[index];
   }
   return takeInline(word);
 }
@@ -369,7 +371,8 @@ inline std::string_view ADSerializer::takeInline(uint32_t length) {
   return text;
 }
 
-void ADSerializer::takeValues(ADAttribute& attribute, const StringArray& dictionary) {
+template <class Dictionary>
+inline void ADSerializer::takeValues(ADAttribute& attribute, const Dictionary& dictionary) {
   for (int32_t left = static_cast<int32_t>(takeWord()); left > 0; --left)
     attribute.emplace_back(takeText(dictionary));
   attribute.setMarks(false, true);

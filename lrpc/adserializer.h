@@ -38,6 +38,7 @@ class ADObject;
 /// Thread-safety: one thread at a time. The dictionary is constant once the library is loaded.
 class FOKRAZO_API ADSerializer {
  public:
+  /// Bytes in front of the index.
   static constexpr unsigned int kHeaderSize = 36;
 
   /// The dictionary of all writers and, by default, of all readers.
@@ -62,10 +63,12 @@ class FOKRAZO_API ADSerializer {
   /// Bytes of the record of one attribute.
   static size_t sizeAttribute(const ADAttribute& attribute);
 
+  /// The blob, and whether it is freed with this object.
   unsigned int size() const { return m_size; }
   const char* data() const { return reinterpret_cast<const char*>(m_data); }
   bool ownsData() const { return m_ownsData; }
 
+  /// The fields of the header; zero while there is no blob.
   long getAcquired() const;
   void setAcquired(long acquired);
   Guid guid() const;
@@ -121,18 +124,24 @@ class FOKRAZO_API ADSerializer {
   uint32_t indexCount() const;
   uint32_t slot(uint32_t position) const;
   void setSlot(uint32_t position, uint32_t offset);
-  uint32_t lowerBound(std::string_view name) const;
+  uint32_t search(std::string_view name, Text& found) const;
+  bool readName(uint32_t offset, Text& name) const;
   std::string_view nameAt(uint32_t offset) const;
+  const unsigned char* valueCountBehind(const Text& name) const;
   bool readText(const unsigned char* position, Text& field) const;
   template <class Take>
   const unsigned char* walkValues(const unsigned char* valueCount, Take take) const;
   const unsigned char* readValues(const unsigned char* valueCount, ADAttribute& attribute) const;
   const unsigned char* recordEnd(const unsigned char* record) const;
 
+  template <class Dictionary>
+  void takeRecords(ADAttributeMap& attributes, const Dictionary& dictionary);
   uint32_t takeWord();
-  std::string_view takeText(const StringArray& dictionary);
+  template <class Dictionary>
+  std::string_view takeText(const Dictionary& dictionary);
   std::string_view takeInline(uint32_t length);
-  void takeValues(ADAttribute& attribute, const StringArray& dictionary);
+  template <class Dictionary>
+  void takeValues(ADAttribute& attribute, const Dictionary& dictionary);
   void skipValues();
 
   void putHeader(ADObject& object);

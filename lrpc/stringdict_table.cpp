@@ -423,6 +423,14 @@ constexpr size_t longest() {
   return length;
 }
 
+constexpr std::array<std::string_view, kCurrentCount> currentEntries() {
+  std::array<std::string_view, kCurrentCount> entries;
+  size_t index = 0;
+  for (const Entry& entry : kEntries)
+    if (entry.lists & k16090) entries[index++] = entry.text;
+  return entries;
+}
+
 static_assert(longest() == kLongestEntry, "the longest entry");
 static_assert(count(k15487) == 377, "entries of the oldest list");
 static_assert(count(k15667) == 383, "entries of list 15667");
@@ -432,9 +440,11 @@ static_assert(count(k30618) == 395, "entries of list 30618");
 static_assert(count(k60690) == 394, "entries of list 60690");
 static_assert(count(k45829) == 396, "entries of list 45829");
 static_assert(count(k36361) == 397, "entries of list 36361");
-static_assert(count(k16090) == 398, "entries of the current list");
+static_assert(count(k16090) == kCurrentCount, "entries of the current list");
 
 }  // namespace
+
+constexpr std::array<std::string_view, kCurrentCount> kCurrent = currentEntries();
 
 size_t entryCount(Lists list) {
   return count(list);

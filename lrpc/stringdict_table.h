@@ -1,8 +1,10 @@
 /// The entries of all nine string dictionaries. Internal.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace vesk {
 namespace stringdict {
@@ -40,6 +42,10 @@ constexpr size_t kEntryCount = 399;
 /// The length of the longest entry: no longer text is worth a search.
 constexpr size_t kLongestEntry = 35;
 extern const Entry kEntries[kEntryCount];
+
+/// The entries of the current list by index.
+constexpr size_t kCurrentCount = 398;
+extern const std::array<std::string_view, kCurrentCount> kCurrent;
 
 /// The number of entries of a list. Requires: one bit.
 size_t entryCount(Lists list);

@@ -20,6 +20,8 @@ namespace {
 constexpr char kWhiteSpace[] = " \t\n\r\f\v";
 constexpr char kListSeparator[] = ", ";
 
+constexpr char kCaseBit = 'a' - 'A';
+
 template <class Number>
 std::string inRadix(Number value, int radix) {
   char digits[24];  // the longest 64-bit number has 22 digits, in octal
@@ -34,17 +36,18 @@ std::string unsignedText(Unsigned value, int radix) {
 // ASCII alone: names and keys must read the same whatever locale the host program has set. (In a Turkish one
 // tolower('I') is no 'i'.)
 char lowerLetter(char c) {
-  return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  return static_cast<char>('A' <= c && c <= 'Z' ? c | kCaseBit : c);
 }
 
 char upperLetter(char c) {
-  return 'a' <= c && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  return static_cast<char>('a' <= c && c <= 'z' ? c & ~kCaseBit : c);
 }
 
 template <class String, class Convert>
-String converted(String text, Convert convert) {
-  std::transform(text.begin(), text.end(), text.begin(), convert);
-  return text;
+String converted(const String& text, Convert convert) {
+  String result(text);
+  for (auto& c : result) c = convert(c);
+  return result;
 }
 
 std::string_view trimmed(std::string_view text) {
