@@ -21,7 +21,7 @@ class FOKRAZO_API LogCache {
   LogCache(const LogCache&) = delete;
   LogCache& operator=(const LogCache&) = delete;
 
-  /// Whether it caches; otherwise text is written at once.
+  /// False: every operation does nothing.
   bool isActive() const { return m_buffer != nullptr; }
   /// Replaces the stream, which stays the caller's and may be null: what is flushed then is lost.
   void setFileFP(FILE* file) { m_file = file; }
