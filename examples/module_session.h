@@ -26,6 +26,10 @@ struct Failure {
   throw Failure{vesk::answerOf(result)};
 }
 
+inline void succeedOrFail(vesk::ValidationResult result) {
+  if (result != vesk::VR_SUCCESS) fail(result);
+}
+
 /// A session of the modules.
 /// Thread-safety and fork: as LocalRpcSession.
 class ModuleSession {
@@ -48,33 +52,29 @@ class ModuleSession {
   /// @throws Failure there is no such object, or the daemon cannot say
   template <class Key>
   vesk::ADObject find(vesk::DSObjectType type, vesk::KeyKind kind, const Key& key, int flags) {
-    Lookup lookup(vesk::IPC_OP_GET_OBJECT, type, kind, key, flags);
-    return with([&](vesk::LocalRpcSession& session) {
-      session.executeWithRetry(lookup.request, lookup.reply, false);
-      return lookup.object(session);
-    });
+    Lookup request(vesk::IPC_OP_GET_OBJECT, type, kind, key, flags);
+    vesk::IPCReply reply;
+    succeedOrFail(ask(request, reply, &vesk::LocalRpcSession::executeWithRetry));
+    return objectOf(reply);
   }
 
   /// Start a listing and advance it. A connection that is lost meanwhile ends it.
   /// @throws Failure refused; at its end, "not found"
   void startListing(vesk::DSObjectType type) {
-    with([&](vesk::LocalRpcSession& session) {
-      vesk::IPCRequest request(vesk::IPC_OP_START_LIST);
-      for (const int field : {static_cast<int>(type), 0, 0}) request += field;
-      vesk::IPCReply reply;
-      session.executeWithRetry(request, reply, false);
-      const vesk::ValidationResult result = session.updateVRErrInfo(reply);
-      if (result != vesk::VR_SUCCESS) fail(result);
-      return result;
-    });
+    vesk::IPCRequest request(vesk::IPC_OP_START_LIST);
+    for (const int field : {static_cast<int>(type), 0, 0}) request += field;
+    vesk::IPCReply reply;
+    succeedOrFail(ask(request, reply, &vesk::LocalRpcSession::executeWithRetry));
   }
 
   vesk::ADObject next(vesk::DSObjectType type) {
-    Lookup lookup(vesk::IPC_OP_GET_OBJECT2, type, vesk::KeyName, std::string(kNextEntry), vesk::UNIX_ONLY);
-    return with([&](vesk::LocalRpcSession& session) {
-      session.execute(lookup.request, lookup.reply, false);  // twice would lose an entry
-      return lookup.object(session);
-    });
+    Lookup request(vesk::IPC_OP_GET_OBJECT2, type, vesk::KeyName, std::string(kNextEntry), vesk::UNIX_ONLY);
+    vesk::IPCReply reply;
+    // Sent twice it would lose an entry.
+    const vesk::ValidationResult result = ask(request, reply, &vesk::LocalRpcSession::execute);
+    const bool isEnd = result != vesk::VR_SUCCESS && m_session.statusCode() == kEndOfList;
+    succeedOrFail(isEnd ? vesk::VR_NO_MORE : result);
+    return objectOf(reply);
   }
 
   /// Whether a name means something else than itself in a lookup.
@@ -84,30 +84,34 @@ class ModuleSession {
   static constexpr char kNextEntry[] = "@#";
   static constexpr int kEndOfList = 10;
 
-  /// The request of a lookup and its reply.
-  struct Lookup {
+  struct Lookup : vesk::IPCRequest {
     template <class Key>
     Lookup(vesk::IPC_OPCODE opcode, vesk::DSObjectType type, vesk::KeyKind kind, const Key& key, int flags)
-        : request(opcode) {
-      request += type;
-      request += flags & vesk::UNIX_ONLY ? 0 : 2;
-      request += kind;
-      request += (flags & vesk::CHECK_AD_FIRST) != 0;
-      request += (flags & vesk::GROUP_MEMBERSHIP) != 0;
-      request += key;
+        : IPCRequest(opcode) {
+      *this += type;
+      *this += flags & vesk::UNIX_ONLY ? 0 : 2;
+      *this += kind;
+      *this += (flags & vesk::CHECK_AD_FIRST) != 0;
+      *this += (flags & vesk::GROUP_MEMBERSHIP) != 0;
+      *this += key;
     }
-
-    vesk::ADObject object(vesk::LocalRpcSession& session) {
-      const vesk::ValidationResult result = session.updateVRErrInfo(reply);
-      if (result != vesk::VR_SUCCESS) fail(session.statusCode() == kEndOfList ? vesk::VR_NO_MORE : result);
-      vesk::ADObject object = reply.getADObject();
-      if (object.isEmpty()) fail(vesk::VR_NOT_FOUND);
-      return object;
-    }
-
-    vesk::IPCRequest request;
-    vesk::IPCReply reply;
   };
+
+  using Carrier = void (vesk::LocalRpcSession::*)(vesk::IPCRequest&, vesk::IPCReply&, bool);
+
+  /// One exchange, and the result that its reply begins with.
+  vesk::ValidationResult ask(vesk::IPCRequest& request, vesk::IPCReply& reply, Carrier carry) {
+    return with([&](vesk::LocalRpcSession& session) {
+      (session.*carry)(request, reply, false);
+      return session.updateVRErrInfo(reply);
+    });
+  }
+
+  static vesk::ADObject objectOf(vesk::IPCReply& reply) {
+    vesk::ADObject object = reply.getADObject();
+    if (object.isEmpty()) fail(vesk::VR_NOT_FOUND);
+    return object;
+  }
 
   /// Believes root alone, and never waits for this very process, which is the daemon then. Keeps the
   /// connection from programs that this one starts.

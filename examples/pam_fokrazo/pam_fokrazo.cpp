@@ -47,7 +47,7 @@ Verdict ask(const std::string& user, Question question) {
     if (user.empty() || ModuleSession::isReserved(user)) fail(vesk::VR_NOT_FOUND);
     ModuleSession session;
     verdict.result = question(session);
-    if (verdict.result != vesk::VR_SUCCESS) fail(verdict.result);
+    succeedOrFail(verdict.result);
   });
   return verdict;
 }

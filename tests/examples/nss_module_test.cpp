@@ -141,7 +141,7 @@ std::vector<std::string> listAll(const char* database, bool grow) {
   auto* const next = function<Next<Entry>>(("get" + name + "_r").c_str());
   EXPECT_EQ(function<nss_status(int)>(("set" + name).c_str())(0), NSS_STATUS_SUCCESS);
   std::vector<std::string> lines;
-  do {
+  for (int ends = 0; ends < 2;) {
     Entry entry;
     char buffer[kLarge];
     int error = 0;
@@ -151,7 +151,8 @@ std::vector<std::string> listAll(const char* database, bool grow) {
       const nss_status status = next(&entry, buffer, sizeof buffer, &error);
       lines.push_back(status == NSS_STATUS_SUCCESS ? lineOf(entry) : text(status, error));
     }
-  } while (lines.back().find(':') != std::string::npos);
+    if (lines.back().find(':') == std::string::npos) ++ends;
+  }
   EXPECT_EQ(function<nss_status()>(("end" + name).c_str())(), NSS_STATUS_SUCCESS);
   return lines;
 }
@@ -160,8 +161,8 @@ TEST(NssModule, AnEnumerationLosesNoEntryToASmallBuffer) {
   const Daemon daemon;
   const std::vector<std::string> users = listAll<passwd>("pwent", false),
                                  groups = listAll<group>("grent", false);
-  EXPECT_EQ(users.size(), 20u);  // one user of the sample has root's group and is left out
-  EXPECT_EQ(groups.size(), 4u);
+  EXPECT_EQ(users.size(), 21u);  // one user of the sample has root's group and is left out
+  EXPECT_EQ(groups.size(), 5u);
   EXPECT_EQ(users.back(), "NOTFOUND ENOENT");
   EXPECT_EQ(listAll<passwd>("pwent", true), users);
   EXPECT_EQ(listAll<group>("grent", true), groups);
@@ -170,8 +171,9 @@ TEST(NssModule, AnEnumerationLosesNoEntryToASmallBuffer) {
 TEST(NssModule, AnEnumerationThatFailedStaysSo) {
   const Daemon daemon({"--fault", "drop@3"});
   const std::vector<std::string> lines = listAll<passwd>("pwent", false);
-  ASSERT_EQ(lines.size(), 2u);
+  ASSERT_EQ(lines.size(), 3u);
   EXPECT_EQ(lines[1], "TRYAGAIN EAGAIN");
+  EXPECT_EQ(lines[2], "TRYAGAIN EAGAIN");
   EXPECT_EQ(listAll<passwd>("pwent", false).back(), "NOTFOUND ENOENT");
 }
 
@@ -301,37 +303,38 @@ TEST(NssModule, ACancelledThreadIsNotCancelledInside) {
 
 TEST(NssModule, GroupsAreAddedToTheCallersArray) {
   using InitGroups = nss_status(const char*, gid_t, long*, long*, gid_t**, long, int*);
+  using Groups = std::vector<gid_t>;
   const struct {
     const char* user;
     gid_t primary;
     long limit;
+    Groups before;
     const char* answer;
-    std::vector<gid_t> groups;
+    Groups after;
   } rows[] = {
-      {"mgruber", 1, -1, "SUCCESS", {1, 20002}},   // has to grow
-      {"mgruber", 1, 1, "SUCCESS", {1}},           // may not
-      {"mgruber", 20002, -1, "SUCCESS", {20002}},  // already there
-      {kUser, 1, -1, "SUCCESS", {1}},
-      {"nosuch", 1, -1, "NOTFOUND ENOENT", {1}},
+      {"mgruber", 1, -1, {1}, "SUCCESS", {1, 20002}},  // in a place that has to be made
+      {"mgruber", 1, 1, {1}, "SUCCESS", {1}},         {"mgruber", 1, -1, {20002}, "SUCCESS", {20002}},
+      {"mgruber", 20002, -1, {}, "SUCCESS", {}},      {"nosuch", 1, -1, {1}, "NOTFOUND ENOENT", {1}},
   };
-  const auto ask = [](const char* user, gid_t primary, long limit, std::vector<gid_t>& groups) {
-    long start = 1, size = 1;
+  const auto ask = [](const char* user, gid_t primary, long limit, Groups& groups) {
+    long start = static_cast<long>(groups.size()), size = start;
     int error = 0;
     auto* array = static_cast<gid_t*>(malloc(sizeof(gid_t)));
-    array[0] = primary;
+    std::copy(groups.begin(), groups.end(), array);
     const nss_status status =
         function<InitGroups>("initgroups_dyn")(user, primary, &start, &size, &array, limit, &error);
     groups.assign(array, array + start);
     free(array);
     return text(status, error);
   };
-  std::vector<gid_t> groups;
+  Groups groups = {1};
   EXPECT_EQ(ask("mgruber", 1, -1, groups), "UNAVAIL EIO");
-  EXPECT_EQ(groups, std::vector<gid_t>{1});
+  EXPECT_EQ(groups, Groups{1});
   const Daemon daemon;
   for (const auto& row : rows) {
-    EXPECT_EQ(ask(row.user, row.primary, row.limit, groups), row.answer) << row.user << row.limit;
-    EXPECT_EQ(groups, row.groups) << row.user << row.limit;
+    groups = row.before;
+    EXPECT_EQ(ask(row.user, row.primary, row.limit, groups), row.answer) << &row - rows;
+    EXPECT_EQ(groups, row.after) << &row - rows;
   }
 }
 
