@@ -27,7 +27,7 @@ TEST(PropertyNames, NamesThatAreNotSimplyTheKeyInCapitals) {
 TEST(PropertyNames, TheTableIsAsItWas) {
   std::ifstream source(TEST_SOURCE_DIR "/util/propnames.cpp");
   const std::string text{std::istreambuf_iterator<char>(source), {}};
-  const std::regex row("const std::string (\\w+) =\\s+\"([^\"]*)\";");
+  const std::regex row("(\\w+)(?: =|,)\\s+\"([^\"]*)\"");
   std::string rows;
   for (std::sregex_iterator match(text.begin(), text.end(), row), end; match != end; ++match)
     rows += match->str(1) + "=" + match->str(2) + "\n";
