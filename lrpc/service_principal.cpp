@@ -48,7 +48,7 @@ int velmora_sname_to_principal(void* /*context*/, const char* host, const char* 
   }
   try {
     const std::string principal = canonicalPrincipal(host, service ? service : "host");
-    memcpy(out, principal.c_str(), strlen(principal.c_str()) + 1);
+    strcpy(out, principal.c_str());
     return kDone;
   } catch (const vesk::NotFoundException&) {
     return whatIfThereIsNone();
