@@ -42,6 +42,7 @@ class FOKRAZO_API DN {
   /// "<GUID=…>;<SID=…>;" and the DN, without the middle part for a null SID. An extended DN stays as it is.
   static std::string extendedDN(const Guid& guid, const SID& sid, const std::string& dn);
 
+  /// The DN of a domain: a DC= part for each of its labels.
   static std::string dnFromDomain(const std::string& domain);
   /// The domain of a DN or of a canonical name, in upper case. @throws BadDataException neither of them.
   static std::string domainFromDN(const std::string& dn);

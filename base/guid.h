@@ -22,6 +22,7 @@ namespace vesk {
 /// Thread-safety: a plain value of 16 bytes.
 class FOKRAZO_API Guid {
  public:
+  /// Bytes of an identifier.
   static constexpr size_t kSize = 16;
 
   /// All zeros.
@@ -41,6 +42,7 @@ class FOKRAZO_API Guid {
   /// @throws BadDataException any other text; the value is then unchanged.
   void fromExtendedDN(const std::string& text);
 
+  /// The forms that are shown above.
   std::string toString() const;
   std::string toMSString() const;
   std::string toRealMSString() const;
@@ -53,10 +55,12 @@ class FOKRAZO_API Guid {
   /// back unchanged.
   static std::string swapBytesMSGuid(const std::string& text);
 
+  /// Whether all bytes are zero.
   bool isNull() const { return *this == Guid(); }
   /// The 16 bytes in stored order.
   const unsigned char* bytes() const { return m_bytes.data(); }
 
+  /// Whether all bytes are the same.
   bool operator==(const Guid& other) const { return m_bytes == other.m_bytes; }
   bool operator!=(const Guid& other) const { return m_bytes != other.m_bytes; }
   /// By bytes; for the keys of maps.
@@ -84,7 +88,9 @@ class FOKRAZO_API GuidList {
   /// One identifier for each whole 16 bytes; the bytes that are left over are ignored.
   GuidList(const unsigned char* data, int size);
 
+  /// Whether this is a null list, which has no items.
   bool isNull() const { return !m_impl; }
+  /// As of a standard container.
   bool empty() const { return size() == 0; }
   size_t size() const;
   const_iterator begin() const;

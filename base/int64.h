@@ -13,6 +13,7 @@ namespace vesk {
 class FOKRAZO_API Int64 {
  public:
   Int64() = default;
+  /// Any number.
   Int64(int64_t value) : m_value(value) {}
   /// Reads a "-", which may be missing, and decimal digits. The characters are not checked: each counts as
   /// its distance from "0". What does not fit wraps around.
@@ -20,12 +21,15 @@ class FOKRAZO_API Int64 {
 
   /// Decimal text.
   operator std::string() const;
+  /// The number.
   int64_t value() const { return m_value; }
 
+  /// By value.
   bool operator==(const Int64& other) const { return m_value == other.m_value; }
   bool operator!=(const Int64& other) const { return m_value != other.m_value; }
   bool operator<(const Int64& other) const { return m_value < other.m_value; }
 
+  /// 0, and the greatest number.
   static const Int64 ZERO;
   static const Int64 MAXINT64;
 

@@ -42,6 +42,7 @@ FOKRAZO_API Sockbuf* qtr_ber_sockbuf_alloc();
 /// microseconds; option 15 copies it out, option 16 sets it, to 0 for null. Both answer 1, or -1 for a buffer
 /// that is not from qtr_ber_sockbuf_alloc. The package's own option 4 (non-blocking) also sets the mark.
 FOKRAZO_API int qtr_ber_sockbuf_ctrl(Sockbuf* buffer, int option, void* argument);
+/// The two options.
 constexpr int QTR_SB_OPT_GET_TIMEOUT = 15;
 constexpr int QTR_SB_OPT_SET_TIMEOUT = 16;
 

@@ -42,6 +42,7 @@ class FOKRAZO_API ADObject {
   /// @throws BadDataException a blob shorter than its header; `data` then stays the caller's.
   ADObject(unsigned int size, char* data, bool ownsData, VeskCache* cache);
 
+  /// Whether this is a null handle.
   bool isNull() const { return !m_impl; }
   /// A null handle, or a body with neither attributes nor a blob.
   bool isEmpty() const;
@@ -80,14 +81,17 @@ class FOKRAZO_API ADObject {
   SID& sid();
   /// Sets the SID from its text form, and `_SID` to that text. @throws BaseException no SID.
   void setSID(const std::string& text);
+  /// Null; 0 while it is not known.
   Guid guid() const;
   Int64 usn() const;
   void setUsn(Int64 usn);
   /// Seconds since the epoch.
   long acquired() const;
   void setAcquired(long acquired);
+  /// A mark of the daemon's.
   bool indexed() const;
   void setIndexed(bool indexed);
+  /// What the constructor was given.
   VeskCache* cache() const;
 
   /// The kind of object in one word, remembered in `_objectCategory`; empty if it cannot be told.
@@ -137,6 +141,7 @@ class FOKRAZO_API ADObject {
 /// Thread-safety: one thread at a time for all handles of a body.
 class FOKRAZO_API ADObjectList {
  public:
+  /// Valid as of a std::list.
   using iterator = std::list<ADObject>::iterator;
 
   /// A null handle.
@@ -144,9 +149,12 @@ class FOKRAZO_API ADObjectList {
   /// A list that exists and is empty.
   static ADObjectList create();
 
+  /// Whether this is a null handle.
   bool isNull() const { return !m_impl; }
+  /// As of a std::list.
   bool empty() const;
   size_t size() const;
+  /// Appends; the handle shares its body.
   void push_back(const ADObject& object);
   iterator begin() const;
   iterator end() const;

@@ -6,6 +6,7 @@
 #include "util/include/error_util.h"
 #include "util/include/export.h"
 
+/// Of lber.h.
 typedef struct berelement BerElement;
 
 namespace vesk {
@@ -19,11 +20,13 @@ class FOKRAZO_API IPCException : public VESKException {
   /// Wire values 1 to 5: this class and the four instances of IPCExceptionDerived.
   enum IPCExceptionTypeID : int { kPlain = 1 };
 
+  /// With the daemon's text.
   explicit IPCException(const std::string& message);
   ~IPCException() noexcept override;
 
   /// The daemon's text; owned by the exception.
   const char* what() const noexcept override;
+  /// What it is in a message.
   virtual IPCExceptionTypeID getTypeCode();
   /// Appends type and text, up to its first NUL byte, to a message that is being written.
   /// @throws IOException the message takes no more.

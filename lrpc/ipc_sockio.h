@@ -19,6 +19,7 @@ namespace vesk {
 /// of more than 107 bytes is cut. Blocks for at most `lrpc.connect.timeout` seconds.
 /// @throws IOException; no descriptor is left open then.
 FOKRAZO_API int IPCconnect(std::string path);
+/// Closes what IPCconnect has opened.
 FOKRAZO_API void IPCdisconnect(int fd);
 
 // The next four wait for at most `lrpc.timeout` seconds in each step. After an exception the position in the

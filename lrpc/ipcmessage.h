@@ -13,6 +13,7 @@
 #include "lrpc/ipc_opcode.h"
 #include "util/include/export.h"
 
+/// Of lber.h.
 typedef struct berelement BerElement;
 struct berval;
 
@@ -39,6 +40,7 @@ class FOKRAZO_API IPCMessage {
   IPCMessage(const IPCMessage&) = delete;
   IPCMessage& operator=(const IPCMessage&) = delete;
 
+  /// What the header says, or will say.
   IPC_OPCODE opcode() const { return m_opcode; }
   IPC_RESULT result() const { return m_result; }
   /// These count until the header is written, which happens with the first field or when the message is sent.
@@ -146,6 +148,7 @@ class FOKRAZO_API IPCMessage {
 class FOKRAZO_API IPCReply : public IPCMessage {
  public:
   IPCReply() = default;
+  /// A reply to be written.
   explicit IPCReply(IPC_OPCODE opcode) { setOpcode(opcode); }
 };
 

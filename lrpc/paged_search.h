@@ -13,6 +13,7 @@ class LocalRpcSession;
 /// is not told of a handle that is dropped. Thread-safety: one thread at a time, the session's.
 class FOKRAZO_API PagedSearchHandle {
  public:
+  /// Over the daemon's number of a search that was begun on that session.
   PagedSearchHandle(LocalRpcSession* session, int handle);
 
   /// The next object; an empty one at the end, and after it. One exchange for each page, none for the objects

@@ -89,6 +89,7 @@ class FOKRAZO_API LocalRpcSession {
   int statusCode() const { return m_statusCode; }
   /// Qualifies a result further; the NT status, where there is one.
   int statusDetail() const { return m_statusDetail; }
+  /// A text for people.
   const std::string& statusMessage() const { return m_statusMessage; }
   /// The daemon's own condition, with two numbers and a text of its own; 48 before the first reply.
   ValidationResult healthResult() const { return m_healthResult; }
@@ -98,6 +99,7 @@ class FOKRAZO_API LocalRpcSession {
 
   /// The descriptor of the connection, -1 while there is none.
   int socket() const { return m_socket; }
+  /// Whether the daemon has checked this process on this connection.
   bool processAuthenticated() const { return m_processAuthenticated; }
 
   // --- The daemon itself ---
@@ -167,6 +169,7 @@ class FOKRAZO_API LocalRpcSession {
   /// The handle refers to this session.
   PagedSearchHandle ldapPagedSearch(const std::string& s1, const std::string& s2, const std::string& s3,
                                     const char** attributes, LdapSearchScopeType scope, int limit, bool flag);
+  /// One object.
   ADObject ldapFetch(const std::string& s1, const std::string& s2, const char** attributes, bool flag);
 
   // --- Authentication ---
@@ -226,6 +229,7 @@ class FOKRAZO_API LocalRpcSession {
   ValidationResult flushCache(const std::string& key);
   ValidationResult flushCache(ADObject& object);
   ValidationResult flushCache(unsigned int selectors);
+  /// Tells the daemon that the network has changed.
   ValidationResult networkChange();
   /// A text for people. Sent once.
   /// @throws SystemException the refresh failed; the message is the daemon's, rc() its detail or 9.
@@ -233,6 +237,7 @@ class FOKRAZO_API LocalRpcSession {
   std::string updateMachinePolicy();
   /// @throws SystemException "could not get sysinfo"
   std::string getSystemInfo(unsigned int what);
+  /// For whoever works on the daemon; what the strings say is its own.
   ValidationResult dumpCache(const std::string& s1, const std::string& s2, const std::string& s3);
   /// @throws SystemException "could do sandbox test"
   bool samEnabled();

@@ -37,7 +37,8 @@ FOKRAZO_API int GetDictionarySum(const std::string& versionNum);
 /// Prints releases and checksums to standard output.
 FOKRAZO_API void ShowDictionarysList();
 
-/// The nine lists, oldest first; 16090 is the current one again.
+// The nine lists, oldest first, with their maps and checksums; 16090 is the current one again.
+
 FOKRAZO_API const DictionaryVector& GetDictionaryVector15487();
 FOKRAZO_API const DictionaryMap& GetDictionaryMap15487();
 FOKRAZO_API int GetDictionarySum15487();

@@ -25,14 +25,17 @@ FOKRAZO_API extern const std::string NOBODY;
 class FOKRAZO_API VeskObj {
  public:
   virtual ~VeskObj();
+  /// The Unix id, and a name: the classes below say which.
   virtual unsigned int getId() const = 0;
   virtual std::string getName() const = 0;
   /// Whether the object has the Unix id.
   virtual bool isUnix() const;
+  /// Of the object; null where it has none.
   virtual Guid getGuid() const;
   virtual SID getSid() const;
   /// 0 for a user, 1 for a group.
   virtual int getType() const;
+  /// Of the object.
   virtual std::string getDN() const;
   /// A further handle on the object that the view was made of.
   virtual ADObject getObject() const;
@@ -72,27 +75,33 @@ class FOKRAZO_API User : public VeskObj {
   /// The account name of the directory, which need not be the Unix name.
   std::string getName() const override;
 
+  /// Of the Unix profile; of the nobody account where there is none.
   const std::string& unixName() const { return m_unixName; }
   unsigned int gid() const { return m_gid; }
   /// The password field of a passwd line: "x" or a hash.
   const std::string& password() const { return m_password; }
+  /// The Kerberos names, empty where there is none.
   const std::string& servicePrincipalName() const { return m_servicePrincipalName; }
   const std::string& computedPrincipalName() const { return m_computedPrincipalName; }
   const std::string& userPrincipalName() const { return m_userPrincipalName; }
+  /// The further fields of a passwd line.
   const std::string& shell() const { return m_shell; }
   const std::string& gecos() const { return m_gecos; }
   const std::string& home() const { return m_home; }
   /// One entry per value of `_groupSidList`; a value that is no SID is a null one.
   const std::list<SID>& groupSids() const { return m_groupSids; }
+  /// Attributes as they stand; empty where there is none.
   const std::string& passwordHash() const { return m_passwordHash; }
   const std::string& workstations() const { return m_workstations; }
   const std::string& altSecurityIdentity() const { return m_altSecurityIdentity; }
+  /// As the directory gives them, -1 where it has none.
   int64_t accountExpires() const { return m_accountExpires; }
   int64_t passwordLastSet() const { return m_passwordLastSet; }
   int64_t minPasswordAge() const { return m_minPasswordAge; }
   int64_t maxPasswordAge() const { return m_maxPasswordAge; }
   int64_t maxPasswordAgeDisplay() const { return m_maxPasswordAgeDisplay; }
   int64_t lockoutTime() const { return m_lockoutTime; }
+  /// The account's control bits, and its rights on this host.
   int32_t accountControl() const { return m_accountControl; }
   bool hasBaseSysRights() const { return m_hasBaseSysRights; }
   const std::string& auditLevel() const { return m_auditLevel; }
@@ -151,11 +160,13 @@ class FOKRAZO_API Group : public VeskObj {
 
   /// The account name of the directory.
   const std::string& name() const { return m_name; }
+  /// Of the Unix profile; of the nobody group where there is none.
   const std::string& unixName() const { return m_unixName; }
   /// "x".
   const std::string& password() const { return m_password; }
   /// Unix names as the daemon gives them, neither filtered nor sorted.
   const std::list<std::string>& members() const { return m_members; }
+  /// Whether the daemon calls the group required.
   bool required() const { return m_required; }
 
  private:

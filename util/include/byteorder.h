@@ -6,6 +6,8 @@
 
 namespace vesk {
 
+// Each of these reads a number of so many bits from an address, or writes it there.
+
 inline uint8_t Get8(const void* bytes) {
   return *static_cast<const uint8_t*>(bytes);
 }

@@ -41,6 +41,7 @@ class FOKRAZO_API CircularBuffer {
   /// Sets the root logger's memory level and, with `enable`, makes the ring. False stops nothing.
   void reconfigure(bool enable, std::string level);
 
+  /// Whether there is a ring, and whether the process allows one.
   bool isEnabled() const { return m_enabled.load(std::memory_order_relaxed); }
   bool isActive() const { return m_active.load(std::memory_order_relaxed); }
   /// Allows the memory log, or lets later configurations pass it over.

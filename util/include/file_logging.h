@@ -46,9 +46,11 @@ class FOKRAZO_API FileLogging {
   int init(const char* path, const Settings& settings);
   /// Opens the file if it is closed or `force` is set.
   void open(bool force);
+  /// Writes out what is left, and closes the file.
   void close();
   /// Closes the file and gives the cache back.
   void destroy();
+  /// Whether lines go to the file.
   bool isOpened();
 
   /// Writes one line: time, host, program and process, then the text. With a cache the text is cut at 1023
@@ -63,6 +65,7 @@ class FOKRAZO_API FileLogging {
 
   /// The rest requires that `mutex` is held.
   int openLog(bool force);
+  /// As close.
   void closeLog();
   /// Moves the file out of the way and opens a new one, if it is too large.
   void fileRotate();
@@ -70,6 +73,7 @@ class FOKRAZO_API FileLogging {
   bool checkFileSizeByFP();
   bool checkFileSizeByPath();
 
+  /// Held over every operation; recursive.
   Mutex mutex;
 
  private:

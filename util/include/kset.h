@@ -13,6 +13,7 @@ namespace vesk {
 
 /// One remembered file.
 struct FOKRAZO_API KSetData {
+  /// All that the file holds.
   std::string content;
   int mode = 0;  ///< permission bits
 };

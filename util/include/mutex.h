@@ -94,12 +94,14 @@ class FOKRAZO_API Lock {
   /// Waits on the mutex's condition until the clock's current second plus `seconds`, at `nanoseconds` (below
   /// one second) into it. Mutex::wait tells the rest.
   bool wait(long seconds, long nanoseconds);
+  /// Whether the guard holds the mutex.
   bool isLocked() const { return m_locked; }
 
   Lock(const Lock&) = delete;
   Lock& operator=(const Lock&) = delete;
 
  protected:
+  /// The mutex that the guard is for.
   Mutex& mutex() const { return *m_mutex; }
 
  private:

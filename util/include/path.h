@@ -20,11 +20,13 @@ namespace vesk {
 /// the message; @throws BadDataException "Empty path" where told.
 class FOKRAZO_API Path : public std::list<std::string> {
  public:
+  /// The root's text, and what a blank becomes in string().
   static constexpr char ROOT[] = "/";
   static constexpr char SPACE_REPLACEMENT[] = "_";
 
   /// The empty path.
   Path() = default;
+  /// As parsePath.
   Path(const char* text);
   Path(const std::string& text);
 
@@ -35,6 +37,7 @@ class FOKRAZO_API Path : public std::list<std::string> {
   /// The text with backslashes.
   std::string winString() const;
 
+  /// What stands behind the last separator, and whether the path begins at the root.
   const std::string& leaf() const { return m_leaf; }
   bool isRoot() const { return m_isRoot; }
   /// Whether this is the empty path. (A list without components may still have a leaf or be the root.)
@@ -42,6 +45,7 @@ class FOKRAZO_API Path : public std::list<std::string> {
 
   /// Order of the texts, by bytes.
   bool operator<(const Path& other) const;
+  /// Whether all components are the same.
   bool operator==(const Path& other) const;
   bool operator!=(const Path& other) const { return !(*this == other); }
   /// Goes on with `right` below this path. @throws BadDataException `right` starts at the root
@@ -103,8 +107,10 @@ class FOKRAZO_API directory_iterator {
   /// The entry with its directory in front. Requires: not at the end.
   const Path& operator*() const { return m_entry; }
   const Path* operator->() const { return &m_entry; }
+  /// Goes on to the next entry, or to the end.
   directory_iterator& operator++();
 
+  /// Whether both are at the end, or on one directory being read.
   bool operator==(const directory_iterator& other) const { return m_handle == other.m_handle; }
   bool operator!=(const directory_iterator& other) const { return !(*this == other); }
 

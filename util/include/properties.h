@@ -23,6 +23,7 @@ class Logger;
 
 /// Order of property keys: case does not count.
 struct StringCaseLessThan {
+  /// Whether `a` stands before `b`.
   bool operator()(const std::string& a, const std::string& b) const {
     return strcasecmp(a.c_str(), b.c_str()) < 0;
   }
@@ -37,6 +38,7 @@ class FOKRAZO_API Property {
   const std::string* raw() const { return !m_hasRaw ? nullptr : m_raw ? m_raw.get() : &m_value; }
   /// Sets both.
   void set(const std::string& raw);
+  /// The value stays, of an earlier load: raw() gives null.
   void forgetRaw() { m_hasRaw = false; }
 
  private:
@@ -56,11 +58,13 @@ class FOKRAZO_API Property {
 /// callers' defaults answer.
 class FOKRAZO_API Properties : public PropertySyntax {
  public:
+  /// Keys with their final values; a shared list; all that is held of the keys, and a place in that.
   using Map = std::map<std::string, std::string, StringCaseLessThan>;
   using ValueListPtr = boost::shared_ptr<const ValueList>;
   using Table = std::map<std::string, Property, StringCaseLessThan>;
   using iterator = Table::const_iterator;
 
+  /// Holds nothing yet. `debugDump`: what is read is logged at DEBUG instead of TRACE.
   explicit Properties(bool expandVariables = true, bool debugDump = false);
   ~Properties();
 

@@ -21,6 +21,7 @@ namespace vesk {
 
 /// The operations on texts that Properties offers under its own name.
 struct FOKRAZO_API PropertySyntax {
+  /// The items of a list.
   using ValueList = std::list<std::string>;
 
   /// Whether the text ends in an odd number of backslashes.

@@ -21,8 +21,10 @@ using ::MAIN_RUN_QUEUE;
 
 class Thread;
 
+/// Something that can be run, once or many times.
 class FOKRAZO_API Runnable {
  public:
+  /// Does it. What it throws is its caller's to handle.
   virtual void run() = 0;
   virtual ~Runnable();
 };
@@ -36,6 +38,7 @@ class FOKRAZO_API QueueAble : public Runnable {
   virtual const std::string& getID() const;
   /// When the item falls due, in seconds since the epoch.
   virtual long getTimeout();
+  /// Sets it.
   virtual void setTimeout(long timeout);
   /// Whether a TimeQueue posts the item again after it has run.
   virtual bool periodic();
@@ -51,6 +54,7 @@ class FOKRAZO_API QueueAble : public Runnable {
 /// lock held. Several queues may be locked by one thread; the registry's lock is held with none of them.
 class FOKRAZO_API RunQueue {
  public:
+  /// Queues by name, behind one lock.
   using Registry = Wrapper::Check<Wrapper::Locked, Map<std::string, RunQueue*>>;
 
   /// A queue outside the registry. `maxSize` 0 means no limit. `isLogQueue` marks the queue of the background
@@ -93,6 +97,7 @@ class FOKRAZO_API RunQueue {
   RunQueue& operator=(const RunQueue&) = delete;
 
  protected:
+  /// What is queued.
   using Item = boost::shared_ptr<QueueAble>;
   using Items = std::list<Item>;
 
@@ -104,6 +109,7 @@ class FOKRAZO_API RunQueue {
 
   /// Throws, with `lock` released, if the queue is shutting down.
   void refuseIfShuttingDown(Lock& lock);
+  /// Put an item into the queue, and take the first one out.
   void insert(Items::iterator before, const Item& item);
   Item takeFront();
   /// Throws QueueInterrupted, for this runner alone.
@@ -115,10 +121,10 @@ class FOKRAZO_API RunQueue {
 
   Mutex m_mutex;  // guards what follows; recursive, because items are destroyed under it. Its condition wakes
                   // runners.
-  Items m_items;
+  Items m_items;  // in the order in which they are run
   Items m_spare;  // empty nodes, so that a steady flow of items allocates none
-  bool m_interrupted = false;
-  bool m_shuttingDown = false;
+  bool m_interrupted = false;   // the runners are to leave
+  bool m_shuttingDown = false;  // and nothing is taken any more
 
  private:
   class Seat;

@@ -21,6 +21,7 @@ class FOKRAZO_API SELinuxModule {
   /// @throws SystemException the library (property `selinux.lib.name`) cannot be loaded or lacks a function
   static SELinuxModule& Instance();
 
+  /// As libselinux has them.
   void* (*context_new)(const char* context) = nullptr;
   void (*context_free)(void* context) = nullptr;
   const char* (*context_type_get)(void* context) = nullptr;

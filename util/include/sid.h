@@ -29,6 +29,7 @@ class FOKRAZO_API SID {
   SID() = default;
   /// Reads any spelling. Never throws for bad text: the SID is then null, and a log line tells.
   explicit SID(const std::string& text);
+  /// As of plain values.
   SID(const SID&) = default;
   SID(SID&&) noexcept = default;
   SID& operator=(const SID&) = default;
@@ -41,6 +42,7 @@ class FOKRAZO_API SID {
   /// As above for bytes from outside, of which there are `available`: missing ones become zero. Null or no
   /// bytes make the null SID.
   void init(const unsigned char* bytes, size_t available);
+  /// The null SID has no bytes.
   void setNull() { m_bytes.clear(); }
   bool isNull() const { return m_bytes.empty(); }
 
@@ -51,6 +53,7 @@ class FOKRAZO_API SID {
   void fromMSString(const std::string& text);
   /// The text ends with two padding characters, and stands for at most 1024 bytes.
   void fromB64String(const std::string& text);
+  /// The text is that of an LDAP filter: a backslash and two digits for each byte.
   void fromEscapedString(const std::string& text);
   /// Reads what stands behind "<SID=". The digits are not checked.
   void fromExtendedDN(const std::string& text);

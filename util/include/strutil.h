@@ -27,6 +27,7 @@ FOKRAZO_API std::string uitoa(unsigned int value, int radix);
 FOKRAZO_API std::string ulltoa(unsigned long long value, int radix);
 /// As "%f" prints it, cut at 63 characters.
 FOKRAZO_API std::string dbltoa(double value);
+/// A Unix id in decimal.
 FOKRAZO_API std::string uidtoa(unsigned int uid);
 FOKRAZO_API std::string gidtoa(unsigned int gid);
 /// STRCLS_TRUE or STRCLS_FALSE.
@@ -53,6 +54,7 @@ FOKRAZO_API bool contains(const char* const* list, const std::string& text);
 /// Whether `part` occurs in the text in any case.
 FOKRAZO_API bool contains(const std::string& text, const char* part);
 FOKRAZO_API bool contains(const std::string& text, const std::string& part);
+/// Whether the text is one of the list.
 FOKRAZO_API bool stringInList(const std::list<std::string>& list, const std::string& text,
                               bool caseSensitive);
 /// Whether one of the shell patterns matches the text.

@@ -23,6 +23,7 @@ class FOKRAZO_API Thread {
   void start(const char* name, void* (*routine)(void*), void* argument, int priority);
   /// Waits for the end. Nothing on a second call or after detach.
   void join();
+  /// Lets the thread end by itself; it cannot be joined any more.
   void detach();
   /// Asks a running thread to end at its next cancellation point; nothing if it has ended.
   void cancel();
@@ -34,7 +35,9 @@ class FOKRAZO_API Thread {
   /// Called in the thread when it ends by cancellation or pthread_exit.
   virtual void unexpectedTermination();
 
+  /// What was given to start; empty before.
   const std::string& name() const { return m_name; }
+  /// From start to the routine's end; whether cancel was called; the system's id of the thread.
   bool isRunning() const { return m_running; }
   bool isCancelled() const { return m_cancelled; }
   pthread_t id() const { return m_id; }
@@ -44,6 +47,7 @@ class FOKRAZO_API Thread {
   /// A cancellation point at both ends. True if the time passed in full, false if a signal cut it short.
   static bool sleep(long seconds, long nanoseconds);
   static bool sleep(long seconds, int milliseconds, int microseconds, int nanoseconds);
+  /// Lets other threads run.
   static void yield();
   /// Switch the calling thread's cancellation.
   static void enableKill();
@@ -55,6 +59,7 @@ class FOKRAZO_API Thread {
   /// No effect on this platform.
   static void SetMonoProcessor(bool mono);
 
+  /// What DetermineThreadSupport has found out.
   static std::atomic<bool> m_threadSupportKnown;
   static std::atomic<bool> m_threadsSupported;
   /// Number of Thread objects. Above 0 the process counts as threaded.

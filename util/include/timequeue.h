@@ -16,6 +16,7 @@ class FOKRAZO_API TimedEvent : public QueueAble {
   TimedEvent(const std::string& id, long delay, void (*function)(void*), void* argument, bool dedup,
              bool periodic);
 
+  /// As QueueAble; run() calls the function.
   void run() override;
   bool dedupMe() override;
   const std::string& getID() const override;

@@ -25,6 +25,7 @@ class Check;
 template <class C>
 class Check<Locked, C> : public C {
  public:
+  /// The mutex that guards it.
   Mutex& mutex() { return m_mutex; }
 
  private:
@@ -38,6 +39,7 @@ template <class T>
 class Container : public T, public Wrapper::Base {
  public:
   using T::T;
+  /// As of `T`.
   Container() = default;
   Container(const Container&) = default;
   Container(Container&&) = default;
