@@ -23,15 +23,16 @@ size_t g_allocations = 0;
 
 }  // namespace
 
-void* operator new(size_t size) {
+// Not inlined: the optimizer would take these for the library's own and see memory that changes hands.
+[[gnu::noinline]] void* operator new(size_t size) {
   ++g_allocations;
   if (void* memory = malloc(size)) return memory;
   throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   free(memory);
 }
-void operator delete(void* memory, size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, size_t) noexcept {
   free(memory);
 }
 
