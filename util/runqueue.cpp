@@ -48,18 +48,19 @@ bool QueueAble::keepQueuedItem(long) {
   return false;
 }
 
-/// The first runner's place, for as long as it serves the queue: its Thread object may be gone afterwards.
+/// The first runner's place, for as long as it serves the queue: its Thread object may be gone afterwards. A
+/// cancel strikes neither when the place is taken nor when it is given up, or it would stay taken.
 class RunQueue::Seat {
  public:
   explicit Seat(RunQueue& queue) : m_queue(queue) {
-    Lock lock(m_queue.m_mutex);
+    const BriefHold hold(m_queue.m_mutex);
     if (m_queue.m_runner) return;
     m_queue.m_runner = Thread::getSelf();
     m_taken = m_queue.m_runner != nullptr;
   }
-  ~Seat() noexcept(false) {
+  ~Seat() {
     if (!m_taken) return;
-    Lock lock(m_queue.m_mutex);
+    const BriefHold hold(m_queue.m_mutex);
     m_queue.m_runner = nullptr;
   }
   bool taken() const { return m_taken; }

@@ -12,6 +12,7 @@
 #include "util/include/mutex.h"
 #include "util/include/osport.h"
 #include "util/include/pause.h"
+#include "util/include/threads_api.h"
 
 namespace {
 
@@ -92,16 +93,14 @@ class Program {
   int m_limit;
 };
 
-// Gives the process id and enters the child into the list; -1 with errno.
+// Gives the process id and enters the child into the list; -1 with errno. A cancel does not strike here,
+// where nobody would look after the child.
 pid_t startChild(Program& program, bool awaited) {
-  vesk::Lock lock(gSpawnMutex());
+  const vesk::BriefHold hold(gSpawnMutex());
   gSpawnPidList().reserve(gSpawnPidList().size() + 1);
   const pid_t pid = fork();
   if (pid == 0) program.become();
-  const int error = errno;
   if (pid > 0) gSpawnPidList().push_back({pid, awaited});
-  lock.unLock();
-  errno = error;
   return pid;
 }
 

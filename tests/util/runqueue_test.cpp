@@ -160,6 +160,19 @@ TEST(RunQueueThreads, TheRunnerPostsPastTheLimitAndIsNeverHeldUp) {
   EXPECT_EQ(pauses.taken().size(), 2u);
 }
 
+TEST(RunQueueThreads, ACancelledRunnerLeavesItsPlace) {
+  RunQueue queue("left", 2, false);
+  cancelAt([&](auto point) {
+    vesk::Thread::disableKill();
+    point();
+    pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
+    queue.runQueue(-1);
+  });
+  RecordedPauses pauses;
+  fill(queue, 1);
+  EXPECT_EQ(pauses.taken().size(), 1u);
+}
+
 TEST(RunQueueThreads, ATimedRunnerLeavesAnEmptyQueueWhenTheTimeIsOver) {
   RunQueue queue("timed", 0, false);
   MovedDay day;

@@ -236,4 +236,12 @@ TEST_F(SpawnTest, ACancelledWaiterLeavesItsChildToTheReaper) {
   input.closeWriter();
   awaitZombie();
   spawnfv_reap();
+  cancelAt([](auto point) {
+    vesk::Thread::disableKill();
+    point();
+    pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
+    run("exit 0");
+  });
+  awaitZombie();
+  spawnfv_reap();
 }
