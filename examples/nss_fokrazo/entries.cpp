@@ -15,20 +15,21 @@ bool isField(const std::string& text) {
   return std::none_of(text.begin(), text.end(), isSeparator);
 }
 
-// A comma stands between the members of a group.
-bool isName(const std::string& text) {
-  return !text.empty() && isField(text) && text.find(',') == std::string::npos;
-}
-
 }  // namespace
 
 bool isUsableId(uint32_t id) {
   return id != 0 && id != UINT32_MAX;
 }
 
+bool isUsableName(const std::string& name) {
+  return !name.empty() && isField(name) &&
+         name.find(',') == std::string::npos;  // which parts a group's members
+}
+
 bool Users::isUsable(const View& user) {
-  return user.isUnix() && isUsableId(user.getId()) && isUsableId(user.gid()) && isName(user.unixName()) &&
-         isField(user.password()) && isField(user.home()) && isField(user.shell());
+  return user.isUnix() && isUsableId(user.getId()) && isUsableId(user.gid()) &&
+         isUsableName(user.unixName()) && isField(user.password()) && isField(user.home()) &&
+         isField(user.shell());
 }
 
 passwd Users::write(const View& user, CallerBuffer& buffer) {
@@ -46,12 +47,13 @@ passwd Users::write(const View& user, CallerBuffer& buffer) {
 }
 
 bool Groups::isUsable(const View& group) {
-  return group.isUnix() && isUsableId(group.getId()) && isName(group.unixName()) && isField(group.password());
+  return group.isUnix() && isUsableId(group.getId()) && isUsableName(group.unixName()) &&
+         isField(group.password());
 }
 
 group Groups::write(const View& view, CallerBuffer& buffer) {
   std::list<std::string> members = view.members();
-  members.remove_if([](const std::string& name) { return !isName(name); });
+  members.remove_if([](const std::string& name) { return !isUsableName(name); });
   group entry = {};
   entry.gr_name = buffer.text(view.unixName());
   entry.gr_passwd = buffer.text(view.password());

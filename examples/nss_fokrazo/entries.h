@@ -12,6 +12,8 @@ namespace example {
 
 /// The directory gives nobody root's id or root's group, and the last id means "none" to the system.
 bool isUsableId(uint32_t id);
+/// Whether a text can stand as a name in lines of passwd and group.
+bool isUsableName(const std::string& name);
 
 /// The passwd database.
 struct Users {

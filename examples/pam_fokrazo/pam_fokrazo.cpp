@@ -154,6 +154,8 @@ int changePassword(pam_handle_t* handle, int flags, const std::string& user) {
   if (rc != PAM_SUCCESS) return rc;
   const Verdict verdict = change(user, old, wanted);
   if (verdict.answer.outcome == Outcome::Success) markExpired(handle, false);
+  if (verdict.answer.outcome == Outcome::TryAgain && !(flags & PAM_SILENT))  // it was sent, and no reply came
+    pam_error(handle, "It is not known whether the password has been changed. Try both");
   tell(handle, flags, verdict);
   return toCode(verdict.answer.password);
 }
