@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "base/osutil.h"
+#include "util/fork_locks.h"
 #include "util/include/log.h"
 #include "util/include/mutex.h"
 
@@ -58,7 +59,7 @@ class RecordWalk {
 
  private:
   static Mutex& mutex() {
-    static Mutex& mutex = *new Mutex;
+    static Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::LoginRecords, *new Mutex);
     return mutex;
   }
 

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 
+#include "util/fork_locks.h"
 #include "util/include/file_util.h"
 #include "util/include/log.h"
 #include "util/include/path.h"
@@ -56,6 +57,7 @@ void openToAllUsers(const Path& dir) {
 
 SettingStore& SettingStore::instance() {
   static SettingStore& store = *new SettingStore;
+  [[maybe_unused]] static Mutex& held = heldOverFork(ForkOrder::Settings, store.gMapLock);
   return store;
 }
 

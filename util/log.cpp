@@ -6,6 +6,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "util/fork_locks.h"
 #include "util/include/circular_buffer.h"
 #include "util/include/file_logging.h"
 #include "util/include/mutex.h"
@@ -42,12 +43,12 @@ std::string displayName(const std::string& fullName) {
 }  // namespace
 
 Mutex& gNamedLoggersProtect() {
-  static Mutex& mutex = *new Mutex;
+  static Mutex& mutex = heldOverFork(ForkOrder::Loggers, *new Mutex);
   return mutex;
 }
 
 Mutex& gLogMessageProtect() {
-  static Mutex& mutex = *new Mutex;
+  static Mutex& mutex = heldOverFork(ForkOrder::LogMessages, *new Mutex);
   return mutex;
 }
 

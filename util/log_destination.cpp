@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string>
 
+#include "util/fork_locks.h"
 #include "util/include/fixed_paths.h"
 #include "util/include/properties.h"
 #include "util/include/propnames.h"
@@ -47,6 +48,7 @@ struct Reader {
 
 FileLogging& gFileLogging() {
   static FileLogging& file = *new FileLogging;
+  [[maybe_unused]] static Mutex& held = heldOverFork(ForkOrder::LogFile, file.mutex);
   return file;
 }
 

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "util/fork_locks.h"
 #include "util/include/mutex.h"
 
 extern "C" const char* __progname;
@@ -128,7 +129,7 @@ bool IsSolarisZone() {
 }
 
 void detect_progname() {
-  static vesk::Mutex& mutex = *new vesk::Mutex;
+  static vesk::Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::ProgramName, *new vesk::Mutex);
   vesk::Lock lock(mutex);
   if (__progname && *__progname) return;
   const char* name = nameFromProcessTable();

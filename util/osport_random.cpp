@@ -2,6 +2,7 @@
 // <stdlib.h> promises that its functions throw nothing, which a failing mutex would break.
 #include <cstdlib>
 
+#include "util/fork_locks.h"
 #include "util/include/clock.h"
 #include "util/include/export.h"
 #include "util/include/threads_api.h"
@@ -19,7 +20,7 @@ bool gSeeded = false;  // guarded by the mutex below
 
 // Counts in every program, also in one whose threads are none of Thread's.
 vesk::Mutex& gRandomMutex() {
-  static vesk::Mutex& mutex = *new vesk::Mutex;
+  static vesk::Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::RandomNumbers, *new vesk::Mutex);
   return mutex;
 }
 

@@ -10,6 +10,7 @@
 #include <iostream>
 #include <memory>
 
+#include "util/fork_locks.h"
 #include "util/include/fixed_paths.h"
 #include "util/include/log.h"
 #include "util/property_file.h"
@@ -90,7 +91,7 @@ void Property::set(const std::string& raw) {
 }
 
 Properties* Properties::gVeskProperties = nullptr;
-Mutex& Properties::gPropMtx = *new Mutex;
+Mutex& Properties::gPropMtx = heldOverFork(ForkOrder::PropertiesMaking, *new Mutex);
 
 Properties::Properties(bool expandVariables, bool debugDump)
     : m_expandVariables(expandVariables), m_debugDump(debugDump) {}
@@ -332,6 +333,7 @@ Properties* Props(bool debugDump, bool reload) {
   }
   // In its place before it is loaded: the load configures the loggers, which ask for it again.
   instance = new Properties(true, debugDump);
+  vesk::heldOverFork(vesk::ForkOrder::Properties, instance->mutex);
   instance->load(vesk::paths::kConfigFile, true);
   return instance;
 }

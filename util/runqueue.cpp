@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "util/fork_locks.h"
 #include "util/include/clock.h"
 #include "util/include/error_util.h"
 #include "util/include/log.h"
@@ -82,6 +83,7 @@ RunQueue::~RunQueue() {
 
 RunQueue::Registry& RunQueue::gQueues() {
   static Registry& queues = *new Registry;
+  [[maybe_unused]] static Mutex& held = heldOverFork(ForkOrder::WorkQueues, queues.mutex());
   return queues;
 }
 

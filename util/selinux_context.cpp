@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 
+#include "util/fork_locks.h"
 #include "util/include/log.h"
 #include "util/include/mutex.h"
 #include "util/include/properties.h"
@@ -31,13 +32,13 @@ constexpr const char* kEnforceFiles[] = {"/selinux/enforce", "/sys/fs/selinux/en
 
 /// Guards the creation of the module.
 Mutex& gSelinuxInstanceMutex() {
-  static Mutex& mutex = *new Mutex;
+  static Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::SelinuxModule, *new Mutex);
   return mutex;
 }
 
 /// matchpathcon is not safe for concurrent use.
 Mutex& gSelinuxMutex() {
-  static Mutex& mutex = *new Mutex;
+  static Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::SelinuxLabels, *new Mutex);
   return mutex;
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "util/descriptors.h"
+#include "util/fork_locks.h"
 #include "util/include/mutex.h"
 #include "util/include/osport.h"
 #include "util/include/pause.h"
@@ -31,7 +32,7 @@ struct Child {
 
 // Guards the list, and keeps fork from copying it half changed.
 vesk::Mutex& gSpawnMutex() {
-  static vesk::Mutex& mutex = *new vesk::Mutex;
+  static vesk::Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::SpawnedChildren, *new vesk::Mutex);
   return mutex;
 }
 

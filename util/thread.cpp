@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <ctime>
 
+#include "util/fork_locks.h"
 #include "util/include/log.h"
 #include "util/include/properties.h"
 #include "util/include/propnames.h"
@@ -17,13 +18,13 @@ constexpr char kLogger[] = "util.thread";
 
 // Guards Thread::m_threadsActive.
 vesk::Mutex& gMutex() {
-  static vesk::Mutex& mutex = *new vesk::Mutex;
+  static vesk::Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::ActiveThreads, *new vesk::Mutex);
   return mutex;
 }
 
 // Guards the end of every thread's running against those who act on a running thread: its id is good as long.
 vesk::Mutex& gRunningMutex() {
-  static vesk::Mutex& mutex = *new vesk::Mutex;
+  static vesk::Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::RunningThreads, *new vesk::Mutex);
   return mutex;
 }
 

@@ -1,0 +1,55 @@
+#include "util/fork_locks.h"
+
+#include <pthread.h>
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <new>
+
+#include "util/include/mutex.h"
+
+namespace vesk {
+namespace {
+
+constexpr auto kCount = static_cast<size_t>(ForkOrder::Count);
+using Slots = std::array<std::atomic<Mutex*>, kCount>;
+
+Slots gSlots{};                                      // null: not in use yet
+thread_local std::array<Mutex*, kCount> gHeld = {};  // by the fork that is under way
+
+void beforeFork() {
+  for (size_t i = 0; i < kCount; ++i) {
+    gHeld[i] = gSlots[i].load(std::memory_order_acquire);
+    if (gHeld[i]) gHeld[i]->lock();
+  }
+}
+
+void inParent() {
+  for (size_t i = kCount; i > 0; --i)
+    if (gHeld[i - 1]) gHeld[i - 1]->unLock();
+}
+
+// The system ties a recursive mutex to a thread's number, and the child's only thread has a new one: the
+// mutexes cannot be given back there, they are made anew. What the forking thread held besides, it holds
+// again.
+void makeAnew(Mutex& mutex, bool isHeld) {
+  unsigned int holds = isHeld && mutex.lockDepth() > 0 ? mutex.lockDepth() - 1 : 0;
+  new (&mutex) Mutex;
+  for (; holds > 0; --holds) mutex.lock();
+}
+
+void inChild() {
+  for (size_t i = 0; i < kCount; ++i)
+    if (Mutex* mutex = gSlots[i].load(std::memory_order_acquire)) makeAnew(*mutex, gHeld[i] != nullptr);
+}
+
+}  // namespace
+
+Mutex& heldOverFork(ForkOrder place, Mutex& mutex) {
+  static const int registered = pthread_atfork(beforeFork, inParent, inChild);
+  if (registered == 0) gSlots[static_cast<size_t>(place)].store(&mutex, std::memory_order_release);
+  return mutex;
+}
+
+}  // namespace vesk
