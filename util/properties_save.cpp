@@ -90,6 +90,7 @@ class Properties::Saver {
       m_begin = lines.position();
       readLogicalLine(lines, line, extra, false);
       m_end = lines.position();
+      m_last = m_out.size();
       const bool empty = line.empty();
       if (!empty) {
         takeLine(line);
@@ -98,9 +99,10 @@ class Properties::Saver {
       }
       afterEmpty = empty;
     }
+    const std::string last = cutOpenEnd();
     for (const auto& entry : m_properties.m_table)
       if (m_written.count(entry.first) == 0) writeProperty(entry);
-    return std::move(m_out);
+    return std::move(m_out += last);
   }
 
  private:
@@ -143,8 +145,23 @@ class Properties::Saver {
       VESK_LOG(logger(), Warn, "No line of a property file can hold the key %s", entry.first.c_str());
       return;
     }
-    if (!m_out.empty() && m_out.back() != '\n') m_out += '\n';
+    endLastLine();
     m_out += line + '\n';
+  }
+
+  /// Makes what is there end in a newline, behind which nothing is continued.
+  void endLastLine() {
+    if (m_out.empty()) return;
+    if (m_out.back() == '\n') m_out.pop_back();
+    m_out += isEscaped(m_out) ? "\n\n" : "\n";
+  }
+
+  /// A backslash at the very end of a file continues nothing: its line has to stay the last.
+  std::string cutOpenEnd() {
+    if (!isEscaped(m_out)) return std::string();
+    const std::string last = m_out.substr(m_last);
+    m_out.erase(m_last);
+    return last;
   }
 
   // The text as it was, as far as it comes back the same from one line.
@@ -173,6 +190,7 @@ class Properties::Saver {
   const std::string& m_text;
   size_t m_begin = 0;  // the physical lines at hand
   size_t m_end = 0;
+  size_t m_last = 0;  // where in the output what they become begins
   std::set<std::string, StringCaseLessThan> m_written;
   std::string m_out;
 };
