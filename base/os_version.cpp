@@ -2,6 +2,8 @@
 #include <sys/stat.h>
 #include <sys/utsname.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -35,6 +37,19 @@ void readCommandLine(const std::string& line, Platform& platform) {
   if (holds(line, "Codename:")) platform.version += " (" + trimWhiteSpace(line.substr(10)) + ")";
 }
 
+// All that comes, also if a signal interrupts.
+std::string readAll(FILE* file) {
+  std::string text;
+  char block[512];
+  for (;;) {
+    const size_t count = ::fread(block, 1, sizeof block, file);
+    text.append(block, count);
+    if (count == sizeof block) continue;
+    if (!::ferror(file) || errno != EINTR) return text;
+    ::clearerr(file);
+  }
+}
+
 bool linuxDistroByCmd(std::string& os, std::string& version) {
   VESK_LOG_TO(kLogger, Debug, "linuxDistroByCmd: doing '%s'", kCommand);
   const std::unique_ptr<FILE, int (*)(FILE*)> output(::popen(kCommand, "re"), ::pclose);
@@ -43,9 +58,11 @@ bool linuxDistroByCmd(std::string& os, std::string& version) {
     return false;
   }
   Platform found;
-  char line[512];
-  while (::fgets(line, sizeof line, output.get())) {
-    VESK_LOG_TO(kLogger, Debug, "%s", line);
+  const std::string text = readAll(output.get());
+  for (size_t begin = 0, end; begin < text.size(); begin = end) {
+    end = std::min(text.find('\n', begin), text.size() - 1) + 1;
+    const std::string line = text.substr(begin, end - begin);
+    VESK_LOG_TO(kLogger, Debug, "%s", line.c_str());
     readCommandLine(line, found);
   }
   if (found.os.empty() || found.version.empty()) {

@@ -75,14 +75,18 @@ ProgramResult runStandin(const std::vector<std::string>& arguments) {
 }
 
 StandinProcess::StandinProcess(const std::vector<std::string>& arguments, const std::string& ldif)
-    : m_socket(m_scratch.path("daemon")) {
-  std::vector<std::string> all = {"--foreground", "--socket", m_socket, "--ldif"};
+    : m_socket(m_scratch.path("daemon")), m_base{"--foreground", "--socket", m_socket, "--ldif"} {
   if (ldif.empty()) {
-    all.insert(all.end(), {kSample + "accounts.ldif", "--ldif", kSample + "roles.ldif"});
-    all.insert(all.end(), {"--passwords", kSample + "passwords"});
+    m_base.insert(m_base.end(), {kSample + "accounts.ldif", "--ldif", kSample + "roles.ldif"});
+    m_base.insert(m_base.end(), {"--passwords", kSample + "passwords"});
   } else {
-    all.push_back(ldif);
+    m_base.push_back(ldif);
   }
+  launch(arguments);
+}
+
+void StandinProcess::launch(const std::vector<std::string>& arguments) {
+  std::vector<std::string> all = m_base;
   all.insert(all.end(), arguments.begin(), arguments.end());
   Pipe output;
   m_pid = start(all, output.ends[1], -1);
@@ -93,6 +97,16 @@ StandinProcess::StandinProcess(const std::vector<std::string>& arguments, const 
   if (!isReady) throw std::runtime_error("the stand-in does not start");
 }
 
+void StandinProcess::kill() {
+  signal(SIGKILL);
+  wait();
+}
+
+void StandinProcess::restart(const std::vector<std::string>& arguments) {
+  if (m_pid >= 0) kill();
+  launch(arguments);
+}
+
 StandinProcess::~StandinProcess() {
   if (m_pid < 0) return;
   signal(SIGTERM);
@@ -100,7 +114,7 @@ StandinProcess::~StandinProcess() {
 }
 
 void StandinProcess::signal(int number) const {
-  kill(m_pid, number);
+  ::kill(m_pid, number);
 }
 
 int StandinProcess::wait() {

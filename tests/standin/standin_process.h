@@ -41,11 +41,18 @@ class StandinProcess {
 
   const std::string& socket() const { return m_socket; }
   void signal(int number) const;
+  /// Ends it as a crash would; its socket stays behind.
+  void kill();
+  /// Another one takes its place at the same socket, with other arguments behind those for socket and sample.
+  void restart(const std::vector<std::string>& arguments);
   /// Waits for the end, and tells the exit status; -1 if it ended by a signal.
   int wait();
 
  private:
+  void launch(const std::vector<std::string>& arguments);
+
   ScratchDirectory m_scratch;
   std::string m_socket;
+  std::vector<std::string> m_base;
   int m_pid = -1;
 };

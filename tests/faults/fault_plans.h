@@ -1,0 +1,82 @@
+/// Every way in which one call of the system can fail, and the search for the call at which it does.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "tests/support/faults.h"
+#include "tests/support/thrown.h"
+
+namespace testsupport {
+
+struct FaultPlan {
+  Call call;
+  int error;
+  bool lasting;
+};
+
+inline const std::vector<FaultPlan>& faultPlans() {
+  static const std::vector<FaultPlan> plans = {
+      {Call::Allocate, ENOMEM, false},
+      {Call::Allocate, ENOMEM, true},
+      {Call::Open, EMFILE, false},
+      {Call::Open, ENFILE, true},
+      {Call::Open, EINTR, false},
+      {Call::Close, EIO, false},
+      {Call::Close, EINTR, false},
+      {Call::Read, EIO, true},
+      {Call::Read, EINTR, false},
+      {Call::Read, Fault::kShort, true},
+      {Call::Write, ENOSPC, true},
+      {Call::Write, EINTR, false},
+      {Call::Write, Fault::kShort, true},
+      {Call::Inspect, EIO, false},
+      {Call::Inspect, EACCES, true},
+      {Call::Change, EIO, false},
+      {Call::Change, ENOSPC, true},
+      {Call::Wait, EINTR, false},
+      {Call::Wait, EIO, true},
+  };
+  return plans;
+}
+
+/// Runs `attempt` with the first call of that kind failing, then the second, and so on until there is none
+/// left to fail. Each run stands between `before` and `after`, which are told what it came to: "nothing", "no
+/// memory" or what it threw. Gives the number of runs with a failure.
+template <class Before, class Attempt, class After>
+unsigned failEachCall(const FaultPlan& plan, Before before, Attempt attempt, After after) {
+  constexpr unsigned kEnough = 10000;
+  unsigned failures = 0;
+  for (unsigned nth = 1; nth < kEnough; nth += 1 + nth / 50) {
+    SCOPED_TRACE(nameOf(plan.call) + " " + std::to_string(nth) + " error " + std::to_string(plan.error) +
+                 (plan.lasting ? " lasting" : ""));
+    before();
+    std::string outcome;
+    bool struck = false;
+    try {
+      const Fault fault(plan.call, nth, plan.error, plan.lasting);
+      struct Mark {
+        const Fault& fault;
+        bool& struck;
+        ~Mark() { struck = fault.struck(); }
+      } mark{fault, struck};
+      attempt();
+      outcome = "nothing";
+    } catch (const std::bad_alloc&) {
+      outcome = "no memory";
+    } catch (const VESKException& failure) {
+      outcome = failure.className();
+    }
+    after(outcome);
+    if (!struck || ::testing::Test::HasFailure()) return failures;
+    ++failures;
+  }
+  ADD_FAILURE() << "there is always one more call";
+  return failures;
+}
+
+}  // namespace testsupport

@@ -1,0 +1,251 @@
+// The work on files while the system fails it: what is thrown is told, a file that is replaced is the old one
+// or the new one, nothing is left behind, and the same work succeeds afterwards.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <vector>
+
+#include "base/osutil.h"
+#include "lrpc/session.h"
+#include "tests/faults/fault_plans.h"
+#include "tests/support/world_test.h"
+#include "util/include/file_util.h"
+#include "util/include/kset.h"
+#include "util/include/log_gzip.h"
+#include "util/include/osport.h"
+#include "util/include/path.h"
+#include "util/include/setting.h"
+#include "util/setting_store.h"
+
+using namespace testsupport;
+using namespace vesk;
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::string kDir = "/var/velmora/faults";  // in memory: fsync would take most of the time elsewhere
+
+std::string at(const std::string& name) {
+  return kDir + "/" + name;
+}
+
+std::string contentOf(const std::string& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// One piece of work on the directory that holds "config", "values", "old", "tree/…" and key sets. What it
+// gives back is the same each time.
+struct Work {
+  const char* name;
+  std::string (*run)(const std::string& dir);
+  const char*
+      replaced;  // a file of the directory that is to be "old" or "new" whatever happens; null for none
+};
+
+std::string list(const std::string& dir) {
+  std::vector<std::string> names;
+  for (directory_iterator it{Path(dir)}; it != directory_iterator::end(); ++it)
+    names.push_back(it->string('/', true));
+  std::sort(names.begin(), names.end());
+  std::string all;
+  for (const std::string& name : names) all += name + " ";
+  return all;
+}
+
+const Work kWorks[] = {
+    {"read a setting",
+     [](const std::string&) {
+       clearSettingsMap();
+       return loadSetting(SETTING_DOMAIN_NAME, false) + GetSetting(SETTING_SCHEMA, "none");
+     },
+     nullptr},
+    {"save a setting",
+     [](const std::string& dir) {
+       writeSettingFile("replaced", "new", SETTING_PUBLIC, dir);
+       return readSettingFile("replaced", dir);
+     },
+     "kset.replaced"},
+    {"save a setting of the system",
+     [](const std::string&) {
+       saveSetting(SETTING_MACHINE_SITE, "here", SETTING_PUBLIC, false, true);
+       clearSettingsMap();
+       return loadSettingFromFile(SETTING_MACHINE_SITE) + std::to_string(rewriteSettingFiles());
+     },
+     nullptr},
+    {"copy key sets",
+     [](const std::string& dir) {
+       KSets sets(dir);
+       sets.copy(dir + "/tree", dir);
+       sets.copyDCs(dir + "/tree", dir);
+       return list(dir + "/tree");
+     },
+     nullptr},
+    {"roll key sets back",
+     [](const std::string& dir) {
+       KSets sets(dir);
+       sets.snapShot(dir);
+       sets.clean(dir);
+       sets.rollBack(dir);
+       return list(dir);
+     },
+     nullptr},
+    {"change the configuration",
+     [](const std::string& dir) {
+       const int rc =
+           Properties::update(dir + "/config", [](Properties& file) { return file.setString("key", "new"); });
+       return std::to_string(rc) + contentOf(dir + "/config");
+     },
+     "config"},
+    {"read the configuration",
+     [](const std::string& dir) {
+       Properties properties;
+       properties.load((dir + "/config").c_str(), true);
+       std::string all = properties.getString("key");
+       for (const std::string& item : *properties.getValueList("list", "file:" + dir + "/values"))
+         all += item;
+       return all;
+     },
+     nullptr},
+    {"write and read a file",
+     [](const std::string& dir) {
+       int mode = 0640;
+       WriteFile(dir + "/written", "text", &mode);
+       return ReadFile(dir + "/written", &mode) + readFile(dir + "/written") + std::to_string(mode);
+     },
+     nullptr},
+    {"copy and move files",
+     [](const std::string& dir) {
+       CopyFile(dir + "/old", dir + "/copy");
+       CopyFiles(dir, dir + "/tree", "old");
+       MoveFile(dir + "/copy", dir + "/moved");
+       return list(dir) + std::to_string(GetFileSize(dir + "/old"));
+     },
+     nullptr},
+    {"make temporary files",
+     [](const std::string& dir) {
+       std::string name = dir + "/tempXXXXXX";
+       const int fd = mkstemp(name, 0600, getuid(), getgid());
+       close(fd);
+       unlink(name.c_str());
+       char other[] = "/tmp/faultsXXXXXX";
+       std::ofstream out;
+       OpenTempFile(other, 0600, out);
+       unlink(other);
+       char place[200];
+       return std::to_string(GetZantrelTempDir(0, place, sizeof place));
+     },
+     nullptr},
+    {"make and remove directories",
+     [](const std::string& dir) {
+       Path::createDirectories(dir + "/a/b/c", 0700);
+       Path::rename(dir + "/a", dir + "/d");
+       Path::remove(dir + "/d", true);
+       Path::remove(dir + "/tree", true);
+       return list(dir);
+     },
+     nullptr},
+    {"lock a file",
+     [](const std::string& dir) {
+       int status = 0;
+       const int fd = QtrLock((dir + "/lock").c_str(), &status, 0600);
+       if (fd >= 0) close(fd);
+       return std::to_string(fd >= 0) + std::to_string(status);
+     },
+     nullptr},
+    {"compress a log",
+     [](const std::string& dir) {
+       gzip((dir + "/old").c_str(), (dir + "/old.gz").c_str());
+       gunzip((dir + "/old.gz").c_str(), (dir + "/again").c_str());
+       return contentOf(dir + "/again");
+     },
+     nullptr},
+    {"tell the system",
+     [](const std::string&) {
+       std::string os;
+       std::string version;
+       OSVersion(os, version);
+       return os + version + std::to_string(CurrentLogons("nobody"));
+     },
+     nullptr},
+};
+
+class FileFaultsTest : public WorldTest {
+ protected:
+  void prepare() {
+    clearSettingsMap();
+    fs::remove_all(kDir);
+    fs::create_directories(at("tree/sub"));
+    put(at("config"), "# a comment\nkey: old\nlist:\n");
+    put(at("values"), "one\ntwo\n");
+    put(at("old"), "old");
+    put(at("tree/sub/file"), "x");
+    put(at("kset.replaced"), "old");
+    put(at("kset.dc.one"), "dc");
+    put(std::string(paths::kDataDir) + "kset.domain", "example.com\n");
+  }
+
+  void checkLeftovers(const FaultPlan& plan, const Work& work) {
+    for (const Mutex* mutex :
+         {&Props(false, false)->mutex, &Properties::gPropMtx, &SettingStore::instance().gMapLock})
+      EXPECT_EQ(mutex->owner(), pthread_t{});
+    if (plan.call == Call::Change || plan.call == Call::Inspect) return;  // what tidies up may have failed
+    for (const std::string& place : {kDir, at("tree")})
+      if (fs::exists(place))
+        for (const fs::directory_entry& entry : fs::directory_iterator(place)) {
+          const std::string name = entry.path().filename();
+          EXPECT_EQ(name.find(".TEMP"), std::string::npos) << work.name << " " << name;
+          EXPECT_EQ(name.find(".new"), std::string::npos) << work.name << " " << name;
+        }
+  }
+
+  void checkReplaced(const Work& work) {
+    if (!work.replaced) return;
+    const std::string content = get(at(work.replaced));
+    const bool isOld = content == "old" || content == "# a comment\nkey: old\nlist:\n";
+    const bool isNew = content == "new" || content == "# a comment\nkey: new\nlist:\n";
+    EXPECT_TRUE(isOld || isNew) << content;
+  }
+
+  long m_before = 0;
+};
+
+TEST_F(FileFaultsTest, EachCallOfEachWorkFails) {
+  unsigned failures = 0;
+  for (const Work& work : kWorks) {
+    SCOPED_TRACE(work.name);
+    prepare();
+    const std::string expected = work.run(kDir);
+    m_before = openDescriptors();
+    for (const FaultPlan& plan : faultPlans()) {
+      failures += failEachCall(
+          plan, [&] { prepare(); }, [&] { work.run(kDir); },
+          [&](const std::string&) {
+            checkReplaced(work);
+            checkLeftovers(plan, work);
+            prepare();
+            EXPECT_EQ(work.run(kDir), expected);
+            EXPECT_EQ(openDescriptors(), m_before);
+          });
+      if (HasFailure()) return;
+    }
+  }
+  printf("%u failures of the system in %zu kinds of work\n", failures, std::size(kWorks));
+}
+
+TEST_F(FileFaultsTest, ASignalInterruptsEverything) {
+  for (const Work& work : kWorks) {
+    prepare();
+    const std::string expected = work.run(kDir);
+    const Interruptions interruptions;
+    for (int round = 0; round < 20; ++round) {
+      prepare();
+      EXPECT_EQ(work.run(kDir), expected) << work.name;
+    }
+  }
+}
+
+}  // namespace

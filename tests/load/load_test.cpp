@@ -1,0 +1,210 @@
+// Many clients at once, each with its session, while the daemon is restarted, away, slow and wrong by turns:
+// every answer is right, every failure a told one, and nothing piles up. A round takes some seconds; the
+// environment variable FOKRAZO_LOAD_ROUNDS asks for more of them.
+
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <new>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "lrpc/session.h"
+#include "tests/standin/standin_process.h"
+#include "tests/support/queries.h"
+#include "tests/support/world_test.h"
+#include "util/include/pause.h"
+#include "util/include/thread.h"
+
+using namespace testsupport;
+using namespace vesk;
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kMemoryIsCounted = false;  // freed memory is kept back for a while
+#elif defined(__has_feature)
+constexpr bool kMemoryIsCounted = !__has_feature(address_sanitizer);
+#else
+constexpr bool kMemoryIsCounted = true;
+#endif
+
+constexpr int kProcesses = 64;
+constexpr int kThreads = 64;
+constexpr long kAnswersOfPhase = 3000;
+constexpr long kPauseAfterFailure = 2;  // milliseconds
+constexpr long kMayGrow = 8 * 1024;     // KiB a process
+
+// What the daemon does, one after the other.
+const std::vector<std::vector<std::string>> kPhases = {
+    {},
+    {"--fault", "restart%40"},
+    {"--fault", "drop%15", "--fault", "lose%7"},
+    {"--fault", "garbage%9", "--fault", "empty%11"},
+    {"--fault", "short%8", "--fault", "cut%9", "--fault", "huge%31"},
+    {"--fault", "trickle%20", "--fault", "refuse%9"},
+    {"--fault", "stall%60"},
+};
+
+// How an operation may fail; the daemon's own exceptions have no name.
+constexpr const char* kTold[] = {"ConnectionBrokenException", "TimeoutException", "IOException",
+                                 "SystemException", ""};
+constexpr size_t kToldCount = std::size(kTold);
+
+// Shared by all processes.
+struct Totals {
+  std::atomic<bool> over{false};
+  std::atomic<long> right{0};
+  std::atomic<long> failures[kToldCount] = {};
+  std::atomic<long> wrong{0};
+  std::atomic<long> untold{0};
+};
+
+long residentKilobytes() {
+  std::ifstream file("/proc/self/statm");
+  long total = 0;
+  long resident = 0;
+  file >> total >> resident;
+  return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+class LoadTest : public WorldTest {
+ protected:
+  void SetUp() override {
+    WorldTest::SetUp();
+    if (IsSkipped()) return;
+    configure("log: FATAL\nlrpc.timeout: 1\n");
+    void* shared = mmap(nullptr, sizeof(Totals), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(shared, MAP_FAILED);
+    m_totals = new (shared) Totals;
+    m_standin = std::make_unique<StandinProcess>();
+    LocalRpcSession session(m_standin->socket(), false, true);
+    for (const Query& query : queries()) m_answers.push_back(query.ask(session));
+  }
+  void TearDown() override {
+    m_standin.reset();
+    if (m_totals) munmap(m_totals, sizeof(Totals));
+    WorldTest::TearDown();
+  }
+
+  void countFailure(const VESKException& failure, const char* query) {
+    for (size_t i = 0; i < kToldCount; ++i)
+      if (failure.className() == std::string(kTold[i])) {
+        ++m_totals->failures[i];
+        return;
+      }
+    ++m_totals->untold;
+    fprintf(stderr, "%s: %s %s\n", query, failure.className(), failure.what());
+  }
+
+  // One client asks until all is over.
+  void ask(unsigned seed) {
+    LocalRpcSession session(m_standin->socket(), false, seed % 2 == 0);
+    for (unsigned i = seed; !m_totals->over; ++i) {
+      const size_t place = i % queries().size();
+      const Query& query = queries()[place];
+      try {
+        const std::string answer = query.ask(session);
+        if (answer == m_answers[place]) {
+          ++m_totals->right;
+        } else {
+          ++m_totals->wrong;
+          fprintf(stderr, "%s: wrong: %s\n", query.name, answer.c_str());
+        }
+      } catch (const VESKException& failure) {
+        countFailure(failure, query.name);
+        pause::forMilliseconds(kPauseAfterFailure);
+      }
+    }
+  }
+
+  // In a process of its own: work, and no more descriptors and memory than at its start.
+  template <class Work>
+  void inProcess(Work work) {
+    const pid_t pid = fork();
+    if (pid != 0) {
+      m_children.push_back(pid);
+      return;
+    }
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const long descriptors = openDescriptors();
+    const long memory = residentKilobytes();
+    work();
+    const bool isFlat = openDescriptors() == descriptors;
+    if (!isFlat) fprintf(stderr, "%ld descriptors, there were %ld\n", openDescriptors(), descriptors);
+    const long grown = residentKilobytes() - memory;
+    const bool isSmall = !kMemoryIsCounted || grown < kMayGrow;
+    if (!isSmall) fprintf(stderr, "%ld KiB more memory\n", grown);
+    _exit(isFlat && isSmall ? 0 : 1);
+  }
+
+  void askInThreads() {
+    Thread::SetThreadsActive(true);
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < kThreads; ++i) threads.emplace_back([this, i] { ask(i); });
+    for (std::thread& thread : threads) thread.join();
+  }
+
+  // Waits until the clients have that many answers more.
+  void awaitAnswers(long count) {
+    const long end = m_totals->right + count;
+    while (m_totals->right < end) pause::forMilliseconds(5);
+  }
+  long failures() const {
+    long sum = 0;
+    for (const auto& count : m_totals->failures) sum += count;
+    return sum;
+  }
+  void awaitFailures(long count) {
+    const long end = failures() + count;
+    while (failures() < end) pause::forMilliseconds(5);
+  }
+
+  void printSummary() {
+    const Totals& totals = *m_totals;
+    const long all = totals.right + failures() + totals.wrong + totals.untold;
+    printf("%ld operations, %ld right answers, %ld failures", all, totals.right.load(), failures());
+    for (size_t i = 0; i < kToldCount; ++i)
+      printf(", %ld %s", totals.failures[i].load(), *kTold[i] ? kTold[i] : "of the daemon's own");
+    printf("; untold failures %ld, wrong answers %ld\n", totals.untold.load(), totals.wrong.load());
+  }
+
+  Totals* m_totals = nullptr;
+  std::unique_ptr<StandinProcess> m_standin;
+  std::vector<std::string> m_answers;
+  std::vector<pid_t> m_children;
+};
+
+TEST_F(LoadTest, EveryAnswerIsRightWhateverTheDaemonDoes) {
+  const char* wanted = getenv("FOKRAZO_LOAD_ROUNDS");
+  const int rounds = wanted ? atoi(wanted) : 1;
+  fflush(nullptr);
+  for (unsigned i = 0; i < kProcesses; ++i) inProcess([this, i] { ask(i); });
+  inProcess([this] { askInThreads(); });
+  for (int round = 0; round < rounds; ++round)
+    for (const auto& arguments : kPhases) {
+      m_standin->restart(arguments);
+      awaitAnswers(kAnswersOfPhase);
+      m_standin->kill();
+      awaitFailures(kProcesses);
+    }
+  m_standin->restart({});
+  m_totals->over = true;
+  for (const pid_t child : m_children) {
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+  }
+  printSummary();
+  EXPECT_EQ(m_totals->wrong, 0);
+  EXPECT_EQ(m_totals->untold, 0);
+}
+
+}  // namespace
