@@ -27,6 +27,8 @@ class FOKRAZO_API Guid {
 
   /// All zeros.
   Guid() = default;
+  /// These bytes, in stored order.
+  constexpr explicit Guid(const std::array<unsigned char, kSize>& bytes) : m_bytes(bytes) {}
   /// The first 16 of `available` bytes in stored order; missing ones are zero. `bytes` may be null if there
   /// are none.
   Guid(const unsigned char* bytes, size_t available);

@@ -5,7 +5,7 @@
 namespace vesk {
 
 const Int64 Int64::ZERO(0);
-const Int64 Int64::MAXINT64("9223372036854775807");
+const Int64 Int64::MAXINT64(9223372036854775807);
 
 Int64::Int64(const std::string& text) {
   bool negative = !text.empty() && text[0] == '-';

@@ -14,7 +14,7 @@ class FOKRAZO_API Int64 {
  public:
   Int64() = default;
   /// Any number.
-  Int64(int64_t value) : m_value(value) {}
+  constexpr Int64(int64_t value) : m_value(value) {}
   /// Reads a "-", which may be missing, and decimal digits. The characters are not checked: each counts as
   /// its distance from "0". What does not fit wraps around.
   explicit Int64(const std::string& text);

@@ -4,10 +4,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
-#include <iostream>
+#include <ostream>
 
 #include "util/include/strutil.h"
 #include "util/include/throw.h"
+#include "util/printed.h"
 
 const std::string TRUE_STR("TRUE");
 const std::string FALSE_STR("FALSE");
@@ -174,7 +175,7 @@ bool ADAttribute::operator==(const ADAttribute& other) const {
 }
 
 void ADAttribute::dump() const {
-  dump(std::cout);
+  printTo(stdout, [this](std::ostream& out) { dump(out); });
 }
 
 void ADAttribute::dump(std::ostream& out) const {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <ctime>
 #include <fstream>
-#include <iostream>
+#include <istream>
 #include <memory>
 #include <sstream>
 
@@ -17,6 +17,7 @@
 #include "util/include/log.h"
 #include "util/include/strutil.h"
 #include "util/include/throw.h"
+#include "util/printed.h"
 
 namespace vesk {
 namespace {
@@ -347,7 +348,7 @@ void ADObject::deSerialize(unsigned int indexOffset, const StringArray& dictiona
 // Printing.
 
 void ADObject::dump() const {
-  dump(std::cout);
+  printTo(stdout, [this](std::ostream& out) { dump(out); });
 }
 
 void ADObject::dump(std::ostream& out) const {
@@ -365,7 +366,7 @@ void ADObject::dump(std::ostream& out) const {
 }
 
 void ADObject::sdump() const {
-  sdump(std::cout);
+  printTo(stdout, [this](std::ostream& out) { sdump(out); });
 }
 
 void ADObject::sdump(std::ostream& out) const {
@@ -402,7 +403,7 @@ ADObjectList::iterator ADObjectList::end() const {
 }
 
 void ADObjectList::dump() const {
-  dump(std::cout);
+  printTo(stdout, [this](std::ostream& out) { dump(out); });
 }
 
 void ADObjectList::dump(std::ostream& out) const {

@@ -18,28 +18,6 @@ struct MapCategory {
   const std::string* category;
 };
 
-// The first row counts that has the marker or the place.
-constexpr MapCategory kMapCategories[] = {
-    {&NETGROUP_VERSION, "cn=netgroup,cn=nismaps", &AD_NETGROUP_CATEGORY},
-    {&PROTOCOL_VERSION, "cn=protocols,cn=nismaps", &AD_PROTOCOL_CATEGORY},
-    {&RPC_VERSION, "cn=rpc,cn=nismaps", &AD_RPC_CATEGORY},
-    {&HOST_VERSION, "cn=hosts,cn=nismaps", &AD_HOST_CATEGORY},
-    {&ETHER_VERSION, "cn=ethers,cn=nismaps", &AD_ETHER_CATEGORY},
-    {&NET_VERSION, "cn=networks,cn=nismaps", &AD_NET_CATEGORY},
-    {&ALIAS_VERSION, "cn=aliases,cn=nismaps", &AD_ALIAS_CATEGORY},
-    {&SERVICE_VERSION, "cn=services,cn=nismaps", &AD_SERVICE_CATEGORY},
-    {&AUUSER_VERSION, "cn=audit_user,cn=nismaps", &AD_AUUSER_CATEGORY},
-    {&PROFATTR_VERSION, "cn=prof_attr,cn=nismaps", &AD_PROF_ATTR_CATEGORY},
-    {&EXECATTR_VERSION, "cn=exec_attr,cn=nismaps", &AD_EXEC_ATTR_CATEGORY},
-    {&AUTHATTR_VERSION, "cn=auth_attr,cn=nismaps", &AD_AUTH_ATTR_CATEGORY},
-    {&USERATTR_VERSION, "cn=user_attr,cn=nismaps", &AD_USER_ATTR_CATEGORY},
-    {&BOOTPARAMS_VERSION, "cn=bootparams,cn=nismaps", &AD_BOOTPARAMS_CATEGORY},
-    {&PRINTER_VERSION, "cn=printers,cn=nismaps", &AD_PRINTER_CATEGORY},
-    {&PROJECT_VERSION, "cn=project,cn=nismaps", &AD_PROJECT_CATEGORY},
-    {&NETMASK_VERSION, "cn=netmasks,cn=nismaps", &AD_NETMASK_CATEGORY},
-};
-static_assert(sizeof kMapCategories / sizeof kMapCategories[0] == 17, "maps that a zone may hold");
-
 bool holds(const std::string& text, const char* part) {
   return text.find(part) != std::string::npos;
 }
@@ -62,7 +40,28 @@ std::string containerCategory(const std::string& displayName, const std::string&
   return AD_CONTAINER_CATEGORY;
 }
 
+// The first row counts that has the marker or the place.
 std::string classStoreCategory(const std::string& displayName, const std::string& dn) {
+  static const MapCategory kMapCategories[] = {
+      {&NETGROUP_VERSION, "cn=netgroup,cn=nismaps", &AD_NETGROUP_CATEGORY},
+      {&PROTOCOL_VERSION, "cn=protocols,cn=nismaps", &AD_PROTOCOL_CATEGORY},
+      {&RPC_VERSION, "cn=rpc,cn=nismaps", &AD_RPC_CATEGORY},
+      {&HOST_VERSION, "cn=hosts,cn=nismaps", &AD_HOST_CATEGORY},
+      {&ETHER_VERSION, "cn=ethers,cn=nismaps", &AD_ETHER_CATEGORY},
+      {&NET_VERSION, "cn=networks,cn=nismaps", &AD_NET_CATEGORY},
+      {&ALIAS_VERSION, "cn=aliases,cn=nismaps", &AD_ALIAS_CATEGORY},
+      {&SERVICE_VERSION, "cn=services,cn=nismaps", &AD_SERVICE_CATEGORY},
+      {&AUUSER_VERSION, "cn=audit_user,cn=nismaps", &AD_AUUSER_CATEGORY},
+      {&PROFATTR_VERSION, "cn=prof_attr,cn=nismaps", &AD_PROF_ATTR_CATEGORY},
+      {&EXECATTR_VERSION, "cn=exec_attr,cn=nismaps", &AD_EXEC_ATTR_CATEGORY},
+      {&AUTHATTR_VERSION, "cn=auth_attr,cn=nismaps", &AD_AUTH_ATTR_CATEGORY},
+      {&USERATTR_VERSION, "cn=user_attr,cn=nismaps", &AD_USER_ATTR_CATEGORY},
+      {&BOOTPARAMS_VERSION, "cn=bootparams,cn=nismaps", &AD_BOOTPARAMS_CATEGORY},
+      {&PRINTER_VERSION, "cn=printers,cn=nismaps", &AD_PRINTER_CATEGORY},
+      {&PROJECT_VERSION, "cn=project,cn=nismaps", &AD_PROJECT_CATEGORY},
+      {&NETMASK_VERSION, "cn=netmasks,cn=nismaps", &AD_NETMASK_CATEGORY},
+  };
+  static_assert(sizeof kMapCategories / sizeof kMapCategories[0] == 17, "maps that a zone may hold");
   for (const MapCategory& row : kMapCategories)
     if (displayName == *row.marker || holds(dn, row.place)) return *row.category;
   return holds(dn, kMapsContainer) && holds(dn, kAutomount) ? AD_AUTOMOUNT_CATEGORY : AD_CLASS_STORE_CATEGORY;

@@ -4,8 +4,8 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <iostream>
 #include <new>
+#include <ostream>
 #include <tuple>
 #include <utility>
 
@@ -14,6 +14,7 @@
 #include "lrpc/stringdict.h"
 #include "lrpc/stringdict_table.h"
 #include "util/include/throw.h"
+#include "util/printed.h"
 
 int GOFAST1 = 1;
 
@@ -450,7 +451,7 @@ void ADSerializer::putText(const std::string& text) {
 // Printing.
 
 void ADSerializer::dump() const {
-  dump(this, std::cout);
+  printTo(stdout, [this](std::ostream& out) { dump(out); });
 }
 
 void ADSerializer::dump(std::ostream& out) const {

@@ -27,7 +27,7 @@ struct CopyRow {
   const std::string* second;
 };
 
-constexpr CopyRow kCopies[] = {
+const CopyRow kCopies[] = {
     {&VESK_SHELL, &AD_R2_SHELL, &SFU_SHELL},
     {&VESK_HOMEDIR, &AD_R2_HOMEDIR, &SFU_HOMEDIR},
     {&VESK_GECOS, &AD_R2_GECOS, &SFU_GECOS},
@@ -149,7 +149,7 @@ Values makeShadowExpire(const Source& source) {
   return makeDay(source, AD_USER_EXPIRE);
 }
 
-constexpr MadeRow kMade[] = {
+const MadeRow kMade[] = {
     {&VESK_UNIXNAME, ForBoth, makeUnixName},
     {&VESK_UID, ForAccounts, makeUid},
     {&VESK_GID, ForBoth, makeGid},

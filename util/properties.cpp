@@ -7,12 +7,13 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <iostream>
+#include <istream>
 #include <memory>
 
 #include "util/fork_locks.h"
 #include "util/include/fixed_paths.h"
 #include "util/include/log.h"
+#include "util/printed.h"
 #include "util/property_file.h"
 #include "util/property_line.h"
 
@@ -61,14 +62,14 @@ namespace vesk {
 /// Writes or logs one entry.
 class Properties::Print {
  public:
-  explicit Print(std::ostream& stream) : m_stream(stream), m_toLog(false), m_debug(false) {}
+  explicit Print(std::ostream& stream) : m_stream(&stream), m_debug(false) {}
   /// To the log, at DEBUG with `debug` and at TRACE without.
-  explicit Print(bool debug) : m_stream(std::cerr), m_toLog(true), m_debug(debug) {}
+  explicit Print(bool debug) : m_stream(nullptr), m_debug(debug) {}
 
   void operator()(const Table::value_type& entry) {
     const std::string& value = entry.second.value();
-    if (!m_toLog) {
-      m_stream << entry.first << '=' << value << '\n';
+    if (m_stream) {
+      *m_stream << entry.first << '=' << value << '\n';
     } else if (m_debug) {
       VESK_LOG_TO(kLogger, Debug, "property: %s=%s", entry.first.c_str(), value.c_str());
     } else {
@@ -77,8 +78,7 @@ class Properties::Print {
   }
 
  private:
-  std::ostream& m_stream;
-  const bool m_toLog;
+  std::ostream* const m_stream;  // null: the log
   const bool m_debug;
 };
 
@@ -319,7 +319,7 @@ void Properties::store(std::ostream& stream, const std::string& header) {
 }
 
 void Properties::dump() {
-  store(std::cerr, "Properties dump");
+  printTo(stderr, [this](std::ostream& stream) { store(stream, "Properties dump"); });
 }
 
 }  // namespace vesk

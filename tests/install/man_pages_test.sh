@@ -41,7 +41,7 @@ same "faults of brondalt-standin(1)" "$place/faults" "$place/told"
 # The keys that the library's sources read, by the table of their names; what doctor judges; what the page tells.
 keys_in() {
   grep -oh '\bPN::[A-Z0-9_]*' "$@" | sort -u | while read -r name; do
-    sed -n "s/^const std::string ${name#PN::} = \"\(.*\)\";/\1/p" util/propnames.cpp
+    sed -n "s/^NAME(${name#PN::}, \"\(.*\)\");/\1/p" util/propnames.cpp
   done
 }
 keys_in {util,base,ber,lrpc}/*.cpp >"$place/read"
