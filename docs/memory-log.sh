@@ -16,14 +16,16 @@ memory_of() {
     start=$((0x${range%-*} / 4096))
     count=$((0x${range#*-} / 4096 - start))
     [ "$count" -le 262144 ] && dd if="/proc/$1/mem" bs=4096 skip="$start" count="$count" 2>/dev/null
+    printf '\n_cbuf_MAPPING_END__\n'
   done < "/proc/$1/maps"
 }
 
 # In front of the end marker, back to the ring's start, stand the newest entries; behind it, up to the ring's
 # end, the oldest. Bytes that were never written are zero and end a line too. A marker with no entry in front
-# of it, or a second one, is the program's own constant.
+# of it, or a second one, is the program's own constant. A ring lies within one mapping.
 entries() {
-  tr '\000' '\n' | LC_ALL=C grep -a -o -E '_cbuf [0-9]{4}-.*|^_cbuf_END__$' | LC_ALL=C awk '
+  tr '\000' '\n' | LC_ALL=C grep -a -o -E '_cbuf [0-9]{4}-.*|^_cbuf_(MAPPING_)?END__$' | LC_ALL=C awk '
+    $0 == "_cbuf_MAPPING_END__" { if (ended) exit; lines = ""; next }
     $0 != "_cbuf_END__" { lines = lines $0 "\n"; next }
     ended { exit }
     lines != "" { newest = lines; lines = ""; ended = 1 }
