@@ -61,8 +61,7 @@ class OtherHolds {
 
 namespace vesk {
 
-void checkOsCall(int error, const char* source, int line) {
-  if (error == 0) return;
+void failOsCall(int error, const char* source, int line) {
   throw SystemException(source, line, MessageText::withSystemText(error, "OS call failed").c_str(),
                         "vesk::SystemException", error);
 }
@@ -208,10 +207,6 @@ class CancelOff {
 
 }  // namespace
 
-Lock::Lock(Mutex& mutex) : m_mutex(&mutex) {
-  doLock();
-}
-
 Lock::Lock(Mutex& mutex, long seconds, long nanoseconds) : m_mutex(&mutex) {
   if (!threadsActive()) return;
   const timespec interval{seconds, seconds == 0 && nanoseconds == 0 ? kDefaultPoll : nanoseconds};
@@ -220,10 +215,6 @@ Lock::Lock(Mutex& mutex, long seconds, long nanoseconds) : m_mutex(&mutex) {
     if (nanosleep(&interval, nullptr) != 0 && errno != EINTR) FOKRAZO_CHECK_OS_CALL(errno);
   m_oldCancelState = cancelOff.keep();
   m_locked = true;
-}
-
-Lock::~Lock() noexcept(false) {
-  unLock();
 }
 
 void Lock::doLock() {
