@@ -80,6 +80,7 @@ void makeDirectories(const Path& path, unsigned mode, const Owner* owner) {
   Path directory = parentOf(path);
   while (!Path::exists(directory)) {
     refuseEmpty(directory);
+    if (directory.empty() && directory.leaf().empty()) break;  // not even the root can be seen
     missing.push_back(lastOf(directory));
     directory = parentOf(directory);
   }
