@@ -105,8 +105,8 @@ const Work kWorks[] = {
        Properties properties;
        properties.load((dir + "/config").c_str(), true);
        std::string all = properties.getString("key");
-       for (const std::string& item : *properties.getValueList("list", "file:" + dir + "/values"))
-         all += item;
+       const auto items = properties.getValueList("list", "file:" + dir + "/values");
+       for (const std::string& item : *items) all += item;
        return all;
      },
      nullptr},
