@@ -61,7 +61,8 @@ class OtherHolds {
 
 namespace vesk {
 
-void failOsCall(int error, const char* source, int line) {
+void checkOsCall(int error, const char* source, int line) {
+  if (error == 0) return;
   throw SystemException(source, line, MessageText::withSystemText(error, "OS call failed").c_str(),
                         "vesk::SystemException", error);
 }
@@ -207,6 +208,10 @@ class CancelOff {
 
 }  // namespace
 
+Lock::Lock(Mutex& mutex) : m_mutex(&mutex) {
+  doLock();
+}
+
 Lock::Lock(Mutex& mutex, long seconds, long nanoseconds) : m_mutex(&mutex) {
   if (!threadsActive()) return;
   const timespec interval{seconds, seconds == 0 && nanoseconds == 0 ? kDefaultPoll : nanoseconds};
@@ -215,6 +220,10 @@ Lock::Lock(Mutex& mutex, long seconds, long nanoseconds) : m_mutex(&mutex) {
     if (nanosleep(&interval, nullptr) != 0 && errno != EINTR) FOKRAZO_CHECK_OS_CALL(errno);
   m_oldCancelState = cancelOff.keep();
   m_locked = true;
+}
+
+Lock::~Lock() noexcept(false) {
+  unLock();
 }
 
 void Lock::doLock() {

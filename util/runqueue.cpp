@@ -115,8 +115,8 @@ void RunQueue::post(boost::shared_ptr<QueueAble> item) {
   const bool fromRunner = isRunner();
   if (!fromRunner) waitForRoom(lock);
   if (!doDeDup(item)) {
-    insert(m_items.end(), std::move(item));
-    wakeRunners();
+    insert(m_items.end(), item);
+    m_mutex.signalAll();
   }
   if (m_maxSize == 0 || m_items.size() < m_maxSize / 2) return;
   m_congested = true;
@@ -165,18 +165,11 @@ bool RunQueue::doDeDup(boost::shared_ptr<QueueAble> item) {
   return false;
 }
 
-// Each of them is woken once: until it has the lock again it needs no second call.
-void RunQueue::wakeRunners() {
-  if (!m_runnersWait) return;
-  m_runnersWait = false;
-  m_mutex.signalAll();
-}
-
-void RunQueue::insert(Items::iterator before, Item item) {
+void RunQueue::insert(Items::iterator before, const Item& item) {
   if (m_spare.empty()) {
-    m_items.insert(before, std::move(item));
+    m_items.insert(before, item);
   } else {
-    m_spare.front().swap(item);
+    m_spare.front() = item;
     m_items.splice(before, m_spare, m_spare.begin());
   }
   m_empty = false;
@@ -213,7 +206,6 @@ RunQueue::Item RunQueue::next(int seconds, time_t deadline) {
   for (;;) {
     leaveIfInterrupted();
     if (!m_items.empty()) return takeFront();
-    m_runnersWait = true;
     m_mutex.wait(seconds == 0 ? nullptr : &end);
     if (seconds != 0 && dayclock::now() >= deadline) return {};
     // The first thread may have come up during a wait that held nothing.

@@ -8,11 +8,8 @@ namespace {
 
 using Counter = std::atomic<unsigned long>;
 
-// In a cache line of their own, away from what other threads write.
-constexpr size_t kCacheLine = 64;
-alignas(kCacheLine) Counter gAllocations{0};
+Counter gAllocations{0};
 Counter gLargeAllocations{0};
-alignas(kCacheLine) [[maybe_unused]] char gEndOfCounters;
 
 // No read-modify-write, which would cost the measured code more than the allocation it counts.
 void increment(Counter& counter) {

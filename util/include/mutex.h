@@ -8,7 +8,6 @@
 #include <atomic>
 
 #include "util/include/export.h"
-#include "util/include/thread.h"
 
 namespace vesk {
 
@@ -82,15 +81,11 @@ class FOKRAZO_API MaxWaitMutex : public Mutex {
 class FOKRAZO_API Lock {
  public:
   /// Takes `mutex`, which must outlive the guard. A cancel that is pending stays so until unLock.
-  explicit Lock(Mutex& mutex) : m_mutex(&mutex) {
-    if (Thread::m_threadsActive.load(std::memory_order_relaxed) > 0) doLock();
-  }
+  explicit Lock(Mutex& mutex);
   /// Takes `mutex` by polling at that interval (0 and 0: 10 ms), without end.
   Lock(Mutex& mutex, long seconds, long nanoseconds);
   /// unLock. While an exception unwinds the stack, a pending cancel is left to the next cancellation point.
-  ~Lock() noexcept(false) {
-    if (m_locked) unLock();
-  }
+  ~Lock() noexcept(false);
 
   /// Takes the mutex again after unLock; no effect on a guard that holds it.
   void doLock();

@@ -110,7 +110,7 @@ class FOKRAZO_API RunQueue {
   /// Throws, with `lock` released, if the queue is shutting down.
   void refuseIfShuttingDown(Lock& lock);
   /// Put an item into the queue, and take the first one out.
-  void insert(Items::iterator before, Item item);
+  void insert(Items::iterator before, const Item& item);
   Item takeFront();
   /// Throws QueueInterrupted, for this runner alone.
   void leaveIfInterrupted();
@@ -133,14 +133,12 @@ class FOKRAZO_API RunQueue {
 
   bool isFull() const { return m_maxSize != 0 && m_items.size() >= m_maxSize; }
   bool isRunner() const;
-  void wakeRunners();
   void waitForRoom(Lock& lock);
   void reportFull(Lock& lock);
   Item next(int seconds, time_t deadline);
   void runItem(QueueAble& item);
 
   bool m_congested = false;    // from half full until drained to a third
-  bool m_runnersWait = false;  // since the last time that they were woken
   bool m_fullPending = false;  // a poster found the queue full; the next runner reports it
   Thread* m_runner = nullptr;  // the first runner, while it serves the queue; not owned
   std::atomic<bool> m_empty{true};

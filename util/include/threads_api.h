@@ -48,12 +48,8 @@ inline bool threadsSupported() {
   return Thread::m_threadsSupported;
 }
 
-/// Throws SystemException "OS call failed: …" with `error` as its code.
-[[noreturn]] void failOsCall(int error, const char* source, int line);
-/// The same, unless `error` is 0.
-inline void checkOsCall(int error, const char* source, int line) {
-  if (error != 0) failOsCall(error, source, line);
-}
+/// Throws SystemException "OS call failed: …" with `error` as its code, unless that is 0.
+void checkOsCall(int error, const char* source, int line);
 
 /// Holds a mutex around a few instructions with no cancellation point among them. Unlike Lock it counts in a
 /// process with no Thread object too, and it is never the place where a cancel strikes.
