@@ -23,9 +23,6 @@ boost::shared_ptr<Logger>* gRootLogger = nullptr;  // this and the table guarded
 LoggerTable* gNamedLoggers = nullptr;
 std::atomic<bool> gIsLogShutdown{false};
 
-// Odd while the levels are being changed. A level that isEnabled worked out meanwhile is not remembered.
-std::atomic<unsigned> gLevelGeneration{0};
-
 // "client" and its descendants do not show their names.
 bool isHidden(const std::string& name) {
   return name == "client" || name.rfind("client.", 0) == 0;
@@ -56,6 +53,8 @@ boost::shared_ptr<CircularBuffer>& gCircularBuffer() {
   static auto& buffer = *new boost::shared_ptr<CircularBuffer>;
   return buffer;
 }
+
+std::atomic<unsigned> Logger::m_levelGeneration{2};
 
 Logger::Logger(const std::string& name, boost::shared_ptr<Logger> parent)
     : m_fullName(name), m_displayName(displayName(name)), m_parent(std::move(parent)) {}
@@ -89,14 +88,20 @@ void LoggerTree::setSettings(Logger& logger, const LoggerSettings& settings) {
   logger.m_level = settings.level;
   logger.m_facility = settings.facility;
   logger.m_showMore = settings.showMore;
+  Logger::m_levelGeneration += 2;
+}
+
+void LoggerTree::setMemoryLevel(Logger& logger, int level) {
+  logger.m_memoryLevel = level;
+  Logger::m_levelGeneration += 2;
 }
 
 LoggerTree::LevelChange::LevelChange() {
-  ++gLevelGeneration;
+  ++Logger::m_levelGeneration;
 }
 
 LoggerTree::LevelChange::~LevelChange() {
-  ++gLevelGeneration;
+  ++Logger::m_levelGeneration;
 }
 
 boost::shared_ptr<Logger> Logger::GetLogger(const std::string& name) {
@@ -161,12 +166,12 @@ int Logger::getShowMore() const {
 }
 
 int Logger::inheritLevel() {
-  const unsigned before = gLevelGeneration;
+  const unsigned before = m_levelGeneration;
   const int level = getEffectiveLevel();
   int own = kInherit;
   if (before % 2 != 0 || !m_level.compare_exchange_strong(own, level)) return level;
   own = level;
-  if (gLevelGeneration != before) m_level.compare_exchange_strong(own, m_configuredLevel);
+  if (m_levelGeneration != before) m_level.compare_exchange_strong(own, m_configuredLevel);
   return level;
 }
 

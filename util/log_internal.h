@@ -54,7 +54,7 @@ struct LoggerTree {
   static const boost::shared_ptr<Logger>& root();
   static LoggerTable& table();
 
-  static void setMemoryLevel(Logger& logger, int level) { logger.m_memoryLevel = level; }
+  static void setMemoryLevel(Logger& logger, int level);
   static void setSettings(Logger& logger, const LoggerSettings& settings);
   /// While one stands levels are changed: isEnabled remembers none that may be out of date.
   class LevelChange {

@@ -229,22 +229,22 @@ bool Properties::getBool(const std::string& key, bool fallback) {
 }
 
 long Properties::getTime(const std::string& key, char unit, unsigned int fallback) {
-  const auto logger = getLogger(kLogger, false);
   const long factor = timeFactor(unit);
   const long fallbackSeconds = multiply(fallback, factor);
   const TimeText time = scanTime(getString(key));
   if (time.hasNumber && time.number == -1) return -1;
   long seconds = fallbackSeconds;
   if (time.hasNumber && time.number < 0) {
-    VESK_LOG(logger, Warn, "Negative time specification in property file for %s is ignored.  Using default.",
-             key.c_str());
+    VESK_LOG_TO(kLogger, Warn,
+                "Negative time specification in property file for %s is ignored.  Using default.",
+                key.c_str());
   } else if (time.hasNumber) {
     const long ownFactor = time.hasUnit ? timeFactor(time.unit) : factor;
     // A bad unit makes the default of it, a bad unit of the caller's nothing.
     if (ownFactor != 0 || !time.hasUnit) seconds = multiply(time.number, ownFactor);
     if (seconds == kNoTime) seconds = fallbackSeconds;
   }
-  VESK_LOG(logger, Trace, "%s: %ld seconds", key.c_str(), seconds);
+  VESK_LOG_TO(kLogger, Trace, "%s: %ld seconds", key.c_str(), seconds);
   return seconds;
 }
 

@@ -64,6 +64,21 @@ TEST_F(LogConfigTest, BadSettingsGetTheirWords) {
   EXPECT_EQ(Logger::GetLogger("foo")->getEffectiveLevel(), Logger::Info);
 }
 
+TEST_F(LogConfigTest, APlaceThatWasSilentSpeaksWhenItsLevelFalls) {
+  const auto speak = [this](const std::string& name) {
+    VESK_LOG_TO("place.one", Debug, "here");
+    VESK_LOG_TO(name, Debug, "there");
+    return syslogd.texts();
+  };
+  configure("log: INFO\n");
+  EXPECT_EQ(speak("place.two"), Texts());
+  configure("log.place: DEBUG\n");
+  EXPECT_EQ(speak("place.two"), Texts({"DEBUG place.one here", "DEBUG place.two there"}));
+  configure("log.place.three: DEBUG\n");
+  EXPECT_EQ(speak("place.two"), Texts());
+  EXPECT_EQ(speak("place.three"), Texts({"DEBUG place.three there"}));
+}
+
 TEST_F(LogConfigTest, EachLoggerHasWhatTheNearestSettingSays) {
   configure(
       "log: ERROR\nlog.a.b: debug\nlog.a: DEBUG\nlog.client: ERROR\n"

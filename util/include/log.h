@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cstdarg>
 #include <string>
+#include <type_traits>
 
 #include <boost/shared_ptr.hpp>
 
@@ -47,6 +48,9 @@ class FOKRAZO_API Logger {
     if (memory == kInherit) memory = inheritMemoryLevel();
     return level >= memory;
   }
+
+  /// Another number as soon as a level may have changed, of any logger.
+  static unsigned levelGeneration() { return m_levelGeneration.load(std::memory_order_acquire); }
 
   /// Writes a message (printf). The prefix and the format are cut at 511 characters together, and each sink
   /// has a limit of its own. `file` and `function` may be null or empty.
@@ -107,6 +111,8 @@ class FOKRAZO_API Logger {
   std::atomic<int> m_facility{kInherit};
   std::atomic<int> m_showMore{kInherit};
 
+  static std::atomic<unsigned> m_levelGeneration;  // odd while the levels are being changed
+
   // The per-thread table of loggers.
   static pthread_key_t g_LoggerTableKey;
   static pthread_once_t g_LoggerTableKeyOnce;
@@ -132,6 +138,10 @@ FOKRAZO_API int BuildMessagePrefix(char* buffer, int size, const char* lead);
 FOKRAZO_API void WriteMessage(int facility, Logger::LogLevel level, CharAccumulator<512>& format,
                               va_list args);
 
+/// Whether a name of that type is a literal or a constant array.
+template <class Name, class Array = std::remove_reference_t<Name>>
+constexpr bool kIsConstantText = std::is_array_v<Array>&& std::is_const_v<std::remove_extent_t<Array>>;
+
 }  // namespace vesk
 
 /// Logs to a pointer to a logger, which may be empty; `level` is an enumerator of Logger without the class.
@@ -141,9 +151,19 @@ FOKRAZO_API void WriteMessage(int facility, Logger::LogLevel level, CharAccumula
     if (veskLogger_ && veskLogger_->isEnabled(::vesk::Logger::level))                     \
       veskLogger_->log(::vesk::Logger::level, __FILE__, __LINE__, __func__, __VA_ARGS__); \
   } while (false)
-/// Logs to the logger of a name.
-#define VESK_LOG_TO(name, level, ...) \
-  VESK_LOG(::vesk::Logger::GetThreadPrivateLogger(name), level, __VA_ARGS__)
+/// Logs to the logger of a name. A place whose name is a constant and that has found its message disabled
+/// looks the logger up again when a level has changed, and not before.
+#define VESK_LOG_TO(name, level, ...)                                                     \
+  do {                                                                                    \
+    static std::atomic<unsigned> veskDisabledIn_{0};                                      \
+    const unsigned veskLevels_ = ::vesk::Logger::levelGeneration();                       \
+    if (veskDisabledIn_.load(std::memory_order_relaxed) == veskLevels_) break;            \
+    const auto veskLogger_ = ::vesk::Logger::GetThreadPrivateLogger(name);                \
+    if (veskLogger_ && veskLogger_->isEnabled(::vesk::Logger::level))                     \
+      veskLogger_->log(::vesk::Logger::level, __FILE__, __LINE__, __func__, __VA_ARGS__); \
+    else if (::vesk::kIsConstantText<decltype(name)>)                                     \
+      veskDisabledIn_.store(veskLevels_, std::memory_order_relaxed);                      \
+  } while (false)
 /// As VESK_LOG, with the system's text for `errnum` behind the message.
 #define VESK_LOG_SYSERR(logger, level, errnum, ...)                                                     \
   do {                                                                                                  \
