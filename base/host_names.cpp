@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "base/osutil.h"
+#include "util/fork_locks.h"
 #include "util/include/log.h"
 #include "util/include/mutex.h"
 #include "util/include/setting.h"
@@ -31,9 +32,10 @@ std::string shortLocalHostName() {
 std::string longLocalHostName() {
   const std::string name = systemHostName<263>();
   if (name.empty()) return name;
-  static Mutex& resolverMutex = *new Mutex;  // gethostbyname answers in memory that all share
+  // gethostbyname answers in memory that all share.
+  static Mutex& resolverMutex = vesk::heldOverFork(vesk::ForkOrder::Resolver, *new Mutex);
   Lock lock(resolverMutex);
-  const hostent* host = ::gethostbyname(name.c_str());
+  const hostent* host = ::gethostbyname(name.c_str());  // NOLINT(concurrency-mt-unsafe)
   return lower(host ? host->h_name : name);
 }
 

@@ -1,16 +1,16 @@
 /// The locks of the process over a fork. Internal.
 ///
-/// A fork copies locks as they are, and with them what another thread has half changed: the child could wait for
-/// ever for threads that it does not have. So every fork, by whomever, first takes all the locks that are named
-/// here; the parent gives them back, and the child goes on with fresh ones.
+/// A fork copies locks as they are, and with them what another thread has half changed: the child could wait
+/// for ever for threads that it does not have. So every fork, by whomever, first takes all the locks that are
+/// named here; the parent gives them back, and the child goes on with fresh ones.
 #pragma once
 
 namespace vesk {
 
 class Mutex;
 
-/// The locks of which the process has one each, in the order in which they are taken, outermost first. Who holds
-/// one of them may take those behind it.
+/// The locks of which the process has one each, in the order in which they are taken, outermost first. Who
+/// holds one of them may take those behind it.
 enum class ForkOrder {
   SpawnedChildren,   // held by a fork of the library's own
   LoginRecords,      //
@@ -27,6 +27,7 @@ enum class ForkOrder {
   RandomNumbers,
   ActiveThreads,
   RunningThreads,
+  Resolver,  // its holder waits for the network, and no fork does: the child just gets a fresh one
   Count
 };
 
