@@ -34,6 +34,9 @@ void copyText(char (&to)[Size], const char (&from)[FromSize]) {
   snprintf(to, Size, "%.*s", static_cast<int>(Size) - 1, from);
 }
 
+// The records are walked by one at a time, see RecordWalk.
+// NOLINTBEGIN(concurrency-mt-unsafe)
+
 utmpx* fromOldInterface() {
   const utmp* found;
   do {
@@ -107,6 +110,8 @@ void internal_endutxent() {
     ::endutent();
 }
 
+// NOLINTEND(concurrency-mt-unsafe)
+
 std::list<std::string> currentUsers(int flags) {
   std::string os;
   std::string version;
@@ -128,6 +133,7 @@ std::list<std::string> currentUsers(bool sorted) {
   return currentUsers(static_cast<int>(sorted));
 }
 
+// By value, as the family has it. NOLINTNEXTLINE(performance-unnecessary-value-param)
 int CurrentLogons(std::string user) {
   int count = 0;
   for (const std::string& name : currentUsers(false)) count += name == user;

@@ -52,7 +52,8 @@ std::string readAll(FILE* file) {
 
 bool linuxDistroByCmd(std::string& os, std::string& version) {
   VESK_LOG_TO(kLogger, Debug, "linuxDistroByCmd: doing '%s'", kCommand);
-  const std::unique_ptr<FILE, int (*)(FILE*)> output(::popen(kCommand, "re"), ::pclose);
+  const std::unique_ptr<FILE, int (*)(FILE*)> output(::popen(kCommand, "re"),  // NOLINT(cert-env33-c)
+                                                     ::pclose);
   if (!output) {
     VESK_LOG_TO(kLogger, Debug, "linuxDistroByCmd: failed to popen '%s'", kCommand);
     return false;

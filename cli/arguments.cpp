@@ -87,7 +87,7 @@ std::string Arguments::operand(const std::string& what) {
   if (!hasOperand()) throw UsageError("missing " + what);
   std::vector<std::string>& source = m_words.empty() ? m_behindMark : m_words;
   std::string word = source.front();
-  source.erase(source.begin());
+  source.erase(source.begin());  // cppcheck-suppress mismatchingContainerIterator ; it is one vector
   return word;
 }
 

@@ -56,6 +56,7 @@ ExitStatus list(Invocation& invocation) {
 // The attribute names as the session wants them; points into `names`.
 std::vector<const char*> nullTerminated(const std::vector<std::string>& names) {
   std::vector<const char*> pointers;
+  pointers.reserve(names.size() + 1);
   for (const std::string& name : names) pointers.push_back(name.c_str());
   pointers.push_back(nullptr);
   return pointers;

@@ -2,7 +2,6 @@
 // where that can read them. An input is a blob, or (first byte odd) the attributes of an object to be
 // written.
 
-#include <cstring>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -29,11 +28,10 @@ Values valuesOf(const ADAttribute& attribute) {
 
 // A blob in memory of just its size, for the sanitizers.
 std::unique_ptr<ADSerializer> hold(const std::string& bytes) {
-  std::unique_ptr<char, void (*)(void*)> data(
-      static_cast<char*>(malloc(bytes.size() + (bytes.empty() ? 1 : 0))), free);
-  memcpy(data.get(), bytes.data(), bytes.size());
+  std::unique_ptr<char, void (*)(void*)> data(static_cast<char*>(malloc(bytes.size() + bytes.empty())), free);
+  std::copy(bytes.begin(), bytes.end(), data.get());
   auto blob = std::make_unique<ADSerializer>(static_cast<unsigned int>(bytes.size()), data.get(), true);
-  data.release();
+  (void)data.release();  // the blob's now
   return blob;
 }
 

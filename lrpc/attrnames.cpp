@@ -2,9 +2,11 @@
 
 #include "base/guid.h"
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a name that is declared takes none
 #define NAME(constant, text)                       \
   static const std::string constant##_TEXT = text; \
   const std::string& constant = constant##_TEXT
+// NOLINTEND(bugprone-macro-parentheses)
 
 // The system's own bookkeeping: entries of naming-service maps.
 NAME(VESK_NETGROUP_NAME, "_ngrName");

@@ -201,7 +201,7 @@ Group::Group(ADObject object) : VeskObj(std::move(object), kGroup, VESK_GID), m_
   const std::string dn = this->object()[AD_DN];
   m_canonicalName = DN::canonicalFromDN(dn);
   readIdentity();
-  setDN(dn.c_str());  // a zero byte ends it
+  setDN(dn.c_str());  // cppcheck-suppress stlcstrParam ; a zero byte ends it
   m_name = valueOr(this->object(), AD_USERNAME, EMPTY_STRING);
   m_members = this->object()[VESK_GROUP_MEMBERS];
 }

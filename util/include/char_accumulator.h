@@ -17,6 +17,7 @@ FOKRAZO_API char* unfinishedConversion(char* format);
 template <unsigned Size>
 class CharAccumulator {
  public:
+  // cppcheck-suppress uninitMemberVar ; no byte is read before it is written
   CharAccumulator() : m_last(m_text + Size - 1), m_current(m_text) {}
   CharAccumulator(const CharAccumulator&) = delete;
   CharAccumulator& operator=(const CharAccumulator&) = delete;

@@ -27,6 +27,7 @@ class MessageText {
     MessageText message;
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    // The text is the thread's own. NOLINTNEXTLINE(concurrency-mt-unsafe)
     snprintf(message.m_text, kSize, withPlaceholder.m_text, args..., strerror(error));
 #pragma GCC diagnostic pop
     return message;
