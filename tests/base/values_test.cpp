@@ -1,0 +1,173 @@
+// The small values: GUIDs, OIDs, numbers as text, and the dictionary's view and hash.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <new>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "base/guid.h"
+#include "base/int64.h"
+#include "base/oid.h"
+#include "base/stringarray.h"
+#include "tests/support/thrown.h"
+#include "util/include/strutil.h"
+
+namespace {
+
+using namespace vesk;
+
+constexpr unsigned char kBytes[] = {0x33, 0x22, 0x11, 0x00, 0x55, 0x44, 0x77, 0x66,
+                                    0x88, 0x99, 0xaa, 0xbb, 0xcc, 0xdd, 0xee, 0xff};
+constexpr char kText[] = "33221100554477668899aabbccddeeff";
+constexpr char kMsText[] = "33221100-5544-7766-8899-aabbccddeeff";
+constexpr char kRealText[] = "00112233-4455-6677-8899-aabbccddeeff";
+const std::string kDn = "<GUID=33221100554477668899aabbccddeeff>";
+
+TEST(Guid, EachFormIsPrintedAndRead) {
+  const Guid guid(kBytes, sizeof kBytes);
+  EXPECT_EQ(guid.toMSString(), kMsText);
+  EXPECT_EQ(guid.toRealMSString(), kRealText);
+  EXPECT_EQ(guid.toEscapedString(), "\\33\\22\\11\\00\\55\\44\\77\\66\\88\\99\\aa\\bb\\cc\\dd\\ee\\ff");
+  EXPECT_EQ(guid.toDN(), kDn);
+  const struct {
+    void (Guid::*read)(const std::string&);
+    std::string text;
+    const char* printed;
+  } rows[] = {
+      {&Guid::fromString, kMsText, kText},
+      {&Guid::fromString, "33221100554477668899AABBCCDDEEFF00", kText},
+      {&Guid::fromString, "33-22-1x", "33221000000000000000000000000000"},
+      {&Guid::fromRealMSString, kRealText, kText},
+      {&Guid::fromHexValue, std::string(reinterpret_cast<const char*>(kBytes), 16) + "more", kText},
+      {&Guid::fromHexValue, "\x33\x22", "33220000000000000000000000000000"},
+      {&Guid::fromExtendedDN, kDn + ";CN=a", kText},
+  };
+  for (const auto& row : rows) {
+    Guid read(reinterpret_cast<const unsigned char*>("0123456789abcdef"), 16);
+    (read.*row.read)(row.text);
+    EXPECT_EQ(read.toString(), row.printed) << row.text;
+  }
+  for (const std::string& text : {std::string(), kDn.substr(0, 38), "<GUID=0" + kDn.substr(6), " " + kDn,
+                                  "<GUID=g" + kDn.substr(7), "<guid=" + kDn.substr(6)}) {
+    Guid kept = guid;
+    EXPECT_EQ(testsupport::thrownBy([&] { kept.fromExtendedDN(text); }),
+              "BadDataException 0 " + text + " not extended DN");
+    EXPECT_EQ(kept.toString(), kText);
+  }
+}
+
+TEST(Guid, ValidFormatAndTheDirectorysOwn) {
+  EXPECT_TRUE(Guid::isValidGuidStringFormat("00112233-4455-6677-8899-AABBCCDDEEFF"));
+  for (const char* text : {static_cast<const char*>(nullptr), kText, "00112233-4455-6677-8899-aabbccddeefg",
+                           "00112233-4455-6677-8899-aabbccddeeff0", "001122334-455-6677-8899-aabbccddeeff"})
+    EXPECT_FALSE(Guid::isValidGuidStringFormat(text)) << text;
+  std::ifstream table(TEST_SOURCE_DIR "/standin/sample/sids.tsv");
+  std::string line;
+  ASSERT_TRUE(std::getline(table, line) && table.peek() != EOF);
+  while (std::getline(table, line)) {
+    std::vector<std::string> fields;
+    StringSplit('\t', line, fields);
+    ASSERT_TRUE(fields.size() > 3 && Guid::isValidGuidStringFormat(fields[3].c_str())) << line;
+    Guid guid;
+    guid.fromRealMSString(fields[3]);
+    EXPECT_EQ(guid.toRealMSString(), fields[3]);
+  }
+}
+
+TEST(GuidList, KeepsTheFirstOfEachAndSharesItsBody) {
+  std::vector<unsigned char> bytes(kBytes, kBytes + 16);
+  bytes.resize(47, 1);
+  GuidList list(bytes.data(), static_cast<int>(bytes.size()));
+  ASSERT_EQ(list.size(), 2U);
+  GuidList copy = list;
+  list.insert(Guid(kBytes, 16));
+  list.insert(NULL_GUID);
+  ASSERT_EQ(copy.size(), 3U);
+
+  std::unique_ptr<unsigned char, decltype(&free)> flat(copy.serialize(), &free);
+  bytes.resize(32);
+  bytes.resize(48, 0);
+  EXPECT_EQ(std::vector<unsigned char>(flat.get(), flat.get() + 48), bytes);
+
+  EXPECT_FALSE(GuidList(kBytes, 15).isNull());
+  GuidList null;
+  for (const GuidList& empty : {null, GuidList(kBytes, 15), GuidList(nullptr, 32), GuidList(kBytes, -16)}) {
+    EXPECT_EQ(empty.begin(), empty.end());
+    EXPECT_EQ(empty.serialize(), nullptr);
+  }
+  null.insert(NULL_GUID);
+  EXPECT_EQ(null.size(), 1U);
+}
+
+TEST(Oid, HoldsAtMostItsStorageAndClearsIt) {
+  constexpr unsigned char kOid[65] = {1, 2, 3};
+  EXPECT_TRUE(Oid(kOid + 3, 3).isNull());
+  EXPECT_EQ(Oid(kOid, 64).size(), 64U);
+  EXPECT_THROW(Oid(kOid, 65), BadDataException);
+  OidList list;
+  EXPECT_THROW(list.add(kOid, 65), BadDataException);
+  EXPECT_TRUE(list.empty());
+  Oid oid(kOid, 3);
+  list.add(oid);
+  list.add(kOid, 2);
+  oid = *std::next(list.begin());
+  EXPECT_EQ(oid.size(), 2U);
+  EXPECT_EQ(oid.value()[2], 0) << "what was there before the assignment is gone";
+  EXPECT_EQ(*list.begin(), Oid(kOid, 3));
+  EXPECT_NE(*list.begin(), oid);
+  oid.setNull();
+  EXPECT_EQ(oid, NULL_OID);
+
+  alignas(Oid) unsigned char storage[sizeof(Oid)];
+  Oid* secret = new (storage) Oid(kOid, 3);
+  const unsigned char* value = secret->value();
+  secret->~Oid();
+  EXPECT_TRUE(std::all_of(value, value + Oid::kMaxSize, [](unsigned char byte) { return byte == 0; }));
+}
+
+TEST(StringArray, BothWaysAndOutside) {
+  const StringArray::Vector entries = {"a", "b"};
+  const StringArray::Map map = {{"a", 0}, {"b", 1}};
+  const StringArray array(&map, &entries);
+  EXPECT_EQ(array.count(), 2);
+  EXPECT_EQ(array[1], "b");
+  EXPECT_EQ(array["b"], 1);
+  EXPECT_EQ(array[""], -1);
+  EXPECT_EQ(&array[-1], &array[2]);
+  EXPECT_EQ(array[2], "");
+}
+
+TEST(MurmurHash2, KnownValues) {
+  const std::pair<std::string, unsigned int> rows[] = {
+      {"", 0x5c8efdb6}, {"abc", 0xfbb7b030}, {"abcd", 0xe11cb673}, {"abcde\xff", 0x3a243ebf}};
+  for (const auto& [key, hash] : rows) EXPECT_EQ(murhash()(key), hash) << key;
+}
+
+TEST(Int64, TextBothWays) {
+  const struct {
+    const char* text;
+    int64_t value;
+    const char* printed;
+  } rows[] = {
+      {"", 0, "0"},
+      {"9223372036854775807", INT64_MAX, "9223372036854775807"},
+      {"-9223372036854775808", INT64_MIN, "-9223372036854775808"},
+      {"18446744073709551617", 1, "1"},
+      {"1:", 20, "20"},  // ":" counts as ten
+  };
+  for (const auto& row : rows) {
+    const Int64 number{std::string(row.text)};
+    EXPECT_EQ(number.value(), row.value) << row.text;
+    std::ostringstream out;
+    out << number;
+    EXPECT_EQ(out.str(), row.printed);
+  }
+}
+
+}  // namespace
