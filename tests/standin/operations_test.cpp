@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 #include <lber.h>
 #include <ldif.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -29,43 +27,42 @@ using vesk::SID;
 
 namespace {
 
-constexpr char kNext[] = "@#";
 constexpr auto kTree = static_cast<LdapSearchScopeType>(2);
 
 struct Operation {
   const char* call;
   std::function<std::string(LocalRpcSession&)> make;
-  const char* outcome;
+  std::string outcome;
   bool resent = true;
 };
 
-// Operations with out arguments.
+// Operations with out arguments, or with many others.
 
-std::string renew(LocalRpcSession& session) {
+std::string renew(LocalRpcSession& session, const char* user) {
   int count = -1;
-  const std::string result = told([&] { return session.renewCredentials("xbjork", count); });
+  const std::string result = told([&] { return session.renewCredentials(user, count); });
   return result + " " + text(count);
 }
 
-std::string mapDomain(LocalRpcSession& session) {
+std::string mapDomain(LocalRpcSession& session, const char* name) {
   std::string first, second;
-  const std::string result = told([&] { return session.mapDomain("EXAMPLE", first, second, 0); });
+  const std::string result = told([&] { return session.mapDomain(name, first, second, 0); });
   return result + " " + first + " " + second;
 }
 
-std::string samChange(LocalRpcSession& session) {
+std::string samChange(LocalRpcSession& session, const char* user, const char* wanted) {
   int status = -1;
   std::string why;
   const std::string result =
-      told([&] { return session.samChangeUserPassword2("nobody", "x", "y", "", "", status, why); });
+      told([&] { return session.samChangeUserPassword2(user, wanted, "bad", "", "", status, why); });
   return result + " " + text(status) + " " + why;
 }
 
-std::string logon(LocalRpcSession& session) {
+std::string logon(LocalRpcSession& session, const char* user, const char* domain, const char* token) {
   int status = -1;
   std::string key, why;
   const std::string result =
-      told([&] { return session.netLogonSamLogon("xbjork", "", "Grüne-Lampe-2", 0, key, status, why); });
+      told([&] { return session.netLogonSamLogon(user, domain, token, 0, key, status, why); });
   return result + " " + text(status) + " " + std::to_string(key.size());
 }
 
@@ -74,7 +71,7 @@ std::string health(LocalRpcSession& session) {
   int a = 0, b = 0;
   std::string why;
   const std::string result = told([&] { return session.systemHealthInfo(true, health, a, b, why); });
-  return result + " " + text(health);
+  return result + " " + text(health) + (why.empty() ? "" : " told");
 }
 
 std::string flushObject(LocalRpcSession& session) {
@@ -82,9 +79,23 @@ std::string flushObject(LocalRpcSession& session) {
   return told([&] { return session.flushCache(object); });
 }
 
+std::string add(LocalRpcSession& session, const char* name, const char* uid, const char* container) {
+  return told([&] {
+    return session.addUser(name, Shredder("Fresh-start-1"), uid, "20000", "New, Person", "/home/new",
+                           "/bin/sh", container, "Administrator", Shredder("Turn-the-key-1"));
+  });
+}
+
+std::string findAdded(LocalRpcSession& session) {
+  const auto added = session.getUser(40000, 0);
+  const bool isSame = session.getUser(added->getSid(), 0)->getDN() == added->getDN() &&
+                      session.getUser(added->getGuid(), 0)->getDN() == added->getDN();
+  return (isSame ? "" : "not by SID or GUID: ") + added->unixName() + " " + added->getDN();
+}
+
 // clang-format off
-#define CALL(...) \
-  #__VA_ARGS__, [](LocalRpcSession& session) { return told([&] { return session.__VA_ARGS__; }); }
+#define ASK(...) #__VA_ARGS__, [](LocalRpcSession& session) { return __VA_ARGS__; }
+#define CALL(...) ASK(told([&] { return session.__VA_ARGS__; }))
 #define DOMAIN "DC=example,DC=com"
 #define USER "CN=Ximena Björk,OU=People,OU=Corp," DOMAIN
 #define GROUP "CN=Büro,OU=Groups,OU=Corp," DOMAIN
@@ -124,7 +135,7 @@ const Operation kOperations[] = {
     {CALL(getServicePrincipal("DC1", "host")), "HOST/DC1@EXAMPLE.COM"},
     {CALL(userLogin("nobody")), "true", false},
     {CALL(userLogout("nobody")), "true", false},
-    {"renewCredentials", renew, "0 0"},
+    {ASK(renew(session, "xbjork")), "0 0"},
     {CALL(changePassword("nobody", Shredder("x"), Shredder("y"), false)), "1", false},
     {CALL(setPassword("nobody", Shredder("y"), "Administrator", Shredder("Turn-the-key-1"))), "1", false},
     {CALL(setPasswordKrb5("nobody", Shredder("y"))), "1", false},
@@ -132,10 +143,10 @@ const Operation kOperations[] = {
     {CALL(addUserKrb5("xbjork", Shredder("Good-enough-1"), "", "", "", "", "", "")), "33", false},
     {CALL(setMachinePassword("linux04", Shredder("Machine-Secret-5"), "", Shredder())), "0"},
     {CALL(setMachinePassword(Shredder("Machine-Secret-5"))), "0"},
-    {"netLogonSamLogon", logon, "0 0 16"},
-    {"samChangeUserPassword2", samChange, "1 -1073741724 Invalid principal"},
+    {ASK(logon(session, "xbjork", "", "Grüne-Lampe-2")), "0 0 16"},
+    {ASK(samChange(session, "nobody", "x")), "1 -1073741724 Invalid principal"},
     {CALL(flushCache("xbjork")), "0"},
-    {"flushCache(object)", flushObject, "0"},
+    {ASK(flushObject(session)), "0"},
     {CALL(flushCache(FLUSH_OBJ_CACHE | FLUSH_PMON)), "0"},
     {CALL(networkChange()), "0"},
     {CALL(updateUserPolicy("xbjork")), "User Policy Refresh has completed.", false},
@@ -146,11 +157,88 @@ const Operation kOperations[] = {
     {CALL(samIsSandboxed("xbjork", false)), "false"},
     {CALL(samGetUserRoles("asharma", false)), "1 CN=Release crew,CN=Containers,OU=Corp," DOMAIN},
     {CALL(samGetUserRolesLocal("nobody", 5, 6)), "0"},
-    {"mapDomain", mapDomain, "0 example.com EXAMPLE", false},
+    {ASK(mapDomain(session, "EXAMPLE")), "0 example.com EXAMPLE", false},
     {CALL(getADDomain("EXAMPLE")), "example.com", false},
     {CALL(getNtlmDomain("xbjork")), "EXAMPLE", false},
     {CALL(setSessionID("17")), "0"},
-    {"systemHealthInfo", health, "0 0"},
+    {ASK(health(session)), "0 0 told"},
+};
+
+#define ROLES ",CN=Containers,OU=Corp," DOMAIN
+#define TWO_ROLES "CN=Web operators" ROLES " CN=Release crew" ROLES
+#define ALL_ROLES TWO_ROLES " CN=Auditors" ROLES
+
+// One after the other: what is refused, and what changes the directory.
+const Operation kSteps[] = {
+    {CALL(getUser("nosuch", 0)), "NotFoundException 0 User not found"},
+    {CALL(getUser("", 0)), "NotFoundException 0 User not found"},
+    {CALL(getUser("*", 0)), "NotFoundException 0 User not found"},
+    {CALL(getUser("Büro", 0)), "NotFoundException 0 User not found"},
+    {CALL(getGroup("lquispe", 0)), "NotFoundException 0 Group not found"},
+    {CALL(getShadow("rmacdonald", 0)), "NotFoundException 0 User not found"},
+    {CALL(getUser("rmacdonald", 0)->isUnix()), "false"},
+    {CALL(ldapFetch("", "CN=nosuch", nullptr, false)), " 0 No such object"},
+    {CALL(ldapFetch("", "", nullptr, false)["defaultNamingContext"].front()), DOMAIN},
+    {CALL(ldapPagedSearch("", "", "(cn=nosuch)", nullptr, kTree, 0, false).getNext()), "empty"},
+    {CALL(validateUserGroup("asharma", {"nosuch", "nest6"}, false, UNIX_NAME | WINDOWS_NAME)), "0"},
+    {CALL(validateUserGroup("asharma", {"empty"}, false, UNIX_NAME | WINDOWS_NAME)), "45"},
+    {CALL(validateUserGroup("asharma", {}, false, UNIX_NAME | WINDOWS_NAME)), "45"},
+    {CALL(validateUserGroup("dgruber", {"EXAMPLE\\Büro"}, false, WINDOWS_NAME)), "0"},
+    {CALL(validateUserGroup("dgruber", {"EXAMPLE\\Büro"}, false, UNIX_NAME)), "45"},
+    {CALL(validateUserGroup("nosuch", {"Büro"}, false, WINDOWS_NAME)), "1"},
+    {CALL(userLogin("asharma")), "false"},
+    {ASK(renew(session, "asharma")), "0 1"},
+    {CALL(userLogout("asharma")), "false"},
+    {CALL(userLogout("asharma")), "true"},
+    {CALL(getServicePrincipal("linux01.example.com", "nfs")), "nfs/linux01.example.com@EXAMPLE.COM"},
+    {CALL(getServicePrincipal("nowhere", "host")), "NotFoundException 0 failed to get canonicalized service principal name"},
+    {CALL(getADDomain("nowhere")), " 0 Unknown domain: nowhere"},
+    {CALL(getNtlmDomain("nowhere")), " 0 Unknown domain: nowhere"},
+    {ASK(mapDomain(session, "nowhere")), "17  "},
+    {CALL(samIsSandboxed("asharma", false)), "true"},
+    {CALL(samGetUserRoles("all users", false)), "3 " ALL_ROLES},
+    {CALL(samGetUserRoles("nosuch", false)), "SystemException 0 could not get roles"},
+    {CALL(samGetUserRolesLocal("mabara", 1, 1)), "2 " TWO_ROLES},
+    {CALL(samGetUserRolesLocal("all users", 0, 0)), "3 " ALL_ROLES},
+    {CALL(updateUserPolicy("nosuch")), "SystemException 17 User not found"},
+    {CALL(getSystemInfo(99)), "SystemException 0 could not get sysinfo"},
+    {CALL(getSystemInfo(0).substr(0, 45)), "program: brondalt-standin (no product daemon)"},
+
+    {CALL(validatePlainTextUser("mgruber", Shredder(), false)), "2"},
+    {CALL(validatePlainTextUser("zsimunek", Shredder(), false)), "2"},  // has no password at all
+    {CALL(validatePlainTextUser("mionescu", Shredder("Pass:with:colons-1"), false)), "0"},
+    {CALL(changePassword("tbjork", Shredder("wrong"), Shredder("New-stone-10"), false)), "2"},
+    {CALL(changePassword("tbjork", Shredder("Stone-bridge-9"), Shredder("short"), false)), "5"},
+    {CALL(changePassword("tbjork", Shredder("Stone-bridge-9"), Shredder("Stone-bridge-9"), false)), "5"},
+    {CALL(changePassword("tbjork", Shredder("Stone-bridge-9"), Shredder("New-stone-10"), false)), "0"},
+    {CALL(validatePlainTextUser("tbjork", Shredder("Stone-bridge-9"), false)), "2"},
+    {CALL(validatePlainTextUser("tbjork", Shredder("New-stone-10"), false)), "0"},
+    {ASK(samChange(session, "tbjork", "Stone-11-new")), "2 -1073741718 Invalid password"},
+    {CALL(changePassword("yfernandezlopez", Shredder("First-day-here-1"), Shredder("Second-day-2"), false)), "0"},
+    {CALL(validatePlainTextUser("yfernandezlopez", Shredder("Second-day-2"), false)), "0"},
+    {CALL(setPassword("rmacdonald", Shredder("Unlocked-again-1"), "lquispe", Shredder("Paper-boat-42"))), "10"},
+    {CALL(setPassword("rmacdonald", Shredder("Unlocked-again-1"), "Administrator", Shredder("wrong"))), "2"},
+    {CALL(setPassword("rmacdonald", Shredder("Unlocked-again-1"), "Administrator", Shredder("Turn-the-key-1"))), "0"},
+    {CALL(validatePlainTextUser("rmacdonald", Shredder("Unlocked-again-1"), false)), "0"},
+    {CALL(validatePlainTextUser("lquispe", Shredder("guess"), false)), "2"},
+    {CALL(validatePlainTextUser("lquispe", Shredder("guess"), false)), "2"},
+    {CALL(validatePlainTextUser("lquispe", Shredder("guess"), false)), "2"},
+    {CALL(validatePlainTextUser("lquispe", Shredder("Paper-boat-42"), false)), "3"},
+    {CALL(setPasswordKrb5("lquispe", Shredder("My-lquispe-1"))), "5"},
+    {CALL(setPasswordKrb5("lquispe", Shredder("only letters"))), "5"},
+    {CALL(setPasswordKrb5("lquispe", Shredder("New-boat-43"))), "0"},
+    {CALL(validatePlainTextUser("lquispe", Shredder("New-boat-43"), false)), "0"},
+    {CALL(setMachinePassword(Shredder(std::string("\0\xff", 2)))), "0"},
+    {CALL(setMachinePassword("lquispe", Shredder("No-computer-1"), "", Shredder())), "1"},
+    {ASK(add(session, "new, person", "40000", "OU=People,OU=Corp," DOMAIN)), "0"},
+    {ASK(add(session, "lquispe", "40001", "")), "33"},
+    {ASK(add(session, "other", "40000", "")), "33"},
+    {ASK(add(session, "other", "40x", "")), "33"},
+    {ASK(add(session, "other", "", "OU=nowhere")), "24"},
+    {ASK(findAdded(session)), "new, person CN=new\\, person,OU=People,OU=Corp," DOMAIN},
+    {CALL(validatePlainTextUser("new, person", Shredder("Fresh-start-1"), false)), "0"},
+    {CALL(validateUserGroup("new, person", {"Domain Users"}, false, WINDOWS_NAME)), "0"},
+    {CALL(addUserKrb5("plain", Shredder("Fresh-start-1"), "", "", "", "", "", "")), "0"},
 };
 // clang-format on
 
@@ -169,189 +257,181 @@ TEST(StandinOperations, ComeToTheSameOverBadConnections) {
   }
 }
 
+TEST(StandinOperations, ComeToWhatTheDirectoryHolds) {
+  StandinProcess standin;
+  LocalRpcSession session(standin.socket(), false, true);
+  for (const Operation& step : kSteps) EXPECT_EQ(step.make(session), step.outcome) << step.call;
+}
+
+TEST(StandinOperations, TellTheStateOfAnAccount) {
+  const struct {
+    const char *user, *password;
+    ValidationResult result;
+    unsigned ntStatus;
+  } kRows[] = {
+      {"lquispe", "Paper-boat-42", VR_SUCCESS, 0},
+      {"EXAMPLE\\xbjork", "Grüne-Lampe-2", VR_SUCCESS, 0},
+      {"lquispe", "paper-boat-42", VR_INVALID_PASSWORD, 0xC000006A},
+      {"nosuch", "x", VR_INVALID_PRINCIPAL, 0xC0000064},
+      {"rmacdonald", "Wrong-three-times-1", VR_ACCOUNT_LOCKED, 0xC0000234},
+      {"oyilmaz", "Gone-for-good-1", VR_ACCOUNT_DISABLED, 0xC0000072},
+      {"dtran", "Was-here-once-1", VR_ACCOUNT_EXPIRED, 0xC0000193},
+      {"yfernandezlopez", "First-day-here-1", VR_PASSWORD_EXPIRED, 0xC0000224},
+  };
+  StandinProcess standin;
+  LocalRpcSession session(standin.socket(), false, false);
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.user);
+    const bool isGood = row.result == VR_SUCCESS;
+    EXPECT_EQ(session.validatePlainTextUser(row.user, Shredder(row.password), false), row.result);
+    EXPECT_EQ(session.statusMessage(), isGood ? "" : LocalRpcSession::errorString(row.result));
+    EXPECT_EQ(logon(session, row.user, "example.com", row.password),
+              isGood ? "0 0 16" : "36 " + text(static_cast<int>(row.ntStatus)) + " 0");
+    EXPECT_EQ(
+        told([&] { return session.validateKerberosUser(row.user, row.password); }),
+        isGood ? text(session.getUser(row.user, 0)) : "SystemException 0 failed to validate Kerberos user");
+  }
+  const std::string challenge = session.getNtlmChallenge("");
+  EXPECT_EQ(challenge.size(), 8u);
+  const std::string token = challenge + "tbjork" + '\0' + "Stone-bridge-9";
+  EXPECT_EQ(session.validateNtlmUser(token)->getName(), "tbjork");
+  EXPECT_THROW(session.validateNtlmUser(token), SystemException);  // a challenge counts once
+}
+
 // A directory of so many users, in groups of 100, all of which are in one group more. Even users are named by
 // their group, odd ones name it themselves.
-class LargeDirectory {
- public:
-  static constexpr int kUsers = TEST_USERS;
-  static constexpr int kGroupSize = 100;
+constexpr int kUsers = TEST_USERS;
+constexpr int kGroupSize = 100;
+constexpr int kAll = kUsers / kGroupSize;
 
-  LargeDirectory() {
-    std::ofstream ldif(path());
-    ldif << "dn: DC=big,DC=org\nobjectClass: domainDNS\n\n";
-    for (int user = 0; user < kUsers; ++user) writeUser(ldif, user);
-    for (int group = 0; group < kUsers / kGroupSize; ++group) {
-      writeGroup(ldif, group);
-      for (int user = group * kGroupSize; user < (group + 1) * kGroupSize; user += 2)
-        ldif << "member: " << userDn(user) << "\n";
-      ldif << "\n";
-    }
-    writeGroup(ldif, kAll);
-    for (int group = 0; group < kUsers / kGroupSize; ++group) ldif << "member: " << groupDn(group) << "\n";
-  }
+std::string userDn(int user) {
+  return "CN=User " + std::to_string(user) + ",DC=big,DC=org";
+}
+std::string groupDn(int group) {
+  return "CN=GROUP" + std::to_string(group) + ",DC=big,DC=org";
+}
+SID userSid(int user) {
+  return SID("S-1-5-21-1-2-3-" + std::to_string(user));
+}
+SID groupSid(int group) {
+  return userSid(1000000 + group);
+}
 
-  static constexpr int kAll = kUsers / kGroupSize;
-  std::string path() const { return m_scratch.path("large.ldif"); }
+std::string entry(const std::string& dn, const SID& sid, const std::string& fields) {
+  const std::string bytes = sid.checkedBytes();
+  char* line = ldif_put(LDIF_PUT_BINARY, "objectSid", bytes.data(), bytes.size());
+  const std::string text = "\ndn: " + dn + "\n" + line + fields;
+  ber_memfree(line);
+  return text;
+}
 
-  static std::string userDn(int user) { return "CN=User " + std::to_string(user) + ",DC=big,DC=org"; }
-  static std::string groupDn(int group) { return "CN=GROUP" + std::to_string(group) + ",DC=big,DC=org"; }
-  static SID sid(int number) { return SID("S-1-5-21-1-2-3-" + std::to_string(number)); }
-  static SID groupSid(int group) { return sid(1000000 + group); }
-  static Guid guid(int user) {
-    Guid guid;
-    guid.fromHexValue("0123456789ab" + std::string(reinterpret_cast<const char*>(&user), 4));
-    return guid;
-  }
-
- private:
-  static void writeBinary(std::ostream& ldif, const char* name, const std::string& bytes) {
-    char* line = ldif_put(LDIF_PUT_BINARY, name, bytes.data(), bytes.size());
-    ldif << line;
-    ber_memfree(line);
-  }
-
-  static void writeUser(std::ostream& ldif, int user) {
+void writeLargeDirectory(const std::string& path) {
+  std::ofstream ldif(path);
+  ldif << "dn: DC=big,DC=org\nobjectClass: domainDNS\n";
+  for (int user = 0; user < kUsers; ++user) {
     const std::string n = std::to_string(user);
-    ldif << "dn: " << userDn(user) << "\nobjectClass: user\nuid: u" << n << "\nsAMAccountName: Account" << n
-         << "\nuserPrincipalName: p" << n << "@other.org\nuidNumber: " << n << "\n";
-    writeBinary(ldif, "objectSid", sid(user).checkedBytes());
-    writeBinary(ldif, "objectGUID", std::string(reinterpret_cast<const char*>(guid(user).bytes()), 16));
+    ldif << entry(userDn(user), userSid(user),
+                  "objectClass: user\nuid: u" + n + "\nsAMAccountName: Account" + n +
+                      "\nuserPrincipalName: p" + n + "@other.org\nuidNumber: " + n + "\n");
     if (user % 2) ldif << "memberOf: " << groupDn(user / kGroupSize) << "\n";
-    ldif << "\n";
   }
-
-  static void writeGroup(std::ostream& ldif, int group) {
-    ldif << "dn: " << groupDn(group) << "\nobjectClass: group\nsAMAccountName: g" << group
-         << "\ngidNumber: " << group << "\n";
-    writeBinary(ldif, "objectSid", groupSid(group).checkedBytes());
+  for (int group = 0; group <= kAll; ++group) {
+    const std::string n = std::to_string(group);
+    ldif << entry(groupDn(group), groupSid(group),
+                  "objectClass: group\nsAMAccountName: g" + n + "\ngidNumber: " + n + "\n");
+    const bool isAll = group == kAll;
+    for (int i = 0; i < (isAll ? kAll : kGroupSize); i += isAll ? 1 : 2)
+      ldif << "member: " << (isAll ? groupDn(i) : userDn(group * kGroupSize + i)) << "\n";
   }
+}
 
-  ScratchDirectory m_scratch;
-};
-
-class LargeDirectoryTest : public testing::Test {
- protected:
-  using Large = LargeDirectory;
-
-  // Every user that the range holds, by each of its keys, with its groups.
-  static void checkUsers(const std::string& socket, int first, int last) {
-    EXPECT_EQ(thrownBy([&] { checkEachUser(socket, first, last); }), "nothing");
+// Every user that the range holds, by each of its keys, with its groups.
+void checkUsers(const std::string& socket, int first, int last) {
+  LocalRpcSession session(socket, false, false);
+  for (int user = first; user < last; ++user) {
+    const std::string n = std::to_string(user), dn = userDn(user);
+    for (const std::string& name : {"u" + n, "BIG\\account" + n, "P" + n + "@other.org", dn})
+      ASSERT_EQ(told([&] { return session.getUser(name, 0); }), dn) << name;
+    ASSERT_EQ(told([&] { return session.getUser(user, 0); }), dn);
+    const auto found = session.getUser(userSid(user), 0);
+    ASSERT_EQ(found->getDN(), dn);
+    ASSERT_EQ(std::set<SID>(found->groupSids().begin(), found->groupSids().end()),
+              (std::set<SID>{groupSid(user / kGroupSize), groupSid(kAll)}));
   }
-  static void checkEachUser(const std::string& socket, int first, int last) {
-    LocalRpcSession session(socket, false, false);
-    for (int user = first; user < last; ++user) {
-      const std::string n = std::to_string(user), dn = Large::userDn(user);
-      for (const std::string& name : {"u" + n, "BIG\\account" + n, "P" + n + "@other.org", dn})
-        ASSERT_EQ(session.getUser(name, 0)->getDN(), dn) << name;
-      ASSERT_EQ(session.getUser(user, 0)->getDN(), dn);
-      ASSERT_EQ(session.getUser(Large::guid(user), 0)->getDN(), dn);
-      const auto found = session.getUser(Large::sid(user), 0);
-      ASSERT_EQ(found->getDN(), dn);
-      const std::set<SID> groups(found->groupSids().begin(), found->groupSids().end());
-      ASSERT_EQ(groups,
-                (std::set<SID>{Large::groupSid(user / Large::kGroupSize), Large::groupSid(Large::kAll)}));
-    }
-  }
+}
 
-  static std::set<std::string> unixNames(int first, int last) {
-    std::set<std::string> names;
+TEST(StandinOperations, ServeALargeDirectoryWhole) {
+  ScratchDirectory scratch;
+  writeLargeDirectory(scratch.path("large.ldif"));
+  StandinProcess standin({}, scratch.path("large.ldif"));
+  LocalRpcSession session(standin.socket(), false, false);
+  const auto unixNames = [](int first, int last) {
+    std::multiset<std::string> names;
     for (; first < last; ++first) names.insert("u" + std::to_string(first));
     return names;
-  }
+  };
+  std::multiset<std::string> listed, paged;
+  EXPECT_FALSE(session.startListUser());
+  EXPECT_THROW(while (true) listed.insert(session.getUser2(NEXT_ENTRY, 0)->unixName()), EndOfListException);
+  EXPECT_EQ(listed, unixNames(0, kUsers));
 
-  void checkMembers(int group, int first, int last) {
-    const std::list<std::string> members = m_session.getGroup(group, 0)->members();
-    ASSERT_EQ(members.size(), static_cast<size_t>(last - first));
-    ASSERT_EQ(std::set<std::string>(members.begin(), members.end()), unixNames(first, last));
-  }
-
-  LargeDirectory m_directory;
-  StandinProcess m_standin{{}, m_directory.path()};
-  LocalRpcSession m_session{m_standin.socket(), false, false};
-};
-
-TEST_F(LargeDirectoryTest, IsListedSearchedAndFoundWhole) {
-  const std::set<std::string> all = unixNames(0, Large::kUsers);
-  std::set<std::string> listed, paged;
-  EXPECT_FALSE(m_session.startListUser());
-  EXPECT_THROW(while (true) ASSERT_TRUE(listed.insert(m_session.getUser2(kNext, 0)->unixName()).second),
-               EndOfListException);
-  EXPECT_FALSE(m_session.endListUser());
-  EXPECT_EQ(listed, all);
-
-  auto handle = m_session.ldapPagedSearch("", "", "(objectClass=user)", nullptr, kTree, 999, false);
+  auto handle = session.ldapPagedSearch("", "", "(objectClass=user)", nullptr, kTree, 999, false);
   for (ADObject user = handle.getNext(); !user.isEmpty(); user = handle.getNext())
-    ASSERT_TRUE(paged.insert(User(user).unixName()).second);
-  EXPECT_EQ(paged, all);
+    paged.insert(User(user).unixName());
+  EXPECT_EQ(paged, unixNames(0, kUsers));
 
-  for (int group = 0; group < Large::kAll; ++group)
-    checkMembers(group, group * Large::kGroupSize, (group + 1) * Large::kGroupSize);
-  checkMembers(Large::kAll, 0, Large::kUsers);
+  for (int group = 0; group <= kAll; ++group) {
+    const std::list<std::string> members = session.getGroup(group, 0)->members();
+    const int first = group == kAll ? 0 : group * kGroupSize;
+    ASSERT_EQ(std::multiset<std::string>(members.begin(), members.end()),
+              unixNames(first, group == kAll ? kUsers : first + kGroupSize));
+  }
 
   std::vector<std::thread> threads;
-  constexpr int kShare = Large::kUsers / 4;
-  for (int first = 0; first < Large::kUsers; first += kShare)
-    threads.emplace_back(checkUsers, m_standin.socket(), first, first + kShare);
+  for (int first = 0; first < kUsers; first += kUsers / 4)
+    threads.emplace_back(checkUsers, standin.socket(), first, first + kUsers / 4);
   for (std::thread& thread : threads) thread.join();
 }
-
-// What all processes of the test see.
-struct Score {
-  std::atomic<bool> isOver;
-  std::atomic<int> right, wrong, failed;
-};
 
 // Asks for this and that until it is over. Whatever comes is right, or a failure that is told.
-void askAround(const std::string& socket, Score& score, unsigned number) {
-  const size_t count = std::size(kOperations);
-  LocalRpcSession session(socket, false, number % 2);
-  for (size_t i = number; !score.isOver; ++i) {
-    const Operation& operation = kOperations[i % count];
-    const std::string outcome = operation.make(session);
-    const bool failed = outcome.find("ConnectionBrokenException") == 0 || outcome.find("IOException") == 0 ||
-                        outcome.find("38 ") == 0;  // the daemon is not running
-    if (outcome != operation.outcome && !failed) ADD_FAILURE() << operation.call << " came to " << outcome;
-    ++(outcome == operation.outcome ? score.right : failed ? score.failed : score.wrong);
-  }
-}
+struct Asker {
+  const std::string& socket;
+  std::atomic<bool> isOver{false};
+  std::atomic<int> right{0}, failed{0};
 
-[[noreturn]] void askInThreads(const std::string& socket, Score& score, unsigned number) {
-  std::vector<std::thread> threads;
-  for (unsigned i = 0; i < 3; ++i) threads.emplace_back(askAround, socket, std::ref(score), 7 * i + number);
-  for (std::thread& thread : threads) thread.join();
-  fflush(nullptr);
-  _exit(testing::Test::HasFailure() ? 1 : 0);
-}
+  void operator()(unsigned number) {
+    LocalRpcSession session(socket, false, number % 2);
+    for (size_t i = number; !isOver; ++i) {
+      const Operation& operation = kOperations[i % std::size(kOperations)];
+      const std::string outcome = operation.make(session);
+      const bool hasFailed = outcome.find("ConnectionBrokenException") == 0 ||
+                             outcome.find("IOException") == 0 ||
+                             outcome.find("38 ") == 0;  // the daemon is not running
+      EXPECT_TRUE(hasFailed || outcome == operation.outcome) << operation.call << " came to " << outcome;
+      ++(hasFailed ? failed : right);
+    }
+  }
+};
 
 TEST(StandinOperations, ManyClientsGetRightAnswersThroughRestarts) {
   constexpr auto kPatience = std::chrono::seconds(20);
-  void* shared = mmap(nullptr, sizeof(Score), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-  Score& score = *new (shared) Score();
   ScratchDirectory scratch;
   const std::string socket = scratch.path("daemon");
-  std::vector<pid_t> children;
-  for (unsigned number = 0; number < 3; ++number) {
-    children.push_back(fork());
-    if (children.back() == 0) askInThreads(socket, score, number);
-  }
+  Asker asker{socket};
+  std::vector<std::thread> threads;
+  for (unsigned i = 0; i < 8; ++i) threads.emplace_back([&asker, i] { asker(7 * i); });
   for (const int end : {SIGTERM, SIGKILL, SIGTERM, SIGKILL, SIGTERM}) {
     StandinProcess standin({"--socket", socket, "--fault", "restart%97"});
-    const int enough = score.right + 500;
+    const int enough = asker.right + 500;
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
-    while (score.right < enough && std::chrono::steady_clock::now() < deadline) usleep(1000);
-    EXPECT_GE(score.right, enough);
+    while (asker.right < enough && std::chrono::steady_clock::now() < deadline) usleep(1000);
+    EXPECT_GE(asker.right, enough);
     standin.signal(end);
     EXPECT_EQ(standin.wait(), end == SIGTERM ? 0 : -1);
   }
-  score.isOver = true;
-  for (const pid_t child : children) {
-    int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-  }
-  EXPECT_EQ(score.wrong, 0);
-  EXPECT_GT(score.failed, 0);
-  munmap(shared, sizeof(Score));
+  asker.isOver = true;
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_GT(asker.failed, 0);
 }
 
 }  // namespace
