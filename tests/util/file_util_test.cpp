@@ -1,5 +1,7 @@
 #include "util/include/file_util.h"
 
+#include <functional>
+
 #include "tests/support/world_test.h"
 #include "tests/util/workers.h"
 
@@ -9,6 +11,8 @@ namespace {
 
 const std::string kGone = ": No such file or directory";
 const std::string kCallFailed = "SystemException|OS call failed";
+constexpr char kDir[] = "/var/zantrel";
+constexpr char kTempDir[] = "/var/zantrel/tmp";
 
 class FileUtilTest : public WorldTest {};
 
@@ -16,18 +20,23 @@ TEST_F(FileUtilTest, ReadsAndWritesWholeFiles) {
   const std::string content(100000, '\0');
   int mode = 04751;
   WriteFile(in("file"), content, &mode);
-  EXPECT_EQ(GetPerms(in("file")), 0751) << "nine bits";
   EXPECT_EQ(GetFileSize(in("file")), 100000);
   EXPECT_EQ(ReadFile(in("file"), &(mode = 0)), content);
-  EXPECT_EQ(mode, 0751);
+  EXPECT_EQ(mode, 0751) << "nine bits";
   ASSERT_EQ(mkfifo(in("pipe").c_str(), 0600), 0);
   EXPECT_EQ(ReadFile(in("pipe"), nullptr), "") << "nobody has to write";
   EXPECT_FAILURE(kCallFailed + ": No such device or address", WriteFile(in("pipe"), "nobody reads", nullptr));
-  EXPECT_FAILURE(kCallFailed + kGone, GetFileSize(in("gone")));
   EXPECT_FAILURE(kCallFailed + kGone, GetPerms(in("gone")));
   EXPECT_FAILURE(kCallFailed + kGone, ReadFile(in("gone"), &mode));
   EXPECT_FAILURE(kCallFailed + ": Is a directory", ReadFile(m_dir, nullptr));
   EXPECT_FAILURE(kCallFailed + ": No space left on device", WriteFile("/dev/full", "x", nullptr));
+
+  unsigned long long kilobytes = 7;
+  EXPECT_EQ(GetFreeSpaceSize(in("gone"), kilobytes), ENOENT);
+  EXPECT_EQ(kilobytes, 7u);
+  EXPECT_TRUE(isLogged("statfs return (-1). Cannot detect free disk space." + kGone));
+  EXPECT_EQ(GetFreeSpaceSize("/proc", kilobytes), 0);
+  EXPECT_EQ(kilobytes, 0u) << "a file system without blocks";
 }
 
 TEST_F(FileUtilTest, RenamesWithOrWithoutAnException) {
@@ -43,38 +52,32 @@ TEST_F(FileUtilTest, RenamesWithOrWithoutAnException) {
   EXPECT_FAILURE("IOException|Move " + in("gone") + " to x failed" + kGone, MoveFile(in("gone"), "x"));
 }
 
-TEST_F(FileUtilTest, TemporaryFilesAreBornWithModeAndOwner) {
+TEST_F(FileUtilTest, TemporaryFilesAreBornWithModeAndOwnerOrNotAtAll) {
   std::string name = in("a.XXXXXX");
   close(mkstemp(name, 0640, getuid(), getgid()));
   EXPECT_EQ(modeOf(name), S_IFREG | 0640u);
   EXPECT_EQ(mkstemp(name), -1);
   EXPECT_EQ(errno, EINVAL);
   EXPECT_EQ(modeOf(name), 0u) << "the file of that very name goes";
-  std::string stream = in("c.XXXXXX");
   std::ofstream out;
-  EXPECT_EQ(OpenTempFile(stream.data(), 0604, out), 0);
+  EXPECT_EQ(OpenTempFile((name = in("c.XXXXXX")).data(), 0604, out), 0);
   out << "text" << std::flush;
-  EXPECT_EQ(get(stream), "text");
-  EXPECT_EQ(modeOf(stream), S_IFREG | 0604u);
+  EXPECT_EQ(get(name), "text");
+  EXPECT_EQ(modeOf(name), S_IFREG | 0604u);
   out.close();
-  std::string nowhere = in("no/c.XXXXXX");
-  EXPECT_FAILURE(kCallFailed + kGone, OpenTempFile(nowhere.data(), 0600, out));
-}
-
-TEST_F(FileUtilTest, NoTemporaryFileIsLeftWhereItsOwnerCannotBeSet) {
-  if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed";
+  unlink(name.c_str());
+  EXPECT_FAILURE(kCallFailed + kGone, OpenTempFile((name = in("no/c.XXXXXX")).data(), 0600, out));
+  if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed for the rest";
   ASSERT_EQ(chmod(m_dir.c_str(), 0777), 0);
-  const auto work = [this] {
+  const auto work = [&] {
     const long descriptors = openDescriptors();
-    std::string name = in("a.XXXXXX");
-    std::ofstream out;
-    EXPECT_FAILURE(kCallFailed + ": Operation not permitted", mkstemp(name, 0600, 0, 0));
+    EXPECT_FAILURE(kCallFailed + ": Operation not permitted", mkstemp(name = in("a.XXXXXX"), 0600, 0, 0));
     EXPECT_FAILURE(kCallFailed + ": Operation not permitted",
                    OpenTempFile((name = in("b.XXXXXX")).data(), 0600, 0, 0, out));
     EXPECT_EQ(openDescriptors(), descriptors);
   };
   checkInChild(work, kOrdinaryUser);
-  EXPECT_TRUE(std::filesystem::is_empty(m_dir));
+  EXPECT_TRUE(std::filesystem::is_empty(m_dir)) << "nothing is left whose owner cannot be set";
 }
 
 TEST_F(FileUtilTest, FollowsLinksByHand) {
@@ -85,12 +88,10 @@ TEST_F(FileUtilTest, FollowsLinksByHand) {
                                  {"loop", "loop", ""}};
   put(in("file"), "");
   ASSERT_EQ(mkdir(in("sub").c_str(), 0755), 0);
-  for (const auto& [link, target, result] : rows) {
-    ASSERT_EQ(symlink(target.c_str(), in(link).c_str()), 0);
-  }
   configure("brondalt.clients.threads.stacksize: 262144\n");  // a chain costs no stack
   Worker([&] {
     for (const auto& [link, target, result] : rows) {
+      EXPECT_EQ(symlink(target.c_str(), in(link).c_str()), 0);
       std::string out = "untouched";
       EXPECT_EQ(GetSymLinkPath(in(link).c_str(), out, 0), !result.empty()) << link;
       EXPECT_EQ(out, result);
@@ -102,15 +103,6 @@ TEST_F(FileUtilTest, FollowsLinksByHand) {
     std::string out;
     EXPECT_TRUE(GetSymLinkPath("relative", out, 0) && out == "file");
   });
-}
-
-TEST_F(FileUtilTest, FreeSpaceLeavesItsResultAloneOnFailure) {
-  unsigned long long kilobytes = 7;
-  EXPECT_EQ(GetFreeSpaceSize(in("gone"), kilobytes), ENOENT);
-  EXPECT_EQ(kilobytes, 7u);
-  EXPECT_TRUE(isLogged("statfs return (-1). Cannot detect free disk space." + kGone));
-  EXPECT_EQ(GetFreeSpaceSize("/proc", kilobytes), 0);
-  EXPECT_EQ(kilobytes, 0u) << "a file system without blocks";
 }
 
 TEST_F(FileUtilTest, CopiesFilesByPatternAndNeverThroughALink) {
@@ -125,11 +117,72 @@ TEST_F(FileUtilTest, CopiesFilesByPatternAndNeverThroughALink) {
   EXPECT_EQ(modeOf(in("to/c.text")), 0u) << "anchors match nowhere";
   CopyFile(in("victim"), in("victim"));
   CopyFile(in("gone"), in("victim"));
-  CopyFile(in("victim"), in("no/where"));
   EXPECT_EQ(get(in("victim")), "stays");
   EXPECT_FAILURE(kCallFailed + kGone, CopyFiles(in("gone"), in("to"), "."));
   EXPECT_FAILURE("BadDataException|CopyFiles: Error compiling pattern: Unmatched ( or \\(",
                  CopyFiles(m_dir, m_dir, "a("));
+}
+
+TEST_F(FileUtilTest, WhateverStandsInTheTemporaryDirectorysWayIsReplaced) {
+  const bool owners = canBeOrdinaryUser();
+  const std::string victim = "/var/log/victim";  // on the file system of the plants
+  put(victim, "stays");
+  ASSERT_EQ(chmod(victim.c_str(), 0600), 0);
+  const std::function<int(const char*)> plants[] = {
+      [](const char*) { return 0; },
+      [&](const char* path) { return link(victim.c_str(), path); },
+      [&](const char* path) { return symlink("/var/log", path); },
+      [](const char* path) { return symlink("/no/such", path); },
+      [](const char* path) { return mkfifo(path, 0666); },
+      [](const char* path) { return mkdir(path, 0); },
+      [](const char* path) { return mkdir(path, 0) + chmod(path, 07777); },
+      [=](const char* path) { return mkdir(path, 0755) + (owners ? chown(path, kOrdinaryUser, 7) : 0); },
+  };
+  for (const char* prefix : {kDir, kTempDir}) {
+    for (const auto& plant : plants) {
+      SCOPED_TRACE(prefix + std::to_string(&plant - plants));
+      std::filesystem::remove_all(kDir);
+      std::filesystem::create_directory(std::filesystem::path(prefix).parent_path());
+      ASSERT_EQ(plant(prefix), 0);
+      const mode_t mask = umask(077);
+      char dir[256];
+      EXPECT_EQ(GetZantrelTempDir(0, dir, sizeof dir), 0);
+      EXPECT_EQ(umask(mask), 077u);
+      EXPECT_STREQ(dir, kTempDir);
+      for (const char* path : {kDir, kTempDir}) {
+        struct stat info = {};
+        lstat(path, &info);
+        EXPECT_EQ(info.st_mode, S_IFDIR | 0755u) << path;
+        EXPECT_EQ(info.st_uid + info.st_gid, 0u) << path;
+      }
+    }
+  }
+  EXPECT_EQ(modeOf(victim), S_IFREG | 0600u);
+  EXPECT_EQ(get(victim), "stays");
+}
+
+TEST_F(FileUtilTest, OrdinaryUsersHaveTheSystemsTemporaryDirectory) {
+  char buffer[8] = "????";
+  EXPECT_EQ(GetZantrelTempDir(kOrdinaryUser, buffer, 4), -1);
+  EXPECT_EQ(errno, ERANGE);
+  EXPECT_EQ(GetZantrelTempDir(kOrdinaryUser, buffer, 5), 0);
+  EXPECT_STREQ(buffer, "/tmp");
+  EXPECT_EQ(GetZantrelTempDir(kOrdinaryUser, nullptr, 5), -1);
+  EXPECT_EQ(errno, EFAULT);
+  EXPECT_EQ(modeOf(kDir), 0u);
+  EXPECT_EQ(GetZantrelTempDir(0, buffer, sizeof buffer), -1);
+  EXPECT_EQ(errno, ERANGE);
+  if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed for the rest";
+  ASSERT_EQ(chmod(kTempDir, 0700), 0);
+  checkInChild(
+      [] {
+        char dir[256];
+        const long descriptors = openDescriptors();
+        EXPECT_EQ(GetZantrelTempDir(0, dir, sizeof dir), -1) << "only root repairs root's";
+        EXPECT_EQ(openDescriptors(), descriptors);
+      },
+      kOrdinaryUser);
+  EXPECT_EQ(modeOf(kTempDir), S_IFDIR | 0700u);
 }
 
 }  // namespace

@@ -69,7 +69,6 @@ TEST_F(SettingTest, ReadsOneValueOrSaysWhatIsWrong) {
   const std::string rows[][3] = {
       {"site", " a\n b\n\n", "a\n b"},
       {"site", "", ""},
-      {"site", "a\tb", control},
       {"site", "a\x7f", control},
       {"site", big.substr(0, 1025), tooLarge},
       {"site", big.substr(0, 1024), big.substr(0, 1024)},
@@ -81,30 +80,31 @@ TEST_F(SettingTest, ReadsOneValueOrSaysWhatIsWrong) {
     EXPECT_EQ(readOrFailure(name), result);
   }
   const std::string path = kDir + "kset.dc.p";
-  const auto afterPlant = [&](int planted) {
-    EXPECT_EQ(planted, 0);
-    const std::string result = readOrFailure("dc.p");
-    std::filesystem::remove(path);
-    return result;
-  };
   const std::string cannotOpen = "IOException|Cannot open file " + path;
   const std::string cannotRead = "IOException|Cannot read file " + path;
-  EXPECT_EQ(readOrFailure("dc.p"), cannotOpen + ": No such file or directory");
-  EXPECT_EQ(afterPlant(symlink(kSite.c_str(), path.c_str())),
-            cannotOpen + ": Too many levels of symbolic links");
-  EXPECT_EQ(afterPlant(mkfifo(path.c_str(), 0666)), cannotRead + ": Invalid argument");
-  EXPECT_EQ(afterPlant(mkdir(path.c_str(), 0755)), cannotRead + ": Is a directory");
+  const std::pair<std::function<int()>, std::string> plants[] = {
+      {[] { return 0; }, cannotOpen + ": No such file or directory"},
+      {[&] { return symlink(kSite.c_str(), path.c_str()); },
+       cannotOpen + ": Too many levels of symbolic links"},
+      {[&] { return mkfifo(path.c_str(), 0666); }, cannotRead + ": Invalid argument"},
+      {[&] { return mkdir(path.c_str(), 0755); }, cannotRead + ": Is a directory"},
+  };
+  for (const auto& [plant, result] : plants) {
+    EXPECT_EQ(plant(), 0);
+    EXPECT_EQ(readOrFailure("dc.p"), result);
+    std::filesystem::remove(path);
+  }
   put(in("kset.dc.q"), "");
-  ASSERT_EQ(truncate(in("kset.dc.q").c_str(), 1LL << 40), 0)
+  ASSERT_EQ(truncate(in("kset.dc.q").c_str(), 1LL << 40), 0);
+  EXPECT_THROW(readSettingFile("dc.q", in("")), BadDataException)
       << "a file that claims to be huge costs no memory";
-  EXPECT_THROW(readSettingFile("dc.q", in("")), BadDataException);
 }
 
 TEST_F(SettingTest, WhatIsTooLargeIsRefusedAndChangesNothing) {
   const std::string refusal = "IOException|Write kset.site: size(1025) exceeds maximum (1024)";
   save("site", "old");
-  EXPECT_FAILURE(refusal, save("site", std::string(1025, 'x')));
-  EXPECT_FAILURE(refusal, saveSetting("site", std::string(1025, 'x'), SETTING_DEFAULT, true, false));
+  for (const bool defer : {false, true})
+    EXPECT_FAILURE(refusal, saveSetting("site", std::string(1025, 'x'), SETTING_DEFAULT, defer, false));
   EXPECT_EQ(GetSetting("site", "") + get(kSite), "oldold");
   EXPECT_FAILURE("", save("dc.x", std::string(1025, 'x')));
 }
@@ -163,13 +163,6 @@ TEST_F(SettingTest, AnOrdinaryUserWritesOnlyHisCopyOfDomainControllers) {
 
 TEST_F(SettingTest, AnUnprivilegedToolHasAPrivateDataDirectory) {
   if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed";
-  const auto inOwnTmp = [](int (*plant)(), void (*work)()) {
-    checkInChild([=] {
-      ASSERT_EQ(unshare(CLONE_NEWNS) + mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") + plant(), 0);
-      chgDataDir("/tmp/precreate/");
-      checkInChild(work, kOrdinaryUser);
-    });
-  };
   const auto works = [] {
     save("dc.a", "x");
     EXPECT_EQ(get("/tmp/precreate/user/kset.dc.a"), "x");
@@ -183,16 +176,22 @@ TEST_F(SettingTest, AnUnprivilegedToolHasAPrivateDataDirectory) {
     createDataDir();
     EXPECT_EQ(modeOf("/tmp/home"), S_IFDIR | 0700u) << "opened to all users through a link";
   };
-  inOwnTmp([] { return 0; }, works);
-  inOwnTmp([] { return mkdir("/tmp/precreate", 0777); }, refused);
-  inOwnTmp([] { return symlink("/tmp", "/tmp/precreate"); }, refused);
-  inOwnTmp(
-      [] {
-        return mkdir("/tmp/home", 0700) + chown("/tmp/home", kOrdinaryUser, 0) +
-               mkdir("/tmp/precreate", 0755) + chown("/tmp/precreate", kOrdinaryUser, 0) +
-               symlink("/tmp/home", "/tmp/precreate/user");
-      },
-      linked);
+  const auto plantLink = [] {
+    return mkdir("/tmp/home", 0700) + chown("/tmp/home", kOrdinaryUser, 0) + mkdir("/tmp/precreate", 0755) +
+           chown("/tmp/precreate", kOrdinaryUser, 0) + symlink("/tmp/home", "/tmp/precreate/user");
+  };
+  const std::pair<int (*)(), void (*)()> rows[] = {
+      {[] { return 0; }, works},
+      {[] { return mkdir("/tmp/precreate", 0777); }, refused},
+      {[] { return symlink("/tmp", "/tmp/precreate"); }, refused},
+      {plantLink, linked},
+  };
+  for (const auto& [plant, work] : rows)
+    checkInChild([&plant = plant, &work = work] {
+      ASSERT_EQ(unshare(CLONE_NEWNS) + mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") + plant(), 0);
+      chgDataDir("/tmp/precreate/");
+      checkInChild(work, kOrdinaryUser);
+    });
 }
 
 TEST_F(SettingTest, AWriteThatFailsIsRepeatedLater) {
@@ -253,13 +252,11 @@ TEST_F(SettingTest, KnowsWhetherTheHostIsJoinedAndWhatItNeedsThen) {
       {"h", "RFC", "z", "n", ""},
   };
   save("domain", "d.example");
-  for (const auto& [host, schema, zone, zoneName, result] : rows) {
-    save("host", host);
-    save("schema", schema);
-    save("zone", zone);
-    save("zonename", zoneName);
-    EXPECT_EQ(joined(), !host.empty());
-    EXPECT_EQ(failureOf(CheckEssentialKSets), result);
+  for (const auto& row : rows) {
+    const char* names[] = {"host", "schema", "zone", "zonename"};
+    for (size_t i = 0; i < std::size(names); ++i) save(names[i], row[i]);
+    EXPECT_EQ(joined(), !row[0].empty());
+    EXPECT_EQ(failureOf(CheckEssentialKSets), row[4]);
   }
   put(kDir + "QTR_KAMBREL_IN_PROGRESS", "");
   EXPECT_FALSE(joined());
