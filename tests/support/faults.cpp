@@ -173,10 +173,14 @@ ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags) {
 
 }  // extern "C"
 
+// A sanitizer has its own for arrays, and matching ones to delete them.
 void* operator new(size_t size) {
-  void* memory = fails(Call::Allocate) ? nullptr : __real_malloc(size ? size : 1);
+  void* memory = __wrap_malloc(size ? size : 1);
   if (!memory) throw std::bad_alloc();
   return memory;
+}
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+  return __wrap_malloc(size ? size : 1);
 }
 void operator delete(void* memory) noexcept {
   free(memory);
