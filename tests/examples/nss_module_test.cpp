@@ -67,13 +67,18 @@ std::string text(nss_status status, int error) {
   return status == NSS_STATUS_SUCCESS ? name : name + " " + strerrorname_np(error);
 }
 
-std::string askFor(const char* name) {
-  passwd user;
+template <class Entry>
+std::string askFor(const char* functionName, const char* name) {
+  Entry entry;
   char buffer[kLarge];
   int error = 0;
   const nss_status status =
-      function<ByName<passwd>>("getpwnam_r")(name, &user, buffer, sizeof buffer, &error);
+      function<ByName<Entry>>(functionName)(name, &entry, buffer, sizeof buffer, &error);
   return text(status, error);
+}
+
+std::string askFor(const char* user) {
+  return askFor<passwd>("getpwnam_r", user);
 }
 
 /// In a thread that has no session yet, and leaves none.
@@ -169,12 +174,14 @@ TEST(NssModule, AnEnumerationLosesNoEntryToASmallBuffer) {
 }
 
 TEST(NssModule, AnEnumerationThatFailedStaysSo) {
-  const Daemon daemon({"--fault", "drop@3"});
-  const std::vector<std::string> lines = listAll<passwd>("pwent", false);
-  ASSERT_EQ(lines.size(), 3u);
-  EXPECT_EQ(lines[1], "TRYAGAIN EAGAIN");
-  EXPECT_EQ(lines[2], "TRYAGAIN EAGAIN");
-  EXPECT_EQ(listAll<passwd>("pwent", false).back(), "NOTFOUND ENOENT");
+  for (const char* fault : {"drop@3", "stall@3"}) {
+    const Daemon daemon({"--fault", fault});
+    const std::vector<std::string> lines = listAll<passwd>("pwent", false);
+    ASSERT_EQ(lines.size(), 3u) << fault;
+    EXPECT_EQ(lines[1], "TRYAGAIN EAGAIN") << fault;
+    EXPECT_EQ(lines[2], "TRYAGAIN EAGAIN") << fault;
+    EXPECT_EQ(listAll<passwd>("pwent", false).back(), "NOTFOUND ENOENT") << fault;
+  }
 }
 
 TEST(NssModule, NamesOfAnyByteAreNames) {
@@ -182,8 +189,10 @@ TEST(NssModule, NamesOfAnyByteAreNames) {
   std::vector<std::string> names = {"",       "@#",  "*", "(uid=*)", "lquispe:", std::string(1 << 20, 'x'),
                                     "../etc", "%s%n"};
   for (int byte = 1; byte < 256; ++byte) names.push_back(std::string("lquispe") + static_cast<char>(byte));
-  for (const std::string& name : names)
+  for (const std::string& name : names) {
     EXPECT_EQ(askFor(name.c_str()), "NOTFOUND ENOENT") << name.substr(0, 40);
+    EXPECT_EQ(askFor<group>("getgrnam_r", name.c_str()), "NOTFOUND ENOENT") << name.substr(0, 40);
+  }
   EXPECT_EQ(askFor(kUser), "SUCCESS");
 }
 
@@ -313,8 +322,9 @@ TEST(NssModule, GroupsAreAddedToTheCallersArray) {
     Groups after;
   } rows[] = {
       {"mgruber", 1, -1, {1}, "SUCCESS", {1, 20002}},  // in a place that has to be made
-      {"mgruber", 1, 1, {1}, "SUCCESS", {1}},         {"mgruber", 1, -1, {20002}, "SUCCESS", {20002}},
-      {"mgruber", 20002, -1, {}, "SUCCESS", {}},      {"nosuch", 1, -1, {1}, "NOTFOUND ENOENT", {1}},
+      {"mgruber", 1, 2, {1}, "SUCCESS", {1, 20002}},   {"mgruber", 1, 1, {1}, "SUCCESS", {1}},
+      {"mgruber", 1, -1, {20002}, "SUCCESS", {20002}}, {"mgruber", 20002, -1, {}, "SUCCESS", {}},
+      {"nosuch", 1, -1, {1}, "NOTFOUND ENOENT", {1}},
   };
   const auto ask = [](const char* user, gid_t primary, long limit, Groups& groups) {
     long start = static_cast<long>(groups.size()), size = start;
@@ -323,6 +333,7 @@ TEST(NssModule, GroupsAreAddedToTheCallersArray) {
     std::copy(groups.begin(), groups.end(), array);
     const nss_status status =
         function<InitGroups>("initgroups_dyn")(user, primary, &start, &size, &array, limit, &error);
+    EXPECT_TRUE(start <= size && (limit <= 0 || size <= limit)) << user << ' ' << size;
     groups.assign(array, array + start);
     free(array);
     return text(status, error);
