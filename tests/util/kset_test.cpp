@@ -45,8 +45,7 @@ class KSetTest : public WorldTest {
 
 TEST_F(KSetTest, CopiesWithModesAndNeverThroughALink) {
   const KSets sets(in("a"));
-  sets.copy(in("b"), "", "kset.domain");
-  sets.copy(in("b"), "", "kset.missing");
+  for (const char* name : {"kset.domain", "kset.missing"}) sets.copy(in("b"), "", name);
   EXPECT_EQ(list("b"), "kset.domain ");
   EXPECT_EQ(modeOf(in("b/kset.domain")), S_IFREG | 0640u);
   plantLink("b/kset.dc.one");
@@ -58,8 +57,11 @@ TEST_F(KSetTest, CopiesWithModesAndNeverThroughALink) {
   EXPECT_EQ(get(in("victim")), "stays");
 }
 
-TEST_F(KSetTest, RollsBackToTheSnapshot) {
+TEST_F(KSetTest, RollsBackToTheSnapshotOnceAndCleansTheMemoryToo) {
+  saveSetting("site", "s", SETTING_DEFAULT, false, false);
   KSets sets(in("a"));
+  EXPECT_FAILURE("NotFoundException|Cannot open directory " + in("gone/: No such file or directory"),
+                 sets.snapShot(in("gone")));
   sets.snapShot("");
   put(in("a/kset.domain"), "changed");
   put(in("a/kset.new"), "new");
@@ -72,17 +74,11 @@ TEST_F(KSetTest, RollsBackToTheSnapshot) {
   EXPECT_EQ(get(in("victim")), "stays");
   sets.rollBack("");
   EXPECT_EQ(list("a"), "kset.dir other ") << "the snapshot was spent";
-}
-
-TEST_F(KSetTest, CleansTheDirectoryAndTheMemory) {
-  saveSetting("site", "s", SETTING_DEFAULT, false, false);
-  KSets sets;
-  sets.clean(in("a"));
-  EXPECT_EQ(list("a"), "kset.dir other ");
+  put(in("a/kset.site"), "s");
   sets.clean("");
+  EXPECT_EQ(list("a"), "kset.dir other ");
+  std::filesystem::remove("/var/velmora/kset.site");
   EXPECT_EQ(GetSetting("site", "none"), "none");
-  EXPECT_FAILURE("NotFoundException|Cannot open directory " + in("gone/: No such file or directory"),
-                 sets.snapShot(in("gone")));
 }
 
 }  // namespace

