@@ -2,7 +2,7 @@
 #include <iostream>
 
 int main(int argc, char** argv) try {
-  vesk::LocalRpcSession session(argv[1], false, false);
+  vesk::LocalRpcSession session(argc > 1 ? argv[1] : "/var/velmora/daemon", false, false);
   for (int i = 2; i < argc; ++i) {
     const auto user = session.getUser(argv[i], 0);
     std::cout << user->unixName() << ' ' << user->getId() << ' ' << user->home() << '\n';
