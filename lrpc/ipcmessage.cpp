@@ -30,6 +30,12 @@ constexpr char kLogger[] = "lrpc.ipcmessage";
   FOKRAZO_THROW_ERRNO(IOException, "IOException", code, error, "read %u bytes from IPC", length);
 }
 
+// An element whose bytes were handed over gives null for none, and to clear no bytes at a bad address takes a
+// processor long.
+void wipe(const berval& bytes) {
+  if (bytes.bv_len > 0) explicit_bzero(bytes.bv_val, bytes.bv_len);
+}
+
 struct FreeElement {
   void operator()(BerElement* element) const { qtr_ber_free(element, 1); }
 };
@@ -44,14 +50,15 @@ struct FreeMemory {
 IPCMessage::~IPCMessage() {
   dropElement();
   if (!m_flattened) return;
-  explicit_bzero(m_flattened->bv_val, m_flattened->bv_len);
+  wipe(*m_flattened);
   qtr_ber_bvfree(m_flattened);
 }
 
 void IPCMessage::dropElement() {
-  berval used;  // what was written or read so far
-  if (m_ber && qtr_ber_flatten2(m_ber, &used, 0) == 0) explicit_bzero(used.bv_val, used.bv_len);
-  if (m_ber) qtr_ber_free(m_ber, 1);
+  if (!m_ber) return;
+  berval used = {};  // what was written or read so far
+  if (qtr_ber_flatten2(m_ber, &used, 0) == 0) wipe(used);
+  qtr_ber_free(m_ber, 1);
   m_ber = nullptr;
 }
 
