@@ -45,16 +45,6 @@ void store(unsigned char* to, T value) {
   memcpy(to, &value, sizeof value);
 }
 
-// Whether the name of a slot sorts before the wanted one: bytes as unsigned, a prefix first. Names differ
-// within a few bytes, so that a loop in place beats a call.
-inline bool NameCompare(std::string_view name, std::string_view wanted) {
-  const size_t common = std::min(name.size(), wanted.size());
-  for (size_t i = 0; i < common; ++i)
-    if (name[i] != wanted[i])
-      return static_cast<unsigned char>(name[i]) < static_cast<unsigned char>(wanted[i]);
-  return name.size() < wanted.size();
-}
-
 bool sameName(std::string_view name, std::string_view wanted) {
   return GOFAST1 ? name == wanted : std::string(name).compare(std::string(wanted)) == 0;
 }
@@ -71,7 +61,7 @@ size_t sizeOfText(const std::string& text) {
 /// The current dictionary as m_dictionary has it, without a call for each entry.
 struct CurrentDictionary {
   static constexpr uint32_t count() { return stringdict::kCurrentCount; }
-  std::string_view operator[](uint32_t index) const { return stringdict::kCurrent[index]; }
+  std::string_view operator[](uint32_t index) const { return stringdict::kCurrent[index].text(); }
 };
 
 [[noreturn]] void throwBadIndex(uint32_t index) {
@@ -207,13 +197,24 @@ const char* ADSerializer::getName(unsigned int offset, unsigned int& length) con
   return name.data();
 }
 
+// What the name at an offset sorts by; that of the empty name where there is none to read.
+inline stringdict::Key ADSerializer::keyAt(uint32_t offset) const {
+  if (offset < m_size && m_size - offset >= kWord) {
+    const uint32_t index =
+        load<uint32_t>(m_data + offset) ^ kReference;  // huge where the text stands in place
+    if (index < CurrentDictionary::count()) return stringdict::kCurrent[index];
+  }
+  return stringdict::Key(nameAt(offset));
+}
+
 // The slot of that name and, in `found`, the name as the blob has it; the number of slots if it is not there.
 uint32_t ADSerializer::search(std::string_view name, Text& found) const {
   const uint32_t end = indexCount();
+  const stringdict::Key wanted(name);
   uint32_t first = 0;
   for (uint32_t count = end; count > 0;) {
     const uint32_t half = count / 2;
-    if (NameCompare(nameAt(slot(first + half)), name)) {
+    if (keyAt(slot(first + half)) < wanted) {
       first += half + 1;
       count -= half + 1;
     } else {

@@ -32,6 +32,9 @@ FOKRAZO_API extern int GOFAST1;
 namespace vesk {
 
 class ADObject;
+namespace stringdict {
+class Key;
+}
 
 /// Holds one blob, reads, searches, shrinks and prints it. Every reader stays inside the blob whatever its
 /// bytes: what cannot be read is not there.
@@ -127,6 +130,7 @@ class FOKRAZO_API ADSerializer {
   uint32_t search(std::string_view name, Text& found) const;
   bool readName(uint32_t offset, Text& name) const;
   std::string_view nameAt(uint32_t offset) const;
+  stringdict::Key keyAt(uint32_t offset) const;
   const unsigned char* valueCountBehind(const Text& name) const;
   bool readText(const unsigned char* position, Text& field) const;
   template <class Take>

@@ -423,11 +423,11 @@ constexpr size_t longest() {
   return length;
 }
 
-constexpr std::array<std::string_view, kCurrentCount> currentEntries() {
-  std::array<std::string_view, kCurrentCount> entries;
+constexpr std::array<Key, kCurrentCount> currentEntries() {
+  std::array<Key, kCurrentCount> entries;
   size_t index = 0;
   for (const Entry& entry : kEntries)
-    if (entry.lists & k16090) entries[index++] = entry.text;
+    if (entry.lists & k16090) entries[index++] = Key(entry.text);
   return entries;
 }
 
@@ -444,7 +444,7 @@ static_assert(count(k16090) == kCurrentCount, "entries of the current list");
 
 }  // namespace
 
-constexpr std::array<std::string_view, kCurrentCount> kCurrent = currentEntries();
+constexpr std::array<Key, kCurrentCount> kCurrent = currentEntries();
 
 size_t entryCount(Lists list) {
   return count(list);

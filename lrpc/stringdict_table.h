@@ -43,9 +43,28 @@ constexpr size_t kEntryCount = 399;
 constexpr size_t kLongestEntry = 35;
 extern const Entry kEntries[kEntryCount];
 
+/// A text that sorts by its bytes as unsigned, a prefix first. Its first eight, taken as one number, decide
+/// nearly every comparison.
+class Key {
+ public:
+  constexpr Key() = default;
+  explicit constexpr Key(std::string_view text) : m_text(text) {
+    for (size_t i = 0; i < sizeof m_lead; ++i)
+      m_lead = m_lead << 8 | (i < text.size() ? static_cast<unsigned char>(text[i]) : 0);
+  }
+  constexpr std::string_view text() const { return m_text; }
+  bool operator<(const Key& other) const {
+    return m_lead != other.m_lead ? m_lead < other.m_lead : m_text < other.m_text;
+  }
+
+ private:
+  uint64_t m_lead = 0;
+  std::string_view m_text;
+};
+
 /// The entries of the current list by index.
 constexpr size_t kCurrentCount = 398;
-extern const std::array<std::string_view, kCurrentCount> kCurrent;
+extern const std::array<Key, kCurrentCount> kCurrent;
 
 /// The number of entries of a list. Requires: one bit.
 size_t entryCount(Lists list);
