@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "cli/command.h"
+#include "util/include/fixed_paths.h"
 #include "util/include/properties.h"
 
 namespace cli {
@@ -16,10 +17,8 @@ namespace {
 
 using namespace vesk;
 
-constexpr char kSystemFile[] = "/etc/velmora/velmora.conf";
-
 struct ConfFile {
-  std::string path = kSystemFile;
+  std::string path = paths::kConfigFile;
   Output& output;
 };
 
@@ -145,7 +144,7 @@ constexpr struct {
 } kActions[] = {{"get", get}, {"set", set}, {"unset", unset}, {"list", list}, {"variables", variables}};
 
 ExitStatus conf(Invocation& invocation) {
-  ConfFile file{kSystemFile, invocation.output};
+  ConfFile file{paths::kConfigFile, invocation.output};
   invocation.arguments.option("--file", file.path);
   const std::string action = invocation.arguments.action("get, set, unset, list or variables");
   for (const auto& row : kActions)

@@ -1,13 +1,10 @@
 // What concerns the daemon itself: roles, info, health, domain, spn, flush, policy, network-changed.
 
-#include <cstdio>
-
 #include "cli/command.h"
 #include "cli/result.h"
 #include "cli/views.h"
 #include "lrpc/adobject.h"
 #include "lrpc/session.h"
-#include "util/include/error_util.h"
 
 namespace cli {
 
@@ -44,6 +41,7 @@ ExitStatus info(Invocation& invocation) {
 ExitStatus health(Invocation& invocation) {
   invocation.arguments.done();
   LocalRpcSession& session = invocation.daemon.session();
+  session.ping();  // a daemon that is silent has no health
   ValidationResult result = VR_SUCCESS;
   int value1 = 0;
   int value2 = 0;
@@ -65,8 +63,9 @@ ExitStatus domain(Invocation& invocation) {
   invocation.arguments.done();
   LocalRpcSession& session = invocation.daemon.session();
   if (!map)
-    return printText(invocation.output, "domain",
-                     ntlm ? session.getNtlmDomain(name) : session.getADDomain(name));
+    return printText(invocation.output, "domain", orRefused([&] {
+                       return ntlm ? session.getNtlmDomain(name) : session.getADDomain(name);
+                     }));
   std::string first;
   std::string second;
   const int result = session.mapDomain(name, first, second, 0);
@@ -116,13 +115,8 @@ ExitStatus policy(Invocation& invocation) {
   const std::string user = ofUser ? invocation.arguments.operand("a user") : "";
   invocation.arguments.done();
   LocalRpcSession& session = invocation.daemon.session();
-  try {
-    return printText(invocation.output, "message",
-                     ofUser ? session.updateUserPolicy(user) : session.updateMachinePolicy());
-  } catch (const SystemException& error) {
-    fprintf(stderr, "fokrazo: %s\n", error.what());
-    return kRefused;
-  }
+  return printText(invocation.output, "message",
+                   ofUser ? session.updateUserPolicy(user) : session.updateMachinePolicy());
 }
 
 ExitStatus networkChanged(Invocation& invocation) {

@@ -16,6 +16,7 @@
 #include "lrpc/ipcmessage.h"
 #include "lrpc/session.h"
 #include "util/include/error_util.h"
+#include "util/include/fixed_paths.h"
 #include "util/include/properties.h"
 #include "util/include/propnames.h"
 #include "util/include/setting.h"
@@ -26,7 +27,6 @@ namespace {
 
 using namespace vesk;
 
-constexpr char kConfiguration[] = "/etc/velmora/velmora.conf";
 constexpr char kLongestWait[] = "10";  // seconds, where the command line says nothing
 constexpr double kSlowPing = 1000;     // milliseconds
 
@@ -212,7 +212,7 @@ void Doctor::checkJoined() {
 ExitStatus Doctor::examine() {
   if (checkSocket() && checkConnection() && checkPing()) checkHealth();
   checkJoined();
-  for (const Finding& finding : checkConfiguration(kConfiguration)) tell(finding);
+  for (const Finding& finding : checkConfiguration(paths::kConfigFile)) tell(finding);
   if (!m_isReachable) return kNoDaemon;
   return m_worst == Finding::Problem ? kRefused : kFound;
 }

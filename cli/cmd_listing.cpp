@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "cli/command.h"
+#include "cli/result.h"
 #include "cli/views.h"
 #include "lrpc/paged_search.h"
 #include "lrpc/session.h"
@@ -15,31 +16,24 @@ namespace {
 
 using namespace vesk;
 
-ExitStatus listUsers(LocalRpcSession& session, Output& output) {
-  if (session.startListUser()) return kRefused;
-  try {
-    for (;;) printUser(output, *session.getUser2(NEXT_ENTRY, 0));
-  } catch (const EndOfListException&) {
-  }
-  return session.endListUser() ? kRefused : kFound;
+// Of both ends of a listing, true is a failure.
+void succeedOrRefuse(bool failed, const LocalRpcSession& session, const char* what) {
+  if (!failed) return;
+  const std::string& message = session.statusMessage();
+  throw RefusedError(std::string("the listing cannot be ") + what +
+                     (message.empty() ? "" : ": " + shown(message)));
 }
 
-ExitStatus listGroups(LocalRpcSession& session, Output& output) {
-  if (session.startListGroup(false)) return kRefused;
+// `next` prints one object, until it throws End.
+template <class End, class Start, class Next, class Finish>
+ExitStatus walk(const LocalRpcSession& session, Start start, Next next, Finish finish) {
+  succeedOrRefuse(start(), session, "started");
   try {
-    for (;;) printGroup(output, *session.getGroup2(NEXT_ENTRY, 0));
-  } catch (const EndOfListException&) {
+    for (;;) next();
+  } catch (const End&) {
   }
-  return session.endListGroup() ? kRefused : kFound;
-}
-
-ExitStatus listShadow(LocalRpcSession& session, Output& output) {
-  if (session.startListShadow()) return kRefused;
-  try {
-    for (;;) printShadow(output, *session.getShadow(NEXT_ENTRY, 0));
-  } catch (const NotFoundException&) {  // how this listing ends
-  }
-  return session.endListShadow() ? kRefused : kFound;
+  succeedOrRefuse(finish(), session, "ended");
+  return kFound;
 }
 
 ExitStatus list(Invocation& invocation) {
@@ -47,10 +41,21 @@ ExitStatus list(Invocation& invocation) {
   invocation.arguments.done();
   if (what != "users" && what != "groups" && what != "shadow")
     throw UsageError("list takes users, groups or shadow, not '" + what + "'");
+  Output& output = invocation.output;
   LocalRpcSession& session = invocation.daemon.session();
-  if (what == "users") return listUsers(session, invocation.output);
-  if (what == "groups") return listGroups(session, invocation.output);
-  return listShadow(session, invocation.output);
+  if (what == "users")
+    return walk<EndOfListException>(
+        session, [&] { return session.startListUser(); },
+        [&] { printUser(output, *session.getUser2(NEXT_ENTRY, 0)); }, [&] { return session.endListUser(); });
+  if (what == "groups")
+    return walk<EndOfListException>(
+        session, [&] { return session.startListGroup(false); },
+        [&] { printGroup(output, *session.getGroup2(NEXT_ENTRY, 0)); },
+        [&] { return session.endListGroup(); });
+  return walk<NotFoundException>(
+      session, [&] { return session.startListShadow(); },
+      [&] { printShadow(output, *session.getShadow(NEXT_ENTRY, 0)); },
+      [&] { return session.endListShadow(); });
 }
 
 // The attribute names as the session wants them; points into `names`.
@@ -111,7 +116,8 @@ ExitStatus fetch(Invocation& invocation) {
   const std::string dn = arguments.operand("a DN");
   const std::vector<std::string> names = arguments.operands();
   std::vector<const char*> wanted = nullTerminated(names);
-  const ADObject object = invocation.daemon.session().ldapFetch(domain, dn, wanted.data(), false);
+  LocalRpcSession& session = invocation.daemon.session();
+  const ADObject object = orRefused([&] { return session.ldapFetch(domain, dn, wanted.data(), false); });
   if (object.isEmpty()) return kRefused;
   printObject(invocation.output, object);
   return kFound;

@@ -124,17 +124,22 @@ ExitStatus ping(Invocation& invocation) {
   return kFound;
 }
 
-// Answers each key of standard input, so that one connection serves many.
+// Answers each key of standard input, so that one connection serves many. One that is no key is not found.
 template <class Answer>
 ExitStatus answerInput(const std::string& by, Answer answer) {
   ExitStatus status = kFound;
+  const auto complain = [&](const std::string& line, const std::exception& error) {
+    fprintf(stderr, "fokrazo: %s: %s\n", shown(line).c_str(), error.what());
+    status = kRefused;
+  };
   std::string line;
   while (std::getline(std::cin, line)) {
     try {
       answer(makeKey(line, by));
     } catch (const NotFoundException& error) {
-      fprintf(stderr, "fokrazo: %s: %s\n", line.c_str(), error.what());
-      status = kRefused;
+      complain(line, error);
+    } catch (const UsageError& error) {
+      complain(line, error);
     }
     fflush(stdout);
   }

@@ -8,8 +8,11 @@
 #include "base/osutil.h"
 #include "cli/command.h"
 #include "util/include/error_util.h"
+#include "util/include/kset.h"
 #include "util/include/path.h"
 #include "util/include/setting.h"
+#include "util/replacement_file.h"
+#include "util/setting_store.h"
 
 namespace cli {
 
@@ -17,19 +20,26 @@ namespace {
 
 using namespace vesk;
 
-constexpr char kSettingPrefix[] = "kset.";
-
 ExitStatus printSetting(Output& output, const std::string& name, const std::string& value) {
   output.record(Record().text("name", name).text("value", value), name + ": " + shown(value));
   return kFound;
 }
 
+// Values that are just being written have files of their own.
+void addSettings(const std::string& dir, bool (*isWanted)(const char*), std::set<std::string>& names) {
+  const Path directory(dir);
+  if (!Path::exists(directory)) return;
+  for (directory_iterator entry(directory); entry != directory_iterator::end(); ++entry) {
+    const std::string leaf = entry->leaf();
+    if (isWanted(leaf.c_str()) && leaf.find(gTempFileMarker) == std::string::npos)
+      names.insert(leaf.substr(strlen(kKSetPrefix)));
+  }
+}
+
 ExitStatus listSettings(Output& output) {
   std::set<std::string> names;
-  const Path directory(getDataDir());
-  for (directory_iterator entry(directory); entry != directory_iterator::end(); ++entry)
-    if (entry->leaf().compare(0, strlen(kSettingPrefix), kSettingPrefix) == 0)
-      names.insert(entry->leaf().substr(strlen(kSettingPrefix)));
+  addSettings(getDataDir(), KSets::isKSetFile, names);
+  addSettings(getDataDir() + kUserDir, KSets::isKSetDCFile, names);
   ExitStatus status = kFound;
   for (const std::string& name : names) {
     try {

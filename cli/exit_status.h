@@ -1,4 +1,4 @@
-/// How the tool ends, and the two ways in which a command gives up on its own account.
+/// How the tool ends, and the ways in which a command gives up on its own account.
 #pragma once
 
 #include <stdexcept>
@@ -16,6 +16,12 @@ enum ExitStatus : int {
 
 /// The command line is wrong; what() says what is wrong with what.
 class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// What was asked for is not there or not granted; what() says why.
+class RefusedError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };

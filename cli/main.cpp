@@ -8,13 +8,12 @@
 #include "cli/command.h"
 #include "lrpc/session.h"
 #include "util/include/error_util.h"
+#include "util/include/fixed_paths.h"
 #include "util/include/properties.h"
 
 namespace cli {
 
 namespace {
-
-constexpr char kDefaultSocket[] = "/var/velmora/daemon";
 
 const Family* families(size_t& count) {
   static const Family all[] = {lookupCommands(),        listingCommands(), daemonCommands(),
@@ -39,7 +38,7 @@ void printHelp() {
       "  --socket PATH  the daemon's socket (default %s)\n"
       "  --json         print one JSON object per line\n"
       "  --timeout S    wait at most S seconds for the daemon in each step\n",
-      kDefaultSocket);
+      vesk::paths::kDaemonSocket);
   size_t count = 0;
   const Family* all = families(count);
   for (size_t i = 0; i < count; ++i) {
@@ -59,7 +58,7 @@ void printHelp(const Command& command) {
 }
 
 struct Settings {
-  std::string socketPath = kDefaultSocket;
+  std::string socketPath = vesk::paths::kDaemonSocket;
   std::string timeout;
   bool json = false;
 };
@@ -128,7 +127,11 @@ ExitStatus run(int argc, char** argv) {
     return complain(kNoDaemon, error.what());
   } catch (const vesk::TimeoutException& error) {
     return complain(kNoDaemon, error.what());
+  } catch (const RefusedError& error) {
+    return complain(kRefused, error.what());
   } catch (const vesk::NotFoundException& error) {
+    return complain(kRefused, error.what());
+  } catch (const vesk::SystemException& error) {  // how the daemon refuses a request
     return complain(kRefused, error.what());
   } catch (const std::exception& error) {
     return complain(kFailed, error.what());
@@ -160,6 +163,7 @@ int main(int argc, char** argv) {
     return cli::kFound;
   }
   const cli::ExitStatus status = cli::run(argc, argv);
-  if (fflush(stdout) != 0) return cli::complain(cli::kFailed, "standard output cannot be written");
+  if (fflush(stdout) != 0 || ferror(stdout))
+    return cli::complain(cli::kFailed, "standard output cannot be written");
   return status;
 }

@@ -1,7 +1,8 @@
-/// A result of the daemon on its way to the exit status.
+/// An answer of the daemon on its way to the exit status.
 #pragma once
 
 #include "cli/exit_status.h"
+#include "lrpc/ipc_exception.h"
 
 namespace vesk {
 class LocalRpcSession;
@@ -13,5 +14,16 @@ class Output;
 
 /// Prints a result with the daemon's own message, if it sent one; 0 is success, anything else a refusal.
 ExitStatus report(Output& output, const vesk::LocalRpcSession& session, int result);
+
+/// What `question` gives. The daemon's own exception says that there is nothing of that name.
+/// @throws RefusedError
+template <class Question>
+auto orRefused(Question question) {
+  try {
+    return question();
+  } catch (const vesk::IPCException& error) {
+    throw RefusedError(error.what());
+  }
+}
 
 }  // namespace cli

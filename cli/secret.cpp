@@ -1,7 +1,7 @@
 #include "cli/secret.h"
 
+#include <bsd/readpassphrase.h>
 #include <fcntl.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -38,43 +38,20 @@ vesk::Shredder readLine(int descriptor) {
   }
 }
 
-// The terminal with its echo off, for as long as this lives.
-class SilentTerminal {
- public:
-  explicit SilentTerminal(int descriptor) : m_descriptor(descriptor) {
-    if (tcgetattr(m_descriptor, &m_before) != 0) throw std::runtime_error("standard input is no terminal");
-    termios silent = m_before;
-    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    tcsetattr(m_descriptor, TCSAFLUSH, &silent);
+// What a person types. A signal finds the terminal as it was.
+vesk::Shredder ask(const char* prompt) {
+  char typed[kLongestPassword + 2];  // room for one too many, and for the end
+  vesk::Shredder secret;
+  secret.reserve(kLongestPassword + 1);
+  if (!readpassphrase(prompt, typed, sizeof typed, RPP_REQUIRE_TTY)) {
+    if (errno == ENOTTY) throw std::runtime_error("no terminal to ask for the password; use --password-fd");
+    throw std::runtime_error(std::string("the password cannot be read: ") + strerror(errno));
   }
-  ~SilentTerminal() { tcsetattr(m_descriptor, TCSAFLUSH, &m_before); }
-  SilentTerminal(const SilentTerminal&) = delete;
-  SilentTerminal& operator=(const SilentTerminal&) = delete;
-
- private:
-  int m_descriptor;
-  termios m_before{};
-};
-
-// The terminal of the process, closed again at the end.
-class Terminal {
- public:
-  Terminal() : m_descriptor(open("/dev/tty", O_RDWR | O_CLOEXEC)) {
-    if (m_descriptor < 0) throw std::runtime_error("no terminal to ask for the password; use --password-fd");
-  }
-  ~Terminal() { close(m_descriptor); }
-  Terminal(const Terminal&) = delete;
-  Terminal& operator=(const Terminal&) = delete;
-
-  int descriptor() const { return m_descriptor; }
-  void write(const char* text) const {
-    if (::write(m_descriptor, text, strlen(text)) < 0)
-      throw std::runtime_error("the terminal cannot be written");
-  }
-
- private:
-  int m_descriptor;
-};
+  secret.assign(typed);
+  explicit_bzero(typed, sizeof typed);
+  if (secret.size() > kLongestPassword) throw std::runtime_error("the password is too long");
+  return secret;
+}
 
 }  // namespace
 
@@ -88,13 +65,7 @@ SecretSource::SecretSource(Arguments& arguments) {
 }
 
 vesk::Shredder SecretSource::read(const char* prompt) {
-  if (m_descriptor >= 0) return readLine(m_descriptor);
-  Terminal terminal;
-  terminal.write(prompt);
-  SilentTerminal silent(terminal.descriptor());
-  vesk::Shredder secret = readLine(terminal.descriptor());
-  terminal.write("\n");
-  return secret;
+  return m_descriptor >= 0 ? readLine(m_descriptor) : ask(prompt);
 }
 
 }  // namespace cli

@@ -9,6 +9,9 @@ add_library(lber UNKNOWN IMPORTED GLOBAL)
 set_target_properties(lber PROPERTIES IMPORTED_LOCATION ${LBER_LIBRARY}
                       INTERFACE_INCLUDE_DIRECTORIES ${LBER_INCLUDE_DIR})
 
+# Asks for passwords at the terminal; for the tool alone.
+find_library(BSD_LIBRARY bsd REQUIRED)
+
 # Its sibling reads LDIF for the stand-in; the library itself never links it.
 find_library(LDAP_LIBRARY ldap REQUIRED)
 add_library(ldap UNKNOWN IMPORTED GLOBAL)
