@@ -57,11 +57,11 @@ void goToBackground(std::ofstream& pidFile) {
 void serve(Options& options) {
   Service service;
   load(service, options);
-  std::ofstream pidFile;
-  if (!options.pidPath.empty()) pidFile.open(options.pidPath);
-  if (!pidFile) throw Error(options.pidPath + ": " + strerror(errno));
   Server server(options.socketPath, service, options.faults, options.isVerbose);
   server.open();
+  std::ofstream pidFile;  // that of a daemon which has the socket already stays as it is
+  if (!options.pidPath.empty()) pidFile.open(options.pidPath);
+  if (!pidFile) throw Error(options.pidPath + ": " + strerror(errno));
   if (options.isForeground) {
     writePid(pidFile, getpid());
     sayReady();

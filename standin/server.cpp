@@ -173,15 +173,20 @@ void Server::accept() {
   }
 }
 
+// What one connection wants too much memory for is the end of that connection.
 void Server::serve(Connection& connection) {
-  if (connection.wanted() == POLLOUT) {
-    connection.flush();
-  } else {
-    connection.receive();
+  try {
+    if (connection.wanted() == POLLOUT) {
+      connection.flush();
+    } else {
+      connection.receive();
+    }
+    std::string_view message;
+    while (!m_restartIsWanted && !m_service.stopIsWanted && connection.nextFrame(message))
+      answer(connection, message);
+  } catch (const std::bad_alloc&) {
+    connection.end();
   }
-  std::string_view message;
-  while (!m_restartIsWanted && !m_service.stopIsWanted && connection.nextFrame(message))
-    answer(connection, message);
 }
 
 void Server::answer(Connection& connection, std::string_view bytes) {
@@ -203,8 +208,6 @@ void Server::answer(Connection& connection, std::string_view bytes) {
   } catch (const VESKException& exception) {
     // No message: whoever sends this cannot be answered.
     if (m_isVerbose) fprintf(stderr, "connection %d: %s\n", connection.fd(), exception.what());
-    connection.end();
-  } catch (const std::bad_alloc&) {
     connection.end();
   }
 }
