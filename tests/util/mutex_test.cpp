@@ -1,12 +1,13 @@
 #include "util/include/mutex.h"
 
-#include <cerrno>
 #include <limits>
 #include <stdexcept>
 
+#include "tests/support/thrown.h"
 #include "tests/util/workers.h"
 #include "util/include/error_util.h"
 
+using testsupport::thrownBy;
 using vesk::Lock;
 using vesk::MaxWaitMutex;
 using vesk::Mutex;
@@ -76,13 +77,7 @@ TEST_F(LockTest, WaitsEndWithTheirTimeByTheDaysClockAndFailWithNoTime) {
   const timespec past{time(nullptr) + 1800, 0};
   EXPECT_FALSE(mutex.wait(&past));
   EXPECT_EQ(mutex.lockDepth(), 1u);
-  try {
-    lock.wait(0, -1);
-    FAIL();
-  } catch (const vesk::SystemException& e) {
-    EXPECT_EQ(e.rc(), EINVAL);
-    EXPECT_STREQ(e.what(), "OS call failed: Invalid argument");
-  }
+  EXPECT_EQ(thrownBy([&] { lock.wait(0, -1); }), "SystemException 22 OS call failed: Invalid argument");
   lock.unLock();
   EXPECT_TRUE(freeForOthers());
 }
@@ -167,13 +162,10 @@ TEST_F(LockTest, MaxWaitMutexRefusesTheCallerOverTheLimit) {
   };
   Worker first(waitInLine), second(waitInLine);
   Worker([&] {
-    try {
-      while (!limited.tryLock()) sched_yield();
-      ADD_FAILURE() << "it is not free";
-    } catch (const vesk::TryAgainException& e) {
-      EXPECT_STREQ(e.what(), "too many clients waiting for mutex (configure more threads?)");
-      EXPECT_EQ(e.rc(), EAGAIN);
-    }
+    EXPECT_EQ(thrownBy([&] {
+                while (!limited.tryLock()) sched_yield();
+              }),
+              "TryAgainException 11 too many clients waiting for mutex (configure more threads?)");
     EXPECT_THROW(Lock{limited}, vesk::TryAgainException);
     int cancelState = -1;
     pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, &cancelState);

@@ -9,18 +9,16 @@
 
 namespace {
 
-std::vector<long> draw() {
-  std::vector<long> numbers(3);
-  std::generate(numbers.begin(), numbers.end(), random);
+std::vector<long> draw(std::size_t count, long (*source)() = random) {
+  std::vector<long> numbers(count);
+  std::generate(numbers.begin(), numbers.end(), source);
   return numbers;
 }
 
 /// What the generator under the library gives for a seed.
-std::vector<long> sequenceOf(long seed) {
+std::vector<long> sequenceOf(long seed, std::size_t count) {
   srand48(seed);
-  std::vector<long> numbers(3);
-  std::generate(numbers.begin(), numbers.end(), lrand48);
-  return numbers;
+  return draw(count, lrand48);
 }
 
 }  // namespace
@@ -28,25 +26,24 @@ std::vector<long> sequenceOf(long seed) {
 TEST(RandomTest, TheClockSeedsTheFirstDrawAndOnlyLaterSeedsHold) {
   srandom(5);
   const time_t before = time(nullptr);
-  const std::vector<long> first = draw();
+  const std::vector<long> first = draw(3);
   const time_t after = time(nullptr);  // the second may have changed meanwhile
-  EXPECT_TRUE(first == sequenceOf(before) || first == sequenceOf(after));
+  EXPECT_TRUE(first == sequenceOf(before, 3) || first == sequenceOf(after, 3));
   srandom(7);
-  const std::vector<long> seeded = draw();
-  EXPECT_EQ(seeded, sequenceOf(7));
+  const std::vector<long> seeded = draw(3);
+  EXPECT_EQ(seeded, sequenceOf(7, 3));
   srand(7);
   EXPECT_EQ(rand(), seeded[0]);
 }
 
 TEST(RandomTest, ThreadsThatTheLibraryDoesNotKnowDrawTheSameNumbersBetweenThem) {
-  constexpr int kDraws = 1000;
-  std::vector<long> drawn(2 * kDraws), expected(2 * kDraws);
+  std::vector<long> others;
   srandom(9);
-  std::thread other([&] { std::generate_n(drawn.begin(), kDraws, random); });
-  std::generate_n(drawn.begin() + kDraws, kDraws, random);
+  std::thread other([&] { others = draw(1000); });
+  std::vector<long> drawn = draw(1000);
   other.join();
-  srand48(9);
-  std::generate(expected.begin(), expected.end(), lrand48);
+  drawn.insert(drawn.end(), others.begin(), others.end());
+  std::vector<long> expected = sequenceOf(9, 2000);
   std::sort(drawn.begin(), drawn.end());
   std::sort(expected.begin(), expected.end());
   EXPECT_EQ(drawn, expected) << "each number once";

@@ -1,15 +1,9 @@
-#include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
-#include <string>
 
+#include "tests/support/scratch_test.h"
 #include "tests/util/workers.h"
 #include "util/descriptors.h"
 #include "util/include/osport.h"
@@ -48,14 +42,6 @@ int run(std::string script, std::vector<int> fds = {}, int mode = kWait, int tim
                                     kill, emptyEnvironment, callback);
 }
 
-int openDescriptors() {
-  DIR* listing = opendir("/proc/self/fd");
-  int count = 0;
-  while (readdir(listing)) ++count;
-  closedir(listing);
-  return count;
-}
-
 /// Blocks until some child has ended, and leaves it to be collected.
 siginfo_t awaitZombie() {
   siginfo_t info{};
@@ -66,24 +52,25 @@ siginfo_t awaitZombie() {
 }  // namespace
 
 /// Each test leaves no child and no descriptor.
-class SpawnTest : public testing::Test {
+class SpawnTest : public testsupport::ScratchTest {
  protected:
-  SpawnTest() : before(openDescriptors()), null(open("/dev/null", O_RDWR | O_CLOEXEC)) {}
-  ~SpawnTest() override {
+  void SetUp() override {
+    ScratchTest::SetUp();
+    null = open("/dev/null", O_RDWR | O_CLOEXEC);
+  }
+  void TearDown() override {
     close(null);
-    EXPECT_EQ(openDescriptors(), before);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+    ScratchTest::TearDown();
   }
 
-  int before;
-  int null;
+  int null = -1;
 };
 
 TEST_F(SpawnTest, ProgramsThatCannotRun) {
-  char file[] = "/tmp/spawn_test_XXXXXX";
-  const int fd = mkstemp(file);
-  EXPECT_EQ(write(fd, "no program", 10), 10);
-  char* argv[] = {file, nullptr};
+  std::string file = in("file");
+  put(file, "no program");
+  char* argv[] = {file.data(), nullptr};
   const struct {
     int mode;
     int count;
@@ -92,7 +79,7 @@ TEST_F(SpawnTest, ProgramsThatCannotRun) {
     int error;
   } rows[] = {
       {kWait, 0, "/nowhere/at/all", argv, ENOENT},
-      {kReplace, 0, file, argv, EACCES},
+      {kReplace, 0, file.c_str(), argv, EACCES},
       {kDoNotWait, 0, nullptr, argv, EFAULT},
       {kWait, 0, kShell, nullptr, EFAULT},
       {kWait, 1, kShell, argv, EFAULT},
@@ -102,10 +89,8 @@ TEST_F(SpawnTest, ProgramsThatCannotRun) {
     EXPECT_EQ(spawnfv(row.mode, row.count, nullptr, row.path, row.argv), -1);
     EXPECT_EQ(errno, row.error);
   }
-  fchmod(fd, 0700);
-  close(fd);
-  EXPECT_EQ(WEXITSTATUS(spawnfv(kWait, 0, nullptr, file, argv)), 256 - ENOEXEC);
-  unlink(file);
+  chmod(file.c_str(), 0700);
+  EXPECT_EQ(WEXITSTATUS(spawnfv(kWait, 0, nullptr, file.c_str(), argv)), 256 - ENOEXEC);
 }
 
 TEST_F(SpawnTest, TheChildGetsExactlyTheDescriptorsAskedFor) {
@@ -152,20 +137,15 @@ TEST_F(SpawnTest, EveryWayOfClosingKeepsWhatItShould) {
   bool (*const ways[])(const int*, std::size_t) = {
       closeByRange, closeByListing,
       [](const int* kept, std::size_t count) { return closeOneByOne(kept, count, 400), true; }};
-  for (auto* way : ways) {
-    const pid_t child = fork();
-    if (child == 0) {
+  for (auto* way : ways)
+    testsupport::checkInChild([&] {
       const int kept[] = {0, 5, 300};
       for (int fd : {0, 3, 4, 5, 6, 299, 300, 301}) dup2(null, fd);
       bool right = way(kept, 3);
       for (int fd = 0; fd < 400; ++fd)
         right = right && (fcntl(fd, F_GETFD) >= 0) == (fd == 0 || fd == 5 || fd == 300);
-      _exit(right ? 0 : 1);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-  }
+      if (!right) _exit(1);  // there is nowhere left to say more
+    });
 }
 
 TEST_F(SpawnTest, EnvironmentCallbackAndStatus) {

@@ -4,12 +4,10 @@
 #include <sys/time.h>
 
 #include <cerrno>
-#include <fstream>
 
+#include "tests/support/syslog_socket.h"
 #include "tests/util/workers.h"
 #include "util/include/error_util.h"
-#include "util/include/fixed_paths.h"
-#include "util/include/properties.h"
 
 using vesk::Thread;
 
@@ -21,11 +19,6 @@ int errorOf(const std::function<void()>& call) {
   } catch (const vesk::SystemException& e) {
     return e.rc();
   }
-}
-
-void configure(const std::string& text) {
-  std::ofstream(vesk::paths::kConfigFile) << text;
-  vesk::Props(false, true);
 }
 
 std::size_t stackSizeOfANewThread() {
@@ -50,13 +43,12 @@ TEST(ThreadTest, ExistenceMakesTheProcessThreaded) {
     const Thread one, two;
     EXPECT_EQ(Thread::m_threadsActive, 2);
   }
-  EXPECT_EQ(Thread::m_threadsActive, 0);
-  Thread::SetThreadsActive(true);
-  Thread::SetThreadsActive(true);
-  EXPECT_EQ(Thread::m_threadsActive, 2);
+  for (const int active : {0, 1, 2}) {
+    EXPECT_EQ(Thread::m_threadsActive, active);
+    Thread::SetThreadsActive(true);
+  }
   Thread::SetThreadsActive(false);
   EXPECT_EQ(Thread::m_threadsActive, 0);
-  EXPECT_TRUE(Thread::m_threadsSupported);
 }
 
 TEST(ThreadTest, EndsByReturnByExitAndByCancellation) {

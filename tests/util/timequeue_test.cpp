@@ -126,21 +126,15 @@ TEST(TimeQueueThreads, AnEarlierItemWakesASleepingRunner) {
 }
 
 TEST(TimeQueueThreads, NothingPeriodicComesBackAfterShutdown) {
-  struct Watched : TimeQueue {
-    using TimeQueue::TimeQueue;
-    void interrupt() override {
-      TimeQueue::interrupt();
-      interrupted.open();
-    }
-    Gate started, interrupted;
-  } queue("ending", 0, false);
+  static Gate started;
+  Watched<TimeQueue> queue("ending", 0, false);
   const auto runIntoTheEnd = [](void* watched) {
-    static_cast<Watched*>(watched)->started.open();
-    static_cast<Watched*>(watched)->interrupted.wait();
+    started.open();
+    static_cast<Watched<TimeQueue>*>(watched)->interrupted.wait();
   };
   Worker runner([&] { EXPECT_THROW(queue.runQueue(100'000), vesk::QueueInterrupted); });
   post(queue, 0, runIntoTheEnd, &queue, true);
-  queue.started.wait();
+  started.wait();
   queue.shutdown(runner);
   EXPECT_TRUE(queue.isEmpty());
   EXPECT_THROW(post(queue, 0, openGate, nullptr), vesk::EndOfFileException);

@@ -66,6 +66,17 @@ inline void cancelAt(const std::function<void(const std::function<void()>& point
   EXPECT_EQ(worker.unexpectedEnds, 1);
 }
 
+/// A queue that tells of its interrupts.
+template <class Queue>
+struct Watched : Queue {
+  using Queue::Queue;
+  void interrupt() override {
+    Queue::interrupt();
+    interrupted.open();
+  }
+  Gate interrupted;
+};
+
 /// Moves the library's day for the length of a scope.
 struct MovedDay {
   explicit MovedDay(long seconds = 0) { moveTo(seconds); }
