@@ -35,22 +35,24 @@ class DoctorTest : public WorldTest {
     return run("--socket " + socket() + " " + options + " doctor");
   }
 
-  // All that the daemon is asked in a visit, with that answer to the question for its health.
-  static void answerVisit(ScriptedPeer& peer, const std::string& health) {
+  static void expectIn(const Ran& ran, const std::string& line) {
+    EXPECT_NE(ran.out.find(line), std::string::npos) << line << "\n" << ran.out;
+  }
+
+  // All that the daemon is asked in a visit, and that answer to the question for its health.
+  static void answerVisit(ScriptedPeer& peer, int health, const std::string& text) {
+    const std::string status = integer(17) + integer(0) + integer(0) + octets("") + integer(health) +
+                               integer(3) + integer(4) + octets(text);
     peer.expect(request(0)).send(reply(0));
-    peer.expect(request(21, octets("") + octets("") + sequence("") + integer(0))).send(health);
+    peer.expect(request(21, octets("") + octets("") + sequence("") + integer(0)));
+    peer.send(reply(0, status + integer(1) + octets("no such entry")));
   }
 };
-
-std::string healthOf(int result, const std::string& text) {
-  return reply(0, integer(17) + integer(0) + integer(0) + octets("") + integer(result) + integer(3) +
-                      integer(4) + octets(text) + integer(1) + octets("no such entry"));
-}
 
 TEST_F(DoctorTest, FindsNothingWrongOnAHealthyHost) {
   ScriptedPeer peer(socket());
   ASSERT_EQ(chmod(socket().c_str(), 0666), 0);
-  answerVisit(peer, healthOf(0, ""));
+  answerVisit(peer, 0, "");
   const Ran ran = examine();
   EXPECT_EQ(ran.status, 0);
   EXPECT_EQ(ran.out.find("warning"), std::string::npos) << ran.out;
@@ -60,20 +62,18 @@ TEST_F(DoctorTest, FindsNothingWrongOnAHealthyHost) {
         std::string("ok       ping: "), std::string("ok       health: Success\n"),
         std::string("ok       joined: example.com as host1.example.com\n"),
         std::string("ok       configuration: /etc/velmora/velmora.conf\n")})
-    EXPECT_NE(ran.out.find(line), std::string::npos) << line << ran.out;
+    expectIn(ran, line);
   EXPECT_TRUE(peer.finished());
 }
 
 TEST_F(DoctorTest, TellsTheDaemonsComplaint) {
   ScriptedPeer peer(socket());
-  answerVisit(peer, healthOf(16, "dc1"));
+  answerVisit(peer, 16, "dc1");
   const Ran ran = examine("--json");
   EXPECT_EQ(ran.status, 1);
-  EXPECT_NE(ran.out.find(
-                "{\"check\":\"health\",\"state\":\"problem\",\"text\":\"Server unreachable: dc1 (16, 3, 4)\","
-                "\"advice\":\"check the network"),
-            std::string::npos)
-      << ran.out;
+  expectIn(ran,
+           "{\"check\":\"health\",\"state\":\"problem\",\"text\":\"Server unreachable: dc1 (16, 3, 4)\","
+           "\"advice\":\"check the network");
   EXPECT_TRUE(peer.finished());
 }
 
@@ -100,8 +100,8 @@ TEST_F(DoctorTest, TellsWhyTheDaemonIsOutOfReach) {
     row.script(peer);
     const Ran ran = examine("--timeout 1");
     EXPECT_EQ(ran.status, row.status) << ran.out;
-    EXPECT_NE(ran.out.find(row.line), std::string::npos) << row.line << ran.out;
-    EXPECT_NE(ran.out.find("ok       joined: "), std::string::npos) << ran.out;
+    expectIn(ran, row.line);
+    expectIn(ran, "ok       joined: ");
     unlink(path.c_str());
   }
 }
@@ -110,7 +110,7 @@ TEST_F(DoctorTest, TellsWhatIsWrongWithTheSocket) {
   const auto expect = [this](const std::string& line) {
     const Ran ran = examine();
     EXPECT_EQ(ran.status, 3) << ran.out;
-    EXPECT_NE(ran.out.find(line), std::string::npos) << line << ran.out;
+    expectIn(ran, line);
   };
   expect("problem  socket: " + socket() + ": No such file or directory\n         -> start the daemon");
   put(socket(), "");
@@ -128,10 +128,9 @@ TEST_F(DoctorTest, TellsWhatIsWrongWithTheSocket) {
 
 TEST_F(DoctorTest, TellsWhatIsMissingInTheJoinedState) {
   unlink("/var/velmora/kset.schema");
-  EXPECT_NE(examine().out.find("host1.example.com, but: Cannot find key sets of zone schema."),
-            std::string::npos);
+  expectIn(examine(), "host1.example.com, but: Cannot find key sets of zone schema.");
   unlink("/var/velmora/kset.domain");
-  EXPECT_NE(examine().out.find("problem  joined: this machine is not joined"), std::string::npos);
+  expectIn(examine(), "problem  joined: this machine is not joined");
 }
 
 TEST_F(DoctorTest, ReadsTheConfigurationAloud) {
@@ -164,15 +163,15 @@ TEST_F(DoctorTest, ReadsTheConfigurationAloud) {
   };
   for (const Row& row : rows) {
     put("/etc/velmora/velmora.conf", row.text + std::string("\n"));
-    const std::string out = examine().out;
-    const bool complains = out.find("ok       configuration: ") == std::string::npos;
-    EXPECT_EQ(complains, *row.complaint != 0) << row.text << "\n" << out;
-    EXPECT_NE(out.find(row.complaint), std::string::npos) << row.complaint << "\n" << out;
+    const Ran ran = examine();
+    const bool complains = ran.out.find("ok       configuration: ") == std::string::npos;
+    EXPECT_EQ(complains, *row.complaint != 0) << row.text << "\n" << ran.out;
+    expectIn(ran, row.complaint);
   }
   ASSERT_EQ(chmod("/etc/velmora/velmora.conf", 0666), 0);
-  EXPECT_NE(examine().out.find("may be changed by others"), std::string::npos);
+  expectIn(examine(), "may be changed by others");
   unlink("/etc/velmora/velmora.conf");
-  EXPECT_NE(examine().out.find("every key has its default"), std::string::npos);
+  expectIn(examine(), "every key has its default");
 }
 
 }  // namespace

@@ -54,48 +54,32 @@ std::unique_ptr<Shredder> secretOf(Unit unit, size_t size) {
   return secret;
 }
 
-// Reads the process's private writable memory piece by piece into a shared page, which is none of it.
-class MemoryScan {
- public:
-  ~MemoryScan() { munmap(m_piece, kPiece); }
-
-  // The mappings where the unit stands twice in a row; empty if there is none.
-  std::string find(Unit unit) {
-    std::string found;
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);) {
-      uint64_t start, end;
-      char permissions[5];
-      sscanf(line.c_str(), "%lx-%lx %4s", &start, &end, permissions);
-      if (strcmp(permissions, "rw-p") == 0 && isIn(start, end, unit)) found += line + "\n";
-    }
-    return found;
-  }
-
- private:
-  static constexpr size_t kPiece = 1 << 20;
-
-  bool isIn(uint64_t start, uint64_t end, Unit unit) {
-    for (; start + kPair <= end; start += kPiece - kPair) {
-      const ssize_t size = pread(m_memory.get(), m_piece, std::min(kPiece, end - start), start);
-      for (ssize_t i = 0; i + static_cast<ssize_t>(kPair) <= size; ++i)
-        if (isAt(m_piece + i, unit)) return true;
-    }
-    return false;
-  }
-
-  static bool isAt(const char* place, Unit unit) {
-    Unit word;
-    memcpy(&word, place, sizeof word);
-    if (word != unit) return false;
-    memcpy(&word, place + sizeof word, sizeof word);
-    return word == unit;
-  }
-
-  UniqueFd m_memory{open("/proc/self/mem", O_RDONLY | O_CLOEXEC)};
-  char* m_piece =
+// The mappings of the process's private writable memory where the unit stands twice in a row; empty if there
+// is none. Read piece by piece into a shared page, which is none of it.
+std::string found(Unit unit) {
+  constexpr size_t kPiece = 1 << 20;
+  static auto* const piece =
       static_cast<char*>(mmap(nullptr, kPiece, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-};
+  const UniqueFd memory(open("/proc/self/mem", O_RDONLY | O_CLOEXEC));
+  const auto isAt = [unit](const char* place) {
+    return memcmp(place, &unit, sizeof unit) == 0 && memcmp(place + sizeof unit, &unit, sizeof unit) == 0;
+  };
+  std::string all;
+  std::ifstream maps("/proc/self/maps");
+  for (std::string line; std::getline(maps, line);) {
+    uint64_t start, end;
+    char permissions[5];
+    sscanf(line.c_str(), "%lx-%lx %4s", &start, &end, permissions);
+    if (strcmp(permissions, "rw-p") != 0) continue;
+    bool isHere = false;
+    for (; start + kPair <= end && !isHere; start += kPiece - kPair) {
+      const ssize_t size = pread(memory.get(), piece, std::min(kPiece, end - start), start);
+      for (ssize_t i = 0; i + static_cast<ssize_t>(kPair) <= size && !isHere; ++i) isHere = isAt(piece + i);
+    }
+    if (isHere) all += line + "\n";
+  }
+  return all;
+}
 
 struct Operation {
   const char* name;
@@ -133,7 +117,7 @@ class SecretsTest : public WorldTest {
       const Unit unit = newUnit();
       LocalRpcSession session(socket, false, false);
       call(operation, session, secretOf(unit, size));
-      EXPECT_EQ(scan.find(unit), "") << operation.name;
+      EXPECT_EQ(found(unit), "") << operation.name;
     }
   }
 
@@ -143,16 +127,14 @@ class SecretsTest : public WorldTest {
     } catch (const VESKException&) {
     }
   }
-
-  MemoryScan scan;
 };
 
 TEST_F(SecretsTest, NoneIsLeftInMemory) {
   const Unit unit = newUnit();
   auto secret = secretOf(unit, 48);
-  EXPECT_NE(scan.find(unit), "");
+  EXPECT_NE(found(unit), "");
   secret.reset();
-  EXPECT_EQ(scan.find(unit), "");
+  EXPECT_EQ(found(unit), "");
 
   checkMemory(in("nobody"), 48);
   for (const char* fault : {"", "lose%1", "refuse%1", "stall%1"}) {
@@ -181,7 +163,7 @@ TEST_F(SecretsTest, NoneIsLogged) {
       for (const SyslogLine& line : syslogd.take()) lines += line.text;
       EXPECT_NE(lines.find("write size"), std::string::npos);
       EXPECT_EQ(lines.find(textOf(unit)), std::string::npos) << operation.name << lines;
-      EXPECT_EQ(scan.find(unit), "") << operation.name;  // the memory log
+      EXPECT_EQ(found(unit), "") << operation.name;  // the memory log
     }
   }
 }

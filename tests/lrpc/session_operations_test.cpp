@@ -2,6 +2,7 @@
 // lost, and what each answer comes to.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <functional>
 
@@ -9,6 +10,8 @@
 #include "lrpc/shredder.h"
 #include "tests/support/session_test.h"
 #include "tests/support/told.h"
+#include "util/include/fixed_paths.h"
+#include "util/include/strutil.h"
 
 using namespace vesk;
 using namespace testsupport;
@@ -324,6 +327,45 @@ TEST_F(OperationsTest, TheHealthIsThatOfTheLastReplyOrOfAProbe) {
   health = VR_SUCCESS;
   EXPECT_EQ(healthInfo(true), "38: 0 6 -7 tired");
   EXPECT_EQ(session().getFipsMode(), 0);
+}
+
+TEST_F(OperationsTest, TheServicePrincipalForAKerberosLibrary) {
+  char name[65] = {};
+  ASSERT_EQ(gethostname(name, 64), 0);
+  const std::string local = "host/" + lower(std::string(name));
+  const std::string found = answer(0, octets(std::string("nfs/h@X\0y", 9)));
+  const struct {
+    const char *host, *service;
+    int type;
+    std::string sent;  // nothing if empty
+    std::string reply;
+    const char* permitted;
+    unsigned result;
+  } rows[] = {
+      {"H.X", "NFS", 1, "", "", "", 0x96c73ada},
+      {"H.X", "NFS", 0, "NFS/h.x", found, "", 1},
+      {nullptr, nullptr, 3, local, found, "", 1},
+      {"H", nullptr, 3, "host/h", answer(17), "", 0x96c73ad8},
+      {"H", "", 3, "/h", answer(17), "no", 0x96c73ad8},
+      {"H", "", 3, "/h", answer(17), "YES", 0x96c73af5},
+      {"H", "", 3, "/h", answer(0), "", 0x96c73af5},
+  };
+  for (const auto& row : rows) {
+    configure("krb5.permit.dns.spn.lookups: " + std::string(row.permitted) + "\n");
+    forgetLog();
+    ScriptedPeer daemon(paths::kDaemonSocket);
+    if (!row.sent.empty()) daemon.expect(request(20, octets(row.sent))).send(row.reply).expectClosed();
+    char out[32] = "untouched";
+    EXPECT_EQ(
+        static_cast<unsigned>(velmora_sname_to_principal(nullptr, row.host, row.service, row.type, out)),
+        row.result);
+    EXPECT_STREQ(out, row.result == 1 ? "nfs/h@X" : "untouched");
+    EXPECT_EQ(isLogged("DEBUG lrpc.session SPN wasn't found in AD.  Trying DNS...\n"),
+              row.result == 0x96c73af5 && *row.permitted);
+    EXPECT_TRUE(daemon.finished()) << row.sent;
+  }
+  char out[1];
+  EXPECT_EQ(static_cast<unsigned>(velmora_sname_to_principal(nullptr, "h", "s", 3, out)), 0x96c73af5);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <utility>
 
 #include "tests/support/thrown.h"
@@ -29,31 +30,28 @@ using UserView = testsupport::WorldTest;
 using GroupView = testsupport::WorldTest;
 
 TEST_F(UserView, UnixFields) {
+  const char kNobody[] = "nobody:x:65534:65534::/:/bin/false";
   const struct {
-    const char* what;
     Attributes attributes;
-    bool isUnix;
     const char* line;
   } rows[] = {
-      {"complete",
-       {{"_Uid", {"1001"}},
+      {{{"_Uid", {"1001"}},
         {"_Gid", {"100"}},
         {"_UnixName", {"jo"}},
         {"_LoginShell", {"/bin/sh"}},
         {"_GECOS", {"Jo,Room 1"}},
         {"_HomeDirectory", {"/home/jo"}},
         {"cn", {"Jo Doe"}}},
-       true,
        "jo:x:1001:100:Jo,Room 1:/home/jo:/bin/sh"},
-      {"nothing but the uid", {{"_Uid", {"0"}}}, true, ":x:0:0:::"},
-      {"gecos from cn", {{"_Uid", {"1"}}, {"_GECOS", {""}}, {"cn", {"Jo Doe"}}}, true, ":x:1:0:Jo Doe::"},
-      {"no uid", {{"_Gid", {"100"}}, {"cn", {"Jo"}}}, false, "nobody:x:65534:65534::/:/bin/false"},
-      {"uid without a value", {{"_Uid", {}}}, false, "nobody:x:65534:65534::/:/bin/false"},
+      {{{"_Uid", {"0"}}}, ":x:0:0:::"},
+      {{{"_Uid", {"1"}}, {"_GECOS", {""}}, {"cn", {"Jo Doe"}}}, ":x:1:0:Jo Doe::"},
+      {{{"_Gid", {"100"}}, {"cn", {"Jo"}}}, kNobody},
+      {{{"_Uid", {}}}, kNobody},
   };
   for (const auto& row : rows) {
     User user(objectOf(row.attributes));
-    EXPECT_EQ(passwdLine(user), row.line) << row.what;
-    EXPECT_EQ(user.isUnix(), row.isUnix) << row.what;
+    EXPECT_EQ(passwdLine(user), row.line);
+    EXPECT_EQ(user.isUnix(), row.line != kNobody) << row.line;
   }
 }
 
@@ -72,27 +70,41 @@ TEST_F(UserView, NobodyIsConfigured) {
 TEST_F(UserView, Password) {
   const struct {
     const char* what;
-    Attributes attributes;
+    std::string source;
+    ADAttribute::Values hashes;
     const char* password;
   } rows[] = {
-      {"none", {}, "x"},
-      {"the alternative first",
-       {{"_AltPasswordHash", {"alt"}}, {"_PwSync", {"unixUserPassword"}}, {"unixUserPassword", {"unix"}}},
-       "alt"},
-      {"R2", {{"_PwSync", {"unixUserPassword"}}, {"unixUserPassword", {"unix"}}}, "unix"},
-      {"SFU", {{"_PwSync", {"msSFU30Password"}}, {"msSFU30Password", {"sfu"}}}, "sfu"},
-      {"source is missing", {{"_PwSync", {"unixUserPassword"}}}, "x"},
-      {"source is unknown", {{"_PwSync", {"cn"}}, {"cn", {"Jo"}}}, "x"},
-      {"first value with the prefix",
-       {{"_PwSync", {"altSecurityIdentities"}},
-        {"altSecurityIdentities",
-         {"Kerberos:jo qtrPasswordHash:no", "qtrPasswordHash:abc", "qtrPasswordHash:d"}}},
+      {"empty", "", {}, "x"},
+      {"R2", "unixUserPassword", {"unix"}, "unix"},
+      {"SFU", "msSFU30Password", {"sfu"}, "sfu"},
+      {"source is missing", "unixUserPassword", {}, "x"},
+      {"source is unknown", "cn", {"Jo"}, "x"},
+      {"prefix",
+       "altSecurityIdentities",
+       {"Kerberos:jo qtrPasswordHash:no", "qtrPasswordHash:abc", "qtrPasswordHash:d"},
        "abc"},
-      {"no value with the prefix",
-       {{"_PwSync", {"altSecurityIdentities"}}, {"altSecurityIdentities", {"Kerberos:jo"}}},
-       "x"},
+      {"no prefix", "altSecurityIdentities", {"Kerberos:jo"}, "x"},
   };
-  for (const auto& row : rows) EXPECT_EQ(User(objectOf(row.attributes)).password(), row.password) << row.what;
+  for (const auto& row : rows) {
+    ADObject object = objectOf({{"_PwSync", {row.source}}, {row.source.c_str(), row.hashes}});
+    EXPECT_EQ(User(object).password(), row.password) << row.what;
+    object["_AltPasswordHash"] = "alt";
+    EXPECT_EQ(User(object).password(), "alt") << row.what;
+  }
+}
+
+// The directory's side of a user: names, hash, numbers, times, groups, rights.
+std::string directoryLine(const User& user) {
+  std::ostringstream line;
+  line << user.getName() << '|' << user.getSid().toMSString() << '|' << user.getType() << '|' << user.getDN()
+       << '|' << user.servicePrincipalName() << '|' << user.computedPrincipalName() << '|'
+       << user.userPrincipalName() << '|' << user.altSecurityIdentity() << '|' << user.workstations() << '|'
+       << user.passwordHash() << '|' << user.accountControl() << '|' << user.accountExpires() << '|'
+       << user.passwordLastSet() << '|' << user.minPasswordAge() << '|' << user.maxPasswordAge() << '|'
+       << user.maxPasswordAgeDisplay() << '|' << user.lockoutTime() << '|';
+  for (const SID& sid : user.groupSids()) line << sid.toMSString() << ' ';
+  line << '|' << user.hasBaseSysRights() << user.auditLevel() << user.alwaysPermitLogin();
+  return line.str();
 }
 
 TEST_F(UserView, DirectorySide) {
@@ -110,49 +122,21 @@ TEST_F(UserView, DirectorySide) {
                               {"_groupSidList", {"S-1-5-32-544", "rubbish", "S-1-1-0"}}});
   object.setAcquired(77);
   User user(object);
-  EXPECT_EQ(user.getName(), "jdoe");
-  EXPECT_EQ(user.getSid().toMSString(), "S-1-5-21-1-2-3-1104");
-  EXPECT_EQ(user.getType(), 0);
-  EXPECT_EQ(user.getDN(), "CN=Jo Doe,OU=Staff,DC=example,DC=com");
   EXPECT_EQ(user.acquired(), 77);
-  EXPECT_EQ(user.servicePrincipalName(), "host/a");
-  EXPECT_EQ(user.computedPrincipalName(), "jo@EXAMPLE");
-  EXPECT_EQ(user.userPrincipalName(), "jo@example.com");
-  EXPECT_EQ(user.altSecurityIdentity(), "Kerberos:jo");
-  EXPECT_EQ(user.workstations(), "a,b");
-  EXPECT_EQ(user.passwordHash(), "hash");
-  EXPECT_EQ(user.accountControl(), -512);
-  EXPECT_EQ(user.accountExpires(), INT64_MAX);
-  EXPECT_EQ(user.passwordLastSet(), -1);
-  EXPECT_EQ(user.minPasswordAge(), -1);
-  EXPECT_EQ(user.maxPasswordAge(), 100);
-  EXPECT_EQ(user.maxPasswordAgeDisplay(), 100);
-  EXPECT_EQ(user.lockoutTime(), 0);
-  std::string sids;
-  for (const SID& sid : user.groupSids()) sids += sid.toMSString() + " ";
-  EXPECT_EQ(sids, "S-1-5-32-544 <NULL> S-1-1-0 ");
+  EXPECT_EQ(
+      directoryLine(user),
+      "jdoe|S-1-5-21-1-2-3-1104|0|CN=Jo Doe,OU=Staff,DC=example,DC=com|host/a|jo@EXAMPLE|jo@example.com|"
+      "Kerberos:jo|a,b|hash|-512|9223372036854775807|-1|-1|100|100|0|S-1-5-32-544 <NULL> S-1-1-0 |"
+      "0AuditIfPossible0");
   user.getObject()["cn"] = "shared";
   EXPECT_EQ(std::string(object["cn"]), "shared");
-}
-
-TEST_F(UserView, SystemRights) {
   const struct {
-    const char* rights;
-    bool base;
-    const char* audit;
-    bool always;
-  } rows[] = {{"", false, "AuditIfPossible", false},
-              {"16", false, "AuditNotRequested", false},
-              {"64", false, "AuditIfPossible", true},
-              {"33", true, "AuditRequired", false}};
-  for (const auto& row : rows) {
-    ADObject object = objectOf({});
-    object["_SysRights"] = row.rights;
-    User user(object);
-    EXPECT_EQ(user.hasBaseSysRights(), row.base) << row.rights;
-    EXPECT_EQ(user.auditLevel(), row.audit) << row.rights;
-    EXPECT_EQ(user.alwaysPermitLogin(), row.always) << row.rights;
-  }
+    const char *rights, *told;
+  } rows[] = {{"16", "0AuditNotRequested0"}, {"64", "0AuditIfPossible1"}, {"33", "1AuditRequired0"}};
+  for (const auto& row : rows)
+    EXPECT_EQ(
+        directoryLine(User(objectOf({{"_SysRights", {row.rights}}}))),
+        std::string("|<NULL>|0|CN=Jo Doe,OU=Staff,DC=example,DC=com|||||||0|-1|-1|-1|-1|-1|0||") + row.told);
 }
 
 TEST_F(GroupView, Fields) {

@@ -172,7 +172,7 @@ TEST(Directory, ResolvesNestedGroupsAndSurvivesCircles) {
   EXPECT_EQ(values(directory, "loner", VESK_GROUPS), all);
 }
 
-TEST(Search, GoesAsFarAsItsScopeAndPagesLoseNothing) {
+TEST(Search, GoesAsFarAsItsScope) {
   Directory directory;
   directory.load(kSample + "accounts.ldif");
   auto count = [&](const char* base, int scope, const char* filter) {
@@ -183,20 +183,7 @@ TEST(Search, GoesAsFarAsItsScopeAndPagesLoseNothing) {
   EXPECT_EQ(count("OU=Groups,OU=Corp,DC=example,DC=com", 1, ""),
             count("OU=Groups,OU=Corp,DC=example,DC=com", 2, "(objectClass=group)"));
   EXPECT_EQ(count("DC=example,DC=com", 2, "(sAMAccountName=none)"), 0u);
-  EXPECT_THROW(count("DC=elsewhere", 2, ""), Error);
-  EXPECT_THROW(count("", 3, ""), Error);
-  EXPECT_THROW(count("", 2, "("), Error);
   EXPECT_TRUE(Search(directory, "", 0, "").findsRoot());
-
-  for (size_t page : {1u, 7u, 1000u}) {
-    Search search(directory, "", 2, "(objectClass=user)");
-    std::set<EntryId> seen;
-    for (std::vector<EntryId> ids; ids = search.next(page), !ids.empty();) {
-      EXPECT_LE(ids.size(), page);
-      for (EntryId id : ids) EXPECT_TRUE(seen.insert(id).second);
-    }
-    EXPECT_EQ(seen.size(), count("", 2, "(objectClass=user)"));
-  }
 }
 
 TEST(AttributeMap, KeepsEveryValueOfTheSampleAndItsIdentity) {
