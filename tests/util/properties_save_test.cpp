@@ -1,6 +1,4 @@
-#include <sched.h>
 #include <signal.h>
-#include <sys/mount.h>
 
 #include <random>
 #include <sstream>
@@ -117,35 +115,6 @@ TEST_F(PropertiesSaveTest, WithExpansionTheValuesAreWritten) {
   EXPECT_EQ(saved([](Properties& p) { p.setText("a", "'$a'  z"); }, true), "a: '$a' z\nb: x//y\n");
 }
 
-TEST_F(PropertiesSaveTest, RandomValuesComeBackEqual) {
-  std::mt19937 random(4711);
-  const std::string alphabet = "ab1_ \t\n\r\v\f\"'\\$,:=#!{}\xc3\xbc";
-  const auto text = [&](size_t longest) {
-    std::string made;
-    for (size_t length = random() % (longest + 1); length > 0; length--)
-      made += alphabet[random() % alphabet.size()];
-    return made;
-  };
-  for (int round = 0; round < 60; round++) {
-    const bool expand = round % 2 == 0;
-    put(m_path, round % 3 == 0 ? kHandWritten : "");
-    Properties::Map values;
-    const std::string first = saved(
-        [&](Properties& properties) {
-          for (int i = 0; i < 20; i++) {
-            const std::string key = text(6);
-            const std::string value = text(12);
-            if (properties.setString(key, value)) values[key] = value;
-          }
-        },
-        expand);
-    Properties read;
-    read.load(m_path.c_str(), true);
-    for (const auto& entry : values) EXPECT_EQ(read.getString(entry.first), entry.second) << first;
-    EXPECT_EQ(saved(), first);
-  }
-}
-
 TEST_F(PropertiesSaveTest, AFileThatCannotBeWrittenStaysAsItWas) {
   Properties& properties = *Props(false, false);
   put(in("other"), "a: 1\n");
@@ -162,21 +131,6 @@ TEST_F(PropertiesSaveTest, AFileThatCannotBeWrittenStaysAsItWas) {
   EXPECT_TRUE(std::filesystem::exists(in("conf.lock")));
   EXPECT_FALSE(std::filesystem::exists(in("conf.new")));
   EXPECT_EQ(get(in("other")), "a: 1\n");
-}
-
-TEST_F(PropertiesSaveTest, AFullDiskLeavesTheOldFile) {
-  checkInChild([&] {
-    ASSERT_EQ(unshare(CLONE_NEWNS) + mount("small", m_dir.c_str(), "tmpfs", 0, "size=64k"), 0);
-    const std::string text = "a: 1\n" + std::string(40000, '#') + "\n";
-    put(m_path, text);
-    Properties properties;
-    properties.load(m_path.c_str(), false);
-    properties.setString("a", "2");
-    EXPECT_EQ(properties.saveProperty(m_path), -1);
-    EXPECT_TRUE(properties.modified());
-    EXPECT_EQ(get(m_path), text);
-    EXPECT_FALSE(std::filesystem::exists(m_path + ".new") || std::filesystem::exists(m_path + ".lock"));
-  });
 }
 
 TEST_F(PropertiesSaveTest, AFreshLockIsWaitedForAndAStaleOneTaken) {

@@ -97,34 +97,32 @@ TEST_F(SELinuxTest, FailuresAreLoggedAndNeverPassedOn) {
   const std::string denied = ": Operation not permitted. Please run 'restorecon' on ";
   const std::string file = in("file");
   const std::string missing = in("missing");
-  const std::string adjusts[][3] = {
-      {"missing", "",
+  const struct {
+    bool adjusts;
+    const char* name;
+    const char* failing;
+    std::string text;
+  } rows[] = {
+      {true, "missing", "",
        "Open " + missing + " failed. Skip SELinux check." + gone + "the file '" + missing + "'"},
-      {"file", "fgetfilecon",
+      {true, "file", "fgetfilecon",
        "Failed to get the original security context: " + file + "." + denied + "the file '"},
-      {"file", "context_type_set",
+      {true, "file", "context_type_set",
        "Failed to set security type: new_t." + denied + "the file '" + file + "'"},
-      {"file", "fsetfilecon", "Failed to change the file[" + file + "] security context from "},
-  };
-  const std::string restores[][3] = {
-      {"missing", "",
+      {true, "file", "fsetfilecon", "Failed to change the file[" + file + "] security context from "},
+      {false, "missing", "",
        "Failed to get stat for (" + missing + "). Skip SELinux check." + gone + "'" + missing + "'"},
-      {"file", "getfilecon",
+      {false, "file", "getfilecon",
        "Failed to get the original security context for " + file + "." + denied + "'" + file},
-      {"file", "matchpathcon",
+      {false, "file", "matchpathcon",
        "Failed to get the default security context for " + file + "." + denied + "'" + file},
-      {"file", "setfilecon", "Failed to change the security context for '" + file + "' from "},
+      {false, "file", "setfilecon", "Failed to change the security context for '" + file + "' from "},
   };
   onSELinux(FAKE_SELINUX_COMPLETE, [&] {
-    for (const auto& [name, function, text] : adjusts) {
-      setenv("FAKE_FAIL", function.c_str(), 1);
-      EXPECT_EQ(adjusted(kLabel, "new_t", name.c_str()), kLabel);
-      EXPECT_TRUE(isLogged(text)) << text << logged();
-    }
-    for (const auto& [name, function, text] : restores) {
-      setenv("FAKE_FAIL", function.c_str(), 1);
-      EXPECT_EQ(restored(kLabel, name.c_str()), kLabel);
-      EXPECT_TRUE(isLogged(text)) << text << logged();
+    for (const auto& row : rows) {
+      setenv("FAKE_FAIL", row.failing, 1);
+      EXPECT_EQ(row.adjusts ? adjusted(kLabel, "new_t", row.name) : restored(kLabel, row.name), kLabel);
+      EXPECT_TRUE(isLogged(row.text)) << row.text << logged();
     }
   });
 }
