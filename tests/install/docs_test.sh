@@ -9,13 +9,15 @@ build_dir=$2
 failures=0
 complain() { echo "FAILED: $*" >&2; failures=$((failures + 1)); }
 
-# The links of a guide, and the files of this tree that it names.
+# The links of a guide, and the files of this tree that it names. A word in capitals stands for a name, and a program
+# for its source.
 links() { sed -n 's/](\([^)#:]*\))/\n\1\n/gp' "$1" | sed -n '/^[^ ]*\.[a-z]*$/p'; }
-files() { tr '`' '\n' <"$1" | sed -nE '/^(base|ber|bench|cli|cmake|docs|examples|fuzz|lrpc|man|scripts|standin|tests|util)\/[A-Za-z0-9_.\/-]+$/p'; }
+folders='base|ber|bench|cli|cmake|docs|examples|fuzz|lrpc|man|scripts|standin|tests|util'
+files() { tr '`' '\n' <"$1" | grep -E "^($folders)/[A-Za-z0-9_./-]+\$" | grep -Ev '/[A-Z]+(\.[a-z]+)?$'; }
 
 for guide in README.md CONTRIBUTING.md docs/*.md; do
   for link in $(links "$guide"); do [ -e "$(dirname "$guide")/$link" ] || complain "$guide links $link"; done
-  for file in $(files "$guide"); do [ -e "$file" ] || complain "$guide names $file"; done
+  for file in $(files "$guide"); do [ -e "$file" ] || [ -e "$file.cpp" ] || complain "$guide names $file"; done
 done
 
 sed -n 's/^| \([0-9]*\) | `\(IPC_[A-Z0-9_]*\)` .*/\2 \1/p' docs/protocol.md | while read -r name number; do
