@@ -238,7 +238,7 @@ nss_status _nss_fokrazo_endgrent() {
   return run([] { Enumeration<Groups>::instance().end(); });
 }
 
-// Adds a user's groups beside `primary` to the array; a failure adds none.
+// Adds a user's groups beside `primary` to the array, once the daemon has told all of them.
 nss_status _nss_fokrazo_initgroups_dyn(const char* user, gid_t primary, long* start, long* size,
                                        gid_t** groups, long limit, int* errnop) {
   return toStatus(answer([&] {
