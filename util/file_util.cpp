@@ -13,14 +13,17 @@
 #include <fstream>
 #include <memory>
 
+#include "util/file_io.h"
 #include "util/include/log.h"
 #include "util/include/selinux_context.h"
 #include "util/include/throw.h"
 #include "util/include/unique_fd.h"
 
 using vesk::BadDataException;
+using vesk::FileId;
 using vesk::IOException;
 using vesk::SystemException;
+using vesk::throwCallFailed;
 using vesk::UniqueFd;
 
 namespace {
@@ -30,10 +33,6 @@ constexpr char kLogger[] = "util.file";
 constexpr int kPermissionBits = 0x1ff;
 constexpr int kMaxLinks = 100;
 constexpr size_t kBlockSize = 16 * 1024;
-
-[[noreturn]] void throwCallFailed(int error) {
-  FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", error, error, "OS call failed");
-}
 
 // The temporary files answer with the code -1.
 [[noreturn]] void throwNoTempFile(int error) {
@@ -90,32 +89,10 @@ bool followLink(std::string& path) {
   return true;
 }
 
-/// Reads on until there is a byte. -1 with errno, 0 at the end.
-ssize_t readSome(int fd, char* buffer, size_t size) {
-  ssize_t got;
-  do {
-    got = ::read(fd, buffer, size);
-  } while (got < 0 && errno == EINTR);
-  return got;
-}
-
-/// False with errno if not all could be written.
-bool writeAll(int fd, const char* data, size_t size) {
-  while (size > 0) {
-    const ssize_t written = ::write(fd, data, size);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    data += written;
-    size -= written;
-  }
-  return true;
-}
-
 bool isSameFile(const UniqueFd& a, const UniqueFd& b) {
   struct stat first;
   struct stat second;
-  return ::fstat(a.get(), &first) == 0 && ::fstat(b.get(), &second) == 0 && first.st_dev == second.st_dev &&
-         first.st_ino == second.st_ino;
+  return ::fstat(a.get(), &first) == 0 && ::fstat(b.get(), &second) == 0 && FileId(first) == FileId(second);
 }
 
 void removeLink(const std::string& path) {
@@ -261,17 +238,15 @@ std::string ReadFile(const std::string& path, int* mode) {
   const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   if (!fd) throwCallFailed(errno);
   std::string content;
-  char block[kBlockSize];
-  ssize_t got;
-  while ((got = readSome(fd.get(), block, sizeof block)) > 0) content.append(block, got);
-  if (got < 0) throwCallFailed(errno);
+  if (!vesk::readAll(fd.get(), content)) throwCallFailed(errno);
   if (mode) *mode = GetPerms(path);
   return content;
 }
 
 void WriteFile(const std::string& path, const std::string& content, int* mode) {
   UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666));
-  if (!fd || !writeAll(fd.get(), content.data(), content.size()) || fd.close() != 0) throwCallFailed(errno);
+  if (!fd || !vesk::writeAll(fd.get(), content.data(), content.size()) || fd.close() != 0)
+    throwCallFailed(errno);
   if (mode && ::chmod(path.c_str(), *mode) != 0) throwCallFailed(errno);
 }
 
@@ -283,8 +258,8 @@ void CopyFile(const std::string& from, const std::string& to) {
   if (!target || isSameFile(source, target) || ::ftruncate(target.get(), 0) != 0) return;
   char block[kBlockSize];
   ssize_t got;
-  while ((got = readSome(source.get(), block, sizeof block)) > 0)
-    if (!writeAll(target.get(), block, got)) return;
+  while ((got = vesk::readSome(source.get(), block, sizeof block)) > 0)
+    if (!vesk::writeAll(target.get(), block, got)) return;
 }
 
 int CopyFiles(const std::string& fromDir, const std::string& toDir, const std::string& pattern) {

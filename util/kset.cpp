@@ -3,12 +3,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <boost/make_shared.hpp>
 #include <cerrno>
 #include <cstring>
 #include <vector>
 
-#include "util/include/error_util.h"
+#include "util/file_io.h"
 #include "util/include/file_util.h"
 #include "util/include/setting.h"
 #include "util/replacement_file.h"
@@ -18,28 +19,30 @@ namespace vesk {
 namespace {
 
 constexpr char kDCFilePrefix[] = "kset.dc.";
-
-bool isRegularFile(const std::string& path) {
-  struct stat info;
-  return ::lstat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
-}
+constexpr mode_t kPermissionBits = 0777;
 
 bool isDirectory(const std::string& path) {
   struct stat info;
   return ::lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-// Null if there is no such file, also if it disappears meanwhile: the programs that own the directory go on.
+// No such file, a link, a socket.
+bool isNoFile(int error) {
+  return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENXIO;
+}
+
+// Null if there is no such regular file. All is asked of what was opened: the programs that own the directory
+// go on, and others may write there.
 boost::shared_ptr<KSetData> read(const std::string& path) {
-  if (!isRegularFile(path)) return boost::shared_ptr<KSetData>();
-  try {
-    auto data = boost::make_shared<KSetData>();
-    data->content = ReadFile(path, &data->mode);
-    return data;
-  } catch (const SystemException& failure) {
-    if (failure.rc() != ENOENT) throw;
-    return boost::shared_ptr<KSetData>();
-  }
+  const UniqueFd fd = openUnfollowed(path);
+  struct stat info;
+  if (!fd && isNoFile(errno)) return boost::shared_ptr<KSetData>();
+  if (!fd || ::fstat(fd.get(), &info) != 0) throwCallFailed(errno);
+  if (!S_ISREG(info.st_mode)) return boost::shared_ptr<KSetData>();
+  auto data = boost::make_shared<KSetData>();
+  data->mode = info.st_mode & kPermissionBits;
+  if (!readAll(fd.get(), data->content)) throwCallFailed(errno);
+  return data;
 }
 
 void write(const std::string& path, const KSetData& data) {
@@ -49,17 +52,26 @@ void write(const std::string& path, const KSetData& data) {
   file.commit();
 }
 
-// A directory under the name of a key set is none.
-void removeFile(const std::string& path) {
-  if (isDirectory(path) || ::unlink(path.c_str()) == 0 || errno == ENOENT) return;
-  throwFileFailure(errno, "Cannot remove file %s", path);
+// A directory under the name of a key set is none, and what a live writer writes is not yet one.
+void removeEntry(const std::string& path) {
+  if (ReplacementFile::isTemporary(path))
+    ReplacementFile::removeLeftover(path);
+  else if (!isDirectory(path))
+    removeFile(path);
 }
 
 /// The names in the directory that `isMember` takes.
-std::vector<std::string> members(const std::string& dir, bool (*isMember)(const char*)) {
+std::vector<std::string> entries(const std::string& dir, bool (*isMember)(const char*)) {
   std::vector<std::string> names;
   for (std::string& name : listKSetDirectory(dir))
     if (isMember(name.c_str())) names.push_back(std::move(name));
+  return names;
+}
+
+/// Those among them that are no writer's temporary files.
+std::vector<std::string> members(const std::string& dir, bool (*isMember)(const char*)) {
+  std::vector<std::string> names = entries(dir, isMember);
+  names.erase(std::remove_if(names.begin(), names.end(), ReplacementFile::isTemporary), names.end());
   return names;
 }
 
@@ -92,7 +104,7 @@ void KSets::copyDCs(const std::string& toDir, const std::string& fromDir) const 
 
 void KSets::clean(const std::string& dir) const {
   const std::string from = directory(dir);
-  for (const std::string& name : members(from, isKSetFile)) removeFile(from + name);
+  for (const std::string& name : entries(from, isKSetFile)) removeEntry(from + name);
   clearSettingsMap();
 }
 
@@ -104,8 +116,8 @@ void KSets::snapShot(const std::string& dir) {
 
 void KSets::rollBack(const std::string& dir) {
   const std::string to = directory(dir);
-  for (const std::string& name : members(to, isKSetFile))
-    if (m_snapshot.count(name) == 0) removeFile(to + name);
+  for (const std::string& name : entries(to, isKSetFile))
+    if (m_snapshot.count(name) == 0) removeEntry(to + name);
   for (const auto& file : m_snapshot) write(to + file.first, *file.second);
   m_snapshot.clear();
 }

@@ -2,10 +2,11 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <istream>
+
+#include "util/file_io.h"
 
 namespace vesk {
 
@@ -26,19 +27,10 @@ UniqueFd openPlainFile(const char* path) {
 }
 
 bool readAll(int fd, std::string& text) {
-  char block[kBlockSize];
   struct stat info;
   if (::fstat(fd, &info) == 0 && info.st_size < static_cast<off_t>(kMaxPropertyFile))
     text.reserve(info.st_size);
-  for (;;) {
-    const ssize_t got = ::read(fd, block, sizeof block);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return got == 0;
-    text.append(block, got);
-    if (text.size() <= kMaxPropertyFile) continue;
-    errno = EFBIG;
-    return false;
-  }
+  return readAll(fd, text, kMaxPropertyFile);
 }
 
 bool readAll(std::istream& stream, std::string& text) {

@@ -7,13 +7,27 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "util/file_io.h"
 #include "util/setting_store.h"
 
 namespace vesk {
-ReplacementFile::ReplacementFile(const std::string& path)
-    : m_path(path), m_name(path + gTempFileMarker + ".XXXXXX"), m_fd(::mkostemp(m_name.data(), O_CLOEXEC)) {
-  if (m_fd) return;
-  throwFileFailure(errno, "Cannot open file %s", m_name);
+namespace {
+
+constexpr char kCannotOpen[] = "Cannot open file %s";
+
+}  // namespace
+
+// Until the new file is locked, another process may take it for a killed writer's: then it is given up.
+ReplacementFile::ReplacementFile(const std::string& path) : m_path(path) {
+  constexpr int kAttempts = 100;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    m_name = path + gTempFileMarker + ".XXXXXX";
+    m_fd = UniqueFd(::mkostemp(m_name.data(), O_CLOEXEC));
+    if (!m_fd) throwFileFailure(errno, kCannotOpen, m_name);
+    if (tryLock(m_fd.get()) && isNameOf(m_name, m_fd.get())) return;
+    ::unlink(m_name.c_str());
+  }
+  throwFileFailure(EWOULDBLOCK, kCannotOpen, m_name);
 }
 
 ReplacementFile::~ReplacementFile() {
@@ -26,6 +40,17 @@ void ReplacementFile::commit() {
     throwFileFailure(errno, "Cannot rename file to %s", m_path);
   m_committed = true;
   m_fd.close();
+}
+
+bool ReplacementFile::isTemporary(const std::string& name) {
+  return name.find(gTempFileMarker) != std::string::npos;
+}
+
+// What cannot be opened is no live writer's. unlink leaves directories alone, and the files of others may
+// stay.
+void ReplacementFile::removeLeftover(const std::string& name) {
+  const UniqueFd fd = openUnfollowed(name);
+  if (!fd || tryLock(fd.get())) ::unlink(name.c_str());
 }
 
 }  // namespace vesk

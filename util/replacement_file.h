@@ -11,8 +11,8 @@ namespace vesk {
 constexpr char gTempFileMarker[] = ".KSET.TEMP";
 
 /// A temporary file beside a path. commit() puts it in the path's place in one step, whatever stands there: a
-/// link is replaced, not followed. An object that goes without that removes the temporary file; what a killed
-/// process leaves is known by gTempFileMarker.
+/// link is replaced, not followed. An object that goes without that removes the temporary file. What a killed
+/// process leaves is known by gTempFileMarker, and is nobody's: a live object holds the lock of its file.
 class ReplacementFile {
  public:
   /// Makes the temporary file, readable by its owner alone.
@@ -29,6 +29,11 @@ class ReplacementFile {
   /// Brings the content to the disk, so that a crash of the machine leaves no empty file, and renames.
   /// @throws IOException "Cannot write file …", "Cannot rename file to …"
   void commit();
+
+  /// Whether a name is that of a temporary file.
+  static bool isTemporary(const std::string& name);
+  /// Removes a temporary file unless its writer is alive. No failure counts.
+  static void removeLeftover(const std::string& name);
 
  private:
   std::string m_path;

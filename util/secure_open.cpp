@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "util/file_io.h"
 #include "util/include/unique_fd.h"
 
 namespace {
@@ -29,7 +30,7 @@ int checkFile(const struct stat& info) {
   return S_ISREG(info.st_mode) ? SECURE_OPEN_OK : SECURE_OPEN_FAILED;
 }
 
-FILE* openStream(const char* path, const struct stat* expected, int* status) {
+FILE* openStream(const char* path, const struct stat& expected, int* status) {
   vesk::UniqueFd fd(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   if (!fd) {
     *status = statusOfError(errno);
@@ -38,7 +39,7 @@ FILE* openStream(const char* path, const struct stat* expected, int* status) {
   struct stat opened;
   *status = SECURE_OPEN_FAILED;
   if (::fstat(fd.get(), &opened) != 0) return nullptr;
-  if (expected && (opened.st_dev != expected->st_dev || opened.st_ino != expected->st_ino)) return nullptr;
+  if (vesk::FileId(opened) != vesk::FileId(expected)) return nullptr;
   FILE* stream = ::fdopen(fd.get(), "r");
   if (!stream) return nullptr;
   fd.release();
@@ -51,7 +52,7 @@ FILE* openStream(const char* path, const struct stat* expected, int* status) {
 FILE* SecureOpenForReading(const char* path, int* status) {
   struct stat info;
   *status = ::lstat(path, &info) != 0 ? statusOfError(errno) : checkFile(info);
-  return *status == SECURE_OPEN_OK ? openStream(path, &info, status) : nullptr;
+  return *status == SECURE_OPEN_OK ? openStream(path, info, status) : nullptr;
 }
 
 FILE* OpenForReading(const char* path, int* status, int secure) {

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "util/file_io.h"
 #include "util/include/path.h"
 #include "util/include/setting.h"
 #include "util/include/strutil.h"
@@ -32,9 +33,9 @@ mode_t modeOf(SettingAccess access) {
   return isRootUser() ? kPublicMode : kUsersPublicMode;
 }
 
-// Others may write in "user/": a link there is not followed, and a pipe without a writer must not block us.
+// Others may write in "user/".
 UniqueFd openForReading(const std::string& path) {
-  UniqueFd fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  UniqueFd fd = openUnfollowed(path);
   if (fd) return fd;
   throwFileFailure(errno, "Cannot open file %s", path);
 }
@@ -60,8 +61,7 @@ std::string readText(const UniqueFd& fd, off_t size, const std::string& path) {
   char block[kBlockSize];
   while (static_cast<off_t>(text.size()) < size) {
     const size_t wanted = std::min<off_t>(sizeof block, size - text.size());
-    const ssize_t got = ::read(fd.get(), block, wanted);
-    if (got < 0 && errno == EINTR) continue;
+    const ssize_t got = readSome(fd.get(), block, wanted);
     if (got < 0) throwFileFailure(errno, kCannotRead, path);
     if (got == 0)
       FOKRAZO_THROW(IOException, "IOException", 0, "Cannot read all data in file %s", path.c_str());
@@ -89,15 +89,15 @@ void replaceFile(const std::string& path, const std::string& text, mode_t mode) 
   file.commit();
 }
 
-void removeFile(const std::string& path) {
-  if (::unlink(path.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return;
-  throwFileFailure(errno, "Cannot remove file %s", path);
-}
-
 }  // namespace
 
 void throwFileFailure(int error, const char* literal, const std::string& path) {
   FOKRAZO_THROW_ERRNO(IOException, "IOException", error, error, literal, path.c_str());
+}
+
+void removeFile(const std::string& path) {
+  if (::unlink(path.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return;
+  throwFileFailure(errno, "Cannot remove file %s", path);
 }
 
 bool isDCSetting(const std::string& name) {
@@ -143,8 +143,7 @@ void CleanTempSettingFiles(const std::string& dir) {
   const std::string base = dir.empty() || dir.back() == '/' ? dir : dir + "/";
   for (const std::string& name : listKSetDirectory(dir)) {
     const std::string path = base + name;
-    // unlink leaves directories alone, and the files of others may stay.
-    if (path.find(gTempFileMarker) != std::string::npos) ::unlink(path.c_str());
+    if (ReplacementFile::isTemporary(path)) ReplacementFile::removeLeftover(path);
   }
 }
 

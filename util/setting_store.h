@@ -64,6 +64,8 @@ bool isRootUser();
 bool isDCSetting(const std::string& name);
 /// Throws IOException with the system's text; the literal takes the path.
 [[noreturn]] void throwFileFailure(int error, const char* literal, const std::string& path);
+/// Removes a file, if there is one. @throws IOException "Cannot remove file …"
+void removeFile(const std::string& path);
 /// The names of the entries of a directory without "." and "..".
 /// @throws NotFoundException "Cannot open directory …"
 std::vector<std::string> listKSetDirectory(const std::string& dir);

@@ -41,7 +41,7 @@ TreeRemover::TreeRemover(const Path& root, const PathLocation& location)
 void TreeRemover::removeContents() {
   const std::string text = m_root.string('/', true);
   m_directory = openForListing(m_location.directory(), m_location.name(), text);
-  m_levels.push_back({std::string(), 0, 0, entriesOf(m_directory, text)});
+  m_levels.push_back({std::string(), FileId(), entriesOf(m_directory, text)});
   while (!m_levels.empty()) {
     std::vector<std::string>& pending = m_levels.back().pending;
     if (pending.empty()) {
@@ -76,7 +76,7 @@ void TreeRemover::enter(const std::string& name) {
   struct stat parent;
   if (::fstat(m_directory.get(), &parent) != 0)
     FOKRAZO_THROW(SystemException, "SystemException", errno, "%s: Failed to open", text.c_str());
-  m_levels.push_back({name, parent.st_dev, parent.st_ino, std::move(entries)});
+  m_levels.push_back({name, FileId(parent), std::move(entries)});
   m_directory = std::move(child);
 }
 
@@ -86,8 +86,7 @@ void TreeRemover::leave() {
   if (m_levels.empty()) return;
   struct stat info;
   UniqueFd parent(::openat(m_directory.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!parent || ::fstat(parent.get(), &info) != 0 || info.st_dev != done.parentDevice ||
-      info.st_ino != done.parentInode)
+  if (!parent || ::fstat(parent.get(), &info) != 0 || FileId(info) != done.parent)
     // Somebody has moved the directory away: what is above it now is not ours to touch.
     throwPathFailure(ESTALE, "Cannot remove directory %s", pathOf(done.name));
   m_directory = std::move(parent);

@@ -1,11 +1,10 @@
 /// Removal of what a directory holds. Internal.
 #pragma once
 
-#include <sys/types.h>
-
 #include <string>
 #include <vector>
 
+#include "util/file_io.h"
 #include "util/include/path.h"
 #include "util/include/unique_fd.h"
 #include "util/path_location.h"
@@ -27,8 +26,7 @@ class TreeRemover {
  private:
   struct Level {
     std::string name;
-    dev_t parentDevice;
-    ino_t parentInode;
+    FileId parent;
     std::vector<std::string> pending;  // entries that are still there
   };
 

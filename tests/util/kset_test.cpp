@@ -1,5 +1,7 @@
 #include "util/include/kset.h"
 
+#include <sys/file.h>
+
 #include <set>
 
 #include "tests/support/world_test.h"
@@ -25,6 +27,13 @@ class KSetTest : public WorldTest {
     plantLink("a/kset.link");
     ASSERT_EQ(mkfifo(in("a/kset.pipe").c_str(), 0666), 0);
     ASSERT_EQ(mkdir(in("a/kset.dir").c_str(), 0755), 0);
+    for (const char* half : {"a/kset.dc.KSET.TEMP.live", "a/kset.dc.KSET.TEMP.left"}) put(in(half), "half");
+    m_writer = open(in("a/kset.dc.KSET.TEMP.live").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(m_writer, LOCK_EX | LOCK_NB), 0);
+  }
+  void TearDown() override {
+    close(m_writer);
+    WorldTest::TearDown();
   }
 
   void plantLink(const std::string& name) {
@@ -41,6 +50,9 @@ class KSetTest : public WorldTest {
     for (const std::string& name : names) text += name + " ";
     return text;
   }
+
+ private:
+  int m_writer = -1;  // holds the lock of a file that it still writes
 };
 
 TEST_F(KSetTest, CopiesWithModesAndNeverThroughALink) {
@@ -68,15 +80,15 @@ TEST_F(KSetTest, RollsBackToTheSnapshotOnceAndCleansTheMemoryToo) {
   ASSERT_EQ(chmod(in("a/kset.domain").c_str(), 0600), 0);
   plantLink("a/kset.dc.one");
   sets.rollBack("");
-  EXPECT_EQ(list("a"), "kset.dc.one kset.dcx kset.dir kset.domain other ");
+  EXPECT_EQ(list("a"), "kset.dc.KSET.TEMP.live kset.dc.one kset.dcx kset.dir kset.domain other ");
   EXPECT_EQ(get(in("a/kset.domain")) + get(in("a/kset.dc.one")), std::string("d.exampleone\0\n", 14));
   EXPECT_EQ(modeOf(in("a/kset.domain")), S_IFREG | 0640u);
   EXPECT_EQ(get(in("victim")), "stays");
   sets.rollBack("");
-  EXPECT_EQ(list("a"), "kset.dir other ") << "the snapshot was spent";
+  EXPECT_EQ(list("a"), "kset.dc.KSET.TEMP.live kset.dir other ") << "the snapshot was spent";
   put(in("a/kset.site"), "s");
   sets.clean("");
-  EXPECT_EQ(list("a"), "kset.dir other ");
+  EXPECT_EQ(list("a"), "kset.dc.KSET.TEMP.live kset.dir other ");
   std::filesystem::remove("/var/velmora/kset.site");
   EXPECT_EQ(GetSetting("site", "none"), "none");
 }

@@ -21,7 +21,8 @@ struct FOKRAZO_API KSetData {
 /// Works on directories of key set files, and holds at most one snapshot. In every operation an empty
 /// directory means the default one. Only regular files are read; a link or a pipe that somebody planted
 /// under the name of a key set is never followed, and is replaced by what is written there.
-/// Each file is replaced by rename, whole.
+/// Each file is replaced by rename, whole. Other processes may save settings meanwhile: what they have not
+/// finished is no key set, and is left alone.
 /// Thread-safety: one thread at a time.
 /// @throws NotFoundException (all that list) the directory cannot be listed
 /// @throws IOException, SystemException a file cannot be read, written or removed

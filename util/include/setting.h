@@ -101,7 +101,7 @@ FOKRAZO_API void saveSetting(const std::string& name, const std::string& value, 
 /// Repeats deferred writes. The first call of a process also cleans up what killed writers left.
 /// Returns how many names still wait.
 FOKRAZO_API int rewriteSettingFiles();
-/// Removes the temporary files of unfinished writes, as far as the caller may.
+/// Removes the temporary files of unfinished writes, as far as the caller may; not those of a live writer.
 /// @throws NotFoundException `dir` cannot be listed
 FOKRAZO_API void CleanTempSettingFiles(const std::string& dir);
 
