@@ -191,6 +191,7 @@ TEST_F(PropertiesTest, EscapedTextReadsBack) {
   EXPECT_TRUE(Properties::putPropertyToLine(line, "#k 1", "a b", true));
   EXPECT_EQ(line, " #k\\ 1: \"a b\"");
   EXPECT_FALSE(Properties::putPropertyToLine(line, "", "v", true));
+  EXPECT_FALSE(properties.setString("", "v") || properties.setText("k", "v\\"));
 }
 
 TEST_F(PropertiesTest, ASecondLoadGoesOverTheFirstAndReloadStartsAfresh) {

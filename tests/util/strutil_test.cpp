@@ -61,7 +61,7 @@ TEST(StrUtil, StartsAndEnds) {
       {startsWith, " abc", "ab", true, true, true},  {endsWith, "abc", "abc", false, false, false},
       {endsWith, "abc", "", false, false, true},     {endsWith, "abC", "Bc", false, true, true},
       {endsWith, "abC", "Bc", false, false, false},  {endsWith, "abc ", "bc", true, false, true},
-      {endsWith, "abc ", "bc", false, false, false},
+      {endsWith, "abc ", "bc", false, false, false}, {EndsWith, "", "", false, false, false},
   };
   for (const auto& row : rows)
     EXPECT_EQ(row.test(row.text, row.part, row.trim, row.last), row.result) << row.text << " " << row.part;
