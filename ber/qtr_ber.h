@@ -14,6 +14,7 @@ inline constexpr auto& qtr_ber_bvfree = ber_bvfree;
 inline constexpr auto& qtr_ber_flatten = ber_flatten;
 inline constexpr auto& qtr_ber_flatten2 = ber_flatten2;
 inline constexpr auto& qtr_ber_free = ber_free;
+inline constexpr auto& qtr_ber_get_option = ber_get_option;
 inline constexpr auto& qtr_ber_init2 = ber_init2;
 inline constexpr auto& qtr_ber_memalloc = ber_memalloc;
 inline constexpr auto& qtr_ber_memcalloc = ber_memcalloc;
@@ -26,6 +27,7 @@ inline constexpr auto& qtr_ber_scanf = ber_scanf;
 inline constexpr auto& qtr_ber_sockbuf_add_io = ber_sockbuf_add_io;
 inline constexpr auto& qtr_ber_sockbuf_free = ber_sockbuf_free;
 inline constexpr auto& qtr_ber_sockbuf_remove_io = ber_sockbuf_remove_io;
+inline constexpr auto& qtr_ber_write = ber_write;
 
 /// Hands the bytes of a finished element over without a copy. `*out` is then the caller's, who frees it with
 /// qtr_ber_bvfree; no NUL stands behind the bytes. The element has no buffer any more and is still the

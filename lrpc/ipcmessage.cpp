@@ -71,8 +71,28 @@ BerElement* IPCMessage::doHeader() {
   return m_ber;
 }
 
+// An element that grows by itself leaves the bytes of its earlier buffer behind, secrets and all; so it is
+// given a larger one in time.
+bool IPCMessage::makeRoom(size_t size) {
+  constexpr size_t kAround = 16;  // the field's tag and length, and a byte more than is ever wanted
+  ber_len_t left = 0;
+  qtr_ber_get_option(doHeader(), LBER_OPT_BER_REMAINING_BYTES, &left);
+  if (size < left && size + kAround <= left) return true;
+  berval used = {};
+  if (qtr_ber_flatten2(m_ber, &used, 0) != 0) return false;
+  berval larger = {2 * used.bv_len + size + kAround, nullptr};
+  if (larger.bv_len < size) return false;
+  larger.bv_val = static_cast<char*>(qtr_ber_memalloc(larger.bv_len));
+  if (!larger.bv_val) return false;
+  qtr_ber_init2(m_ber, &larger, 0);
+  qtr_ber_write(m_ber, used.bv_val, used.bv_len, 0);
+  wipe(used);
+  qtr_ber_memfree(used.bv_val);
+  return true;
+}
+
 void IPCMessage::put(const void* bytes, size_t size, const char* failure) {
-  if (qtr_ber_printf(doHeader(), "o", bytes, ber_len_t{size}) < 0) failField(failure);
+  if (!makeRoom(size) || qtr_ber_printf(m_ber, "o", bytes, ber_len_t{size}) < 0) failField(failure);
 }
 
 void IPCMessage::take(ReceivedText& received, const char* failure) const {
@@ -80,7 +100,7 @@ void IPCMessage::take(ReceivedText& received, const char* failure) const {
 }
 
 IPCMessage& IPCMessage::operator+=(int value) {
-  if (qtr_ber_printf(doHeader(), "i", value) < 0) failField("ber_printf int");
+  if (!makeRoom(sizeof value) || qtr_ber_printf(m_ber, "i", value) < 0) failField("ber_printf int");
   return *this;
 }
 

@@ -131,6 +131,7 @@ class FOKRAZO_API IPCMessage {
  private:
   friend class LocalRpcSession;
 
+  bool makeRoom(size_t size);
   void put(const void* bytes, size_t size, const char* failure);
   void take(ReceivedText& received, const char* failure) const;
   void flatten();
