@@ -3,7 +3,7 @@
 namespace vesk {
 
 // clang-format off
-const std::pair<IPC_OPCODE, const char*> IPC_OPCODE_STRS[50] = {
+const std::pair<IPC_OPCODE, const char*> IPC_OPCODE_STRS[IPC_OP_UNKNOWN + 1] = {
   {IPC_OP_PING, "ping"},
   {IPC_OP_STOP, "stop"},
   {IPC_OP_SET_SESSION_ID, "set session id"},
