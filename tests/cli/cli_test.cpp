@@ -34,6 +34,7 @@ TEST(Tool, NeedsNoDaemonForValues) {
       "\\140\\1\\0\\200\\2\\0\\0\\0\\172\\1\\0\\200\\147\\1\\0\\200";
   const Row rows[] = {
       {"--help", 0, "Exit status: 0 found"},
+      {"user --help", 0, "usage: fokrazo [OPTION …] user"},
       {"", 2, "no command given"},
       {"nosuch", 2, "unknown command nosuch"},
       {"--nosuch ping", 2, "unknown option --nosuch"},
@@ -126,6 +127,7 @@ TEST(Tool, AsksTheDaemon) {
       {"list users", 0, passwd},
       {"list groups", 0, "Büro:x:20002:dgruber"},
       {"list shadow", 0, "lquispe:x:"},
+      {"list nosuch", 2, "list takes users, groups or shadow, not 'nosuch'"},
       {"search '(sAMAccountName=lq*)' cn", 0, "cn: Liên Quispe\n"},
       {"search '(cn=nosuch)'", 1, ""},
       {"search '(cn='", 4, "fokrazo: "},

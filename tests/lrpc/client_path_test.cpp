@@ -43,23 +43,16 @@ TEST_F(ClientPathTest, ASessionMakesNoLockNoThreadAndNoKey) {
 }  // namespace
 
 // The library's own calls come by here.
-extern "C" {
-int __real_pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes);
-int __real_pthread_create(pthread_t* id, const pthread_attr_t* attributes, void* (*routine)(void*),
-                          void* argument);
-int __real_pthread_key_create(pthread_key_t* key, void (*destructor)(void*));
+#define COUNTED(function, count, parameters, ...) \
+  extern "C" int __real_##function parameters;    \
+  extern "C" int __wrap_##function parameters {   \
+    ++count;                                      \
+    return __real_##function(__VA_ARGS__);        \
+  }
 
-int __wrap_pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) {
-  ++gLocks;
-  return __real_pthread_mutex_init(mutex, attributes);
-}
-int __wrap_pthread_create(pthread_t* id, const pthread_attr_t* attributes, void* (*routine)(void*),
-                          void* argument) {
-  ++gThreads;
-  return __real_pthread_create(id, attributes, routine, argument);
-}
-int __wrap_pthread_key_create(pthread_key_t* key, void (*destructor)(void*)) {
-  ++gKeys;
-  return __real_pthread_key_create(key, destructor);
-}
-}
+COUNTED(pthread_mutex_init, gLocks, (pthread_mutex_t * mutex, const pthread_mutexattr_t* attributes), mutex,
+        attributes)
+COUNTED(pthread_create, gThreads,
+        (pthread_t * id, const pthread_attr_t* attributes, void* (*routine)(void*), void* argument), id,
+        attributes, routine, argument)
+COUNTED(pthread_key_create, gKeys, (pthread_key_t * key, void (*destructor)(void*)), key, destructor)

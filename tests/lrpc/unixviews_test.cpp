@@ -78,7 +78,7 @@ TEST_F(UserView, Password) {
       {"R2", "unixUserPassword", {"unix"}, "unix"},
       {"SFU", "msSFU30Password", {"sfu"}, "sfu"},
       {"source is missing", "unixUserPassword", {}, "x"},
-      {"source is unknown", "cn", {"Jo"}, "x"},
+      {"source is unknown", "cn", {"qtrPasswordHash:abc"}, "x"},
       {"prefix",
        "altSecurityIdentities",
        {"Kerberos:jo qtrPasswordHash:no", "qtrPasswordHash:abc", "qtrPasswordHash:d"},

@@ -1,8 +1,5 @@
 #include "standin/directory.h"
 
-#include <unistd.h>
-
-#include <cstdio>
 #include <fstream>
 #include <set>
 #include <sstream>
@@ -18,6 +15,7 @@
 #include "standin/error.h"
 #include "standin/search.h"
 #include "standin/unix_profile.h"
+#include "tests/standin/standin_process.h"
 
 namespace standin {
 namespace {
@@ -26,24 +24,10 @@ using std::string_literals::operator""s;
 
 const std::string kSample = TEST_SOURCE_DIR "/standin/sample/";
 
-/// A file that lasts as long as this object.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const std::string& text) {
-    int fd = mkstemp(m_path);
-    EXPECT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    close(fd);
-  }
-  ~TemporaryFile() { unlink(m_path); }
-  const char* path() const { return m_path; }
-
- private:
-  char m_path[32] = "/tmp/standin-test-XXXXXX";
-};
-
 void loadText(Directory& directory, const std::string& ldif) {
-  TemporaryFile file(ldif);
-  directory.load(file.path());
+  ScratchDirectory scratch;
+  std::ofstream(scratch.path("ldif")) << ldif;
+  directory.load(scratch.path("ldif"));
 }
 
 std::string sidBytes(unsigned rid) {
@@ -154,9 +138,10 @@ TEST(Directory, ResolvesNestedGroupsAndSurvivesCircles) {
   middle.add(AD_GROUP_MEMBERS, "CN=middle,DC=x,DC=y");
   directory.add(middle);
   directory.add(makeEntry("outer", "group", 12, "inner"));  // the circle
+  directory.add(makeEntry("apart", "group", 13));
   Entry primary = makeEntry("loner", "user", 3);
   primary.add(AD_PRIMARY_GID, "12");
-  primary.add(AD_TOKEN_GROUPS, sidBytes(12));
+  primary.add(AD_TOKEN_GROUPS, sidBytes(13));  // nothing else leads there
   primary.add(AD_TOKEN_GROUPS, sidBytes(99));  // a group outside
   primary.add(AD_TOKEN_GROUPS, "damaged");
   directory.add(primary);
@@ -168,7 +153,7 @@ TEST(Directory, ResolvesNestedGroupsAndSurvivesCircles) {
   }
   std::set<std::string> all = {"S-1-5-21-1-2-3-10", "S-1-5-21-1-2-3-11", "S-1-5-21-1-2-3-12"};
   EXPECT_EQ(values(directory, "user", VESK_GROUPS), all);
-  all.insert("S-1-5-21-1-2-3-99");
+  all.insert({"S-1-5-21-1-2-3-13", "S-1-5-21-1-2-3-99"});
   EXPECT_EQ(values(directory, "loner", VESK_GROUPS), all);
 }
 
