@@ -13,18 +13,7 @@
 #include "util/include/strutil.h"
 #include "util/include/throw.h"
 
-const std::string VESK_CN_FOREIGN_USER("CN=Foreign User,CN=One Way Trust");
-const std::string PRIVATE_GROUP_CN("CN=AutoPrivateGroup,");
-
 namespace vesk {
-
-const std::string DN::dn_bs_escaped_chars_always("\\,+=\"\r<>#;\n()");
-const std::string DN::dn_bs_escaped_chars(" \\,+=\"\r<>#;\n()");
-const std::string DN::dn_hex_escaped_chars;
-const std::string DN::canonical_bs_escaped_chars("\\/");
-const std::string DN::canonical_hex_escaped_chars;
-const std::string DN::ldap_bs_escaped_chars("\\*()");
-const std::string DN::ldap_hex_escaped_chars(" \\,+=\"\r<>#;\n()");
 
 namespace {
 

@@ -1,12 +1,9 @@
 #include "lrpc/attrnames.h"
 
 #include "base/guid.h"
+#include "util/lasting_text.h"
 
-// NOLINTBEGIN(bugprone-macro-parentheses): a name that is declared takes none
-#define NAME(constant, text)                       \
-  static const std::string constant##_TEXT = text; \
-  const std::string& constant = constant##_TEXT
-// NOLINTEND(bugprone-macro-parentheses)
+#define NAME FOKRAZO_LASTING_TEXT
 
 // The system's own bookkeeping: entries of naming-service maps.
 NAME(VESK_NETGROUP_NAME, "_ngrName");

@@ -91,7 +91,7 @@ void Property::set(const std::string& raw) {
 }
 
 Properties* Properties::gVeskProperties = nullptr;
-Mutex& Properties::gPropMtx = heldOverFork(ForkOrder::PropertiesMaking, *new Mutex);
+Mutex& Properties::gPropMtx = *new Mutex;
 
 Properties::Properties(bool expandVariables, bool debugDump)
     : m_expandVariables(expandVariables), m_debugDump(debugDump) {}
@@ -325,6 +325,8 @@ void Properties::dump() {
 }  // namespace vesk
 
 Properties* Props(bool debugDump, bool reload) {
+  [[maybe_unused]] static vesk::Mutex& held =
+      vesk::heldOverFork(vesk::ForkOrder::PropertiesMaking, Properties::gPropMtx);
   Lock lock(Properties::gPropMtx);
   Properties*& instance = Properties::gVeskProperties;
   if (instance) {

@@ -1,8 +1,8 @@
 #include "util/include/propnames.h"
 
-#define NAME(constant, text)                       \
-  static const std::string constant##_TEXT = text; \
-  const std::string& constant = constant##_TEXT
+#include "util/lasting_text.h"
+
+#define NAME FOKRAZO_LASTING_TEXT
 
 namespace vesk {
 namespace PN {

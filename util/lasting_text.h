@@ -1,0 +1,26 @@
+/// The constants that are texts, hundreds of them in every process that loads the library. Internal.
+#pragma once
+
+#include <cstddef>
+#include <new>
+#include <string>
+
+namespace vesk {
+
+/// A string that is made when the library is loaded and never destroyed: nothing is noted for the process's
+/// end.
+class LastingText {
+ public:
+  LastingText(const char* text, size_t size) { new (m_place) std::string(text, size); }
+
+ private:
+  alignas(std::string) unsigned char m_place[sizeof(std::string)];
+};
+
+}  // namespace vesk
+
+/// Defines `name`, a reference to the string of that literal. It is bound before any code runs.
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a name that is declared takes none
+#define FOKRAZO_LASTING_TEXT(name, literal)                                 \
+  static const vesk::LastingText name##_TEXT{literal, sizeof(literal) - 1}; \
+  const std::string& name = reinterpret_cast<const std::string&>(name##_TEXT)
