@@ -17,6 +17,7 @@ void inChild() {
 }  // namespace
 
 void keepLoggingOverFork() {
+  inChild();  // makes what a child has to forget: there is no taking of memory there
   pthread_atfork(nullptr, nullptr, inChild);
 }
 
