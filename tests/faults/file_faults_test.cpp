@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cstdarg>
 #include <filesystem>
 #include <fstream>
 #include <vector>
@@ -12,11 +13,13 @@
 #include "lrpc/session.h"
 #include "tests/faults/fault_plans.h"
 #include "tests/support/world_test.h"
+#include "util/include/file_logging.h"
 #include "util/include/file_util.h"
 #include "util/include/kset.h"
 #include "util/include/log_gzip.h"
 #include "util/include/osport.h"
 #include "util/include/path.h"
+#include "util/include/selinux_context.h"
 #include "util/include/setting.h"
 #include "util/setting_store.h"
 
@@ -42,8 +45,7 @@ std::string contentOf(const std::string& path) {
 struct Work {
   const char* name;
   std::string (*run)(const std::string& dir);
-  const char*
-      replaced;  // a file of the directory that is to be "old" or "new" whatever happens; null for none
+  const char* replaced;  // a file of the directory that is "old" or "new" whatever happens; null for none
 };
 
 std::string list(const std::string& dir) {
@@ -54,6 +56,13 @@ std::string list(const std::string& dir) {
   std::string all;
   for (const std::string& name : names) all += name + " ";
   return all;
+}
+
+void __attribute__((format(printf, 2, 3))) write(FileLogging& log, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  log.log(format, args);
+  va_end(args);
 }
 
 const Work kWorks[] = {
@@ -163,6 +172,46 @@ const Work kWorks[] = {
        return contentOf(dir + "/again");
      },
      nullptr},
+    {"look at files",
+     [](const std::string& dir) {
+       std::string target;
+       unsigned long long kilobytes = 0;
+       const bool isLink = GetSymLinkPath((dir + "/link").c_str(), target, 8);
+       GetFreeSpaceSize(dir, kilobytes);
+       return target + std::to_string(isLink) + std::to_string(GetPerms(dir + "/old")) +
+              std::to_string(SettingModTime(SETTING_DOMAIN_NAME) > 0) + std::to_string(joined()) +
+              std::to_string(Path::exists(Path(dir)) && Path::is_directory(Path(dir)));
+     },
+     nullptr},
+    {"change modes and owners",
+     [](const std::string& dir) {
+       Path(dir + "/old").chmod(0600);
+       Path(dir + "/old").chown(getuid(), getgid());
+       RestoreFileSELinuxLabel(dir + "/old");
+       renameFile(dir + "/old", dir + "/other");
+       return std::to_string(GetPerms(dir + "/other"));
+     },
+     nullptr},
+    {"write and rotate a log",
+     [](const std::string& dir) {
+       FileLogging::Settings small;
+       small.maxSize = 300;
+       FileLogging log;
+       log.init((dir + "/log").c_str(), small);
+       for (int i = 0; i < 10; ++i) write(log, "line %d of a log", i);
+       log.destroy();
+       return list(dir);
+     },
+     nullptr},
+    {"run a program",
+     [](const std::string&) {
+       char name[] = "true";
+       char* arguments[] = {name, nullptr};
+       const int status = spawnfv(0, 0, nullptr, "/bin/true", arguments);
+       spawnfv_reap();
+       return std::to_string(status);
+     },
+     nullptr},
     {"tell the system",
      [](const std::string&) {
        std::string os;
@@ -183,6 +232,7 @@ class FileFaultsTest : public WorldTest {
     put(at("values"), "one\ntwo\n");
     put(at("old"), "old");
     put(at("tree/sub/file"), "x");
+    fs::create_symlink("old", at("link"));
     put(at("kset.replaced"), "old");
     put(at("kset.dc.one"), "dc");
     put(std::string(paths::kDataDir) + "kset.domain", "example.com\n");

@@ -6,7 +6,9 @@
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/time.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -77,6 +79,9 @@ FOKRAZO_FAULTY(Inspect, -1, int, fstat, (int fd, struct stat* info), (fd, info))
 FOKRAZO_FAULTY(Inspect, -1, int, fstatat, (int fd, const char* path, struct stat* info, int flags),
                (fd, path, info, flags))
 FOKRAZO_FAULTY(Inspect, -1, int, access, (const char* path, int mode), (path, mode))
+FOKRAZO_FAULTY(Inspect, -1, int, statvfs64, (const char* path, struct statvfs64* info), (path, info))
+FOKRAZO_FAULTY(Inspect, -1, int, getsockopt, (int fd, int level, int name, void* value, socklen_t* size),
+               (fd, level, name, value, size))
 FOKRAZO_FAULTY(Change, -1, int, rename, (const char* from, const char* to), (from, to))
 FOKRAZO_FAULTY(Change, -1, int, remove, (const char* path), (path))
 FOKRAZO_FAULTY(Change, -1, int, unlink, (const char* path), (path))
@@ -89,9 +94,13 @@ FOKRAZO_FAULTY(Change, -1, int, fchmod, (int fd, mode_t mode), (fd, mode))
 FOKRAZO_FAULTY(Change, -1, int, fchmodat, (int fd, const char* path, mode_t mode, int flags),
                (fd, path, mode, flags))
 FOKRAZO_FAULTY(Change, -1, int, fchown, (int fd, uid_t uid, gid_t gid), (fd, uid, gid))
+FOKRAZO_FAULTY(Change, -1, int, fchownat, (int fd, const char* path, uid_t uid, gid_t gid, int flags),
+               (fd, path, uid, gid, flags))
 FOKRAZO_FAULTY(Change, -1, int, ftruncate, (int fd, off_t size), (fd, size))
 FOKRAZO_FAULTY(Change, -1, int, fsync, (int fd), (fd))
 FOKRAZO_FAULTY(Change, -1, int, flock, (int fd, int operation), (fd, operation))
+FOKRAZO_FAULTY(Write, EOF, int, fflush, (FILE * file), (file))
+FOKRAZO_FAULTY(Wait, -1, pid_t, waitpid, (pid_t pid, int* status, int options), (pid, status, options))
 FOKRAZO_FAULTY(Wait, -1, int, poll, (pollfd * entries, nfds_t count, int timeout), (entries, count, timeout))
 FOKRAZO_FAULTY(Wait, -1, int, connect, (int fd, const sockaddr* address, socklen_t size), (fd, address, size))
 
@@ -132,6 +141,13 @@ int __wrap_close(int fd) {
   if (!failed) return rc;
   errno = error;
   return -1;
+}
+
+int __real_fclose(FILE* file);
+int __wrap_fclose(FILE* file) {
+  const bool failed = fails(Call::Close);
+  const int rc = __real_fclose(file);
+  return failed ? EOF : rc;
 }
 
 ssize_t __real_read(int fd, void* buffer, size_t size);
