@@ -133,7 +133,6 @@ std::list<std::string> currentUsers(bool sorted) {
   return currentUsers(static_cast<int>(sorted));
 }
 
-// By value, as the family has it. NOLINTNEXTLINE(performance-unnecessary-value-param)
 int CurrentLogons(std::string user) {
   int count = 0;
   for (const std::string& name : currentUsers(false)) count += name == user;

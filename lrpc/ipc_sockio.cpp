@@ -141,7 +141,6 @@ void waitForRoom(int fd) {
 
 }  // namespace
 
-// By value, as the family has it. NOLINTNEXTLINE(performance-unnecessary-value-param)
 int IPCconnect(std::string path) {
   UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM, 0));
   if (!socket) FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, errno, "ipc socket create");

@@ -83,7 +83,6 @@ void LocalRpcSession::stop() {
   execute(request, reply, true);
 }
 
-// By value, as the family has it. NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::string readFile(std::string path) {
   struct stat status;
   int rc = stat(path.c_str(), &status);

@@ -64,8 +64,8 @@ void Entry::add(std::string_view name, std::string value) {
   obtain(name).values.push_back(std::move(value));
 }
 
-void Entry::set(std::string_view name, std::string value) {
-  obtain(name).values.assign(1, std::move(value));
+void Entry::set(std::string_view name, const std::string& value) {
+  obtain(name).values.assign(1, value);
 }
 
 EntryKind Entry::kind() const {

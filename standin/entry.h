@@ -36,7 +36,7 @@ class Entry {
   /// Appends a value.
   void add(std::string_view name, std::string value);
   /// Replaces all values by one.
-  void set(std::string_view name, std::string value);
+  void set(std::string_view name, const std::string& value);
 
   /// By its object classes.
   EntryKind kind() const;

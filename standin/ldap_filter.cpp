@@ -113,7 +113,7 @@ class PresentNode : public ValueNode {
 
 class EqualNode : public ValueNode {
  public:
-  EqualNode(std::string attribute, std::string asserted)
+  EqualNode(const std::string& attribute, std::string asserted)
       : ValueNode(attribute), m_asserted(std::move(asserted)) {
     if (equalFolded(attribute, "objectSid") && m_asserted.compare(0, 4, "S-1-") == 0)
       m_asserted = vesk::SID(m_asserted).bytes();
@@ -132,7 +132,7 @@ class EqualNode : public ValueNode {
 /// ">=" or "<=".
 class OrderNode : public ValueNode {
  public:
-  OrderNode(std::string attribute, std::string asserted, bool wantGreater)
+  OrderNode(std::string attribute, const std::string& asserted, bool wantGreater)
       : ValueNode(std::move(attribute)),
         m_asserted(folded(asserted)),
         m_isNumber(toNumber(m_asserted, m_number)),

@@ -17,6 +17,7 @@
 #include "util/include/osport.h"
 #include "util/log_internal.h"
 
+// The C library's. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" const char* __progname;
 
 namespace vesk {
@@ -192,7 +193,7 @@ void Logger::logSysErr(LogLevel level, int errnum, const char* file, int line, c
   appendPrefix(text, level, file, line, function);
   text.append(format);
   text.append(": ");
-  text.appendPlain(strerror(errnum));
+  text.appendPlain(strerror(errnum));  // NOLINT(concurrency-mt-unsafe): the text is the thread's own
   va_list args;
   va_start(args, format);
   WriteMessage(getEffectiveFacility(), level, text, args);

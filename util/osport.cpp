@@ -13,6 +13,7 @@
 #include "util/fork_locks.h"
 #include "util/include/mutex.h"
 
+// The C library's. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" const char* __progname;
 
 namespace {

@@ -26,6 +26,9 @@ vesk::Mutex& gRandomMutex() {
 
 }  // namespace
 
+// The generator is used under that mutex alone.
+// NOLINTBEGIN(concurrency-mt-unsafe)
+
 long drawRandom() {
   const vesk::BriefHold hold(gRandomMutex());
   if (!gSeeded) srand48(vesk::dayclock::now());
@@ -46,3 +49,5 @@ void seedRandom(unsigned int seed) {
 void seedRand(unsigned int seed) {
   seedRandom(seed);
 }
+
+// NOLINTEND(concurrency-mt-unsafe)

@@ -170,7 +170,7 @@ class Properties::Saver {
       std::string text = *property.raw();
       m_properties.unexpandEnvVariables(text);
       for (const std::string& form : {text, restoreSpecials(text)}) {
-        line = key + ": " + form;
+        line.assign(key).append(": ").append(form);
         if (readsBack(line, key, *property.raw())) return true;
       }
     }

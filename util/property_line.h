@@ -63,6 +63,7 @@ class TextLines {
   /// The next line without its newline. Requires: not at the end.
   void next(std::string& line) {
     const char* start = m_text.data() + m_position;
+    // The text has a length. NOLINTNEXTLINE(bugprone-not-null-terminated-result)
     const void* newline = memchr(start, '\n', m_text.size() - m_position);
     m_atEnd = newline == nullptr;
     const size_t length = m_atEnd ? m_text.size() - m_position : static_cast<const char*>(newline) - start;

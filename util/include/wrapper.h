@@ -39,12 +39,13 @@ template <class T>
 class Container : public T, public Wrapper::Base {
  public:
   using T::T;
-  /// As of `T`.
+  /// As of `T`, whose moves may throw. NOLINTBEGIN(performance-noexcept-move-constructor)
   Container() = default;
   Container(const Container&) = default;
   Container(Container&&) = default;
   Container& operator=(const Container&) = default;
   Container& operator=(Container&&) = default;
+  // NOLINTEND(performance-noexcept-move-constructor)
   virtual ~Container() = default;
 };
 
