@@ -20,8 +20,9 @@ ExitStatus printText(Output& output, const char* name, const std::string& text) 
 ExitStatus roles(Invocation& invocation) {
   const std::string user = invocation.arguments.operand("a user");
   invocation.arguments.done();
+  LocalRpcSession& session = invocation.daemon.session();
   bool any = false;
-  for (const ADObject& role : invocation.daemon.session().samGetUserRoles(user, false)) {
+  for (const ADObject& role : orRefused([&] { return session.samGetUserRoles(user, false); })) {
     printObject(invocation.output, role);
     any = true;
   }
@@ -115,8 +116,9 @@ ExitStatus policy(Invocation& invocation) {
   const std::string user = ofUser ? invocation.arguments.operand("a user") : "";
   invocation.arguments.done();
   LocalRpcSession& session = invocation.daemon.session();
-  return printText(invocation.output, "message",
-                   ofUser ? session.updateUserPolicy(user) : session.updateMachinePolicy());
+  return printText(invocation.output, "message", orRefused([&] {
+                     return ofUser ? session.updateUserPolicy(user) : session.updateMachinePolicy();
+                   }));
 }
 
 ExitStatus networkChanged(Invocation& invocation) {

@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "cli/command.h"
+#include "lrpc/outcome.h"
 #include "lrpc/session.h"
 #include "util/include/error_util.h"
 #include "util/include/fixed_paths.h"
@@ -129,12 +130,10 @@ ExitStatus run(int argc, char** argv) {
     return complain(kNoDaemon, error.what());
   } catch (const RefusedError& error) {
     return complain(kRefused, error.what());
-  } catch (const vesk::NotFoundException& error) {
-    return complain(kRefused, error.what());
-  } catch (const vesk::SystemException& error) {  // how the daemon refuses a request
-    return complain(kRefused, error.what());
   } catch (const std::exception& error) {
-    return complain(kFailed, error.what());
+    const vesk::Outcome outcome = vesk::answerOf(error).outcome;
+    const bool isRefusal = outcome == vesk::Outcome::NotFound || outcome == vesk::Outcome::Refused;
+    return complain(isRefusal ? kRefused : kFailed, error.what());
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include "cli/exit_status.h"
 #include "lrpc/ipc_exception.h"
+#include "util/include/error_util.h"
 
 namespace vesk {
 class LocalRpcSession;
@@ -15,13 +16,15 @@ class Output;
 /// Prints a result with the daemon's own message, if it sent one; 0 is success, anything else a refusal.
 ExitStatus report(Output& output, const vesk::LocalRpcSession& session, int result);
 
-/// What `question` gives. The daemon's own exception says that there is nothing of that name.
+/// What `question` gives, an operation that says by an exception that there is nothing of that name.
 /// @throws RefusedError
 template <class Question>
 auto orRefused(Question question) {
   try {
     return question();
   } catch (const vesk::IPCException& error) {
+    throw RefusedError(error.what());
+  } catch (const vesk::SystemException& error) {
     throw RefusedError(error.what());
   }
 }
