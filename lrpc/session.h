@@ -162,6 +162,7 @@ class FOKRAZO_API LocalRpcSession {
   bool endListShadow();
 
   // --- LDAP ---
+  // `s1`, `s2` and `s3` are a domain, a DN and a filter, where the daemon takes them as the stand-in does.
   // `attributes` ends with null and may be null. @throws IPCException the daemon's failure
 
   ADObjectList ldapSearch(const std::string& s1, const std::string& s2, const std::string& s3,
