@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <exception>
+#include <utility>
 
 #include "util/include/clock.h"
 #include "util/include/threads_api.h"
@@ -61,8 +62,7 @@ class OtherHolds {
 
 namespace vesk {
 
-void checkOsCall(int error, const char* source, int line) {
-  if (error == 0) return;
+void failOsCall(int error, const char* source, int line) {
   throw SystemException(source, line, MessageText::withSystemText(error, "OS call failed").c_str(),
                         "vesk::SystemException", error);
 }
@@ -157,6 +157,7 @@ class MaxWaitMutex::Waiter {
                     "too many clients waiting for mutex (configure more threads?)");
     ++m_mutex.m_waiters;
   }
+  // It has been locked before. NOLINTNEXTLINE(bugprone-exception-escape)
   ~Waiter() {
     const BriefHold hold(m_mutex.m_waitersProtect);
     --m_mutex.m_waiters;
@@ -208,10 +209,6 @@ class CancelOff {
 
 }  // namespace
 
-Lock::Lock(Mutex& mutex) : m_mutex(&mutex) {
-  doLock();
-}
-
 Lock::Lock(Mutex& mutex, long seconds, long nanoseconds) : m_mutex(&mutex) {
   if (!threadsActive()) return;
   const timespec interval{seconds, seconds == 0 && nanoseconds == 0 ? kDefaultPoll : nanoseconds};
@@ -219,26 +216,20 @@ Lock::Lock(Mutex& mutex, long seconds, long nanoseconds) : m_mutex(&mutex) {
   while (!m_mutex->tryLock())
     if (nanosleep(&interval, nullptr) != 0 && errno != EINTR) FOKRAZO_CHECK_OS_CALL(errno);
   m_oldCancelState = cancelOff.keep();
-  m_locked = true;
-}
-
-Lock::~Lock() noexcept(false) {
-  unLock();
 }
 
 void Lock::doLock() {
-  if (!threadsActive() || m_locked) return;
+  if (!threadsActive() || isLocked()) return;
   CancelOff cancelOff;
   m_mutex->lock();
   m_oldCancelState = cancelOff.keep();
-  m_locked = true;
 }
 
 void Lock::unLock() {
-  if (!m_locked) return;
-  m_locked = false;
+  if (!isLocked()) return;
+  const int oldCancelState = std::exchange(m_oldCancelState, kNotLocked);
   m_mutex->unLock();
-  if (m_oldCancelState != PTHREAD_CANCEL_ENABLE) return;
+  if (oldCancelState != PTHREAD_CANCEL_ENABLE) return;
   FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr));
   // A second unwinding on top of an exception's would end the process.
   if (std::uncaught_exceptions() == 0) pthread_testcancel();

@@ -8,6 +8,7 @@
 #include <atomic>
 
 #include "util/include/export.h"
+#include "util/include/thread.h"
 
 namespace vesk {
 
@@ -81,11 +82,13 @@ class FOKRAZO_API MaxWaitMutex : public Mutex {
 class FOKRAZO_API Lock {
  public:
   /// Takes `mutex`, which must outlive the guard. A cancel that is pending stays so until unLock.
-  explicit Lock(Mutex& mutex);
+  explicit Lock(Mutex& mutex) : Lock(mutex, Thread::m_threadsActive.load(std::memory_order_relaxed) > 0) {}
   /// Takes `mutex` by polling at that interval (0 and 0: 10 ms), without end.
   Lock(Mutex& mutex, long seconds, long nanoseconds);
   /// unLock. While an exception unwinds the stack, a pending cancel is left to the next cancellation point.
-  ~Lock() noexcept(false);
+  ~Lock() noexcept(false) {  // NOLINT(bugprone-exception-escape): a cancelled thread unwinds from here
+    if (isLocked()) unLock();
+  }
 
   /// Takes the mutex again after unLock; no effect on a guard that holds it.
   void doLock();
@@ -95,7 +98,7 @@ class FOKRAZO_API Lock {
   /// one second) into it. Mutex::wait tells the rest.
   bool wait(long seconds, long nanoseconds);
   /// Whether the guard holds the mutex.
-  bool isLocked() const { return m_locked; }
+  bool isLocked() const { return m_oldCancelState != kNotLocked; }
 
   Lock(const Lock&) = delete;
   Lock& operator=(const Lock&) = delete;
@@ -105,9 +108,16 @@ class FOKRAZO_API Lock {
   Mutex& mutex() const { return *m_mutex; }
 
  private:
+  // Asked before a field is set, the question costs one comparison in all: the compiler then knows what the
+  // destructor will find.
+  Lock(Mutex& mutex, bool threadsActive) : m_mutex(&mutex) {
+    if (__builtin_expect(threadsActive, false)) doLock();
+  }
+
+  static constexpr int kNotLocked = -1;
+
   Mutex* m_mutex;
-  int m_oldCancelState = 0;
-  bool m_locked = false;
+  int m_oldCancelState = kNotLocked;  // to put back in unLock
 };
 
 /// A Lock over a mutex that is made on first demand, through a slot that the caller owns and never frees.

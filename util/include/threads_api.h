@@ -48,14 +48,19 @@ inline bool threadsSupported() {
   return Thread::m_threadsSupported;
 }
 
-/// Throws SystemException "OS call failed: …" with `error` as its code, unless that is 0.
-void checkOsCall(int error, const char* source, int line);
+/// Throws SystemException "OS call failed: …" with `error` as its code.
+[[noreturn]] void failOsCall(int error, const char* source, int line);
+/// The same, unless `error` is 0.
+inline void checkOsCall(int error, const char* source, int line) {
+  if (error != 0) failOsCall(error, source, line);
+}
 
 /// Holds a mutex around a few instructions with no cancellation point among them. Unlike Lock it counts in a
 /// process with no Thread object too, and it is never the place where a cancel strikes.
 class BriefHold {
  public:
   explicit BriefHold(Mutex& mutex) : m_mutex(mutex) { m_mutex.lock(); }
+  // What is held can be given back. NOLINTNEXTLINE(bugprone-exception-escape)
   ~BriefHold() { m_mutex.unLock(); }
   BriefHold(const BriefHold&) = delete;
   BriefHold& operator=(const BriefHold&) = delete;
