@@ -1,6 +1,8 @@
 #include "util/include/runqueue.h"
 
+#include <iterator>
 #include <stdexcept>
+#include <utility>
 
 #include "util/fork_locks.h"
 #include "util/include/clock.h"
@@ -19,8 +21,6 @@ constexpr int kLogRunnerPriority = 5;
 // A poster at a full queue waits 0, 10, 20 … 990 ms: 49.5 seconds in all.
 constexpr long kPauseStep = 10;
 constexpr long kPauseEnd = 1000;
-// List nodes kept for reuse: as many as the log queue holds by default.
-constexpr size_t kSpareNodes = 256;
 
 }  // namespace
 
@@ -115,8 +115,8 @@ void RunQueue::post(boost::shared_ptr<QueueAble> item) {
   const bool fromRunner = isRunner();
   if (!fromRunner) waitForRoom(lock);
   if (!doDeDup(item)) {
-    insert(m_items.end(), item);
-    m_mutex.signalAll();
+    insert(m_items.end(), std::move(item));
+    wakeRunners();
   }
   if (m_maxSize == 0 || m_items.size() < m_maxSize / 2) return;
   m_congested = true;
@@ -157,32 +157,31 @@ bool RunQueue::doDeDup(boost::shared_ptr<QueueAble> item) {
   for (auto queued = m_items.begin(); queued != m_items.end(); ++queued) {
     if ((*queued)->getID() != item->getID()) continue;
     if ((*queued)->keepQueuedItem(item->getTimeout())) return true;
-    m_items.erase(queued);
-    m_empty = m_items.empty();
+    const Item dropped = take(queued);
     if (!m_isLogQueue) VESK_LOG_TO(kLogger, Debug, "removed duplicate request %s", item->getID().c_str());
     return false;
   }
   return false;
 }
 
-void RunQueue::insert(Items::iterator before, const Item& item) {
-  if (m_spare.empty()) {
-    m_items.insert(before, item);
-  } else {
-    m_spare.front() = item;
-    m_items.splice(before, m_spare, m_spare.begin());
-  }
-  m_empty = false;
+// Each of them is woken once: until it has the lock again it needs no second call.
+void RunQueue::wakeRunners() {
+  if (!m_runnersWait) return;
+  m_runnersWait = false;
+  m_mutex.signalAll();
 }
 
-RunQueue::Item RunQueue::takeFront() {
+void RunQueue::insert(Items::iterator before, Item item) {
+  m_items.insert(before, std::move(item));
+  m_empty.store(false, std::memory_order_release);
+}
+
+// The item outlives its place in the queue: what it does when it is destroyed may be a post.
+RunQueue::Item RunQueue::take(Items::iterator place) {
   Item item;
-  item.swap(m_items.front());
-  if (m_spare.size() < kSpareNodes)
-    m_spare.splice(m_spare.begin(), m_items, m_items.begin());
-  else
-    m_items.pop_front();
-  m_empty = m_items.empty();
+  item.swap(*place);
+  m_items.erase(place);
+  m_empty.store(m_items.empty(), std::memory_order_release);
   return item;
 }
 
@@ -205,7 +204,8 @@ RunQueue::Item RunQueue::next(int seconds, time_t deadline) {
   const timespec end{deadline, 0};
   for (;;) {
     leaveIfInterrupted();
-    if (!m_items.empty()) return takeFront();
+    if (!m_items.empty()) return take(m_items.begin());
+    m_runnersWait = true;
     m_mutex.wait(seconds == 0 ? nullptr : &end);
     if (seconds != 0 && dayclock::now() >= deadline) return {};
     // The first thread may have come up during a wait that held nothing.
@@ -244,9 +244,7 @@ void RunQueue::interrupt() {
 
 void RunQueue::pop_back() {
   Lock lock(m_mutex);
-  if (m_items.empty()) return;
-  m_items.pop_back();
-  m_empty = m_items.empty();
+  if (!m_items.empty()) take(std::prev(m_items.end()));
 }
 
 bool RunQueue::isEmpty() {

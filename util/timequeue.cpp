@@ -62,7 +62,7 @@ void TimeQueue::post(boost::shared_ptr<QueueAble> item) {
   const auto later = std::find_if(m_items.begin(), m_items.end(),
                                   [&](const Item& queued) { return queued->getTimeout() > timeout; });
   const bool wake = later == m_items.begin() || later == m_items.end();
-  insert(later, item);
+  insert(later, std::move(item));
   if (wake) m_mutex.signalAll();
 }
 
@@ -84,7 +84,7 @@ void TimeQueue::runQueue(int seconds) {
 // Runs what is due, until the deadline or an interrupt. Items run with the lock released.
 void TimeQueue::runDue(Lock& lock, time_t deadline) {
   while (!m_items.empty() && !m_interrupted && m_items.front()->getTimeout() <= dayclock::now()) {
-    const Item item = takeFront();
+    const Item item = take(m_items.begin());
     lock.unLock();
     runCaught(*item);
     lock.doLock();

@@ -3,7 +3,7 @@
 
 #include <atomic>
 #include <ctime>
-#include <list>
+#include <deque>
 #include <string>
 
 #include <boost/shared_ptr.hpp>
@@ -29,7 +29,8 @@ class FOKRAZO_API Runnable {
   virtual ~Runnable();
 };
 
-/// What a queue takes, with what the queue asks of it. A queue asks under its lock, and runs an item without.
+/// What a queue takes, with what the queue asks of it. A queue asks under its lock, and is not to be used by
+/// the answer; it runs an item without.
 class FOKRAZO_API QueueAble : public Runnable {
  public:
   /// Whether the queue looks for duplicates of this item.
@@ -99,7 +100,7 @@ class FOKRAZO_API RunQueue {
  protected:
   /// What is queued.
   using Item = boost::shared_ptr<QueueAble>;
-  using Items = std::list<Item>;
+  using Items = std::deque<Item>;
 
   /// The registry's queue of that name; `make` makes it if it is missing and `make` is not null.
   static RunQueue* find(const std::string& name, unsigned int maxSize,
@@ -109,9 +110,9 @@ class FOKRAZO_API RunQueue {
 
   /// Throws, with `lock` released, if the queue is shutting down.
   void refuseIfShuttingDown(Lock& lock);
-  /// Put an item into the queue, and take the first one out.
-  void insert(Items::iterator before, const Item& item);
-  Item takeFront();
+  /// Put an item into the queue, and take one out.
+  void insert(Items::iterator before, Item item);
+  Item take(Items::iterator place);
   /// Throws QueueInterrupted, for this runner alone.
   void leaveIfInterrupted();
 
@@ -122,7 +123,6 @@ class FOKRAZO_API RunQueue {
   Mutex m_mutex;  // guards what follows; recursive, because items are destroyed under it. Its condition wakes
                   // runners.
   Items m_items;  // in the order in which they are run
-  Items m_spare;  // empty nodes, so that a steady flow of items allocates none
   bool m_interrupted = false;   // the runners are to leave
   bool m_shuttingDown = false;  // and nothing is taken any more
 
@@ -133,12 +133,14 @@ class FOKRAZO_API RunQueue {
 
   bool isFull() const { return m_maxSize != 0 && m_items.size() >= m_maxSize; }
   bool isRunner() const;
+  void wakeRunners();
   void waitForRoom(Lock& lock);
   void reportFull(Lock& lock);
   Item next(int seconds, time_t deadline);
   void runItem(QueueAble& item);
 
   bool m_congested = false;    // from half full until drained to a third
+  bool m_runnersWait = false;  // since the last time that they were woken
   bool m_fullPending = false;  // a poster found the queue full; the next runner reports it
   Thread* m_runner = nullptr;  // the first runner, while it serves the queue; not owned
   std::atomic<bool> m_empty{true};
