@@ -165,13 +165,24 @@ int Logger::getShowMore() const {
   return nearest(&Logger::m_showMore);
 }
 
+bool Logger::isEnabledOrInherits(LogLevel level) {
+  int own = m_level.load(std::memory_order_relaxed);
+  if (own == kInherit) own = inheritLevel();
+  if (level >= own) return true;
+  int memory = m_memoryLevel.load(std::memory_order_relaxed);
+  if (memory == kInherit) memory = inheritMemoryLevel();
+  return level >= memory;
+}
+
 int Logger::inheritLevel() {
   const unsigned before = m_levelGeneration;
   const int level = getEffectiveLevel();
   int own = kInherit;
   if (before % 2 != 0 || !m_level.compare_exchange_strong(own, level)) return level;
   own = level;
-  if (m_levelGeneration != before) m_level.compare_exchange_strong(own, m_configuredLevel);
+  // Out of date already; and so is what a place has read here meanwhile.
+  if (m_levelGeneration != before && m_level.compare_exchange_strong(own, m_configuredLevel))
+    m_levelGeneration += 2;
   return level;
 }
 

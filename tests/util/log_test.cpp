@@ -235,17 +235,28 @@ TEST_F(LogTest, BadSettingsGetTheirWords) {
 
 TEST_F(LogTest, APlaceThatWasSilentSpeaksWhenItsLevelFalls) {
   const auto speak = [this](const std::string& name) {
-    VESK_LOG_TO("place.one", Debug, "here");
+    static const char kNames[][12] = {"place.one", "place.three"};
+    for (const auto& constant : kNames) VESK_LOG_TO(constant, Debug, "here");
     VESK_LOG_TO(name, Debug, "there");
     return syslogd.texts();
   };
-  configure("log: INFO\n");
-  EXPECT_EQ(speak("place.two"), Texts());
-  configure("log.place: DEBUG\n");
-  EXPECT_EQ(speak("place.two"), Texts({"DEBUG place.one here", "DEBUG place.two there"}));
-  configure("log.place.three: DEBUG\n");
-  EXPECT_EQ(speak("place.two"), Texts());
-  EXPECT_EQ(speak("place.three"), Texts({"DEBUG place.three there"}));
+  const struct {
+    const char* configuration;
+    const char* name;
+    Texts texts;
+  } rows[] = {
+      {"log: INFO\n", "place.two", {}},
+      {"log.place: DEBUG\n",
+       "place.two",
+       {"DEBUG place.one here", "DEBUG place.three here", "DEBUG place.two there"}},
+      {"log.place.three: DEBUG\n", "place.two", {"DEBUG place.three here"}},
+      {"log.place.two: DEBUG\n", "place.two", {"DEBUG place.two there"}},
+      {"log.place.two: DEBUG\n", "place.three", {}},
+  };
+  for (const auto& row : rows) {
+    configure(row.configuration);
+    EXPECT_EQ(speak(row.name), row.texts) << row.configuration;
+  }
 }
 
 TEST_F(LogTest, EachLoggerHasWhatTheNearestSettingSays) {

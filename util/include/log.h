@@ -10,8 +10,8 @@
 
 #include <atomic>
 #include <cstdarg>
+#include <cstddef>
 #include <string>
-#include <type_traits>
 
 #include <boost/shared_ptr.hpp>
 
@@ -41,12 +41,10 @@ class FOKRAZO_API Logger {
 
   /// Whether a message of that level goes anywhere. Remembers inherited levels in the logger's own fields.
   bool isEnabled(LogLevel level) {
-    int own = m_level.load(std::memory_order_relaxed);
-    if (own == kInherit) own = inheritLevel();
-    if (level >= own) return true;
-    int memory = m_memoryLevel.load(std::memory_order_relaxed);
-    if (memory == kInherit) memory = inheritMemoryLevel();
-    return level >= memory;
+    // kInherit is below every level.
+    return (level >= m_level.load(std::memory_order_relaxed) ||
+            level >= m_memoryLevel.load(std::memory_order_relaxed)) &&
+           isEnabledOrInherits(level);
   }
 
   /// Another number as soon as a level may have changed, of any logger.
@@ -95,7 +93,9 @@ class FOKRAZO_API Logger {
 
   Logger(const std::string& name, boost::shared_ptr<Logger> parent);
 
-  // The slow halves of isEnabled: look upwards and remember what was found.
+  // The rest of isEnabled, for what is enabled by a level of the logger's own or may be by an inherited one.
+  bool isEnabledOrInherits(LogLevel level);
+  // Look upwards and remember what was found.
   int inheritLevel();
   int inheritMemoryLevel();
   void appendPrefix(CharAccumulator<512>& text, LogLevel level, const char* file, int line,
@@ -138,9 +138,19 @@ FOKRAZO_API int BuildMessagePrefix(char* buffer, int size, const char* lead);
 FOKRAZO_API void WriteMessage(int facility, Logger::LogLevel level, CharAccumulator<512>& format,
                               va_list args);
 
-/// Whether a name of that type is a literal or a constant array.
-template <class Name, class Array = std::remove_reference_t<Name>>
-constexpr bool kIsConstantText = std::is_array_v<Array>&& std::is_const_v<std::remove_extent_t<Array>>;
+/// The address of an array of constant characters, as a literal is one; null for every other text.
+template <size_t Size>
+constexpr const char* constantText(const char (&text)[Size]) {
+  return text;
+}
+template <size_t Size>
+constexpr const char* constantText(char (&)[Size]) {
+  return nullptr;
+}
+template <class Text>
+constexpr const char* constantText(const Text&) {
+  return nullptr;
+}
 
 }  // namespace vesk
 
@@ -153,16 +163,19 @@ constexpr bool kIsConstantText = std::is_array_v<Array>&& std::is_const_v<std::r
   } while (false)
 /// Logs to the logger of a name. A place whose name is a constant and that has found its message disabled
 /// looks the logger up again when a level has changed, and not before.
-#define VESK_LOG_TO(name, level, ...)                                                     \
-  do {                                                                                    \
-    static std::atomic<unsigned> veskDisabledIn_{0};                                      \
-    const unsigned veskLevels_ = ::vesk::Logger::levelGeneration();                       \
-    if (veskDisabledIn_.load(std::memory_order_relaxed) == veskLevels_) break;            \
-    const auto veskLogger_ = ::vesk::Logger::GetThreadPrivateLogger(name);                \
-    if (veskLogger_ && veskLogger_->isEnabled(::vesk::Logger::level))                     \
-      veskLogger_->log(::vesk::Logger::level, __FILE__, __LINE__, __func__, __VA_ARGS__); \
-    else if (::vesk::kIsConstantText<decltype(name)>)                                     \
-      veskDisabledIn_.store(veskLevels_, std::memory_order_relaxed);                      \
+#define VESK_LOG_TO(name, level, ...)                                                                       \
+  do {                                                                                                      \
+    auto&& veskName_ = (name);                                                                              \
+    static const char* const veskOwnName_ = ::vesk::constantText(veskName_);                                \
+    static std::atomic<unsigned> veskDisabledIn_{0};                                                        \
+    const bool veskRemembers_ = veskOwnName_ != nullptr && veskOwnName_ == ::vesk::constantText(veskName_); \
+    const unsigned veskLevels_ = ::vesk::Logger::levelGeneration();                                         \
+    if (veskRemembers_ && veskDisabledIn_.load(std::memory_order_relaxed) == veskLevels_) break;            \
+    const auto veskLogger_ = ::vesk::Logger::GetThreadPrivateLogger(veskName_);                             \
+    if (veskLogger_ && veskLogger_->isEnabled(::vesk::Logger::level))                                       \
+      veskLogger_->log(::vesk::Logger::level, __FILE__, __LINE__, __func__, __VA_ARGS__);                   \
+    else if (veskRemembers_)                                                                                \
+      veskDisabledIn_.store(veskLevels_, std::memory_order_relaxed);                                        \
   } while (false)
 /// As VESK_LOG, with the system's text for `errnum` behind the message.
 #define VESK_LOG_SYSERR(logger, level, errnum, ...)                                                     \
