@@ -23,6 +23,7 @@ constexpr char kNextDomainPart[] = ",DC=";
 constexpr char kNamePart[] = "CN=";
 constexpr char kUnitPart[] = "OU=";
 constexpr size_t kKeywordSize = 3;  // CN=, OU=, DC=
+constexpr size_t kUsualDepth = 8;
 constexpr char kEndOfExtension[] = ">;";
 
 class ByteSet {
@@ -40,8 +41,9 @@ bool isExtended(const std::string& text) {
   return !text.empty() && text[0] == '<' && text.find(';') != text.npos;
 }
 
-std::string replaceAll(const std::string& text, std::string_view from, std::string_view to) {
+std::string replaceAll(std::string_view text, std::string_view from, std::string_view to) {
   std::string result;
+  result.reserve(text.size());
   size_t start = 0;
   for (size_t found; (found = text.find(from, start)) != text.npos; start = found + from.size())
     result.append(text, start, found - start).append(to);
@@ -64,6 +66,26 @@ size_t endOfValue(const std::string& upperDn, size_t start) {
   if (comma == upperDn.npos || comma == start)
     FOKRAZO_THROW(BadDataException, "BadDataException", 0, "bad dn format %s", upperDn.c_str());
   return comma;
+}
+
+// The domain's name in a DN whose letters are capital in `upperDn`.
+std::string domainIn(const std::string& upperDn, const std::string& dn) {
+  const size_t domain = upperDn.find(kDomainPart);
+  if (domain != upperDn.npos)
+    return replaceAll(std::string_view(upperDn).substr(domain + kKeywordSize), kNextDomainPart, ".");
+  const size_t slash = upperDn.find('/');
+  if (slash == upperDn.npos)
+    FOKRAZO_THROW(BadDataException, "BadDataException", 0, "Malformed DN \"%s\", missing DC= or /",
+                  dn.c_str());
+  return upperDn.substr(0, slash);
+}
+
+// Appends a DN's value with the escapes of a canonical name; most values need none.
+void appendCanonical(std::string& text, std::string_view value) {
+  if (value.find_first_of("\\/") == value.npos)
+    text.append(value);
+  else
+    text.append(DN::escapeCanonicalString(DN::unescapeDNString(std::string(value))));
 }
 
 bool isHexPair(const std::string& text, size_t at) {
@@ -125,29 +147,29 @@ std::string DN::dnFromDomain(const std::string& domain) {
 }
 
 std::string DN::domainFromDN(const std::string& dn) {
-  const std::string upperDn = upper(dn);
-  const size_t domain = upperDn.find(kDomainPart);
-  if (domain != upperDn.npos) return replaceAll(upperDn.substr(domain + kKeywordSize), kNextDomainPart, ".");
-  const size_t slash = upperDn.find('/');
-  if (slash == upperDn.npos)
-    FOKRAZO_THROW(BadDataException, "BadDataException", 0, "Malformed DN \"%s\", missing DC= or /",
-                  dn.c_str());
-  return upperDn.substr(0, slash);
+  return domainIn(upper(dn), dn);
 }
 
 std::string DN::canonicalFromDN(const std::string& dn) {
   const std::string upperDn = upper(dn);
-  std::vector<std::string> values;  // leaf first
+  std::string values;  // one behind the other, leaf first
+  values.reserve(dn.size());
+  std::vector<size_t> starts;
+  starts.reserve(kUsualDepth);
   size_t position = 0;
   for (const char* keyword : {kNamePart, kUnitPart}) {
     for (size_t part; (part = upperDn.find(keyword, position)) != upperDn.npos;) {
       const size_t start = part + kKeywordSize;
       position = endOfValue(upperDn, start);
-      values.push_back(escapeCanonicalString(unescapeDNString(dn.substr(start, position - start))));
+      starts.push_back(values.size());
+      appendCanonical(values, std::string_view(dn).substr(start, position - start));
     }
   }
-  std::string canonical = lower(domainFromDN(dn));
-  for (auto value = values.rbegin(); value != values.rend(); ++value) canonical += "/" + *value;
+  std::string canonical = lower(domainIn(upperDn, dn));
+  canonical.reserve(canonical.size() + values.size() + starts.size());
+  size_t end = values.size();
+  for (auto start = starts.rbegin(); start != starts.rend(); end = *start++)
+    canonical.append("/").append(values, *start, end - *start);
   return canonical;
 }
 

@@ -93,7 +93,12 @@ std::string Guid::toMSString() const {
 }
 
 std::string Guid::toRealMSString() const {
-  return swapBytesMSGuid(toMSString());
+  Guid swapped(*this);
+  const auto first = swapped.m_bytes.begin();
+  std::reverse(first, first + 4);
+  std::reverse(first + 4, first + 6);
+  std::reverse(first + 6, first + 8);
+  return swapped.toMSString();
 }
 
 std::string Guid::toEscapedString() const {

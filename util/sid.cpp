@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <climits>
 
 #include "util/base64.h"
 #include "util/hex_digits.h"
@@ -44,10 +45,11 @@ bool beginsWith(const std::string& text, const char* prefix) {
   return text.rfind(prefix, 0) == 0;
 }
 
-void appendNumber(std::string& text, unsigned int number) {
-  char digits[10];
-  text += '-';
-  text.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+constexpr size_t kLongestNumber = sizeof "-4294967295" - 1;
+
+char* putNumber(char* out, unsigned int number) {
+  *out = '-';
+  return std::to_chars(out + 1, out + kLongestNumber, number).ptr;
 }
 
 }  // namespace
@@ -171,13 +173,13 @@ void SID::fromExtendedDN(const std::string& text) {
 
 std::string SID::toMSString() const {
   if (isNull()) return "<NULL>";
-  std::string text;
-  text.reserve(sizeof "S-255-255" + size_t{11} * count());
-  text += 'S';
-  appendNumber(text, byteAt(0));
-  appendNumber(text, byteAt(kAuthorityOffset));
-  for (unsigned int i = 0; i < count(); ++i) appendNumber(text, getSubAuthority(i));
-  return text;
+  char text[1 + kLongestNumber * (2 + UCHAR_MAX)];
+  char* end = text;
+  *end++ = 'S';
+  end = putNumber(end, byteAt(0));
+  end = putNumber(end, byteAt(kAuthorityOffset));
+  for (unsigned int i = 0; i < count(); ++i) end = putNumber(end, subAuthority(i));
+  return {text, end};
 }
 
 const std::string& SID::checkedBytes() const {
@@ -199,8 +201,15 @@ std::string SID::toDN() const {
 unsigned int SID::getSubAuthority(unsigned int index) const {
   checkedBytes();
   if (index >= count()) return 0;
-  unsigned char bytes[kSubAuthoritySize];
-  for (size_t i = 0; i < sizeof bytes; ++i) bytes[i] = byteAt(sizeFor(index) + i);
+  return subAuthority(index);
+}
+
+// Bytes that are missing count as 0.
+unsigned int SID::subAuthority(unsigned int index) const {
+  const size_t begin = sizeFor(index);
+  if (begin + kSubAuthoritySize <= m_bytes.size()) return GetLoHi32(&m_bytes[begin]);
+  unsigned char bytes[kSubAuthoritySize] = {};
+  for (size_t i = 0; i < sizeof bytes; ++i) bytes[i] = byteAt(begin + i);
   return GetLoHi32(bytes);
 }
 

@@ -96,6 +96,7 @@ class FOKRAZO_API SID {
  private:
   void read(const std::string& text);
   unsigned int count() const;
+  unsigned int subAuthority(unsigned int index) const;
   unsigned char byteAt(size_t offset) const;
 
   std::string m_bytes;
