@@ -111,9 +111,12 @@ TEST_F(OsUtilTest, PassesOverWhatIsNoFileAndThrowsForLinesTooShort) {
 /// Writes login records: type, user, line. A name may fill its field.
 void writeRecords(const std::string& path) {
   const std::tuple<short, std::string, const char*> rows[] = {
-      {BOOT_TIME, "reboot", "~"},         {USER_PROCESS, "bob", "pts/0"},
-      {USER_PROCESS, "alice", "console"}, {USER_PROCESS, std::string(32, 'n'), "pts/1"},
-      {USER_PROCESS, "", "pts/9"},        {USER_PROCESS, "alice", "pts/3"},
+      {USER_PROCESS, "", "pts/9"},
+      {BOOT_TIME, "reboot", "~"},
+      {USER_PROCESS, "bob", "pts/0"},
+      {USER_PROCESS, "alice", "console"},
+      {USER_PROCESS, std::string(32, 'n'), "pts/1"},
+      {USER_PROCESS, "alice", "pts/3"},
   };
   std::ofstream file(path, std::ios::binary);
   for (const auto& [type, user, line] : rows) {
