@@ -3,14 +3,17 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <string>
+#include <vector>
 
 #include <boost/property_tree/ini_parser.hpp>
 #include <boost/property_tree/ptree.hpp>
 
 #include "util/include/properties.h"
+#include "util/include/setting.h"
 
 using namespace vesk;
 
@@ -117,6 +120,57 @@ void loadManyKeys(benchmark::State& state) {
   remove(path.c_str());
 }
 BENCHMARK(loadManyKeys)->Arg(10)->Arg(1000)->Arg(100000);
+
+/// A lookup among `state.range(0)` keys.
+void findAmongManyKeys(benchmark::State& state) {
+  Properties properties;
+  for (int i = 0; i < state.range(0); i++) properties.setString("key." + std::to_string(i), "value");
+  const std::string key = "key." + std::to_string(state.range(0) / 2);
+  for (auto _ : state) benchmark::DoNotOptimize(properties.getString(key));
+}
+BENCHMARK(findAmongManyKeys)->Arg(10)->Arg(1000)->Arg(100000);
+
+/// A data directory with `count` settings, in place of the machine's.
+class Settings {
+ public:
+  explicit Settings(long count) {
+    clearSettingsMap();
+    if (!mkdtemp(m_dir.data())) abort();
+    chgDataDir(m_dir + "/");
+    for (long i = 0; i < count; i++) {
+      m_names.push_back("bench" + std::to_string(i));
+      std::ofstream(m_dir + "/kset." + m_names.back()) << "value " << i << '\n';
+    }
+  }
+  ~Settings() {
+    clearSettingsMap();
+    std::filesystem::remove_all(m_dir);
+  }
+  const std::vector<std::string>& names() const { return m_names; }
+
+ private:
+  std::string m_dir = "/tmp/bench-settings-XXXXXX";
+  std::vector<std::string> m_names;
+};
+
+/// The first reading of each setting, from its file; the time for an item is that of one.
+void readSettings(benchmark::State& state) {
+  const Settings settings(state.range(0));
+  for (auto _ : state) {
+    clearSettingsMap();
+    for (const std::string& name : settings.names()) benchmark::DoNotOptimize(loadSetting(name, true));
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(readSettings)->Arg(10)->Arg(10000);
+
+void findSettingInMemory(benchmark::State& state) {
+  const Settings settings(state.range(0));
+  for (const std::string& name : settings.names()) loadSetting(name, true);
+  const std::string& name = settings.names()[state.range(0) / 2];
+  for (auto _ : state) benchmark::DoNotOptimize(loadSetting(name, true));
+}
+BENCHMARK(findSettingInMemory)->Arg(10)->Arg(10000);
 
 /// A loaded file, for the lookups.
 class Loaded : public benchmark::Fixture {

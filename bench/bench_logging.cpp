@@ -79,6 +79,29 @@ void DisabledByNameHere(benchmark::State& state) {
 }
 BENCHMARK(DisabledByNameHere);
 
+/// A tree of `state.range(0)` loggers, three names deep. It only grows.
+std::string loggerName(long number) {
+  return "tree.branch" + std::to_string(number / 100) + ".leaf" + std::to_string(number);
+}
+void growTree(const benchmark::State& state) {
+  for (long i = 0; i < state.range(0); ++i) Logger::GetLogger(loggerName(i));
+}
+
+void FindLogger(benchmark::State& state) {
+  const std::string name = loggerName(state.range(0) / 2);
+  for (auto _ : state) benchmark::DoNotOptimize(Logger::GetLogger(name).get());
+}
+
+// A configuration reaches every logger; the items are loggers.
+void ConfigureLoggers(benchmark::State& state) {
+  for (auto _ : state) Logger::ReconfigureLevels(*vesk::Props(false, false));
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(FindLogger)->Arg(10)->Setup(growTree);
+BENCHMARK(ConfigureLoggers)->Arg(10)->Setup(growTree);
+BENCHMARK(FindLogger)->Arg(10000)->Setup(growTree);
+BENCHMARK(ConfigureLoggers)->Arg(10000)->Setup(growTree);
+
 void openFile(const benchmark::State&) {
   vesk::Properties& properties = *vesk::Props(false, false);
   properties.setString(vesk::PN::LOGGER_DESTINATION, logFile("here"));
