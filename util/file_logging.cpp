@@ -1,7 +1,6 @@
 #include "util/include/file_logging.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,12 +10,13 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "util/file_io.h"
 #include "util/include/log.h"
 #include "util/include/log_cache.h"
-#include "util/include/log_gzip.h"
 #include "util/include/properties.h"
 #include "util/include/propnames.h"
 #include "util/include/unique_fd.h"
+#include "util/log_backups.h"
 
 namespace vesk {
 namespace {
@@ -57,11 +57,6 @@ unsigned int megabytes(int count) {
   return count > static_cast<int>(UINT_MAX >> 20) ? UINT_MAX : static_cast<unsigned int>(count) << 20;
 }
 
-bool fileExists(const std::string& path) {
-  struct stat ignored;
-  return lstat(path.c_str(), &ignored) == 0;
-}
-
 }  // namespace
 
 FileLogging::Settings FileLogging::Settings::read() {
@@ -87,8 +82,8 @@ FileLogging::FileLogging(const char* path) {
 }
 
 FileLogging::~FileLogging() {
-  m_cache.reset();
   closeLog();
+  m_cache.reset();
 }
 
 int FileLogging::init(const char* path) {
@@ -127,8 +122,8 @@ void FileLogging::close() {
 
 void FileLogging::destroy() {
   Lock lock(mutex);
-  m_cache.reset();
   closeLog();
+  m_cache.reset();
 }
 
 bool FileLogging::isOpened() {
@@ -137,26 +132,34 @@ bool FileLogging::isOpened() {
 }
 
 int FileLogging::openLog(bool force) {
-  if (m_file == nullptr || force) {
-    closeLog();
-    UniqueFd file = openForAppending(m_path.c_str());
-    if (!file) return errno;
-    m_file = fdopen(file.get(), "a");
-    if (m_file == nullptr) return errno;
-    file.release();
-    const size_t size = std::max(kStreamBuffer, m_settings.cacheSize + 1);
-    m_streamBuffer = std::make_unique<char[]>(size);
-    setvbuf(m_file, m_streamBuffer.get(), _IOFBF, size);
+  if (m_file != nullptr && !force) {
+    if (m_cache) m_cache->setFileFP(m_file);
+    return 0;
   }
+  closeLog();
+  return openFile();
+}
+
+int FileLogging::openFile() {
+  UniqueFd file = openForAppending(m_path.c_str());
+  if (!file) return errno;
+  m_file = fdopen(file.get(), "a");
+  if (m_file == nullptr) return errno;
+  file.release();
+  const size_t size = std::max(kStreamBuffer, m_settings.cacheSize + 1);
+  m_streamBuffer = std::make_unique<char[]>(size);
+  setvbuf(m_file, m_streamBuffer.get(), _IOFBF, size);
   if (m_cache) m_cache->setFileFP(m_file);
   return 0;
 }
 
 void FileLogging::closeLog() {
-  if (m_cache) {
-    m_cache->flush();
-    m_cache->setFileFP(nullptr);
-  }
+  flushCache();
+  closeFile();
+}
+
+void FileLogging::closeFile() {
+  if (m_cache) m_cache->setFileFP(nullptr);
   if (m_file != nullptr) fclose(m_file);
   m_file = nullptr;
 }
@@ -187,28 +190,69 @@ bool FileLogging::writeLine(bool flushDue, const char* format, va_list args) {
     m_cache->append(prefix, std::min<size_t>(length, sizeof prefix - 1));
     m_cache->vsappend(format, args);
     m_cache->append('\n');
-    if (flushDue) m_cache->flush();
+    if (flushDue) flushCache();
     return true;
   }
   if (m_file == nullptr) return false;
+  if (!flushDue) {
+    printLine(prefix, format, args);
+    return true;
+  }
+  writeForGood([&] {
+    va_list copy;
+    va_copy(copy, args);
+    printLine(prefix, format, copy);
+    va_end(copy);
+    fflush(m_file);
+  });
+  return true;
+}
+
+void FileLogging::printLine(const char* prefix, const char* format, va_list args) {
   fputs(prefix, m_file);
   vfprintf(m_file, format, args);
   fputc('\n', m_file);
-  if (flushDue) fflush(m_file);
-  return true;
+}
+
+// Until this process notices a rotation, it goes on writing into the old file. Another process may have
+// compressed and removed that one: then the same is written once more, into the new file.
+template <class Write>
+void FileLogging::writeForGood(Write write) {
+  constexpr int kAttempts = 3;
+  write();
+  for (int attempt = 1; attempt < kAttempts && isRemoved(); ++attempt) {
+    closeFile();
+    if (openFile() != 0) return;
+    write();
+  }
+}
+
+bool FileLogging::isRemoved() const {
+  struct stat status;
+  return m_settings.zipBackup && m_file != nullptr && fstat(fileno(m_file), &status) == 0 &&
+         status.st_nlink == 0;
+}
+
+void FileLogging::flushCache() {
+  if (!m_cache || m_cache->isEmpty()) return;
+  writeForGood([this] { m_cache->write(); });
+  forgetCache();
+}
+
+void FileLogging::forgetCache() {
+  m_cache->setFileFP(nullptr);
+  m_cache->flush();
+  m_cache->setFileFP(m_file);
 }
 
 void FileLogging::flushFromNowOn() {
   Lock lock(mutex);
-  if (m_cache) m_cache->flush();
+  flushCache();
   m_settings.flushFrequency = 1;
 }
 
 void FileLogging::forgetAfterFork() {
-  if (!m_cache) return;
-  m_cache->setFileFP(nullptr);
-  m_cache->flush();
-  m_cache->setFileFP(m_file);
+  if (m_cache) forgetCache();
 }
 
 bool FileLogging::checkFileSizeByFP() {
@@ -226,20 +270,22 @@ bool FileLogging::checkFileSizeByPath() {
 void FileLogging::fileRotate() {
   if (!checkFileSizeByFP()) return;
   const UniqueFd turn(::open(m_path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  if (turn && flock(turn.get(), LOCK_EX | LOCK_NB) != 0 && !isFarTooLarge(turn.get())) return;
-  closeLog();
-  if (isAtPath(turn.get()) && checkFileSizeByPath() && m_settings.maxCount >= 1) {
-    shiftBackups();
-    moveToFirstBackup();
+  if (turn && !tryLock(turn.get()) && !isFarTooLarge(turn.get())) {
+    // Somebody else rotates. To leave a file that has been rotated already takes no lock.
+    if (!isAtPath(fileno(m_file))) openLog(true);
+    return;
   }
+  closeLog();
+  LogBackups backups(m_path, m_settings.maxCount, m_settings.zipBackup);
+  if (isAtPath(turn.get()) && checkFileSizeByPath() && m_settings.maxCount >= 1) backups.takeLog();
   openLog(true);
+  backups.compress();
 }
 
 // Not if another process has rotated meanwhile; its new file has a lock of its own.
 bool FileLogging::isAtPath(int file) const {
   struct stat held, named;
-  return fstat(file, &held) == 0 && stat(m_path.c_str(), &named) == 0 && held.st_dev == named.st_dev &&
-         held.st_ino == named.st_ino;
+  return fstat(file, &held) == 0 && stat(m_path.c_str(), &named) == 0 && FileId(held) == FileId(named);
 }
 
 // Who holds the lock of a file so large is not rotating it: whoever can write the log can lock it.
@@ -247,34 +293,6 @@ bool FileLogging::isFarTooLarge(int file) const {
   constexpr off_t kTimes = 4;
   struct stat status;
   return fstat(file, &status) == 0 && status.st_size / kTimes >= static_cast<off_t>(m_settings.maxSize);
-}
-
-std::string FileLogging::backupName(int number) const {
-  return m_path + "." + std::to_string(number) + (m_settings.zipBackup ? ".gz" : "");
-}
-
-void FileLogging::shiftBackups() {
-  for (int number = m_settings.maxCount; number >= 1; --number) {
-    const std::string name = backupName(number);
-    if (!fileExists(name)) continue;
-    if (number == m_settings.maxCount)
-      remove(name.c_str());
-    else
-      rename(name.c_str(), backupName(number + 1).c_str());
-  }
-}
-
-// A log that is to be compressed is first taken away from the other processes that write it: of two that
-// rotate at once, one finds nothing to compress.
-void FileLogging::moveToFirstBackup() {
-  if (!m_settings.zipBackup) {
-    rename(m_path.c_str(), backupName(1).c_str());
-    return;
-  }
-  const std::string taken = m_path + ".rotated." + std::to_string(getpid());
-  if (rename(m_path.c_str(), taken.c_str()) != 0) return;
-  gzip(taken.c_str(), backupName(1).c_str());
-  remove(taken.c_str());
 }
 
 }  // namespace vesk

@@ -84,13 +84,15 @@ void LogCache::vsappend(const char* format, va_list args) {
 
 void LogCache::flush() {
   if (!isActive()) return;
-  const size_t used = m_position - m_buffer;
-  if (m_file != nullptr && used > 0) {
-    fwrite(m_buffer, 1, used, m_file);
-    fflush(m_file);
-  }
-  memset(m_buffer, 0, used);
+  write();
+  memset(m_buffer, 0, m_position - m_buffer);
   m_position = m_buffer;
+}
+
+void LogCache::write() const {
+  if (m_file == nullptr || isEmpty()) return;
+  fwrite(m_buffer, 1, m_position - m_buffer, m_file);
+  fflush(m_file);
 }
 
 void LogCache::reconfigure(unsigned int size, FILE* file) {

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "util/include/unique_fd.h"
+
 namespace vesk {
 namespace {
 
@@ -19,6 +21,15 @@ bool exists(const char* path) {
   return path != nullptr && stat(path, &ignored) == 0;
 }
 
+// From where the last copy ended.
+bool compress(FILE* source, gzFile target) {
+  char block[kBlock];
+  clearerr(source);
+  for (size_t count; (count = fread(block, 1, sizeof block, source)) > 0;)
+    if (gzwrite(target, block, static_cast<unsigned int>(count)) <= 0) return false;
+  return true;
+}
+
 }  // namespace
 
 void gzip(const char* from, const char* to) {
@@ -26,10 +37,18 @@ void gzip(const char* from, const char* to) {
   const File source(fopen(from, "re"), fclose);
   if (!source) return;
   const GzFile target(gzopen(to, "we"), gzclose);
-  if (!target) return;
-  char block[kBlock];
-  for (size_t count; (count = fread(block, 1, sizeof block, source.get())) > 0;)
-    if (gzwrite(target.get(), block, static_cast<unsigned int>(count)) <= 0) return;
+  if (target) compress(source.get(), target.get());
+}
+
+// Who has written before the second copy is in it; who writes behind it can see that the file is removed.
+void moveCompressed(const char* from, int to) {
+  UniqueFd owned(to);
+  const File source(fopen(from, "re"), fclose);
+  const GzFile target(owned ? gzdopen(to, "w") : nullptr, gzclose);
+  if (target) owned.release();
+  const bool copied = source && target && compress(source.get(), target.get());
+  remove(from);
+  if (copied) compress(source.get(), target.get());
 }
 
 void gunzip(const char* from, const char* to) {

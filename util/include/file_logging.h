@@ -80,11 +80,16 @@ class FOKRAZO_API FileLogging {
   void makeCache();
   void logLocked(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
   bool writeLine(bool flushDue, const char* format, va_list args) __attribute__((format(printf, 3, 0)));
-  std::string backupName(int number) const;
+  void printLine(const char* prefix, const char* format, va_list args) __attribute__((format(printf, 3, 0)));
+  template <class Write>
+  void writeForGood(Write write);
+  void flushCache();
+  void forgetCache();
+  int openFile();
+  void closeFile();
   bool isAtPath(int file) const;
   bool isFarTooLarge(int file) const;
-  void shiftBackups();
-  void moveToFirstBackup();
+  bool isRemoved() const;
 
   FILE* m_file = nullptr;
   std::string m_path;

@@ -33,7 +33,10 @@ class FOKRAZO_API LogCache {
   /// printf; the text is cut at 1023 characters.
   void vsappend(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
 
-  /// Writes the content to the stream, through to the system, and empties the cache.
+  bool isEmpty() const { return m_position == m_buffer; }
+  /// Writes the content to the stream, through to the system.
+  void write() const;
+  /// Does so and empties the cache.
   void flush();
   /// Flushes; another size gives a new buffer. A null `file` leaves the stream as it is.
   void reconfigure(unsigned int size, FILE* file);
