@@ -28,6 +28,30 @@ class SessionFaultsTest : public WorldTest {
     WorldTest::TearDown();
   }
 
+  // Gives the number of failures. `prepare` is called before each time that the operation is made.
+  template <class Prepare>
+  unsigned failEachCallOf(const Operation& operation, Prepare prepare) {
+    SCOPED_TRACE(operation.call);
+    unsigned failures = 0;
+    for (const FaultPlan& plan : faultPlans()) {
+      std::string outcome;
+      const auto before = [&] {
+        prepare();
+        outcome = operation.outcome;
+      };
+      failures += failEachCall(
+          plan, before, [&] { outcome = operation.make(*m_session); },
+          [&](const std::string& thrown) {
+            EXPECT_TRUE(thrown == "nothing" || thrown == "no memory") << thrown;
+            EXPECT_TRUE(outcome == operation.outcome || isFailure(operation, outcome)) << outcome;
+            prepare();
+            checkRest(operation, plan.call == Call::Inspect);
+          });
+      if (HasFailure()) break;
+    }
+    return failures;
+  }
+
   // A descriptor that cannot be inspected is not known to be the session's own, and it stays open.
   void checkRest(const Operation& operation, bool mayLeak) {
     EXPECT_EQ(operation.make(*m_session), operation.outcome);
@@ -54,22 +78,17 @@ class SessionFaultsTest : public WorldTest {
 };
 
 TEST_F(SessionFaultsTest, EachCallOfEachOperationFails) {
-  unsigned failures = 0;
-  for (const Operation& operation : operations()) {
-    SCOPED_TRACE(operation.call);
-    for (const FaultPlan& plan : faultPlans()) {
-      std::string outcome;
-      failures += failEachCall(
-          plan, [&] { outcome = operation.outcome; }, [&] { outcome = operation.make(*m_session); },
-          [&](const std::string& thrown) {
-            EXPECT_TRUE(thrown == "nothing" || thrown == "no memory") << thrown;
-            EXPECT_TRUE(outcome == operation.outcome || isFailure(operation, outcome)) << outcome;
-            checkRest(operation, plan.call == Call::Inspect);
-          });
-      if (HasFailure()) return;
-    }
-  }
-  printf("%u failures of the system in %zu operations\n", failures, operations().size());
+  const Operation stop = {"stop", [](LocalRpcSession& session) { return thrownBy([&] { session.stop(); }); },
+                          "nothing"};
+  const auto restart = [&] {
+    m_standin->restart({});
+    m_session->dropConnection();
+  };
+  unsigned failures = failEachCallOf(stop, restart);
+  restart();
+  for (const Operation& operation : operations())
+    if (!HasFailure()) failures += failEachCallOf(operation, [] {});
+  printf("%u failures of the system in %zu operations\n", failures, operations().size() + 1);
 }
 
 TEST_F(SessionFaultsTest, ASignalInterruptsEverything) {
