@@ -86,21 +86,22 @@ const char* programName();
 /// exception thrown within a log call logs too.
 class LogCall {
  public:
-  LogCall() : m_errno(errno) { ++depth; }
+  LogCall() : m_errno(errno), m_depth(depth) { ++m_depth; }
   ~LogCall() {
-    --depth;
+    --m_depth;
     errno = m_errno;
   }
   LogCall(const LogCall&) = delete;
   LogCall& operator=(const LogCall&) = delete;
 
-  static bool tooDeep() { return depth > kDeepest; }
+  bool isTooDeep() const { return m_depth > kDeepest; }
 
  private:
-  static constexpr int kDeepest = 6;
+  static constexpr int kDeepest = 7;
   static thread_local int depth;
 
   int m_errno;
+  int& m_depth;  // the calling thread's; finding it costs more than using it
 };
 
 /// The memory log's level as a configuration has it; an illegal one gives INFO, and `logger` is told at WARN.

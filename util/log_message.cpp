@@ -168,8 +168,9 @@ void Logger::appendPrefix(Text& text, LogLevel level, const char* file, int line
 }
 
 void Logger::log(LogLevel level, const char* file, int line, const char* function, const char* format, ...) {
-  if (!isEnabled(level) || LogCall::tooDeep()) return;
-  LogCall call;
+  if (!isEnabled(level)) return;
+  const LogCall call;
+  if (call.isTooDeep()) return;
   Text text;
   appendPrefix(text, level, file, line, function);
   text.append(format);
@@ -187,8 +188,9 @@ void Logger::log(LogLevel level, const char* file, int line, const char* functio
 
 void Logger::logSysErr(LogLevel level, int errnum, const char* file, int line, const char* function,
                        const char* format, ...) {
-  if (!isEnabled(level) || LogCall::tooDeep()) return;
-  LogCall call;
+  if (!isEnabled(level)) return;
+  const LogCall call;
+  if (call.isTooDeep()) return;
   Text text;
   appendPrefix(text, level, file, line, function);
   text.append(format);
