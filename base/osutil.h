@@ -53,10 +53,11 @@ enum CurrentUsersFlag {
 };
 
 /// The names of the users logged in now, once for each session. The bits of `flags` are above.
+/// @throws std::out_of_range as OSVersion
 FOKRAZO_API std::list<std::string> currentUsers(int flags);
-/// With `sorted`, in order and each name once.
+/// With `sorted`, in order and each name once. @throws std::out_of_range as OSVersion
 FOKRAZO_API std::list<std::string> currentUsers(bool sorted);
-/// How many sessions that user has.
+/// How many sessions that user has. @throws std::out_of_range as OSVersion
 FOKRAZO_API int CurrentLogons(std::string user);
 
 namespace vesk {

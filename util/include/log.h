@@ -57,7 +57,7 @@ class FOKRAZO_API Logger {
   /// As log, with ": " and the system's text for `errnum` behind. Never goes to the memory log.
   void logSysErr(LogLevel level, int errnum, const char* file, int line, const char* function,
                  const char* format, ...) FOKRAZO_PRINTF(7, 8);
-  /// Logs `caption` and then a hexadecimal dump, sixteen bytes a row. `caption` holds no "%".
+  /// Logs `caption` and then a hexadecimal dump, sixteen bytes a row.
   void hexData(LogLevel level, const char* caption, const unsigned char* data, unsigned int length);
 
   /// The nearest value set from this logger up. They change nothing.
