@@ -419,7 +419,7 @@ constexpr size_t count(Lists list) {
 
 constexpr size_t longest() {
   size_t length = 0;
-  for (const Entry& entry : kEntries) length = std::max(length, std::char_traits<char>::length(entry.text));
+  for (const Entry& entry : kEntries) length = std::max(length, entry.text.size());
   return length;
 }
 

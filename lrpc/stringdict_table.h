@@ -34,7 +34,7 @@ enum Lists : uint16_t {
 /// An entry of each of `lists`. Its index in a list is the number of entries of that list in front of it, so
 /// the order of the rows is part of the format: never reorder.
 struct Entry {
-  const char* text;
+  std::string_view text;
   uint16_t lists;
 };
 

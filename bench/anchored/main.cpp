@@ -19,10 +19,10 @@ struct Part {
 
 // Those with threads come last: a process that has had one pays for locks from then on.
 constexpr Part kParts[] = {
-    {"exchanges", bench::measureExchanges}, {"messages", bench::measureMessages},
-    {"model", bench::measureModel},         {"values", bench::measureValues},
-    {"config", bench::measureConfig},       {"runtime", bench::measureRuntime},
-    {"logging", bench::measureLogging},
+    {"exchanges", bench::measureExchanges}, {"curves", bench::measureCurves},
+    {"messages", bench::measureMessages},   {"model", bench::measureModel},
+    {"values", bench::measureValues},       {"config", bench::measureConfig},
+    {"runtime", bench::measureRuntime},     {"logging", bench::measureLogging},
 };
 
 int usage(FILE* out, int status) {

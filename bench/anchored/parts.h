@@ -9,6 +9,8 @@ namespace bench {
 void measureExchanges();
 /// Sessions against the stand-in daemon that is that program, with 300 accounts, both on one processor.
 void measureStandin(const std::string& program);
+/// How these grow with the size of an object and the length of a list.
+void measureCurves();
 /// Messages without a socket.
 void measureMessages();
 /// Reading and writing serialized objects, and the dictionary.
