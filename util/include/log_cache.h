@@ -33,6 +33,7 @@ class FOKRAZO_API LogCache {
   /// printf; the text is cut at 1023 characters.
   void vsappend(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
 
+  /// Whether nothing waits to be written.
   bool isEmpty() const { return m_position == m_buffer; }
   /// Writes the content to the stream, through to the system.
   void write() const;
