@@ -124,6 +124,7 @@ void Logger::SetBufferActive(bool active) {
 }
 
 void Logger::ReconfigureBuffer(bool enable, std::string level) {
+  GetLogger("");
   if (const auto buffer = CircularBuffer::GetCircularBuffer()) buffer->reconfigure(enable, std::move(level));
 }
 
