@@ -22,7 +22,7 @@ namespace vesk {
 namespace {
 
 constexpr mode_t kEverybody = 0666;
-constexpr unsigned int kStreamBuffer = 8192;
+constexpr size_t kStreamBuffer = 8192;
 
 constexpr int kMostBackups = 9999;  // each rotation looks for every one of them
 
@@ -146,9 +146,10 @@ int FileLogging::openFile() {
   m_file = fdopen(file.get(), "a");
   if (m_file == nullptr) return errno;
   file.release();
-  const size_t size = std::max(kStreamBuffer, m_settings.cacheSize + 1);
-  m_streamBuffer = std::make_unique<char[]>(size);
-  setvbuf(m_file, m_streamBuffer.get(), _IOFBF, size);
+  // A cache is written as it stands, in one write.
+  const bool cached = m_settings.cacheSize > 0;
+  m_streamBuffer = cached ? nullptr : std::make_unique<char[]>(kStreamBuffer);
+  setvbuf(m_file, m_streamBuffer.get(), cached ? _IONBF : _IOFBF, cached ? 0 : kStreamBuffer);
   if (m_cache) m_cache->setFileFP(m_file);
   return 0;
 }

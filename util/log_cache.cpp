@@ -69,13 +69,15 @@ void LogCache::append(char c) {
   *m_position++ = c;
 }
 
-// Straight into the cache where any text has room.
+// Straight into the cache where any text has room. What stands in front of the first conversion is copied.
 void LogCache::vsappend(const char* format, va_list args) {
   if (!isActive()) return;
   char text[kLongestText + 1];
   const bool inPlace = m_last - m_position >= kLongestText;
   char* const target = inPlace ? m_position : text;
-  if (vsnprintf(target, sizeof text, format, args) < 0) *target = '\0';
+  const size_t plain = std::min<size_t>(strcspn(format, "%"), kLongestText);
+  memcpy(target, format, plain);
+  if (vsnprintf(target + plain, sizeof text - plain, format + plain, args) < 0) *target = '\0';
   if (inPlace)
     m_position += strlen(target);
   else

@@ -96,7 +96,7 @@ class FOKRAZO_API FileLogging {
   Settings m_settings;
   int m_unflushed = 0;  // messages since the last flush
   std::unique_ptr<LogCache> m_cache;
-  std::unique_ptr<char[]> m_streamBuffer;  // of m_file; takes a full cache, so that a flush is one write
+  std::unique_ptr<char[]> m_streamBuffer;  // of m_file, where there is no cache
 };
 
 }  // namespace vesk
