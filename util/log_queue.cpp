@@ -10,6 +10,7 @@
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include <boost/make_shared.hpp>
 
@@ -73,9 +74,9 @@ void dropNewest(RunQueue& queue, const char* reason) {
   gReportsDrop = false;
 }
 
-void post(RunQueue& queue, const boost::shared_ptr<QueuedMessage>& message) {
+void post(RunQueue& queue, boost::shared_ptr<QueuedMessage> message) {
   try {
-    queue.post(message);
+    queue.post(std::move(message));
   } catch (const std::out_of_range& full) {
     dropNewest(queue, full.what());
   } catch (const VESKException&) {
@@ -184,12 +185,12 @@ void WriteMessage(int facility, Logger::LogLevel level, CharAccumulator<512>& fo
   LogRoute& current = route();
   const boost::shared_ptr<RunQueue> queue = current.gLogQueue;
   if (!queue) return FinalRendering(priority, format.terminate(), args);
-  const auto message = boost::make_shared<QueuedMessage>(priority, format.terminate(), args);
-  if (current.holds > 0) return current.held.push_back(message);
+  auto message = boost::make_shared<QueuedMessage>(priority, format.terminate(), args);
+  if (current.holds > 0) return current.held.push_back(std::move(message));
   ++current.posting;
   Posting underWay;
   lock.unLock();
-  post(*queue, message);
+  post(*queue, std::move(message));
 }
 
 void Logger::startThread(boost::shared_ptr<Logger> logger) {

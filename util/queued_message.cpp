@@ -7,13 +7,14 @@
 namespace vesk {
 
 QueuedMessage::QueuedMessage(int priority, const char* format, va_list args) : m_priority(priority) {
-  if (vsnprintf(m_text, sizeof m_text, format, args) < 0) m_text[0] = '\0';
+  char text[512];
+  if (vsnprintf(text, sizeof text, format, args) >= 0) m_text = text;
 }
 
 QueuedMessage::~QueuedMessage() = default;
 
 void QueuedMessage::run() {
-  writeMessage("%s", m_text);
+  writeMessage("%s", m_text.c_str());
 }
 
 void QueuedMessage::writeMessage(const char* format, ...) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdarg>
+#include <string>
 
 #include "util/include/export.h"
 #include "util/include/runqueue.h"
@@ -22,7 +23,7 @@ class FOKRAZO_API QueuedMessage : public QueueAble {
 
  private:
   int m_priority;
-  char m_text[512];
+  std::string m_text;
 };
 
 }  // namespace vesk
