@@ -20,7 +20,8 @@ class LastingText {
 }  // namespace vesk
 
 /// Defines `name`, a reference to the string of that literal. It is bound before any code runs.
-// NOLINTNEXTLINE(bugprone-macro-parentheses): a name that is declared takes none
+// NOLINTBEGIN(bugprone-macro-parentheses): a name that is declared takes none
 #define FOKRAZO_LASTING_TEXT(name, literal)                                 \
   static const vesk::LastingText name##_TEXT{literal, sizeof(literal) - 1}; \
   const std::string& name = reinterpret_cast<const std::string&>(name##_TEXT)
+// NOLINTEND(bugprone-macro-parentheses)
