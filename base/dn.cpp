@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/guid.h"
+#include "util/ends_escaped.h"
 #include "util/hex_digits.h"
 #include "util/include/error_util.h"
 #include "util/include/sid.h"

@@ -2,6 +2,7 @@
 
 #include <istream>
 
+#include "util/ends_escaped.h"
 #include "util/include/log.h"
 #include "util/property_line.h"
 
@@ -181,9 +182,7 @@ std::string wrapInQuotes(const std::string& value, bool keepDollar) {
 }  // namespace
 
 bool PropertySyntax::isEscaped(const std::string& text) {
-  size_t begin = text.size();
-  while (begin > 0 && text[begin - 1] == '\\') begin--;
-  return (text.size() - begin) % 2 == 1;
+  return endsEscaped(text);
 }
 
 bool PropertySyntax::isQuoted(const std::string& text) {

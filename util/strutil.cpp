@@ -8,6 +8,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cwctype>
+#include <string_view>
 
 #include "util/include/osport.h"
 #include "util/strtou32.h"
@@ -33,8 +34,8 @@ std::string unsignedText(Unsigned value, int radix) {
   return inRadix(value, radix == 16 || radix == 8 ? radix : 10);
 }
 
-// ASCII alone: names and keys must read the same whatever locale the host program has set. (In a Turkish one
-// tolower('I') is no 'i'.)
+// ASCII alone, so that names are the same whatever locale the host program has set. (In a Turkish one
+// tolower('I') is no 'i'.) Where the C library compares, in strcasecmp, that locale counts.
 char lowerLetter(char c) {
   return static_cast<char>('A' <= c && c <= 'Z' ? c | kCaseBit : c);
 }
@@ -178,12 +179,6 @@ bool endsWith(const std::string& text, const std::string& suffix, bool trim, boo
 
 bool EndsWith(const std::string& text, const std::string& suffix, bool trim, bool ignoreCase) {
   return endsWith(text, suffix, trim, ignoreCase);
-}
-
-bool endsEscaped(std::string_view text) {
-  size_t last = text.find_last_not_of('\\');
-  size_t run = last == text.npos ? text.size() : text.size() - last - 1;
-  return run % 2 != 0;
 }
 
 std::string concat(const std::list<std::string>& list, const std::string& separator) {

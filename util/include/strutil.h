@@ -10,7 +10,6 @@
 #include <ctime>
 #include <list>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "util/include/export.h"
@@ -68,8 +67,6 @@ FOKRAZO_API bool startsWith(const std::string& text, const std::string& prefix, 
 /// with it. Mind the last argument: here true ignores case.
 FOKRAZO_API bool endsWith(const std::string& text, const std::string& suffix, bool trim, bool ignoreCase);
 FOKRAZO_API bool EndsWith(const std::string& text, const std::string& suffix, bool trim, bool ignoreCase);
-/// Whether the text ends in an odd number of backslashes, so that a character behind it would be escaped.
-FOKRAZO_API bool endsEscaped(std::string_view text);
 
 // Lists to text.
 
@@ -185,7 +182,6 @@ using ::concat;
 using ::contains;
 using ::CrackString;
 using ::dbltoa;
-using ::endsEscaped;
 using ::endsWith;
 using ::EndsWith;
 using ::EscapeSpecialChars;
