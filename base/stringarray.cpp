@@ -29,8 +29,8 @@ std::size_t murhash::operator()(const std::string& text) const {
   return MurmurHash2(text.data(), static_cast<int>(text.size()), kSeed);
 }
 
-StringArray::StringArray(const Map* map, const Vector* vector)
-    : m_map(map), m_vector(vector), m_count(static_cast<int>(vector->size())) {}
+StringArray::StringArray(const Map* indexes, const Vector* strings)
+    : m_map(indexes), m_vector(strings), m_count(static_cast<int>(strings->size())) {}
 
 StringArray::~StringArray() = default;
 

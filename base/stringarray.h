@@ -31,11 +31,11 @@ class FOKRAZO_API StringArray {
   using Vector = std::vector<std::string>;
 
   /// Over a list and its map; the list is counted here.
-  StringArray(const Map* map, const Vector* vector);
+  StringArray(const Map* indexes, const Vector* strings);
   /// Over what these give, which is asked for when it is first needed: for a view that is ready before any
   /// code runs, over a list that few programs need.
-  constexpr StringArray(const Map& (*map)(), const Vector& (*vector)())
-      : m_findMap(map), m_findVector(vector) {}
+  constexpr StringArray(const Map& (*findMap)(), const Vector& (*findVector)())
+      : m_findMap(findMap), m_findVector(findVector) {}
   virtual ~StringArray();
 
   /// The entries of the list, when the view was made over one that was there.

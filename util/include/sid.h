@@ -67,7 +67,7 @@ class FOKRAZO_API SID {
   const std::string& checkedBytes() const;
   /// Three characters for each byte, \ and two lower-case digits.
   std::string toEscapedString() const;
-  /// "<SID=", the digits of the binary form, ">".
+  /// "<SID=", printable() of the binary form, ">": its digits, unless all of its bytes are printable text.
   std::string toDN() const;
   /// 0 if there is no such sub-authority.
   unsigned int getSubAuthority(unsigned int index) const;
