@@ -1,5 +1,5 @@
 // The configuration file. An input is a value up to a byte 0, and a file: it is read, rewritten unchanged,
-// rewritten with that value, and read again.
+// rewritten with that value, and with a list of the value's lines under a key that it has, and read again.
 
 #include <set>
 #include <sstream>
@@ -51,13 +51,18 @@ void lookUp(Properties& properties) {
   properties.store(out, "header");
 }
 
-// A list that is set reads back as its items.
-void tryList(Properties& properties, const std::string& value) {
+// The lines of the value; none that a program would take for a reference to a file.
+Properties::ValueList listOf(const std::string& value) {
   std::istringstream stream(value);
-  const auto list = Properties::getValueList(stream);
-  properties.setValueList(kKey, *list, true);
-  if (list->empty() || list->front().rfind("file:", 0) == 0) return;  // a reference
-  FUZZ_CHECK(*properties.getValueList(kKey, "") == *list);
+  Properties::ValueList list = *Properties::getValueList(stream);
+  if (!list.empty() && Properties::isFileReference(list.front())) list.clear();
+  return list;
+}
+
+// A list that is set reads back as its items.
+void tryList(Properties& properties, const Properties::ValueList& list) {
+  properties.setValueList(kKey, list, true);
+  FUZZ_CHECK(*properties.getValueList(kKey, "") == list);
 }
 
 using Keys = std::multiset<std::string, StringCaseLessThan>;
@@ -106,6 +111,16 @@ void rewriteWith(Properties::Map expected, const std::string& value) {
   FUZZ_CHECK(gives(expected));
 }
 
+void rewriteWithList(const std::string& key, const Properties::ValueList& list) {
+  FUZZ_CHECK(Properties::update(kFile, [&](Properties& file) {
+               file.setValueList(key, list, true);
+               return true;
+             }) == 0);
+  Properties reading;
+  reading.load(kFile.c_str(), true);
+  FUZZ_CHECK(*reading.getValueList(key, "") == list);
+}
+
 bool prepare() {
   fuzz::enterWorld("log: FATAL\n");
   Logger::close();  // the tree of loggers would grow with every name that is tried
@@ -125,9 +140,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   reading.load(stream, true);
   lookUp(reading);
   const Properties::Map values = valuesOf(reading);
-  tryList(reading, value);
+  const Properties::ValueList list = listOf(value);
+  tryList(reading, list);
   if (movesVariables(content) || content.find('\0') != std::string::npos) return 0;
   rewriteUnchanged(values);
   rewriteWith(values, value);
+  rewriteWithList(values.empty() ? kKey : values.begin()->first, list);
   return prepared ? 0 : -1;
 }

@@ -293,8 +293,7 @@ bool Properties::setString(const std::string& key, const std::string& value) {
 
 bool Properties::setText(const std::string& key, const std::string& text) {
   std::string line;
-  if (text.find('\n') != std::string::npos || isEscaped(text) || !putPropertyToLine(line, key, "", true))
-    return false;
+  if (!isSingleLine(text) || !putPropertyToLine(line, key, "", true)) return false;
   std::string readKey;
   std::string value;
   getPropertyFromLine(line + text, readKey, value);

@@ -9,6 +9,7 @@
 #include "util/include/properties.h"
 #include "util/include/secure_open.h"
 #include "util/property_file.h"
+#include "util/property_line.h"
 
 namespace vesk {
 
@@ -87,6 +88,14 @@ FileResult readValuesFile(const std::string& path, const std::string& key, bool 
   return FileResult::Unusable;
 }
 
+/// Whether a line can hold the text and gives it back.
+bool isTextOfLine(const std::string& text) {
+  std::string key;
+  std::string back;
+  return isSingleLine(text) && PropertySyntax::getPropertyFromLine("list: " + text, key, back) &&
+         back == text;
+}
+
 /// Dollar signs as a load without expansion marks them.
 std::string markDollars(const std::string& text) {
   std::string marked;
@@ -137,9 +146,8 @@ bool Properties::makeList(const std::string& key, const std::string& fallback, V
 // text has the marks of such a load.
 std::string Properties::makeRawList(const ValueList& list, bool keepDollar) {
   std::string raw = valueListToString(list, false, keepDollar, ' ');
-  const bool dollarIsText = m_expandVariables && keepDollar && raw.find('$') != std::string::npos;
-  const bool dollarIsMark = !m_expandVariables && raw.find("$$") != std::string::npos;
-  if (!dollarIsText && !dollarIsMark && splitList(raw) == list) return raw;
+  const bool dollarsCount = (keepDollar || !m_expandVariables) && raw.find('$') != std::string::npos;
+  if (!dollarsCount && isTextOfLine(raw) && splitList(raw) == list) return raw;
   std::string line;
   std::string key = "list";
   putPropertyToLine(line, key, list, m_expandVariables);

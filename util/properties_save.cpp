@@ -33,6 +33,12 @@ bool readPlainFile(const std::string& path, std::string& text) {
   return fd && readAll(fd.get(), text);
 }
 
+/// Whether a list is read from the file that the raw value names.
+bool refersToFile(std::string raw) {
+  PropertySyntax::removeEscapes(raw);
+  return PropertySyntax::isFileReference(raw);
+}
+
 /// True if the lock file may be there no longer, so that a new one is worth trying at once; false with errno
 /// if nothing can be done about it. Waits a little for a fresh one.
 bool getPastLock(const std::string& lockPath) {
@@ -81,7 +87,8 @@ class Properties::Saver {
  public:
   Saver(Properties& properties, const std::string& text) : m_properties(properties), m_text(text) {}
 
-  std::string run() {
+  /// False, with a message in the log, if a key in memory is one that no file can hold.
+  bool run(std::string& out) {
     TextLines lines(m_text);
     std::string line;
     std::string extra;
@@ -102,7 +109,8 @@ class Properties::Saver {
     const std::string last = cutOpenEnd();
     for (const auto& entry : m_properties.m_table)
       if (m_written.count(entry.first) == 0) writeProperty(entry);
-    return std::move(m_out += last);
+    out = std::move(m_out += last);
+    return !m_hasBadKey;
   }
 
  private:
@@ -119,12 +127,22 @@ class Properties::Saver {
     m_properties.expandEnvVariables(value);
     Property own;
     own.set(value);
-    if (comment || own.value() != held->second.value()) {
+    if (comment || !means(own, held->second)) {
       writeProperty(*held);
     } else {
       copyLine();
     }
     m_written.insert(key);
+  }
+
+  // Texts of one value may still be different lists, and in rewriting mode their dollar signs references or
+  // not.
+  bool means(const Property& own, const Property& held) const {
+    if (own.value() != held.value()) return false;
+    if (!held.raw() || *own.raw() == *held.raw()) return true;
+    const bool marked = !m_properties.m_expandVariables && held.value().find('$') != std::string::npos;
+    return !marked && refersToFile(*own.raw()) == refersToFile(*held.raw()) &&
+           splitList(*own.raw()) == splitList(*held.raw());
   }
 
   /// Copies the physical lines at hand as they are.
@@ -142,7 +160,8 @@ class Properties::Saver {
   void writeProperty(const Table::value_type& entry) {
     std::string line;
     if (!makeLine(entry.first, entry.second, line)) {
-      VESK_LOG(logger(), Warn, "No line of a property file can hold the key %s", entry.first.c_str());
+      VESK_LOG(logger(), Error, "No line of a property file can hold the key '%s'", entry.first.c_str());
+      m_hasBadKey = true;
       return;
     }
     endLastLine();
@@ -166,22 +185,23 @@ class Properties::Saver {
 
   // The text as it was, as far as it comes back the same from one line.
   bool makeLine(const std::string& key, const Property& property, std::string& line) {
+    std::string head;
+    if (!putPropertyToLine(head, key, std::string(), true)) return false;
     if (property.raw()) {
       std::string text = *property.raw();
       m_properties.unexpandEnvVariables(text);
       for (const std::string& form : {text, restoreSpecials(text)}) {
-        line.assign(key).append(": ").append(form);
-        if (readsBack(line, key, *property.raw())) return true;
+        line = head + form;
+        if (readsBack(line, *property.raw())) return true;
       }
     }
     return putPropertyToLine(line, key, property.value(), m_properties.m_expandVariables);
   }
 
-  bool readsBack(const std::string& line, const std::string& key, const std::string& raw) {
-    if (line.find('\n') != std::string::npos || isEscaped(line)) return false;
-    std::string readKey;
+  bool readsBack(const std::string& line, const std::string& raw) {
+    std::string key;
     std::string value;
-    if (!getPropertyFromLine(line, readKey, value) || readKey != key) return false;
+    if (!isSingleLine(line) || !getPropertyFromLine(line, key, value)) return false;
     m_properties.expandEnvVariables(value);
     return value == raw;
   }
@@ -193,6 +213,7 @@ class Properties::Saver {
   size_t m_last = 0;  // where in the output what they become begins
   std::set<std::string, StringCaseLessThan> m_written;
   std::string m_out;
+  bool m_hasBadKey = false;
 };
 
 int Properties::saveProperty(const std::string& path) {
@@ -234,7 +255,9 @@ int Properties::saveUnder(LockFile& lockFile, const std::string& path) {
     return -1;
   }
   m_expansionLeft = kMaxExpansion;
-  if (!next.commit(Saver(*this, text).run())) {
+  std::string newText;
+  if (!Saver(*this, text).run(newText)) return -1;
+  if (!next.commit(newText)) {
     const int error = errno;
     VESK_LOG_SYSERR(logger(), Error, error, "Unable to write config file %s", path.c_str());
     return -1;

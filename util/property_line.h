@@ -77,6 +77,11 @@ class TextLines {
   bool m_atEnd = false;
 };
 
+/// Whether a line can hold the text to its end: no newline cuts it and no backslash continues it.
+inline bool isSingleLine(const std::string& text) {
+  return text.find('\n') == std::string::npos && !PropertySyntax::isEscaped(text);
+}
+
 /// One logical line from TextLines or anything like it; PropertySyntax::getLine tells the rules.
 template <class Lines>
 void readLogicalLine(Lines& lines, std::string& line, std::string& extra, bool skipComments) {

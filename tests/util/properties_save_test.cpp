@@ -88,6 +88,34 @@ TEST_F(PropertiesSaveTest, OneChangeChangesOneLine) {
   }
 }
 
+// What the lookup of a single value would not tell.
+TEST_F(PropertiesSaveTest, AChangeOfMeaningIsSavedAlsoWhereTheValueStays) {
+  using Change = std::function<void(Properties&)>;
+  const auto list = [](const char* key, const Properties::ValueList& items,
+                       bool keepDollar = true) -> Change {
+    return [=](Properties& p) { p.setValueList(key, items, keepDollar); };
+  };
+  const struct {
+    const char* before;
+    Change change;
+    const char* after;
+  } rows[] = {
+      {"k: a b\n", list("k", {"a b"}), "k: \"a b\"\n"},
+      {"k: \"a b\"\n", list("k", {"a", "b"}), "k: a b\n"},
+      {"k:  \"a\"\n", list("k", {"a"}), "k:  \"a\"\n"},
+      {"k:\n", list("k", {""}), "k: \"\"\n"},
+      {"k: \"file:x\"\n", [](Properties& p) { p.setText("k", "file:x"); }, "k: file:x\n"},
+      {"k: 5$\n", [](Properties& p) { p.setString("k", "5$"); }, "k: 5\\$\n"},
+      {"", list("a k", {"x"}), "a\\ k: x\n"},
+      {"", list("k", {"10s", "'\\"}), "k: 10s \\'\\\\\n"},
+      {"", list("k", {"$a", "x"}, false), "k: $a x\n"},
+  };
+  for (const auto& row : rows) {
+    put(m_path, row.before);
+    EXPECT_EQ(saved(row.change), row.after) << row.before;
+  }
+}
+
 TEST_F(PropertiesSaveTest, LinesComeAndGo) {
   const struct {
     const char* before;
@@ -130,6 +158,10 @@ TEST_F(PropertiesSaveTest, AFileThatCannotBeWrittenStaysAsItWas) {
   }
   EXPECT_TRUE(std::filesystem::exists(in("conf.lock")));
   EXPECT_FALSE(std::filesystem::exists(in("conf.new")));
+  std::filesystem::remove(in("other.new"));
+  properties.setValueList("", {"x"}, true);
+  EXPECT_EQ(properties.saveProperty(in("other")), -1);
+  EXPECT_TRUE(properties.remove(""));
   EXPECT_EQ(get(in("other")), "a: 1\n");
 }
 

@@ -21,7 +21,7 @@ namespace vesk {
 
 class Logger;
 
-/// Order of property keys: case does not count.
+/// Order of property keys: case does not count, as strcasecmp sees it in the locale of the program.
 struct StringCaseLessThan {
   /// Whether `a` stands before `b`.
   bool operator()(const std::string& a, const std::string& b) const {
@@ -103,7 +103,8 @@ class FOKRAZO_API Properties : public PropertySyntax {
   /// The range of those entries; false if it is empty. The caller holds `mutex` as long as it uses them, and
   /// so for findPrefix.
   bool filter(const std::string& prefix, iterator& begin, iterator& end);
-  /// The first key that begins with the prefix, case counting; the end of filter("") if there is none.
+  /// The first key that begins with the prefix, case counting. If there is none, the end of all entries,
+  /// which filter with an empty prefix gives as its `end`.
   iterator findPrefix(const std::string& prefix);
   /// Whether the key is there in just this spelling.
   bool keyExists(const std::string& key);
@@ -127,12 +128,12 @@ class FOKRAZO_API Properties : public PropertySyntax {
   /// Removes a key from memory; a save then makes a comment of its line. False if it is not there.
   bool remove(const std::string& key);
 
-  /// Brings the file in line with the values in memory. Comments, order and the lines whose values did not
-  /// change stay; a key that is gone becomes a comment, a new one takes the place of its commented-out line
+  /// Brings the file in line with the values in memory. Comments, order and the lines that mean the same
+  /// stay; a key that is gone becomes a comment, a new one takes the place of its commented-out line
   /// or goes to the end. One process at a time, by a lock file beside it (path + ".lock"), for which this
   /// waits a second. The file is replaced by rename: whoever reads it sees the old or the new one, also if
   /// this process is killed. Its mode becomes 0644. 0, or -1 with a message in the log and the old file
-  /// untouched. There must be a file to begin with.
+  /// untouched, also for a key in memory that no line can hold. There must be a file to begin with.
   int saveProperty(const std::string& path);
   /// Changes a file as one step against other processes that save it: loads it in rewriting mode into an
   /// object of its own, calls `change` with that, and saves, all under the lock file. Nothing is written if
