@@ -77,11 +77,17 @@ int makeSocket() {
   return fd;
 }
 
+/// A path that leaves room for the name that a restart gives its socket first.
+void checkPath(const std::string& path) {
+  constexpr size_t kLongest = sizeof sockaddr_un::sun_path - sizeof kFreshSuffix;
+  if (path.empty() || path.size() > kLongest)
+    throw Error("the path of the socket is empty or too long (" + std::to_string(kLongest) +
+                " bytes at most): " + path);
+}
+
 sockaddr_un addressOf(const std::string& path) {
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
-  if (path.empty() || path.size() >= sizeof address.sun_path)
-    throw Error("the path of the socket is empty or too long: " + path);
   memcpy(address.sun_path, path.data(), path.size());
   return address;
 }
@@ -123,7 +129,7 @@ Server::~Server() {
 }
 
 void Server::open() {
-  addressOf(m_socketPath + kFreshSuffix);  // a restart must find room for its name
+  checkPath(m_socketPath);
   removeLeftover(m_socketPath);
   m_listener = listenAt(m_socketPath);
 }

@@ -232,7 +232,7 @@ TEST(StandinProgram, ExplainsItselfAndItsFailures) {
       {{"--socket", scratch.path("s"), "--ldif", "/nowhere"}, 4, "/nowhere: No such file or directory"},
       {{"--socket", "s", "--ldif", ldif, "--passwords", scratch.path("bad")}, 4, "line 4: there is no colon"},
       {{"--socket", other.socket(), "--ldif", ldif}, 4, "Address already in use"},
-      {{"--socket", std::string(200, 'x'), "--ldif", ldif}, 4, "empty or too long"},
+      {{"--socket", std::string(104, 'x'), "--ldif", ldif}, 4, "(103 bytes at most): x"},
   };
   for (const auto& row : kRows) {
     ProgramResult result = runStandin(row.arguments);
