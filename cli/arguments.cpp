@@ -41,20 +41,33 @@ bool Arguments::flag(const std::string& name) {
   return true;
 }
 
-bool Arguments::option(const std::string& name, std::string& value) {
-  for (auto word = m_words.begin(); word != m_words.end(); ++word) {
-    if (word->compare(0, name.size() + 1, name + "=") == 0) {
-      value = word->substr(name.size() + 1);
-      m_words.erase(word);
-      return true;
-    }
-    if (*word != name) continue;
-    if (word + 1 == m_words.end()) throw UsageError("option " + name + " needs a value");
-    value = *(word + 1);
-    m_words.erase(word, word + 2);
+bool Arguments::takeOption(Words::iterator word, const std::string& name, std::string& value) {
+  if (word->compare(0, name.size() + 1, name + "=") == 0) {
+    value = word->substr(name.size() + 1);
+    m_words.erase(word);
     return true;
   }
+  if (*word != name) return false;
+  if (word + 1 == m_words.end()) throw UsageError("option " + name + " needs a value");
+  value = *(word + 1);
+  m_words.erase(word, word + 2);
+  return true;
+}
+
+bool Arguments::option(const std::string& name, std::string& value) {
+  for (auto word = m_words.begin(); word != m_words.end(); ++word)
+    if (takeOption(word, name, value)) return true;
   return false;
+}
+
+bool Arguments::leadingFlag(const std::string& name) {
+  if (m_words.empty() || m_words.front() != name) return false;
+  m_words.erase(m_words.begin());
+  return true;
+}
+
+bool Arguments::leadingOption(const std::string& name, std::string& value) {
+  return !m_words.empty() && takeOption(m_words.begin(), name, value);
 }
 
 unsigned Arguments::number(const std::string& name, unsigned fallback) {
@@ -72,7 +85,8 @@ void Arguments::refuseOptions() {
 }
 
 std::string Arguments::action(const std::string& what) {
-  if (m_words.empty() || isOption(m_words.front())) throw UsageError("missing " + what);
+  if (m_words.empty()) throw UsageError("missing " + what);
+  if (isOption(m_words.front())) throw UsageError("unknown option " + m_words.front() + " before " + what);
   std::string word = m_words.front();
   m_words.erase(m_words.begin());
   return word;

@@ -7,8 +7,7 @@
 namespace cli {
 
 /// A command takes the options that it knows, then its operands, and ends with done(), which refuses what is
-/// left.
-/// "--" ends the options. All failures are UsageError.
+/// left. "--" ends the options. All failures are UsageError.
 class Arguments {
  public:
   explicit Arguments(std::vector<std::string> words);
@@ -17,6 +16,9 @@ class Arguments {
   bool flag(const std::string& name);
   /// Takes an option with its value ("--name VALUE" or "--name=VALUE") into `value`, if it is there.
   bool option(const std::string& name, std::string& value);
+  /// As flag and option, of the first word alone.
+  bool leadingFlag(const std::string& name);
+  bool leadingOption(const std::string& name, std::string& value);
   /// Takes a whole number of 0 or more; `fallback` if the option is not there.
   unsigned number(const std::string& name, unsigned fallback);
 
@@ -31,10 +33,13 @@ class Arguments {
   void done();
 
  private:
+  using Words = std::vector<std::string>;
+
+  bool takeOption(Words::iterator word, const std::string& name, std::string& value);
   void refuseOptions();
 
-  std::vector<std::string> m_words;
-  std::vector<std::string> m_behindMark;  // behind "--"
+  Words m_words;
+  Words m_behindMark;  // behind "--"
 };
 
 /// Reads a whole decimal number of at most 32 bits; false for anything else.

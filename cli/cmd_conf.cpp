@@ -1,5 +1,6 @@
 // The configuration file: conf get, set, unset, list, variables.
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -22,7 +23,15 @@ struct ConfFile {
   Output& output;
 };
 
+void requirePlainFile(const ConfFile& file) {
+  struct stat info;
+  if (stat(file.path.c_str(), &info) != 0) throw std::runtime_error(file.path + ": " + strerror(errno));
+  if (S_ISREG(info.st_mode)) return;
+  throw std::runtime_error(file.path + (S_ISDIR(info.st_mode) ? ": is a directory" : ": is no plain file"));
+}
+
 void readInto(Properties& properties, const ConfFile& file) {
+  requirePlainFile(file);
   if (access(file.path.c_str(), R_OK) != 0) throw std::runtime_error(file.path + ": " + strerror(errno));
   properties.load(file.path.c_str(), true);
   if (!properties.loaded()) throw std::runtime_error(file.path + ": cannot be read as a configuration file");
@@ -69,16 +78,18 @@ ExitStatus get(Arguments& arguments, const ConfFile& file) {
   return kFound;
 }
 
-ExitStatus saved(int result, const std::string& path) {
-  if (result == 0) return kFound;
+void requireSaved(int result, const std::string& path) {
+  if (result == 0) return;
   throw std::runtime_error(path +
                            " was not saved: the file and its folder must be writable, and no other program "
                            "may hold " +
                            path + ".lock; the system's log tells more");
 }
 
-void refuseMissing(const ConfFile& file) {
-  if (access(file.path.c_str(), F_OK) != 0) throw std::runtime_error(file.path + ": " + strerror(errno));
+void refuseBadKey(const std::string& key) {
+  std::string line;
+  if (!Properties::putPropertyToLine(line, key, std::string(), true))
+    throw UsageError("'" + key + "' is no key: it is empty or has a newline");
 }
 
 ExitStatus set(Arguments& arguments, const ConfFile& file) {
@@ -88,7 +99,8 @@ ExitStatus set(Arguments& arguments, const ConfFile& file) {
   const std::vector<std::string> values = arguments.operands();
   if (values.empty() && !asList) throw UsageError("missing a value for " + key);
   if (values.size() > 1 && !asList) throw UsageError("more than one value for " + key + " needs --list");
-  refuseMissing(file);
+  refuseBadKey(key);
+  requirePlainFile(file);
   bool accepted = true;
   const int result = Properties::update(file.path, [&](Properties& properties) {
     if (asList)
@@ -97,18 +109,20 @@ ExitStatus set(Arguments& arguments, const ConfFile& file) {
       accepted = asText ? properties.setText(key, values[0]) : properties.setString(key, values[0]);
     return accepted;
   });
-  if (!accepted) throw UsageError("'" + key + "' with that value is no line of a configuration file");
-  return saved(result, file.path);
+  if (!accepted) throw UsageError("'" + values[0] + "' is no text of one line");
+  requireSaved(result, file.path);
+  return kFound;
 }
 
 ExitStatus unset(Arguments& arguments, const ConfFile& file) {
   const std::string key = arguments.operand("a key");
   arguments.done();
-  refuseMissing(file);
+  requirePlainFile(file);
   bool there = false;
   const int result =
       Properties::update(file.path, [&](Properties& properties) { return there = properties.remove(key); });
-  return there ? saved(result, file.path) : kRefused;
+  requireSaved(result, file.path);
+  return there ? kFound : kRefused;
 }
 
 ExitStatus list(Arguments& arguments, const ConfFile& file) {

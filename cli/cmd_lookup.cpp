@@ -6,6 +6,8 @@
 
 #include "base/guid.h"
 #include "cli/command.h"
+#include "cli/result.h"
+#include "cli/sid_text.h"
 #include "cli/views.h"
 #include "lrpc/session.h"
 #include "lrpc/unixviews.h"
@@ -56,16 +58,6 @@ Key makeKey(const std::string& text, const std::string& by) {
   return key;
 }
 
-SID sidOf(const Key& key) {
-  SID sid;
-  try {
-    sid.fromMSString(key.text);
-  } catch (const VESKException& error) {
-    throw UsageError("'" + key.text + "' is no SID: " + error.what());
-  }
-  return sid;
-}
-
 Guid guidOf(const Key& key) {
   if (!Guid::isValidGuidStringFormat(key.text.c_str())) throw UsageError("'" + key.text + "' is no GUID");
   Guid guid;
@@ -86,7 +78,7 @@ boost::shared_ptr<User> findUser(LocalRpcSession& session, const Key& key, int f
     case KeyKind::Id:
       return session.getUser(static_cast<int>(key.id), flags);
     case KeyKind::Sid:
-      return session.getUser(sidOf(key), flags);
+      return session.getUser(readSidText(key.text), flags);
     case KeyKind::Guid:
       return session.getUser(guidOf(key), flags);
     default:
@@ -99,7 +91,7 @@ boost::shared_ptr<Group> findGroup(LocalRpcSession& session, const Key& key, int
     case KeyKind::Id:
       return session.getGroup(static_cast<int>(key.id), flags);
     case KeyKind::Sid:
-      return session.getGroup(sidOf(key), flags);
+      return session.getGroup(readSidText(key.text), flags);
     case KeyKind::Guid:
       return session.getGroup(guidOf(key), flags);
     default:
@@ -109,7 +101,7 @@ boost::shared_ptr<Group> findGroup(LocalRpcSession& session, const Key& key, int
 
 // A user, or else a group.
 ADObject findObject(LocalRpcSession& session, const Key& key, int flags) {
-  if (key.kind == KeyKind::Sid) return session.getObject(sidOf(key), flags)->getObject();
+  if (key.kind == KeyKind::Sid) return session.getObject(readSidText(key.text), flags)->getObject();
   try {
     return findUser(session, key, flags)->getObject();
   } catch (const NotFoundException&) {
@@ -128,18 +120,18 @@ ExitStatus ping(Invocation& invocation) {
 template <class Answer>
 ExitStatus answerInput(const std::string& by, Answer answer) {
   ExitStatus status = kFound;
-  const auto complain = [&](const std::string& line, const std::exception& error) {
-    fprintf(stderr, "fokrazo: %s: %s\n", shown(line).c_str(), error.what());
+  const auto complain = [&](const std::exception& error) {
+    fprintf(stderr, "fokrazo: %s\n", error.what());
     status = kRefused;
   };
   std::string line;
   while (std::getline(std::cin, line)) {
     try {
       answer(makeKey(line, by));
-    } catch (const NotFoundException& error) {
-      complain(line, error);
+    } catch (const RefusedError& error) {
+      complain(error);
     } catch (const UsageError& error) {
-      complain(line, error);
+      complain(error);
     }
     fflush(stdout);
   }
@@ -155,7 +147,9 @@ ExitStatus find(Invocation& invocation, Print print) {
   const bool fromInput = arguments.flag("-");
   const std::string text = fromInput ? "" : arguments.operand("a name, id, SID or GUID");
   arguments.done();
-  const auto answer = [&](const Key& key) { print(invocation.daemon.session(), key, flags); };
+  const auto answer = [&](const Key& key) {
+    named(shown(key.text), [&] { print(invocation.daemon.session(), key, flags); });
+  };
   if (fromInput) return answerInput(by, answer);
   answer(makeKey(text, by));
   return kFound;
@@ -184,7 +178,8 @@ ExitStatus shadow(Invocation& invocation) {
   const std::string name = invocation.arguments.operand("a name");
   invocation.arguments.done();
   if (name.empty()) throw UsageError("the name is empty");
-  printShadow(invocation.output, *invocation.daemon.session().getShadow(name, flags));
+  named(shown(name),
+        [&] { printShadow(invocation.output, *invocation.daemon.session().getShadow(name, flags)); });
   return kFound;
 }
 

@@ -7,11 +7,13 @@
 #include <memory>
 
 #include "cli/command.h"
+#include "cli/result.h"
 #include "cli/views.h"
 #include "lrpc/adobject.h"
 #include "lrpc/adserializer.h"
 #include "lrpc/stringdict.h"
 #include "util/include/error_util.h"
+#include "util/include/strutil.h"
 
 namespace cli {
 
@@ -22,6 +24,10 @@ using namespace vesk;
 // No object of a directory comes near it.
 constexpr size_t kLargestBlob = size_t{1} << 30;
 
+std::string nameOf(const std::string& path) {
+  return path == "-" ? "standard input" : path;
+}
+
 std::string readAll(const std::string& path) {
   std::unique_ptr<FILE, int (*)(FILE*)> opened(nullptr, fclose);
   FILE* file = stdin;
@@ -29,15 +35,29 @@ std::string readAll(const std::string& path) {
     opened.reset(fopen(path.c_str(), "re"));
     file = opened.get();
   }
-  if (!file) throw UsageError(path + ": " + strerror(errno));
+  if (!file) throw UsageError(nameOf(path) + ": " + strerror(errno));
   std::string bytes;
   char buffer[16384];
   while (size_t count = fread(buffer, 1, sizeof buffer, file)) {
     bytes.append(buffer, count);
-    if (bytes.size() > kLargestBlob) throw UsageError(path + ": too large for an object");
+    if (bytes.size() > kLargestBlob) throw UsageError(nameOf(path) + ": too large for an object");
   }
-  if (ferror(file)) throw UsageError(path + ": " + strerror(errno));
+  if (ferror(file)) throw UsageError(nameOf(path) + ": " + strerror(errno));
   return bytes;
+}
+
+ExitStatus showBlob(Output& output, std::string bytes, const std::string* attribute) {
+  ADObject object(static_cast<unsigned>(bytes.size()), bytes.data(), false, nullptr);
+  if (attribute) {
+    if (!object.attributeExists(*attribute, false)) return kRefused;
+    output.record(Record().texts(*attribute, object[*attribute]));
+  } else if (output.json()) {
+    printObject(output, object);
+  } else {
+    object.sdump(std::cout);
+    std::cout.flush();
+  }
+  return kFound;
 }
 
 ExitStatus blob(Invocation& invocation) {
@@ -48,23 +68,17 @@ ExitStatus blob(Invocation& invocation) {
     path = invocation.arguments.operand("a file");
   invocation.arguments.done();
 
-  std::string bytes = readAll(path);
-  ADObject object(static_cast<unsigned>(bytes.size()), bytes.data(), false, nullptr);
-  if (one) {
-    if (!object.attributeExists(attribute, false)) return kRefused;
-    invocation.output.record(Record().texts(attribute, object[attribute]));
-  } else if (invocation.output.json()) {
-    printObject(invocation.output, object);
-  } else {
-    object.sdump(std::cout);
-    std::cout.flush();
+  try {
+    return showBlob(invocation.output, readAll(path), one ? &attribute : nullptr);
+  } catch (const VESKException& error) {
+    throw std::runtime_error(nameOf(path) + ": " + error.what());
   }
-  return kFound;
 }
 
 int takeChecksum(Arguments& arguments) {
   std::string text;
-  if (arguments.option("--release", text)) return GetDictionarySum(text);
+  if (arguments.option("--release", text))
+    return named("release " + text, [&] { return GetDictionarySum(text); });
   if (!arguments.option("--sum", text)) return GetDictionarySum();
   char* end = nullptr;
   const unsigned long sum = strtoul(text.c_str(), &end, 16);
@@ -83,7 +97,9 @@ ExitStatus dict(Invocation& invocation) {
     return kFound;
   }
   const int sum = takeChecksum(invocation.arguments);
-  const DictionaryVector& entries = GetDictionaryVector(sum);
+  const DictionaryVector& entries =
+      named("checksum " + uitoa(static_cast<unsigned>(sum), 16),
+            [&]() -> const DictionaryVector& { return GetDictionaryVector(sum); });
   const std::vector<std::string> keys = invocation.arguments.operands();
   if (keys.empty())
     for (size_t i = 0; i < entries.size(); ++i)

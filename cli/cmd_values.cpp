@@ -1,12 +1,15 @@
 // Looking inside values, with no daemon: sid, guid, dn.
 
 #include <cctype>
+#include <stdexcept>
 
 #include "base/dn.h"
 #include "base/guid.h"
 #include "cli/command.h"
+#include "cli/sid_text.h"
 #include "util/include/error_util.h"
 #include "util/include/sid.h"
+#include "util/include/strutil.h"
 
 namespace cli {
 
@@ -15,11 +18,10 @@ namespace {
 using namespace vesk;
 
 SID readSid(const std::string& text) {
+  if (startsWith(text, "S-", false, false)) return readSidText(text);
   SID sid;
   try {
-    if (text.compare(0, 2, "S-") == 0)
-      sid.fromMSString(text);
-    else if (text.find("<SID=") != std::string::npos)
+    if (text.find("<SID=") != std::string::npos)
       sid.fromExtendedDN(text);
     else if (text.compare(0, 1, "\\") == 0)
       sid.fromEscapedString(text);
@@ -28,6 +30,7 @@ SID readSid(const std::string& text) {
   } catch (const VESKException& error) {
     throw UsageError("'" + text + "' is no SID: " + error.what());
   }
+  if (sid.isNull()) throw UsageError("'" + text + "' is no SID: it has no digits");
   return sid;
 }
 
@@ -113,8 +116,10 @@ ExitStatus dn(Invocation& invocation) {
     try {
       const std::string result = row.operation(text);
       invocation.output.record(Record().text(row.name, result), result);
+    } catch (const std::out_of_range&) {  // it ends where a part of a DN should be
+      throw UsageError("'" + text + "' is no text for dn " + name);
     } catch (const std::exception& error) {
-      throw UsageError(error.what());
+      throw UsageError("'" + text + "' is no text for dn " + name + ": " + error.what());
     }
     return kFound;
   }

@@ -1,8 +1,9 @@
 // fokrazo: asks the daemon what a person wants to know, and looks inside the values that it deals in.
 
-#include <clocale>
+#include <sys/un.h>
+
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <exception>
 
 #include "cli/command.h"
@@ -61,29 +62,35 @@ void printHelp(const Command& command) {
 struct Settings {
   std::string socketPath = vesk::paths::kDaemonSocket;
   std::string timeout;
+  bool hasTimeout = false;
   bool json = false;
+  bool help = false;
 };
 
-// Options in front of the command's name; returns the position behind them.
-int takeSettings(int argc, char** argv, Settings& settings) {
-  int next = 1;
-  for (; next < argc && argv[next][0] == '-'; ++next) {
-    const std::string word = argv[next];
-    const bool isSocket = word == "--socket";
-    if (word == "--json") {
+// Options in front of the command's name.
+Settings takeSettings(Arguments& arguments) {
+  Settings settings;
+  for (;;) {
+    if (arguments.leadingFlag("--json"))
       settings.json = true;
-    } else if (isSocket || word == "--timeout") {
-      if (++next == argc) throw UsageError("option " + word + " needs a value");
-      (isSocket ? settings.socketPath : settings.timeout) = argv[next];
-    } else {
-      throw UsageError("unknown option " + word);
-    }
+    else if (arguments.leadingFlag("--help"))
+      settings.help = true;
+    else if (arguments.leadingOption("--timeout", settings.timeout))
+      settings.hasTimeout = true;
+    else if (!arguments.leadingOption("--socket", settings.socketPath))
+      return settings;
   }
-  return next;
+}
+
+// A session would cut it, and ask another daemon than the one that was named.
+void refuseLongPath(const std::string& path) {
+  constexpr size_t kLongest = sizeof sockaddr_un::sun_path - 1;
+  if (path.size() > kLongest)
+    throw UsageError("option --socket takes a path of at most " + std::to_string(kLongest) + " bytes, not '" +
+                     path + "'");
 }
 
 void applyTimeout(const std::string& text) {
-  if (text.empty()) return;
   unsigned seconds = 0;
   if (!readNumber(text, seconds) || seconds == 0)
     throw UsageError("option --timeout needs a number of seconds, not '" + text + "'");
@@ -92,20 +99,24 @@ void applyTimeout(const std::string& text) {
 }
 
 ExitStatus runCommand(int argc, char** argv) {
-  Settings settings;
-  const int next = takeSettings(argc, argv, settings);
-  if (next == argc) throw UsageError("no command given");
-  const Command* command = findCommand(argv[next]);
-  if (!command) throw UsageError(std::string("unknown command ") + argv[next]);
-  Arguments arguments(std::vector<std::string>(argv + next + 1, argv + argc));
+  Arguments arguments(std::vector<std::string>(argv + std::min(argc, 1), argv + argc));
+  const Settings settings = takeSettings(arguments);
+  if (settings.help) {
+    printHelp();
+    return kFound;
+  }
+  const std::string name = arguments.action("a command");
+  const Command* command = findCommand(name);
+  if (!command) throw UsageError("unknown command " + name);
   if (arguments.flag("--help")) {
     printHelp(*command);
     return kFound;
   }
-  applyTimeout(settings.timeout);
+  refuseLongPath(settings.socketPath);
+  if (settings.hasTimeout) applyTimeout(settings.timeout);
   Output output(settings.json);
   Daemon daemon(settings.socketPath);
-  Invocation invocation{arguments, output, daemon, !settings.timeout.empty()};
+  Invocation invocation{arguments, output, daemon, settings.hasTimeout};
   return command->run(invocation);
 }
 
@@ -157,10 +168,6 @@ vesk::LocalRpcSession& Daemon::session() {
 }  // namespace cli
 
 int main(int argc, char** argv) {
-  if (argc == 2 && strcmp(argv[1], "--help") == 0) {
-    cli::printHelp();
-    return cli::kFound;
-  }
   const cli::ExitStatus status = cli::run(argc, argv);
   if (fflush(stdout) != 0 || ferror(stdout))
     return cli::complain(cli::kFailed, "standard output cannot be written");

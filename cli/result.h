@@ -1,4 +1,4 @@
-/// An answer of the daemon on its way to the exit status.
+/// Answers on their way to the exit status.
 #pragma once
 
 #include "cli/exit_status.h"
@@ -15,6 +15,17 @@ class Output;
 
 /// Prints a result with the daemon's own message, if it sent one; 0 is success, anything else a refusal.
 ExitStatus report(Output& output, const vesk::LocalRpcSession& session, int result);
+
+/// What `question` gives. `name` is what it asks for: if that is not there, the complaint begins with it.
+/// @throws RefusedError
+template <class Question>
+decltype(auto) named(const std::string& name, Question question) {
+  try {
+    return question();
+  } catch (const vesk::NotFoundException& error) {
+    throw RefusedError(name + ": " + error.what());
+  }
+}
 
 /// What `question` gives, an operation that says by an exception that there is nothing of that name.
 /// @throws RefusedError

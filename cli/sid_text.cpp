@@ -1,0 +1,22 @@
+#include "cli/sid_text.h"
+
+#include "cli/exit_status.h"
+#include "util/include/error_util.h"
+#include "util/include/strutil.h"
+
+namespace cli {
+
+vesk::SID readSidText(const std::string& text) {
+  const std::string spelled = vesk::upper(text);
+  vesk::SID sid;
+  try {
+    sid.fromMSString(spelled);
+  } catch (const VESKException& error) {
+    throw UsageError("'" + text + "' is no SID: " + error.what());
+  }
+  if (sid.toMSString() != spelled)
+    throw UsageError("'" + text + "' is no SID: it would be read as " + sid.toMSString());
+  return sid;
+}
+
+}  // namespace cli
