@@ -1,5 +1,5 @@
-// The work on files while the system fails it: what is thrown is told, a file that is replaced is the old one
-// or the new one, nothing is left behind, and the same work succeeds afterwards.
+// The work on files while the system fails it: only what the headers name is thrown, a file that is replaced
+// is the old one or the new one, nothing is left behind, and the same work succeeds afterwards.
 
 #include <fcntl.h>
 #include <sys/stat.h>

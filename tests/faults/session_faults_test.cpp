@@ -1,5 +1,5 @@
-// A session while the system fails it: what an operation says is right or a told failure, nothing is left
-// behind, and the same session works afterwards.
+// A session while the system fails it: an operation gives the right answer or an exception that the
+// header names, nothing is left behind, and the same session works afterwards.
 
 #include "lrpc/session.h"
 #include "tests/faults/fault_plans.h"

@@ -1,5 +1,5 @@
 // Many clients at once, each with its session, while the daemon is restarted, away, slow and wrong by turns:
-// every answer is right, every failure a told one, and nothing piles up. A round takes some seconds; the
+// every answer is right, every failure is reported, and nothing piles up. A round takes some seconds; the
 // environment variable FOKRAZO_LOAD_ROUNDS asks for more of them.
 
 #include <sys/mman.h>
