@@ -16,7 +16,8 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-# What a binary links is found out from the binary; its maintainer scripts tell ldconfig of the library.
+# What a binary links is found out from the binary; its maintainer scripts tell ldconfig of the library. That packed
+# addresses want a loader that knows them (glibc 2.36) is not found out.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
@@ -28,6 +29,9 @@ set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
     "client library of the brondalt directory daemon
 Login modules, name-service modules and tools of hosts that are joined to an
 Active Directory domain reach the daemon through this library.")
+if(FOKRAZO_PACKS_RELOCATIONS)
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.36)")
+endif()
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME fokrazo-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)

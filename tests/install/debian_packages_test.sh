@@ -15,6 +15,7 @@ package() { echo "$place/$1"_*.deb; }
 field() { dpkg-deb -f "$(package "$1")" "$2"; }
 
 [[ $(field fokrazo0 Depends) =~ ^"libc6 (>= ".*"zlib1g (>= " ]] || fail "what fokrazo0 depends on"
+! grep -q GLIBC_ABI_DT_RELR "$build_dir/fokrazo.so.0" || [[ $(field fokrazo0 Depends) == *"libc6 (>= 2.36)"* ]] || fail "its loader"
 [[ $(field fokrazo-tools Depends) =~ ^"fokrazo0 (= "[0-9.]+"), libbsd0 (>= ".*"), libc6 (>= ".*"libldap-2.5-0" ]] || fail "fokrazo-tools"
 [[ $(field fokrazo-dev Depends) =~ ^"fokrazo0 (= "[0-9.]+"), libboost-dev, libldap-dev" ]] || fail "fokrazo-dev"
 dpkg-deb -I "$(package fokrazo0)" shlibs | grep -x 'fokrazo 0 fokrazo0 (>= .*)' >/dev/null || fail "shlibs"
