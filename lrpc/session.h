@@ -163,7 +163,9 @@ class FOKRAZO_API LocalRpcSession {
 
   // --- LDAP ---
   // `s1`, `s2` and `s3` are a domain, a DN and a filter, where the daemon takes them as the stand-in does.
-  // `attributes` ends with null and may be null. @throws IPCException the daemon's failure
+  // `scope` is 0 the base, 1 one level, 2 the subtree. `limit` is the most objects, 0 for all; for
+  // ldapPagedSearch, the objects of a page. `attributes` ends with null and may be null.
+  // @throws IPCException the daemon's failure
 
   ADObjectList ldapSearch(const std::string& s1, const std::string& s2, const std::string& s3,
                           const char** attributes, LdapSearchScopeType scope, int limit, bool flag);
