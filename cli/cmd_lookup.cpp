@@ -189,7 +189,7 @@ constexpr char kKeyHelp[] =
     "  -              read the keys from standard input, one a line, over one connection\n"
     "  --by KIND      take it as a name, id, sid or guid\n"
     "  --unix-only    find accounts with a Unix profile alone\n"
-    "  --refresh      let the daemon ask the directory and not its cache\n"
+    "  --refresh      let the daemon ask the directory before its cache\n"
     "  --membership   want the group memberships too\n";
 
 const Command kCommands[] = {

@@ -217,7 +217,7 @@ void checkValue(const std::string& key, const std::string& value, Complaints& co
   const std::string expected = value.empty() ? "" : row->judge(value);
   if (!expected.empty())
     complaints.add(Finding::Problem, shown(key) + ": '" + shown(value) + "' is not " + expected,
-                   "correct it; until then something else counts, see velmora.conf(5)");
+                   "correct it; until then the default or a part of it counts, see velmora.conf(5)");
 }
 
 void checkContents(const std::string& path, Complaints& complaints) {
@@ -237,7 +237,7 @@ std::vector<Finding> checkConfiguration(const std::string& path) {
   struct stat info;
   if (stat(path.c_str(), &info) != 0) {
     complaints.add(Finding::Warning, path + ": " + strerror(errno) + "; every key has its default",
-                   "make one, be it empty");
+                   "make one; it may be empty");
     return complaints.take();
   }
   checkFile(path, info, complaints);

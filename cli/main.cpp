@@ -55,8 +55,8 @@ void printHelp() {
 }
 
 void printHelp(const Command& command) {
-  printf("usage: fokrazo [OPTION …] %s %s\n\n%s\n%s", command.name, command.synopsis, command.summary,
-         command.help);
+  printf("usage: fokrazo [OPTION …] %s%s%s\n\n%s\n%s", command.name, *command.synopsis ? " " : "",
+         command.synopsis, command.summary, command.help);
 }
 
 struct Settings {

@@ -23,8 +23,9 @@ fi
 
 # Commands, options, faults.
 "$bin/fokrazo" --help | sed -n 's/^  \([a-z][a-z-]*\)  *.*/\1/p' >"$place/commands"
-sed -n 's/^\.It Ic \([a-z-]*\).*/\1/p' man/fokrazo.1 >"$place/told"
-same "commands of fokrazo(1)" "$place/commands" "$place/told"
+awk '/^[A-Z].*:$/ { group = $0 } /^  [a-z]/ { print group, $1 }' <("$bin/fokrazo" --help) >"$place/groups"
+awk '/^\.Ss / { group = substr($0, 5) ":" } /^\.It Ic / { print group, $3 }' man/fokrazo.1 >"$place/told"
+same "groups and commands of fokrazo(1)" "$place/groups" "$place/told"
 while read -r command; do "$bin/fokrazo" "$command" --help; done <"$place/commands" |
   cat - <("$bin/fokrazo" --help) | grep -o -e '--[a-z][a-z-]*' >"$place/options"
 grep -e '\bFl -' man/fokrazo.1 | grep -o -e ' -[a-z][a-z-]*' | sed 's/^ /-/' >"$place/told"
