@@ -34,7 +34,8 @@ Once its socket takes connections it prints a line "ready" to its standard outpu
 without --foreground goes to the background.
 
 Options:
-  --socket PATH      where to listen; a socket left over from a dead process is replaced
+  --socket PATH      where to listen; a socket left over from a dead process is replaced.
+                     Every user may ask there
   --ldif FILE        entries to serve (LDIF version 1); may be given more than once
   --passwords FILE   lines "name:password"; "#" begins a comment line. Accounts without a
                      line are refused whatever they try

@@ -92,13 +92,18 @@ sockaddr_un addressOf(const std::string& path) {
   return address;
 }
 
+/// Makes the socket's file, for everybody to ask: its mode is 0666.
+int bindForAll(int fd, const sockaddr_un& address) {
+  mode_t before = umask(0111);
+  int result = bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  umask(before);
+  return result;
+}
+
 /// A listening socket of that name.
 int listenAt(const std::string& path) {
-  sockaddr_un address = addressOf(path);
   int fd = makeSocket();
-  if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-      listen(fd, SOMAXCONN) == 0)
-    return fd;
+  if (bindForAll(fd, addressOf(path)) == 0 && listen(fd, SOMAXCONN) == 0) return fd;
   int error = errno;
   close(fd);
   errno = error;

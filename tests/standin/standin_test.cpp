@@ -1,6 +1,7 @@
 // The stand-in as a program, driven by client sessions and by clients that do not behave.
 
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -261,6 +262,9 @@ TEST(StandinProgram, GoesToTheBackgroundAndReplacesALeftoverSocket) {
     EXPECT_EQ(result.output, "ready\n");
     LocalRpcSession session(path, false, false);
     EXPECT_NO_THROW(session.ping());
+    struct stat file = {};
+    EXPECT_EQ(stat(path.c_str(), &file), 0);
+    EXPECT_EQ(file.st_mode & 07777u, 0666u);
     pid_t pid = 0;
     std::ifstream(scratch.path("pid")) >> pid;
     ASSERT_GT(pid, 1);
