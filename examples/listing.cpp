@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr char kNextEntry[] = "@#";
-
 int listUsers(vesk::LocalRpcSession& session) {
   if (session.startListUser()) {  // true is failure
     std::cerr << "the daemon refuses: " << session.statusMessage() << '\n';
@@ -15,7 +13,7 @@ int listUsers(vesk::LocalRpcSession& session) {
   }
   try {
     for (;;) {
-      const auto user = session.getUser2(kNextEntry, vesk::UNIX_ONLY);
+      const auto user = session.getUser2(vesk::NEXT_ENTRY, vesk::UNIX_ONLY);
       std::cout << user->unixName() << ":x:" << user->getId() << ':' << user->gid() << ':' << user->gecos()
                 << ':' << user->home() << ':' << user->shell() << '\n';
     }

@@ -68,28 +68,28 @@ class ModuleSession {
   }
 
   vesk::ADObject next(vesk::DSObjectType type) {
-    Lookup request(vesk::IPC_OP_GET_OBJECT2, type, vesk::KeyName, std::string(kNextEntry), vesk::UNIX_ONLY);
+    Lookup request(vesk::IPC_OP_GET_OBJECT2, type, vesk::KeyName, std::string(vesk::NEXT_ENTRY),
+                   vesk::UNIX_ONLY);
     vesk::IPCReply reply;
     // Sent twice it would lose an entry.
     const vesk::ValidationResult result = ask(request, reply, &vesk::LocalRpcSession::execute);
-    const bool isEnd = result != vesk::VR_SUCCESS && m_session.statusCode() == kEndOfList;
+    const bool isEnd = result != vesk::VR_SUCCESS && m_session.statusCode() == vesk::END_OF_LIST;
     succeedOrFail(isEnd ? vesk::VR_NO_MORE : result);
     return objectOf(reply);
   }
 
-  /// Whether a name means something else than itself in a lookup.
-  static bool isReserved(const std::string& name) { return name == kNextEntry; }
+  /// Whether the daemon is never asked for a name. One has a meaning of its own in a lookup. The other is the
+  /// host's, of which programs ask all sources of groups when root logs in: that must not wait for the
+  /// daemon.
+  static bool isReserved(const std::string& name) { return name == vesk::NEXT_ENTRY || name == "root"; }
 
  private:
-  static constexpr char kNextEntry[] = "@#";
-  static constexpr int kEndOfList = 10;
-
   struct Lookup : vesk::IPCRequest {
     template <class Key>
     Lookup(vesk::IPC_OPCODE opcode, vesk::DSObjectType type, vesk::KeyKind kind, const Key& key, int flags)
         : IPCRequest(opcode) {
       *this += type;
-      *this += flags & vesk::UNIX_ONLY ? 0 : 2;
+      *this += flags & vesk::UNIX_ONLY ? vesk::UnixObjects : vesk::AllObjects;
       *this += kind;
       *this += (flags & vesk::CHECK_AD_FIRST) != 0;
       *this += (flags & vesk::GROUP_MEMBERSHIP) != 0;

@@ -22,7 +22,8 @@ bool isUsableId(uint32_t id) {
 }
 
 bool isUsableName(const std::string& name) {
-  return !name.empty() && isField(name) &&
+  const bool isNumber = name.find_first_not_of("0123456789") == std::string::npos;  // or nothing at all
+  return !isNumber && name[0] != '+' && name[0] != '-' && isField(name) && !ModuleSession::isReserved(name) &&
          name.find(',') == std::string::npos;  // which parts a group's members
 }
 

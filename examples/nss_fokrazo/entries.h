@@ -12,7 +12,8 @@ namespace example {
 
 /// The directory gives nobody root's id or root's group, and the last id means "none" to the system.
 bool isUsableId(uint32_t id);
-/// Whether a text can stand as a name in lines of passwd and group.
+/// Whether a text can stand as a name in lines of passwd and group, and nobody takes it for something else: a
+/// number for an id, a sign at its beginning for an option or for a mark of such lines, "root" for root.
 bool isUsableName(const std::string& name);
 
 /// The passwd database.

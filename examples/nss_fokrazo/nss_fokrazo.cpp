@@ -39,7 +39,7 @@ typename Database::View find(vesk::KeyKind kind, const Key& key, int flags) {
 
 template <class Database>
 typename Database::View findByName(const std::string& name, int flags = Database::kFlags) {
-  if (!isUsableName(name) || ModuleSession::isReserved(name)) fail(vesk::VR_NOT_FOUND);
+  if (!isUsableName(name)) fail(vesk::VR_NOT_FOUND);
   return find<Database>(vesk::KeyName, name, flags);
 }
 

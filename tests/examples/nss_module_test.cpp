@@ -213,6 +213,7 @@ TEST(NssModule, EachMisbehaviourHasItsAnswer) {
 }
 
 TEST(NssModule, ADaemonThatIsAwayIsUnavailableUntilItIsBack) {
+  EXPECT_EQ(askFor("root"), "NOTFOUND ENOENT");  // of whom it is not asked
   EXPECT_EQ(askFor(kUser), "UNAVAIL EIO");
   {
     const Daemon daemon;
