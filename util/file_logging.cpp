@@ -278,7 +278,7 @@ void FileLogging::fileRotate() {
   }
   closeLog();
   LogBackups backups(m_path, m_settings.maxCount, m_settings.zipBackup);
-  if (isAtPath(turn.get()) && checkFileSizeByPath() && m_settings.maxCount >= 1) backups.takeLog();
+  if (isAtPath(turn.get()) && checkFileSizeByPath() && m_settings.maxCount >= 1) backups.takeLog(turn.get());
   openLog(true);
   backups.compress();
 }
@@ -292,8 +292,9 @@ bool FileLogging::isAtPath(int file) const {
 // Who holds the lock of a file so large is not rotating it: whoever can write the log can lock it.
 bool FileLogging::isFarTooLarge(int file) const {
   constexpr off_t kTimes = 4;
+  constexpr off_t kLeast = 1 << 20;  // bytes
   struct stat status;
-  return fstat(file, &status) == 0 && status.st_size / kTimes >= static_cast<off_t>(m_settings.maxSize);
+  return fstat(file, &status) == 0 && status.st_size >= std::max(kTimes * m_settings.maxSize, kLeast);
 }
 
 }  // namespace vesk
