@@ -1,15 +1,13 @@
 #include <netdb.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <vector>
+
 #include "base/osutil.h"
-#include "util/fork_locks.h"
 #include "util/include/log.h"
-#include "util/include/mutex.h"
 #include "util/include/setting.h"
 #include "util/include/strutil.h"
-
-using vesk::Lock;
-using vesk::Mutex;
 
 namespace {
 
@@ -22,6 +20,20 @@ std::string systemHostName() {
   return ::gethostname(name, Limit) == 0 ? name : std::string();
 }
 
+/// What the resolver calls the host; `name` itself if it does not know it. gethostbyname would answer in
+/// memory that all threads share, behind a lock of its own that a child of a fork may find held for ever.
+std::string canonicalName(const std::string& name) {
+  constexpr size_t kLargestAnswer = 1024 * 1024;
+  for (std::vector<char> memory(1024);; memory.resize(2 * memory.size())) {
+    hostent host;
+    hostent* found = nullptr;
+    int reason;
+    const int error = ::gethostbyname_r(name.c_str(), &host, memory.data(), memory.size(), &found, &reason);
+    if (error == ERANGE && memory.size() < kLargestAnswer) continue;
+    return error == 0 && found ? found->h_name : name;
+  }
+}
+
 }  // namespace
 
 std::string shortLocalHostName() {
@@ -31,12 +43,7 @@ std::string shortLocalHostName() {
 
 std::string longLocalHostName() {
   const std::string name = systemHostName<263>();
-  if (name.empty()) return name;
-  // gethostbyname answers in memory that all share.
-  static Mutex& resolverMutex = vesk::heldOverFork(vesk::ForkOrder::Resolver, *new Mutex);
-  Lock lock(resolverMutex);
-  const hostent* host = ::gethostbyname(name.c_str());  // NOLINT(concurrency-mt-unsafe)
-  return lower(host ? host->h_name : name);
+  return name.empty() ? name : lower(canonicalName(name));
 }
 
 std::string longJoinedHostName() {

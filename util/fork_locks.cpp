@@ -13,21 +13,20 @@ namespace vesk {
 namespace {
 
 constexpr auto kCount = static_cast<size_t>(ForkOrder::Count);
-constexpr auto kHeld = static_cast<size_t>(ForkOrder::Resolver);  // those before it are
 using Slots = std::array<std::atomic<Mutex*>, kCount>;
 
 Slots gSlots{};                                      // null: not in use yet
 thread_local std::array<Mutex*, kCount> gHeld = {};  // by the fork that is under way
 
 void beforeFork() {
-  for (size_t i = 0; i < kHeld; ++i) {
+  for (size_t i = 0; i < kCount; ++i) {
     gHeld[i] = gSlots[i].load(std::memory_order_acquire);
     if (gHeld[i]) gHeld[i]->lock();
   }
 }
 
 void inParent() {
-  for (size_t i = kHeld; i > 0; --i)
+  for (size_t i = kCount; i > 0; --i)
     if (gHeld[i - 1]) gHeld[i - 1]->unLock();
 }
 

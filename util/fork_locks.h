@@ -27,7 +27,6 @@ enum class ForkOrder {
   RandomNumbers,
   ActiveThreads,
   RunningThreads,
-  Resolver,  // its holder waits for the network, and no fork does: the child just gets a fresh one
   Count
 };
 

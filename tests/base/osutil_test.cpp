@@ -180,7 +180,7 @@ TEST_F(OsUtilTest, TheJoinNamesTheHost) {
 
 TEST_F(OsUtilTest, TheSystemNamesTheHost) {
   put("/etc/nsswitch.conf", "hosts: files\n");
-  put("/etc/hosts", "127.0.0.5 Canonical.Example Box.Example.Com\n");
+  put("/etc/hosts", "127.0.0.5 Canonical.Example Box.Example.Com " + std::string(5000, 'a') + "\n");
   if (inChild([] { ASSERT_EQ(unshare(CLONE_NEWUTS), 0); }) != 0)
     GTEST_SKIP() << "the host's name cannot be set";
   checkInChild([] {
