@@ -19,6 +19,10 @@ UniqueFd openUnfollowed(const std::string& path) {
   return UniqueFd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
 }
 
+bool isNeverRegular(int error) {
+  return error == ELOOP || error == ENXIO || error == ENODEV;
+}
+
 ssize_t readSome(int fd, char* buffer, size_t size) {
   ssize_t got;
   do {

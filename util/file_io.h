@@ -14,6 +14,9 @@ namespace vesk {
 /// Opens for reading what somebody else may have put there: a link is not followed (ELOOP), and a pipe
 /// without a writer is not waited for. Whether it is a regular file is the caller's to ask.
 UniqueFd openUnfollowed(const std::string& path);
+/// Whether openUnfollowed failed with an error that no regular file gives: a link, a socket, a device without
+/// a driver.
+bool isNeverRegular(int error);
 
 /// Reads on until there is a byte. -1, or 0 at the end.
 ssize_t readSome(int fd, char* buffer, size_t size);

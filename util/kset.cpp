@@ -21,23 +21,30 @@ namespace {
 constexpr char kDCFilePrefix[] = "kset.dc.";
 constexpr mode_t kPermissionBits = 0777;
 
-bool isDirectory(const std::string& path) {
+// S_IFREG and its like; 0 if it cannot be told.
+mode_t typeOf(const std::string& path) {
   struct stat info;
-  return ::lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+  return ::lstat(path.c_str(), &info) == 0 ? info.st_mode & S_IFMT : 0;
 }
 
-// No such file, a link, a socket.
-bool isNoFile(int error) {
-  return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENXIO;
+// Whether opening failed because there is no such regular file. What is closed to the caller can be anything.
+bool isNoFile(const std::string& path, int error) {
+  if (error != EACCES) return error == ENOENT || error == ENOTDIR || isNeverRegular(error);
+  const mode_t type = typeOf(path);
+  return type != 0 && type != S_IFREG;
 }
 
 // Null if there is no such regular file. All is asked of what was opened: the programs that own the directory
 // go on, and others may write there.
 boost::shared_ptr<KSetData> read(const std::string& path) {
   const UniqueFd fd = openUnfollowed(path);
+  if (!fd) {
+    const int error = errno;
+    if (isNoFile(path, error)) return boost::shared_ptr<KSetData>();
+    throwCallFailed(error);
+  }
   struct stat info;
-  if (!fd && isNoFile(errno)) return boost::shared_ptr<KSetData>();
-  if (!fd || ::fstat(fd.get(), &info) != 0) throwCallFailed(errno);
+  if (::fstat(fd.get(), &info) != 0) throwCallFailed(errno);
   if (!S_ISREG(info.st_mode)) return boost::shared_ptr<KSetData>();
   auto data = boost::make_shared<KSetData>();
   data->mode = info.st_mode & kPermissionBits;
@@ -56,7 +63,7 @@ void write(const std::string& path, const KSetData& data) {
 void removeEntry(const std::string& path) {
   if (ReplacementFile::isTemporary(path))
     ReplacementFile::removeLeftover(path);
-  else if (!isDirectory(path))
+  else if (typeOf(path) != S_IFDIR)
     removeFile(path);
 }
 

@@ -25,8 +25,8 @@ class KSetTest : public WorldTest {
     put(in("victim"), "stays");
     ASSERT_EQ(chmod(in("a/kset.domain").c_str(), 0640), 0);
     plantLink("a/kset.link");
-    ASSERT_EQ(mkfifo(in("a/kset.pipe").c_str(), 0666), 0);
-    ASSERT_EQ(mkdir(in("a/kset.dir").c_str(), 0755), 0);
+    ASSERT_EQ(mkfifo(in("a/kset.pipe").c_str(), 0600), 0);
+    ASSERT_EQ(mkdir(in("a/kset.dir").c_str(), 0700), 0);
     for (const char* half : {"a/kset.dc.KSET.TEMP.live", "a/kset.dc.KSET.TEMP.left"}) put(in(half), "half");
     m_writer = open(in("a/kset.dc.KSET.TEMP.live").c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(flock(m_writer, LOCK_EX | LOCK_NB), 0);
@@ -91,6 +91,19 @@ TEST_F(KSetTest, RollsBackToTheSnapshotOnceAndCleansTheMemoryToo) {
   EXPECT_EQ(list("a"), "kset.dc.KSET.TEMP.live kset.dir other ");
   std::filesystem::remove("/var/velmora/kset.site");
   EXPECT_EQ(GetSetting("site", "none"), "none");
+}
+
+TEST_F(KSetTest, WhatIsClosedToTheCallerFailsOnlyIfItIsAFile) {
+  if (!canBeOrdinaryUser()) GTEST_SKIP() << "root may do everything";
+  const std::pair<mode_t, const char*> rows[] = {
+      {0644, ""},
+      {0600, "SystemException|OS call failed: Permission denied"},
+  };
+  for (const auto& [mode, failure] : rows) {
+    ASSERT_EQ(chmod(in("a/kset.domain").c_str(), mode), 0);
+    checkInChild([&, failure = failure] { EXPECT_FAILURE(failure, KSets(in("a")).snapShot("")); },
+                 kOrdinaryUser);
+  }
 }
 
 }  // namespace
