@@ -42,15 +42,15 @@ void ReplacementFile::commit() {
   m_fd.close();
 }
 
-bool ReplacementFile::isTemporary(const std::string& name) {
-  return name.find(gTempFileMarker) != std::string::npos;
+bool ReplacementFile::isTemporary(const std::string& path) {
+  return path.find(gTempFileMarker, path.rfind('/') + 1) != std::string::npos;
 }
 
-// What cannot be opened is no live writer's. unlink leaves directories alone, and the files of others may
-// stay.
-void ReplacementFile::removeLeftover(const std::string& name) {
-  const UniqueFd fd = openUnfollowed(name);
-  if (!fd || tryLock(fd.get())) ::unlink(name.c_str());
+// What cannot be opened for want of rights or descriptors may be a live writer's. unlink leaves directories
+// alone, and the files of others may stay.
+void ReplacementFile::removeLeftover(const std::string& path) {
+  const UniqueFd fd = openUnfollowed(path);
+  if (fd ? tryLock(fd.get()) : isNeverRegular(errno)) ::unlink(path.c_str());
 }
 
 }  // namespace vesk

@@ -30,10 +30,10 @@ class ReplacementFile {
   /// @throws IOException "Cannot write file …", "Cannot rename file to …"
   void commit();
 
-  /// Whether a name is that of a temporary file.
-  static bool isTemporary(const std::string& name);
-  /// Removes a temporary file unless its writer is alive. No failure counts.
-  static void removeLeftover(const std::string& name);
+  /// Whether a path is that of a temporary file. The names of the directories above do not count.
+  static bool isTemporary(const std::string& path);
+  /// Removes a temporary file unless its writer is or may be alive. No failure counts.
+  static void removeLeftover(const std::string& path);
 
  private:
   std::string m_path;

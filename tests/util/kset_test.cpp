@@ -28,6 +28,7 @@ class KSetTest : public WorldTest {
     ASSERT_EQ(mkfifo(in("a/kset.pipe").c_str(), 0600), 0);
     ASSERT_EQ(mkdir(in("a/kset.dir").c_str(), 0700), 0);
     for (const char* half : {"a/kset.dc.KSET.TEMP.live", "a/kset.dc.KSET.TEMP.left"}) put(in(half), "half");
+    ASSERT_EQ(chmod(in("a/kset.dc.KSET.TEMP.live").c_str(), 0600), 0);
     m_writer = open(in("a/kset.dc.KSET.TEMP.live").c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(flock(m_writer, LOCK_EX | LOCK_NB), 0);
   }
@@ -104,6 +105,10 @@ TEST_F(KSetTest, WhatIsClosedToTheCallerFailsOnlyIfItIsAFile) {
     checkInChild([&, failure = failure] { EXPECT_FAILURE(failure, KSets(in("a")).snapShot("")); },
                  kOrdinaryUser);
   }
+  ASSERT_EQ(chmod(in("a").c_str(), 0777), 0);
+  checkInChild([&] { CleanTempSettingFiles(in("a")); }, kOrdinaryUser);
+  EXPECT_EQ(list("a").find("kset.dc.KSET.TEMP.live kset.dc.one "), 0u)
+      << "whether its writer lives is unknown";
 }
 
 }  // namespace

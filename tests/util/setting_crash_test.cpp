@@ -101,9 +101,11 @@ TEST_F(SettingCrashTest, AKilledWriterLeavesTheOldOrTheNewValueAndALiveOneIsLeft
     EXPECT_EQ(seen, (std::set<std::string>{"old", value}));
     EXPECT_GT(leftovers, 0) << "no kill hit the write";
   }
-  ASSERT_EQ(mkdir((kDir + "dir.KSET.TEMP").c_str(), 0755), 0);
-  CleanTempSettingFiles(kDir);
-  EXPECT_EQ(temporaryFiles(), 1) << "directories stay";
+  const std::string directory = kDir + "dir.KSET.TEMP/";
+  ASSERT_EQ(mkdir(directory.c_str(), 0755), 0);
+  put(directory + "kset.site", "stays");
+  for (const std::string& dir : {kDir, directory}) CleanTempSettingFiles(dir);
+  EXPECT_EQ(get(directory + "kset.site"), "stays");
   EXPECT_FAILURE("NotFoundException|Cannot open directory /no/such/: No such file or directory",
                  CleanTempSettingFiles("/no/such/"));
 }
