@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "util/file_io.h"
-#include "util/include/file_util.h"
 #include "util/include/setting.h"
 #include "util/replacement_file.h"
 #include "util/setting_store.h"
@@ -54,8 +53,8 @@ boost::shared_ptr<KSetData> read(const std::string& path) {
 
 void write(const std::string& path, const KSetData& data) {
   ReplacementFile file(path);
-  int mode = data.mode;
-  WriteFile(file.name(), data.content, &mode);
+  if (!writeAll(file.fd(), data.content.data(), data.content.size()) || ::fchmod(file.fd(), data.mode) != 0)
+    throwCallFailed(errno);
   file.commit();
 }
 
