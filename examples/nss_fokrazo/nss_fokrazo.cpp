@@ -24,9 +24,21 @@ static_assert(static_cast<int>(vesk::NameStatus::Success) == NSS_STATUS_SUCCESS)
 
 // --- Lookups. All throw Failure where there is nothing to return. ---
 
+pthread_key_t makeSessionKey() {
+  pthread_key_t key;
+  if (pthread_key_create(&key, [](void* session) { delete static_cast<ModuleSession*>(session); }) != 0)
+    fail(vesk::VR_TRY_AGAIN);
+  return key;
+}
+
+// On a key, because other keys' destructors and handlers of atexit may look names up: a thread_local object
+// is gone by then. If a destructor makes a new session, the C library calls this key's once more.
 ModuleSession& threadSession() {
-  thread_local ModuleSession session;
-  return session;
+  static const pthread_key_t key = makeSessionKey();
+  if (void* const session = pthread_getspecific(key)) return *static_cast<ModuleSession*>(session);
+  auto session = std::make_unique<ModuleSession>();
+  if (pthread_setspecific(key, session.get()) != 0) throw std::bad_alloc();
+  return *session.release();
 }
 
 template <class Database, class Key>

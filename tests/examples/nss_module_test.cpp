@@ -281,6 +281,36 @@ TEST(NssModule, ThreadsAndChildrenHaveTheirOwnSessionsAndLeaveNone) {
   EXPECT_EQ(askFor(kUser), "SUCCESS");
 }
 
+TEST(NssModule, NamesAreLookedUpAtTheEndOfAThreadAndOfTheProgram) {
+  const Daemon daemon;
+  ASSERT_EQ(askFor(kUser), "SUCCESS");
+  const size_t before = openDescriptors();
+  static std::string answer;
+  pthread_key_t key;
+  pthread_key_create(&key, [](void*) { answer = askFor(kUser); });
+  for (const bool isFirstLookup : {false, true}) {
+    answer.clear();
+    std::thread([&] {
+      if (!isFirstLookup) askFor(kUser);
+      pthread_setspecific(key, &key);
+    }).join();
+    EXPECT_EQ(answer, "SUCCESS") << isFirstLookup;
+    EXPECT_EQ(openDescriptors(), before) << isFirstLookup;
+  }
+  pthread_key_delete(key);
+
+  const pid_t child = fork();
+  if (child == 0) {
+    askFor(kUser);
+    g_atConnect = [] { _exit(2); };  // the session must still be there
+    atexit([] { _exit(askFor(kUser) == "SUCCESS" ? 0 : 1); });
+    exit(3);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+}
+
 TEST(NssModule, AStartedProgramInheritsNoConnection) {
   const Daemon daemon;
   ASSERT_EQ(askFor(kUser), "SUCCESS");
