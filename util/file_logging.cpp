@@ -92,8 +92,8 @@ int FileLogging::init(const char* path) {
 
 int FileLogging::init(const char* path, const Settings& settings) {
   Lock lock(mutex);
-  m_path = path;
   closeLog();
+  m_path = path;
   m_settings = settings;
   const int error = openLog(false);
   if (error == 0) makeCache();
@@ -188,7 +188,9 @@ bool FileLogging::writeLine(bool flushDue, const char* format, va_list args) {
   char prefix[512];
   const int length = BuildMessagePrefix(prefix, sizeof prefix, "");
   if (m_cache && m_cache->isActive()) {
-    m_cache->append(prefix, std::min<size_t>(length, sizeof prefix - 1));
+    const size_t prefixLength = std::min<size_t>(length, sizeof prefix - 1);
+    if (m_cache->room() < prefixLength + LogCache::kLongestText + 1) flushCache();
+    m_cache->append(prefix, prefixLength);
     m_cache->vsappend(format, args);
     m_cache->append('\n');
     if (flushDue) flushCache();

@@ -6,12 +6,6 @@
 
 namespace vesk {
 
-namespace {
-
-constexpr long kLongestText = 1023;
-
-}  // namespace
-
 LogCache::LogCache(unsigned int size) {
   initBuf(size);
 }
@@ -73,7 +67,7 @@ void LogCache::append(char c) {
 void LogCache::vsappend(const char* format, va_list args) {
   if (!isActive()) return;
   char text[kLongestText + 1];
-  const bool inPlace = m_last - m_position >= kLongestText;
+  const bool inPlace = room() >= kLongestText;
   char* const target = inPlace ? m_position : text;
   const size_t plain = std::min<size_t>(strcspn(format, "%"), kLongestText);
   memcpy(target, format, plain);

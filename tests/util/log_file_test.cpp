@@ -220,19 +220,20 @@ TEST_F(LogFileTest, TwoProcessesShareAFile) {
 
 TEST_F(LogFileTest, WhatIsWrittenIntoACompressedFileIsWrittenAgain) {
   using Lines = std::map<std::string, int>;
+  const std::string first(1000, '1'), second(1000, '2');  // too long for one cache
   for (const FileLogging::Settings& settings :
        {FileLogging::Settings{1 << 20, 9, true, 2, 2048}, FileLogging::Settings{1 << 20, 9, true, 1, 0}}) {
     FileLogging quiet, busy;
     quiet.init(in("log").c_str(), settings);
     busy.init(in("log").c_str(), {4, 9, true, 1, 0});
-    write(quiet, "first");
+    write(quiet, "%s", first.c_str());
     write(busy, "rotates");
-    write(quiet, "second");
+    write(quiet, "%s", second.c_str());
     write(busy, "rotates again");
     write(quiet, "third");
-    quiet.destroy();
-    EXPECT_EQ(lines(),
-              (Lines{{"first", 1}, {"rotates", 1}, {"second", 1}, {"rotates again", 1}, {"third", 1}}));
+    quiet.init(in("other").c_str(), settings);
+    EXPECT_EQ(linesOf(in("other")), Texts());
+    EXPECT_EQ(lines(), (Lines{{first, 1}, {"rotates", 1}, {second, 1}, {"rotates again", 1}, {"third", 1}}));
     for (const auto& file : files()) fs::remove(in(file.first));
   }
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 
 #include "util/include/export.h"
@@ -13,6 +14,9 @@ namespace vesk {
 /// Thread-safety: none; its owner locks.
 class FOKRAZO_API LogCache {
  public:
+  /// Where vsappend cuts, in characters.
+  static constexpr size_t kLongestText = 1023;
+
   /// A cache of `size` bytes, in front of `file`, which stays the caller's and may be null.
   explicit LogCache(unsigned int size);
   LogCache(unsigned int size, FILE* file);
@@ -30,9 +34,11 @@ class FOKRAZO_API LogCache {
   void append(const char* text);
   void append(const char* text, size_t length);
   void append(char c);
-  /// printf; the text is cut at 1023 characters.
+  /// printf; the text is cut at kLongestText.
   void vsappend(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
 
+  /// How many bytes can be added before it is full.
+  size_t room() const { return m_position < m_last ? m_last - m_position : 0; }
   /// Whether nothing waits to be written.
   bool isEmpty() const { return m_position == m_buffer; }
   /// Writes the content to the stream, through to the system.
