@@ -140,22 +140,27 @@ int FileLogging::openLog(bool force) {
   return openFile();
 }
 
+// In place of the one that is open; that one stays if it fails.
 int FileLogging::openFile() {
   UniqueFd file = openForAppending(m_path.c_str());
-  if (!file) return errno;
-  m_file = fdopen(file.get(), "a");
-  if (m_file == nullptr) return errno;
+  FILE* const opened = file ? fdopen(file.get(), "a") : nullptr;
+  if (opened == nullptr) return errno;
   file.release();
   // A cache is written as it stands, in one write.
   const bool cached = m_settings.cacheSize > 0;
-  m_streamBuffer = cached ? nullptr : std::make_unique<char[]>(kStreamBuffer);
-  setvbuf(m_file, m_streamBuffer.get(), cached ? _IONBF : _IOFBF, cached ? 0 : kStreamBuffer);
+  auto buffer = cached ? nullptr : std::make_unique<char[]>(kStreamBuffer);
+  setvbuf(opened, buffer.get(), cached ? _IONBF : _IOFBF, cached ? 0 : kStreamBuffer);
+  closeFile();
+  m_file = opened;
+  m_streamBuffer = std::move(buffer);
   if (m_cache) m_cache->setFileFP(m_file);
   return 0;
 }
 
+// What could not be written is lost.
 void FileLogging::closeLog() {
   flushCache();
+  if (m_cache) forgetCache();
   closeFile();
 }
 
@@ -218,16 +223,17 @@ void FileLogging::printLine(const char* prefix, const char* format, va_list args
 }
 
 // Until this process notices a rotation, it goes on writing into the old file. Another process may have
-// compressed and removed that one: then the same is written once more, into the new file.
+// compressed and removed that one: then the same is written once more, into the new file. False if there is
+// none.
 template <class Write>
-void FileLogging::writeForGood(Write write) {
+bool FileLogging::writeForGood(Write write) {
   constexpr int kAttempts = 3;
   write();
-  for (int attempt = 1; attempt < kAttempts && isRemoved(); ++attempt) {
-    closeFile();
-    if (openFile() != 0) return;
+  for (int attempt = 1; isRemoved(); ++attempt) {
+    if (attempt == kAttempts || openFile() != 0) return false;
     write();
   }
+  return true;
 }
 
 bool FileLogging::isRemoved() const {
@@ -236,10 +242,10 @@ bool FileLogging::isRemoved() const {
          status.st_nlink == 0;
 }
 
+// What could not be written stays for the next time, as far as the cache has room.
 void FileLogging::flushCache() {
   if (!m_cache || m_cache->isEmpty()) return;
-  writeForGood([this] { m_cache->write(); });
-  forgetCache();
+  if (writeForGood([this] { m_cache->write(); })) forgetCache();
 }
 
 void FileLogging::forgetCache() {
@@ -272,16 +278,16 @@ bool FileLogging::checkFileSizeByPath() {
 
 void FileLogging::fileRotate() {
   if (!checkFileSizeByFP()) return;
+  flushCache();
   const UniqueFd turn(::open(m_path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (turn && !tryLock(turn.get()) && !isFarTooLarge(turn.get())) {
     // Somebody else rotates. To leave a file that has been rotated already takes no lock.
-    if (!isAtPath(fileno(m_file))) openLog(true);
+    if (!isAtPath(fileno(m_file))) openFile();
     return;
   }
-  closeLog();
   LogBackups backups(m_path, m_settings.maxCount, m_settings.zipBackup);
   if (isAtPath(turn.get()) && checkFileSizeByPath() && m_settings.maxCount >= 1) backups.takeLog(turn.get());
-  openLog(true);
+  openFile();
   backups.compress();
 }
 

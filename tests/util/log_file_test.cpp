@@ -174,10 +174,22 @@ TEST_F(LogFileTest, AFileRemovedUnderneathIsMissedAtTheNextRotation) {
   write(file, "into nothing");
   write(file, "moves to the first backup");
   EXPECT_EQ(linesOf(in("log.1")), Texts{"moves to the first backup"});
+}
+
+// What a cache holds of a compressed log waits for the new file.
+TEST_F(LogFileTest, AFileThatCannotBeOpenedAgainIsTriedAgain) {
+  FileLogging file, cached;
+  ASSERT_EQ(file.init(in("log").c_str(), {4, 5, false, 1, 0}), 0);
+  ASSERT_EQ(cached.init(in("cached").c_str(), {1 << 20, 5, true, 2, 2048}), 0);
   fs::remove_all(m_dir);
+  for (const char* text : {"1", "2", "3"}) write(cached, "%s", text);
   write(file, "into nothing");
-  EXPECT_FALSE(file.isOpened());
-  write(file, "nowhere");
+  fs::create_directory(m_dir);
+  write(cached, "4");
+  EXPECT_EQ(linesOf(in("cached")), (Texts{"1", "2", "3", "4"}));
+  write(file, "into nothing");
+  write(file, "moves to the first backup");
+  EXPECT_EQ(linesOf(in("log.1")), Texts{"moves to the first backup"});
 }
 
 TEST_F(LogFileTest, AFullDiskCostsOnlyTheLines) {

@@ -67,7 +67,8 @@ class FOKRAZO_API FileLogging {
   int openLog(bool force);
   /// As close.
   void closeLog();
-  /// Moves the file out of the way and opens a new one, if it is too large.
+  /// Moves the file out of the way and opens a new one, if it is too large. Where none can be opened the old one
+  /// is written on until the next time.
   void fileRotate();
   /// Whether the open file, or the one that the path names, has reached the size; false if it cannot be told.
   bool checkFileSizeByFP();
@@ -82,7 +83,7 @@ class FOKRAZO_API FileLogging {
   bool writeLine(bool flushDue, const char* format, va_list args) __attribute__((format(printf, 3, 0)));
   void printLine(const char* prefix, const char* format, va_list args) __attribute__((format(printf, 3, 0)));
   template <class Write>
-  void writeForGood(Write write);
+  bool writeForGood(Write write);
   void flushCache();
   void forgetCache();
   int openFile();
