@@ -21,6 +21,8 @@ namespace {
 constexpr char kSource[] = "lrpc/ipcmessage";
 constexpr char kLogger[] = "lrpc.ipcmessage";
 
+constexpr size_t kAround = 16;  // a field's tag and length, and a byte more than is ever wanted
+
 [[noreturn]] void failField(const char* failure) {
   FOKRAZO_THROW(IOException, "IOException", 0, "%s", failure);
 }
@@ -56,8 +58,13 @@ IPCMessage::~IPCMessage() {
 
 void IPCMessage::dropElement() {
   if (!m_ber) return;
-  berval used = {};  // what was written or read so far
-  if (qtr_ber_flatten2(m_ber, &used, 0) == 0) wipe(used);
+  berval bytes = {};  // what was written or read so far, and then what was not
+  ber_len_t left = 0;
+  if (qtr_ber_flatten2(m_ber, &bytes, 0) == 0) {
+    qtr_ber_get_option(m_ber, LBER_OPT_BER_REMAINING_BYTES, &left);
+    bytes.bv_len += left;
+    wipe(bytes);
+  }
   qtr_ber_free(m_ber, 1);
   m_ber = nullptr;
 }
@@ -72,14 +79,13 @@ BerElement* IPCMessage::doHeader() {
 }
 
 // An element that grows by itself leaves the bytes of its earlier buffer behind, secrets and all; so it is
-// given a larger one in time.
+// given a larger one in time. One in which a caller has left a sequence open has to grow by itself.
 bool IPCMessage::makeRoom(size_t size) {
-  constexpr size_t kAround = 16;  // the field's tag and length, and a byte more than is ever wanted
   ber_len_t left = 0;
   qtr_ber_get_option(doHeader(), LBER_OPT_BER_REMAINING_BYTES, &left);
   if (size < left && size + kAround <= left) return true;
   berval used = {};
-  if (qtr_ber_flatten2(m_ber, &used, 0) != 0) return false;
+  if (qtr_ber_flatten2(m_ber, &used, 0) != 0) return true;
   berval larger = {2 * used.bv_len + size + kAround, nullptr};
   if (larger.bv_len < size) return false;
   larger.bv_val = static_cast<char*>(qtr_ber_memalloc(larger.bv_len));
@@ -115,7 +121,9 @@ IPCMessage& IPCMessage::operator+=(const std::string& text) {
 }
 
 IPCMessage& IPCMessage::operator+=(const char** texts) {
-  if (qtr_ber_printf(doHeader(), "{v}", texts) < 0) failField("ber_printf char **");
+  size_t size = kAround;
+  for (const char** text = texts; text && *text; ++text) size += strlen(*text) + kAround;
+  if (!makeRoom(size) || qtr_ber_printf(m_ber, "{v}", texts) < 0) failField("ber_printf char **");
   return *this;
 }
 
@@ -126,7 +134,8 @@ IPCMessage& IPCMessage::operator+=(const std::vector<std::string>& texts) {
 }
 
 IPCMessage& IPCMessage::operator+=(IPCException& exception) {
-  exception.encode(doHeader());
+  if (!makeRoom(strlen(exception.what()) + kAround)) failField("ber_printf string");
+  exception.encode(m_ber);
   return *this;
 }
 

@@ -20,10 +20,6 @@ void report(int error, int line) {
   if (error != 0) syslog(LOG_WARNING, "%s:%d OS system call returned: %d", kSource, line, error);
 }
 
-bool threadsActive() {
-  return vesk::Thread::m_threadsActive.load(std::memory_order_relaxed) > 0;
-}
-
 // The deadline where the system's clock has it; the day's clock may have been moved.
 timespec onSystemClock(const timespec& deadline) {
   return {deadline.tv_sec - vesk::dayclock::offset.load(std::memory_order_relaxed), deadline.tv_nsec};

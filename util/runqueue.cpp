@@ -164,9 +164,10 @@ bool RunQueue::doDeDup(boost::shared_ptr<QueueAble> item) {
   return false;
 }
 
-// Each of them is woken once: until it has the lock again it needs no second call.
+// Each of them is woken once: until it has the lock again it needs no second call. While threads do not count
+// as active a call goes nowhere.
 void RunQueue::wakeRunners() {
-  if (!m_runnersWait) return;
+  if (!m_runnersWait || !threadsActive()) return;
   m_runnersWait = false;
   m_mutex.signalAll();
 }

@@ -10,7 +10,6 @@
 
 #include <atomic>
 #include <cstdarg>
-#include <cstddef>
 #include <string>
 
 #include <boost/shared_ptr.hpp>
@@ -138,20 +137,6 @@ FOKRAZO_API int BuildMessagePrefix(char* buffer, int size, const char* lead);
 FOKRAZO_API void WriteMessage(int facility, Logger::LogLevel level, CharAccumulator<512>& format,
                               va_list args);
 
-/// The address of an array of constant characters, as a literal is one; null for every other text.
-template <size_t Size>
-constexpr const char* constantText(const char (&text)[Size]) {
-  return text;
-}
-template <size_t Size>
-constexpr const char* constantText(char (&)[Size]) {
-  return nullptr;
-}
-template <class Text>
-constexpr const char* constantText(const Text&) {
-  return nullptr;
-}
-
 }  // namespace vesk
 
 /// Logs to a pointer to a logger, which may be empty; `level` is an enumerator of Logger without the class.
@@ -161,21 +146,20 @@ constexpr const char* constantText(const Text&) {
     if (veskLogger_ && veskLogger_->isEnabled(::vesk::Logger::level))                     \
       veskLogger_->log(::vesk::Logger::level, __FILE__, __LINE__, __func__, __VA_ARGS__); \
   } while (false)
-/// Logs to the logger of a name. A place whose name is a constant and that has found its message disabled
-/// looks the logger up again when a level has changed, and not before.
-#define VESK_LOG_TO(name, level, ...)                                                                       \
-  do {                                                                                                      \
-    auto&& veskName_ = (name);                                                                              \
-    static const char* const veskOwnName_ = ::vesk::constantText(veskName_);                                \
-    static std::atomic<unsigned> veskDisabledIn_{0};                                                        \
-    const bool veskRemembers_ = veskOwnName_ != nullptr && veskOwnName_ == ::vesk::constantText(veskName_); \
-    const unsigned veskLevels_ = ::vesk::Logger::levelGeneration();                                         \
-    if (veskRemembers_ && veskDisabledIn_.load(std::memory_order_relaxed) == veskLevels_) break;            \
-    const auto veskLogger_ = ::vesk::Logger::GetThreadPrivateLogger(veskName_);                             \
-    if (veskLogger_ && veskLogger_->isEnabled(::vesk::Logger::level))                                       \
-      veskLogger_->log(::vesk::Logger::level, __FILE__, __LINE__, __func__, __VA_ARGS__);                   \
-    else if (veskRemembers_)                                                                                \
-      veskDisabledIn_.store(veskLevels_, std::memory_order_relaxed);                                        \
+/// Logs to the logger of a name, which is a literal or another constant; for a name that is made at run time
+/// there is VESK_LOG. A place that has found its message disabled looks the logger up again when a level has
+/// changed, and not before.
+#define VESK_LOG_TO(name, level, ...)                                                     \
+  do {                                                                                    \
+    static constexpr const char* veskName_ = name;                                        \
+    static std::atomic<unsigned> veskDisabledIn_{0};                                      \
+    const unsigned veskLevels_ = ::vesk::Logger::levelGeneration();                       \
+    if (veskDisabledIn_.load(std::memory_order_relaxed) == veskLevels_) break;            \
+    const auto veskLogger_ = ::vesk::Logger::GetThreadPrivateLogger(veskName_);           \
+    if (veskLogger_ && veskLogger_->isEnabled(::vesk::Logger::level))                     \
+      veskLogger_->log(::vesk::Logger::level, __FILE__, __LINE__, __func__, __VA_ARGS__); \
+    else                                                                                  \
+      veskDisabledIn_.store(veskLevels_, std::memory_order_relaxed);                      \
   } while (false)
 /// As VESK_LOG, with the system's text for `errnum` behind the message.
 #define VESK_LOG_SYSERR(logger, level, errnum, ...)                                                     \

@@ -48,6 +48,11 @@ inline bool threadsSupported() {
   return Thread::m_threadsSupported;
 }
 
+/// Whether any thread counts as active; while none does, mutexes are neither taken nor signalled.
+inline bool threadsActive() {
+  return Thread::m_threadsActive.load(std::memory_order_relaxed) > 0;
+}
+
 /// Throws SystemException "OS call failed: …" with `error` as its code.
 [[noreturn]] void failOsCall(int error, const char* source, int line);
 /// The same, unless `error` is 0.
