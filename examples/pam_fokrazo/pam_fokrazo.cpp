@@ -3,10 +3,12 @@
 //
 // Each task makes a session of its own, so that no descriptor stays in the program between them.
 
+#include <pwd.h>
 #include <security/pam_ext.h>
 #include <security/pam_modules.h>
 
 #include <iterator>
+#include <vector>
 
 #include "../module_session.h"
 #include "account_state.h"
@@ -40,35 +42,61 @@ struct Verdict {
   vesk::Answer answer;
 };
 
+// The id that the host's sources of names give, in their order.
+uid_t hostUid(const std::string& user) {
+  constexpr size_t kLargestEntry = 1 << 20;
+  passwd entry, *found = nullptr;
+  std::vector<char> buffer(1 << 10);
+  int error;
+  while ((error = getpwnam_r(user.c_str(), &entry, buffer.data(), buffer.size(), &found)) == ERANGE &&
+         buffer.size() < kLargestEntry)
+    buffer.resize(2 * buffer.size());
+  if (!found) fail(error == 0 ? vesk::VR_NOT_FOUND : vesk::VR_SYSTEM_ERROR);
+  return found->pw_uid;
+}
+
+// The directory's account, if it is the one that the login will be: the host may have a user of that name.
+vesk::User accountOf(ModuleSession& module, const std::string& user) {
+  const vesk::User account(module.find(vesk::DSUser, vesk::KeyName, user, vesk::UNIX_ONLY));
+  const uid_t uid = hostUid(user);
+  if (uid == 0 || uid != account.getId()) fail(vesk::VR_NOT_FOUND);
+  return account;
+}
+
+// `question` gives a result, from a session and the account.
 template <class Question>
 Verdict ask(const std::string& user, Question question) {
   Verdict verdict = {vesk::VR_SYSTEM_ERROR, {}};
   verdict.answer = answer([&] {
     if (user.empty() || ModuleSession::isReserved(user)) fail(vesk::VR_NOT_FOUND);
-    ModuleSession session;
-    verdict.result = question(session);
+    ModuleSession module;
+    const vesk::User account = accountOf(module, user);
+    verdict.result = module.with([&](vesk::LocalRpcSession& session) { return question(session, account); });
     succeedOrFail(verdict.result);
   });
   return verdict;
 }
 
 Verdict validate(const std::string& user, const Shredder& password) {
-  return ask(user, [&](ModuleSession& module) {
-    return module.with(
-        [&](vesk::LocalRpcSession& session) { return session.validatePlainTextUser(user, password, false); });
+  return ask(user, [&](vesk::LocalRpcSession& session, const vesk::User&) {
+    return session.validatePlainTextUser(user, password, false);
   });
 }
 
-Verdict change(const std::string& user, const Shredder& old, const Shredder& wanted) {
-  return ask(user, [&](ModuleSession& module) {
-    return module.with(
-        [&](vesk::LocalRpcSession& session) { return session.changePassword(user, old, wanted, false); });
+// Sets `isOpen` if the change may have been made or not: it was sent, and no result came.
+Verdict change(const std::string& user, const Shredder& old, const Shredder& wanted, bool& isOpen) {
+  const Verdict verdict = ask(user, [&](vesk::LocalRpcSession& session, const vesk::User&) {
+    isOpen = true;
+    const ValidationResult result = session.changePassword(user, old, wanted, false);
+    isOpen = false;
+    return result;
   });
+  if (verdict.answer.outcome == Outcome::Refused) isOpen = false;  // the daemon may say so without a result
+  return verdict;
 }
 
 Verdict stateOf(const std::string& user, bool isPasswordExpired) {
-  return ask(user, [&](ModuleSession& module) {
-    const vesk::User account(module.find(vesk::DSUser, vesk::KeyName, user, 0));
+  return ask(user, [&](vesk::LocalRpcSession&, const vesk::User& account) {
     const ValidationResult state = accountState(account, time(nullptr));
     return state == vesk::VR_SUCCESS && isPasswordExpired ? vesk::VR_PASSWORD_EXPIRED : state;
   });
@@ -152,22 +180,23 @@ int changePassword(pam_handle_t* handle, int flags, const std::string& user) {
   if (rc != PAM_SUCCESS || isFirstRound) return rc;
   rc = getSecret(handle, PAM_AUTHTOK, wanted);  // asks twice and compares
   if (rc != PAM_SUCCESS) return rc;
-  const Verdict verdict = change(user, old, wanted);
+  bool isOpen = false;
+  const Verdict verdict = change(user, old, wanted, isOpen);
   if (verdict.answer.outcome == Outcome::Success) markExpired(handle, false);
-  if (verdict.answer.outcome == Outcome::TryAgain && !(flags & PAM_SILENT))  // it was sent, and no reply came
+  if (isOpen && !(flags & PAM_SILENT))
     pam_error(handle, "It is not known whether the password has been changed. Try both");
   tell(handle, flags, verdict);
   return toCode(verdict.answer.password);
 }
 
-// Runs a task for the user whose login it is. Nothing is thrown into PAM.
+// Runs a task for the user whose login it is. Nothing is thrown into PAM but a cancellation.
 template <class Task>
 int run(pam_handle_t* handle, int flags, Task task) {
   try {
     const char* user = nullptr;
     const int rc = pam_get_user(handle, &user, nullptr);
     return rc == PAM_SUCCESS ? task(handle, flags, std::string(user)) : codeOf(rc);
-  } catch (const std::exception&) {  // no memory for a name or a secret
+  } catch (const std::exception&) {  // not `...`: a cancellation in the conversation must pass
     return PAM_BUF_ERR;
   }
 }
@@ -190,6 +219,8 @@ int pam_sm_acct_mgmt(pam_handle_t* handle, int flags, int /*argc*/, const char**
 }
 
 int pam_sm_chauthtok(pam_handle_t* handle, int flags, int /*argc*/, const char** /*argv*/) {
-  return run(handle, flags, changePassword);
+  const int code = run(handle, flags, changePassword);
+  // Of the second round PAM_TRY_AGAIN would say that the first has failed.
+  return code == PAM_TRY_AGAIN && !(flags & PAM_PRELIM_CHECK) ? PAM_AUTHTOK_ERR : code;
 }
 }
