@@ -2,10 +2,13 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <utility>
 
 #include "util/file_io.h"
 #include "util/include/log_gzip.h"
@@ -13,7 +16,11 @@
 namespace vesk {
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr unsigned int kOverwrite = 0;
+
+constexpr char kTakenMarker[] = ".rotated.";
 
 bool exists(const std::string& path) {
   struct stat ignored;
@@ -30,6 +37,15 @@ bool isSameFile(const std::string& path, int file) {
   return ::stat(path.c_str(), &named) == 0 && ::fstat(file, &opened) == 0 && FileId(named) == FileId(opened);
 }
 
+// Whether the file under this name is one that no living process works on, and no stranger's trap. An empty
+// one is just being made.
+bool isLeftover(const std::string& name, int file) {
+  struct stat status;
+  return ::fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1 &&
+         status.st_size > 0 && (status.st_uid == 0 || status.st_uid == ::geteuid()) && tryLock(file) &&
+         isNameOf(name, file);
+}
+
 }  // namespace
 
 std::string LogBackups::name(int number) const {
@@ -37,42 +53,62 @@ std::string LogBackups::name(int number) const {
 }
 
 void LogBackups::takeLog(int wanted) {
-  if (claim(wanted) && !makePlace()) giveBack();
+  std::vector<Taken> older = leftovers();
+  Taken log = claim(wanted);
+  if (log.name.empty()) return;
+  for (Taken& taken : older)
+    if (makePlace(taken)) m_placed.push_back(std::move(taken));
+  if (makePlace(log))
+    m_placed.push_back(std::move(log));
+  else
+    giveBack(log);
+}
+
+std::vector<LogBackups::Taken> LogBackups::leftovers() const {
+  constexpr size_t kMost = 8;  // the rest waits
+  std::error_code error;
+  const fs::path pattern = fs::absolute(m_log + kTakenMarker, error);
+  std::vector<Taken> found;
+  for (fs::directory_iterator entry(pattern.parent_path(), error), end;
+       !error && entry != end && found.size() < kMost; entry.increment(error)) {
+    Taken taken{entry->path(), {}, {}};
+    if (taken.name.compare(0, pattern.native().size(), pattern.native()) != 0) continue;
+    taken.lock = openUnfollowed(taken.name);
+    if (taken.lock && isLeftover(taken.name, taken.lock.get())) found.push_back(std::move(taken));
+  }
+  return found;
 }
 
 // Of several processes that take one log, one gets it. Another one may get the log that has followed, and
 // gives it back.
-bool LogBackups::claim(int wanted) {
-  m_taken = m_log + ".rotated.XXXXXX";
-  if (UniqueFd(::mkostemp(m_taken.data(), O_CLOEXEC))) {
-    if (moveFile(m_log, m_taken, kOverwrite)) {
-      if (isSameFile(m_taken, wanted)) return true;
-      giveBack();
-      return !m_taken.empty();
-    }
-    ::remove(m_taken.c_str());
+LogBackups::Taken LogBackups::claim(int wanted) const {
+  Taken log{m_log + kTakenMarker + "XXXXXX", {}, {}};
+  if (!UniqueFd(::mkostemp(log.name.data(), O_CLOEXEC))) return {};
+  if (!moveFile(m_log, log.name, kOverwrite)) {
+    ::remove(log.name.c_str());
+    return {};
   }
-  m_taken.clear();
-  return false;
+  if (!isSameFile(log.name, wanted)) giveBack(log);
+  return log;
 }
 
 // Where there is a new log by now the taken one becomes a backup all the same.
-void LogBackups::giveBack() {
-  if (moveFile(m_taken, m_log, RENAME_NOREPLACE)) m_taken.clear();
+void LogBackups::giveBack(Taken& log) const {
+  if (moveFile(log.name, m_log, RENAME_NOREPLACE)) log.name.clear();
 }
 
 // A place that is taken again when it has just been made free is another process's. If that goes on, a backup
 // cannot be moved: then others are overwritten.
-bool LogBackups::makePlace() {
+bool LogBackups::makePlace(Taken& taken) const {
   constexpr int kAttempts = 16;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     moveUp(RENAME_NOREPLACE);
-    if (occupyFirst(RENAME_NOREPLACE)) return true;
+    if (occupyFirst(taken, RENAME_NOREPLACE)) return true;
     if (errno == EINVAL) break;  // a file system without such moves
     if (errno != EEXIST) return false;
   }
   moveUp(kOverwrite);
-  return occupyFirst(kOverwrite);
+  return occupyFirst(taken, kOverwrite);
 }
 
 void LogBackups::moveUp(unsigned int flags) const {
@@ -86,17 +122,23 @@ void LogBackups::moveUp(unsigned int flags) const {
   }
 }
 
-bool LogBackups::occupyFirst(unsigned int flags) {
+bool LogBackups::occupyFirst(Taken& taken, unsigned int flags) const {
   const std::string first = name(1);
-  if (!m_compressed) return moveFile(m_taken, first, flags);
+  if (!m_compressed) return moveFile(taken.name, first, flags);
   if (flags == kOverwrite) ::remove(first.c_str());
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  m_first = UniqueFd(::open(first.c_str(), kFlags, 0666));
-  return static_cast<bool>(m_first);
+  taken.place = UniqueFd(::open(first.c_str(), kFlags, 0666));
+  return static_cast<bool>(taken.place);
 }
 
+// A copy that has no room is given up, for the next rotation to try.
 void LogBackups::compress() {
-  if (m_first) moveCompressed(m_taken.c_str(), m_first.release());
+  if (!m_compressed) return;
+  for (const Taken& taken : m_placed) {
+    const int place = taken.place.get();
+    if (moveCompressed(taken.name.c_str(), ::fcntl(place, F_DUPFD_CLOEXEC, 0))) continue;
+    if (isNameOf(name(1), place)) ::remove(name(1).c_str());
+  }
 }
 
 }  // namespace vesk

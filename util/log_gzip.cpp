@@ -27,7 +27,7 @@ bool compress(FILE* source, gzFile target) {
   clearerr(source);
   for (size_t count; (count = fread(block, 1, sizeof block, source)) > 0;)
     if (gzwrite(target, block, static_cast<unsigned int>(count)) <= 0) return false;
-  return true;
+  return ferror(source) == 0;
 }
 
 }  // namespace
@@ -41,14 +41,16 @@ void gzip(const char* from, const char* to) {
 }
 
 // Who has written before the second copy is in it; who writes behind it can see that the file is removed.
-void moveCompressed(const char* from, int to) {
+bool moveCompressed(const char* from, int to) {
   UniqueFd owned(to);
   const File source(fopen(from, "re"), fclose);
   const GzFile target(owned ? gzdopen(to, "w") : nullptr, gzclose);
   if (target) owned.release();
-  const bool copied = source && target && compress(source.get(), target.get());
+  if (!source || !target || !compress(source.get(), target.get())) return false;
+  if (gzflush(target.get(), Z_FINISH) != Z_OK) return false;
   remove(from);
-  if (copied) compress(source.get(), target.get());
+  compress(source.get(), target.get());
+  return true;
 }
 
 void gunzip(const char* from, const char* to) {

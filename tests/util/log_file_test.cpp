@@ -192,7 +192,7 @@ TEST_F(LogFileTest, AFileThatCannotBeOpenedAgainIsTriedAgain) {
   EXPECT_EQ(linesOf(in("log.1")), Texts{"moves to the first backup"});
 }
 
-TEST_F(LogFileTest, AFullDiskCostsOnlyTheLines) {
+TEST_F(LogFileTest, AFullDiskCostsOnlyTheLinesAndDelaysABackup) {
   ASSERT_EQ(mount("tmpfs", m_dir.c_str(), "tmpfs", 0, "size=16k"), 0);
   for (const unsigned int cache : {0u, 4096u}) {
     FileLogging file;
@@ -205,6 +205,17 @@ TEST_F(LogFileTest, AFullDiskCostsOnlyTheLines) {
     file.destroy();
     fs::remove(in("log"));
   }
+  FileLogging file;
+  ASSERT_EQ(file.init(in("log").c_str(), {4, 2, true, 1, 0}), 0);
+  put(in("ballast"), std::string(12288, 'x'));
+  write(file, "cannot be compressed now");
+  EXPECT_FALSE(fs::exists(in("log.1.gz")));
+  fs::remove(in("ballast"));
+  write(file, "can");
+  EXPECT_EQ(linesOf(plain(in("log.1.gz"))), Texts{"can"});
+  EXPECT_EQ(linesOf(plain(in("log.2.gz"))), Texts{"cannot be compressed now"});
+  EXPECT_EQ(files().size(), 3u);
+  file.destroy();
   ASSERT_EQ(umount(m_dir.c_str()), 0);
 }
 

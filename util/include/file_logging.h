@@ -67,8 +67,8 @@ class FOKRAZO_API FileLogging {
   int openLog(bool force);
   /// As close.
   void closeLog();
-  /// Moves the file out of the way and opens a new one, if it is too large. Where none can be opened the old one
-  /// is written on until the next time.
+  /// Moves the file out of the way and opens a new one, if it is too large. Where none can be opened the old
+  /// one is written on until the next time.
   void fileRotate();
   /// Whether the open file, or the one that the path names, has reached the size; false if it cannot be told.
   bool checkFileSizeByFP();

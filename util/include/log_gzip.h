@@ -10,8 +10,9 @@ namespace vesk {
 FOKRAZO_API void gzip(const char* from, const char* to);
 FOKRAZO_API void gunzip(const char* from, const char* to);
 
-/// As gzip, into an open file, whose descriptor it takes over (-1: nothing is copied), and removes `from` in
-/// any case. What other processes append until it is removed comes along.
-void moveCompressed(const char* from, int to);
+/// As gzip, into an open file, whose descriptor it takes over (-1: nothing is copied), and removes `from`
+/// once it is copied. What other processes append until it is removed comes along. False, with `from` left,
+/// if not all could be copied.
+bool moveCompressed(const char* from, int to);
 
 }  // namespace vesk
