@@ -142,13 +142,13 @@ int FileLogging::openLog(bool force) {
 
 // In place of the one that is open; that one stays if it fails.
 int FileLogging::openFile() {
+  // A cache is written as it stands, in one write.
+  const bool cached = m_settings.cacheSize > 0;
+  auto buffer = cached ? nullptr : std::make_unique<char[]>(kStreamBuffer);
   UniqueFd file = openForAppending(m_path.c_str());
   FILE* const opened = file ? fdopen(file.get(), "a") : nullptr;
   if (opened == nullptr) return errno;
   file.release();
-  // A cache is written as it stands, in one write.
-  const bool cached = m_settings.cacheSize > 0;
-  auto buffer = cached ? nullptr : std::make_unique<char[]>(kStreamBuffer);
   setvbuf(opened, buffer.get(), cached ? _IONBF : _IOFBF, cached ? 0 : kStreamBuffer);
   closeFile();
   m_file = opened;

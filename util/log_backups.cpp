@@ -1,5 +1,6 @@
 #include "util/log_backups.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,7 +8,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
+#include <cstring>
+#include <memory>
 #include <utility>
 
 #include "util/file_io.h"
@@ -15,8 +17,6 @@
 
 namespace vesk {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr unsigned int kOverwrite = 0;
 
@@ -66,13 +66,15 @@ void LogBackups::takeLog(int wanted) {
 
 std::vector<LogBackups::Taken> LogBackups::leftovers() const {
   constexpr size_t kMost = 8;  // the rest waits
-  std::error_code error;
-  const fs::path pattern = fs::absolute(m_log + kTakenMarker, error);
+  const size_t nameStart = m_log.rfind('/') + 1;
+  const std::string start = m_log.substr(nameStart) + kTakenMarker;
   std::vector<Taken> found;
-  for (fs::directory_iterator entry(pattern.parent_path(), error), end;
-       !error && entry != end && found.size() < kMost; entry.increment(error)) {
-    Taken taken{entry->path(), {}, {}};
-    if (taken.name.compare(0, pattern.native().size(), pattern.native()) != 0) continue;
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(
+      ::opendir(nameStart == 0 ? "." : m_log.substr(0, nameStart).c_str()), ::closedir);
+  if (!directory) return found;
+  while (const dirent* entry = found.size() < kMost ? ::readdir(directory.get()) : nullptr) {
+    if (strncmp(entry->d_name, start.c_str(), start.size()) != 0) continue;
+    Taken taken{m_log.substr(0, nameStart) + entry->d_name, {}, {}};
     taken.lock = openUnfollowed(taken.name);
     if (taken.lock && isLeftover(taken.name, taken.lock.get())) found.push_back(std::move(taken));
   }
