@@ -17,7 +17,9 @@ void inChild() {
 }  // namespace
 
 void keepLoggingOverFork() {
-  inChild();  // makes what a child has to forget: there is no taking of memory there
+  // Makes what a child has to forget: there is no taking of memory there.
+  gFileLogging();
+  forgetQueueAfterFork();
   pthread_atfork(nullptr, nullptr, inChild);
 }
 
