@@ -273,6 +273,7 @@ void Server::restart() {
   m_acceptPauses = false;
   // The new socket takes the old one's name before any client notices, so that none finds nobody there.
   std::string fresh = m_socketPath + kFreshSuffix;
+  removeLeftover(fresh);
   int listener = listenAt(fresh);
   if (rename(fresh.c_str(), m_socketPath.c_str()) != 0) failWithSystemText(m_socketPath);
   close(std::exchange(m_listener, listener));

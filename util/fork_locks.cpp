@@ -18,10 +18,26 @@ using Slots = std::array<std::atomic<Mutex*>, kCount>;
 Slots gSlots{};                                      // null: not in use yet
 thread_local std::array<Mutex*, kCount> gHeld = {};  // by the fork that is under way
 
+// Behind the innermost lock that this thread holds already; 0 if it holds none.
+size_t behindOwn() {
+  for (size_t i = kCount; i > 0; --i) {
+    const Mutex* mutex = gSlots[i - 1].load(std::memory_order_acquire);
+    if (mutex && pthread_equal(mutex->owner(), pthread_self())) return i;
+  }
+  return 0;
+}
+
+// A thread that holds one of them already must not wait for those in front of it: who has these may wait for
+// that one. What it does not get is fresh in the child all the same.
 void beforeFork() {
+  const size_t waitFrom = behindOwn();
   for (size_t i = 0; i < kCount; ++i) {
     gHeld[i] = gSlots[i].load(std::memory_order_acquire);
-    if (gHeld[i]) gHeld[i]->lock();
+    if (!gHeld[i]) continue;
+    if (i >= waitFrom)
+      gHeld[i]->lock();
+    else if (!gHeld[i]->tryLock())
+      gHeld[i] = nullptr;
   }
 }
 

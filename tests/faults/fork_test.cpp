@@ -124,13 +124,14 @@ TEST_F(ForkTest, ChildrenOfABusyProgramWork) {
 
 // The child's holds are those of the thread that forked: it can go on and give them back.
 TEST_F(ForkTest, AHolderMayFork) {
-  Lock properties(Props(false, false)->mutex);
-  Lock twice(Props(false, false)->mutex);
+  Mutex& mutex = Props(false, false)->mutex;
+  Lock properties(mutex);
+  Lock twice(mutex);
   EXPECT_EQ(inChild([&] {
-              EXPECT_EQ(Props(false, false)->mutex.lockDepth(), 2u);
+              EXPECT_EQ(mutex.lockDepth(), 2u);
               twice.unLock();
               properties.unLock();
-              EXPECT_EQ(Props(false, false)->mutex.owner(), pthread_t{});
+              EXPECT_EQ(mutex.owner(), pthread_t{});
             }),
             0);
 }
