@@ -107,6 +107,10 @@ constexpr struct {
     {"guid", DN::guidFromDN},
 };
 
+[[noreturn]] void refuseDn(const std::string& text, const std::string& name, const std::string& why) {
+  throw UsageError("'" + text + "' is no text for dn " + name + why);
+}
+
 ExitStatus dn(Invocation& invocation) {
   const std::string name = invocation.arguments.operand("an operation");
   const std::string text = invocation.arguments.operand("a text");
@@ -117,9 +121,9 @@ ExitStatus dn(Invocation& invocation) {
       const std::string result = row.operation(text);
       invocation.output.record(Record().text(row.name, result), result);
     } catch (const std::out_of_range&) {  // it ends where a part of a DN should be
-      throw UsageError("'" + text + "' is no text for dn " + name);
+      refuseDn(text, name, "");
     } catch (const std::exception& error) {
-      throw UsageError("'" + text + "' is no text for dn " + name + ": " + error.what());
+      refuseDn(text, name, std::string(": ") + error.what());
     }
     return kFound;
   }

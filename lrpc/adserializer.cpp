@@ -344,7 +344,7 @@ void ADSerializer::takeRecords(ADAttributeMap& attributes, const Dictionary& dic
     if (attributes.size() > before)
       takeValues(entry->second, dictionary);
     else
-      skipValues();
+      skipValues(dictionary);
   }
 }
 
@@ -380,11 +380,9 @@ inline void ADSerializer::takeValues(ADAttribute& attribute, const Dictionary& d
   attribute.setMarks(false, true);
 }
 
-void ADSerializer::skipValues() {
-  for (int32_t left = static_cast<int32_t>(takeWord()); left > 0; --left) {
-    uint32_t word = takeWord();
-    if (!(word & kReference)) takeInline(word);
-  }
+template <class Dictionary>
+void ADSerializer::skipValues(const Dictionary& dictionary) {
+  for (int32_t left = static_cast<int32_t>(takeWord()); left > 0; --left) takeText(dictionary);
 }
 
 // Writing.

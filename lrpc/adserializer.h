@@ -146,7 +146,8 @@ class FOKRAZO_API ADSerializer {
   std::string_view takeInline(uint32_t length);
   template <class Dictionary>
   void takeValues(ADAttribute& attribute, const Dictionary& dictionary);
-  void skipValues();
+  template <class Dictionary>
+  void skipValues(const Dictionary& dictionary);
 
   void putHeader(ADObject& object);
   void putAttribute(ADAttribute& attribute);
