@@ -116,7 +116,8 @@ int timedWait(int fd, const SockbufFields& fields) {
   log(kLogPackets, "sb_recv_wait start: timeout is %d %d", fields.timeout[0], fields.timeout[1]);
   const int rc = waitForInput(fd, fields.timeout);
   const int error = errno;
-  const char* text = rc >= 0 ? "" : strerror(error);  // NOLINT(concurrency-mt-unsafe): the text is the thread's own
+  // The text is the thread's own. NOLINTNEXTLINE(concurrency-mt-unsafe)
+  const char* text = rc >= 0 ? "" : strerror(error);
   log(kLogPackets, "sb_recv_wait end: sock=%d rc=%d %s\n", fd, rc, text ? text : "unknown error");
   errno = rc == 0 ? ETIME : error;
   return rc > 0 ? rc : -1;
