@@ -7,4 +7,6 @@ int main(int argc, char** argv) try {
     const auto user = session.getUser(argv[i], 0);
     std::cout << user->unixName() << ' ' << user->getId() << ' ' << user->home() << '\n';
   }
-} catch (const VESKException& error) { std::cerr << error.className() << ": " << error.what() << '\n'; return 1; }
+} catch (const VESKException& error) {
+  return std::cerr << error.className() << ": " << error.what() << '\n', 1;
+}
