@@ -14,10 +14,10 @@ class Mutex;
 enum class ForkOrder {
   SpawnedChildren,   // held by a fork of the library's own
   LoginRecords,      //
-  SelinuxModule,     // these read the configuration
-  SelinuxLabels,     //
   PropertiesMaking,  // Properties::gPropMtx
   Properties,        // of the process's configuration
+  SelinuxModule,     // taken by who saves the configuration
+  SelinuxLabels,     //
   Settings,          // gMapLock
   WorkQueues,        // the registry of named queues
   Loggers,           // gNamedLoggersProtect

@@ -3,7 +3,7 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cerrno>
+#include <atomic>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -48,6 +48,24 @@ TimeText scanTime(const std::string& text) {
   time.hasUnit = time.hasNumber && *end != '\0';
   time.unit = *end;
   return time;
+}
+
+// The object of Props, once it is loaded. From then on it is had without gPropMtx, which comes before its own
+// mutex: a load, which holds that one, asks for it too.
+std::atomic<Properties*> gLoaded{nullptr};
+
+Properties* makeInstance(bool debugDump) {
+  [[maybe_unused]] static vesk::Mutex& held =
+      vesk::heldOverFork(vesk::ForkOrder::PropertiesMaking, Properties::gPropMtx);
+  Lock lock(Properties::gPropMtx);
+  Properties*& instance = Properties::gVeskProperties;
+  if (instance) return instance;
+  // In its place before it is loaded: the load configures the loggers, which ask for it again.
+  instance = new Properties(true, debugDump);
+  vesk::heldOverFork(vesk::ForkOrder::Properties, instance->mutex);
+  instance->load(vesk::paths::kConfigFile, true);
+  gLoaded.store(instance, std::memory_order_release);
+  return instance;
 }
 
 // Overflows silently.
@@ -324,17 +342,8 @@ void Properties::dump() {
 }  // namespace vesk
 
 Properties* Props(bool debugDump, bool reload) {
-  [[maybe_unused]] static vesk::Mutex& held =
-      vesk::heldOverFork(vesk::ForkOrder::PropertiesMaking, Properties::gPropMtx);
-  Lock lock(Properties::gPropMtx);
-  Properties*& instance = Properties::gVeskProperties;
-  if (instance) {
-    if (reload) instance->reload();
-    return instance;
-  }
-  // In its place before it is loaded: the load configures the loggers, which ask for it again.
-  instance = new Properties(true, debugDump);
-  vesk::heldOverFork(vesk::ForkOrder::Properties, instance->mutex);
-  instance->load(vesk::paths::kConfigFile, true);
-  return instance;
+  Properties* const loaded = gLoaded.load(std::memory_order_acquire);
+  if (!loaded) return makeInstance(debugDump);
+  if (reload) loaded->reload();
+  return loaded;
 }

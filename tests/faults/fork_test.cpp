@@ -38,6 +38,12 @@ void reloadProperties() {
   Props(false, true);
   readProperties();
 }
+void reloadInPlace() {
+  Props(false, false)->reload();
+}
+void loadPrivately() {
+  Properties().load(paths::kConfigFile, true);
+}
 void readSetting() {
   clearSettingsMap();
   if (GetSetting(SETTING_DOMAIN_NAME, "") != "example.com")
@@ -49,6 +55,11 @@ void storeSetting() {
 void useQueue() {
   RunQueue::getRunQueue("fork.queue", true, 10);
 }
+
+constexpr void (*kWorks[])() = {
+    logLine,       readProperties, reloadProperties, reloadInPlace,
+    loadPrivately, readSetting,    storeSetting,     useQueue,
+};
 
 class ForkTest : public WorldTest {
  protected:
@@ -98,8 +109,7 @@ class ForkTest : public WorldTest {
     }
     alarm(kPatience);
     try {
-      for (const auto work : {logLine, readProperties, reloadProperties, readSetting, storeSetting, useQueue})
-        work();
+      for (const auto work : kWorks) work();
       ask();
       logLine();
     } catch (const std::exception& failure) {
@@ -115,8 +125,7 @@ class ForkTest : public WorldTest {
 };
 
 TEST_F(ForkTest, ChildrenOfABusyProgramWork) {
-  for (const auto work : {logLine, readProperties, reloadProperties, readSetting, storeSetting, useQueue})
-    keepBusy(work);
+  for (const auto work : kWorks) keepBusy(work);
   keepBusy([this] { ask(); });
   for (int i = 0; i < kForks; ++i) ASSERT_EQ(forkOnce(), 0) << "fork " << i;
   endThreads();
