@@ -1,5 +1,6 @@
 #include "util/include/circular_buffer.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -23,6 +24,7 @@ constexpr unsigned int kScratchSize = 1024;  // and one byte behind, always 0
 constexpr int kPrefixSize = 256;
 constexpr unsigned int kDefaultSize = 0x20000;
 constexpr unsigned int kSmallestSize = 10240;
+static_assert(kSmallestSize >= kScratchSize + kMonikerLength, "any entry has room in any ring");
 
 }  // namespace
 
@@ -76,10 +78,11 @@ bool CircularBuffer::init(boost::shared_ptr<Logger> logger, unsigned int bytes) 
 bool CircularBuffer::makeRing(unsigned int bytes) {
   Lock lock(gLogMessageProtect());
   if (isEnabled()) return true;
-  m_start = static_cast<char*>(calloc(bytes, 1));
-  if (m_start == nullptr || m_scratch == nullptr) return false;
+  if (m_scratch == nullptr) return false;
+  m_size = std::max(bytes, kSmallestSize);
+  m_start = static_cast<char*>(calloc(m_size, 1));
+  if (m_start == nullptr) return false;
   m_current = m_start;
-  m_size = bytes;
   m_enabled = true;
   return true;
 }

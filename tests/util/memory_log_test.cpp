@@ -41,9 +41,10 @@ Texts memoryLogOf(Work work) {
 
 void start() {
   Logger::SetBufferActive(true);
+  CircularBuffer::GetCircularBuffer()->init({}, 1);  // the smallest ring
   configure(
       "log: DISABLED\nlogger.memory.enabled: true\nlogger.memory.log: DEBUG\n"
-      "logger.memory.log.com.zantrel.logger: DISABLED\nlogger.memory.bufsize: 10\n");
+      "logger.memory.log.com.zantrel.logger: DISABLED\n");
 }
 
 TEST(MemoryLogTest, SizesHaveTheirLimits) {

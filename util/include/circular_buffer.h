@@ -32,8 +32,9 @@ class FOKRAZO_API CircularBuffer {
   /// if it says nothing, never less than 10.
   static unsigned int configuredSize();
 
-  /// Makes the ring, of the configured size or of `bytes`. True if the memory log runs afterwards; false if
-  /// it is not allowed or there is no memory. Reports go to `logger`, which may be empty, at WARN.
+  /// Makes the ring, of the configured size or of `bytes`, never less than 10 kilobytes. True if the memory
+  /// log runs afterwards; false if it is not allowed or there is no memory. Reports go to `logger`, which may
+  /// be empty, at WARN.
   bool init(boost::shared_ptr<Logger> logger);
   bool init(boost::shared_ptr<Logger> logger, unsigned int bytes);
   /// Adds an entry; one comparison and nothing else while the memory log is off.
