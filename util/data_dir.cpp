@@ -47,6 +47,15 @@ void refuseForeignDirectory(const std::string& dir) {
   throwNoPrecreateDir();
 }
 
+// Another process may make it at the same time.
+void makeDirectory(const Path& dir, unsigned mode) {
+  try {
+    Path::createDirectories(dir, mode);
+  } catch (const IOException& failure) {
+    if (failure.rc() != EEXIST || !Path::exists(dir)) throw;
+  }
+}
+
 // No failure counts: a directory that is missing is made afterwards. A link is not followed.
 void openToAllUsers(const Path& dir) {
   const UniqueFd fd(::open(dir.string('/', true).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -113,8 +122,8 @@ void createDataDir() {
   if (Path::exists(store->gDataDir))
     openToAllUsers(userDir);
   else
-    Path::createDirectories(store->gDataDir, kDataDirMode);
-  if (!Path::exists(userDir)) Path::createDirectories(userDir, kUserDirMode);
+    makeDirectory(store->gDataDir, kDataDirMode);
+  if (!Path::exists(userDir)) makeDirectory(userDir, kUserDirMode);
 }
 
 void deleteDataDir() {

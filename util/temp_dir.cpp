@@ -28,13 +28,14 @@ int copyTo(char* dst, size_t size, const char* path) {
   return -1;
 }
 
-// Whatever stands there and is no directory is removed; a link is not followed. False with errno.
+// Whatever stands there and is no directory is removed; a link is not followed. Another process may make the
+// directory at the same time. False with errno.
 bool makeWayForDirectory(const UniqueFd& parent, const char* name) {
   struct stat info;
   const bool there = ::fstatat(parent.get(), name, &info, AT_SYMLINK_NOFOLLOW) == 0;
   if (there && S_ISDIR(info.st_mode)) return true;
-  if (there && ::unlinkat(parent.get(), name, 0) != 0) return false;
-  return ::mkdirat(parent.get(), name, kMode) == 0;
+  if (there && ::unlinkat(parent.get(), name, 0) != 0 && errno != ENOENT) return false;
+  return ::mkdirat(parent.get(), name, kMode) == 0 || errno == EEXIST;
 }
 
 // Works on the descriptor, so that nobody can put something else in the directory's place meanwhile. The mode
