@@ -147,11 +147,9 @@ void Mutex::signalAll() {
 class MaxWaitMutex::Waiter {
  public:
   explicit Waiter(MaxWaitMutex& mutex) : m_mutex(mutex) {
-    const BriefHold hold(m_mutex.m_waitersProtect);
-    if (m_mutex.m_waiters >= m_mutex.m_maxWaiters)
+    if (!enter())
       FOKRAZO_THROW(TryAgainException, "vesk::TryAgainException", EAGAIN,
                     "too many clients waiting for mutex (configure more threads?)");
-    ++m_mutex.m_waiters;
   }
   // It has been locked before. NOLINTNEXTLINE(bugprone-exception-escape)
   ~Waiter() {
@@ -162,6 +160,14 @@ class MaxWaitMutex::Waiter {
   Waiter& operator=(const Waiter&) = delete;
 
  private:
+  // Nothing is held when a refusal is thrown: a throw may log, and a log may be slow.
+  bool enter() {
+    const BriefHold hold(m_mutex.m_waitersProtect);
+    if (m_mutex.m_waiters >= m_mutex.m_maxWaiters) return false;
+    ++m_mutex.m_waiters;
+    return true;
+  }
+
   MaxWaitMutex& m_mutex;
 };
 

@@ -166,22 +166,23 @@ void Thread::detach() {
   m_joined = true;
 }
 
-void Thread::cancel() {
+template <class Call>
+int Thread::whileRunning(Call call) {
   const BriefHold hold(gRunningMutex());
-  if (!m_running) return;
-  m_cancelled = true;
-  FOKRAZO_CHECK_OS_CALL(pthread_cancel(startedId()));
+  return m_running && m_id != pthread_t{} ? call(m_id) : ESRCH;
+}
+
+void Thread::cancel() {
+  const int error = whileRunning([this](pthread_t id) {
+    m_cancelled = true;
+    return pthread_cancel(id);
+  });
+  if (error != ESRCH) FOKRAZO_CHECK_OS_CALL(error);
 }
 
 void Thread::kill() {
   cancel();
   join();
-}
-
-template <class Call>
-int Thread::whileRunning(Call call) {
-  const BriefHold hold(gRunningMutex());
-  return m_running && m_id != pthread_t{} ? call(m_id) : ESRCH;
 }
 
 void Thread::changePriority(int delta) {
