@@ -120,7 +120,7 @@ void Properties::load(const char* path, bool expand) {
   Lock lock(mutex);
   std::string text;
   const UniqueFd fd = openPlainFile(path);
-  if (fd && readAll(fd.get(), text)) {
+  if (fd && readBounded(fd.get(), text)) {
     loadText(text, expand);
     return;
   }
@@ -131,7 +131,7 @@ void Properties::load(const char* path, bool expand) {
 void Properties::load(std::istream& stream, bool expand) {
   Lock lock(mutex);
   std::string text;
-  if (!stream.fail() && readAll(stream, text)) {
+  if (!stream.fail() && readBounded(stream, text)) {
     loadText(text, expand);
     return;
   }

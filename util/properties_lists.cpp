@@ -75,7 +75,7 @@ FileResult readValuesFile(const std::string& path, const std::string& key, bool 
   const auto logger = getLogger(kLogger, false);
   VESK_LOG(logger, Debug, "Opening config file [%s].", path.c_str());
   std::string text;
-  if (readAll(fileno(file.get()), text)) {
+  if (readBounded(fileno(file.get()), text)) {
     std::istringstream lines(text);
     list = PropertySyntax::readList(lines);
     return FileResult::Read;

@@ -30,7 +30,7 @@ boost::shared_ptr<Logger> logger() {
 
 bool readPlainFile(const std::string& path, std::string& text) {
   const UniqueFd fd = openPlainFile(path.c_str());
-  return fd && readAll(fd.get(), text);
+  return fd && readBounded(fd.get(), text);
 }
 
 /// Whether a list is read from the file that the raw value names.

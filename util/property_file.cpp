@@ -26,14 +26,14 @@ UniqueFd openPlainFile(const char* path) {
   return UniqueFd();
 }
 
-bool readAll(int fd, std::string& text) {
+bool readBounded(int fd, std::string& text) {
   struct stat info;
   if (::fstat(fd, &info) == 0 && info.st_size < static_cast<off_t>(kMaxPropertyFile))
     text.reserve(info.st_size);
   return readAll(fd, text, kMaxPropertyFile);
 }
 
-bool readAll(std::istream& stream, std::string& text) {
+bool readBounded(std::istream& stream, std::string& text) {
   char block[kBlockSize];
   while (stream.good() && text.size() <= kMaxPropertyFile) {
     stream.read(block, sizeof block);

@@ -16,8 +16,8 @@ constexpr size_t kMaxPropertyFile = 64 * 1024 * 1024;
 UniqueFd openPlainFile(const char* path);
 /// Appends what is left of a file. False, with errno where the system refused, if that fails or there is too
 /// much.
-bool readAll(int fd, std::string& text);
+bool readBounded(int fd, std::string& text);
 /// The same for a stream.
-bool readAll(std::istream& stream, std::string& text);
+bool readBounded(std::istream& stream, std::string& text);
 
 }  // namespace vesk
