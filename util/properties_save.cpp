@@ -223,6 +223,8 @@ int Properties::saveProperty(const std::string& path) {
 }
 
 int Properties::update(const std::string& path, const std::function<bool(Properties&)>& change) {
+  Properties file(false);
+  Lock lock(file.mutex);  // keeps a cancel away until the lock file is gone
   LockFile lockFile(path);
   if (!lockFile.isHeld()) return -1;
   std::string text;
@@ -230,8 +232,6 @@ int Properties::update(const std::string& path, const std::function<bool(Propert
     VESK_LOG(logger(), Error, "Unable to open config file %s", path.c_str());
     return -1;
   }
-  Properties file(false);
-  Lock lock(file.mutex);
   file.parse(text, false);
   return change(file) ? file.saveUnder(lockFile, path) : 0;
 }
