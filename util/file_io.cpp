@@ -13,6 +13,11 @@ namespace {
 
 constexpr char kSource[] = "util/file_util";
 
+bool isFileOf(const struct stat& named, int fd) {
+  struct stat opened;
+  return ::fstat(fd, &opened) == 0 && FileId(named) == FileId(opened);
+}
+
 }  // namespace
 
 UniqueFd openUnfollowed(const std::string& path) {
@@ -56,8 +61,12 @@ bool writeAll(int fd, const char* data, size_t size) {
 
 bool isNameOf(const std::string& name, int fd) {
   struct stat named;
-  struct stat opened;
-  return ::lstat(name.c_str(), &named) == 0 && ::fstat(fd, &opened) == 0 && FileId(named) == FileId(opened);
+  return ::lstat(name.c_str(), &named) == 0 && isFileOf(named, fd);
+}
+
+bool leadsTo(const std::string& path, int fd) {
+  struct stat named;
+  return ::stat(path.c_str(), &named) == 0 && isFileOf(named, fd);
 }
 
 void throwCallFailed(int error) {

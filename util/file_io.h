@@ -39,6 +39,8 @@ struct FileId {
 /// Whether the name, not followed if it is a link, stands for the open file: it may have been given to
 /// another one meanwhile, or to none.
 bool isNameOf(const std::string& name, int fd);
+/// The same where links are followed.
+bool leadsTo(const std::string& path, int fd);
 
 /// Throws SystemException "OS call failed: " and the system's text.
 [[noreturn]] void throwCallFailed(int error);

@@ -282,19 +282,15 @@ void FileLogging::fileRotate() {
   const UniqueFd turn(::open(m_path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (turn && !tryLock(turn.get()) && !isFarTooLarge(turn.get())) {
     // Somebody else rotates. To leave a file that has been rotated already takes no lock.
-    if (!isAtPath(fileno(m_file))) openFile();
+    if (!leadsTo(m_path, fileno(m_file))) openFile();
     return;
   }
   LogBackups backups(m_path, m_settings.maxCount, m_settings.zipBackup);
-  if (isAtPath(turn.get()) && checkFileSizeByPath() && m_settings.maxCount >= 1) backups.takeLog(turn.get());
+  // Not if another process has rotated meanwhile; its new file has a lock of its own.
+  if (leadsTo(m_path, turn.get()) && checkFileSizeByPath() && m_settings.maxCount >= 1)
+    backups.takeLog(turn.get());
   openFile();
   backups.compress();
-}
-
-// Not if another process has rotated meanwhile; its new file has a lock of its own.
-bool FileLogging::isAtPath(int file) const {
-  struct stat held, named;
-  return fstat(file, &held) == 0 && stat(m_path.c_str(), &named) == 0 && FileId(held) == FileId(named);
 }
 
 // Who holds the lock of a file so large is not rotating it: whoever can write the log can lock it.

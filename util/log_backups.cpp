@@ -32,11 +32,6 @@ bool moveFile(const std::string& from, const std::string& to, unsigned int flags
   return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0;
 }
 
-bool isSameFile(const std::string& path, int file) {
-  struct stat named, opened;
-  return ::stat(path.c_str(), &named) == 0 && ::fstat(file, &opened) == 0 && FileId(named) == FileId(opened);
-}
-
 // Whether the file under this name is one that no living process works on, and no stranger's trap. An empty
 // one is just being made.
 bool isLeftover(const std::string& name, int file) {
@@ -90,7 +85,7 @@ LogBackups::Taken LogBackups::claim(int wanted) const {
     ::remove(log.name.c_str());
     return {};
   }
-  if (!isSameFile(log.name, wanted)) giveBack(log);
+  if (!leadsTo(log.name, wanted)) giveBack(log);
   return log;
 }
 

@@ -88,7 +88,6 @@ class FOKRAZO_API FileLogging {
   void forgetCache();
   int openFile();
   void closeFile();
-  bool isAtPath(int file) const;
   bool isFarTooLarge(int file) const;
   bool isRemoved() const;
 
