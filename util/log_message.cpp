@@ -8,6 +8,7 @@
 #include <ctime>
 #include <string_view>
 
+#include "util/hex_digits.h"
 #include "util/include/char_accumulator.h"
 #include "util/include/circular_buffer.h"
 #include "util/include/clock.h"
@@ -111,11 +112,9 @@ constexpr unsigned int kBytesPerRow = 16;
 // Sixteen columns of "xx " and, from column 50 on, the characters; one blank ends the row.
 void formatHexRow(char (&row)[81], const unsigned char* data, unsigned int count) {
   constexpr unsigned int kCharacters = 50;
-  static const char kDigits[] = "0123456789abcdef";
   memset(row, ' ', sizeof row);
   for (unsigned int i = 0; i < count; ++i) {
-    row[3 * i] = kDigits[data[i] >> 4];
-    row[3 * i + 1] = kDigits[data[i] & 15];
+    putHex(row + 3 * i, data[i]);
     row[kCharacters + i] = data[i] >= 0x20 && data[i] <= 0x7F ? static_cast<char>(data[i]) : '.';
   }
   row[kCharacters + count + 1] = '\0';

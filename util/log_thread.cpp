@@ -31,8 +31,7 @@ void DestroyLoggerTable(void* table) {
 
 // False if names cannot be kept per thread.
 bool haveThreadNames() {
-  if (!Thread::m_threadSupportKnown) Thread::DetermineThreadSupport();
-  if (!Thread::m_threadsSupported) return false;
+  if (!threadsSupported()) return false;
   pthread_once(&gTSDKeyOnce, TSDKeyAlloc);
   return gTSDKeyMade;
 }
