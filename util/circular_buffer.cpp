@@ -28,6 +28,8 @@ static_assert(kSmallestSize >= kScratchSize + kMonikerLength, "any entry has roo
 
 }  // namespace
 
+std::atomic<bool> gMemoryLogStarted{false};
+
 int memoryLevel(const std::string& text, const boost::shared_ptr<Logger>& logger) {
   const int level = TextToLevel(text);
   if (level != Logger::kInherit) return level;
@@ -84,6 +86,7 @@ bool CircularBuffer::makeRing(unsigned int bytes) {
   if (m_start == nullptr) return false;
   m_current = m_start;
   m_enabled = true;
+  gMemoryLogStarted = true;
   return true;
 }
 

@@ -9,6 +9,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "util/file_io.h"
 #include "util/include/log.h"
@@ -17,6 +18,7 @@
 #include "util/include/propnames.h"
 #include "util/include/unique_fd.h"
 #include "util/log_backups.h"
+#include "util/log_internal.h"
 
 namespace vesk {
 namespace {
@@ -190,12 +192,10 @@ void FileLogging::logLocked(const char* format, va_list args) {
 
 // False if there is nothing to write to.
 bool FileLogging::writeLine(bool flushDue, const char* format, va_list args) {
-  char prefix[512];
-  const int length = BuildMessagePrefix(prefix, sizeof prefix, "");
+  const std::string_view prefix = whenAndWho();
   if (m_cache && m_cache->isActive()) {
-    const size_t prefixLength = std::min<size_t>(length, sizeof prefix - 1);
-    if (m_cache->room() < prefixLength + LogCache::kLongestText + 1) flushCache();
-    m_cache->append(prefix, prefixLength);
+    if (m_cache->room() < prefix.size() + LogCache::kLongestText + 1) flushCache();
+    m_cache->append(prefix.data(), prefix.size());
     m_cache->vsappend(format, args);
     m_cache->append('\n');
     if (flushDue) flushCache();
@@ -203,13 +203,13 @@ bool FileLogging::writeLine(bool flushDue, const char* format, va_list args) {
   }
   if (m_file == nullptr) return false;
   if (!flushDue) {
-    printLine(prefix, format, args);
+    printLine(prefix.data(), format, args);
     return true;
   }
   writeForGood([&] {
     va_list copy;
     va_copy(copy, args);
-    printLine(prefix, format, copy);
+    printLine(prefix.data(), format, copy);
     va_end(copy);
     fflush(m_file);
   });

@@ -66,16 +66,16 @@ void LogCache::append(char c) {
 // Straight into the cache where any text has room. What stands in front of the first conversion is copied.
 void LogCache::vsappend(const char* format, va_list args) {
   if (!isActive()) return;
-  char text[kLongestText + 1];
-  const bool inPlace = room() >= kLongestText;
-  char* const target = inPlace ? m_position : text;
-  const size_t plain = std::min<size_t>(strcspn(format, "%"), kLongestText);
-  memcpy(target, format, plain);
-  if (vsnprintf(target + plain, sizeof text - plain, format + plain, args) < 0) *target = '\0';
-  if (inPlace)
-    m_position += strlen(target);
-  else
-    append(text);
+  const size_t plain = strcspn(format, "%");
+  if (room() < kLongestText || plain >= kLongestText) {
+    char text[kLongestText + 1];
+    if (vsnprintf(text, sizeof text, format, args) >= 0) append(text);
+    return;
+  }
+  char* const begin = m_position;
+  append(format, plain);
+  const bool printed = vsnprintf(m_position, kLongestText + 1 - plain, format + plain, args) >= 0;
+  m_position = printed ? m_position + strlen(m_position) : begin;
 }
 
 void LogCache::flush() {

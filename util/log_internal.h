@@ -7,8 +7,10 @@
 /// the very end of the process.
 #pragma once
 
+#include <atomic>
 #include <cerrno>
 #include <string>
+#include <string_view>
 
 #include <boost/shared_ptr.hpp>
 #include <boost/unordered_map.hpp>
@@ -37,6 +39,8 @@ Mutex& gLogMessageProtect();
 FileLogging& gFileLogging();
 /// The process's memory log; empty before the tree and after Logger::close. Guarded by gLogMessageProtect.
 boost::shared_ptr<CircularBuffer>& gCircularBuffer();
+/// Whether a memory log has ever been started: until then messages are not offered to it.
+extern std::atomic<bool> gMemoryLogStarted;
 
 /// What a configuration says of one logger.
 struct LoggerSettings {
@@ -75,6 +79,9 @@ struct DestinationSettings {
   /// Requires: gLogMessageProtect is held.
   void apply() const;
 };
+
+/// What BuildMessagePrefix writes without a lead; a 0 stands behind it. Good until the thread asks again.
+std::string_view whenAndWho();
 
 /// The syslog priority of a level, without facility.
 int syslogPriority(Logger::LogLevel level);

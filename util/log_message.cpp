@@ -45,27 +45,6 @@ struct ProcessIdentity {
   }
 };
 
-// Local time, host, program and process. The system looks at the time zone's file each time it is asked, so
-// the text serves a thread for a whole second.
-std::string_view whenAndWho() {
-  thread_local struct {
-    time_t second = -1;
-    size_t length = 0;
-    char text[512];
-  } cached;
-  const time_t now = dayclock::now();
-  if (now == cached.second) return {cached.text, cached.length};
-  cached.second = now;
-  static const ProcessIdentity process;
-  char time[64];
-  tm local;
-  if (localtime_r(&now, &local) == nullptr || strftime(time, sizeof time, "%F %T %z", &local) == 0)
-    time[0] = '\0';
-  snprintf(cached.text, sizeof cached.text, "%s %s %s[%d]: ", time, process.host, programName(), process.pid);
-  cached.length = strlen(cached.text);
-  return {cached.text, cached.length};
-}
-
 void appendFile(Text& text, const char* file) {
   const char* slash = strrchr(file, '/');
   text.appendPlain(slash != nullptr ? slash + 1 : file);
@@ -103,8 +82,11 @@ void appendLevel(Text& text, Logger::LogLevel level) {
 }
 
 __attribute__((format(printf, 1, 0))) void logToMemory(const char* format, va_list args) {
+  va_list copy;
+  va_copy(copy, args);
   Lock lock(gLogMessageProtect());
-  if (gCircularBuffer()) gCircularBuffer()->log(format, args);
+  if (gCircularBuffer()) gCircularBuffer()->log(format, copy);
+  va_end(copy);
 }
 
 constexpr unsigned int kBytesPerRow = 16;
@@ -138,6 +120,27 @@ const char* programName() {
     return "unknown";
   }
   return __progname;
+}
+
+// Local time, host, program and process. The system looks at the time zone's file each time it is asked, so
+// the text serves a thread for a whole second.
+std::string_view whenAndWho() {
+  thread_local struct {
+    time_t second = -1;
+    size_t length = 0;
+    char text[512];
+  } cached;
+  const time_t now = dayclock::now();
+  if (now == cached.second) return {cached.text, cached.length};
+  cached.second = now;
+  static const ProcessIdentity process;
+  char time[64];
+  tm local;
+  if (localtime_r(&now, &local) == nullptr || strftime(time, sizeof time, "%F %T %z", &local) == 0)
+    time[0] = '\0';
+  snprintf(cached.text, sizeof cached.text, "%s %s %s[%d]: ", time, process.host, programName(), process.pid);
+  cached.length = strlen(cached.text);
+  return {cached.text, cached.length};
 }
 
 int BuildMessagePrefix(char* buffer, int size, const char* lead) {
@@ -175,12 +178,7 @@ void Logger::log(LogLevel level, const char* file, int line, const char* functio
   text.append(format);
   va_list args;
   va_start(args, format);
-  if (level >= getEffectiveMemoryLevel()) {
-    va_list again;
-    va_copy(again, args);
-    logToMemory(text.terminate(), again);
-    va_end(again);
-  }
+  if (gMemoryLogStarted && level >= getEffectiveMemoryLevel()) logToMemory(text.terminate(), args);
   if (level >= getEffectiveLevel()) WriteMessage(getEffectiveFacility(), level, text, args);
   va_end(args);
 }
