@@ -21,6 +21,8 @@ namespace {
 constexpr char kSource[] = "lrpc/ipcmessage";
 constexpr char kLogger[] = "lrpc.ipcmessage";
 
+// Bytes for a new message. An element would take four times as much, which the C library has not at hand.
+constexpr ber_len_t kFirstBuffer = 1024;
 constexpr size_t kAround = 16;  // a field's tag and length, and a byte more than is ever wanted
 
 [[noreturn]] void failField(const char* failure) {
@@ -73,6 +75,8 @@ BerElement* IPCMessage::doHeader() {
   if (m_ber) return m_ber;
   m_ber = qtr_ber_alloc_t(0);
   if (!m_ber) FOKRAZO_THROW(SystemException, "SystemException", 1, "ber alloc");
+  berval first = {kFirstBuffer, static_cast<char*>(qtr_ber_memalloc(kFirstBuffer))};
+  if (first.bv_val) qtr_ber_init2(m_ber, &first, 0);
   if (qtr_ber_printf(m_ber, "{ii}", static_cast<int>(m_opcode), static_cast<int>(m_result)) < 0)
     FOKRAZO_THROW(SystemException, "SystemException", 1, "ber_printf");
   return m_ber;
