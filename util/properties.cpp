@@ -50,9 +50,9 @@ TimeText scanTime(const std::string& text) {
   return time;
 }
 
-// The object of Props, once it is loaded. From then on it is had without gPropMtx, which comes before its own
-// mutex: a load, which holds that one, asks for it too.
-std::atomic<Properties*> gLoaded{nullptr};
+// The object of Props. Once it is made, it is had without gPropMtx, which comes before its own mutex: a load,
+// which holds that one, asks for the object too.
+std::atomic<Properties*> gMade{nullptr};
 
 Properties* makeInstance(bool debugDump) {
   [[maybe_unused]] static vesk::Mutex& held =
@@ -60,11 +60,12 @@ Properties* makeInstance(bool debugDump) {
   Lock lock(Properties::gPropMtx);
   Properties*& instance = Properties::gVeskProperties;
   if (instance) return instance;
-  // In its place before it is loaded: the load configures the loggers, which ask for it again.
   instance = new Properties(true, debugDump);
   vesk::heldOverFork(vesk::ForkOrder::Properties, instance->mutex);
+  // Others find it from here on, and wait for the load.
+  Lock loading(instance->mutex);
+  gMade.store(instance, std::memory_order_release);
   instance->load(vesk::paths::kConfigFile, true);
-  gLoaded.store(instance, std::memory_order_release);
   return instance;
 }
 
@@ -342,8 +343,8 @@ void Properties::dump() {
 }  // namespace vesk
 
 Properties* Props(bool debugDump, bool reload) {
-  Properties* const loaded = gLoaded.load(std::memory_order_acquire);
-  if (!loaded) return makeInstance(debugDump);
-  if (reload) loaded->reload();
-  return loaded;
+  Properties* const made = gMade.load(std::memory_order_acquire);
+  if (!made) return makeInstance(debugDump);
+  if (reload) made->reload();
+  return made;
 }
