@@ -16,6 +16,7 @@
 #include "util/include/log_cache.h"
 #include "util/include/properties.h"
 #include "util/include/propnames.h"
+#include "util/include/threads_api.h"
 #include "util/include/unique_fd.h"
 #include "util/log_backups.h"
 #include "util/log_internal.h"
@@ -84,6 +85,7 @@ FileLogging::FileLogging(const char* path) {
 }
 
 FileLogging::~FileLogging() {
+  const CancelKeptOff cancelKeptOff;
   closeLog();
   m_cache.reset();
 }

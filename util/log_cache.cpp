@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "util/include/threads_api.h"
+
 namespace vesk {
 
 LogCache::LogCache(unsigned int size) {
@@ -15,6 +17,7 @@ LogCache::LogCache(unsigned int size, FILE* file) : m_file(file) {
 }
 
 LogCache::~LogCache() {
+  const CancelKeptOff cancelKeptOff;
   destroyBuf();
 }
 

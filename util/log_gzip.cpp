@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "util/include/threads_api.h"
 #include "util/include/unique_fd.h"
 
 namespace vesk {
@@ -34,6 +35,7 @@ bool compress(FILE* source, gzFile target) {
 
 void gzip(const char* from, const char* to) {
   if (to == nullptr || !exists(from)) return;
+  const CancelKeptOff cancelKeptOff;
   const File source(fopen(from, "re"), fclose);
   if (!source) return;
   const GzFile target(gzopen(to, "we"), gzclose);
@@ -42,6 +44,7 @@ void gzip(const char* from, const char* to) {
 
 // Who has written before the second copy is in it; who writes behind it can see that the file is removed.
 bool moveCompressed(const char* from, int to) {
+  const CancelKeptOff cancelKeptOff;
   UniqueFd owned(to);
   const File source(fopen(from, "re"), fclose);
   const GzFile target(owned ? gzdopen(to, "w") : nullptr, gzclose);
@@ -55,6 +58,7 @@ bool moveCompressed(const char* from, int to) {
 
 void gunzip(const char* from, const char* to) {
   if (to == nullptr || !exists(from)) return;
+  const CancelKeptOff cancelKeptOff;
   const GzFile source(gzopen(from, "re"), gzclose);
   if (!source) return;
   const File target(fopen(to, "we"), fclose);

@@ -74,6 +74,23 @@ class BriefHold {
   Mutex& m_mutex;
 };
 
+/// Keeps cancellation off to the end of the scope: where files are closed a cancel must not strike, because
+/// destructors close them too.
+class CancelKeptOff {
+ public:
+  CancelKeptOff() {
+    if (threadsSupported()) pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_oldState);
+  }
+  ~CancelKeptOff() {
+    if (threadsSupported()) pthread_setcancelstate(m_oldState, nullptr);
+  }
+  CancelKeptOff(const CancelKeptOff&) = delete;
+  CancelKeptOff& operator=(const CancelKeptOff&) = delete;
+
+ private:
+  int m_oldState = PTHREAD_CANCEL_ENABLE;
+};
+
 }  // namespace vesk
 
 /// For a call that gives its error as the result.
