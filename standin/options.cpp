@@ -119,9 +119,12 @@ void take(Options& options, int code) {
 Options parseOptions(int argc, char** argv) {
   Options options;
   opterr = 0;
-  for (int code; (code = getopt_long(argc, argv, ":fvh", kOptions, nullptr)) != -1;) {
-    if (code == ':') throw UsageError(std::string(argv[optind - 1]) + " needs a value");
-    if (code == '?') throw UsageError(std::string("there is no option ") + argv[optind - 1]);
+  for (;;) {
+    const char* const word = argv[optind];
+    const int code = getopt_long(argc, argv, "+:fvh", kOptions, nullptr);
+    if (code == -1) break;
+    if (code == ':') throw UsageError(std::string(word) + " needs a value");
+    if (code == '?') throw UsageError(std::string("there is no option ") + word);
     take(options, code);
   }
   if (options.wantsHelp) return options;

@@ -226,6 +226,7 @@ TEST(StandinProgram, ExplainsItselfAndItsFailures) {
       {{"--ldif", ldif}, 2, "--socket is missing"},
       {{"--socket", "x"}, 2, "--ldif is missing"},
       {{"--wrong"}, 2, "there is no option --wrong"},
+      {{"-v", "-xf"}, 2, "there is no option -xf"},
       {{"--socket"}, 2, "--socket needs a value"},
       {{"--socket", "x", "--ldif", ldif, "more"}, 2, "unexpected argument more"},
       {{"--fault", "explode"}, 2, "there is no fault \"explode\""},
