@@ -4,11 +4,10 @@
 
 #include "standin/handlers.h"
 
-#include <random>
-
 #include "lrpc/adserializer.h"
 #include "standin/call.h"
 #include "standin/nt_status.h"
+#include "standin/random_bytes.h"
 
 namespace standin {
 namespace {
@@ -21,13 +20,6 @@ constexpr size_t kSessionKeySize = 16;
 // Forms of the names in a group test; wire values.
 constexpr int kUnixNames = 0;
 constexpr int kDirectoryNames = 1;
-
-std::string randomBytes(size_t count) {
-  std::random_device source;
-  std::string bytes;
-  while (bytes.size() < count) bytes += static_cast<char>(source());
-  return bytes;
-}
 
 ValidationResult validate(Call& call, EntryId account, const std::string& password) {
   return account == kNoEntry ? vesk::VR_INVALID_PRINCIPAL : call.service.accounts.validate(account, password);

@@ -1,13 +1,12 @@
 #include "standin/handlers.h"
 
-#include <random>
-
 #include "base/dn.h"
 #include "base/guid.h"
 #include "lrpc/attrnames.h"
 #include "standin/call.h"
 #include "standin/file_time.h"
 #include "standin/nt_status.h"
+#include "standin/random_bytes.h"
 #include "standin/unix_profile.h"
 
 namespace standin {
@@ -54,13 +53,6 @@ ValidationResult reset(Call& call, EntryId account, const std::string& wanted) {
   return account == kNoEntry ? vesk::VR_INVALID_PRINCIPAL : call.service.accounts.reset(account, wanted);
 }
 
-std::string randomGuid() {
-  std::random_device source;
-  std::string bytes;
-  while (bytes.size() < vesk::Guid::kSize) bytes += static_cast<char>(source());
-  return bytes;
-}
-
 ValidationResult checkNewUser(Call& call, const NewUser& user) {
   const Directory& directory = call.service.directory;
   bool idsAreGood = (user.uid.empty() || toUnixId(user.uid)) && (user.gid.empty() || toUnixId(user.gid));
@@ -90,7 +82,7 @@ Entry makeEntry(const Directory& directory, const NewUser& user) {
   entry.set(AD_OBJECT_CATEGORY, "CN=Person," + AD_CATEGORY_SCHEMA + "," + directory.domain().baseDn);
   entry.set(AD_USER_ACCNT_CONTROL, kNormalAccount);
   entry.set(AD_PRIMARY_GID, kDomainUsers);
-  entry.set("objectGUID", randomGuid());
+  entry.set("objectGUID", randomBytes(vesk::Guid::kSize));
   setIfGiven(entry, AD_OBJECT_SID, directory.nextSid());
   entry.set(AD_PWCHG_LAST, std::to_string(fromUnixTime(time(nullptr))));
   entry.set(AD_WHEN_CREATED, directoryTime(time(nullptr)));
