@@ -8,6 +8,7 @@
 #include "standin/entry.h"
 #include "standin/error.h"
 #include "util/include/sid.h"
+#include "util/include/strutil.h"
 
 namespace standin {
 
@@ -31,13 +32,6 @@ using NodeList = std::vector<NodePtr>;
 bool toNumber(std::string_view text, long long& number) {
   auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   return error == std::errc() && end == text.data() + text.size();
-}
-
-std::string folded(std::string_view text) {
-  std::string result(text);
-  for (char& c : result)
-    if (c >= 'A' && c <= 'Z') c += 'a' - 'A';
-  return result;
 }
 
 /// The short name in a category's DN: what stands between its first "=" and the comma.
@@ -134,7 +128,7 @@ class OrderNode : public ValueNode {
  public:
   OrderNode(std::string attribute, const std::string& asserted, bool wantGreater)
       : ValueNode(std::move(attribute)),
-        m_asserted(folded(asserted)),
+        m_asserted(vesk::lower(asserted)),
         m_isNumber(toNumber(m_asserted, m_number)),
         m_wantGreater(wantGreater) {}
 
@@ -145,7 +139,7 @@ class OrderNode : public ValueNode {
     if (m_isNumber && toNumber(value, number)) {
       order = (number > m_number) - (number < m_number);
     } else {
-      order = folded(value).compare(m_asserted);
+      order = vesk::lower(value).compare(m_asserted);
     }
     return m_wantGreater ? order >= 0 : order <= 0;
   }
@@ -161,12 +155,12 @@ class SubstringNode : public ValueNode {
  public:
   SubstringNode(std::string attribute, std::vector<std::string> pieces)
       : ValueNode(std::move(attribute)), m_pieces(std::move(pieces)) {
-    for (std::string& piece : m_pieces) piece = folded(piece);
+    for (std::string& piece : m_pieces) piece = vesk::lower(piece);
   }
 
  private:
   bool test(const std::string& value) const override {
-    std::string text = folded(value);
+    std::string text = vesk::lower(value);
     const std::string& initial = m_pieces.front();
     const std::string& final = m_pieces.back();
     if (text.size() < initial.size() + final.size() || text.compare(0, initial.size(), initial) != 0 ||
