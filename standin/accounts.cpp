@@ -19,12 +19,12 @@ namespace {
 using vesk::ValidationResult;
 
 // Bits of userAccountControl and of its computed companion.
-constexpr long long kAccountDisabled = 0x2;
-constexpr long long kAccountLocked = 0x10;
-constexpr long long kNeverExpires = 0x10000;
+constexpr int64_t kAccountDisabled = 0x2;
+constexpr int64_t kAccountLocked = 0x10;
+constexpr int64_t kNeverExpires = 0x10000;
 constexpr char kComputedControl[] = "msDS-User-Account-Control-Computed";
 /// Bit of the domain's pwdProperties.
-constexpr long long kComplexityWanted = 1;
+constexpr int64_t kComplexityWanted = 1;
 constexpr int kClassesWanted = 3;
 
 /// How many of upper case, lower case, digits and the rest a password uses.
@@ -81,9 +81,9 @@ ValidationResult Accounts::validate(EntryId account, const std::string& password
 
 ValidationResult Accounts::state(EntryId account) const {
   const Entry& entry = m_directory[account];
-  if (toFileTime(entry.first(AD_USER_ACCNT_CONTROL)) & kAccountDisabled) return vesk::VR_ACCOUNT_DISABLED;
-  if (toFileTime(entry.first(kComputedControl)) & kAccountLocked) return vesk::VR_ACCOUNT_LOCKED;
-  FileTime expires = toFileTime(entry.first(AD_USER_EXPIRE));
+  if (entry.number(AD_USER_ACCNT_CONTROL) & kAccountDisabled) return vesk::VR_ACCOUNT_DISABLED;
+  if (entry.number(kComputedControl) & kAccountLocked) return vesk::VR_ACCOUNT_LOCKED;
+  FileTime expires = entry.number(AD_USER_EXPIRE);
   if (!isNever(expires) && expires <= fromUnixTime(time(nullptr))) return vesk::VR_ACCOUNT_EXPIRED;
   return vesk::VR_SUCCESS;
 }
@@ -97,7 +97,7 @@ ValidationResult Accounts::checkPassword(EntryId account, const std::string& pas
     found->second.failures = 0;
     return vesk::VR_SUCCESS;
   }
-  long long threshold = domainNumber("lockoutThreshold");
+  int64_t threshold = domainNumber("lockoutThreshold");
   if (++found->second.failures >= threshold && threshold > 0) {
     m_directory.set(account, AD_LOCKOUT_TIME, std::to_string(fromUnixTime(time(nullptr))));
     m_directory.set(account, kComputedControl, std::to_string(kAccountLocked));
@@ -107,8 +107,7 @@ ValidationResult Accounts::checkPassword(EntryId account, const std::string& pas
 
 bool Accounts::mustChange(EntryId account) const {
   const Entry& entry = m_directory[account];
-  return entry.first(AD_PWCHG_LAST) == "0" &&
-         !(toFileTime(entry.first(AD_USER_ACCNT_CONTROL)) & kNeverExpires);
+  return entry.first(AD_PWCHG_LAST) == "0" && !(entry.number(AD_USER_ACCNT_CONTROL) & kNeverExpires);
 }
 
 ValidationResult Accounts::change(EntryId account, const std::string& old, const std::string& wanted) {
@@ -126,7 +125,7 @@ ValidationResult Accounts::reset(EntryId account, const std::string& wanted) {
 }
 
 ValidationResult Accounts::checkPolicy(const std::string& accountName, const std::string& password) const {
-  if (static_cast<long long>(password.size()) < domainNumber("minPwdLength")) return vesk::VR_PASSWORD_POLICY;
+  if (static_cast<int64_t>(password.size()) < domainNumber("minPwdLength")) return vesk::VR_PASSWORD_POLICY;
   if (!(domainNumber("pwdProperties") & kComplexityWanted)) return vesk::VR_SUCCESS;
   bool isComplex = countClasses(password) >= kClassesWanted && !containsName(password, accountName);
   return isComplex ? vesk::VR_SUCCESS : vesk::VR_PASSWORD_POLICY;
@@ -149,9 +148,9 @@ bool Accounts::isAdministrator(EntryId account) const {
   return false;
 }
 
-long long Accounts::domainNumber(const char* attribute) const {
+int64_t Accounts::domainNumber(const char* attribute) const {
   EntryId domain = m_directory.domain().entry;
-  return domain == kNoEntry ? 0 : toFileTime(m_directory[domain].first(attribute));
+  return domain == kNoEntry ? 0 : m_directory[domain].number(attribute);
 }
 
 void Accounts::login(EntryId account) {

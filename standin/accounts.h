@@ -1,6 +1,7 @@
 /// Passwords and the state of accounts.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -60,7 +61,7 @@ class Accounts {
   vesk::ValidationResult checkPassword(EntryId account, const std::string& password);
   bool mustChange(EntryId account) const;
   void store(EntryId account, const std::string& password);
-  long long domainNumber(const char* attribute) const;
+  int64_t domainNumber(const char* attribute) const;
 
   Directory& m_directory;
   std::unordered_map<EntryId, Secret> m_secrets;

@@ -102,33 +102,33 @@ Values makeComputers(const Source& source) {
   return membersOf(source, EntryKind::Computer);
 }
 
-/// An attribute of the domain's own entry.
-const std::string& domainValue(const Source& source, const char* name) {
-  static const std::string none;
+/// The domain's own entry; an empty one if it is not in the directory.
+const Entry& domainEntry(const Source& source) {
+  static const Entry none("");
   EntryId domain = source.directory.domain().entry;
-  return domain == kNoEntry ? none : source.directory[domain].first(name);
+  return domain == kNoEntry ? none : source.directory[domain];
 }
 
 Values makeMinAge(const Source& source) {
-  return oneValue(domainValue(source, "minPwdAge"));
+  return oneValue(domainEntry(source).first("minPwdAge"));
 }
 
 Values makeMaxAge(const Source& source) {
-  return oneValue(domainValue(source, "maxPwdAge"));
+  return oneValue(domainEntry(source).first("maxPwdAge"));
 }
 
 /// Days since the epoch of a directory time, for Unix accounts alone. "Never" makes no value.
 Values makeDay(const Source& source, const std::string& attribute) {
-  FileTime time = toFileTime(source.entry.first(attribute));
+  FileTime time = source.entry.number(attribute);
   if (!unixId(source.entry) || isNever(time)) return {};
   return oneValue(std::to_string(toUnixTime(time) / kSecondsPerDay));
 }
 
-/// A duration in days; the directory writes durations as negative numbers.
+/// A duration in days, for Unix accounts alone. "Never" makes no value.
 Values makeDays(const Source& source, const char* attribute) {
-  FileTime duration = -toFileTime(domainValue(source, attribute));
-  if (!unixId(source.entry) || duration <= 0) return {};
-  return oneValue(std::to_string(duration / kTicksPerSecond / kSecondsPerDay));
+  FileTime duration = domainEntry(source).number(attribute);
+  if (!unixId(source.entry) || duration >= 0 || duration == kNeverEnds) return {};
+  return oneValue(std::to_string(-(duration / kTicksPerSecond / kSecondsPerDay)));
 }
 
 Values makeShadowChange(const Source& source) {

@@ -1,7 +1,6 @@
 #include "standin/directory.h"
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
 
 #include "base/dn.h"
@@ -23,12 +22,6 @@ constexpr unsigned char kMostSubAuthorities = 15;
 constexpr size_t kDomainSidSize = kSidHeadSize + 4 * kRidSize;
 constexpr unsigned kFirstFreeRid = 1000;
 constexpr size_t kNetbiosLimit = 15;
-
-long long toNumber(const std::string& text) {
-  long long number = 0;
-  std::from_chars(text.data(), text.data() + text.size(), number);
-  return number;
-}
 
 std::string ridBytes(unsigned rid) {
   unsigned char bytes[kRidSize];
@@ -115,7 +108,7 @@ void Directory::index(EntryId id) {
   const std::string& guid = entry.first("objectGUID");
   if (guid.size() == vesk::Guid::kSize) m_byGuid.try_emplace(guid, id);
   forEachValue(entry, AD_SERVER_PRINCIPAL_NAME, [&](const std::string& name) { m_services.add(name, id); });
-  m_usn = std::max(m_usn, toNumber(entry.first(AD_USN_CHANGED)));
+  m_usn = std::max(m_usn, entry.number(AD_USN_CHANGED));
 }
 
 void Directory::indexNames(EntryId id, Names& names) {
@@ -316,10 +309,9 @@ std::string entrySid(const Entry& entry) {
 
 std::string primaryGroupSid(const Entry& entry) {
   std::string sid = entrySid(entry);
-  const std::string& rid = entry.first(AD_PRIMARY_GID);
-  if (rid.empty() || sid.size() < kSidHeadSize + kRidSize) return std::string();
+  if (entry.first(AD_PRIMARY_GID).empty() || sid.size() < kSidHeadSize + kRidSize) return std::string();
   sid.resize(sid.size() - kRidSize);
-  return sid + ridBytes(static_cast<unsigned>(toNumber(rid)));
+  return sid + ridBytes(static_cast<unsigned>(entry.number(AD_PRIMARY_GID)));
 }
 
 std::string directoryTime(time_t time) {

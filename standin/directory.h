@@ -103,7 +103,7 @@ class Directory {
   /// Rises with every change; what was made of an entry holds as long as it stays the same.
   unsigned long generation() const { return m_generation; }
   /// The highest sequence number of any entry.
-  long long highestUsn() const { return m_usn; }
+  int64_t highestUsn() const { return m_usn; }
   /// The SID of the domain's next new account, in binary form; empty for a domain without a SID.
   std::string nextSid() const;
 
@@ -139,7 +139,7 @@ class Directory {
   NameIndex m_services;
   std::unique_ptr<const Entry> m_ownRoot;
   unsigned long m_generation = 1;
-  long long m_usn = 0;
+  int64_t m_usn = 0;
 
   // Made of the entries when first asked for, and again after new entries.
   mutable std::unique_ptr<const Domain> m_domain;

@@ -1,5 +1,7 @@
 #include "standin/entry.h"
 
+#include <charconv>
+
 namespace standin {
 namespace {
 
@@ -41,6 +43,13 @@ const Attribute* Entry::find(std::string_view name) const {
 const std::string& Entry::first(std::string_view name) const {
   const Attribute* attribute = find(name);
   return attribute && !attribute->values.empty() ? attribute->values.front() : kNoValue;
+}
+
+int64_t Entry::number(std::string_view name) const {
+  const std::string& text = first(name);
+  int64_t value = 0;
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
 }
 
 bool Entry::has(std::string_view name, std::string_view value) const {

@@ -1,6 +1,7 @@
 /// One entry of the directory, as its LDIF record tells it.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,8 @@ class Entry {
   const Attribute* find(std::string_view name) const;
   /// Its first value, the empty string if there is none.
   const std::string& first(std::string_view name) const;
+  /// Its first value as a whole number, as far as there are digits; 0 if there are none, or too many.
+  int64_t number(std::string_view name) const;
   /// Whether the attribute has that value; the case of ASCII letters is ignored.
   bool has(std::string_view name, std::string_view value) const;
 

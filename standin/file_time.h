@@ -1,10 +1,8 @@
 /// The directory's times: ticks of 100 nanoseconds since the year 1601. Durations are negative.
 #pragma once
 
-#include <charconv>
 #include <cstdint>
 #include <ctime>
-#include <string>
 
 namespace standin {
 
@@ -14,13 +12,8 @@ constexpr int64_t kTicksPerSecond = 10000000;
 constexpr int64_t kSecondsPerDay = 86400;
 /// Seconds from 1601 to the Unix epoch.
 constexpr int64_t kSecondsBeforeEpoch = 11644473600;
-
-/// The number of an attribute's value; 0 for no number.
-inline FileTime toFileTime(const std::string& text) {
-  FileTime time = 0;
-  std::from_chars(text.data(), text.data() + text.size(), time);
-  return time;
-}
+/// The duration that has no end.
+constexpr FileTime kNeverEnds = INT64_MIN;
 
 /// 0, -1 and the largest number all say "never".
 inline bool isNever(FileTime time) {

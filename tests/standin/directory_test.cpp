@@ -221,6 +221,9 @@ TEST(AttributeMap, GivesTheAttributesThatAreWanted) {
   vesk::ADSerializer* blob = map.blob(id);
   EXPECT_EQ(std::string(blob->find(AD_DESCRIPTION)), "changed");
   EXPECT_EQ(std::string(blob->getUsn()), std::to_string(directory.highestUsn()));
+  EXPECT_TRUE(map.object(id, {}).attributeExists(VESK_SHADOW_MAX, true));
+  directory.set(directory.domain().entry, "maxPwdAge", "-9223372036854775808");  // never
+  EXPECT_FALSE(map.object(id, {}).attributeExists(VESK_SHADOW_MAX, true));
 }
 
 }  // namespace
