@@ -70,13 +70,13 @@ bool Arguments::leadingOption(const std::string& name, std::string& value) {
   return !m_words.empty() && takeOption(m_words.begin(), name, value);
 }
 
-unsigned Arguments::number(const std::string& name, unsigned fallback) {
+int Arguments::number(const std::string& name, int fallback) {
   std::string text;
   if (!option(name, text)) return fallback;
   unsigned value = 0;
-  if (!readNumber(text, value))
+  if (!readNumber(text, value) || value > INT_MAX)
     throw UsageError("option " + name + " needs a whole number, not '" + text + "'");
-  return value;
+  return static_cast<int>(value);
 }
 
 void Arguments::refuseOptions() {

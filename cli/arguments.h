@@ -19,8 +19,8 @@ class Arguments {
   /// As flag and option, of the first word alone.
   bool leadingFlag(const std::string& name);
   bool leadingOption(const std::string& name, std::string& value);
-  /// Takes a whole number of 0 or more; `fallback` if the option is not there.
-  unsigned number(const std::string& name, unsigned fallback);
+  /// Takes a whole number of 0 or more that an int can hold; `fallback` if the option is not there.
+  int number(const std::string& name, int fallback);
 
   /// Takes the next operand; `what` names it in the complaint if there is none.
   std::string operand(const std::string& what);

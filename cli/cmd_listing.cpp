@@ -83,8 +83,8 @@ ExitStatus search(Invocation& invocation) {
   arguments.option("--base", base);
   arguments.option("--domain", domain);
   const LdapSearchScopeType scope = takeScope(arguments);
-  const unsigned page = arguments.number("--page", 0);
-  const unsigned limit = arguments.number("--limit", 0);
+  const int page = arguments.number("--page", 0);
+  const int limit = arguments.number("--limit", 0);
   const std::string filter = arguments.operand("a filter");
   const std::vector<std::string> names = arguments.operands();
   std::vector<const char*> wanted = nullTerminated(names);
@@ -93,15 +93,14 @@ ExitStatus search(Invocation& invocation) {
   bool found = false;
   if (page == 0) {
     for (const ADObject& object :
-         session.ldapSearch(domain, base, filter, wanted.data(), scope, static_cast<int>(limit), false)) {
+         session.ldapSearch(domain, base, filter, wanted.data(), scope, limit, false)) {
       printObject(invocation.output, object);
       found = true;
     }
     return found ? kFound : kRefused;
   }
-  PagedSearchHandle handle =
-      session.ldapPagedSearch(domain, base, filter, wanted.data(), scope, static_cast<int>(page), false);
-  unsigned count = 0;
+  PagedSearchHandle handle = session.ldapPagedSearch(domain, base, filter, wanted.data(), scope, page, false);
+  int count = 0;
   for (ADObject object = handle.getNext(); !object.isEmpty(); object = handle.getNext()) {
     printObject(invocation.output, object);
     if (++count == limit) break;

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <climits>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -23,8 +22,7 @@ constexpr size_t kLongestPassword = 4096;
 // Reads byte by byte, so that what follows the line stays for the next reader. The room is reserved before
 // the first byte, so that no copy is left behind by growth.
 vesk::Shredder readLine(int descriptor) {
-  std::string empty;
-  vesk::Shredder line(empty);
+  vesk::Shredder line;
   line.reserve(kLongestPassword);
   for (;;) {
     char c = 0;
@@ -40,28 +38,22 @@ vesk::Shredder readLine(int descriptor) {
 
 // What a person types. A signal finds the terminal as it was.
 vesk::Shredder ask(const char* prompt) {
-  char typed[kLongestPassword + 2];  // room for one too many, and for the end
-  vesk::Shredder secret;
-  secret.reserve(kLongestPassword + 1);
-  if (!readpassphrase(prompt, typed, sizeof typed, RPP_REQUIRE_TTY)) {
+  vesk::Shredder typed(std::string(kLongestPassword + 2, '\0'));  // room for one too many, and for the end
+  if (!readpassphrase(prompt, typed.data(), typed.size(), RPP_REQUIRE_TTY)) {
     if (errno == ENOTTY) throw std::runtime_error("no terminal to ask for the password; use --password-fd");
     throw std::runtime_error(std::string("the password cannot be read: ") + strerror(errno));
   }
-  secret.assign(typed);
-  explicit_bzero(typed, sizeof typed);
-  if (secret.size() > kLongestPassword) throw std::runtime_error("the password is too long");
-  return secret;
+  typed.resize(strlen(typed.c_str()));
+  if (typed.size() > kLongestPassword) throw std::runtime_error("the password is too long");
+  return typed;
 }
 
 }  // namespace
 
 SecretSource::SecretSource(Arguments& arguments) {
-  const unsigned none = UINT_MAX;
-  const unsigned number = arguments.number("--password-fd", none);
-  if (number == none) return;
-  if (number > INT_MAX || fcntl(static_cast<int>(number), F_GETFD) < 0)
-    throw UsageError("descriptor " + std::to_string(number) + " is not open");
-  m_descriptor = static_cast<int>(number);
+  m_descriptor = arguments.number("--password-fd", m_descriptor);
+  if (m_descriptor >= 0 && fcntl(m_descriptor, F_GETFD) < 0)
+    throw UsageError("descriptor " + std::to_string(m_descriptor) + " is not open");
 }
 
 vesk::Shredder SecretSource::read(const char* prompt) {
