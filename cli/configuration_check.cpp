@@ -240,6 +240,10 @@ std::vector<Finding> checkConfiguration(const std::string& path) {
                    "make one; it may be empty");
     return complaints.take();
   }
+  if (!S_ISREG(info.st_mode)) {
+    complaints.add(Finding::Problem, path + " is no plain file", "put one in its place; it may be empty");
+    return complaints.take();
+  }
   checkFile(path, info, complaints);
   checkContents(path, complaints);
   if (complaints.none()) complaints.add(Finding::Ok, path, "");

@@ -172,6 +172,8 @@ TEST_F(DoctorTest, ReadsTheConfigurationAloud) {
   expectIn(examine(), "may be changed by others");
   unlink("/etc/velmora/velmora.conf");
   expectIn(examine(), "every key has its default");
+  ASSERT_EQ(mkdir("/etc/velmora/velmora.conf", 0755), 0);
+  expectIn(examine(), "problem  configuration: /etc/velmora/velmora.conf is no plain file");
 }
 
 }  // namespace
