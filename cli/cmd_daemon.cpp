@@ -13,7 +13,7 @@ namespace {
 using namespace vesk;
 
 ExitStatus printText(Output& output, const char* name, const std::string& text) {
-  output.record(Record().text(name, text), text);
+  output.record(Record().text(name, text), shownLines(text));
   return kFound;
 }
 
@@ -71,7 +71,8 @@ ExitStatus domain(Invocation& invocation) {
   std::string second;
   const int result = session.mapDomain(name, first, second, 0);
   if (result != VR_SUCCESS) return report(invocation.output, session, result);
-  invocation.output.record(Record().text("first", first).text("second", second), first + ' ' + second);
+  invocation.output.record(Record().text("first", first).text("second", second),
+                           shown(first) + ' ' + shown(second));
   return kFound;
 }
 

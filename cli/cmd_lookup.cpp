@@ -120,8 +120,8 @@ ExitStatus ping(Invocation& invocation) {
 template <class Answer>
 ExitStatus answerInput(const std::string& by, Answer answer) {
   ExitStatus status = kFound;
-  const auto complain = [&](const std::exception& error) {
-    fprintf(stderr, "fokrazo: %s\n", error.what());
+  const auto refuse = [&](const std::exception& error) {
+    complain(error.what());
     status = kRefused;
   };
   std::string line;
@@ -129,9 +129,9 @@ ExitStatus answerInput(const std::string& by, Answer answer) {
     try {
       answer(makeKey(line, by));
     } catch (const RefusedError& error) {
-      complain(error);
+      refuse(error);
     } catch (const UsageError& error) {
-      complain(error);
+      refuse(error);
     }
     fflush(stdout);
   }
@@ -174,7 +174,7 @@ ExitStatus object(Invocation& invocation) {
 }
 
 ExitStatus shadow(Invocation& invocation) {
-  const int flags = takeFlags(invocation.arguments);
+  const int flags = invocation.arguments.flag("--refresh") ? CHECK_AD_FIRST : 0;
   const std::string name = invocation.arguments.operand("a name");
   invocation.arguments.done();
   if (name.empty()) throw UsageError("the name is empty");
@@ -199,7 +199,8 @@ const Command kCommands[] = {
      group},
     {"object", "[--by KIND] [FLAG …] NAME|ID|SID|GUID|-", "find a user or a group; prints all its attributes",
      kKeyHelp, object},
-    {"shadow", "[FLAG …] NAME", "find a user's password ageing; prints a shadow line", "", shadow},
+    {"shadow", "[--refresh] NAME", "find a user's password ageing; prints a shadow line",
+     "  --refresh      let the daemon ask the directory before its cache\n", shadow},
 };
 
 }  // namespace

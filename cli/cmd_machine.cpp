@@ -1,7 +1,5 @@
 // The machine's own state, with no daemon: conf, setting, joined, os.
 
-#include <unistd.h>
-
 #include <cstring>
 #include <set>
 
@@ -31,7 +29,7 @@ void addSettings(const std::string& dir, bool (*isWanted)(const char*), std::set
   if (!Path::exists(directory)) return;
   for (directory_iterator entry(directory); entry != directory_iterator::end(); ++entry) {
     const std::string leaf = entry->leaf();
-    if (isWanted(leaf.c_str()) && leaf.find(gTempFileMarker) == std::string::npos)
+    if (isWanted(leaf.c_str()) && !ReplacementFile::isTemporary(leaf))
       names.insert(leaf.substr(strlen(kKSetPrefix)));
   }
 }
@@ -45,7 +43,7 @@ ExitStatus listSettings(Output& output) {
     try {
       printSetting(output, name, loadSetting(name, false));
     } catch (const VESKException& error) {
-      fprintf(stderr, "fokrazo: setting %s: %s\n", name.c_str(), error.what());
+      complain("setting " + name + ": " + error.what());
       status = kFailed;
     }
   }
@@ -58,7 +56,7 @@ ExitStatus getSetting(Output& output, const std::string& name) {
     output.record(Record().text("name", name).text("value", value), shown(value));
     return kFound;
   } catch (const IOException& error) {
-    fprintf(stderr, "fokrazo: %s\n", error.what());
+    complain(error.what());
     return kRefused;
   }
 }

@@ -1,5 +1,6 @@
 // Looking inside serialized objects, with no daemon: blob, dict.
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>

@@ -50,6 +50,9 @@ struct Family {
   const char* title;
   const Command* commands;
   size_t count;
+
+  const Command* begin() const { return commands; }
+  const Command* end() const { return commands + count; }
 };
 
 Family lookupCommands();

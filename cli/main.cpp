@@ -12,25 +12,23 @@
 #include "util/include/error_util.h"
 #include "util/include/fixed_paths.h"
 #include "util/include/properties.h"
+#include "util/include/propnames.h"
 
 namespace cli {
 
 namespace {
 
-const Family* families(size_t& count) {
+const auto& families() {
   static const Family all[] = {lookupCommands(),        listingCommands(), daemonCommands(),
                                accountCommands(),       valueCommands(),   objectCommands(),
                                configurationCommands(), machineCommands(), doctorCommands()};
-  count = sizeof all / sizeof *all;
   return all;
 }
 
 const Command* findCommand(const std::string& name) {
-  size_t count = 0;
-  const Family* all = families(count);
-  for (size_t i = 0; i < count; ++i)
-    for (size_t k = 0; k < all[i].count; ++k)
-      if (name == all[i].commands[k].name) return &all[i].commands[k];
+  for (const Family& family : families())
+    for (const Command& command : family)
+      if (name == command.name) return &command;
   return nullptr;
 }
 
@@ -41,12 +39,9 @@ void printHelp() {
       "  --json         print one JSON object per line\n"
       "  --timeout S    wait at most S seconds for the daemon in each step\n",
       vesk::paths::kDaemonSocket);
-  size_t count = 0;
-  const Family* all = families(count);
-  for (size_t i = 0; i < count; ++i) {
-    printf("\n%s:\n", all[i].title);
-    for (size_t k = 0; k < all[i].count; ++k)
-      printf("  %-16s %s\n", all[i].commands[k].name, all[i].commands[k].summary);
+  for (const Family& family : families()) {
+    printf("\n%s:\n", family.title);
+    for (const Command& command : family) printf("  %-16s %s\n", command.name, command.summary);
   }
   printf(
       "\nfokrazo COMMAND --help tells more of one.\n"
@@ -94,8 +89,8 @@ void applyTimeout(const std::string& text) {
   unsigned seconds = 0;
   if (!readNumber(text, seconds) || seconds == 0)
     throw UsageError("option --timeout needs a number of seconds, not '" + text + "'");
-  for (const char* key : {"lrpc.timeout", "lrpc.connect.timeout"})
-    Props(false, false)->setValueList(key, {text}, false);
+  for (const std::string& key : {vesk::PN::LRPC_TIMEOUT, vesk::PN::LRPC_CONNECT_TIMEOUT})
+    Props(false, false)->setString(key, text);
 }
 
 ExitStatus runCommand(int argc, char** argv) {
@@ -120,9 +115,8 @@ ExitStatus runCommand(int argc, char** argv) {
   return command->run(invocation);
 }
 
-ExitStatus complain(ExitStatus status, const char* what) {
-  fflush(stdout);
-  fprintf(stderr, "fokrazo: %s\n", what);
+ExitStatus fail(ExitStatus status, const char* what) {
+  complain(what);
   return status;
 }
 
@@ -130,21 +124,21 @@ ExitStatus run(int argc, char** argv) {
   try {
     return runCommand(argc, argv);
   } catch (const UsageError& error) {
-    complain(kUsage, error.what());
+    complain(error.what());
     fprintf(stderr, "fokrazo --help lists the commands.\n");
     return kUsage;
   } catch (const NoDaemonError& error) {
-    return complain(kNoDaemon, error.what());
+    return fail(kNoDaemon, error.what());
   } catch (const vesk::ConnectionBrokenException& error) {
-    return complain(kNoDaemon, error.what());
+    return fail(kNoDaemon, error.what());
   } catch (const vesk::TimeoutException& error) {
-    return complain(kNoDaemon, error.what());
+    return fail(kNoDaemon, error.what());
   } catch (const RefusedError& error) {
-    return complain(kRefused, error.what());
+    return fail(kRefused, error.what());
   } catch (const std::exception& error) {
     const vesk::Outcome outcome = vesk::answerOf(error).outcome;
     const bool isRefusal = outcome == vesk::Outcome::NotFound || outcome == vesk::Outcome::Refused;
-    return complain(isRefusal ? kRefused : kFailed, error.what());
+    return fail(isRefusal ? kRefused : kFailed, error.what());
   }
 }
 
@@ -170,6 +164,6 @@ vesk::LocalRpcSession& Daemon::session() {
 int main(int argc, char** argv) {
   const cli::ExitStatus status = cli::run(argc, argv);
   if (fflush(stdout) != 0 || ferror(stdout))
-    return cli::complain(cli::kFailed, "standard output cannot be written");
+    return cli::fail(cli::kFailed, "standard output cannot be written");
   return status;
 }

@@ -1,5 +1,6 @@
 #include "cli/output.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "util/include/strutil.h"
@@ -24,15 +25,32 @@ size_t utf8Length(const std::string& text, size_t position) {
   return overlong || surrogate || beyond ? 0 : length;
 }
 
+// The length of the control character at `position`, 0 if there is none. Those behind DEL are two bytes.
+size_t controlLength(const std::string& text, size_t position) {
+  const unsigned char byte = text[position];
+  if (byte < 0x20 || byte == 0x7f) return 1;
+  if (byte != 0xc2 || position + 1 == text.size()) return 0;
+  const unsigned char second = text[position + 1];
+  return second >= 0x80 && second < 0xa0 ? 2 : 0;
+}
+
 bool isText(const std::string& value) {
   for (size_t i = 0; i < value.size();) {
-    const unsigned char byte = value[i];
-    if (byte < 0x20 || byte == 0x7f) return false;
     const size_t length = utf8Length(value, i);
-    if (length == 0) return false;
+    if (length == 0 || controlLength(value, i) != 0) return false;
     i += length;
   }
   return true;
+}
+
+std::string withoutControls(const std::string& text) {
+  std::string out;
+  for (size_t i = 0; i < text.size();) {
+    const size_t control = controlLength(text, i);
+    out += control != 0 ? '?' : text[i];
+    i += std::max<size_t>(control, 1);
+  }
+  return out;
 }
 
 std::string quoted(const std::string& value) {
@@ -50,11 +68,23 @@ std::string shown(const std::string& value) {
   return isText(value) ? value : tohex(value);
 }
 
+std::string shownLines(const std::string& text) {
+  std::string out;
+  size_t begin = 0;
+  for (size_t end; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1)
+    out += shown(text.substr(begin, end - begin)) + '\n';
+  return out + shown(text.substr(begin));
+}
+
 std::string lineField(const std::string& value) {
-  std::string out = value;
-  for (char& c : out)
-    if (c == ':' || static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
+  std::string out = withoutControls(value);
+  std::replace(out.begin(), out.end(), ':', '?');
   return out;
+}
+
+void complain(const std::string& what) {
+  fflush(stdout);
+  fprintf(stderr, "fokrazo: %s\n", withoutControls(what).c_str());
 }
 
 Record& Record::text(const std::string& name, const std::string& value) {

@@ -52,7 +52,11 @@ class Output {
 /// A value as a terminal can show it: text in UTF-8 without controls as it stands, anything else in
 /// hexadecimal.
 std::string shown(const std::string& value);
+/// A text of several lines, each as shown() has it.
+std::string shownLines(const std::string& text);
 /// A field of a passwd- or group-style line: what would break the line is shown as "?".
 std::string lineField(const std::string& value);
+/// Prints a complaint to standard error, behind what has been printed until now. Controls appear as "?".
+void complain(const std::string& what);
 
 }  // namespace cli

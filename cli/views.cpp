@@ -12,12 +12,17 @@ namespace {
 
 using namespace vesk;
 
+// Empty for an object that has none.
+std::string textOf(const SID& sid) {
+  return sid.isNull() ? std::string() : sid.toMSString();
+}
+
 Record identity(const VeskObj& view) {
   Record record;
   record.text("type", view.getType() == 0 ? "user" : "group")
       .boolean("unix", view.isUnix())
       .text("dn", view.getDN())
-      .text("sid", view.getSid().toMSString())
+      .text("sid", textOf(view.getSid()))
       .text("guid", view.getGuid().toRealMSString());
   return record;
 }
@@ -82,7 +87,7 @@ void printObject(Output& output, ADObject object) {
   object.deSerialize(false);
   Record record;
   record.text("guid", object.guid().toRealMSString());
-  if (!object.sid().toMSString().empty()) record.text("sid", object.sid().toMSString());
+  if (!object.sid().isNull()) record.text("sid", textOf(object.sid()));
   for (const auto& entry : object.attributes())
     if (!entry.second.empty()) record.texts(entry.first, entry.second);
   output.record(record);

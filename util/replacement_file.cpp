@@ -42,10 +42,6 @@ void ReplacementFile::commit() {
   m_fd.close();
 }
 
-bool ReplacementFile::isTemporary(const std::string& path) {
-  return path.find(gTempFileMarker, path.rfind('/') + 1) != std::string::npos;
-}
-
 // What cannot be opened for want of rights or descriptors may be a live writer's. unlink leaves directories
 // alone, and the files of others may stay.
 void ReplacementFile::removeLeftover(const std::string& path) {

@@ -31,7 +31,9 @@ class ReplacementFile {
   void commit();
 
   /// Whether a path is that of a temporary file. The names of the directories above do not count.
-  static bool isTemporary(const std::string& path);
+  static bool isTemporary(const std::string& path) {
+    return path.find(gTempFileMarker, path.rfind('/') + 1) != std::string::npos;
+  }
   /// Removes a temporary file unless its writer is or may be alive. No failure counts.
   static void removeLeftover(const std::string& path);
 

@@ -80,7 +80,7 @@ TEST(Tool, NeedsNoDaemonForValues) {
       {"blob -", 0, "  cn(s):Joe\n  objectClass(s):top,person\n", blob},
       {"blob --attribute objectClass", 0, "objectClass: top\nobjectClass: person\n", blob},
       {"blob --attribute nosuch", 1, "", blob},
-      {"conf --file /nonexistent get log", 4, "/nonexistent: No such file"},
+      {"conf --file \"$(printf '/\\033\\302\\233a')\" get log", 4, "fokrazo: /??a: No such file"},
       {"conf --file / set log x", 4, "/: is a directory"},
       {"conf --file /dev/null get log", 4, "/dev/null: is no plain file"},
       {"conf nosuch", 2, "not 'nosuch'"},
@@ -92,10 +92,11 @@ TEST(Tool, NeedsNoDaemonForValues) {
 TEST(Tool, ChangesAConfigurationFileAndNothingElseInIt) {
   ScratchDirectory scratch;
   const std::string path = scratch.path("conf");
-  std::ofstream(path) << "# hand-written\nlog:   WARN\n\nlist: a \"b c\"\nwait = 2m\n";
+  std::ofstream(path) << "# hand-written\nlog:   WARN\n\nlist: a \"b c\"\nwait = 2m\ncontrol: \302\233\n";
   const std::string before = "conf --file " + path + " ";
   const Row rows[] = {
       {"get LOG", 0, "WARN\n"},
+      {"get control", 0, "c29b\n"},
       {"get nosuch", 1, ""},
       {"get --list list", 0, "a\nb c\n"},
       {"get --time s wait", 0, "120\n"},
@@ -151,6 +152,7 @@ TEST(Tool, AsksTheDaemon) {
       {"list nosuch", 2, "list takes users, groups or shadow, not 'nosuch'"},
       {"search '(sAMAccountName=lq*)' cn", 0, "cn: Liên Quispe\n"},
       {"search '(cn=nosuch)'", 1, ""},
+      {"search --limit 2147483648 '(cn=a)'", 2, "option --limit needs a whole number, not '2147483648'"},
       {"search '(cn='", 4, "fokrazo: "},
       {"search --scope two '(cn=a)'", 2, "option --scope takes base, one or sub, not 'two'"},
       {"--json search --page 7 '(objectClass=computer)' cn", 0, "\"cn\":[\"linux01\"]"},
