@@ -149,34 +149,21 @@ class Enumeration {
 
 // --- What the functions of the module have in common ---
 
-nss_status toStatus(const vesk::Answer& answer, int* errnop) {
-  if (answer.outcome != vesk::Outcome::Success) *errnop = answer.error;
-  return static_cast<nss_status>(answer.nameStatus());
-}
-
-// For functions without errnop.
+// Runs the task of a function. What is not success sets `*errnop` too, which is errno for those without one.
 template <class Task>
-nss_status run(Task task) {
-  return toStatus(answer(task), &errno);
+nss_status run(int* errnop, Task task) {
+  const vesk::Answer result = answer(task);
+  if (result.outcome != vesk::Outcome::Success) *errnop = result.error;
+  return static_cast<nss_status>(result.nameStatus());
 }
 
-// `result` is written on success alone; `find` gives a view.
-template <class Database, class Find>
-nss_status lookUp(typename Database::Entry* result, char* buffer, size_t size, int* errnop, Find find) {
-  return toStatus(answer([&] {
-                    CallerBuffer texts(buffer, size);
-                    *result = Database::write(find(), texts);
-                  }),
-                  errnop);
-}
-
-template <class Database>
-nss_status next(typename Database::Entry* result, char* buffer, size_t size, int* errnop) {
-  return toStatus(answer([&] {
-                    CallerBuffer texts(buffer, size);
-                    *result = Enumeration<Database>::instance().next(texts);
-                  }),
-                  errnop);
+// `make` gives the entry, with its texts in the caller's buffer. `result` is written on success alone.
+template <class Entry, class Make>
+nss_status fill(Entry* result, char* buffer, size_t size, int* errnop, Make make) {
+  return run(errnop, [&] {
+    CallerBuffer texts(buffer, size);
+    *result = make(texts);
+  });
 }
 
 // The C library's growing array of group ids: `size` places, of which `start` are taken, at most `limit` if
@@ -211,53 +198,58 @@ struct GroupArray {
 extern "C" {
 
 nss_status _nss_fokrazo_getpwnam_r(const char* name, passwd* result, char* buffer, size_t size, int* errnop) {
-  return lookUp<Users>(result, buffer, size, errnop, [&] { return findByName<Users>(name); });
+  return fill(result, buffer, size, errnop,
+              [&](CallerBuffer& texts) { return Users::write(findByName<Users>(name), texts); });
 }
 
 nss_status _nss_fokrazo_getpwuid_r(uid_t uid, passwd* result, char* buffer, size_t size, int* errnop) {
-  return lookUp<Users>(result, buffer, size, errnop, [&] { return findById<Users>(uid); });
+  return fill(result, buffer, size, errnop,
+              [&](CallerBuffer& texts) { return Users::write(findById<Users>(uid), texts); });
 }
 
 nss_status _nss_fokrazo_getgrnam_r(const char* name, group* result, char* buffer, size_t size, int* errnop) {
-  return lookUp<Groups>(result, buffer, size, errnop, [&] { return findByName<Groups>(name); });
+  return fill(result, buffer, size, errnop,
+              [&](CallerBuffer& texts) { return Groups::write(findByName<Groups>(name), texts); });
 }
 
 nss_status _nss_fokrazo_getgrgid_r(gid_t gid, group* result, char* buffer, size_t size, int* errnop) {
-  return lookUp<Groups>(result, buffer, size, errnop, [&] { return findById<Groups>(gid); });
+  return fill(result, buffer, size, errnop,
+              [&](CallerBuffer& texts) { return Groups::write(findById<Groups>(gid), texts); });
 }
 
 nss_status _nss_fokrazo_setpwent(int /*stayOpen*/) {
-  return run([] { Enumeration<Users>::instance().begin(); });
+  return run(&errno, [] { Enumeration<Users>::instance().begin(); });
 }
 
 nss_status _nss_fokrazo_getpwent_r(passwd* result, char* buffer, size_t size, int* errnop) {
-  return next<Users>(result, buffer, size, errnop);
+  return fill(result, buffer, size, errnop,
+              [](CallerBuffer& texts) { return Enumeration<Users>::instance().next(texts); });
 }
 
 nss_status _nss_fokrazo_endpwent() {
-  return run([] { Enumeration<Users>::instance().end(); });
+  return run(&errno, [] { Enumeration<Users>::instance().end(); });
 }
 
 nss_status _nss_fokrazo_setgrent(int /*stayOpen*/) {
-  return run([] { Enumeration<Groups>::instance().begin(); });
+  return run(&errno, [] { Enumeration<Groups>::instance().begin(); });
 }
 
 nss_status _nss_fokrazo_getgrent_r(group* result, char* buffer, size_t size, int* errnop) {
-  return next<Groups>(result, buffer, size, errnop);
+  return fill(result, buffer, size, errnop,
+              [](CallerBuffer& texts) { return Enumeration<Groups>::instance().next(texts); });
 }
 
 nss_status _nss_fokrazo_endgrent() {
-  return run([] { Enumeration<Groups>::instance().end(); });
+  return run(&errno, [] { Enumeration<Groups>::instance().end(); });
 }
 
 // Adds a user's groups beside `primary` to the array, once the daemon has told all of them.
 nss_status _nss_fokrazo_initgroups_dyn(const char* user, gid_t primary, long* start, long* size,
                                        gid_t** groups, long limit, int* errnop) {
-  return toStatus(answer([&] {
-                    GroupArray array = {start, size, groups, limit};
-                    for (const gid_t id : groupsOf(user))
-                      if (id != primary && !array.has(id) && !array.isFull()) array.add(id);
-                  }),
-                  errnop);
+  return run(errnop, [&] {
+    GroupArray array = {start, size, groups, limit};
+    for (const gid_t id : groupsOf(user))
+      if (id != primary && !array.has(id) && !array.isFull()) array.add(id);
+  });
 }
 }
