@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "ber/qtr_ber.h"
 #include "lrpc/ipc_exception.h"
@@ -43,8 +44,33 @@ void wipe(const berval& bytes) {
 struct FreeElement {
   void operator()(BerElement* element) const { qtr_ber_free(element, 1); }
 };
-struct FreeMemory {
-  void operator()(void* memory) const { qtr_ber_memfree(memory); }
+
+// The message of a frame that is coming in.
+class IncomingBytes {
+ public:
+  // Zeroed memory comes from the system page by page, as it is touched. One byte more ends a last text.
+  explicit IncomingBytes(unsigned int length)
+      : m_bytes{length, static_cast<char*>(qtr_ber_memcalloc(1, size_t{length} + 1))} {}
+  ~IncomingBytes() {
+    if (!m_bytes.bv_val) return;
+    wipe({m_received, m_bytes.bv_val});
+    qtr_ber_memfree(m_bytes.bv_val);
+  }
+  IncomingBytes(const IncomingBytes&) = delete;
+  IncomingBytes& operator=(const IncomingBytes&) = delete;
+
+  explicit operator bool() const { return m_bytes.bv_val != nullptr; }
+  void read(int fd) {
+    auto* const bytes = reinterpret_cast<unsigned char*>(m_bytes.bv_val);
+    const auto length = static_cast<unsigned int>(m_bytes.bv_len);
+    while (m_received < length) m_received += readMsg(fd, bytes + m_received, length - m_received, nullptr);
+  }
+  // They are the caller's from here on.
+  berval release() { return std::exchange(m_bytes, berval{}); }
+
+ private:
+  berval m_bytes;
+  unsigned int m_received = 0;
 };
 
 }  // namespace
@@ -239,12 +265,11 @@ void IPCMessage::get(int fd) {
 }
 
 void IPCMessage::receive(int fd, unsigned int length) {
-  // Zeroed memory comes from the system page by page, as it is touched. One byte more ends a last text.
   std::unique_ptr<BerElement, FreeElement> element(qtr_ber_alloc_t(1));
-  std::unique_ptr<char, FreeMemory> bytes(static_cast<char*>(qtr_ber_memcalloc(1, size_t{length} + 1)));
+  IncomingBytes bytes(length);
   if (!element || !bytes) failFrame(length, ENOMEM, ENOMEM);
-  readN(fd, reinterpret_cast<unsigned char*>(bytes.get()), length);
-  berval message = {length, bytes.release()};
+  bytes.read(fd);
+  berval message = bytes.release();
   m_ber = element.release();
   qtr_ber_init2(m_ber, &message, 0);
 }

@@ -6,9 +6,9 @@
 
 namespace vesk {
 
-/// A string for secrets: its destructor overwrites the text. Only the object's own text is wiped. What was
-/// copied from it or moved out by string's own operations, and memory that it gave up while it grew, is not:
-/// make it at its full length, and hand it on by reference.
+/// A string for secrets: its destructor overwrites the text, and what a longer one has left behind it. Only
+/// the object's own memory is wiped. What was copied from it or moved out by string's own operations, and
+/// memory that it gave up while it grew, is not: make it at its full length, and hand it on by reference.
 /// Thread-safety: as string.
 class Shredder : public std::string {
  public:
@@ -19,6 +19,7 @@ class Shredder : public std::string {
   Shredder(const Shredder&) = default;
   Shredder& operator=(const Shredder&) = default;
   ~Shredder() {
+    resize(capacity());              // a longer text may have stood here before
     explicit_bzero(data(), size());  // unlike memset, it stays although nothing reads the bytes again
     clear();
   }

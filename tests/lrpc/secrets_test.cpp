@@ -4,6 +4,9 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -15,6 +18,7 @@
 #include <new>
 #include <string>
 
+#include "lrpc/ipcmessage.h"
 #include "lrpc/session.h"
 #include "lrpc/shredder.h"
 #include "lrpc/unixviews.h"
@@ -168,15 +172,38 @@ TEST_F(SecretsTest, NoneIsLogged) {
   }
 }
 
+TEST_F(SecretsTest, NoneIsLeftOfAReplyThatBreaksOff) {
+  configure("lrpc.timeout: 0\n");
+  int ends[2];
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+  const UniqueFd own(ends[0]), peer(ends[1]);
+  const Unit unit = newUnit();
+  const pid_t child = fork();
+  if (child == 0) {  // whose memory is another
+    std::string frame = {100, 0, 0, 0};
+    for (int i = 0; i < 8; ++i) frame += textOf(unit);
+    _exit(write(peer.get(), frame.data(), frame.size()) == static_cast<ssize_t>(frame.size()) ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_EQ(status, 0);
+  IPCReply reply;
+  EXPECT_THROW(reply.get(own.get()), TimeoutException);
+  EXPECT_EQ(found(unit), "");
+}
+
 // A short text stands in the object itself, where it can be looked at afterwards.
 TEST(ShredderTest, WipesItsOwnTextAlone) {
   alignas(Shredder) static unsigned char place[sizeof(Shredder)];
   const std::string original = "short";
   auto* secret = new (place) Shredder(original);
   Shredder copy = *secret;
+  secret->assign("no");
   secret->~Shredder();
   const volatile unsigned char* bytes = place;
-  EXPECT_EQ(std::string(bytes, bytes + sizeof place).find("hort"), std::string::npos);
+  const std::string left(bytes, bytes + sizeof place);
+  EXPECT_EQ(left.find("no"), std::string::npos);
+  EXPECT_EQ(left.find("rt"), std::string::npos);
   EXPECT_EQ(original, "short");
   EXPECT_EQ(copy, "short");
 }
