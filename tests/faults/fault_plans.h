@@ -2,10 +2,12 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <new>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/support/faults.h"
@@ -17,6 +19,9 @@ struct FaultPlan {
   Call call;
   int error;
   bool lasting;
+
+  /// Whether what is asked of the system needs only be asked again.
+  bool isInterruption() const { return error == EINTR && call != Call::Open; }
 };
 
 inline const std::vector<FaultPlan>& faultPlans() {
@@ -42,6 +47,15 @@ inline const std::vector<FaultPlan>& faultPlans() {
       {Call::Wait, EIO, true},
   };
   return plans;
+}
+
+/// Runs `work` in a thread of its own, which a lock that this one has kept would stop: that ends the program.
+template <class Work>
+void inAnotherThread(Work work) {
+  constexpr unsigned kPatience = 60;  // seconds
+  alarm(kPatience);
+  std::thread(work).join();
+  alarm(0);
 }
 
 /// Runs `attempt` with the first call of that kind failing, then the second, and so on until there is none

@@ -10,6 +10,7 @@
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <cerrno>
 #include <csignal>
@@ -69,10 +70,14 @@ FOKRAZO_FAULTY(Open, nullptr, FILE*, fdopen, (int fd, const char* mode), (fd, mo
 FOKRAZO_FAULTY(Open, nullptr, FILE*, popen, (const char* command, const char* mode), (command, mode))
 FOKRAZO_FAULTY(Open, nullptr, DIR*, opendir, (const char* path), (path))
 FOKRAZO_FAULTY(Open, nullptr, DIR*, fdopendir, (int fd), (fd))
+FOKRAZO_FAULTY(Open, nullptr, gzFile, gzopen, (const char* path, const char* mode), (path, mode))
+FOKRAZO_FAULTY(Open, nullptr, gzFile, gzdopen, (int fd, const char* mode), (fd, mode))
+FOKRAZO_FAULTY(Open, -1, int, connect, (int fd, const sockaddr* address, socklen_t size), (fd, address, size))
 FOKRAZO_FAULTY(Open, -1, int, fork, (), ())
-FOKRAZO_FAULTY(Read, nullptr, dirent*, readdir, (DIR * directory), (directory))
-FOKRAZO_FAULTY(Read, -1, ssize_t, readlink, (const char* path, char* buffer, size_t size),
+FOKRAZO_FAULTY(Inspect, nullptr, dirent*, readdir, (DIR * directory), (directory))
+FOKRAZO_FAULTY(Inspect, -1, ssize_t, readlink, (const char* path, char* buffer, size_t size),
                (path, buffer, size))
+FOKRAZO_FAULTY(Read, -1, int, gzread, (gzFile file, void* buffer, unsigned size), (file, buffer, size))
 FOKRAZO_FAULTY(Inspect, -1, int, stat, (const char* path, struct stat* info), (path, info))
 FOKRAZO_FAULTY(Inspect, -1, int, lstat, (const char* path, struct stat* info), (path, info))
 FOKRAZO_FAULTY(Inspect, -1, int, fstat, (int fd, struct stat* info), (fd, info))
@@ -89,6 +94,9 @@ FOKRAZO_FAULTY(Change, -1, int, unlinkat, (int fd, const char* path, int flags),
 FOKRAZO_FAULTY(Change, -1, int, mkdirat, (int fd, const char* path, mode_t mode), (fd, path, mode))
 FOKRAZO_FAULTY(Change, -1, int, renameat, (int from, const char* old, int to, const char* name),
                (from, old, to, name))
+FOKRAZO_FAULTY(Change, -1, int, renameat2,
+               (int from, const char* old, int to, const char* name, unsigned flags),
+               (from, old, to, name, flags))
 FOKRAZO_FAULTY(Change, -1, int, chmod, (const char* path, mode_t mode), (path, mode))
 FOKRAZO_FAULTY(Change, -1, int, fchmod, (int fd, mode_t mode), (fd, mode))
 FOKRAZO_FAULTY(Change, -1, int, fchmodat, (int fd, const char* path, mode_t mode, int flags),
@@ -100,9 +108,9 @@ FOKRAZO_FAULTY(Change, -1, int, ftruncate, (int fd, off_t size), (fd, size))
 FOKRAZO_FAULTY(Change, -1, int, fsync, (int fd), (fd))
 FOKRAZO_FAULTY(Change, -1, int, flock, (int fd, int operation), (fd, operation))
 FOKRAZO_FAULTY(Write, EOF, int, fflush, (FILE * file), (file))
+FOKRAZO_FAULTY(Write, 0, int, gzwrite, (gzFile file, const void* buffer, unsigned size), (file, buffer, size))
 FOKRAZO_FAULTY(Wait, -1, pid_t, waitpid, (pid_t pid, int* status, int options), (pid, status, options))
 FOKRAZO_FAULTY(Wait, -1, int, poll, (pollfd * entries, nfds_t count, int timeout), (entries, count, timeout))
-FOKRAZO_FAULTY(Wait, -1, int, connect, (int fd, const sockaddr* address, socklen_t size), (fd, address, size))
 
 extern "C" {
 

@@ -14,9 +14,9 @@ enum class Call {
   Close,
   Read,
   Write,
-  Inspect,  ///< stat and its like
+  Inspect,  ///< stat and its like, lists of names
   Change,   ///< whatever changes names, modes and sizes; locks, fsync
-  Wait,     ///< poll, connect
+  Wait,     ///< poll, waitpid
   Count
 };
 
