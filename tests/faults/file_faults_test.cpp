@@ -75,8 +75,8 @@ const Work kWorks[] = {
      nullptr},
     {"save a setting",
      [](const std::string& dir) {
-       writeSettingFile("replaced", "new", SETTING_PUBLIC, dir);
-       return readSettingFile("replaced", dir);
+       writeSettingFile("replaced", "new", SETTING_PUBLIC, dir + "/");
+       return readSettingFile("replaced", dir + "/");
      },
      "kset.replaced"},
     {"save a setting of the system",
@@ -311,6 +311,9 @@ TEST_F(FileFaultsTest, EachCallOfEachWorkFails) {
     SCOPED_TRACE(work.name);
     prepare();
     const std::string expected = work.run(kDir);
+    if (work.replaced) {
+      ASSERT_NE(get(at(work.replaced)).find("new"), std::string::npos);
+    }
     m_before = openDescriptors();
     for (const FaultPlan& plan : faultPlans()) {
       std::string result;
