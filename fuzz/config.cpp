@@ -94,11 +94,31 @@ bool movesVariables(const std::string& content) {
   return false;
 }
 
-void rewriteUnchanged(const Properties::Map& expected) {
+// The comments that a save leaves as they are: those that name no value.
+std::multiset<std::string> commentsOf(const std::string& content, const Properties::Map& values) {
+  std::multiset<std::string> comments;
+  std::istringstream stream(content);
+  std::string line;
+  std::string extra;
+  std::string key;
+  std::string value;
+  while (stream.good()) {
+    Properties::getLine(stream, line, extra, false);
+    if (!Properties::isComment(line)) continue;
+    const std::string text = line.substr(std::min(line.find_first_not_of("#!"), line.size()));
+    if (!Properties::getPropertyFromLine(text, key, value) || values.count(key) == 0) comments.insert(line);
+  }
+  return comments;
+}
+
+void rewriteUnchanged(const std::string& content, const Properties::Map& expected) {
   Properties file(false);
   file.load(kFile.c_str(), false);
   FUZZ_CHECK(file.saveProperty(kFile) == 0);
   FUZZ_CHECK(gives(expected));
+  const auto before = commentsOf(content, expected);
+  const auto after = commentsOf(fuzz::read(kFile), expected);
+  FUZZ_CHECK(std::includes(after.begin(), after.end(), before.begin(), before.end()));
 }
 
 void rewriteWith(Properties::Map expected, const std::string& value) {
@@ -143,7 +163,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const Properties::ValueList list = listOf(value);
   tryList(reading, list);
   if (movesVariables(content) || content.find('\0') != std::string::npos) return 0;
-  rewriteUnchanged(values);
+  rewriteUnchanged(content, values);
   rewriteWith(values, value);
   rewriteWithList(values.empty() ? kKey : values.begin()->first, list);
   return prepared ? 0 : -1;

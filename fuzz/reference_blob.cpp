@@ -46,11 +46,11 @@ bool ReferenceBlob::take(std::string& text) {
 }
 
 bool ReferenceBlob::takeRecord() {
-  Record record = {m_position, "", 0, {}};
+  Record record = {m_position, "", {}};
   if (!take(record.name) || m_position + 4 > m_bytes.size()) return false;
-  record.valueCount = static_cast<int32_t>(word(m_position));
+  const auto count = static_cast<int32_t>(word(m_position));
   m_position += 4;
-  for (int32_t i = 0; i < record.valueCount; ++i) {
+  for (int32_t i = 0; i < count; ++i) {
     record.values.emplace_back();
     if (!take(record.values.back())) return false;
   }
@@ -61,7 +61,7 @@ bool ReferenceBlob::takeRecord() {
 bool ReferenceBlob::indexFits(uint32_t count) const {
   if (count != records.size() || m_bytes.size() < kHeader + size_t{4} * count) return false;
   for (uint32_t i = 0; i < count; ++i) {
-    if (word(kHeader + 4 * i) != records[i].offset || records[i].valueCount < 0) return false;
+    if (word(kHeader + 4 * i) != records[i].offset) return false;
     if (i > 0 && records[i].name <= records[i - 1].name) return false;
   }
   return true;

@@ -13,7 +13,6 @@ struct ReferenceBlob {
   struct Record {
     size_t offset;
     std::string name;
-    int32_t valueCount;
     std::vector<std::string> values;
   };
 
@@ -22,7 +21,8 @@ struct ReferenceBlob {
 
   /// The records fill all that stands behind the index, and every text and reference can be read.
   bool readable = false;
-  /// As a writer makes it: also the index is what the records say, the names rise, and no count is below 0.
+  /// As a writer makes it: also the index is what the records say, and the names rise. A count below 0 counts
+  /// as 0.
   bool wellFormed = false;
   std::vector<Record> records;
 
