@@ -2,6 +2,7 @@
 
 #include "util/include/file_logging.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <syslog.h>
@@ -15,6 +16,7 @@
 #include "tests/support/syslog_socket.h"
 #include "util/include/log.h"
 #include "util/include/log_gzip.h"
+#include "util/include/unique_fd.h"
 
 using namespace vesk;
 namespace fs = std::filesystem;
@@ -139,6 +141,8 @@ TEST_F(LogFileTest, TrapsInPlaceOfTheFileAreRefused) {
   const std::pair<const char*, int> rows[] = {
       {"fifo", ENXIO}, {"link to fifo", ENXIO}, {"directory", EISDIR}, {"missing/log", ENOENT}};
   for (const auto& [name, error] : rows) EXPECT_EQ(file.init(in(name).c_str()), error) << name;
+  const UniqueFd reader(open(in("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  EXPECT_EQ(file.init(in("fifo").c_str()), ENXIO) << "with a reader";
   if (lchown(in("link").c_str(), testsupport::kOrdinaryUser, 0) == 0) {
     EXPECT_EQ(file.init(in("link").c_str()), ELOOP);
     EXPECT_EQ(modeOf(in("target")) & 07777, 0400u);
