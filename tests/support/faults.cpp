@@ -62,6 +62,9 @@ size_t share(Call call, size_t size) {
 FOKRAZO_FAULTY(Allocate, nullptr, void*, malloc, (size_t size), (size))
 FOKRAZO_FAULTY(Allocate, nullptr, void*, calloc, (size_t count, size_t size), (count, size))
 FOKRAZO_FAULTY(Allocate, nullptr, char*, strdup, (const char* text), (text))
+FOKRAZO_FAULTY(Allocate, nullptr, void*, ber_memalloc, (ber_len_t size), (size))
+FOKRAZO_FAULTY(Allocate, nullptr, void*, ber_memcalloc, (ber_len_t count, ber_len_t size), (count, size))
+FOKRAZO_FAULTY(Allocate, nullptr, BerElement*, ber_alloc_t, (int options), (options))
 FOKRAZO_FAULTY(Open, -1, int, mkstemp, (char* name), (name))
 FOKRAZO_FAULTY(Open, -1, int, mkostemp, (char* name, int flags), (name, flags))
 FOKRAZO_FAULTY(Open, -1, int, socket, (int domain, int type, int protocol), (domain, type, protocol))
@@ -215,24 +218,6 @@ void operator delete(void* memory, size_t) noexcept {
 
 namespace {
 
-// liblber's memory comes by here too.
-void* berMalloc(ber_len_t size, void*) {
-  return __wrap_malloc(size);
-}
-void* berCalloc(ber_len_t count, ber_len_t size, void*) {
-  return __wrap_calloc(count, size);
-}
-void* berRealloc(void* memory, ber_len_t size, void*) {
-  return fails(Call::Allocate) ? nullptr : realloc(memory, size);
-}
-void berFree(void* memory, void*) {
-  free(memory);
-}
-const bool gBerMemorySet = [] {
-  BerMemoryFunctions functions = {berMalloc, berCalloc, berRealloc, berFree};
-  return ber_set_option(nullptr, LBER_OPT_MEMORY_FNS, &functions) == LBER_OPT_SUCCESS;
-}();
-
 constexpr suseconds_t kInterval = 100;  // microseconds
 std::atomic<unsigned long> gInterruptions{0};
 
@@ -246,7 +231,6 @@ void setTimer(suseconds_t interval) {
 namespace testsupport {
 
 Fault::Fault(Call call, unsigned nth, int error, bool lasting) {
-  if (!gBerMemorySet) abort();
   gPlan = {call, nth, error, lasting, false};
 }
 

@@ -9,7 +9,7 @@ namespace testsupport {
 
 /// Kinds of calls, each counted by itself.
 enum class Call {
-  Allocate,  ///< operator new, malloc and calloc, liblber's own included
+  Allocate,  ///< operator new, malloc and calloc, and what liblber is asked for
   Open,      ///< whatever makes a descriptor
   Close,
   Read,

@@ -57,9 +57,11 @@ std::string listed(bool isRefused, Next next) {
 }
 
 std::string ownRequest(LocalRpcSession& session) {
-  IPCRequest request(IPC_OP_PING);
-  IPCReply reply;
-  return thrownBy([&] { session.lrpc(request, reply); });
+  return thrownBy([&] {
+    IPCRequest request(IPC_OP_PING);
+    IPCReply reply;
+    session.lrpc(request, reply);
+  });
 }
 
 // Operations with out arguments.
