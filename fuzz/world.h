@@ -1,4 +1,4 @@
-/// The private world (see tests/support/private_world.cpp) as fuzz targets set it up.
+/// The private world (see tests/support/private_world) as fuzz targets set it up.
 #pragma once
 
 #include <linux/magic.h>

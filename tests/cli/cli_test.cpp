@@ -5,10 +5,12 @@
 #include <fstream>
 #include <string>
 
-#include "tests/cli/tool_run.h"
 #include "tests/standin/standin_process.h"
+#include "tests/support/command_line.h"
 
 namespace {
+
+using namespace testsupport;
 
 struct Row {
   const char* words;
@@ -20,7 +22,7 @@ struct Row {
 template <size_t kCount>
 void expectRows(const Row (&rows)[kCount], const std::string& before = "") {
   for (const Row& row : rows) {
-    const Ran ran = run(before + row.words, row.input);
+    const Ran ran = run("fokrazo " + before + row.words, row.input);
     EXPECT_EQ(ran.status, row.status) << row.words << "\n" << ran.out;
     EXPECT_NE(ran.out.find(row.holds), std::string::npos) << row.words << "\n" << ran.out;
   }
@@ -35,7 +37,6 @@ TEST(Tool, NeedsNoDaemonForValues) {
   const Row rows[] = {
       {"--help", 0, "Exit status: 0 found"},
       {"user --help", 0, "usage: fokrazo [OPTION …] user"},
-      {"--json --help", 0, "Exit status: 0 found"},
       {"", 2, "missing a command"},
       {"nosuch", 2, "unknown command nosuch"},
       {"--nosuch ping", 2, "unknown option --nosuch"},
@@ -44,11 +45,9 @@ TEST(Tool, NeedsNoDaemonForValues) {
       {"--timeout=5 --socket=/nonexistent/daemon ping", 3,
        "no daemon at /nonexistent/daemon: ipc socket connect"},
       {"--socket $(printf %0108d 0) ping", 2, "option --socket takes a path of at most 107 bytes, not '0"},
-      {"--timeout 0 ping", 2, "option --timeout needs a number of seconds, not '0'"},
       {"user", 2, "missing a name, id, SID or GUID"},
       {"user ''", 2, "the name is empty"},
       {"user a b", 2, "unexpected 'b'"},
-      {"user --nosuch a", 2, "unknown option --nosuch"},
       {"user --by uid a", 2, "option --by takes name, id, sid or guid, not 'uid'"},
       {"user --by id a", 2, "'a' is no numeric id"},
       {"sid AQUAAAAAAAUVAAAAY1VtFeDh0ixWMyJl9QEAAA==", 0,
@@ -76,7 +75,6 @@ TEST(Tool, NeedsNoDaemonForValues) {
       {"dict --releases", 0, "Total: 35\n"},
       {"blob /nonexistent", 2, "/nonexistent: No such file"},
       {"blob </dev/null", 4, "standard input: Bad length value"},
-      {"blob /dev/null", 4, "/dev/null: Bad length value"},
       {"blob -", 0, "  cn(s):Joe\n  objectClass(s):top,person\n", blob},
       {"blob --attribute objectClass", 0, "objectClass: top\nobjectClass: person\n", blob},
       {"blob --attribute nosuch", 1, "", blob},
@@ -144,7 +142,6 @@ TEST(Tool, AsksTheDaemon) {
       {"group 20002", 0, "Büro:x:20002:"},
       {"group nosuch", 1, "nosuch: Group not found"},
       {"object Büro", 0, "sAMAccountName: Büro\n"},
-      {"shadow nosuch", 1, "nosuch: User not found"},
       {"shadow lquispe", 0, "lquispe:x:"},
       {"list users", 0, passwd},
       {"list groups", 0, "Büro:x:20002:dgruber"},

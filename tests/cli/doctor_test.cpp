@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "tests/cli/tool_run.h"
+#include "tests/support/command_line.h"
 #include "tests/support/scripted_peer.h"
 #include "tests/support/wire.h"
 #include "tests/support/world_test.h"
@@ -32,7 +32,7 @@ class DoctorTest : public WorldTest {
 
   std::string socket() const { return in("daemon"); }
   Ran examine(const std::string& options = "") {
-    return run("--socket " + socket() + " " + options + " doctor");
+    return run("fokrazo --socket " + socket() + " " + options + " doctor");
   }
 
   static void expectIn(const Ran& ran, const std::string& line) {
@@ -78,31 +78,24 @@ TEST_F(DoctorTest, TellsTheDaemonsComplaint) {
 }
 
 TEST_F(DoctorTest, TellsWhyTheDaemonIsOutOfReach) {
-  struct Row {
-    std::function<void(ScriptedPeer&)> script;
+  const struct {
+    std::string bytes;  // what the daemon says before it hangs up; with none it stays, and stays silent
     int status;
     const char* line;
+  } rows[] = {
+      {"", 3, "problem  ping: TimeoutException: "},
+      {"\4", 3, "problem  ping: ConnectionBrokenException: "},
+      {framed("abcd"), 3, "problem  ping: IOException: "},
+      {framed(reply(3)), 1, "problem  ping: Unsuccesful IPC execute: not authorized"},
   };
-  const std::string path = socket();
-  const Row rows[] = {
-      {[](ScriptedPeer& peer) { peer.expect(request(0)).stall(); }, 3, "problem  ping: TimeoutException: "},
-      {[](ScriptedPeer& peer) { peer.expect(request(0)).hangUp(); }, 3,
-       "problem  ping: ConnectionBrokenException: "},
-      {[](ScriptedPeer& peer) {
-         peer.expect(request(0)).sendRaw("\4").sendRaw(std::string("\0\0\0abcd", 7));
-       },
-       3, "problem  ping: IOException: "},
-      {[](ScriptedPeer& peer) { peer.expect(request(0)).send(reply(3)); }, 1,
-       "problem  ping: Unsuccesful IPC execute: not authorized"},
-  };
-  for (const Row& row : rows) {
-    ScriptedPeer peer(path);
-    row.script(peer);
+  for (const auto& row : rows) {
+    ScriptedPeer peer(socket());
+    peer.expect(request(0)).sendRaw(row.bytes);
+    if (!row.bytes.empty()) peer.hangUp();
     const Ran ran = examine("--timeout 1");
     EXPECT_EQ(ran.status, row.status) << ran.out;
     expectIn(ran, row.line);
     expectIn(ran, "ok       joined: ");
-    unlink(path.c_str());
   }
 }
 
@@ -134,15 +127,13 @@ TEST_F(DoctorTest, TellsWhatIsMissingInTheJoinedState) {
 }
 
 TEST_F(DoctorTest, ReadsTheConfigurationAloud) {
-  struct Row {
+  const struct {
     const char* text;
     const char* complaint;  // empty: none
-  };
-  const Row rows[] = {
-      {"LOG: WARN\nlog.lrpc: TRACE\nlogger.facility.*: daemon\nlogger.openlog.sshd: "
-       "no\nlogger.showmore.lrpc: 7\n",
-       ""},
-      {"lrpc.timeout: -1\nlrpc.connect.timeout: 2m\nlogger.destination: /tmp/log\npam.any: thing\n", ""},
+  } rows[] = {
+      {"LOG: WARN\nlog.lrpc: TRACE\nlogger.facility.*: daemon\nlogger.showmore.lrpc: 7", ""},
+      {"lrpc.timeout: -1\nlrpc.connect.timeout: 2m\nlogger.destination: /tmp/log", ""},
+      {"pam.any: thing\nlogger.openlog.sshd: no", ""},
       {"log: info", "problem  configuration: log: 'info' is not one of TRACE"},
       {"log.lrpc: 3", "log.lrpc: '3' is not one of TRACE"},
       {"logger.facility.*: nosuch", "logger.facility.*: 'nosuch' is not a facility"},
@@ -161,7 +152,7 @@ TEST_F(DoctorTest, ReadsTheConfigurationAloud) {
       {"logger.program.ignore: file:/nonexistent", "/nonexistent does not exist"},
       {"any.key: file:/proc/self", "/proc/self is a symbolic link"},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     put("/etc/velmora/velmora.conf", row.text + std::string("\n"));
     const Ran ran = examine();
     const bool complains = ran.out.find("ok       configuration: ") == std::string::npos;

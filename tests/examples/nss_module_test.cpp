@@ -12,22 +12,26 @@
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <thread>
 
 #include "tests/standin/standin_process.h"
+#include "tests/support/scratch_test.h"
 
 namespace {
 
+using testsupport::checkInChild;
+using testsupport::openDescriptors;
+
 constexpr char kSocket[] = "/var/velmora/daemon";
-constexpr char kUser[] = "lquispe";  // uid 10060, in no group but the primary one
-constexpr char kGroup[] = "Büro";    // gid 20002
+const std::vector<std::string> kAtTheSocket = {"--socket", kSocket};
+constexpr char kUser[] = "lquispe";  // in no group but the primary one
+constexpr char kUserLine[] = "lquispe:x:Liên Quispe:/home/lquispe:/bin/false:10060:20004";
+constexpr char kGroup[] = "Büro";
 constexpr size_t kLarge = 4096;
 constexpr char kFill = 0x5a;
 
@@ -42,8 +46,6 @@ Function* function(const char* name) {
 
 template <class Entry>
 using ByName = nss_status(const char*, Entry*, char*, size_t, int*);
-template <class Entry>
-using ById = nss_status(uid_t, Entry*, char*, size_t, int*);
 template <class Entry>
 using Next = nss_status(Entry*, char*, size_t, int*);
 
@@ -67,49 +69,11 @@ std::string text(nss_status status, int error) {
   return status == NSS_STATUS_SUCCESS ? name : name + " " + strerrorname_np(error);
 }
 
-template <class Entry>
-std::string askFor(const char* functionName, const char* name) {
-  Entry entry;
-  char buffer[kLarge];
-  int error = 0;
-  const nss_status status =
-      function<ByName<Entry>>(functionName)(name, &entry, buffer, sizeof buffer, &error);
-  return text(status, error);
-}
-
-std::string askFor(const char* user) {
-  return askFor<passwd>("getpwnam_r", user);
-}
-
-/// In a thread that has no session yet, and leaves none.
-std::string askAnew(const char* name) {
-  std::string answer;
-  std::thread([&] { answer = askFor(name); }).join();
-  return answer;
-}
-
-size_t openDescriptors() {
-  const std::filesystem::directory_iterator all("/proc/self/fd");
-  return static_cast<size_t>(std::distance(begin(all), end(all)));
-}
-
-/// The stand-in on the modules' socket.
-class Daemon : public StandinProcess {
- public:
-  explicit Daemon(std::vector<std::string> arguments = {})
-      : StandinProcess(atTheSocket(std::move(arguments))) {}
-
- private:
-  static std::vector<std::string> atTheSocket(std::vector<std::string> arguments) {
-    arguments.insert(arguments.end(), {"--socket", kSocket});
-    return arguments;
-  }
-};
-
-/// Calls with ever larger buffers until one is large enough; a smaller one changes nothing but itself.
+/// Calls with ever larger buffers until one is large enough, and gives the entry, or the status with the
+/// errno that goes with it; a smaller buffer changes nothing but itself.
 template <class Entry, class Call>
-std::string growUntilItFits(Call call) {
-  for (size_t size = 0; size < kLarge; ++size) {
+std::string growUntilItFits(Call call, size_t first) {
+  for (size_t size = first; size <= kLarge; ++size) {
     std::string buffer(kLarge, kFill);
     Entry entry, untouched;
     memset(&entry, kFill, sizeof entry);
@@ -125,37 +89,36 @@ std::string growUntilItFits(Call call) {
 }
 
 template <class Entry>
-std::string lookUpInGrowing(const char* functionName, const char* name) {
-  return growUntilItFits<Entry>([&](Entry* entry, char* buffer, size_t size, int* error) {
-    return function<ByName<Entry>>(functionName)(name, entry, buffer, size, error);
-  });
+std::string askFor(const char* functionName, const char* name, size_t first = kLarge) {
+  const auto call = [&](auto... places) { return function<ByName<Entry>>(functionName)(name, places...); };
+  return growUntilItFits<Entry>(call, first);
+}
+
+std::string askFor(const char* user) {
+  return askFor<passwd>("getpwnam_r", user);
+}
+
+/// In a thread that has no session yet, and leaves none.
+std::string askAnew(const char* name) {
+  std::string answer;
+  std::thread([&] { answer = askFor(name); }).join();
+  return answer;
 }
 
 TEST(NssModule, TooSmallABufferIsSaidToBeThat) {
-  const Daemon daemon;
-  EXPECT_EQ(lookUpInGrowing<passwd>("getpwnam_r", kUser),
-            "lquispe:x:Liên Quispe:/home/lquispe:/bin/false:10060:20004");
-  EXPECT_EQ(lookUpInGrowing<group>("getgrnam_r", kGroup), "Büro:x:20002,dgruber,mgruber,ygruber,rquispe");
+  const StandinProcess daemon(kAtTheSocket);
+  EXPECT_EQ(askFor<passwd>("getpwnam_r", kUser, 0), kUserLine);
+  EXPECT_EQ(askFor<group>("getgrnam_r", kGroup, 0), "Büro:x:20002,dgruber,mgruber,ygruber,rquispe");
 }
 
-/// All entries and, as the last, how the listing ended; in buffers that are too small at first or large
-/// enough.
+/// All entries and, as the last two, how the listing ended; in buffers of that size at first.
 template <class Entry>
-std::vector<std::string> listAll(const char* database, bool grow) {
-  const std::string name = database;
+std::vector<std::string> listAll(const std::string& name, size_t first) {
   auto* const next = function<Next<Entry>>(("get" + name + "_r").c_str());
   EXPECT_EQ(function<nss_status(int)>(("set" + name).c_str())(0), NSS_STATUS_SUCCESS);
   std::vector<std::string> lines;
   for (int ends = 0; ends < 2;) {
-    Entry entry;
-    char buffer[kLarge];
-    int error = 0;
-    if (grow) {
-      lines.push_back(growUntilItFits<Entry>(next));
-    } else {
-      const nss_status status = next(&entry, buffer, sizeof buffer, &error);
-      lines.push_back(status == NSS_STATUS_SUCCESS ? lineOf(entry) : text(status, error));
-    }
+    lines.push_back(growUntilItFits<Entry>(next, first));
     if (lines.back().find(':') == std::string::npos) ++ends;
   }
   EXPECT_EQ(function<nss_status()>(("end" + name).c_str())(), NSS_STATUS_SUCCESS);
@@ -163,29 +126,29 @@ std::vector<std::string> listAll(const char* database, bool grow) {
 }
 
 TEST(NssModule, AnEnumerationLosesNoEntryToASmallBuffer) {
-  const Daemon daemon;
-  const std::vector<std::string> users = listAll<passwd>("pwent", false),
-                                 groups = listAll<group>("grent", false);
+  const StandinProcess daemon(kAtTheSocket);
+  const std::vector<std::string> users = listAll<passwd>("pwent", kLarge),
+                                 groups = listAll<group>("grent", kLarge);
   EXPECT_EQ(users.size(), 21u);  // one user of the sample has root's group and is left out
   EXPECT_EQ(groups.size(), 5u);
   EXPECT_EQ(users.back(), "NOTFOUND ENOENT");
-  EXPECT_EQ(listAll<passwd>("pwent", true), users);
-  EXPECT_EQ(listAll<group>("grent", true), groups);
+  EXPECT_EQ(listAll<passwd>("pwent", 0), users);
+  EXPECT_EQ(listAll<group>("grent", 0), groups);
 }
 
 TEST(NssModule, AnEnumerationThatFailedStaysSo) {
   for (const char* fault : {"drop@3", "stall@3"}) {
-    const Daemon daemon({"--fault", fault});
-    const std::vector<std::string> lines = listAll<passwd>("pwent", false);
+    const StandinProcess daemon({"--socket", kSocket, "--fault", fault});
+    const std::vector<std::string> lines = listAll<passwd>("pwent", kLarge);
     ASSERT_EQ(lines.size(), 3u) << fault;
     EXPECT_EQ(lines[1], "TRYAGAIN EAGAIN") << fault;
     EXPECT_EQ(lines[2], "TRYAGAIN EAGAIN") << fault;
-    EXPECT_EQ(listAll<passwd>("pwent", false).back(), "NOTFOUND ENOENT") << fault;
+    EXPECT_EQ(listAll<passwd>("pwent", kLarge).back(), "NOTFOUND ENOENT") << fault;
   }
 }
 
 TEST(NssModule, NamesOfAnyByteAreNames) {
-  const Daemon daemon;
+  const StandinProcess daemon(kAtTheSocket);
   std::vector<std::string> names = {"",       "@#",  "*", "(uid=*)", "lquispe:", std::string(1 << 20, 'x'),
                                     "../etc", "%s%n"};
   for (int byte = 1; byte < 256; ++byte) names.push_back(std::string("lquispe") + static_cast<char>(byte));
@@ -193,7 +156,7 @@ TEST(NssModule, NamesOfAnyByteAreNames) {
     EXPECT_EQ(askFor(name.c_str()), "NOTFOUND ENOENT") << name.substr(0, 40);
     EXPECT_EQ(askFor<group>("getgrnam_r", name.c_str()), "NOTFOUND ENOENT") << name.substr(0, 40);
   }
-  EXPECT_EQ(askFor(kUser), "SUCCESS");
+  EXPECT_EQ(askFor(kUser), kUserLine);
 }
 
 TEST(NssModule, EachMisbehaviourHasItsAnswer) {
@@ -203,11 +166,11 @@ TEST(NssModule, EachMisbehaviourHasItsAnswer) {
   } rows[] = {
       {"stall", "TRYAGAIN EAGAIN"}, {"drop", "TRYAGAIN EAGAIN"},  {"lose", "TRYAGAIN EAGAIN"},
       {"short", "TRYAGAIN EAGAIN"}, {"cut", "TRYAGAIN EAGAIN"},   {"garbage", "UNAVAIL EIO"},
-      {"empty", "UNAVAIL EIO"},     {"refuse", "UNAVAIL EACCES"}, {"trickle", "SUCCESS"},
-      {"drop@1", "SUCCESS"},        {"restart@1", "SUCCESS"},
+      {"empty", "UNAVAIL EIO"},     {"refuse", "UNAVAIL EACCES"}, {"trickle", kUserLine},
+      {"drop@1", kUserLine},        {"restart@1", kUserLine},
   };
   for (const auto& row : rows) {
-    const Daemon daemon({"--fault", row.fault});
+    const StandinProcess daemon({"--socket", kSocket, "--fault", row.fault});
     EXPECT_EQ(askAnew(kUser), row.answer) << row.fault;
   }
 }
@@ -216,12 +179,12 @@ TEST(NssModule, ADaemonThatIsAwayIsUnavailableUntilItIsBack) {
   EXPECT_EQ(askFor("root"), "NOTFOUND ENOENT");  // of whom it is not asked
   EXPECT_EQ(askFor(kUser), "UNAVAIL EIO");
   {
-    const Daemon daemon;
-    EXPECT_EQ(askFor(kUser), "SUCCESS");
+    const StandinProcess daemon(kAtTheSocket);
+    EXPECT_EQ(askFor(kUser), kUserLine);
   }
   EXPECT_EQ(askFor(kUser), "UNAVAIL EIO");
-  const Daemon daemon;
-  EXPECT_EQ(askFor(kUser), "SUCCESS");
+  const StandinProcess daemon(kAtTheSocket);
+  EXPECT_EQ(askFor(kUser), kUserLine);
 }
 
 TEST(NssModule, TheDaemonItselfNeverWaitsForItself) {
@@ -236,16 +199,16 @@ TEST(NssModule, TheDaemonItselfNeverWaitsForItself) {
 }
 
 TEST(NssModule, WhatComesBackFromInsideTheLibraryIsNotAskedAgain) {
-  const Daemon daemon;
+  const StandinProcess daemon(kAtTheSocket);
   std::string inner;
   g_atConnect = [&] { inner = askFor(kUser); };
-  EXPECT_EQ(askAnew(kUser), "SUCCESS");
+  EXPECT_EQ(askAnew(kUser), kUserLine);
   g_atConnect = nullptr;
   EXPECT_EQ(inner, "UNAVAIL ECONNREFUSED");
 }
 
 TEST(NssModule, AProcessOutOfDescriptorsMayTryAgain) {
-  const Daemon daemon;
+  const StandinProcess daemon(kAtTheSocket);
   rlimit before;
   getrlimit(RLIMIT_NOFILE, &before);
   const int lowest = dup(0);
@@ -255,36 +218,35 @@ TEST(NssModule, AProcessOutOfDescriptorsMayTryAgain) {
   const std::string answer = askAnew(kUser);
   setrlimit(RLIMIT_NOFILE, &before);
   EXPECT_EQ(answer, "TRYAGAIN EMFILE");
-  EXPECT_EQ(askAnew(kUser), "SUCCESS");
+  EXPECT_EQ(askAnew(kUser), kUserLine);
 }
 
 TEST(NssModule, ThreadsAndChildrenHaveTheirOwnSessionsAndLeaveNone) {
-  const Daemon daemon;
+  const StandinProcess daemon(kAtTheSocket);
   errno = EDOM;
-  ASSERT_EQ(askFor(kUser), "SUCCESS");
+  ASSERT_EQ(askFor(kUser), kUserLine);
   EXPECT_EQ(errno, EDOM);
-  const size_t before = openDescriptors();
+  const long before = openDescriptors();
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i)
     threads.emplace_back([] {
       for (int j = 0; j < 20; ++j)
-        EXPECT_EQ(askFor(j % 2 ? kUser : "nosuch"), j % 2 ? "SUCCESS" : "NOTFOUND ENOENT");
+        EXPECT_EQ(askFor(j % 2 ? kUser : "nosuch"), j % 2 ? kUserLine : "NOTFOUND ENOENT");
     });
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(openDescriptors(), before);
 
-  const pid_t child = fork();
-  if (child == 0) _exit(askFor(kUser) == "SUCCESS" && openDescriptors() == before ? 0 : 1);
-  int status = -1;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(askFor(kUser), "SUCCESS");
+  checkInChild([&] {
+    EXPECT_EQ(askFor(kUser), kUserLine);
+    EXPECT_EQ(openDescriptors(), before);
+  });
+  EXPECT_EQ(askFor(kUser), kUserLine);
 }
 
 TEST(NssModule, NamesAreLookedUpAtTheEndOfAThreadAndOfTheProgram) {
-  const Daemon daemon;
-  ASSERT_EQ(askFor(kUser), "SUCCESS");
-  const size_t before = openDescriptors();
+  const StandinProcess daemon(kAtTheSocket);
+  ASSERT_EQ(askFor(kUser), kUserLine);
+  const long before = openDescriptors();
   static std::string answer;
   pthread_key_t key;
   pthread_key_create(&key, [](void*) { answer = askFor(kUser); });
@@ -294,26 +256,23 @@ TEST(NssModule, NamesAreLookedUpAtTheEndOfAThreadAndOfTheProgram) {
       if (!isFirstLookup) askFor(kUser);
       pthread_setspecific(key, &key);
     }).join();
-    EXPECT_EQ(answer, "SUCCESS") << isFirstLookup;
+    EXPECT_EQ(answer, kUserLine) << isFirstLookup;
     EXPECT_EQ(openDescriptors(), before) << isFirstLookup;
   }
   pthread_key_delete(key);
 
-  const pid_t child = fork();
-  if (child == 0) {
+  const auto askAtTheEnd = [] {
     askFor(kUser);
     g_atConnect = [] { _exit(2); };  // the session must still be there
-    atexit([] { _exit(askFor(kUser) == "SUCCESS" ? 0 : 1); });
+    atexit([] { _exit(askFor(kUser) == kUserLine ? 0 : 1); });
     exit(3);
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
+  };
+  checkInChild(askAtTheEnd);
 }
 
 TEST(NssModule, AStartedProgramInheritsNoConnection) {
-  const Daemon daemon;
-  ASSERT_EQ(askFor(kUser), "SUCCESS");
+  const StandinProcess daemon(kAtTheSocket);
+  ASSERT_EQ(askFor(kUser), kUserLine);
   int sockets = 0;
   for (int fd = 3; fd < 100; ++fd) {
     struct stat status;
@@ -325,7 +284,7 @@ TEST(NssModule, AStartedProgramInheritsNoConnection) {
 }
 
 TEST(NssModule, ACancelledThreadIsNotCancelledInside) {
-  const Daemon daemon;
+  const StandinProcess daemon(kAtTheSocket);
   std::string answer;
   pthread_t thread;
   const auto body = [](void* result) -> void* {
@@ -337,7 +296,7 @@ TEST(NssModule, ACancelledThreadIsNotCancelledInside) {
   pthread_create(&thread, nullptr, body, &answer);
   void* end = nullptr;
   pthread_join(thread, &end);
-  EXPECT_EQ(answer, "SUCCESS");
+  EXPECT_EQ(answer, kUserLine);
   EXPECT_EQ(end, PTHREAD_CANCELED);
 }
 
@@ -372,7 +331,7 @@ TEST(NssModule, GroupsAreAddedToTheCallersArray) {
   Groups groups = {1};
   EXPECT_EQ(ask("mgruber", 1, -1, groups), "UNAVAIL EIO");
   EXPECT_EQ(groups, Groups{1});
-  const Daemon daemon;
+  const StandinProcess daemon(kAtTheSocket);
   for (const auto& row : rows) {
     groups = row.before;
     EXPECT_EQ(ask(row.user, row.primary, row.limit, groups), row.answer) << &row - rows;

@@ -38,12 +38,10 @@ TEST(LdapFilter, TellsWhatMatches) {
                              "(|(objectClass=computer)(objectClass=person))",
                              "(&)",
                              "(cn=j*)",
-                             "(cn=*\\2a)",
                              "(cn=*o*\\28*)",
                              "(cn=j*THE*t\\29*)",
                              "(sn=m\\c3\\bcller\\5cmeyer)",
                              "(uidNumber>=999)",
-                             "(uidNumber<=10000)",
                              "(balance<=-3)",
                              "(cn>=Jo)",
                              "(cn~=JOE \\28the first\\29\\2A)",
@@ -87,7 +85,6 @@ TEST(LdapFilter, IsNestedSoDeepAndNoDeeper) {
   EXPECT_NO_THROW(LdapFilter(nested(LdapFilter::kMaxDepth)).matches(person()));
   EXPECT_THROW(LdapFilter{nested(LdapFilter::kMaxDepth + 1)}, Error);
   EXPECT_THROW(LdapFilter{std::string(1 << 20, '(')}, Error);
-  EXPECT_THROW(LdapFilter{nested(100000)}, Error);
 }
 
 // Every shortened form of a filter is refused or a filter; none makes the parser read past the end.

@@ -1,21 +1,12 @@
-// Sessions and the stand-in, whole: every operation over connections good and bad, a large directory, and
-// many clients through restarts.
+// Sessions and the stand-in, whole: every operation over connections good and bad, and many clients
+// through restarts.
 
 #include <gtest/gtest.h>
-#include <lber.h>
-#include <ldif.h>
-#include <unistd.h>
 
 #include <atomic>
-#include <chrono>
-#include <csignal>
-#include <cstring>
-#include <fstream>
 #include <functional>
-#include <set>
 #include <thread>
 
-#include "base/guid.h"
 #include "lrpc/session.h"
 #include "lrpc/shredder.h"
 #include "tests/standin/standin_process.h"
@@ -25,7 +16,6 @@
 
 using namespace vesk;
 using namespace testsupport;
-using vesk::SID;
 
 namespace {
 
@@ -36,44 +26,6 @@ struct Step {
   std::function<std::string(LocalRpcSession&)> make;
   std::string outcome;
 };
-
-// Operations with out arguments, or with many others.
-
-std::string renew(LocalRpcSession& session, const char* user) {
-  int count = -1;
-  const std::string result = told([&] { return session.renewCredentials(user, count); });
-  return result + " " + text(count);
-}
-
-std::string mapDomain(LocalRpcSession& session, const char* name) {
-  std::string first, second;
-  const std::string result = told([&] { return session.mapDomain(name, first, second, 0); });
-  return result + " " + first + " " + second;
-}
-
-std::string samChange(LocalRpcSession& session, const char* user, const char* wanted) {
-  int status = -1;
-  std::string why;
-  const std::string result =
-      told([&] { return session.samChangeUserPassword2(user, wanted, "bad", "", "", status, why); });
-  return result + " " + text(status) + " " + why;
-}
-
-std::string logon(LocalRpcSession& session, const char* user, const char* domain, const char* token) {
-  int status = -1;
-  std::string key, why;
-  const std::string result =
-      told([&] { return session.netLogonSamLogon(user, domain, token, 0, key, status, why); });
-  return result + " " + text(status) + " " + std::to_string(key.size());
-}
-
-std::string health(LocalRpcSession& session) {
-  ValidationResult health = VR_VALUE_NOT_SET;
-  int a = 0, b = 0;
-  std::string why;
-  const std::string result = told([&] { return session.systemHealthInfo(true, health, a, b, why); });
-  return result + " " + text(health) + (why.empty() ? "" : " told");
-}
 
 std::string add(LocalRpcSession& session, const char* name, const char* uid, const char* container) {
   return told([&] {
@@ -100,10 +52,8 @@ std::string findAdded(LocalRpcSession& session) {
 
 // One after the other: what is refused, and what changes the directory.
 const Step kSteps[] = {
-    {ASK(health(session)), "0 0 told"},
     {CALL(getUser("nosuch", 0)), "NotFoundException 0 User not found"},
     {CALL(getUser("", 0)), "NotFoundException 0 User not found"},
-    {CALL(getUser("*", 0)), "NotFoundException 0 User not found"},
     {CALL(getUser("Büro", 0)), "NotFoundException 0 User not found"},
     {CALL(getGroup("lquispe", 0)), "NotFoundException 0 Group not found"},
     {CALL(getShadow("rmacdonald", 0)), "NotFoundException 0 User not found"},
@@ -113,7 +63,6 @@ const Step kSteps[] = {
     {CALL(ldapPagedSearch("", "", "(cn=nosuch)", nullptr, kTree, 0, false).getNext()), "empty"},
     {CALL(validateUserGroup("asharma", {"nosuch", "nest6"}, false, UNIX_NAME | WINDOWS_NAME)), "0"},
     {CALL(validateUserGroup("asharma", {"empty"}, false, UNIX_NAME | WINDOWS_NAME)), "45"},
-    {CALL(validateUserGroup("asharma", {}, false, UNIX_NAME | WINDOWS_NAME)), "45"},
     {CALL(validateUserGroup("dgruber", {"EXAMPLE\\Büro"}, false, WINDOWS_NAME)), "0"},
     {CALL(validateUserGroup("dgruber", {"EXAMPLE\\Büro"}, false, UNIX_NAME)), "45"},
     {CALL(validateUserGroup("nosuch", {"Büro"}, false, WINDOWS_NAME)), "1"},
@@ -249,138 +198,25 @@ TEST(StandinOperations, TellTheStateOfAnAccount) {
   EXPECT_THROW(session.validateNtlmUser(token), SystemException);  // a challenge counts once
 }
 
-// A directory of so many users, in groups of 100, all of which are in one group more. Even users are named by
-// their group, odd ones name it themselves.
-constexpr int kUsers = TEST_USERS;
-constexpr int kGroupSize = 100;
-constexpr int kAll = kUsers / kGroupSize;
-
-std::string userDn(int user) {
-  return "CN=User " + std::to_string(user) + ",DC=big,DC=org";
-}
-std::string groupDn(int group) {
-  return "CN=GROUP" + std::to_string(group) + ",DC=big,DC=org";
-}
-SID userSid(int user) {
-  return SID("S-1-5-21-1-2-3-" + std::to_string(user));
-}
-SID groupSid(int group) {
-  return userSid(1000000 + group);
-}
-
-std::string entry(const std::string& dn, const SID& sid, const std::string& fields) {
-  const std::string bytes = sid.checkedBytes();
-  char* line = ldif_put(LDIF_PUT_BINARY, "objectSid", bytes.data(), bytes.size());
-  const std::string text = "\ndn: " + dn + "\n" + line + fields;
-  ber_memfree(line);
-  return text;
-}
-
-void writeLargeDirectory(const std::string& path) {
-  std::ofstream ldif(path);
-  ldif << "dn: DC=big,DC=org\nobjectClass: domainDNS\n";
-  for (int user = 0; user < kUsers; ++user) {
-    const std::string n = std::to_string(user);
-    ldif << entry(userDn(user), userSid(user),
-                  "objectClass: user\nuid: u" + n + "\nsAMAccountName: Account" + n +
-                      "\nuserPrincipalName: p" + n + "@other.org\nuidNumber: " + n + "\n");
-    if (user % 2) ldif << "memberOf: " << groupDn(user / kGroupSize) << "\n";
-  }
-  for (int group = 0; group <= kAll; ++group) {
-    const std::string n = std::to_string(group);
-    ldif << entry(groupDn(group), groupSid(group),
-                  "objectClass: group\nsAMAccountName: g" + n + "\ngidNumber: " + n + "\n");
-    const bool isAll = group == kAll;
-    for (int i = 0; i < (isAll ? kAll : kGroupSize); i += isAll ? 1 : 2)
-      ldif << "member: " << (isAll ? groupDn(i) : userDn(group * kGroupSize + i)) << "\n";
-  }
-}
-
-// Every user that the range holds, by each of its keys, with its groups.
-void checkUsers(const std::string& socket, int first, int last) {
-  LocalRpcSession session(socket, false, false);
-  for (int user = first; user < last; ++user) {
-    const std::string n = std::to_string(user), dn = userDn(user);
-    for (const std::string& name : {"u" + n, "BIG\\account" + n, "P" + n + "@other.org", dn})
-      ASSERT_EQ(told([&] { return session.getUser(name, 0); }), dn) << name;
-    ASSERT_EQ(told([&] { return session.getUser(user, 0); }), dn);
-    const auto found = session.getUser(userSid(user), 0);
-    ASSERT_EQ(found->getDN(), dn);
-    ASSERT_EQ(std::set<SID>(found->groupSids().begin(), found->groupSids().end()),
-              (std::set<SID>{groupSid(user / kGroupSize), groupSid(kAll)}));
-  }
-}
-
-TEST(StandinOperations, ServeALargeDirectoryWhole) {
-  ScratchDirectory scratch;
-  writeLargeDirectory(scratch.path("large.ldif"));
-  StandinProcess standin({}, scratch.path("large.ldif"));
-  LocalRpcSession session(standin.socket(), false, false);
-  const auto unixNames = [](int first, int last) {
-    std::multiset<std::string> names;
-    for (; first < last; ++first) names.insert("u" + std::to_string(first));
-    return names;
-  };
-  std::multiset<std::string> listed, paged;
-  EXPECT_FALSE(session.startListUser());
-  EXPECT_THROW(while (true) listed.insert(session.getUser2(NEXT_ENTRY, 0)->unixName()), EndOfListException);
-  EXPECT_EQ(listed, unixNames(0, kUsers));
-
-  auto handle = session.ldapPagedSearch("", "", "(objectClass=user)", nullptr, kTree, 999, false);
-  for (ADObject user = handle.getNext(); !user.isEmpty(); user = handle.getNext())
-    paged.insert(User(user).unixName());
-  EXPECT_EQ(paged, unixNames(0, kUsers));
-
-  for (int group = 0; group <= kAll; ++group) {
-    const std::list<std::string> members = session.getGroup(group, 0)->members();
-    const int first = group == kAll ? 0 : group * kGroupSize;
-    ASSERT_EQ(std::multiset<std::string>(members.begin(), members.end()),
-              unixNames(first, group == kAll ? kUsers : first + kGroupSize));
-  }
-
-  std::vector<std::thread> threads;
-  for (int first = 0; first < kUsers; first += kUsers / 4)
-    threads.emplace_back(checkUsers, standin.socket(), first, first + kUsers / 4);
-  for (std::thread& thread : threads) thread.join();
-}
-
-// Asks for this and that until it is over. Whatever comes is right, or a failure that is told.
-struct Asker {
-  const std::string& socket;
-  std::atomic<bool> isOver{false};
-  std::atomic<int> right{0}, failed{0};
-
-  void operator()(unsigned number) {
-    LocalRpcSession session(socket, false, number % 2);
-    for (size_t i = number; !isOver; ++i) {
-      const Operation& operation = operations()[i % operations().size()];
-      const std::string outcome = operation.make(session);
-      const bool hasFailed = outcome != operation.outcome && isFailure(operation, outcome);
-      EXPECT_TRUE(hasFailed || outcome == operation.outcome) << operation.call << " came to " << outcome;
-      ++(hasFailed ? failed : right);
-    }
-  }
-};
-
+// Whatever comes is right, or a failure that is told.
 TEST(StandinOperations, ManyClientsGetRightAnswersThroughRestarts) {
-  constexpr auto kPatience = std::chrono::seconds(20);
-  ScratchDirectory scratch;
-  const std::string socket = scratch.path("daemon");
-  Asker asker{socket};
+  constexpr int kClients = 8, kCalls = 300;
+  const StandinProcess standin({"--fault", "restart%97"});
+  std::atomic<int> right{0};
   std::vector<std::thread> threads;
-  for (unsigned i = 0; i < 8; ++i) threads.emplace_back([&asker, i] { asker(7 * i); });
-  for (const int end : {SIGTERM, SIGKILL, SIGTERM, SIGKILL, SIGTERM}) {
-    StandinProcess standin({"--socket", socket, "--fault", "restart%97"});
-    const int enough = asker.right + 500;
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
-    while (asker.right < enough && std::chrono::steady_clock::now() < deadline) usleep(1000);
-    EXPECT_GE(asker.right, enough);
-    standin.signal(end);
-    EXPECT_EQ(standin.wait(), end == SIGTERM ? 0 : -1);
-  }
-  asker.isOver = true;
+  for (int client = 0; client < kClients; ++client)
+    threads.emplace_back([&, client] {
+      LocalRpcSession session(standin.socket(), false, client % 2);
+      for (int i = 0; i < kCalls; ++i) {
+        const Operation& operation = operations()[(7 * client + i) % operations().size()];
+        const std::string outcome = operation.make(session);
+        right += outcome == operation.outcome;
+        EXPECT_TRUE(outcome == operation.outcome || isFailure(operation, outcome))
+            << operation.call << " came to " << outcome;
+      }
+    });
   for (std::thread& thread : threads) thread.join();
-  EXPECT_GT(asker.failed, 0);
+  EXPECT_GT(right, kClients * kCalls / 2);
 }
 
 }  // namespace

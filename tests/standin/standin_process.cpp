@@ -13,42 +13,7 @@
 
 namespace {
 
-const std::string kProgram = TEST_BINARY_DIR "/bin/brondalt-standin";
 const std::string kSample = TEST_SOURCE_DIR "/standin/sample/";
-
-struct Pipe {
-  int ends[2];
-  Pipe() {
-    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("pipe2");
-  }
-};
-
-/// Starts the program with its standard output, and if given its standard error, on these descriptors.
-pid_t start(std::vector<std::string> arguments, int output, int errors) {
-  arguments.insert(arguments.begin(), kProgram);
-  std::vector<char*> pointers;
-  for (std::string& argument : arguments) pointers.push_back(argument.data());
-  pointers.push_back(nullptr);
-  pid_t pid = fork();
-  if (pid != 0) return pid;
-  dup2(output, STDOUT_FILENO);
-  if (errors >= 0) dup2(errors, STDERR_FILENO);
-  execv(kProgram.c_str(), pointers.data());
-  _exit(127);
-}
-
-std::string readAll(int fd) {
-  std::string text;
-  char buffer[4096];
-  for (ssize_t count; (count = read(fd, buffer, sizeof buffer)) > 0;) text.append(buffer, count);
-  close(fd);
-  return text;
-}
-
-int waitFor(pid_t pid) {
-  int status = 0;
-  return waitpid(pid, &status, 0) == pid && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 }  // namespace
 
@@ -62,20 +27,9 @@ ScratchDirectory::~ScratchDirectory() {
   std::filesystem::remove_all(m_path);
 }
 
-ProgramResult runStandin(const std::vector<std::string>& arguments) {
-  Pipe output, errors;
-  pid_t pid = start(arguments, output.ends[1], errors.ends[1]);
-  close(output.ends[1]);
-  close(errors.ends[1]);
-  ProgramResult result;
-  result.output = readAll(output.ends[0]);
-  result.errors = readAll(errors.ends[0]);
-  result.status = waitFor(pid);
-  return result;
-}
-
 StandinProcess::StandinProcess(const std::vector<std::string>& arguments, const std::string& ldif)
-    : m_socket(m_scratch.path("daemon")), m_base{"--foreground", "--socket", m_socket, "--ldif"} {
+    : m_socket(m_scratch.path("daemon")),
+      m_base{TEST_BINARY_DIR "/bin/brondalt-standin", "--foreground", "--socket", m_socket, "--ldif"} {
   if (ldif.empty()) {
     m_base.insert(m_base.end(), {kSample + "accounts.ldif", "--ldif", kSample + "roles.ldif"});
     m_base.insert(m_base.end(), {"--passwords", kSample + "passwords"});
@@ -88,17 +42,26 @@ StandinProcess::StandinProcess(const std::vector<std::string>& arguments, const 
 void StandinProcess::launch(const std::vector<std::string>& arguments) {
   std::vector<std::string> all = m_base;
   all.insert(all.end(), arguments.begin(), arguments.end());
-  Pipe output;
-  m_pid = start(all, output.ends[1], -1);
-  close(output.ends[1]);
+  std::vector<char*> pointers;
+  for (std::string& argument : all) pointers.push_back(argument.data());
+  pointers.push_back(nullptr);
+  int output[2];
+  if (pipe2(output, O_CLOEXEC) != 0) throw std::runtime_error("pipe2");
+  m_pid = fork();
+  if (m_pid == 0) {
+    dup2(output[1], STDOUT_FILENO);
+    execv(pointers[0], pointers.data());
+    _exit(127);
+  }
+  close(output[1]);
   char byte;
-  bool isReady = read(output.ends[0], &byte, 1) == 1;
-  close(output.ends[0]);
+  const bool isReady = read(output[0], &byte, 1) == 1;
+  close(output[0]);
   if (!isReady) throw std::runtime_error("the stand-in does not start");
 }
 
 void StandinProcess::kill() {
-  signal(SIGKILL);
+  ::kill(m_pid, SIGKILL);
   wait();
 }
 
@@ -109,16 +72,13 @@ void StandinProcess::restart(const std::vector<std::string>& arguments) {
 
 StandinProcess::~StandinProcess() {
   if (m_pid < 0) return;
-  signal(SIGTERM);
+  ::kill(m_pid, SIGTERM);
   EXPECT_EQ(wait(), 0);
 }
 
-void StandinProcess::signal(int number) const {
-  ::kill(m_pid, number);
-}
-
 int StandinProcess::wait() {
-  int status = waitFor(m_pid);
+  int status = 0;
+  const bool ended = waitpid(m_pid, &status, 0) == m_pid && WIFEXITED(status);
   m_pid = -1;
-  return status;
+  return ended ? WEXITSTATUS(status) : -1;
 }

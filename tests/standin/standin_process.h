@@ -18,16 +18,6 @@ class ScratchDirectory {
   std::string m_path;
 };
 
-/// What a run of the program that ended by itself left behind.
-struct ProgramResult {
-  int status;
-  std::string output;
-  std::string errors;
-};
-
-/// Runs the stand-in to its end.
-ProgramResult runStandin(const std::vector<std::string>& arguments);
-
 /// A stand-in in the foreground, started with the sample directory and ready for connections. Ended with this
 /// object, by SIGTERM.
 class StandinProcess {
@@ -40,7 +30,6 @@ class StandinProcess {
   StandinProcess& operator=(const StandinProcess&) = delete;
 
   const std::string& socket() const { return m_socket; }
-  void signal(int number) const;
   /// Ends it as a crash would; its socket stays behind.
   void kill();
   /// Another one takes its place at the same socket, with other arguments behind those for socket and sample.

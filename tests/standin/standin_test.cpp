@@ -15,10 +15,10 @@
 #include "lrpc/ipc_sockio.h"
 #include "lrpc/ipcmessage.h"
 #include "lrpc/session.h"
-#include "lrpc/shredder.h"
 #include "standin/directory.h"
 #include "standin/unix_profile.h"
 #include "tests/standin/standin_process.h"
+#include "tests/support/command_line.h"
 #include "tests/support/told.h"
 #include "tests/support/wire.h"
 #include "util/include/unique_fd.h"
@@ -40,10 +40,9 @@ class StandinTest : public testing::Test {
  protected:
   StandinTest() { m_directory.load(kSample + "accounts.ldif"); }
 
-  // The DNs of the rest of a listing, which ends in that way.
+  // The DNs of a listing, which ends in that way; with those that it has given before.
   template <class Next>
-  static Names rest(Next next, const char* end) {
-    Names names;
+  static Names rest(Next next, const std::string& end, Names names = {}) {
     EXPECT_EQ(thrownBy([&] {
                 while (true) EXPECT_TRUE(names.insert(text(next())).second);
               }),
@@ -91,35 +90,30 @@ TEST_F(StandinTest, ListsEachKindToItsOwnEnd) {
   const auto user = [&] { return m_session.getUser2(NEXT_ENTRY, 0); };
   const auto group = [&] { return m_session.getGroup2(NEXT_ENTRY, 0); };
   const auto shadow = [&] { return m_session.getShadow(NEXT_ENTRY, 0); };
-  const auto unixUser = [&] { return m_session.getUser2(NEXT_ENTRY, UNIX_ONLY); };
-  const std::string noListing = " 0 No listing of this kind is open",
-                    end = "EndOfListException 0 End of list";
-  EXPECT_EQ(told(user), noListing);
+  const std::string closed = " 0 No listing of this kind is open", end = "EndOfListException 0 End of list";
+  Names users, groups, shadows;
+  for (EntryId id = 0; id < m_directory.size(); ++id) {
+    const Entry& entry = m_directory[id];
+    if (entry.kind() == EntryKind::Group) groups.insert(entry.dn());
+    if (entry.kind() != EntryKind::User) continue;
+    users.insert(entry.dn());
+    if (standin::unixId(entry)) shadows.insert(entry.dn());
+  }
+  EXPECT_EQ(told(user), closed);
   EXPECT_FALSE(m_session.startListUser() || m_session.startListGroup(true));
   // Two listings at once, and other requests between their entries.
-  const std::string firstUser = told(user), firstGroup = told(group);
+  Names listed = {told(user)}, listedGroups = {told(group)};
   m_session.getUser("lquispe", 0);
-  Names users = rest(user, end.c_str()), groups = rest(group, end.c_str());
-  EXPECT_TRUE(users.insert(firstUser).second && groups.insert(firstGroup).second);
+  EXPECT_EQ(rest(user, end, listed), users);
+  EXPECT_EQ(rest(group, end, listedGroups), groups);
   EXPECT_EQ(m_session.statusCode(), END_OF_LIST);
   EXPECT_TRUE(m_session.getUserObj(NEXT_ENTRY, 0).isEmpty());
   EXPECT_FALSE(m_session.startListShadow());
-  const Names shadows = rest(shadow, "NotFoundException 0 User not found");
+  EXPECT_EQ(rest(shadow, "NotFoundException 0 User not found"), shadows);
   EXPECT_FALSE(m_session.endListUser() || m_session.endListGroup() || m_session.endListShadow());
-  EXPECT_EQ(told(group), noListing);
+  EXPECT_EQ(told(group), closed);
   EXPECT_FALSE(m_session.startListUser());
-  EXPECT_EQ(rest(unixUser, end.c_str()), shadows);
-
-  Names expected[3];
-  for (EntryId id = 0; id < m_directory.size(); ++id) {
-    const Entry& entry = m_directory[id];
-    if (entry.kind() == EntryKind::User) expected[0].insert(entry.dn());
-    if (entry.kind() == EntryKind::Group) expected[1].insert(entry.dn());
-    if (entry.kind() == EntryKind::User && standin::unixId(entry)) expected[2].insert(entry.dn());
-  }
-  EXPECT_EQ(users, expected[0]);
-  EXPECT_EQ(groups, expected[1]);
-  EXPECT_EQ(shadows, expected[2]);
+  EXPECT_EQ(rest([&] { return m_session.getUser2(NEXT_ENTRY, UNIX_ONLY); }, end), shadows);
 }
 
 TEST_F(StandinTest, SearchesByPagesWithAttributesAndErrors) {
@@ -145,15 +139,13 @@ TEST_F(StandinTest, SearchesByPagesWithAttributesAndErrors) {
               {"", "", "(cn=", 2, " 0 Bad filter at position 4: a \")\" is missing"},
               {"", "", "", 9, " 0 There is no search scope 9"}};
   for (const auto& bad : kBad) {
-    const auto scope = static_cast<LdapSearchScopeType>(bad.scope);
-    for (const bool isPaged : {false, true})
-      EXPECT_EQ(thrownBy([&] {
-                  if (isPaged)
-                    m_session.ldapPagedSearch(bad.domain, bad.base, bad.filter, nullptr, scope, 0, false);
-                  else
-                    m_session.ldapSearch(bad.domain, bad.base, bad.filter, nullptr, scope, 0, false);
-                }),
-                bad.failure);
+    const auto search = [&](auto operation) {
+      const auto scope = static_cast<LdapSearchScopeType>(bad.scope);
+      return told(
+          [&] { return (m_session.*operation)(bad.domain, bad.base, bad.filter, nullptr, scope, 0, false); });
+    };
+    EXPECT_EQ(search(&LocalRpcSession::ldapSearch), bad.failure);
+    EXPECT_EQ(search(&LocalRpcSession::ldapPagedSearch), bad.failure);
   }
 
   // A handle belongs to its connection: the next one does not know it.
@@ -167,14 +159,6 @@ TEST_F(StandinTest, StopsWhenItIsToldTo) {
   EXPECT_TRUE(m_session.processAuthenticated());
   EXPECT_EQ(m_standin.wait(), 0);
   EXPECT_NE(access(m_standin.socket().c_str(), F_OK), 0);
-}
-
-TEST(StandinFaults, AChangeWhoseReplyIsLostIsMadeOnceAndReported) {
-  StandinProcess standin({"--fault", "lose@1"});
-  LocalRpcSession session(standin.socket(), false, false);
-  EXPECT_THROW(session.changePassword("tbjork", Shredder("Stone-bridge-9"), Shredder("New-stone-10"), false),
-               ConnectionBrokenException);
-  EXPECT_EQ(session.validatePlainTextUser("tbjork", Shredder("New-stone-10"), false), VR_SUCCESS);
 }
 
 TEST_F(StandinTest, NoClientDisturbsTheOthers) {
@@ -214,53 +198,47 @@ TEST_F(StandinTest, NoClientDisturbsTheOthers) {
 }
 
 TEST(StandinProgram, ExplainsItselfAndItsFailures) {
-  const std::string ldif = kSample + "accounts.ldif";
+  const std::string ldif = " --ldif " + kSample + "accounts.ldif ";
   ScratchDirectory scratch;
-  StandinProcess other;
+  const StandinProcess other;
   std::ofstream(scratch.path("bad")) << "# comment\n\nnobody here:x\nno colon\n";
   const struct {
-    std::vector<std::string> arguments;
+    std::string arguments;
     int status;
-    std::string message;
+    const char* message;
   } kRows[] = {
-      {{"--ldif", ldif}, 2, "--socket is missing"},
-      {{"--socket", "x"}, 2, "--ldif is missing"},
-      {{"--wrong"}, 2, "there is no option --wrong"},
-      {{"-v", "-xf"}, 2, "there is no option -xf"},
-      {{"--socket"}, 2, "--socket needs a value"},
-      {{"--socket", "x", "--ldif", ldif, "more"}, 2, "unexpected argument more"},
-      {{"--fault", "explode"}, 2, "there is no fault \"explode\""},
-      {{"--fault", "drop@0"}, 2, "is not 1 or more"},
-      {{"--socket", scratch.path("s"), "--ldif", "/nowhere"}, 4, "/nowhere: No such file or directory"},
-      {{"--socket", "s", "--ldif", ldif, "--passwords", scratch.path("bad")}, 4, "line 4: there is no colon"},
-      {{"--socket", other.socket(), "--ldif", ldif}, 4, "Address already in use"},
-      {{"--socket", std::string(104, 'x'), "--ldif", ldif}, 4, "(103 bytes at most): x"},
+      {ldif, 2, "--socket is missing"},
+      {"--socket x", 2, "--ldif is missing"},
+      {"--wrong", 2, "there is no option --wrong"},
+      {"-v -xf", 2, "there is no option -xf"},
+      {"--socket", 2, "--socket needs a value"},
+      {"--socket x" + ldif + "more", 2, "unexpected argument more"},
+      {"--fault explode", 2, "there is no fault \"explode\""},
+      {"--fault drop@0", 2, "is not 1 or more"},
+      {"--socket x --ldif /nowhere", 4, "/nowhere: No such file or directory"},
+      {"--socket x" + ldif + "--passwords " + scratch.path("bad"), 4, "line 4: there is no colon"},
+      {"--socket " + other.socket() + ldif, 4, "Address already in use"},
+      {"--socket " + std::string(104, 'x') + ldif, 4, "(103 bytes at most): x"},
+      {"--help", 0, "trickle"},
   };
   for (const auto& row : kRows) {
-    ProgramResult result = runStandin(row.arguments);
-    EXPECT_EQ(result.status, row.status) << row.message;
-    EXPECT_NE(result.errors.find(row.message), std::string::npos) << result.errors;
-    EXPECT_EQ(result.output, "");
+    const Ran ran = run("brondalt-standin " + row.arguments);
+    EXPECT_EQ(ran.status, row.status) << row.message;
+    EXPECT_NE(ran.out.find(row.message), std::string::npos) << ran.out;
   }
-  ProgramResult help = runStandin({"--help"});
-  EXPECT_EQ(help.status, 0);
-  EXPECT_NE(help.output.find("no product daemon"), std::string::npos);
-  EXPECT_NE(help.output.find("trickle"), std::string::npos);
 }
 
 TEST(StandinProgram, GoesToTheBackgroundAndReplacesALeftoverSocket) {
   ScratchDirectory scratch;
   const std::string path = scratch.path("daemon");
   std::ofstream(scratch.path("passwords")) << "# comment\n\nnobody here:x\n";
-  const std::vector<std::string> arguments = {"--socket",    path,
-                                              "--ldif",      kSample + "accounts.ldif",
-                                              "--passwords", scratch.path("passwords"),
-                                              "--pid-file",  scratch.path("pid")};
-  for (int signal : {SIGKILL, SIGTERM}) {
-    ProgramResult result = runStandin(arguments);
-    EXPECT_EQ(result.status, 0);
-    EXPECT_NE(result.errors.find("there is no account nobody here"), std::string::npos) << result.errors;
-    EXPECT_EQ(result.output, "ready\n");
+  const std::string line = "brondalt-standin --socket " + path + " --ldif " + kSample + "accounts.ldif" +
+                           " --passwords " + scratch.path("passwords") + " --pid-file " + scratch.path("pid");
+  for (const int signal : {SIGKILL, SIGTERM}) {
+    const Ran ran = run(line);
+    EXPECT_EQ(ran.status, 0);
+    EXPECT_NE(ran.out.find("there is no account nobody here"), std::string::npos) << ran.out;
+    EXPECT_NE(ran.out.find("ready\n"), std::string::npos) << ran.out;
     LocalRpcSession session(path, false, false);
     EXPECT_NO_THROW(session.ping());
     struct stat file = {};
@@ -270,11 +248,9 @@ TEST(StandinProgram, GoesToTheBackgroundAndReplacesALeftoverSocket) {
     std::ifstream(scratch.path("pid")) >> pid;
     ASSERT_GT(pid, 1);
     EXPECT_EQ(kill(pid, signal), 0);
-    // Its connection ends with it.
-    char byte;
+    char byte;  // the end of its connection tells that it has ended
     RecvWait(session.socket(), 1);
-    while (recv(session.socket(), &byte, 1, 0) > 0) {
-    }
+    while (recv(session.socket(), &byte, 1, 0) > 0) continue;
     EXPECT_EQ(access(path.c_str(), F_OK) == 0, signal == SIGKILL);
   }
 }

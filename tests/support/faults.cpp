@@ -14,7 +14,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -59,6 +58,7 @@ size_t share(Call call, size_t size) {
     return fails(Call::kind) ? failure : __real_##name arguments;          \
   }
 
+// clang-format off
 FOKRAZO_FAULTY(Allocate, nullptr, void*, malloc, (size_t size), (size))
 FOKRAZO_FAULTY(Allocate, nullptr, void*, calloc, (size_t count, size_t size), (count, size))
 FOKRAZO_FAULTY(Allocate, nullptr, char*, strdup, (const char* text), (text))
@@ -77,72 +77,46 @@ FOKRAZO_FAULTY(Open, nullptr, gzFile, gzopen, (const char* path, const char* mod
 FOKRAZO_FAULTY(Open, nullptr, gzFile, gzdopen, (int fd, const char* mode), (fd, mode))
 FOKRAZO_FAULTY(Open, -1, int, connect, (int fd, const sockaddr* address, socklen_t size), (fd, address, size))
 FOKRAZO_FAULTY(Open, -1, int, fork, (), ())
-FOKRAZO_FAULTY(Inspect, nullptr, dirent*, readdir, (DIR * directory), (directory))
-FOKRAZO_FAULTY(Inspect, -1, ssize_t, readlink, (const char* path, char* buffer, size_t size),
-               (path, buffer, size))
+FOKRAZO_FAULTY(Read, -1, ssize_t, read, (int fd, void* buffer, size_t size), (fd, buffer, share(Call::Read, size)))
+FOKRAZO_FAULTY(Read, 0, size_t, fread, (void* buffer, size_t size, size_t count, FILE* file), (buffer, size, share(Call::Read, count), file))
 FOKRAZO_FAULTY(Read, -1, int, gzread, (gzFile file, void* buffer, unsigned size), (file, buffer, size))
+FOKRAZO_FAULTY(Write, -1, ssize_t, write, (int fd, const void* buffer, size_t size), (fd, buffer, share(Call::Write, size)))
+FOKRAZO_FAULTY(Write, 0, size_t, fwrite, (const void* buffer, size_t size, size_t count, FILE* file), (buffer, size, share(Call::Write, count), file))
+FOKRAZO_FAULTY(Write, EOF, int, fflush, (FILE* file), (file))
+FOKRAZO_FAULTY(Write, 0, int, gzwrite, (gzFile file, const void* buffer, unsigned size), (file, buffer, size))
+FOKRAZO_FAULTY(Inspect, nullptr, dirent*, readdir, (DIR* directory), (directory))
+FOKRAZO_FAULTY(Inspect, -1, ssize_t, readlink, (const char* path, char* buffer, size_t size), (path, buffer, size))
 FOKRAZO_FAULTY(Inspect, -1, int, stat, (const char* path, struct stat* info), (path, info))
 FOKRAZO_FAULTY(Inspect, -1, int, lstat, (const char* path, struct stat* info), (path, info))
 FOKRAZO_FAULTY(Inspect, -1, int, fstat, (int fd, struct stat* info), (fd, info))
-FOKRAZO_FAULTY(Inspect, -1, int, fstatat, (int fd, const char* path, struct stat* info, int flags),
-               (fd, path, info, flags))
+FOKRAZO_FAULTY(Inspect, -1, int, fstatat, (int fd, const char* path, struct stat* info, int flags), (fd, path, info, flags))
 FOKRAZO_FAULTY(Inspect, -1, int, access, (const char* path, int mode), (path, mode))
 FOKRAZO_FAULTY(Inspect, -1, int, statvfs64, (const char* path, struct statvfs64* info), (path, info))
-FOKRAZO_FAULTY(Inspect, -1, int, getsockopt, (int fd, int level, int name, void* value, socklen_t* size),
-               (fd, level, name, value, size))
+FOKRAZO_FAULTY(Inspect, -1, int, getsockopt, (int fd, int level, int name, void* value, socklen_t* size), (fd, level, name, value, size))
 FOKRAZO_FAULTY(Change, -1, int, rename, (const char* from, const char* to), (from, to))
 FOKRAZO_FAULTY(Change, -1, int, remove, (const char* path), (path))
 FOKRAZO_FAULTY(Change, -1, int, unlink, (const char* path), (path))
 FOKRAZO_FAULTY(Change, -1, int, unlinkat, (int fd, const char* path, int flags), (fd, path, flags))
 FOKRAZO_FAULTY(Change, -1, int, mkdirat, (int fd, const char* path, mode_t mode), (fd, path, mode))
-FOKRAZO_FAULTY(Change, -1, int, renameat, (int from, const char* old, int to, const char* name),
-               (from, old, to, name))
-FOKRAZO_FAULTY(Change, -1, int, renameat2,
-               (int from, const char* old, int to, const char* name, unsigned flags),
-               (from, old, to, name, flags))
+FOKRAZO_FAULTY(Change, -1, int, renameat, (int from, const char* old, int to, const char* name), (from, old, to, name))
+FOKRAZO_FAULTY(Change, -1, int, renameat2, (int from, const char* old, int to, const char* name, unsigned flags), (from, old, to, name, flags))
 FOKRAZO_FAULTY(Change, -1, int, chmod, (const char* path, mode_t mode), (path, mode))
 FOKRAZO_FAULTY(Change, -1, int, fchmod, (int fd, mode_t mode), (fd, mode))
-FOKRAZO_FAULTY(Change, -1, int, fchmodat, (int fd, const char* path, mode_t mode, int flags),
-               (fd, path, mode, flags))
+FOKRAZO_FAULTY(Change, -1, int, fchmodat, (int fd, const char* path, mode_t mode, int flags), (fd, path, mode, flags))
 FOKRAZO_FAULTY(Change, -1, int, fchown, (int fd, uid_t uid, gid_t gid), (fd, uid, gid))
-FOKRAZO_FAULTY(Change, -1, int, fchownat, (int fd, const char* path, uid_t uid, gid_t gid, int flags),
-               (fd, path, uid, gid, flags))
+FOKRAZO_FAULTY(Change, -1, int, fchownat, (int fd, const char* path, uid_t uid, gid_t gid, int flags), (fd, path, uid, gid, flags))
 FOKRAZO_FAULTY(Change, -1, int, ftruncate, (int fd, off_t size), (fd, size))
 FOKRAZO_FAULTY(Change, -1, int, fsync, (int fd), (fd))
 FOKRAZO_FAULTY(Change, -1, int, flock, (int fd, int operation), (fd, operation))
-FOKRAZO_FAULTY(Write, EOF, int, fflush, (FILE * file), (file))
-FOKRAZO_FAULTY(Write, 0, int, gzwrite, (gzFile file, const void* buffer, unsigned size), (file, buffer, size))
 FOKRAZO_FAULTY(Wait, -1, pid_t, waitpid, (pid_t pid, int* status, int options), (pid, status, options))
-FOKRAZO_FAULTY(Wait, -1, int, poll, (pollfd * entries, nfds_t count, int timeout), (entries, count, timeout))
+FOKRAZO_FAULTY(Wait, -1, int, poll, (pollfd* entries, nfds_t count, int timeout), (entries, count, timeout))
+// Called as if what their declarations leave open were declared.
+FOKRAZO_FAULTY(Open, -1, int, open, (const char* path, int flags, mode_t mode), (path, flags, mode))
+FOKRAZO_FAULTY(Open, -1, int, openat, (int fd, const char* path, int flags, mode_t mode), (fd, path, flags, mode))
+FOKRAZO_FAULTY(Change, -1, int, fcntl, (int fd, int operation, void* argument), (fd, operation, argument))
+// clang-format on
 
 extern "C" {
-
-int __real_open(const char* path, int flags, ...);
-int __wrap_open(const char* path, int flags, ...) {
-  va_list more;
-  va_start(more, flags);
-  const mode_t mode = flags & O_CREAT ? va_arg(more, mode_t) : 0;
-  va_end(more);
-  return fails(Call::Open) ? -1 : __real_open(path, flags, mode);
-}
-
-int __real_openat(int directory, const char* path, int flags, ...);
-int __wrap_openat(int directory, const char* path, int flags, ...) {
-  va_list more;
-  va_start(more, flags);
-  const mode_t mode = flags & O_CREAT ? va_arg(more, mode_t) : 0;
-  va_end(more);
-  return fails(Call::Open) ? -1 : __real_openat(directory, path, flags, mode);
-}
-
-int __real_fcntl(int fd, int operation, ...);
-int __wrap_fcntl(int fd, int operation, ...) {
-  va_list more;
-  va_start(more, operation);
-  void* argument = va_arg(more, void*);
-  va_end(more);
-  return fails(Call::Change) ? -1 : __real_fcntl(fd, operation, argument);
-}
 
 int __real_close(int fd);
 int __wrap_close(int fd) {
@@ -159,26 +133,6 @@ int __wrap_fclose(FILE* file) {
   const bool failed = fails(Call::Close);
   const int rc = __real_fclose(file);
   return failed ? EOF : rc;
-}
-
-ssize_t __real_read(int fd, void* buffer, size_t size);
-ssize_t __wrap_read(int fd, void* buffer, size_t size) {
-  return fails(Call::Read) ? -1 : __real_read(fd, buffer, share(Call::Read, size));
-}
-
-ssize_t __real_write(int fd, const void* buffer, size_t size);
-ssize_t __wrap_write(int fd, const void* buffer, size_t size) {
-  return fails(Call::Write) ? -1 : __real_write(fd, buffer, share(Call::Write, size));
-}
-
-size_t __real_fread(void* buffer, size_t size, size_t count, FILE* file);
-size_t __wrap_fread(void* buffer, size_t size, size_t count, FILE* file) {
-  return fails(Call::Read) ? 0 : __real_fread(buffer, size, share(Call::Read, count), file);
-}
-
-size_t __real_fwrite(const void* buffer, size_t size, size_t count, FILE* file);
-size_t __wrap_fwrite(const void* buffer, size_t size, size_t count, FILE* file) {
-  return fails(Call::Write) ? 0 : __real_fwrite(buffer, size, share(Call::Write, count), file);
 }
 
 ssize_t __real_recvmsg(int fd, msghdr* message, int flags);

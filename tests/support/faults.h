@@ -1,5 +1,5 @@
-/// Failures of the system on demand, for programs that are linked with FOKRAZO_FAULT_OPTIONS
-/// (tests/support/CMakeLists.txt): there the library's own calls come by here.
+/// Failures of the system on demand, for programs that are linked with test_faults: there the library's own
+/// calls come by here.
 #pragma once
 
 #include <atomic>

@@ -13,6 +13,34 @@ using namespace vesk;
 
 namespace testsupport {
 
+std::string renew(LocalRpcSession& session, const char* user) {
+  int count = -1;
+  const std::string result = told([&] { return session.renewCredentials(user, count); });
+  return result + " " + text(count);
+}
+
+std::string mapDomain(LocalRpcSession& session, const char* name) {
+  std::string first, second;
+  const std::string result = told([&] { return session.mapDomain(name, first, second, 0); });
+  return result + " " + first + " " + second;
+}
+
+std::string logon(LocalRpcSession& session, const char* user, const char* domain, const char* token) {
+  int status = -1;
+  std::string key, why;
+  const std::string result =
+      told([&] { return session.netLogonSamLogon(user, domain, token, 0, key, status, why); });
+  return result + " " + text(status) + " " + std::to_string(key.size());
+}
+
+std::string samChange(LocalRpcSession& session, const char* user, const char* wanted) {
+  int status = -1;
+  std::string why;
+  const std::string result =
+      told([&] { return session.samChangeUserPassword2(user, wanted, "bad", "", "", status, why); });
+  return result + " " + text(status) + " " + why;
+}
+
 namespace {
 
 constexpr char kNext[] = "@#";
@@ -51,47 +79,12 @@ std::string pages(LocalRpcSession& session) {
   });
 }
 
-template <class Next>
-std::string listed(bool isRefused, Next next) {
-  return isRefused ? "true" : text(next());
-}
-
 std::string ownRequest(LocalRpcSession& session) {
   return thrownBy([&] {
     IPCRequest request(IPC_OP_PING);
     IPCReply reply;
     session.lrpc(request, reply);
   });
-}
-
-// Operations with out arguments.
-
-std::string renew(LocalRpcSession& session) {
-  int count = -1;
-  const std::string result = told([&] { return session.renewCredentials("xbjork", count); });
-  return result + " " + text(count);
-}
-
-std::string mapDomain(LocalRpcSession& session) {
-  std::string first, second;
-  const std::string result = told([&] { return session.mapDomain("EXAMPLE", first, second, 0); });
-  return result + " " + first + " " + second;
-}
-
-std::string samChange(LocalRpcSession& session) {
-  int status = -1;
-  std::string why;
-  const std::string result =
-      told([&] { return session.samChangeUserPassword2("nobody", "x", "y", "", "", status, why); });
-  return result + " " + text(status) + " " + why;
-}
-
-std::string logon(LocalRpcSession& session) {
-  int status = -1;
-  std::string key, why;
-  const std::string result =
-      told([&] { return session.netLogonSamLogon("xbjork", "", "Grüne-Lampe-2", 0, key, status, why); });
-  return result + " " + text(status) + " " + std::to_string(key.size());
 }
 
 std::string health(LocalRpcSession& session) {
@@ -107,11 +100,11 @@ std::string flushObject(LocalRpcSession& session) {
 }
 
 // clang-format off
-#define CALL(...) \
-  #__VA_ARGS__, [](LocalRpcSession& session) { return told([&] { return session.__VA_ARGS__; }); }
+#define ASK(...) #__VA_ARGS__, [](LocalRpcSession& session) { return __VA_ARGS__; }
+#define CALL(...) ASK(told([&] { return session.__VA_ARGS__; }))
 #define LISTING(start, next) \
   #start " " #next, [](LocalRpcSession& session) { \
-    return told([&] { return listed(session.start, [&] { return session.next; }); }); }
+    return told([&] { return session.start ? "true" : text(session.next); }); }
 #define DOMAIN "DC=example,DC=com"
 #define USER "CN=Ximena Björk,OU=People,OU=Corp," DOMAIN
 #define GROUP "CN=Büro,OU=Groups,OU=Corp," DOMAIN
@@ -119,7 +112,7 @@ std::string flushObject(LocalRpcSession& session) {
 #define GROUP_GUID "aa467557-d62a-4987-a14a-6f93cc3cba98"
 
 const std::vector<Operation> kOperations = {
-    {"ping", [](LocalRpcSession& session) { return thrownBy([&] { session.ping(); }); }, "nothing"},
+    {ASK(thrownBy([&] { session.ping(); })), "nothing"},
     {"lrpc", ownRequest, "nothing", Sent::Once},
     {CALL(getObject("xbjork", DSUser, UNIX_ONLY)), USER},
     {CALL(getUserObj("xbjork", 0)), USER},
@@ -162,7 +155,7 @@ const std::vector<Operation> kOperations = {
     {CALL(getServicePrincipal("DC1", "host")), "HOST/DC1@EXAMPLE.COM"},
     {CALL(userLogin("nobody")), "true", Sent::Once},
     {CALL(userLogout("nobody")), "true", Sent::Once},
-    {"renewCredentials", renew, "0 0"},
+    {ASK(renew(session, "xbjork")), "0 0"},
     {CALL(changePassword("nobody", Shredder("x"), Shredder("y"), false)), "1", Sent::Once},
     {CALL(setPassword("nobody", Shredder("y"), "Administrator", Shredder("Turn-the-key-1"))), "1", Sent::Once},
     {CALL(setPasswordKrb5("nobody", Shredder("y"))), "1", Sent::Once},
@@ -170,8 +163,8 @@ const std::vector<Operation> kOperations = {
     {CALL(addUserKrb5("xbjork", Shredder("Good-enough-1"), "", "", "", "", "", "")), "33", Sent::Once},
     {CALL(setMachinePassword("linux04", Shredder("Machine-Secret-5"), "", Shredder())), "0"},
     {CALL(setMachinePassword(Shredder("Machine-Secret-5"))), "0"},
-    {"netLogonSamLogon", logon, "0 0 16"},
-    {"samChangeUserPassword2", samChange, "1 -1073741724 Invalid principal"},
+    {ASK(logon(session, "xbjork", "", "Grüne-Lampe-2")), "0 0 16"},
+    {ASK(samChange(session, "nobody", "x")), "1 -1073741724 Invalid principal"},
     {CALL(flushCache("xbjork")), "0"},
     {"flushCache(object)", flushObject, "0"},
     {CALL(flushCache(FLUSH_OBJ_CACHE | FLUSH_PMON)), "0"},
@@ -184,7 +177,7 @@ const std::vector<Operation> kOperations = {
     {CALL(samIsSandboxed("xbjork", false)), "false"},
     {CALL(samGetUserRoles("asharma", false)), "1 CN=Release crew,CN=Containers,OU=Corp," DOMAIN},
     {CALL(samGetUserRolesLocal("nobody", 5, 6)), "0"},
-    {"mapDomain", mapDomain, "0 example.com EXAMPLE", Sent::Once},
+    {ASK(mapDomain(session, "EXAMPLE")), "0 example.com EXAMPLE", Sent::Once},
     {CALL(getADDomain("EXAMPLE")), "example.com", Sent::Once},
     {CALL(getNtlmDomain("xbjork")), "EXAMPLE", Sent::Once},
     {CALL(setSessionID("17")), "0"},

@@ -26,6 +26,12 @@ struct Operation {
   Sent sent = Sent::Again;
 };
 
+/// Operations with out arguments, as one line each: the result, and what came out.
+std::string renew(vesk::LocalRpcSession& session, const char* user);
+std::string mapDomain(vesk::LocalRpcSession& session, const char* name);
+std::string logon(vesk::LocalRpcSession& session, const char* user, const char* domain, const char* token);
+std::string samChange(vesk::LocalRpcSession& session, const char* user, const char* wanted);
+
 /// All but stop, which ends the daemon.
 const std::vector<Operation>& operations();
 

@@ -1,4 +1,4 @@
-/// Runs the fokrazo tool as a person does: by a shell's command line.
+/// Runs a program of this project as a person does: by a shell's command line.
 #pragma once
 
 #include <sys/wait.h>
@@ -6,15 +6,16 @@
 #include <cstdio>
 #include <string>
 
+namespace testsupport {
+
 struct Ran {
   int status;
   std::string out;  // what it printed on both streams
 };
 
-/// A shell's command line behind the tool's name, with `input` (escapes as of printf) on its standard input.
-inline Ran run(const std::string& words, const std::string& input = "") {
-  const std::string tool = TEST_BINARY_DIR "/bin/fokrazo ";
-  FILE* pipe = popen(("printf '" + input + "' | " + tool + words + " 2>&1").c_str(), "r");
+/// The program's name and what stands behind it, with `input` (escapes as of printf) on its standard input.
+inline Ran run(const std::string& line, const std::string& input = "") {
+  FILE* pipe = popen(("printf '" + input + "' | " TEST_BINARY_DIR "/bin/" + line + " 2>&1").c_str(), "r");
   Ran ran{-1, ""};
   if (!pipe) return ran;
   char buffer[4096];
@@ -23,3 +24,5 @@ inline Ran run(const std::string& words, const std::string& input = "") {
   ran.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   return ran;
 }
+
+}  // namespace testsupport
