@@ -85,18 +85,18 @@ class Properties::LockFile {
 /// Makes the new text of a file out of the old one and the values in memory.
 class Properties::Saver {
  public:
-  Saver(Properties& properties, const std::string& text) : m_properties(properties), m_text(text) {}
+  Saver(Properties& properties, const std::string& text)
+      : m_properties(properties), m_text(text), m_lines(text) {}
 
   /// False, with a message in the log, if a key in memory is one that no file can hold.
   bool run(std::string& out) {
-    TextLines lines(m_text);
     std::string line;
     std::string extra;
     bool afterEmpty = false;
-    while (!lines.atEnd() && lines.position() < m_text.size()) {
-      m_begin = lines.position();
-      readLogicalLine(lines, line, extra, false);
-      m_end = lines.position();
+    while (!m_lines.atEnd() && m_lines.position() < m_text.size()) {
+      m_begin = m_lines.position();
+      readLogicalLine(m_lines, line, extra, false);
+      m_end = m_lines.position();
       m_last = m_out.size();
       const bool empty = line.empty();
       if (!empty) {
@@ -119,11 +119,9 @@ class Properties::Saver {
     if (comment) line.erase(0, line.find_first_not_of("#!"));
     std::string key;
     std::string value;
-    if (!getPropertyFromLine(line, key, value)) return copyLine();
+    if (!getPropertyFromLine(line, key, value)) return comment ? copyComment() : copyLine();
+    if (!isAwaited(key)) return comment ? copyComment() : commentLineOut();
     const auto held = m_properties.m_table.find(key);
-    if (held == m_properties.m_table.end() || m_written.count(key) != 0) {
-      return comment ? copyLine() : commentLineOut();
-    }
     m_properties.expandEnvVariables(value);
     Property own;
     own.set(value);
@@ -133,6 +131,11 @@ class Properties::Saver {
       copyLine();
     }
     m_written.insert(key);
+  }
+
+  /// Whether the key has a value that has not been written yet.
+  bool isAwaited(const std::string& key) const {
+    return m_properties.m_table.count(key) != 0 && m_written.count(key) == 0;
   }
 
   // Texts of one value may still be different lists, and in rewriting mode their dollar signs references or
@@ -147,6 +150,25 @@ class Properties::Saver {
 
   /// Copies the physical lines at hand as they are.
   void copyLine() { m_out.append(m_text, m_begin, m_end - m_begin); }
+
+  /// A reader sees no comment go on behind its first line. A property there that must not count any more is
+  /// taken as a line of its own.
+  void copyComment() {
+    TextLines lines(m_text, m_begin);
+    std::string line;
+    std::string extra;
+    std::string key;
+    std::string value;
+    readLogicalLine(lines, line, extra, true);
+    while (lines.position() < m_end) {
+      const size_t begin = lines.position();
+      readLogicalLine(lines, line, extra, true);
+      if (!getPropertyFromLine(line, key, value) || isAwaited(key)) continue;
+      m_lines.goBack(m_end = begin);
+      break;
+    }
+    copyLine();
+  }
 
   void commentLineOut() {
     for (size_t begin = m_begin; begin < m_end;) {
@@ -208,6 +230,7 @@ class Properties::Saver {
 
   Properties& m_properties;
   const std::string& m_text;
+  TextLines m_lines;
   size_t m_begin = 0;  // the physical lines at hand
   size_t m_end = 0;
   size_t m_last = 0;  // where in the output what they become begins

@@ -55,7 +55,7 @@ class QuoteTracker {
 /// a stream would see it.
 class TextLines {
  public:
-  explicit TextLines(const std::string& text) : m_text(text) {}
+  explicit TextLines(const std::string& text, size_t position = 0) : m_text(text), m_position(position) {}
 
   bool atEnd() const { return m_atEnd; }
   /// Bytes before the next line.
@@ -70,10 +70,15 @@ class TextLines {
     line.assign(start, length);
     m_position = std::min(m_position + length + 1, m_text.size());
   }
+  /// Makes the line that begins there the next one again.
+  void goBack(size_t position) {
+    m_position = position;
+    m_atEnd = false;
+  }
 
  private:
   const std::string& m_text;
-  size_t m_position = 0;
+  size_t m_position;
   bool m_atEnd = false;
 };
 
