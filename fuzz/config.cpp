@@ -94,7 +94,8 @@ bool movesVariables(const std::string& content) {
   return false;
 }
 
-// The comments that a save leaves as they are: those that name no value.
+// The comments that a save leaves as they are: those that name no value. Where one goes on in a property, that
+// may become a comment of its own: with more blanks.
 std::multiset<std::string> commentsOf(const std::string& content, const Properties::Map& values) {
   std::multiset<std::string> comments;
   std::istringstream stream(content);
@@ -106,7 +107,10 @@ std::multiset<std::string> commentsOf(const std::string& content, const Properti
     Properties::getLine(stream, line, extra, false);
     if (!Properties::isComment(line)) continue;
     const std::string text = line.substr(std::min(line.find_first_not_of("#!"), line.size()));
-    if (!Properties::getPropertyFromLine(text, key, value) || values.count(key) == 0) comments.insert(line);
+    if (Properties::getPropertyFromLine(text, key, value) && values.count(key) != 0) continue;
+    const auto bothBlank = [](char a, char b) { return a == ' ' && b == ' '; };
+    line.erase(std::unique(line.begin(), line.end(), bothBlank), line.end());
+    comments.insert(line);
   }
   return comments;
 }
