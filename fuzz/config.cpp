@@ -94,8 +94,8 @@ bool movesVariables(const std::string& content) {
   return false;
 }
 
-// The comments that a save leaves as they are: those that name no value. Where one goes on in a property, that
-// may become a comment of its own: with more blanks.
+// The comments that a save leaves as they are: those that name no value. Where one goes on in a property,
+// that may become a comment of its own: with more blanks.
 std::multiset<std::string> commentsOf(const std::string& content, const Properties::Map& values) {
   std::multiset<std::string> comments;
   std::istringstream stream(content);
