@@ -68,8 +68,8 @@ class SockbufTest : public ::testing::Test {
     EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, QTR_SB_OPT_SET_TIMEOUT, timeout), 1);
   }
 
-  // One byte, as LDAP's reader takes it: from the top layer down.
-  ssize_t readByte() {
+  // What LDAP's reader gets of the stream, from the top layer down: the tag, or -1 with errno.
+  int readTag() {
     BerElement* ber = qtr_ber_alloc_t(0);
     ber_len_t length;
     errno = 0;
@@ -77,9 +77,9 @@ class SockbufTest : public ::testing::Test {
     const int error = errno;
     qtr_ber_free(ber, 1);
     errno = error;
-    return tag == LBER_DEFAULT ? -1 : static_cast<ssize_t>(tag);
+    return static_cast<int>(tag);
   }
-  ssize_t readByteThatCame() { return write(m_ends[1], "\2\1\5", 3) == 3 ? readByte() : -2; }
+  int readTagThatCame() { return write(m_ends[1], "\2\1\5", 3) == 3 ? readTag() : -2; }
 
   // What has been logged since the last call.
   static std::string logged() {
@@ -87,7 +87,6 @@ class SockbufTest : public ::testing::Test {
     ::testing::internal::CaptureStderr();
     return text;
   }
-  static bool holds(const std::string& text, const std::string& part) { return text.find(part) != text.npos; }
 
   bool blocking() const { return !(fcntl(m_ends[0], F_GETFL) & O_NONBLOCK); }
 
@@ -100,11 +99,10 @@ TEST_F(SockbufTest, TheTimeoutStartsAtZeroAndIsGivenBack) {
   EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, QTR_SB_OPT_GET_TIMEOUT, timeout), 1);
   EXPECT_EQ(timeout[0] + timeout[1], 0);
   setTimeout(2, 7);
-  EXPECT_EQ(logged(), "ber_sockbuf_ctrl: set_timeout 2 7");
   EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, QTR_SB_OPT_GET_TIMEOUT, timeout), 1);
   EXPECT_EQ(timeout[0] * 10 + timeout[1], 27);
   EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, QTR_SB_OPT_SET_TIMEOUT, nullptr), 1);
-  EXPECT_EQ(logged(), "ber_sockbuf_ctrl: set_timeout 0 0");
+  EXPECT_EQ(logged(), "ber_sockbuf_ctrl: set_timeout 2 7ber_sockbuf_ctrl: set_timeout 0 0");
 
   Sockbuf* plain = ber_sockbuf_alloc();
   EXPECT_EQ(qtr_ber_sockbuf_ctrl(plain, QTR_SB_OPT_GET_TIMEOUT, timeout), -1);
@@ -114,33 +112,30 @@ TEST_F(SockbufTest, TheTimeoutStartsAtZeroAndIsGivenBack) {
 TEST_F(SockbufTest, ASilentPeerGivesEtimeAndTheDescriptorBlocksAgain) {
   for (const int microseconds : {0, 1000}) {
     setTimeout(0, microseconds);
-    EXPECT_EQ(readByte(), -1);
+    EXPECT_EQ(readTag(), -1);
     EXPECT_EQ(errno, ETIME);
     EXPECT_TRUE(blocking());
   }
-  EXPECT_EQ(readByteThatCame(), 2);
+  EXPECT_EQ(readTagThatCame(), 2);
   const std::string text = logged();
-  EXPECT_TRUE(holds(text, "sb_recv_wait end: sock=" + std::to_string(m_ends[0]) + " rc=1 \n")) << text;
-}
-
-TEST_F(SockbufTest, ANonBlockingBufferDoesNotWait) {
-  setTimeout(100, 0);
+  EXPECT_NE(text.find("sb_recv_wait end: sock=" + std::to_string(m_ends[0]) + " rc=1 \n"), text.npos) << text;
   EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, LBER_SB_OPT_SET_NONBLOCK, LBER_OPT_ON), 1);
-  EXPECT_EQ(readByte(), -1);
+  setTimeout(100, 0);  // is not waited for
+  EXPECT_EQ(readTag(), -1);
   EXPECT_EQ(errno, EAGAIN);
   EXPECT_FALSE(blocking());
 }
 
 TEST_F(SockbufTest, ReadinessThatIsNoneIsRetriedThreeTimes) {
   gReadsThatFail = 3;
-  EXPECT_EQ(readByteThatCame(), 2);
+  EXPECT_EQ(readTagThatCame(), 2);
   logged();
   gReadsThatFail = 4;
-  EXPECT_EQ(readByteThatCame(), -1);
+  EXPECT_EQ(readTagThatCame(), -1);
   EXPECT_EQ(errno, EAGAIN);
   const std::string text = logged();
   for (const char left : {'3', '2', '1', '0'})
-    EXPECT_TRUE(holds(text, std::string("recv says no (retries left: ") + left + ")")) << text;
+    EXPECT_NE(text.find(std::string("recv says no (retries left: ") + left + ")"), text.npos) << text;
 }
 
 TEST_F(SockbufTest, WritingToAPeerThatIsGoneRaisesNoSignal) {

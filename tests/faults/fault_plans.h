@@ -8,7 +8,6 @@
 #include <new>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "tests/support/faults.h"
 #include "tests/support/thrown.h"
@@ -24,30 +23,18 @@ struct FaultPlan {
   bool isInterruption() const { return error == EINTR && call != Call::Open; }
 };
 
-inline const std::vector<FaultPlan>& faultPlans() {
-  static const std::vector<FaultPlan> plans = {
-      {Call::Allocate, ENOMEM, false},
-      {Call::Allocate, ENOMEM, true},
-      {Call::Open, EMFILE, false},
-      {Call::Open, ENFILE, true},
-      {Call::Open, EINTR, false},
-      {Call::Close, EIO, false},
-      {Call::Close, EINTR, false},
-      {Call::Read, EIO, true},
-      {Call::Read, EINTR, false},
-      {Call::Read, Fault::kShort, true},
-      {Call::Write, ENOSPC, true},
-      {Call::Write, EINTR, false},
-      {Call::Write, Fault::kShort, true},
-      {Call::Inspect, EIO, false},
-      {Call::Inspect, EACCES, true},
-      {Call::Change, EIO, false},
-      {Call::Change, ENOSPC, true},
-      {Call::Wait, EINTR, false},
-      {Call::Wait, EIO, true},
-  };
-  return plans;
-}
+// clang-format off
+inline constexpr FaultPlan kFaultPlans[] = {
+    {Call::Allocate, ENOMEM, false}, {Call::Allocate, ENOMEM, true},
+    {Call::Open, EMFILE, false}, {Call::Open, EINTR, false}, {Call::Open, ENFILE, true},
+    {Call::Close, EIO, false}, {Call::Close, EINTR, false},
+    {Call::Read, EINTR, false}, {Call::Read, EIO, true}, {Call::Read, Fault::kShort, true},
+    {Call::Write, EINTR, false}, {Call::Write, ENOSPC, true}, {Call::Write, Fault::kShort, true},
+    {Call::Inspect, EIO, false}, {Call::Inspect, EACCES, true},
+    {Call::Change, EIO, false}, {Call::Change, ENOSPC, true},
+    {Call::Wait, EINTR, false}, {Call::Wait, EIO, true},
+};
+// clang-format on
 
 /// Runs `work` in a thread of its own, which a lock that this one has kept would stop: that ends the program.
 template <class Work>
@@ -69,24 +56,17 @@ unsigned failEachCall(const FaultPlan& plan, Before before, Attempt attempt, Aft
     SCOPED_TRACE(nameOf(plan.call) + " " + std::to_string(nth) + " error " + std::to_string(plan.error) +
                  (plan.lasting ? " lasting" : ""));
     before();
-    std::string outcome;
-    bool struck = false;
+    std::string outcome = "nothing";
     try {
       const Fault fault(plan.call, nth, plan.error, plan.lasting);
-      struct Mark {
-        const Fault& fault;
-        bool& struck;
-        ~Mark() { struck = fault.struck(); }
-      } mark{fault, struck};
       attempt();
-      outcome = "nothing";
     } catch (const std::bad_alloc&) {
       outcome = "no memory";
     } catch (const VESKException& failure) {
       outcome = failure.className();
     }
     after(outcome);
-    if (!struck || ::testing::Test::HasFailure()) return failures;
+    if (!Fault::struck() || ::testing::Test::HasFailure()) return failures;
     ++failures;
   }
   ADD_FAILURE() << "there is always one more call";

@@ -48,7 +48,7 @@ std::string contentOf(const std::string& path) {
 struct Work {
   const char* name;
   std::string (*run)(const std::string& dir);
-  const char* replaced;  // a file of the directory that is "old" or "new" whatever happens; null for none
+  const char* replaced = nullptr;  // a file of the directory that is the old or the new one whatever happens
 };
 
 std::string list(const std::string& dir) {
@@ -78,8 +78,7 @@ const Work kWorks[] = {
      [](const std::string&) {
        clearSettingsMap();
        return loadSetting(SETTING_DOMAIN_NAME, false) + GetSetting(SETTING_SCHEMA, "none");
-     },
-     nullptr},
+     }},
     {"save a setting",
      [](const std::string& dir) {
        writeSettingFile("replaced", "new", SETTING_PUBLIC, dir + "/");
@@ -91,16 +90,14 @@ const Work kWorks[] = {
        saveSetting(SETTING_MACHINE_SITE, "here", SETTING_PUBLIC, false, true);
        clearSettingsMap();
        return loadSettingFromFile(SETTING_MACHINE_SITE) + std::to_string(rewriteSettingFiles());
-     },
-     nullptr},
+     }},
     {"copy key sets",
      [](const std::string& dir) {
        KSets sets(dir);
        sets.copy(dir + "/tree", dir);
        sets.copyDCs(dir + "/tree", dir);
        return list(dir + "/tree");
-     },
-     nullptr},
+     }},
     {"roll key sets back",
      [](const std::string& dir) {
        KSets sets(dir);
@@ -108,8 +105,7 @@ const Work kWorks[] = {
        sets.clean(dir);
        sets.rollBack(dir);
        return list(dir);
-     },
-     nullptr},
+     }},
     {"change the configuration",
      [](const std::string& dir) {
        const int rc =
@@ -125,23 +121,20 @@ const Work kWorks[] = {
        const auto items = properties.getValueList("list", "file:" + dir + "/values");
        for (const std::string& item : *items) all += item;
        return all;
-     },
-     nullptr},
+     }},
     {"write and read a file",
      [](const std::string& dir) {
        int mode = 0640;
        WriteFile(dir + "/written", "text", &mode);
        return ReadFile(dir + "/written", &mode) + readFile(dir + "/written") + std::to_string(mode);
-     },
-     nullptr},
+     }},
     {"copy and move files",
      [](const std::string& dir) {
        CopyFile(dir + "/old", dir + "/copy");
        CopyFiles(dir, dir + "/tree", "old");
        MoveFile(dir + "/copy", dir + "/moved");
        return list(dir) + std::to_string(GetFileSize(dir + "/old"));
-     },
-     nullptr},
+     }},
     {"make temporary files",
      [](const std::string& dir) {
        std::string name = dir + "/tempXXXXXX";
@@ -154,8 +147,7 @@ const Work kWorks[] = {
        removeUnfailing(other);
        char place[200];
        return std::to_string(GetZantrelTempDir(0, place, sizeof place));
-     },
-     nullptr},
+     }},
     {"make and remove directories",
      [](const std::string& dir) {
        Path::createDirectories(dir + "/a/b/c", getuid(), getgid(), 0700);
@@ -163,23 +155,20 @@ const Work kWorks[] = {
        Path::remove(dir + "/d", true);
        Path::remove(dir + "/tree", true);
        return list(dir);
-     },
-     nullptr},
+     }},
     {"lock a file",
      [](const std::string& dir) {
        int status = 0;
        const int fd = QtrLock((dir + "/lock").c_str(), &status, 0600);
        if (fd >= 0) close(fd);
        return std::to_string(fd >= 0) + std::to_string(status);
-     },
-     nullptr},
+     }},
     {"compress a log",
      [](const std::string& dir) {
        gzip((dir + "/old").c_str(), (dir + "/old.gz").c_str());
        gunzip((dir + "/old.gz").c_str(), (dir + "/again").c_str());
        return contentOf(dir + "/again");
-     },
-     nullptr},
+     }},
     {"look at files",
      [](const std::string& dir) {
        std::string target;
@@ -189,8 +178,7 @@ const Work kWorks[] = {
        return target + std::to_string(isLink) + std::to_string(GetPerms(dir + "/old")) +
               std::to_string(SettingModTime(SETTING_DOMAIN_NAME) > 0) + std::to_string(joined()) +
               std::to_string(Path::exists(Path(dir)) && Path::is_directory(Path(dir)));
-     },
-     nullptr},
+     }},
     {"open files for reading",
      [](const std::string& dir) {
        int status = 0;
@@ -201,16 +189,14 @@ const Work kWorks[] = {
          if (file) fclose(file);
        }
        return all;
-     },
-     nullptr},
+     }},
     {"tidy up settings",
      [](const std::string& dir) {
        const std::string place = dir + "/tree/sub";
        std::ofstream(place + "/kset.one.KSET.TEMP.123456");
        CleanTempSettingFiles(place);
        return list(place);
-     },
-     nullptr},
+     }},
     {"change modes and owners",
      [](const std::string& dir) {
        Path(dir + "/old").chmod(0600);
@@ -218,8 +204,7 @@ const Work kWorks[] = {
        RestoreFileSELinuxLabel(dir + "/old");
        renameFile(dir + "/old", dir + "/other");
        return std::to_string(GetPerms(dir + "/other"));
-     },
-     nullptr},
+     }},
     {"write and rotate a log",
      [](const std::string& dir) {
        FileLogging::Settings small;
@@ -229,8 +214,7 @@ const Work kWorks[] = {
        for (int i = 0; i < 10; ++i) write(log, "line %d of a log", i);
        log.destroy();
        return list(dir);
-     },
-     nullptr},
+     }},
     {"rotate a log and compress it",
      [](const std::string& dir) {
        FileLogging::Settings small;
@@ -242,8 +226,7 @@ const Work kWorks[] = {
        for (int i = 0; i < 6; ++i) write(log, "line %d of a log", i);
        log.destroy();
        return list(dir);
-     },
-     nullptr},
+     }},
     {"run a program",
      [](const std::string&) {
        char name[] = "true";
@@ -251,16 +234,14 @@ const Work kWorks[] = {
        const int status = spawnfv(0, 0, nullptr, "/bin/true", arguments);
        spawnfv_reap();
        return std::to_string(status);
-     },
-     nullptr},
+     }},
     {"tell the system",
      [](const std::string&) {
        std::string os;
        std::string version;
        OSVersion(os, version);
        return os + version + std::to_string(CurrentLogons("nobody"));
-     },
-     nullptr},
+     }},
 };
 
 // What is interrupted is gone on with, but for work by the C library's streams or zlib, and a close that is
@@ -325,7 +306,7 @@ TEST_F(FileFaultsTest, EachCallOfEachWorkFails) {
       ASSERT_NE(get(at(work.replaced)).find("new"), std::string::npos);
     }
     m_before = openDescriptors();
-    for (const FaultPlan& plan : faultPlans()) {
+    for (const FaultPlan& plan : kFaultPlans) {
       std::string result;
       failures += failEachCall(
           plan, [&] { prepare(); }, [&] { result = work.run(kDir); },

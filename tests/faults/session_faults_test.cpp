@@ -32,7 +32,7 @@ class SessionFaultsTest : public WorldTest {
   unsigned failEachCallOf(const Operation& operation, LocalRpcSession& session, Prepare prepare) {
     SCOPED_TRACE(operation.call);
     unsigned failures = 0;
-    for (const FaultPlan& plan : faultPlans()) {
+    for (const FaultPlan& plan : kFaultPlans) {
       std::string outcome;
       const auto before = [&] {
         prepare();

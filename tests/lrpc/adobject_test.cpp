@@ -4,17 +4,18 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <map>
 #include <sstream>
 
 #include "lrpc/adserializer.h"
 #include "lrpc/attrnames.h"
+#include "tests/support/objects.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
 #include "util/include/clock.h"
 #include "util/include/fixed_paths.h"
 
 using namespace vesk;
+using testsupport::objectOf;
 using testsupport::thrownBy;
 
 namespace {
@@ -30,10 +31,10 @@ std::string dumped(const Dumped& what) {
   return out.str();
 }
 
-ADObject objectOf(const std::string& dn, const std::map<std::string, ADAttribute::Values>& attributes) {
-  ADObject object(dn);
-  for (const auto& one : attributes) object[one.first] = one.second;
-  return object;
+std::string attributesOf(ADObject object) {
+  std::string all;
+  for (const auto& entry : object.attributes()) all += dumped(entry.second);
+  return all;
 }
 
 // A separate object over an owned copy of the blob, not yet read.
@@ -82,10 +83,7 @@ TEST(Attribute, ReadersConvertTheFirstValue) {
   ADAttribute attribute("Some");
   const std::string failure = "SystemException 0 ADAttribute 'Some' is empty";
   EXPECT_EQ(thrownBy([&] { std::string text = attribute; }), failure);
-  EXPECT_EQ(thrownBy([&] { attribute.toBool(); }), failure);
-  EXPECT_EQ(thrownBy([&] { attribute.toInt(); }), failure);
   EXPECT_EQ(thrownBy([&] { attribute.toUInt(); }), failure);
-  EXPECT_EQ(thrownBy([&] { attribute.toInt64(); }), failure);
   EXPECT_EQ(thrownBy([&] { attribute.toTime(); }), failure);
   attribute = "tRuE";
   EXPECT_TRUE(attribute.toBool());
@@ -102,24 +100,24 @@ TEST(Attribute, ReadersConvertTheFirstValue) {
 }
 
 TEST(Attribute, DirectoryTimesAreUtcInAnyZone) {
+  const struct {
+    const char* value;
+    std::string shown;
+  } bad[] = {{"2020070412000.0Z", "2020070412000.0Z"},
+             {"20201304120000.0Z", "2020:13:04:12:00:00.0Z"},
+             {"20200704120000.0X", "2020:07:04:12:00:00.0X"},
+             {"19691231235959.0Z", "1969:12:31:23:59:59.0Z"}};
+  ADAttribute time("when");
   for (const char* zone : {"UTC", "EST5EDT,M3.2.0,M11.1.0", "<+0530>-5:30"}) {
     setenv("TZ", zone, 1);
-    ADAttribute time("whenChanged");
     time = "20200704120000.0Z";
     EXPECT_EQ(time.toTime(), 1593864000) << zone;
     time = "19700101000000.0Z";
     EXPECT_EQ(time.toTime(), 0) << zone;
-    const struct {
-      const char *value, *shown;
-    } bad[] = {{"2020070412000.0Z", "2020070412000.0Z"},
-               {"20201304120000.0Z", "2020:13:04:12:00:00.0Z"},
-               {"20200704120000.0X", "2020:07:04:12:00:00.0X"},
-               {"19691231235959.0Z", "1969:12:31:23:59:59.0Z"}};
     for (const auto& row : bad) {
       time = row.value;
       EXPECT_EQ(thrownBy([&] { time.toTime(); }),
-                std::string("SystemException 0 ADAttribute 'whenChanged' is not a UTC time, time value is ") +
-                    row.shown + " ");
+                "SystemException 0 ADAttribute 'when' is not a UTC time, time value is " + row.shown + " ");
     }
   }
   unsetenv("TZ");
@@ -127,66 +125,49 @@ TEST(Attribute, DirectoryTimesAreUtcInAnyZone) {
 
 TEST(Object, NullHandlesFail) {
   ADObject null;
-  void (*const calls[])(ADObject&) = {
-      [](ADObject& o) { o["x"]; },
-      [](ADObject& o) { o.attributeExists("x", false); },
-      [](ADObject& o) { o.erase("x"); },
-      [](ADObject& o) { o.clone(); },
-      [](ADObject& o) { o.sid(); },
-      [](ADObject& o) { o.getSerialized(); },
-      [](ADObject& o) { o.deSerialize(true); },
-      [](ADObject& o) { ADObject("x").merge(o); },
-      [](ADObject& o) { o.isValid(); },
-  };
-  for (const auto& call : calls)
-    EXPECT_EQ(thrownBy([&] { call(null); }), "SystemException 0 Null adobject") << &call - calls;
+  const std::string failure = "SystemException 0 Null adobject";
+  EXPECT_EQ(thrownBy([&] { null["x"]; }), failure);
+  EXPECT_EQ(thrownBy([&] { null.clone(); }), failure);
+  EXPECT_EQ(thrownBy([&] { ADObject("x").merge(null); }), failure);
   EXPECT_EQ(null.toString(), "(null ADObject)");
   EXPECT_EQ(dumped(null), "null ADObject\n");
 }
 
 TEST(Object, ExtendedNameComesApartAndTogether) {
   ADObject object{std::string(kExtended)};
-  EXPECT_EQ(std::string(object["_dn"]), "CN=Jo Doe,DC=example,DC=com");
+  EXPECT_EQ(attributesOf(object), "_SID(d):S-1-5-21-1-2-3-1104\n_dn(d):CN=Jo Doe,DC=example,DC=com\n");
   EXPECT_EQ(object.guid().toString(), "33221100554477668899aabbccddeeff");
-  EXPECT_EQ(std::string(object["_SID"]), "S-1-5-21-1-2-3-1104");
-  EXPECT_EQ(object.sid().toMSString(), "S-1-5-21-1-2-3-1104");
   EXPECT_EQ(object.toString(), kExtended);
   EXPECT_NEAR(object.acquired(), dayclock::now(), 5);
 
   ADObject plain(std::string("<no extended name>"));
   EXPECT_TRUE(plain.sid().isNull());
-  EXPECT_FALSE(plain.attributeExists("_SID", false));
+  EXPECT_EQ(attributesOf(plain), "_dn(d):<no extended name>\n");
+  plain[AD_SID] = std::string("\x01\x01\0\0\0\0\0\x05\x12\0\0\0", 12);
+  EXPECT_EQ(plain.sid().toMSString(), "S-1-5-18");
+  plain.setSID("S-1-1-0");
+  EXPECT_EQ(plain.sid().toMSString(), "S-1-1-0");
+  EXPECT_EQ(std::string(plain[VESK_SID]), "S-1-1-0");
   plain.erase("_dn");
-  plain["x"];
   EXPECT_EQ(thrownBy([&] { plain.toString(); }), "SystemException 0 ADAttribute '_dn' is empty");
-}
-
-TEST(Object, SidComesFromTheFirstAttributeThatHasOne) {
-  ADObject object("CN=x");
-  EXPECT_TRUE(object.sid().isNull());
-  object[AD_SID] = std::string("\x01\x01\0\0\0\0\0\x05\x12\0\0\0", 12);
-  EXPECT_EQ(object.sid().toMSString(), "S-1-5-18");
-  object.setSID("S-1-1-0");
-  EXPECT_EQ(object.sid().toMSString(), "S-1-1-0");
-  EXPECT_EQ(std::string(object[VESK_SID]), "S-1-1-0");
 }
 
 TEST(Object, CopiesShareAndClonesDoNot) {
   ADObject object = unread(ADObject(std::string(kExtended)));
-  ADObject shared = object;
-  ADObject separate = object.clone();
+  object["cn"] = "old";
+  ADObject shared = object, separate = object.clone();
   shared["cn"] = "new";
   shared.setAcquired(1);
   EXPECT_EQ(std::string(object["cn"]), "new");
   EXPECT_EQ(object.serializer()->getAcquired(), 1);
-  EXPECT_FALSE(separate.attributeExists("cn", false));
   EXPECT_NE(separate.acquired(), 1);
   EXPECT_NE(separate.serializer()->data(), object.serializer()->data());
+  EXPECT_EQ(std::string(separate["cn"]), "old");
   EXPECT_EQ(std::string(separate["_dn"]), "CN=Jo Doe,DC=example,DC=com");
 }
 
 TEST(Object, ReadsItsBlobOnDemand) {
-  ADObject object = unread(objectOf("CN=x", {{"cn", {"Jo"}}, {"sn", {"Doe"}}}));
+  ADObject object = unread(objectOf("CN=x", "cn=Jo;sn=Doe"));
   const ADSerializer* blob = object.serializer();
   EXPECT_TRUE(object.attributeExists("sn", true));
   EXPECT_TRUE(object.attributes().empty());
@@ -194,47 +175,35 @@ TEST(Object, ReadsItsBlobOnDemand) {
   EXPECT_EQ(object.attributes().size(), 1u);
   EXPECT_EQ(object.getSerialized(), blob);  // clean: kept as it is
 
-  object["missing"];
-  EXPECT_FALSE(object.serializedClean());
-  EXPECT_TRUE(object.getSerialized()->exists("missing", false));
-  EXPECT_TRUE(object.serializedClean());
-  EXPECT_EQ(std::string(object["sn"]), "Doe");
-  object["sn"] = "";
-  EXPECT_TRUE(object.serializedClean());
-}
-
-TEST(Object, TheMapAnswersBeforeTheBlob) {
-  ADObject object = unread(objectOf("CN=x", {{"cn", {"Jo"}}}));
-  object["cn"].clear();
+  object["cn"].clear();  // the map answers before the blob
   EXPECT_FALSE(object.attributeExists("cn", true));
   EXPECT_TRUE(object.attributeExists("cn", false));
   EXPECT_EQ(object.erase("cn"), 1u);
   EXPECT_FALSE(object.attributeExists("cn", false));
   EXPECT_EQ(object.erase("_dn"), 1u);  // in the blob alone
   EXPECT_EQ(object.erase("_dn"), 0u);
+
+  object["missing"];
+  EXPECT_FALSE(object.serializedClean());
+  EXPECT_TRUE(object.getSerialized()->exists("missing", false));
+  EXPECT_TRUE(object.serializedClean());
+  EXPECT_EQ(std::string(object["sn"]), "Doe");
 }
 
 TEST(Object, CopyTakesTheNamedAttributes) {
   const char* const names[] = {"mail", "telephoneNumber", nullptr};
-  ADObject copy =
-      unread(objectOf(kExtended, {{"Mail", {"jo@example.com"}}, {"cn", {"Jo"}}, {"_server", {"dc1"}}}))
-          .copy(names);
-  EXPECT_EQ(std::string(copy["mail"]), "jo@example.com");
-  EXPECT_TRUE(copy["mail"].dirty());
+  ADObject copy = unread(objectOf(kExtended, "Mail=jo@example.com;cn=Jo;_server=dc1")).copy(names);
+  EXPECT_EQ(attributesOf(copy),
+            "_SID(d):S-1-5-21-1-2-3-1104\n_dn(d):CN=Jo Doe,DC=example,DC=com\n_server(d):dc1\n"
+            "mail(d):jo@example.com\n");
   EXPECT_EQ(copy.toString(), kExtended);
-  EXPECT_EQ(std::string(copy["_server"]), "dc1");
-  EXPECT_FALSE(copy.attributeExists("cn", false));
-  EXPECT_FALSE(copy.attributeExists("telephoneNumber", false));
 }
 
 TEST(Object, MergeAddsWhatIsMissing) {
-  ADObject object = objectOf("CN=x", {{"cn", {"Jo"}}, {VESK_ATTRIBUTE_HASH, {"b", "d", "a"}}});
-  ADObject lazy =
-      unread(objectOf("CN=y", {{"cn", {"Jim"}}, {"sn", {"Doe"}}, {VESK_ATTRIBUTE_HASH, {"c", "b"}}}));
+  ADObject object = objectOf("CN=x", "cn=Jo;_AttrHash=b;_AttrHash=d;_AttrHash=a");
+  ADObject lazy = unread(objectOf("CN=y", "cn=Jim;sn=Doe;_AttrHash=c;_AttrHash=b"));
   object.merge(lazy);
-  EXPECT_EQ(std::string(object["cn"]), "Jo");
-  EXPECT_EQ(dumped(object["sn"]), "sn(d):Doe\n");
-  EXPECT_EQ(dumped(object[VESK_ATTRIBUTE_HASH]), "_AttrHash(d):a,b,c,d\n");
+  EXPECT_EQ(attributesOf(object), "_AttrHash(d):a,b,c,d\n_dn(d):CN=x\ncn(d):Jo\nsn(d):Doe\n");
 }
 
 TEST(Object, ComparisonsAreTheSameOnBothPaths) {
@@ -256,7 +225,6 @@ TEST(Object, ComparisonsAreTheSameOnBothPaths) {
     EXPECT_TRUE(a.adUsnChanged(empty));
   }
   GOFAST1 = 1;
-  EXPECT_TRUE(ADObject::usnChanged("", ""));
   EXPECT_TRUE(ADObject::usnChanged("1", "2"));
 }
 
@@ -269,8 +237,6 @@ TEST(Object, ChangesOfExtendedObjects) {
   EXPECT_TRUE(object.extUsnChanged(other, false));
   object["_extendedObjUSNg2"] = other["_extendedObjUSNg2"] = "2";
   EXPECT_FALSE(object.extUsnChanged(other, false));
-  object["_extendedObjUSNg1"] = "3";
-  EXPECT_TRUE(object.extUsnChanged(other, false));
 
   ADObject extension{std::string(kExtended)};
   extension[AD_USN_CHANGED] = "9";
@@ -281,43 +247,33 @@ TEST(Object, ChangesOfExtendedObjects) {
 
 TEST(Object, Category) {
   const struct {
-    const char *schemaName, *dn, *displayName, *category;
+    std::string schema, dn, displayName, category;
   } rows[] = {
-      {"Person", "CN=x", "", "Person"},
-      {"Organizational-Unit", "OU=x", "plain", "Container"},
-      {"Container", "CN=x", "a $VeskZoneVersion3", "_zone"},
-      {"Organizational-Unit", "CN=x", "$VeskComputerZoneVersion2", "_zone"},
-      {"Container", "CN=auto_home,CN=NisMaps,DC=x", "", "automountMap"},
-      {"Container", "CN=z,CN=auto_home,CN=NisMaps,DC=x", "", "Container"},
-      {"Class-Store", "CN=x", "$VeskRpcVersion1", "oncRpc"},
-      {"Class-Store", "CN=x", "$VeskRpcVersion12", "Class-Store"},
-      {"Class-Store", "CN=x,CN=Hosts,CN=NisMaps,DC=x", "", "ipHost"},
-      {"Class-Store", "CN=x,CN=Hosts,CN=NisMaps,DC=x", "$VeskNetmaskVersion1", "ipHost"},
-      {"Class-Store", "CN=k,CN=auto_home,CN=NisMaps,DC=x", "", "automount"},
-      {"class-store", "CN=k,CN=auto_home,CN=NisMaps,DC=x", "", "class-store"},
+      {"CN=Person,DC=x", "CN=x", "", "Person"},
+      {"CN=Organizational-Unit,DC=x", "OU=x", "plain", "Container"},
+      {"CN=Container,DC=x", "CN=x", "a $VeskZoneVersion3", "_zone"},
+      {"CN=Organizational-Unit,DC=x", "CN=x", "$VeskComputerZoneVersion2", "_zone"},
+      {"CN=Container,DC=x", "CN=auto_home,CN=NisMaps,DC=x", "", "automountMap"},
+      {"CN=Container,DC=x", "CN=z,CN=auto_home,CN=NisMaps,DC=x", "", "Container"},
+      {"CN=Class-Store,DC=x", "CN=x", "$VeskRpcVersion1", "oncRpc"},
+      {"CN=Class-Store,DC=x", "CN=x", "$VeskRpcVersion12", "Class-Store"},
+      {"CN=Class-Store,DC=x", "CN=x,CN=Hosts,CN=NisMaps,DC=x", "$VeskNetmaskVersion1", "ipHost"},
+      {"CN=Class-Store,DC=x", "CN=k,CN=auto_home,CN=NisMaps,DC=x", "", "automount"},
+      {"CN=class-store,DC=x", "CN=k,CN=auto_home,CN=NisMaps,DC=x", "", "class-store"},
+      {"Person", "CN=x", "", ""},
+      {"CN=Person", "CN=x", "", ""},
+      {"cn=Person,DC=x", "CN=x", "", ""},
   };
   for (const auto& row : rows) {
-    ADObject object =
-        objectOf(row.dn, {{"objectCategory", {std::string("CN=") + row.schemaName + ",CN=Schema,DC=x"}},
-                          {"displayName", {row.displayName}}});
-    EXPECT_EQ(object.category(), row.category) << row.dn;
+    ADObject object = objectOf(row.dn, "objectCategory=" + row.schema + ";displayName=" + row.displayName);
+    EXPECT_EQ(object.category(), row.category) << row.schema << row.dn;
     object["objectCategory"] = "CN=Other,CN=Schema";
-    EXPECT_EQ(object.category(), row.category) << "remembered";
-  }
-}
-
-TEST(Object, CategoryThatCannotBeTold) {
-  ADObject object("CN=x");
-  EXPECT_EQ(object.category(), "");
-  for (const char* schema : {"Person", "CN=Person", "cn=Person,DC=x"}) {
-    object["objectCategory"] = schema;
-    EXPECT_EQ(object.category(), "") << schema;
-  }
-  EXPECT_FALSE(object.attributeExists("_objectCategory", false));
-  object.erase("_dn");
-  for (const char* schema : {"CN=Person,DC=x", "CN=,DC=x"}) {
-    object["objectCategory"] = schema;
+    EXPECT_EQ(object.category(), row.category.empty() ? "Other" : row.category) << "remembered";
+    object.erase("_objectCategory");
+    object.erase("_dn");
     EXPECT_EQ(thrownBy([&] { object.category(); }), "SystemException 0 ADAttribute '_dn' is empty");
+    object.erase("objectCategory");
+    EXPECT_EQ(object.category(), "");
   }
 }
 
@@ -344,19 +300,16 @@ TEST(Object, Dump) {
   unsetenv("TZ");
 }
 
-class ObjectLog : public testsupport::WorldTest {};
+using ObjectLog = testsupport::WorldTest;
 
-TEST_F(ObjectLog, TellsOfObjectsAndOfTimesThatAreNone) {
-  ADObject object =
-      objectOf("CN=x", {{"good", {"20200704120000.0Z"}}, {"unix", {"1593864000"}}, {"when", {"soon"}}});
-  EXPECT_TRUE(isLogged("new object: CN=x"));
+TEST_F(ObjectLog, TellsOfTimesThatAreNoneAndOfWhatIsMissing) {
+  ADObject object = objectOf("CN=x", "good=20200704120000.0Z;unix=1593864000;when=soon");
   EXPECT_EQ(object.getTime("good", 7), 1593864000);
   EXPECT_EQ(object.getUnixTime("unix", 7), 1593864000);
   EXPECT_EQ(object.getTime("absent", 7), 7);
   EXPECT_FALSE(object.attributeExists("absent", false));
   EXPECT_EQ(object.getTime("when", 7), 7);
-  EXPECT_TRUE(
-      isLogged("Failed to convert attribute when to time. Error: ADAttribute 'when' is not a UTC time"));
+  EXPECT_TRUE(isLogged("Failed to convert attribute when to time. Error: ADAttribute 'when' is not a UTC"));
   ADObject lazy = unread(object);
   lazy["cn"];
   lazy.getSerialized();
@@ -368,6 +321,7 @@ TEST_F(ObjectLog, TellsOfObjectsAndOfTimesThatAreNone) {
 
 TEST_F(ObjectLog, AssertionGoesByTheScratchFileIfThereIsOne) {
   ADObject object("CN=x");
+  EXPECT_TRUE(isLogged("new object: CN=x"));
   ADObjAssert(object, false, "no file", "here.cpp", 7);
   EXPECT_TRUE(isLogged("ADObjAssert: here.cpp:7 assertion no file failed, obj = ADObject: <GUID="));
   EXPECT_EQ(modeOf(paths::kAssertFile), 0u);
@@ -375,11 +329,10 @@ TEST_F(ObjectLog, AssertionGoesByTheScratchFileIfThereIsOne) {
   const std::string old(200, 'o');
   put(paths::kAssertFile, old);
   ADObjAssert(object, true, "holds", "here.cpp", 8);
+  EXPECT_EQ(get(paths::kAssertFile), old);
   ADObjAssert(object, false, "fails", "here.cpp", 9);
   const std::string dump = dumped(object);
   EXPECT_EQ(get(paths::kAssertFile), dump + old.substr(dump.size()));
-  EXPECT_FALSE(isLogged("holds"));
-  EXPECT_TRUE(isLogged("assertion fails failed"));
   EXPECT_TRUE(isLogged("; _dn(d):CN=x; " + old.substr(dump.size())));
 }
 

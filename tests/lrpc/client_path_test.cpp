@@ -8,16 +8,10 @@ using namespace testsupport;
 
 namespace {
 
-int gLocks = 0;
-int gThreads = 0;
-int gKeys = 0;
+int gLocks = 0, gThreads = 0, gKeys = 0;
 
 class ClientPathTest : public SessionTest {
  protected:
-  void SetUp() override {
-    gKeys = 0;  // the test framework has some
-    SessionTest::SetUp();
-  }
   /// One session's life: an exchange, a lost connection, another exchange.
   void useASession() {
     startSession(false);
@@ -33,11 +27,9 @@ class ClientPathTest : public SessionTest {
 TEST_F(ClientPathTest, ASessionMakesNoLockNoThreadAndNoKey) {
   useASession();
   EXPECT_GT(gLocks, 0) << "the process-wide ones, at their first use";
-  gLocks = 0;
+  gLocks = gThreads = gKeys = 0;
   useASession();
-  EXPECT_EQ(gLocks, 0);
-  EXPECT_EQ(gThreads, 0);
-  EXPECT_EQ(gKeys, 0);
+  EXPECT_EQ(gLocks + gThreads + gKeys, 0);
 }
 
 }  // namespace

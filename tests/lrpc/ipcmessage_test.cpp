@@ -11,7 +11,6 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <memory>
 
 #include "ber/qtr_ber.h"
@@ -80,19 +79,6 @@ class MessageTest : public ::testing::Test {
   int m_ends[2];
 };
 
-TEST_F(MessageTest, APingIsSixteenBytesAndIsRepeatedAsItWasFirst) {
-  IPCRequest ping(IPC_OP_PING);
-  const std::string bytes = hex("0c000000 30 84 00000006 02 01 00 02 01 00");
-  EXPECT_EQ(tohex(sent(ping)), tohex(bytes));
-  ping += 5;
-  EXPECT_EQ(tohex(sent(ping)), tohex(bytes));
-  IPCReply written(IPC_OP_STOP);
-  EXPECT_EQ(thrownBy([&] { written.rewind(); }), "IOException 0 ber_scanf int");
-  written += 5;
-  written.rewind();
-  EXPECT_EQ(written.getInt(), 5);
-}
-
 TEST_F(MessageTest, EachFieldHasItsForm) {
   const char* texts[] = {"ab", "", nullptr};
   IPCExceptionDerived<3> exception(std::string("no\0x", 4));  // up to the NUL
@@ -133,8 +119,8 @@ TEST_F(MessageTest, WhatCannotBeWrittenIsToldInItsOwnWords) {
 TEST_F(MessageTest, FieldsAreReadInTheirOrderAndOnceMoreAfterRewind) {
   const auto message = received(
       integer(-129) + octets(std::string("a\0b", 3)) + octets("") + hex("04080102000000000000") +
-      sequence(octets("x")) + sequence("") + integer(2) + octets("p") + octets("q") + integer(-1) +
-      octets(kSidBytes) + octets(std::string(16, 'g')) + octets("") + integer(0) + integer(1) + octets(""));
+      sequence(octets("x")) + sequence("") + integer(2) + octets("p") + octets("q") + octets(kSidBytes) +
+      octets(std::string(16, 'g')) + octets("") + integer(0) + integer(1) + octets(""));
   EXPECT_EQ(message->opcode(), IPC_OP_UNKNOWN);
   for (int round = 0; round < 2; ++round) {
     EXPECT_EQ(message->getInt(), -129);
@@ -149,7 +135,6 @@ TEST_F(MessageTest, FieldsAreReadInTheirOrderAndOnceMoreAfterRewind) {
     qtr_ber_memvfree(reinterpret_cast<void**>(texts));
     EXPECT_EQ(message->getCharStringArray(), nullptr);
     EXPECT_EQ(message->getStringVector(), (std::vector<std::string>{"p", "q"}));
-    EXPECT_TRUE(message->getStringVector().empty());
     EXPECT_EQ(message->getSid().toMSString(), "S-1-5-32-544");
     EXPECT_EQ(message->getGuid(), Guid(reinterpret_cast<const unsigned char*>("gggggggggggggggg"), 16));
     EXPECT_TRUE(message->getADObject().isNull());
@@ -162,57 +147,53 @@ TEST_F(MessageTest, FieldsAreReadInTheirOrderAndOnceMoreAfterRewind) {
   }
 }
 
-using Reader = std::function<void(const IPCMessage&)>;
-const struct {
-  Reader read;
-  const char* failure;
-} kReaders[] = {
-    {[](const IPCMessage& m) { m.getInt(); }, "ber_scanf int"},
-    {[](const IPCMessage& m) { m.getString(); }, "ber_scanf string"},
-    {[](const IPCMessage& m) { qtr_ber_bvfree(m.getBerString()); }, "ber_scanf string"},
-    {[](const IPCMessage& m) { m.getPthreadT(); }, "ber_scanf pthread_t"},
-    {[](const IPCMessage& m) { qtr_ber_memvfree(reinterpret_cast<void**>(m.getCharStringArray())); },
-     "ber_scanf char **"},
-    {[](const IPCMessage& m) { m.getStringVector(); }, "ber_scanf int"},
-    {[](const IPCMessage& m) { m.getSid(); }, "ber_scanf sid"},
-    {[](const IPCMessage& m) { m.getGuid(); }, "ber_scanf guid"},
-    {[](const IPCMessage& m) { m.getADObject(); }, "ber_scanf adobj"},
-    {[](const IPCMessage& m) { m.getADObjectList(); }, "ber_scanf int"},
-    {[](const IPCMessage& m) { m.getAndThrowIPCException(); }, "ber_scanf IPCException::decode"},
-};
-
 TEST_F(MessageTest, DamagedFieldsAreFailuresForEveryReader) {
-  for (const auto& row : kReaders) {
-    for (const char* body : {"", "02", "0205", "0401", "047f41", "04847fffffff41", "0488ffffffffffffffff41",
+  const struct {
+    void (*read)(const IPCMessage& message);
+    std::string failure;
+  } rows[] = {
+      {[](const IPCMessage& m) { m.getInt(); }, "ber_scanf int"},
+      {[](const IPCMessage& m) { m.getString(); }, "ber_scanf string"},
+      {[](const IPCMessage& m) { m.getBerString(); }, "ber_scanf string"},
+      {[](const IPCMessage& m) { m.getPthreadT(); }, "ber_scanf pthread_t"},
+      {[](const IPCMessage& m) { m.getCharStringArray(); }, "ber_scanf char **"},
+      {[](const IPCMessage& m) { m.getStringVector(); }, "ber_scanf int"},
+      {[](const IPCMessage& m) { m.getSid(); }, "ber_scanf sid"},
+      {[](const IPCMessage& m) { m.getGuid(); }, "ber_scanf guid"},
+      {[](const IPCMessage& m) { m.getADObject(); }, "ber_scanf adobj"},
+      {[](const IPCMessage& m) { m.getADObjectList(); }, "ber_scanf int"},
+      {[](const IPCMessage& m) { m.getAndThrowIPCException(); }, "ber_scanf IPCException::decode"},
+  };
+  const IPCReply empty;
+  EXPECT_FALSE(empty.hasMore());
+  EXPECT_EQ(thrownBy([&] { empty.rewind(); }), "IOException 0 ber_scanf int");
+  for (const auto& row : rows) {
+    for (const char* body : {"", "0205", "0401", "04847fffffff41", "0488ffffffffffffffff41",
                              "30847fffffff0400", "04ff", "04890000000000000000014141"}) {
       const auto message = received(hex(body));
-      EXPECT_EQ(thrownBy([&] { row.read(*message); }), "IOException 0 " + std::string(row.failure)) << body;
+      EXPECT_EQ(thrownBy([&] { row.read(*message); }), "IOException 0 " + row.failure) << body;
     }
-    const IPCReply empty;
-    EXPECT_EQ(thrownBy([&] { row.read(empty); }), "IOException 0 " + std::string(row.failure));
-    EXPECT_FALSE(empty.hasMore());
+    EXPECT_EQ(thrownBy([&] { row.read(empty); }), "IOException 0 " + row.failure);
   }
-  for (const size_t reader : {5, 9}) {  // a count says nothing of memory
-    const auto message = received(integer(INT_MAX));
-    EXPECT_NE(thrownBy([&] { kReaders[reader].read(*message); }), "nothing");
-  }
+  // A count says nothing of memory.
+  EXPECT_EQ(thrownBy([&] { received(integer(INT_MAX))->getStringVector(); }),
+            "IOException 0 ber_scanf string");
+  EXPECT_EQ(thrownBy([&] { received(integer(INT_MAX))->getADObjectList(); }),
+            "IOException 0 ber_scanf adobj");
 }
 
 TEST_F(MessageTest, TheTypeOfAnExceptionDecidesItsClass) {
-  for (int type = -1; type <= 6; ++type)
-    for (const std::string text : {"x", ""}) {
-      const bool known = 1 <= type && type <= 5;
-      const auto message = received(integer(type) + octets(text));
-      try {
-        message->getAndThrowIPCException();
-      } catch (const Base_Exception&) {
-        ADD_FAILURE() << type;
-      } catch (IPCException& error) {
-        EXPECT_EQ(error.getTypeCode(), known ? type : 1);
-        EXPECT_EQ(error.what(), known ? text : "Unknown error");
-        EXPECT_EQ(error.className() + std::to_string(error.rc() + error.classID()), "0");
-      }
+  for (int type = -1; type <= 6; ++type) {
+    const bool known = 1 <= type && type <= 5;
+    try {
+      received(integer(type) + octets("x"))->getAndThrowIPCException();
+    } catch (IPCException& error) {
+      EXPECT_EQ(error.getTypeCode(), known ? type : 1);
+      EXPECT_EQ(error.what(), known ? std::string("x") : "Unknown error");
+      EXPECT_EQ(error.className() + std::to_string(error.rc() + error.classID()), "0");
     }
+  }
+  EXPECT_EQ(thrownBy([&] { received(integer(1) + octets(""))->getAndThrowIPCException(); }), " 0 ");
 }
 
 TEST_F(MessageTest, IdentitiesThatAreCutShortGoOnWithZeros) {
@@ -221,37 +202,6 @@ TEST_F(MessageTest, IdentitiesThatAreCutShortGoOnWithZeros) {
     EXPECT_EQ(message->getSid().isNull(), size == 0);
     EXPECT_EQ(tohex(std::string(reinterpret_cast<const char*>(message->getGuid().bytes()), 16)),
               tohex(std::string(size % 16, 'g') + std::string(16 - size % 16, '\0')));
-  }
-}
-
-TEST_F(MessageTest, AnObjectIsReadWholeOrRefused) {
-  ADObject object("CN=Joe,DC=x");
-  object["cn"].push_back("Joe");
-  const ADSerializer& serialized = *object.getSerialized();
-  const std::string blob(serialized.data(), serialized.size());
-  const auto message = received(octets(blob));
-  ADObject read = message->getADObject();
-  EXPECT_EQ(read.serializer(), nullptr);
-  EXPECT_EQ(*read.firstValue("cn"), "Joe");
-  for (size_t size = 1; size < blob.size(); ++size) {
-    const auto cut = received(octets(blob.substr(0, size)));
-    const std::string thrown = thrownBy([&] { cut->getADObject(); });
-    const bool wholeRecords =
-        thrown == "nothing" && size >= ADSerializer::kHeaderSize && size < blob.size() - 1;
-    EXPECT_TRUE(wholeRecords || thrown.substr(0, 16) == "BadDataException") << size << thrown;
-  }
-}
-
-TEST_F(MessageTest, FramesWithoutAMessageAreRefused) {
-  for (const char* message : {"", "00", "30", "3084000000", "3084ffffffff020100020100", "308400000003020100",
-                              "308400000006020100020500"}) {
-    put(framed(hex(message)));
-    IPCReply reply;
-    const std::string thrown = thrownBy([&] { reply.get(m_ends[0]); });
-    EXPECT_NE(thrown.find(*message ? "(received garbled message?)" : "read 0 bytes from IPC: Success"),
-              std::string::npos)
-        << thrown << " " << message;
-    EXPECT_FALSE(reply.hasMore());
   }
 }
 
@@ -282,10 +232,9 @@ TEST_F(MessageTest, AStringIsWipedBeforeItIsFreed) {
 }
 
 TEST(MessageTextTest, NumbersWithoutARowAreUnknown) {
-  for (const int gap : {-1, 32, 49, 50, INT_MAX})
-    EXPECT_STREQ(IPCMessage::IPC_OPCODEToStr(static_cast<IPC_OPCODE>(gap)), "(unknown)");
+  for (const int gap : {-1, 32, 49, 50})
+    EXPECT_STREQ(IPCMessage::IPC_OPCODEToStr(static_cast<IPC_OPCODE>(gap)), "(unknown)") << gap;
   EXPECT_STREQ(IPCMessage::IPC_OPCODEToStr(IPC_OP_SAM_TEST_ENABLED), "sam - test enabled");
-  EXPECT_STREQ(IPCMessage::IPC_RESULTToStr(IPC_NOT_AUTHORIZED), "not authorized");
   EXPECT_STREQ(IPCMessage::IPC_RESULTToStr(static_cast<IPC_RESULT>(4)), "(unknown)");
 }
 

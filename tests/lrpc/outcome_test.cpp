@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <map>
 #include <regex>
 #include <set>
 #include <string>
@@ -29,20 +28,19 @@ constexpr const char* kLogin[] = {"SUCCESS",      "USER_UNKNOWN",         "AUTH_
                                   "ACCT_EXPIRED", "NEW_AUTHTOK_REQD",     "PERM_DENIED",
                                   "AUTHTOK_ERR",  "AUTHTOK_RECOVERY_ERR", "TRY_AGAIN"};
 
-std::string login(LoginAnswer answer) {
-  return kLogin[static_cast<int>(answer)];
-}
-
 std::string columns(const Answer& answer) {
-  const int status = static_cast<int>(answer.nameStatus());
-  return std::string(kOutcomes[static_cast<int>(answer.outcome)]) + " | " + kStatus[status + 2] + " | " +
-         (answer.error == 0 ? "0" : strerrorname_np(answer.error)) + " | " + login(answer.authenticate) +
-         " | " + login(answer.account) + " | " + login(answer.password) + " |\n";
+  std::string text = kOutcomes[static_cast<int>(answer.outcome)];
+  text = text + " | " + kStatus[static_cast<int>(answer.nameStatus()) + 2] + " | " +
+         (answer.error == 0 ? "0" : strerrorname_np(answer.error)) + " | ";
+  for (const LoginAnswer task : {answer.authenticate, answer.account, answer.password})
+    text = text + kLogin[static_cast<int>(task)] + " | ";
+  text.back() = '\n';
+  return text;
 }
 
-/// The first group of all matches in a header.
-std::vector<std::string> namesIn(const char* header, const char* pattern) {
-  std::ifstream file(std::string(TEST_SOURCE_DIR "/") + header);
+// The first group of all matches in a file of the sources.
+std::vector<std::string> namesIn(const std::string& name, const char* pattern) {
+  std::ifstream file(TEST_SOURCE_DIR "/" + name);
   const std::string text(std::istreambuf_iterator<char>(file), {});
   const std::regex regex(pattern);
   std::vector<std::string> names;
@@ -51,56 +49,16 @@ std::vector<std::string> namesIn(const char* header, const char* pattern) {
   return names;
 }
 
-const ExceptionRow& rowFor(const std::string& className) {
-  for (const ExceptionRow& row : kExceptionRows)
-    if (row.className == className && *row.text == 0) return row;
-  throw std::out_of_range(className);
-}
-
 template <class Exception>
-Exception thrown(const char* message = "message") {
-  if constexpr (std::is_constructible_v<Exception, const char*, int, const char*, const char*, int>)
-    return Exception("file", 1, message, "", 0);
-  else if constexpr (std::is_constructible_v<Exception, const char*, const char*, int>)
-    return Exception(message, "", 0);
-  else if constexpr (std::is_constructible_v<Exception, std::string>)
-    return Exception(std::string(message));
-  else
-    return Exception();
+Exception made(const std::string& message = "message") {
+  return Exception("file", 1, message.c_str(), "", 0);
 }
 
-#define THROWN(Exception) \
-  { #Exception, columns(answerOf(thrown <Exception>())) }
-
-TEST(OutcomeTest, EveryExceptionClassHasARowAndIsAnsweredByIt) {
-  const std::map<std::string, std::string> answers = {
-      THROWN(NotFoundException), THROWN(EndOfListException),  THROWN(TimeoutException),
-      THROWN(TryAgainException), THROWN(BufferFullException), THROWN(ConnectionBrokenException),
-      THROWN(IOException),       THROWN(SystemException),     THROWN(AlreadyException),
-      THROWN(BadDataException),  THROWN(EndOfFileException),  THROWN(IPCException),
-      THROWN(QueueInterrupted),  THROWN(Base_Exception),      THROWN(BaseException),
-      THROWN(ZKTException),      THROWN(VESKException),       THROWN(std::bad_alloc),
-      THROWN(std::exception),
-  };
-  std::set<std::string> classes = {"std::bad_alloc", "std::exception"};
-  for (const char* header : {"util/include/error_util.h", "lrpc/ipc_exception.h"})
-    for (const std::string& name : namesIn(header, R"(class FOKRAZO_API (\w+) : public)"))
-      classes.insert(name);
-  EXPECT_EQ(classes.erase("IPCExceptionDerived"), 1u);  // an IPCException to every module
-  EXPECT_EQ(columns(answerOf(thrown<IPCExceptionDerived<3>>())), columns(rowFor("IPCException").answer));
-  EXPECT_EQ(classes.size(), answers.size());
-  for (const std::string& name : classes) {
-    ASSERT_TRUE(answers.count(name)) << name;
-    EXPECT_EQ(answers.at(name), columns(rowFor(name).answer)) << name;
-  }
-}
-
-TEST(OutcomeTest, TextsTellSomeExceptionsApartAndWhateverElseHasAnAnswer) {
-  const std::string connect = "ipc socket connect: ";
-  const auto current = [](bool isException) {
+TEST(OutcomeTest, EveryExceptionIsAnsweredByTheRowOfItsClassAndText) {
+  const std::string connect = "ipc socket connect: ", execute = "Unsuccesful IPC execute: ";
+  const auto current = [](auto thrown) {
     try {
-      if (isException) throw thrown<TimeoutException>();
-      throw 1;
+      throw thrown;
     } catch (...) {
       return answerOfCurrentException();
     }
@@ -110,17 +68,26 @@ TEST(OutcomeTest, TextsTellSomeExceptionsApartAndWhateverElseHasAnAnswer) {
     Outcome expected;
     int error;
   } rows[] = {
-      {current(true), Outcome::TryAgain, EAGAIN},
-      {current(false), Outcome::Unavailable, EIO},
-      {answerOf(thrown<IOException>("ipc socket create: whatever")), Outcome::TryAgain, EMFILE},
-      {answerOf(thrown<IOException>("ipc socket connect timed out")), Outcome::TryAgain, EAGAIN},
-      {answerOf(thrown<IOException>((connect + strerror(EAGAIN)).c_str())), Outcome::TryAgain, EAGAIN},
-      {answerOf(thrown<IOException>((connect + strerror(EACCES)).c_str())), Outcome::Refused, EACCES},
-      {answerOf(thrown<IOException>((connect + strerror(ENOENT)).c_str())), Outcome::Unavailable, EIO},
-      {answerOf(thrown<IOException>("a pipc socket create")), Outcome::Unavailable, EIO},
-      {answerOf(thrown<SystemException>("Unsuccesful IPC execute: not authorized")), Outcome::Refused,
-       EACCES},
-      {answerOf(thrown<SystemException>("Unsuccesful IPC execute: bad data")), Outcome::Unavailable, EIO},
+      {answerOf(made<NotFoundException>()), Outcome::NotFound, ENOENT},
+      {answerOf(made<EndOfListException>()), Outcome::NotFound, ENOENT},
+      {answerOf(made<ConnectionBrokenException>()), Outcome::TryAgain, EAGAIN},
+      {answerOf(made<TryAgainException>()), Outcome::TryAgain, EAGAIN},
+      {answerOf(made<BufferFullException>()), Outcome::TryAgain, EAGAIN},
+      {answerOf(made<BadDataException>()), Outcome::Unavailable, EIO},
+      {answerOf(QueueInterrupted()), Outcome::TryAgain, EAGAIN},
+      {answerOf(IPCExceptionDerived<3>("message")), Outcome::Unavailable, EIO},
+      {answerOf(std::bad_alloc()), Outcome::TryAgain, ENOMEM},
+      {answerOf(std::exception()), Outcome::Unavailable, EIO},
+      {current(made<TimeoutException>()), Outcome::TryAgain, EAGAIN},
+      {current(1), Outcome::Unavailable, EIO},
+      {answerOf(made<IOException>("ipc socket create: whatever")), Outcome::TryAgain, EMFILE},
+      {answerOf(made<IOException>("ipc socket connect timed out")), Outcome::TryAgain, EAGAIN},
+      {answerOf(made<IOException>(connect + strerror(EAGAIN))), Outcome::TryAgain, EAGAIN},
+      {answerOf(made<IOException>(connect + strerror(EACCES))), Outcome::Refused, EACCES},
+      {answerOf(made<IOException>(connect + strerror(ENOENT))), Outcome::Unavailable, EIO},
+      {answerOf(made<IOException>("a pipc socket create")), Outcome::Unavailable, EIO},
+      {answerOf(made<SystemException>(execute + "not authorized")), Outcome::Refused, EACCES},
+      {answerOf(made<SystemException>(execute + "bad data")), Outcome::Unavailable, EIO},
       {answerOf(static_cast<ValidationResult>(-1)), Outcome::Unavailable, EIO},
       {answerOf(static_cast<ValidationResult>(48)), Outcome::Unavailable, EIO},
   };
@@ -128,53 +95,51 @@ TEST(OutcomeTest, TextsTellSomeExceptionsApartAndWhateverElseHasAnAnswer) {
     EXPECT_EQ(row.answer.outcome, row.expected) << &row - rows;
     EXPECT_EQ(row.answer.error, row.error) << &row - rows;
   }
-}
-
-// Programs take these for "there is no such user", see getpwnam(3).
-bool readsAsNotFound(int error) {
-  return error == 0 || error == ENOENT || error == ESRCH || error == EBADF || error == EPERM;
+  std::set<std::string> classes = {"IPCExceptionDerived"};  // an IPCException to every module
+  for (const ExceptionRow& row : kExceptionRows) classes.insert(row.className);
+  for (const char* header : {"util/include/error_util.h", "lrpc/ipc_exception.h"})
+    for (const std::string& name : namesIn(header, R"(class FOKRAZO_API (\w+) : public)"))
+      EXPECT_EQ(classes.count(name), 1u) << name;
 }
 
 TEST(OutcomeTest, NoOutcomeIsMixedUpWithAnother) {
+  const std::set<int> readAsNotFound = {0, ENOENT, ESRCH, EBADF, EPERM};  // see getpwnam(3)
   std::vector<Answer> answers;
   for (const ResultRow& row : kResultRows) answers.push_back(row.answer);
   for (const ExceptionRow& row : kExceptionRows) answers.push_back(row.answer);
   for (const Answer& answer : answers) {
-    const std::string row = columns(answer);
+    SCOPED_TRACE(columns(answer));
     const bool isThere = answer.outcome == Outcome::Success, isNotFound = answer.outcome == Outcome::NotFound;
-    EXPECT_EQ(readsAsNotFound(answer.error), isThere || isNotFound) << row;
-    EXPECT_NE(answer.error, ERANGE) << row;
-    EXPECT_EQ(answer.nameStatus() == NameStatus::TryAgain, answer.outcome == Outcome::TryAgain) << row;
+    const bool isAway = answer.outcome == Outcome::TryAgain || answer.outcome == Outcome::Unavailable;
+    EXPECT_EQ(readAsNotFound.count(answer.error) > 0, isThere || isNotFound);
+    EXPECT_NE(answer.error, ERANGE);
+    EXPECT_EQ(answer.nameStatus() == NameStatus::TryAgain, answer.outcome == Outcome::TryAgain);
     for (const LoginAnswer task : {answer.authenticate, answer.account, answer.password}) {
-      const bool isAway = task == LoginAnswer::AuthInfoUnavail || task == LoginAnswer::TryAgain;
-      EXPECT_EQ(task == LoginAnswer::Success, isThere) << row;
-      EXPECT_EQ(task == LoginAnswer::UserUnknown, isNotFound) << row;
-      EXPECT_EQ(isAway, answer.outcome == Outcome::TryAgain || answer.outcome == Outcome::Unavailable) << row;
+      EXPECT_EQ(task == LoginAnswer::Success, isThere);
+      EXPECT_EQ(task == LoginAnswer::UserUnknown, isNotFound);
+      EXPECT_EQ(task == LoginAnswer::AuthInfoUnavail || task == LoginAnswer::TryAgain, isAway);
     }
   }
 }
 
 TEST(OutcomeTest, TheDocumentPrintsTheTables) {
-  const std::vector<std::string> results = namesIn("lrpc/validation_result.h", R"((VR_\w+) = \d+)");
-  ASSERT_EQ(results.size(), std::size(kResultRows));
-  std::string tables =
-      "| Result | | Outcome | Name service | errno | Authenticate | Account | Password |\n"
-      "|---|---|---|---|---|---|---|---|\n";
-  for (size_t i = 0; i < results.size(); ++i)
-    tables += "| " + std::to_string(i) + " | `" + results[i] + "` | " +
-              columns(answerOf(static_cast<ValidationResult>(i)));
-  tables +=
-      "| Exception | Its message | Outcome | Name service | errno | Authenticate | Account | Password |\n"
-      "|---|---|---|---|---|---|---|---|\n";
+  const std::string columnNames = "Outcome | Name service | errno | Authenticate | Account | Password |\n";
+  const std::string line = "|---|---|---|---|---|---|---|---|\n";
+  std::string tables = "| Result | | " + columnNames + line;
+  for (const std::string& name : namesIn("lrpc/validation_result.h", R"((VR_\w+ = \d+))")) {
+    const size_t end = name.find(' ');
+    const std::string number = name.substr(end + 3);
+    tables += "| " + number + " | `" + name.substr(0, end) + "` | " +
+              columns(answerOf(static_cast<ValidationResult>(std::stoi(number))));
+  }
+  tables += "| Exception | Its message | " + columnNames + line;
   for (const ExceptionRow& row : kExceptionRows) {
     const std::string suffix = row.error ? std::string(": (") + strerrorname_np(row.error) + ")" : " …";
     tables += "| `" + std::string(row.className) + "` | " +
               (*row.text ? "\"" + (row.text + suffix) + "\"" : "any") + " | " + columns(row.answer);
   }
-  std::ifstream file(TEST_SOURCE_DIR "/docs/outcomes.md");
   std::string printed;
-  for (std::string line; std::getline(file, line);)
-    if (line[0] == '|') printed += line + "\n";
+  for (const std::string& row : namesIn("docs/outcomes.md", "\n(\\|[^\n]*)")) printed += row + "\n";
   EXPECT_EQ(printed, tables) << "These are the tables as they should be:\n" << tables;
 }
 

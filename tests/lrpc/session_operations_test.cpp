@@ -4,10 +4,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <functional>
-
+#include "lrpc/adserializer.h"
+#include "lrpc/attrnames.h"
 #include "lrpc/session.h"
 #include "lrpc/shredder.h"
+#include "tests/support/out_arguments.h"
 #include "tests/support/session_test.h"
 #include "tests/support/told.h"
 #include "util/include/fixed_paths.h"
@@ -27,7 +28,7 @@ using Answers = std::vector<Answer>;
 
 struct Operation {
   const char* call;
-  std::function<std::string(LocalRpcSession&)> make;  // gives the outcome
+  std::string (*make)(LocalRpcSession& session);  // gives the outcome
   std::string request;
   bool resent;
   Answers answers;          // the first is that of success
@@ -57,6 +58,14 @@ const char* kNames[] = {"cn", "", nullptr};
 constexpr auto kBase = static_cast<LdapSearchScopeType>(0);
 constexpr auto kTree = static_cast<LdapSearchScopeType>(2);
 const std::string kSystem = "SystemException 0 ";
+const std::string kNull = kSystem + "Null adobject";
+const std::string kNoUser = "NotFoundException 0 User not found";
+const std::string kNoGroup = "NotFoundException 0 Group not found";
+const SID kSid("S-1-5-32-544");
+const std::string kSidKey = hex("0410 01 02 000000000005 20000000 20020000");
+const Guid kGuid(reinterpret_cast<const unsigned char*>("0123456789abcdef"), 16);
+const std::string kGuidKey = s("0123456789abcdef");
+const std::string kIdKey = hex("0202 fe0c");
 const std::string kUnread = "IOException 0 ber_scanf ";
 const std::string kDebug = "DEBUG lrpc.session ";
 const std::string kRemote = i(3) + s("no such base");
@@ -78,34 +87,10 @@ Answers value(const std::string& fields, const std::string& told) {
       {answer(0, fields), told}, {answer(33, kRemote), kRemoteText}, {answer(33), none}, {reply(0), none}};
 }
 
-// Operations with out arguments.
-
-std::string renew(LocalRpcSession& session) {
-  int count = 5;
-  const std::string result = told([&] { return session.renewCredentials("al", count); });
-  return result + " " + text(count);
-}
-
 std::string logon(LocalRpcSession& session) {
-  int status = 5;
-  std::string key = "key", why = "why";
-  const std::string result =
-      told([&] { return session.netLogonSamLogon("al", kBinary, "", 0xffffffff, key, status, why); });
-  return result + " " + text(status) + " " + key + " " + why;
-}
-
-std::string samChange(LocalRpcSession& session) {
-  int status = 5;
-  std::string why = "why";
-  const std::string result =
-      told([&] { return session.samChangeUserPassword2("al", "1", kBinary, "", "4", status, why); });
-  return result + " " + text(status) + " " + why;
-}
-
-std::string mapDomain(LocalRpcSession& session) {
-  std::string first = "first", second = "second";
-  const std::string result = told([&] { return session.mapDomain("X", first, second, 0xffffffff); });
-  return result + " " + first + " " + second;
+  std::string key = "key";
+  const std::string outcome = loggedOn(session, "al", kBinary, "", 0xffffffff, key);
+  return outcome + " " + key;
 }
 
 std::string flushObject(LocalRpcSession& session) {
@@ -115,8 +100,51 @@ std::string flushObject(LocalRpcSession& session) {
 }
 
 // clang-format off
-#define CALL(...) \
-  #__VA_ARGS__, [](LocalRpcSession& session) { return told([&] { return session.__VA_ARGS__; }); }
+#define ASK(...) #__VA_ARGS__, [](LocalRpcSession& session) { return __VA_ARGS__; }
+#define CALL(...) ASK(told([&] { return session.__VA_ARGS__; }))
+
+// A lookup's header is the object's type, scope, kind of key, whether to ask the directory first, memberships.
+std::string lookup(int opcode, const char* header, const std::string& key) {
+  std::string body;
+  for (const char byte : hex(header)) body += i(byte);
+  return request(opcode, body + key);
+}
+
+// By name the daemon's own exceptions come through; `none` is for all that is not found otherwise.
+Answers named(const std::string& none, const std::string& emptied) {
+  return {{answer(0, kObject), kDn}, {answer(17), none}, {answer(13, kRemote), kRemoteText}, {reply(0), none}, {answer(0, s("")), emptied}};
+}
+Answers keyed(const std::string& none, const std::string& emptied) {
+  return value(kObject, kDn, none) + Answers{{answer(0, s("")), emptied}};
+}
+Answers listed(const std::string& none) {
+  return named(none, kNull) + Answers{{reply(0, status(42, 10)), "EndOfListException 0 End of list"}};
+}
+
+constexpr int kBoth = CHECK_AD_FIRST | GROUP_MEMBERSHIP;
+const Answers kEmpty = named("empty", "empty");
+
+const Operations kLookups = {
+    {CALL(getObject("al", DSShadow, kBoth)),    lookup(11, "0202000101", s("al")), true,  kEmpty},
+    {CALL(getObject("al", DSUser, UNIX_ONLY)),  lookup(11, "0000000000", s("al")), true,  kEmpty},
+    {CALL(getObject("@#", DSUser, UNIX_NAME)),  lookup(11, "0002000000", s("@#")), false, kEmpty},
+    {CALL(getUserObj("al", kBoth)),             lookup(11, "0002000101", s("al")), true,  kEmpty},
+    {CALL(getGroupObj("al", CHECK_AD_FIRST)),   lookup(11, "0102000100", s("al")), true,  kEmpty},
+    {CALL(getUserObj(-500, kBoth)),             lookup(11, "0000020101", kIdKey),  true,  keyed("empty", "empty")},
+    {CALL(getGroupObj(-500, kBoth)),            lookup(11, "0100020101", kIdKey),  true,  keyed("empty", "empty")},
+    {CALL(getUser("al", kBoth)),                lookup(11, "0002000101", s("al")), true,  named(kNoUser, kNoUser)},
+    {CALL(getGroup("al", kBoth)),               lookup(11, "0102000101", s("al")), true,  named(kNoGroup, kNoGroup)},
+    {CALL(getUser(-500, kBoth)),                lookup(11, "0000020101", kIdKey),  true,  keyed(kNoUser, kNoUser)},
+    {CALL(getGroup(-500, kBoth)),               lookup(11, "0100020101", kIdKey),  true,  keyed(kNoGroup, kNoGroup)},
+    {CALL(getUser(kSid, kBoth)),                lookup(11, "0002030101", kSidKey), true,  keyed(kNoUser, kNull)},
+    {CALL(getGroup(kSid, UNIX_ONLY)),           lookup(11, "0100030000", kSidKey), true,  keyed("NotFoundException 0 Object not found", kNull)},
+    {CALL(getUser(kGuid, kBoth)),               lookup(11, "0002010101", kGuidKey), true, keyed(kNoUser, kNull)},
+    {CALL(getGroup(kGuid, kBoth)),              lookup(11, "0102010101", kGuidKey), true, keyed(kNoGroup, kNull)},
+    {CALL(getUser2("al", kBoth)),               lookup(12, "0002000101", s("al")), true,  listed(kNoUser)},
+    {CALL(getGroup2("@#", UNIX_ONLY)),          lookup(12, "0100000000", s("@#")), false, listed(kNoGroup)},
+    {CALL(getShadow("al", kBoth)),              lookup(11, "0200000100", s("al")), true,  keyed(kNoUser, kNull)},
+    {CALL(getShadow("@#", 0)),                  lookup(11, "0200000000", s("@#")), false, keyed(kNoUser, kNull)},
+};
 
 const std::string kSearch = s("D") + s("OU=x") + s("(cn=*)") + sequence(s("cn") + s("")) + i(2) + i(9) + i(1);
 const std::string kSearchAll = s("") + s("") + s("") + sequence("") + i(0) + i(-1) + i(0);
@@ -150,7 +178,7 @@ const Operations kLogins = {
     {CALL(validatePlainTextUser("al", kSecret, true)),   request(3, s("al") + s(kBinary) + i(1)), true, kResult},
     {CALL(validatePlainTextUser(kLong, kLong, false)),   request(3, s(kLong) + s(kLong) + i(0)),  true, kResult},
     {CALL(validateKerberosUser("al", kBinary)),          request(4, s("al") + s(kBinary)),        true,
-     value(kObject, kDn, kSystem + "failed to validate Kerberos user") + Answers{{answer(0, s("")), kSystem + "Null adobject"}}},
+     value(kObject, kDn, kSystem + "failed to validate Kerberos user") + Answers{{answer(0, s("")), kNull}}},
     {CALL(getNtlmChallenge(kBinary)),                    request(5, s(kBinary)),                  true,
      value(s(kBinary), kBinary, kSystem + "failed to get NLTM challenge")},
     {CALL(validateNtlmUser("")),                         request(6, s("")),                       false,
@@ -164,7 +192,7 @@ const Operations kLogins = {
      value(s("nfs/h@X"), "nfs/h@X", "NotFoundException 0 failed to get canonicalized service principal name")},
     {CALL(userLogin("al")),                              request(25, s("al")), false, kFailure},
     {CALL(userLogout("al")),                             request(26, s("al")), false, kFailure},
-    {"renewCredentials", renew,                          request(42, s("al")), true,
+    {ASK(renewed(session, "al")),                    request(42, s("al")), true,
      {{answer(0, i(3)),  "0 3",  kRenewed + "(count=3) (rc=0)\n"},
       {answer(14, i(3)), "14 5", kRenewed + "(count=5) (rc=14)\n"},
       {answer(0),        kUnread + "int 5"}},
@@ -188,12 +216,12 @@ const Operations kChanges = {
     {CALL(setMachinePassword("al", kSecret, "root", kSecret)), request(29, s("al") + s(kBinary) + s("root") + s(kBinary)), true, kMachineResult},
     {CALL(setMachinePassword(kSecret)),                       request(29, s("") + s(kBinary) + s("") + s("")),          true, kMachineResult},
     {"netLogonSamLogon", logon,                               request(36, s("al") + s(kBinary) + s("") + i(-1)),        true,
-     {{answer(0, s(kBinary)), "0 0 " + kBinary + " ",               kLoggedOn + "(rc=0) (ntStatus=0x0)\n"},
-      {kRefused,              "36 -1073741715 key Logon failure",   kLoggedOn + "(rc=36) (ntStatus=0xc000006d)\n"},
-      {reply(0),              "11 0 key ",                          kLoggedOn + "(rc=11) (ntStatus=0x0)\n"},
-      {answer(0),             kUnread + "string 0 key "}},
-     " 0 key why", kDebug + "I:LRPC::netLogonSamLogon - user=al\n"},
-    {"samChangeUserPassword2", samChange,                     request(38, s("al") + s("1") + s(kBinary) + s("") + s("4")), true,
+     {{answer(0, s(kBinary)), "0 0  " + kBinary,                    kLoggedOn + "(rc=0) (ntStatus=0x0)\n"},
+      {kRefused,              "36 -1073741715 Logon failure key",   kLoggedOn + "(rc=36) (ntStatus=0xc000006d)\n"},
+      {reply(0),              "11 0  key",                          kLoggedOn + "(rc=11) (ntStatus=0x0)\n"},
+      {answer(0),             kUnread + "string 0  key"}},
+     " 0 why key", kDebug + "I:LRPC::netLogonSamLogon - user=al\n"},
+    {ASK(samChanged(session, "al", "1", kBinary, "", "4")),                request(38, s("al") + s("1") + s(kBinary) + s("") + s("4")), true,
      {{answer(0), "0 0 ",                         kChanged + "(rc=0) (ntStatus=0x0)\n"},
       {kRefused,  "36 -1073741715 Logon failure", kChanged + "(rc=36) (ntStatus=0xc000006d)\n"}},
      " 0 why", kDebug + "I:LRPC::samChangeUserPassword2 - user=al\n"},
@@ -232,7 +260,7 @@ const Operations kAdministration = {
     {CALL(samGetUserRoles("al", false)),                   request(44, s("al") + i(0)),                true,  value(i(1) + kObject, "1 " + kDn, kNoRoles)},
     {CALL(samGetUserRolesLocal("al", 5, 4294967295u)),     request(45, s("al") + s("5") + s("4294967295")), true, value(i(1) + s(""), "1 empty", kNoRoles)},
     {CALL(samGetUserRolesLocal("all users", 5, 6)),        request(45, s("all users")),                true,  value(i(0), "0", kNoRoles)},
-    {"mapDomain", mapDomain,                               request(28, s("X") + i(-1)),                false,
+    {ASK(mapped(session, "X", 0xffffffff)),                        request(28, s("X") + i(-1)),                false,
      {{answer(0, s("x.org") + s("")),   "0 x.org "},
       {answer(17, s("x.org") + s("X")), "17 first second"},
       {answer(0, s("x.org")),           kUnread + "string first second"}},
@@ -289,7 +317,7 @@ class OperationsTest : public SessionTest {
 };
 
 TEST_F(OperationsTest, SendTheirFieldsAndTakeEachAnswer) {
-  for (const Operations* family : {&kSearches, &kLogins, &kChanges, &kAdministration})
+  for (const Operations* family : {&kLookups, &kSearches, &kLogins, &kChanges, &kAdministration})
     for (const Operation& operation : *family) {
       SCOPED_TRACE(operation.call);
       session().dropConnection();
@@ -300,6 +328,28 @@ TEST_F(OperationsTest, SendTheirFieldsAndTakeEachAnswer) {
       session().dropConnection();
       checkCarrier(operation);
     }
+}
+
+TEST_F(OperationsTest, TheCategoryOfASidDecidesTheView) {
+  const struct {
+    const char *category, *view;
+  } rows[] = {{"Person", "User"}, {"Computer", "User"}, {"Group", "Group"}, {"person", ""}};
+  for (const auto& row : rows) {
+    ADObject found(kDn);
+    found[VESK_OBJECT_CATEGORY] = row.category;
+    const ADSerializer& blob = *found.getSerialized();
+    peer().expect(lookup(11, "1802030000", kSidKey));
+    peer().send(answer(0, s(std::string(blob.data(), blob.size()))));
+    boost::shared_ptr<VeskObj> view;
+    EXPECT_EQ(thrownBy([&] { view = session().getObject(kSid, 0); }),
+              *row.view ? "nothing" : "NotFoundException 0 SID is not a user or group");
+    EXPECT_EQ(dynamic_cast<const User*>(view.get()) != nullptr, row.view == std::string("User"));
+    EXPECT_EQ(dynamic_cast<const Group*>(view.get()) != nullptr, row.view == std::string("Group"));
+  }
+  peer().expect(lookup(11, "1800030101", kSidKey)).send(answer(2));
+  EXPECT_EQ(thrownBy([&] { session().getObject(kSid, UNIX_ONLY | kBoth); }), kNoGroup);
+  EXPECT_EQ(thrownBy([&] { session().getObject(SID(), 0); }), "BadDataException 0 SID is Null");
+  EXPECT_TRUE(peer().finished());
 }
 
 TEST_F(OperationsTest, TheHealthIsThatOfTheLastReplyOrOfAProbe) {
@@ -313,8 +363,6 @@ TEST_F(OperationsTest, TheHealthIsThatOfTheLastReplyOrOfAProbe) {
   const std::string probe = request(21, s("") + s("") + sequence("") + i(0));
   const std::string tired = i(0) + i(0) + i(0) + s("") + i(44) + i(6) + i(-7) + s("tired");
   EXPECT_EQ(healthInfo(false), "0: 48 0 0 ");
-  peer().expect(probe).send(reply(0, tired + kObject));
-  EXPECT_EQ(healthInfo(true), "0: 44 6 -7 tired");
   peer().expect(probe).send(answer(33, kRemote));
   EXPECT_EQ(healthInfo(true), "0: 0 0 0 ");
   peer().expect(probe).send(reply(0, tired));  // without its object
@@ -324,16 +372,43 @@ TEST_F(OperationsTest, TheHealthIsThatOfTheLastReplyOrOfAProbe) {
   EXPECT_EQ(healthInfo(true), "0: 44 6 -7 tired");  // the connection was lost, but there is a daemon
   peer().down();
   ASSERT_TRUE(peer().finished());
-  health = VR_SUCCESS;
-  EXPECT_EQ(healthInfo(true), "38: 0 6 -7 tired");
+  EXPECT_EQ(healthInfo(true), "38: 44 6 -7 tired");
   EXPECT_EQ(session().getFipsMode(), 0);
+}
+
+TEST_F(OperationsTest, ASearchIsAskedForPageByPageAndOutlivesFailures) {
+  const std::string next = request(23, i(-7)), a = object("a"), b = object("b");
+  peer()
+      .expect(request(22, s("") + s("") + s("") + sequence("") + i(0) + i(0) + i(0)))
+      .send(answer(0, i(-7)))
+      .hangUp();
+  PagedSearchHandle handle = session().ldapPagedSearch("", "", "", nullptr, kBase, 0, false);
+  const struct {
+    std::string reply, told;
+  } pages[] = {{answer(9, kRemote), kRemoteText},
+               {answer(0, i(0x7fffffff) + a), kUnread + "adobj"},
+               {answer(0, i(2) + a + b), "a b"},
+               {answer(0, i(1) + b), "b"}};
+  for (const auto& page : pages) {
+    ASSERT_TRUE(peer().finished());  // nothing has been asked for yet
+    peer().accept().expect(next).send(page.reply);
+    std::string all = told([&] { return handle.getNext(); });
+    if (page.told == "a b") all += " " + text(handle.getNext());
+    EXPECT_EQ(all, page.told);
+    peer().hangUp();  // the next page is asked for on a new connection, with the old number
+  }
+  for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(next).hangUp();
+  EXPECT_EQ(told([&] { return handle.getNext(); }).find("ConnectionBrokenException"), 0u);
+  peer().accept().expect(next).send(answer(0, i(0)));
+  for (int again = 0; again < 3; ++again) EXPECT_TRUE(handle.getNext().isEmpty());
+  EXPECT_TRUE(peer().finished());
 }
 
 TEST_F(OperationsTest, TheServicePrincipalForAKerberosLibrary) {
   char name[65] = {};
   ASSERT_EQ(gethostname(name, 64), 0);
   const std::string local = "host/" + lower(std::string(name));
-  const std::string found = answer(0, octets(std::string("nfs/h@X\0y", 9)));
+  const std::string found = answer(0, s(std::string("nfs/h@X\0y", 9)));
   const struct {
     const char *host, *service;
     int type;
@@ -354,11 +429,10 @@ TEST_F(OperationsTest, TheServicePrincipalForAKerberosLibrary) {
     configure("krb5.permit.dns.spn.lookups: " + std::string(row.permitted) + "\n");
     forgetLog();
     ScriptedPeer daemon(paths::kDaemonSocket);
-    if (!row.sent.empty()) daemon.expect(request(20, octets(row.sent))).send(row.reply).expectClosed();
+    if (!row.sent.empty()) daemon.expect(request(20, s(row.sent))).send(row.reply).expectClosed();
     char out[32] = "untouched";
-    EXPECT_EQ(
-        static_cast<unsigned>(velmora_sname_to_principal(nullptr, row.host, row.service, row.type, out)),
-        row.result);
+    const int result = velmora_sname_to_principal(nullptr, row.host, row.service, row.type, out);
+    EXPECT_EQ(static_cast<unsigned>(result), row.result);
     EXPECT_STREQ(out, row.result == 1 ? "nfs/h@X" : "untouched");
     EXPECT_EQ(isLogged("DEBUG lrpc.session SPN wasn't found in AD.  Trying DNS...\n"),
               row.result == 0x96c73af5 && *row.permitted);

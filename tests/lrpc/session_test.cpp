@@ -7,7 +7,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <ctime>
 
 #include "lrpc/ipcmessage.h"
@@ -29,6 +28,11 @@ const std::string kBadData = "SystemException 2 Unsuccesful IPC execute: bad dat
 
 class SessionCoreTest : public SessionTest {
  protected:
+  // A ping that is answered.
+  void exchange() {
+    peer().expect(ping).send(pong);
+    session().ping();
+  }
   // A request that is sent once.
   std::string stopThrows() {
     return thrownBy([this] { session().stop(); });
@@ -40,25 +44,17 @@ class SessionCoreTest : public SessionTest {
   }
 };
 
-TEST_F(SessionCoreTest, ConnectsWithTheFirstRequest) {
+TEST_F(SessionCoreTest, ConnectsWithTheFirstRequestOrAtOnce) {
   EXPECT_EQ(session().socket(), -1);
-  peer().accept().expect(hex("30 84 00000006 020100 020100")).send(pong);
-  session().ping();
-  peer().expect(hex("30 84 00000006 020101 020100")).trickle(pong);
-  session().stop();
-  EXPECT_TRUE(peer().finished());
+  exchange();
+  EXPECT_TRUE(peer().down().finished());
   session().lostConnection();
   session().lostConnection();
   EXPECT_EQ(session().socket(), -1);
-}
-
-TEST_F(SessionCoreTest, ADaemonThatIsDownIsToldAtOnce) {
-  peer().down();
-  ASSERT_TRUE(peer().finished());
   LocalRpcSession eager(path, true, false);
-  EXPECT_TRUE(
-      hasLogged("LRPC connection failed: (IOException) ipc socket connect: No such file or directory"));
-  EXPECT_EQ(thrownBy([&] { eager.ping(); }), "IOException 1 ipc socket connect: No such file or directory");
+  const std::string failure = "ipc socket connect: No such file or directory";
+  EXPECT_TRUE(hasLogged("LRPC connection failed: (IOException) " + failure));
+  EXPECT_EQ(thrownBy([&] { eager.ping(); }), "IOException 1 " + failure);
   EXPECT_FALSE(hasLogged("Cannot communicate"));
 }
 
@@ -67,33 +63,29 @@ TEST_F(SessionCoreTest, AnIdleConnectionIsReplaced) {
     const char* timeout;
     long idle;
     bool kept;
-  } rows[] = {{"", 30, true},    {"", 31, false}, {"abc", 0, true},
-              {"abc", 1, false}, {"7", 7, true},  {"7m", 8, false}};
+  } rows[] = {{"", 30, true}, {"", 31, false}, {"abc", 0, true}, {"abc", 1, false}, {"7m", 7, true}};
   for (const auto& row : rows) {
     configure("lrpc.timeout: 1\nlrpc.session.timeout: " + std::string(row.timeout) + "\n");
     session().dropConnection();
-    peer().accept().expect(ping).send(pong);
-    session().ping();
+    peer().accept();
+    exchange();
     forgetLog();
     dayclock::offset += row.idle;
     if (!row.kept) peer().expectClosed().accept();
-    peer().expect(ping).send(pong);
-    session().ping();
+    exchange();
     EXPECT_EQ(hasLogged("dropping old lrpc connection"), !row.kept) << row.timeout << " " << row.idle;
     EXPECT_TRUE(peer().finished());
   }
   // It is idle from the end of its exchange.
-  peer().expect(ping).then([] { dayclock::offset += 8; }).send(pong).expect(ping).send(pong);
+  peer().expect(ping).then([] { dayclock::offset += 8; }).send(pong);
   session().ping();
   dayclock::offset += 5;
-  session().ping();
+  exchange();
   EXPECT_TRUE(peer().finished());
 }
 
 TEST_F(SessionCoreTest, AChildOfForkTakesAConnectionOfItsOwn) {
-  peer().expect(ping).send(pong);
-  session().ping();
-  ASSERT_TRUE(peer().finished());
+  exchange();
   const int socket = session().socket();
   // The child finds nobody: its request must not go to the parent's connection.
   const std::string elsewhere = path + ".away";
@@ -104,8 +96,7 @@ TEST_F(SessionCoreTest, AChildOfForkTakesAConnectionOfItsOwn) {
   });
   ASSERT_EQ(rename(elsewhere.c_str(), path.c_str()), 0);
   EXPECT_TRUE(hasLogged("process forked, closing parent's connection"));
-  peer().expect(ping).send(pong);
-  session().ping();
+  exchange();
   EXPECT_EQ(session().socket(), socket);
   EXPECT_TRUE(peer().finished());
 }
@@ -122,38 +113,20 @@ TEST_F(SessionCoreTest, ADescriptorThatTheProgramHasReusedIsLeftAlone) {
               {file.get(), 60, "dropping old lrpc connection"},
               {-1, 0, "lrpc connection reopened 0 != "}};
   for (const auto& row : rows) {
-    peer().accept().expect(ping).send(pong);
-    session().ping();
+    peer().accept();
+    exchange();
     const int number = session().socket();
     close(number);
     const UniqueFd reused(row.theirs >= 0 ? dup2(row.theirs, number) : -1);
     dayclock::offset += row.idle;
-    peer().accept().expect(ping).send(pong);
-    session().ping();
+    peer().accept();
+    exchange();
     EXPECT_TRUE(hasLogged(row.reason)) << row.reason;
     session().dropConnection();
     EXPECT_EQ(fcntl(number, F_GETFD), reused ? 0 : -1);
     EXPECT_TRUE(peer().finished());
   }
   EXPECT_EQ(std::filesystem::file_size(in("file")), 0u);
-}
-
-TEST_F(SessionCoreTest, AReplyCutAnywhereIsAskedForOnceMore) {
-  for (size_t size = 0; size < framed(pong).size(); ++size) {
-    peer().accept().expect(ping).sendFirst(size, pong).hangUp();
-    peer().accept().expect(ping).send(pong);
-    session().ping();
-    session().dropConnection();
-    EXPECT_TRUE(peer().finished()) << size;
-  }
-  peer().accept().expect(ping).send(pong).restart();  // the connection is lost before the next request
-  session().ping();
-  ASSERT_TRUE(peer().finished());
-  peer().accept().expect(ping).send(pong);
-  forgetLog();
-  session().ping();
-  EXPECT_TRUE(hasLogged("Retried brondalt request succeeds"));
-  EXPECT_TRUE(peer().finished());
 }
 
 TEST_F(SessionCoreTest, TheSecondFailureIsTheCallers) {
@@ -169,26 +142,27 @@ TEST_F(SessionCoreTest, TheSecondFailureIsTheCallers) {
   for (const auto& row : rows) {
     for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(ping).sendRaw(row.frame).endStream();
     peer().expectClosed();
-    const std::string thrown = pingThrows();
-    EXPECT_EQ(thrown.substr(0, row.failure.size()), row.failure);
-    EXPECT_NE(thrown, "nothing");
+    EXPECT_EQ(pingThrows().substr(0, row.failure.size()), row.failure);
     EXPECT_EQ(session().socket(), -1);
     EXPECT_TRUE(peer().finished());
   }
 }
 
 TEST_F(SessionCoreTest, WhatIsSentOnceIsNotSentAgain) {
-  peer().expect(request(1)).hangUp();
+  exchange();
+  ASSERT_TRUE(peer().restart().finished());  // the connection is lost before the next request
   EXPECT_EQ(stopThrows().substr(0, kBroken.size()), kBroken);
   EXPECT_EQ(session().socket(), -1);
-  EXPECT_TRUE(peer().finished());
+  exchange();
+  ASSERT_TRUE(peer().restart().finished());
+  exchange();
+  EXPECT_TRUE(hasLogged("Retried brondalt request succeeds"));
 
   // Whole replies leave the connection as it is.
-  peer().accept().expect(request(1)).send(reply(2)).expect(request(1)).send("x").expect(ping).send(pong);
+  peer().expect(request(1)).send(reply(2)).expect(request(1)).send("x");
   EXPECT_EQ(stopThrows(), kBadData);
   EXPECT_NE(stopThrows().find("garbled"), std::string::npos);
-  EXPECT_NE(session().socket(), -1);
-  session().ping();
+  exchange();
   EXPECT_TRUE(peer().finished());
 }
 
@@ -200,8 +174,7 @@ TEST_F(SessionCoreTest, ALateReplyIsNoAnswerToTheNextRequest) {
 
   peer().accept().expect(request(1)).stall();
   EXPECT_EQ(stopThrows(), "TimeoutException 0 RecvWait out");
-  const int socket = session().socket();
-  EXPECT_NE(socket, -1);
+  EXPECT_NE(session().socket(), -1);
   EXPECT_TRUE(peer().send(pong).finished());
   configure("lrpc.timeout: 1\n");
   peer().accept().expect(request(1)).send(reply(2));
@@ -241,8 +214,7 @@ TEST_F(SessionCoreTest, EachNewConnectionIsAuthenticatedBeforeItIsUsed) {
   peer().accept().expect(authenticate).send(answer(0)).expect(ping).send(pong);
   session().ping();
   session().ping();
-  EXPECT_TRUE(session().processAuthenticated());
-  session().authenticateProcess();
+  session().authenticateProcess();  // is already
   session().lostConnection();
   EXPECT_FALSE(session().processAuthenticated());
   EXPECT_TRUE(peer().finished());
@@ -257,13 +229,12 @@ TEST_F(SessionCoreTest, EachNewConnectionIsAuthenticatedBeforeItIsUsed) {
 TEST_F(SessionCoreTest, AStatusBlockIsReadAsFarAsItGoes) {
   const std::string fields[] = {integer(2),  integer(10), integer(-5), octets("no such"),
                                 integer(17), integer(6),  integer(7),  octets("tired")};
-  std::string body;
-  size_t ends[8];
-  for (size_t i = 0; i < 8; ++i) ends[i] = (body += fields[i]).size();
-  for (size_t size = body.size() + 1; size-- > 0;) {
-    SCOPED_TRACE(size);
-    const auto count = std::upper_bound(ends, ends + 8, size) - ends;  // whole fields
-    peer().expect(ping).send(reply(0, body.substr(0, size)));
+  for (int count = 8; count >= 0; --count) {
+    std::string body;
+    for (int i = 0; i < count; ++i) body += fields[i];
+    if (count < 8) body += fields[count].substr(0, fields[count].size() - 1);  // the next is cut
+    SCOPED_TRACE(count);
+    peer().expect(ping).send(reply(0, body));
     IPCRequest request(IPC_OP_PING);
     IPCReply answer;
     session().lrpc(request, answer);
@@ -283,8 +254,8 @@ TEST_F(SessionCoreTest, ResultsAndFilesHaveTheirTexts) {
   EXPECT_EQ(session().healthResult(), 48);
   EXPECT_EQ(LocalRpcSession::errorString(VR_SUCCESS), "Success");
   EXPECT_EQ(LocalRpcSession::errorString(VR_NAME_BLOCKED), "Name blocked in configuration file");
-  for (const int none : {-1, 48, 1 << 30})
-    EXPECT_EQ(LocalRpcSession::errorString(static_cast<ValidationResult>(none)), "unexpected error");
+  EXPECT_EQ(LocalRpcSession::errorString(static_cast<ValidationResult>(-1)), "unexpected error");
+  EXPECT_EQ(LocalRpcSession::errorString(static_cast<ValidationResult>(48)), "unexpected error");
 
   const std::string bytes("a\0b", 3);
   put(in("file"), bytes);

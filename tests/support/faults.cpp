@@ -189,10 +189,10 @@ Fault::Fault(Call call, unsigned nth, int error, bool lasting) {
 }
 
 Fault::~Fault() {
-  gPlan = Plan();
+  gPlan.call = Call::Count;
 }
 
-bool Fault::struck() const {
+bool Fault::struck() {
   return gPlan.struck;
 }
 

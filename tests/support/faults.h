@@ -32,8 +32,8 @@ class Fault {
   Fault(const Fault&) = delete;
   Fault& operator=(const Fault&) = delete;
 
-  /// Whether there were that many calls.
-  bool struck() const;
+  /// Whether there were that many calls while the thread's latest one lived.
+  static bool struck();
 };
 
 /// While it lives, a timer of the system's interrupts the process some ten thousand times a second, by a

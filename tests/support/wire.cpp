@@ -14,12 +14,6 @@ std::string bigEndian(uint32_t value, int bytes) {
   return text;
 }
 
-std::string word(uint32_t value) {
-  char bytes[sizeof value];
-  memcpy(bytes, &value, sizeof value);
-  return std::string(bytes, sizeof bytes);
-}
-
 std::string shortestLength(size_t size) {
   if (size < 0x80) return bigEndian(size, 1);
   const int bytes = size < 0x100 ? 1 : size < 0x10000 ? 2 : size < 0x1000000 ? 3 : 4;
@@ -38,6 +32,12 @@ std::string hex(const std::string& digits) {
     high = high >= 0 ? -1 : digit;
   }
   return bytes;
+}
+
+std::string word(uint32_t value) {
+  char bytes[sizeof value];
+  memcpy(bytes, &value, sizeof value);
+  return std::string(bytes, sizeof bytes);
 }
 
 std::string integer(int32_t value) {

@@ -10,6 +10,8 @@ namespace testsupport {
 /// The bytes of hexadecimal digits; blanks count for nothing.
 std::string hex(const std::string& digits);
 
+/// A number in the host's order.
+std::string word(uint32_t value);
 /// An INTEGER in the fewest bytes.
 std::string integer(int32_t value);
 /// An OCTET STRING with the shortest length.
