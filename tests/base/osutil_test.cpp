@@ -48,13 +48,8 @@ class OsUtilTest : public WorldTest {
   }
 };
 
-const struct {
-  const char* command;  // what lsb_release prints
-  const char* file;     // in /etc
-  const char* content;
-  const char* os;  // null: what the kernel says, and so for the version
-  const char* version;
-} kReleases[] = {
+// What lsb_release prints, a file in /etc and its content; the system and its version, null for the kernel's.
+const char* const kReleases[][5] = {
     {"", "mandrake-release", "Mandrake Linux release 10.1 for i586\n", "Mandrake Linux", "10.1 for i586"},
     {"", "SuSE-release", "SUSE Linux Server 11\nVERSION = 11\nPATCHLEVEL = 4\n", "SuSE Linux", "11"},
     {"", "SuSE-release", "openSUSE release 9 (i586)\nVERSION = 1\n", "openSUSE", "9 (i586)"},
@@ -76,15 +71,14 @@ const struct {
 TEST_F(OsUtilTest, KnowsTheDistributions) {
   utsname kernel;
   ASSERT_EQ(uname(&kernel), 0);
-  for (const auto& row : kReleases) {
+  for (const auto& [command, file, content, system, release] : kReleases) {
     clearReleaseFiles();
-    installCommand(row.command);
-    put(std::string("/etc/") + row.file, row.content);
-    std::string os = "old";
-    std::string version = "old";
+    installCommand(command);
+    put(std::string("/etc/") + file, content);
+    std::string os = "old", version = "old";
     OSVersion(os, version);
-    EXPECT_EQ(os, row.os ? row.os : kernel.sysname) << row.content;
-    EXPECT_EQ(version, row.version ? row.version : kernel.release) << row.content;
+    EXPECT_EQ(os, system ? system : kernel.sysname) << content;
+    EXPECT_EQ(version, release ? release : kernel.release) << content;
   }
 }
 
@@ -92,8 +86,7 @@ TEST_F(OsUtilTest, PassesOverWhatIsNoFileAndThrowsForLinesTooShort) {
   put(in("target"), "Linked release 1\n");
   ASSERT_EQ(symlink(in("target").c_str(), "/etc/linked-release"), 0);
   ASSERT_EQ(mkdir("/etc/dir-release", 0755) + mkfifo("/etc/pipe-release", 0600), 0);
-  std::string os = "untouched";
-  std::string version = os;
+  std::string os = "untouched", version = os;
   EXPECT_FALSE(linuxDistro(os, version));
   EXPECT_EQ(os + version, "untoucheduntouched");
   EXPECT_TRUE(isLogged("linuxDistroBySearch: OS and version not found"));
@@ -151,9 +144,8 @@ TEST_F(OsUtilTest, CountsWhoIsLoggedInAndTheOlderInterfaceShowsEveryNameAsAUsers
     internal_setutxent();
     const utmpx* record = internal_getutxent();
     ASSERT_NE(record, nullptr);
-    EXPECT_EQ(record->ut_type, USER_PROCESS);
+    EXPECT_TRUE(record->ut_type == USER_PROCESS && record->ut_tv.tv_sec == 1000) << record->ut_type;
     EXPECT_STREQ(record->ut_line, "~");
-    EXPECT_EQ(record->ut_tv.tv_sec, 1000);
     internal_endutxent();
   });
 }
@@ -211,7 +203,6 @@ UniqueFd listener(int backlog, sockaddr_in& address) {
 TEST_F(OsUtilTest, TestsAnEndpoint) {
   sockaddr_in address;
   UniqueFd peer = listener(8, address);
-  EXPECT_EQ(TestConnect(address), 0);
   checkInChild([&] {
     for (int fd = 0; fd >= 0 && fd < 1100;) fd = dup(0);
     EXPECT_EQ(TestConnect(address), 0) << "by a descriptor of any number";

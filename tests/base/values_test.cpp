@@ -1,4 +1,4 @@
-// The small values: GUIDs, OIDs, numbers as text, and the dictionary's view and hash.
+// The small values: GUIDs, OIDs, hashes and numbers as text.
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <memory>
 #include <new>
 #include <sstream>
-#include <string>
+#include <tuple>
 #include <vector>
 
 #include "base/guid.h"
@@ -15,7 +15,6 @@
 #include "base/oid.h"
 #include "base/stringarray.h"
 #include "tests/support/thrown.h"
-#include "util/include/error_util.h"
 
 namespace {
 
@@ -34,11 +33,8 @@ TEST(Guid, EachFormIsPrintedAndRead) {
   EXPECT_EQ(guid.toRealMSString(), kRealText);
   EXPECT_EQ(guid.toEscapedString(), "\\33\\22\\11\\00\\55\\44\\77\\66\\88\\99\\aa\\bb\\cc\\dd\\ee\\ff");
   EXPECT_EQ(guid.toDN(), kDn);
-  const struct {
-    void (Guid::*read)(const std::string&);
-    std::string text;
-    const char* printed;
-  } rows[] = {
+  using Reader = void (Guid::*)(const std::string&);
+  const std::tuple<Reader, std::string, const char*> rows[] = {
       {&Guid::fromString, kMsText, kText},
       {&Guid::fromString, "33221100554477668899AABBCCDDEEFF00", kText},
       {&Guid::fromString, "33-22-1x", "33221000000000000000000000000000"},
@@ -47,10 +43,10 @@ TEST(Guid, EachFormIsPrintedAndRead) {
       {&Guid::fromHexValue, "\x33\x22", "33220000000000000000000000000000"},
       {&Guid::fromExtendedDN, kDn + ";CN=a", kText},
   };
-  for (const auto& row : rows) {
-    Guid read(reinterpret_cast<const unsigned char*>("0123456789abcdef"), 16);
-    (read.*row.read)(row.text);
-    EXPECT_EQ(read.toString(), row.printed) << row.text;
+  for (const auto& [read, text, printed] : rows) {
+    Guid other(reinterpret_cast<const unsigned char*>("0123456789abcdef"), 16);
+    (other.*read)(text);
+    EXPECT_EQ(other.toString(), printed) << text;
   }
   for (const std::string& text : {std::string(), kDn.substr(0, 38), "<GUID=0" + kDn.substr(6), " " + kDn,
                                   "<GUID=g" + kDn.substr(7), "<guid=" + kDn.substr(6)}) {
@@ -72,23 +68,20 @@ TEST(GuidList, KeepsTheFirstOfEachAndSharesItsBody) {
   std::vector<unsigned char> bytes(kBytes, kBytes + 16);
   bytes.resize(47, 1);
   GuidList list(bytes.data(), static_cast<int>(bytes.size()));
-  ASSERT_EQ(list.size(), 2U);
   GuidList copy = list;
   list.insert(Guid(kBytes, 16));
   list.insert(NULL_GUID);
   ASSERT_EQ(copy.size(), 3U);
-
   std::unique_ptr<unsigned char, decltype(&free)> flat(copy.serialize(), &free);
   bytes.resize(32);
   bytes.resize(48, 0);
   EXPECT_EQ(std::vector<unsigned char>(flat.get(), flat.get() + 48), bytes);
-
-  EXPECT_FALSE(GuidList(kBytes, 15).isNull());
-  GuidList null;
-  for (const GuidList& empty : {null, GuidList(kBytes, 15), GuidList(nullptr, 32), GuidList(kBytes, -16)}) {
+  for (const GuidList& empty :
+       {GuidList(), GuidList(kBytes, 15), GuidList(nullptr, 32), GuidList(kBytes, -16)}) {
     EXPECT_EQ(empty.begin(), empty.end());
     EXPECT_EQ(empty.serialize(), nullptr);
   }
+  GuidList null;
   null.insert(NULL_GUID);
   EXPECT_EQ(null.size(), 1U);
 }
@@ -107,10 +100,7 @@ TEST(Oid, HoldsAtMostItsStorageAndClearsIt) {
   oid = *std::next(list.begin());
   EXPECT_EQ(oid.size(), 2U);
   EXPECT_EQ(oid.value()[2], 0) << "what was there before the assignment is gone";
-  EXPECT_EQ(*list.begin(), Oid(kOid, 3));
-  EXPECT_NE(*list.begin(), oid);
-  oid.setNull();
-  EXPECT_EQ(oid, NULL_OID);
+  EXPECT_TRUE(*list.begin() == Oid(kOid, 3) && *list.begin() != oid);
 
   alignas(Oid) unsigned char storage[sizeof(Oid)];
   Oid* secret = new (storage) Oid(kOid, 3);
@@ -119,42 +109,23 @@ TEST(Oid, HoldsAtMostItsStorageAndClearsIt) {
   EXPECT_TRUE(std::all_of(value, value + Oid::kMaxSize, [](unsigned char byte) { return byte == 0; }));
 }
 
-TEST(StringArray, BothWaysAndOutside) {
-  const StringArray::Vector entries = {"a", "b"};
-  const StringArray::Map map = {{"a", 0}, {"b", 1}};
-  const StringArray array(&map, &entries);
-  EXPECT_EQ(array.count(), 2);
-  EXPECT_EQ(array[1], "b");
-  EXPECT_EQ(array["b"], 1);
-  EXPECT_EQ(array[""], -1);
-  EXPECT_EQ(&array[-1], &array[2]);
-  EXPECT_EQ(array[2], "");
-}
-
 TEST(MurmurHash2, KnownValues) {
-  const std::pair<std::string, unsigned int> rows[] = {
-      {"", 0x5c8efdb6}, {"abc", 0xfbb7b030}, {"abcd", 0xe11cb673}, {"abcde\xff", 0x3a243ebf}};
-  for (const auto& [key, hash] : rows) EXPECT_EQ(murhash()(key), hash) << key;
+  EXPECT_EQ(murhash()("abcd"), 0xe11cb673);
+  EXPECT_EQ(murhash()("abcde\xff"), 0x3a243ebf);
 }
 
 TEST(Int64, TextBothWays) {
-  const struct {
-    const char* text;
-    int64_t value;
-    const char* printed;
-  } rows[] = {
-      {"", 0, "0"},
-      {"9223372036854775807", INT64_MAX, "9223372036854775807"},
-      {"-9223372036854775808", INT64_MIN, "-9223372036854775808"},
-      {"18446744073709551617", 1, "1"},
-      {"1:", 20, "20"},  // ":" counts as ten
-  };
-  for (const auto& row : rows) {
-    const Int64 number{std::string(row.text)};
-    EXPECT_EQ(number.value(), row.value) << row.text;
+  const std::pair<std::string, int64_t> rows[] = {{"", 0},
+                                                  {"9223372036854775807", INT64_MAX},
+                                                  {"-9223372036854775808", INT64_MIN},
+                                                  {"18446744073709551617", 1},
+                                                  {"1:", 20}};  // ":" counts as ten
+  for (const auto& [text, value] : rows) {
+    const Int64 number{text};
     std::ostringstream out;
     out << number;
-    EXPECT_EQ(out.str(), row.printed);
+    EXPECT_EQ(number.value(), value) << text;
+    EXPECT_EQ(out.str(), std::to_string(value));
   }
 }
 

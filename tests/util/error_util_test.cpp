@@ -1,6 +1,6 @@
 #include "util/include/error_util.h"
 
-#include <cerrno>
+#include <tuple>
 
 #include "tests/support/world_test.h"
 #include "util/include/throw.h"
@@ -13,46 +13,31 @@ namespace {
 constexpr char kSource[] = "util/error_util_test";
 
 TEST(Exceptions, ClassTextDecidesTheId) {
-  const struct {
-    const char* passed;
-    const char* className;
-    int id;
-  } rows[] = {
-      {"vesk::SystemException", "SystemException", 3}, {"ioexception", "ioexception", 2},
-      {"BaseException", "BaseException", 23},          {"ECID_LAST", "ECID_LAST", 53},
-      {"QueueInterrupted", "QueueInterrupted", 0},     {"", "", 0},
+  const std::tuple<const char*, const char*, int> rows[] = {
+      {"vesk::SystemException", "SystemException", 3},
+      {"ioexception", "ioexception", 2},
+      {"ECID_LAST", "ECID_LAST", 53},
+      {"QueueInterrupted", "QueueInterrupted", 0},
   };
-  for (const auto& row : rows) {
-    SystemException error("f", 1, "m", row.passed, 7);
-    EXPECT_STREQ(error.className(), row.className);
-    EXPECT_EQ(error.classID(), row.id) << row.passed;
+  EXPECT_STREQ(QueueInterrupted().what(), "QueueInterrupted exception");
+  for (const auto& [passed, className, id] : rows) {
+    const SystemException error("f", 1, "m", passed, 7);
+    EXPECT_STREQ(error.className(), className);
+    EXPECT_EQ(error.classID(), id) << passed;
     EXPECT_EQ(error.rc(), 7);
   }
 }
 
-TEST(Exceptions, TreeDecidesWhoCatches) {
-  EXPECT_TRUE((std::is_base_of_v<Base_Exception, IOException>));
-  EXPECT_TRUE((std::is_base_of_v<VESKException, Base_Exception>));
-  EXPECT_TRUE((std::is_base_of_v<ZKTException, BaseException>));
-  EXPECT_TRUE((std::is_base_of_v<VESKException, ZKTException>));
-  EXPECT_FALSE((std::is_base_of_v<Base_Exception, BaseException>));
-  EXPECT_FALSE((std::is_base_of_v<Base_Exception, QueueInterrupted>));
-  EXPECT_STREQ(QueueInterrupted().what(), "QueueInterrupted exception");
-}
-
-TEST(Exceptions, MessagesAreCutAt511CharactersAndCarryTheSystemText) {
-  EXPECT_FAILURE(
-      "IOException|Cannot open file /nowhere: No such file or directory",
-      FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, ENOENT, "Cannot open file %s", "/nowhere"));
+TEST(Exceptions, MessagesAreCutAt511Characters) {
   EXPECT_FAILURE(
       "BadDataException|" + std::string(511, 'x'),
       FOKRAZO_THROW(BadDataException, "BadDataException", 0, "%s", std::string(2000, 'x').c_str()));
 }
 
 TEST(Exceptions, BaseCodesHaveTexts) {
-  const std::pair<int, const char*> rows[] = {
-      {999, "Unknown"}, {1000, "Success"}, {1037, "Not implemented in NULL Schema"}, {1039, "Unknown"}};
-  for (const auto& [code, text] : rows) EXPECT_STREQ(BaseExceptionToString(code), text) << code;
+  EXPECT_STREQ(BaseExceptionToString(1000), "Success");
+  EXPECT_STREQ(BaseExceptionToString(1037), "Not implemented in NULL Schema");
+  for (const int code : {999, 1039}) EXPECT_STREQ(BaseExceptionToString(code), "Unknown") << code;
 }
 
 using ExceptionLog = WorldTest;

@@ -80,11 +80,9 @@ int fsetfilecon(int, const char* context) {
 void freecon(char* context) {
   free(context);
 }
-#ifndef INCOMPLETE
 int setfilecon(const char*, const char* context) {
   return write("setfilecon", context);
 }
-#endif
 #ifndef OLD
 void matchpathcon_fini() {
   setenv("FAKE_FINI", "called", 1);

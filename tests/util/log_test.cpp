@@ -2,23 +2,18 @@
 
 #include "util/include/log.h"
 
-#include <gtest/gtest.h>
 #include <syslog.h>
 
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <ctime>
-#include <future>
 #include <list>
-#include <map>
-#include <regex>
+#include <tuple>
 
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
 #include "util/include/circular_buffer.h"
 #include "util/include/clock.h"
-#include "util/include/error_util.h"
 #include "util/include/mutex.h"
 #include "util/include/thread.h"
 #include "util/log_internal.h"
@@ -56,35 +51,38 @@ class LogTest : public ::testing::Test {
   SyslogSocket syslogd;
 };
 
-TEST_F(LogTest, LevelsOfTheNearestAncestorDecide) {
-  set("log: WARN\nlog.tree: DEBUG\nlog.tree.twig.leaf: DISABLED\nlogger.memory.log: DISABLED\n"
-      "logger.facility.*: local2\n");
+TEST_F(LogTest, EachLoggerHasWhatTheNearestSettingSays) {
+  set("log: WARN\nlog.tree: DEBUG\nlog.tree.twig.leaf: DISABLED\nlog.client: ERROR\n"
+      "logger.memory.log: DISABLED\nlogger.facility.*: LOCAL1\nlogger.facility.log_test: local2\n"
+      "logger.facility.tree: mail\nlogger.showmore: -1\nlogger.showmore.tree: 7\nlogger.showmore.tree.x: "
+      "''\n");
   const char* texts[] = {"TRACE ", "DEBUG ", "DIAG  ", "INFO  ", "WARN  ", "ERROR ", "FATAL ", "DISAB "};
   const int priorities[] = {7, 7, 7, 6, 4, 3, 0, 0};
-  const struct {
-    const char *name, *shown;
-    Logger::LogLevel lowest;
-  } rows[] = {
-      {"other", "other ", Logger::Warn},
-      {"tree.twig", "tree.twig ", Logger::Debug},
-      {"tree.twig.leaf", "tree.twig.leaf ", Logger::Disabled},
-      {"client", "", Logger::Trace},
-      {"client.x", "", Logger::Trace},
-      {"client2", "client2 ", Logger::Warn},
-      {"diag.tree", "tree ", Logger::Warn},
+  const std::tuple<const char*, const char*, int, int> rows[] = {
+      {"", " ", Logger::Warn, LOG_LOCAL2},
+      {"*", "* ", Logger::Warn, LOG_LOCAL1},
+      {"tree.twig", "tree.twig \"file.cpp:main()\" ", Logger::Debug, LOG_MAIL},
+      {"tree.x", "tree.x \"file.cpp:main()\" ", Logger::Debug, LOG_MAIL},
+      {"tree.twig.leaf", "tree.twig.leaf \"file.cpp:main()\" ", Logger::Disabled, LOG_MAIL},
+      {"client.x", "", Logger::Trace, LOG_LOCAL2},
+      {"client2", "client2 ", Logger::Warn, LOG_LOCAL2},
+      {"diag.tree", "tree ", Logger::Warn, LOG_LOCAL2},
+      {kLoggingLogger, "com.zantrel.logger ", Logger::Warn, LOG_AUTH},
   };
-  for (const auto& row : rows) {
+  for (const auto& [name, shown, lowest, facility] : rows) {
     for (int level = Logger::Trace; level <= Logger::Disabled; ++level)
-      Logger::GetLogger(row.name)->log(static_cast<Logger::LogLevel>(level), "", 0, "", "x");
-    int level = row.lowest;
+      Logger::GetLogger(name)->log(static_cast<Logger::LogLevel>(level), "/a/file.cpp", 0, "main", "x");
+    int level = lowest;
     for (const SyslogLine& line : syslogd.take()) {
-      EXPECT_EQ(line.text, std::string(texts[level]) + row.shown + "x");
-      EXPECT_EQ(line.priority, LOG_LOCAL2 | priorities[level]);
+      EXPECT_EQ(line.text, std::string(texts[level]) + shown + "x");
+      EXPECT_EQ(line.priority, facility | priorities[level]);
       EXPECT_EQ(line.sender, "log_test[" + std::to_string(getpid()) + "]");
       ++level;
     }
-    EXPECT_EQ(level, Logger::Disabled + 1) << row.name;
+    EXPECT_EQ(level, Logger::Disabled + 1) << name;
   }
+  configure("");  // the root keeps its facility where nothing names one
+  EXPECT_EQ(Logger::GetLogger("tree")->getEffectiveFacility(), LOG_LOCAL2);
 }
 
 TEST_F(LogTest, ThePositionIsShownAsConfigured) {
@@ -95,7 +93,6 @@ TEST_F(LogTest, ThePositionIsShownAsConfigured) {
     const std::string position = positions[bits].empty() ? "" : '"' + positions[bits] + "\" ";
     EXPECT_EQ(shown("pos.below"), "INFO  pos.below " + position + "7%") << bits;
   }
-  EXPECT_EQ(shown("pos", 0), "INFO  pos \"file.cpp:main()\" 7%");
   EXPECT_EQ(shown("pos", 12, ""), "INFO  pos \"file.cpp:12:\" 7%");
   EXPECT_EQ(shown("pos", 12, nullptr), "INFO  pos \"file.cpp:12\" 7%");
 }
@@ -142,42 +139,24 @@ TEST_F(LogTest, BytesAreDumpedSixteenARow) {
 }
 
 TEST_F(LogTest, LinesForFilesBeginWithTimeHostProgramAndProcess) {
-  const auto expected = [] {
-    const time_t now = dayclock::now();
-    char time[64], host[64];
-    strftime(time, sizeof time, "lead %F %T %z ", localtime(&now));
-    gethostname(host, sizeof host);
-    return time + std::string(host, strcspn(host, ".")) + " log_test[" + std::to_string(getpid()) + "]: ";
-  };
-  const std::string before = expected();
-  char buffer[256];
+  char buffer[256], time[64], host[64];
   const int length = BuildMessagePrefix(buffer, sizeof buffer, "lead ");
-  EXPECT_TRUE(buffer == before || buffer == expected()) << buffer;
-  for (const int size : {0, 1, 5, 12, length, length + 1}) {
+  const time_t now = dayclock::now();  // the second may have changed meanwhile
+  gethostname(host, sizeof host);
+  std::string expected[2];
+  for (const int ago : {0, 1}) {
+    const time_t then = now - ago;
+    strftime(time, sizeof time, "lead %F %T %z ", localtime(&then));
+    expected[ago] =
+        time + std::string(host, strcspn(host, ".")) + " log_test[" + std::to_string(getpid()) + "]: ";
+  }
+  EXPECT_TRUE(buffer == expected[0] || buffer == expected[1]) << buffer;
+  for (const int size : {0, 1, 5, length, length + 1}) {
     std::vector<char> small(size + 1, '#');
     EXPECT_EQ(BuildMessagePrefix(small.data(), size, "lead "), std::min(size, length));
     EXPECT_EQ(small[size], '#');
-    if (size > 0) {
-      EXPECT_EQ(strlen(small.data()), static_cast<size_t>(size - 1));
-    }
+    EXPECT_EQ(strnlen(small.data(), size), static_cast<size_t>(std::max(size - 1, 0)));
   }
-}
-
-TEST_F(LogTest, AThreadFindsTheLoggersItKnowsWithNobodysLock) {
-  set("");
-  const Thread counted;  // from here on the process counts as threaded
-  const auto known = getLogger("known", false);
-  std::promise<void> locked, found;
-  std::thread holder([&] {
-    Lock lock(gNamedLoggersProtect());
-    locked.set_value();
-    found.get_future().wait();
-  });
-  locked.get_future().wait();
-  EXPECT_EQ(getLogger("known", false), known);
-  found.set_value();
-  holder.join();
-  EXPECT_EQ(Logger::GetLogger("known"), known);
 }
 
 TEST_F(LogTest, AThrowUnderTheLoggersOwnLocksLeavesItsLine) {
@@ -208,10 +187,7 @@ TEST_F(LogTest, AfterTheEndThereAreNoLoggersButThoseInHand) {
 }
 
 TEST_F(LogTest, BadSettingsGetTheirWords) {
-  const struct {
-    const char* configuration;
-    Texts complaints;
-  } rows[] = {
+  const std::pair<const char*, Texts> rows[] = {
       {"log: info\n", {"Illegal value for property 'log': 'info'. Using 'INFO'."}},
       {"log.foo: NONE\n", {"Illegal log level. Property: 'log.foo', value: 'NONE'"}},
       {"Log.: INFO\n", {"Illegal log name: 'Log.'"}},
@@ -226,64 +202,29 @@ TEST_F(LogTest, BadSettingsGetTheirWords) {
       {"logger.memory.log: NONE\nlogger.memory.log.: x\nlogger.memory.enabled: true\n", {}},
       {"log.a%s%n: %s%n\n", {"Illegal log level. Property: 'log.a%s%n', value: '%s%n'"}},
   };
-  for (const auto& row : rows) {
-    configure(row.configuration);
-    EXPECT_EQ(syslogd.texts(), complaints(row.complaints)) << row.configuration;
+  for (const auto& [configuration, texts] : rows) {
+    configure(configuration);
+    EXPECT_EQ(syslogd.texts(), complaints(texts)) << configuration;
   }
-  EXPECT_EQ(Logger::GetLogger("foo")->getEffectiveLevel(), Logger::Info);
 }
 
 TEST_F(LogTest, APlaceThatWasSilentSpeaksWhenItsLevelFalls) {
   const auto speak = [this](const std::string& name) {
     VESK_LOG_TO("place.one", Debug, "here");
-    VESK_LOG_TO("place.three", Debug, "here");
     VESK_LOG(Logger::GetLogger(name), Debug, "there");
     return syslogd.texts();
   };
-  const struct {
-    const char* configuration;
-    const char* name;
-    Texts texts;
-  } rows[] = {
+  const std::tuple<const char*, const char*, Texts> rows[] = {
       {"log: INFO\n", "place.two", {}},
-      {"log.place: DEBUG\n",
-       "place.two",
-       {"DEBUG place.one here", "DEBUG place.three here", "DEBUG place.two there"}},
-      {"log.place.three: DEBUG\n", "place.two", {"DEBUG place.three here"}},
+      {"log.place: DEBUG\n", "place.two", {"DEBUG place.one here", "DEBUG place.two there"}},
+      {"log.place.one: DEBUG\n", "place.two", {"DEBUG place.one here"}},
       {"log.place.two: DEBUG\n", "place.two", {"DEBUG place.two there"}},
       {"log.place.two: DEBUG\n", "place.three", {}},
   };
-  for (const auto& row : rows) {
-    configure(row.configuration);
-    EXPECT_EQ(speak(row.name), row.texts) << row.configuration;
+  for (const auto& [configuration, name, texts] : rows) {
+    configure(configuration);
+    EXPECT_EQ(speak(name), texts) << configuration;
   }
-}
-
-TEST_F(LogTest, EachLoggerHasWhatTheNearestSettingSays) {
-  configure(
-      "log: ERROR\nlog.a.b: debug\nlog.a: DEBUG\nlog.client: ERROR\n"
-      "logger.facility.*: LOCAL1\nlogger.facility.log_test: local2\nlogger.facility.a: mail\n"
-      "logger.showmore: -1\nlogger.showmore.a: 5\nlogger.showmore.a.b: ''\n");
-  const struct {
-    const char* name;
-    int level, facility, showMore;
-  } rows[] = {
-      {"", Logger::Error, LOG_LOCAL2, 0},
-      {"a", Logger::Debug, LOG_MAIL, 5},
-      {"a.b.c", Logger::Debug, LOG_MAIL, 5},
-      {"client.x", Logger::Trace, LOG_LOCAL2, 0},
-      {"com.zantrel.logger", Logger::Warn, LOG_AUTH, 0},
-      {"*", Logger::Error, LOG_LOCAL1, 0},
-  };
-  for (const auto& row : rows) {
-    const auto logger = Logger::GetLogger(row.name);
-    EXPECT_EQ(logger->getEffectiveLevel(), row.level) << row.name;
-    EXPECT_EQ(logger->getEffectiveFacility(), row.facility) << row.name;
-    EXPECT_EQ(logger->getShowMore(), row.showMore) << row.name;
-  }
-  configure("");  // the root keeps its facility where nothing names one
-  EXPECT_EQ(Logger::GetLogger("a")->getEffectiveFacility(), LOG_LOCAL2);
-  EXPECT_EQ(Logger::GetLogger("a")->getEffectiveLevel(), Logger::Info);
 }
 
 TEST_F(LogTest, AChangeReachesLoggersThatHaveRememberedTheirLevel) {
@@ -298,36 +239,27 @@ TEST_F(LogTest, AChangeReachesLoggersThatHaveRememberedTheirLevel) {
     EXPECT_FALSE(logger->isEnabled(Logger::Debug)) << "the memory level stays as remembered";
     EXPECT_TRUE(Logger::GetLogger("remembers.nothing")->isEnabled(Logger::Debug));
     EXPECT_EQ(Logger::GetLogger("x")->getEffectiveMemoryLevel(), Logger::Warn);
-    configure("logger.memory.log: NONE\n");
-    EXPECT_EQ(Logger::GetLogger("")->getEffectiveMemoryLevel(), Logger::Info);
   });
-  EXPECT_EQ(syslogd.texts(), complaints({"Circular buffer log level cannot be NONE. Using 'INFO'."}));
 }
 
-// openlog is called once in a process: each row takes a new one, which runs this test alone.
+// openlog is called once in a process: the test below starts a new one for this alone.
 TEST(NewProcess, DISABLED_LogsOneLine) {
   Props(false, true);
   VESK_LOG_TO("a", Info, "line");
 }
 
-TEST_F(LogTest, AProgramMayShowItsNumberToSyslogOrNot) {
-  const std::map<std::string, std::string> senders{
-      {"", "log_test[#]"}, {"log_test: false", "log_test"}, {"x: 0", "log_test[#]"}};
-  for (const auto& row : senders) {
-    std::ofstream("/etc/velmora/velmora.conf") << "logger.openlog." << row.first;
-    const std::string self = std::filesystem::read_symlink("/proc/self/exe");
-    EXPECT_EQ(system((self + " --gtest_also_run_disabled_tests --gtest_filter=NewProcess.* >&2").c_str()), 0);
-    const auto lines = syslogd.take();
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(std::regex_replace(lines[0].sender, std::regex("[0-9]+"), "#"), row.second) << row.first;
-  }
+TEST_F(LogTest, AProgramMayHideItsNumberFromSyslog) {
+  std::ofstream("/etc/velmora/velmora.conf") << "logger.openlog.log_test: false\n";
+  const std::string self = std::filesystem::read_symlink("/proc/self/exe");
+  EXPECT_EQ(system((self + " --gtest_also_run_disabled_tests --gtest_filter=NewProcess.* >&2").c_str()), 0);
+  const auto lines = syslogd.take();
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0].sender, "log_test");
 }
 
 TEST_F(LogTest, ProgramsAreIgnoredByTheirExactNames) {
   configure("logger.program.ignore: sshd, \"a b\"\n");
-  for (const char* name : {"sshd", "a b"}) EXPECT_TRUE(Logger::GetLogger("")->ignoreProgram(name)) << name;
-  for (const char* name : {"SSHD", "ssh", ""})
-    EXPECT_FALSE(Logger::GetLogger("")->ignoreProgram(name)) << name;
+  EXPECT_TRUE(Logger::GetLogger("")->ignoreProgram("a b") && !Logger::GetLogger("")->ignoreProgram("SSHD"));
 }
 
 TEST_F(LogTest, WithoutConfigurationSyslogOrDirectoriesAProgramRunsOn) {

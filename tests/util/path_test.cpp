@@ -29,7 +29,6 @@ TEST_F(PathTest, ParsesPrintsAndJoins) {
   const std::string rows[][3] = {
       {"", "", ""},
       {"/", "root ", "/"},
-      {"/a", "root a", "/a"},
       {"a//b/", "a|b|", "a/b"},
       {"\\a\\\\b/c", "a|b|c", "a/b/c"},
       {"/a/../. /\xff", "root a|..|. |\xff", "/a/../. /\xff"},
@@ -100,13 +99,15 @@ TEST_F(PathTest, RemovalNeverFollowsLinks) {
   Path::createDirectories(in("outside/keep"), 0755);
   Path::createDirectories(in("tree/sub/empty"), 0755);
   put(in("outside/file"), "stays");
-  int number = 0;
-  for (const std::string& target : {in("outside"), in("outside/file"), std::string("/no/such")})
+  const std::string targets[] = {in("outside"), in("outside/file"), "/no/such"};
+  for (const std::string& target : targets) {
+    const std::string name = "link" + std::to_string(&target - targets);
     for (const char* dir : {"tree/", "tree/sub/", ""})
-      ASSERT_EQ(symlink(target.c_str(), in(dir + ("link" + std::to_string(++number))).c_str()), 0);
+      ASSERT_EQ(symlink(target.c_str(), in(dir + name).c_str()), 0);
+    Path::remove(in(name), true);
+  }
   ASSERT_EQ(mkfifo(in("tree/pipe").c_str(), 0600) + link(in("outside/file").c_str(), in("tree/hard").c_str()),
             0);
-  for (; number > 0; --number) Path::remove(in("link" + std::to_string(number)), true);
   Path::remove(in("tree"), true);
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_dir), {}), 1) << "outside alone is left";
   EXPECT_EQ(get(in("outside/file")), "stays");

@@ -68,7 +68,7 @@ TEST_F(SELinuxTest, LoadsTheLibraryThatThePropertyNames) {
     EXPECT_EQ(restored(kLabel), kDefault + " written");
     EXPECT_TRUE(isLogged("SELinux library doesn't have matchpathcon_fini."));
   });
-  onSELinux(FAKE_SELINUX_INCOMPLETE, [this] {
+  onSELinux("libm.so.6", [this] {
     EXPECT_EQ(instanceFailure(), "SystemException|Get SELinux API function pointer failed.");
     EXPECT_EQ(adjusted(kLabel, "new_t"), kLabel);
     EXPECT_TRUE(isLogged("Get SELinux API function pointer failed.. Please run 'restorecon' on the file"));
@@ -95,14 +95,8 @@ TEST_F(SELinuxTest, AdjustsTheTypeAloneAndRestoresThePolicysLabel) {
 TEST_F(SELinuxTest, FailuresAreLoggedAndNeverPassedOn) {
   const std::string gone = ": No such file or directory. Please run 'restorecon' on ";
   const std::string denied = ": Operation not permitted. Please run 'restorecon' on ";
-  const std::string file = in("file");
-  const std::string missing = in("missing");
-  const struct {
-    bool adjusts;
-    const char* name;
-    const char* failing;
-    std::string text;
-  } rows[] = {
+  const std::string file = in("file"), missing = in("missing");
+  const std::tuple<bool, const char*, const char*, std::string> rows[] = {
       {true, "missing", "",
        "Open " + missing + " failed. Skip SELinux check." + gone + "the file '" + missing + "'"},
       {true, "file", "fgetfilecon",
@@ -119,10 +113,10 @@ TEST_F(SELinuxTest, FailuresAreLoggedAndNeverPassedOn) {
       {false, "file", "setfilecon", "Failed to change the security context for '" + file + "' from "},
   };
   onSELinux(FAKE_SELINUX_COMPLETE, [&] {
-    for (const auto& row : rows) {
-      setenv("FAKE_FAIL", row.failing, 1);
-      EXPECT_EQ(row.adjusts ? adjusted(kLabel, "new_t", row.name) : restored(kLabel, row.name), kLabel);
-      EXPECT_TRUE(isLogged(row.text)) << row.text << logged();
+    for (const auto& [adjusts, name, failing, text] : rows) {
+      setenv("FAKE_FAIL", failing, 1);
+      EXPECT_EQ(adjusts ? adjusted(kLabel, "new_t", name) : restored(kLabel, name), kLabel);
+      EXPECT_TRUE(isLogged(text)) << text << logged();
     }
   });
 }

@@ -13,26 +13,6 @@ namespace {
 constexpr int kWait = 0, kDoNotWait = 1, kReplace = 2;
 constexpr char kShell[] = "/bin/sh";
 
-/// A pipe and what came through it.
-struct Pipe {
-  Pipe() { EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0); }
-  ~Pipe() {
-    close(ends[0]);
-    closeWriter();
-  }
-  void closeWriter() {
-    if (ends[1] >= 0) close(std::exchange(ends[1], -1));
-  }
-  std::string text() {
-    closeWriter();
-    char buffer[512];
-    const ssize_t got = read(ends[0], buffer, sizeof buffer);
-    return std::string(buffer, got > 0 ? got : 0);
-  }
-
-  int ends[2];
-};
-
 /// Runs a script in a shell.
 int run(std::string script, std::vector<int> fds = {}, int mode = kWait, int timeout = -1, bool kill = false,
         bool emptyEnvironment = false, void (*callback)() = nullptr) {
@@ -57,27 +37,31 @@ class SpawnTest : public testsupport::ScratchTest {
   void SetUp() override {
     ScratchTest::SetUp();
     null = open("/dev/null", O_RDWR | O_CLOEXEC);
+    output = open(in("output").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_EQ(pipe2(input, O_CLOEXEC), 0);
   }
   void TearDown() override {
-    close(null);
+    for (int fd : {null, output, input[0], input[1]}) close(fd);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
     ScratchTest::TearDown();
   }
 
-  int null = -1;
+  /// What was written since the last time.
+  std::string written() {
+    const std::string text = get(in("output"));
+    return lseek(output, ftruncate(output, 0), SEEK_SET) == 0 ? text : "";
+  }
+  /// Lets a child go on that reads a line.
+  void answer() { EXPECT_EQ(write(input[1], "\n", 1), 1); }
+
+  int null = -1, output = -1, input[2] = {-1, -1};
 };
 
 TEST_F(SpawnTest, ProgramsThatCannotRun) {
   std::string file = in("file");
   put(file, "no program");
   char* argv[] = {file.data(), nullptr};
-  const struct {
-    int mode;
-    int count;
-    const char* path;
-    char** argv;
-    int error;
-  } rows[] = {
+  const std::tuple<int, int, const char*, char**, int> rows[] = {
       {kWait, 0, "/nowhere/at/all", argv, ENOENT},
       {kReplace, 0, file.c_str(), argv, EACCES},
       {kDoNotWait, 0, nullptr, argv, EFAULT},
@@ -85,51 +69,40 @@ TEST_F(SpawnTest, ProgramsThatCannotRun) {
       {kWait, 1, kShell, argv, EFAULT},
       {3, 0, kShell, argv, EINVAL},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(spawnfv(row.mode, row.count, nullptr, row.path, row.argv), -1);
-    EXPECT_EQ(errno, row.error);
+  for (const auto& [mode, count, path, arguments, error] : rows) {
+    EXPECT_EQ(spawnfv(mode, count, nullptr, path, arguments), -1);
+    EXPECT_EQ(errno, error);
   }
   chmod(file.c_str(), 0700);
   EXPECT_EQ(WEXITSTATUS(spawnfv(kWait, 0, nullptr, file.c_str(), argv)), 256 - ENOEXEC);
 }
 
 TEST_F(SpawnTest, TheChildGetsExactlyTheDescriptorsAskedFor) {
-  const int passed = open("/dev/null", O_RDONLY);
   std::vector<int> notOpen(40, -1);  // with an entry at the first number that is free for moving
-  notOpen[1] = -2;
+  notOpen[1] = output;
   notOpen[39] = 40;
-  const struct {
-    std::vector<int> fds;  // -2 stands for the pipe
-    const char* expected;
-  } rows[] = {
+  const std::pair<std::vector<int>, const char*> rows[] = {
       {notOpen, "1\n"},
-      {{null, -2}, "0\n1\n"},
-      {{-1, -2, 999}, "1\n"},
-      {{-2, -2, -1, null, -2}, "0\n1\n3\n4\n"},
+      {{-1, output, 999}, "1\n"},
+      {{output, output, -1, null, output}, "0\n1\n3\n4\n"},
   };
-  for (const auto& row : rows) {
-    Pipe pipe;
-    std::vector<int> fds = row.fds;
-    std::replace(fds.begin(), fds.end(), -2, pipe.ends[1]);
+  for (const auto& [fds, expected] : rows) {
     EXPECT_EQ(run("ls /proc/$$/fd; exit 0", fds), 0);
-    EXPECT_EQ(pipe.text(), row.expected);
+    EXPECT_EQ(written(), expected);
   }
+  const int passed = open("/dev/null", O_RDONLY);
   EXPECT_EQ(run("test -e /proc/$$/fd/" + std::to_string(passed)), 0) << "all are kept if none are named";
   close(passed);
 }
 
 TEST_F(SpawnTest, EntriesMayOverlapTheirTargets) {
-  Pipe out;
-  const int input = dup(0), output = dup(1);
-  dup2(out.ends[1], 0);
-  dup2(null, 1);
-  EXPECT_EQ(run("echo crossed", {1, 0}), 0);
-  EXPECT_EQ(run("echo rotated >&2", {null, 1, 0}), 0);
-  dup2(input, 0);
-  dup2(output, 1);
-  close(input);
-  close(output);
-  EXPECT_EQ(out.text(), "crossed\nrotated\n");
+  testsupport::checkInChild([&] {
+    dup2(output, 0);
+    dup2(null, 1);
+    EXPECT_EQ(run("echo crossed", {1, 0}), 0);
+    EXPECT_EQ(run("echo rotated >&2", {null, 1, 0}), 0);
+  });
+  EXPECT_EQ(written(), "crossed\nrotated\n");
 }
 
 TEST_F(SpawnTest, EveryWayOfClosingKeepsWhatItShould) {
@@ -152,25 +125,22 @@ TEST_F(SpawnTest, EnvironmentCallbackAndStatus) {
   const RecordedPauses pauses([](long) { awaitZombie(); });
   setenv("SPAWN_TEST_MARK", "set", 1);
   for (const bool empty : {false, true}) {
-    Pipe out;
     const auto callback = [] { (void)!write(1, "called ", 7); };
     const int status =
-        run("echo $SPAWN_TEST_MARK; exit 7", {null, out.ends[1]}, kWait, 1000, true, empty, callback);
+        run("echo $SPAWN_TEST_MARK; exit 7", {null, output}, kWait, 1000, true, empty, callback);
     EXPECT_EQ(WEXITSTATUS(status), 7);
-    EXPECT_EQ(out.text(), empty ? "called \n" : "called set\n");
+    EXPECT_EQ(written(), empty ? "called \n" : "called set\n");
   }
-  unsetenv("SPAWN_TEST_MARK");
 }
 
 TEST_F(SpawnTest, ATimeOutLeavesTheChildToTheReaper) {
   for (const bool kill : {false, true}) {
     RecordedPauses pauses;
-    Pipe input;
-    EXPECT_EQ(run("read line; exit 9", {input.ends[0], null, null}, kWait, 3, kill), -1);
+    EXPECT_EQ(run("read line; exit 9", {input[0], null, null}, kWait, 3, kill), -1);
     EXPECT_EQ(errno, ETIMEDOUT);
     EXPECT_EQ(pauses.taken(), std::vector<long>(6, 500));
     if (!kill) spawnfv_reap();  // it runs on: nothing to collect, and no waiting
-    input.closeWriter();
+    answer();
     const siginfo_t end = awaitZombie();
     EXPECT_EQ(end.si_code, kill ? CLD_KILLED : CLD_EXITED);
     EXPECT_EQ(end.si_status, kill ? SIGTERM : 9);
@@ -179,8 +149,7 @@ TEST_F(SpawnTest, ATimeOutLeavesTheChildToTheReaper) {
 }
 
 TEST_F(SpawnTest, ReapingCollectsWhatHasEndedAndNothingElse) {
-  Pipe input;
-  const pid_t waits = run("read line", {input.ends[0], null, null}, kDoNotWait);
+  const pid_t waits = run("read line", {input[0], null, null}, kDoNotWait);
   const pid_t ends = run("exit 0", {}, kDoNotWait);
   EXPECT_EQ(awaitZombie().si_pid, ends);
   siginfo_t stopped;
@@ -189,39 +158,31 @@ TEST_F(SpawnTest, ReapingCollectsWhatHasEndedAndNothingElse) {
   spawnfv_reap();
   EXPECT_EQ(::kill(ends, 0), -1);
   EXPECT_EQ(::kill(waits, SIGCONT), 0);
-  input.closeWriter();
+  answer();
   EXPECT_EQ(awaitZombie().si_pid, waits) << "a child that has merely stopped was no zombie";
   spawnfv_reap();
 }
 
 TEST_F(SpawnTest, ReplacingThisProcess) {
-  Pipe out;
-  const pid_t child = fork();
-  if (child == 0) run("echo $$; exit 5", {null, out.ends[1]}, kReplace);
-  int status = -1;
-  waitpid(child, &status, 0);
+  const int status = testsupport::inChild([&] { run("echo $PPID; exit 5", {null, output}, kReplace); });
   EXPECT_EQ(WEXITSTATUS(status), 5);
-  EXPECT_EQ(out.text(), std::to_string(child) + "\n");
+  EXPECT_EQ(written(), std::to_string(getpid()) + "\n");
 }
 
 TEST_F(SpawnTest, ACancelledWaiterLeavesItsChildToTheReaper) {
-  Pipe input;
-  cancelAt([&](auto point) {
-    const RecordedPauses pauses([&](long) {
-      point();
-      vesk::Thread::yield();
+  for (const bool atTheStart : {false, true}) {
+    cancelAt([&](auto point) {
+      const RecordedPauses pauses([&](long) {
+        if (!atTheStart) point();
+        vesk::Thread::yield();
+      });
+      vesk::Thread::disableKill();
+      if (atTheStart) point();
+      pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
+      run("read line", {input[0], null, null}, kWait, atTheStart ? -1 : 10);
     });
-    run("read line", {input.ends[0], null, null}, kWait, 10);
-  });
-  input.closeWriter();
-  awaitZombie();
-  spawnfv_reap();
-  cancelAt([](auto point) {
-    vesk::Thread::disableKill();
-    point();
-    pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
-    run("exit 0");
-  });
-  awaitZombie();
-  spawnfv_reap();
+    answer();
+    awaitZombie();
+    spawnfv_reap();
+  }
 }

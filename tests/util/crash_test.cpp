@@ -1,13 +1,13 @@
-// Settings while writers die: what a reader could see at any moment. In a program of its own: the first write
-// of a process cleans up what dead ones have left.
+// Settings and the configuration while writers die: what a reader could see at any moment. In a program of
+// its own: the first write of a process cleans up what dead ones have left.
 
 #include <signal.h>
 #include <sys/ptrace.h>
 
-#include <functional>
 #include <set>
 
 #include "tests/support/world_test.h"
+#include "tests/util/workers.h"
 #include "util/include/kset.h"
 #include "util/include/setting.h"
 
@@ -19,8 +19,13 @@ namespace {
 const std::string kDir = "/var/velmora/";
 const std::string kSite = kDir + "kset.site";
 
-class SettingCrashTest : public WorldTest {
+class CrashTest : public WorldTest {
  protected:
+  void SetUp() override {
+    WorldTest::SetUp();
+    if (!IsSkipped()) configure("log: FATAL\n");  // a line of the log is many calls
+  }
+
   static int temporaryFiles() {
     int count = 0;
     for (const auto& entry : std::filesystem::directory_iterator(kDir))
@@ -57,6 +62,14 @@ class SettingCrashTest : public WorldTest {
     waitpid(child, &status, 0);
     return status;
   }
+  static void end(pid_t child) {
+    kill(child, SIGKILL);
+    endOf(child);
+  }
+  static int goOn(pid_t child) {
+    ptrace(PTRACE_DETACH, child, nullptr, nullptr);
+    return endOf(child);
+  }
 
   static void putOldValue() {
     put(kSite, "old");
@@ -65,7 +78,7 @@ class SettingCrashTest : public WorldTest {
 };
 
 // At any of its system calls a writer is killed, or overtaken by a process that cleans up.
-TEST_F(SettingCrashTest, AKilledWriterLeavesTheOldOrTheNewValueAndALiveOneIsLeftAlone) {
+TEST_F(CrashTest, AKilledWriterLeavesTheOldOrTheNewValueAndALiveOneIsLeftAlone) {
   createDataDir();
   put(kSite, "rolled back");
   KSets sets;
@@ -80,10 +93,7 @@ TEST_F(SettingCrashTest, AKilledWriterLeavesTheOldOrTheNewValueAndALiveOneIsLeft
     for (int stops = 0;; ++stops) {
       putOldValue();
       pid_t child = stoppedAt(stops, write);
-      if (child != 0) {
-        kill(child, SIGKILL);
-        endOf(child);
-      }
+      if (child != 0) end(child);
       seen.insert(get(kSite));
       EXPECT_EQ(modeOf(kSite), S_IFREG | 0644u) << "closed to others at stop " << stops;
       leftovers += temporaryFiles();
@@ -94,8 +104,7 @@ TEST_F(SettingCrashTest, AKilledWriterLeavesTheOldOrTheNewValueAndALiveOneIsLeft
       child = stoppedAt(stops, write);
       if (child == 0) continue;
       CleanTempSettingFiles(kDir);
-      ptrace(PTRACE_DETACH, child, nullptr, nullptr);
-      ASSERT_EQ(endOf(child), 0) << "cleaned away at stop " << stops;
+      ASSERT_EQ(goOn(child), 0) << "cleaned away at stop " << stops;
       ASSERT_EQ(get(kSite), value);
     }
     EXPECT_EQ(seen, (std::set<std::string>{"old", value}));
@@ -108,6 +117,39 @@ TEST_F(SettingCrashTest, AKilledWriterLeavesTheOldOrTheNewValueAndALiveOneIsLeft
   EXPECT_EQ(get(directory + "kset.site"), "stays");
   EXPECT_FAILURE("NotFoundException|Cannot open directory /no/such/: No such file or directory",
                  CleanTempSettingFiles("/no/such/"));
+}
+
+// At any of its system calls a writer is killed, or overtaken by one that takes its lock for stale.
+TEST_F(CrashTest, WritersOfTheConfigurationNeverMixIt) {
+  const RecordedPauses pauses;
+  const MovedDay later(100);
+  const std::string path = in("conf"), mine(5000, 'm');
+  const auto text = [](const std::string& a, const std::string& b) { return "a: " + a + "\nb: " + b + "\n"; };
+  const auto set = [&](const char* key, const std::string& value) {
+    return Properties::update(path, [&](Properties& file) { return file.setString(key, value); });
+  };
+  const auto write = [&] {
+    if (set("a", mine) != 0) _exit(1);
+  };
+  std::set<std::string> seen;
+  for (int stops = 0;; ++stops) {
+    put(path, text("old", "old"));
+    pid_t child = stoppedAt(stops, write);
+    if (child != 0) end(child);
+    const bool isNew = *seen.insert(get(path)).first == text(mine, "old");
+    EXPECT_EQ(set("b", "theirs"), 0) << "after a death at stop " << stops;
+    ASSERT_EQ(get(path), text(isNew ? mine : "old", "theirs"));
+    ASSERT_FALSE(std::filesystem::exists(path + ".new") || std::filesystem::exists(path + ".lock"));
+    if (child == 0) break;
+    put(path, text("old", "old"));
+    child = stoppedAt(stops, write);
+    if (child == 0) continue;
+    set("b", "theirs");
+    const std::string a = goOn(child) == 0 ? mine : "old", after = get(path);
+    ASSERT_TRUE(after == text(a, "old") || after == text(a, "theirs")) << "overtaken at stop " << stops;
+    std::filesystem::remove(path + ".lock");
+  }
+  EXPECT_EQ(seen, (std::set<std::string>{text("old", "old"), text(mine, "old")}));
 }
 
 }  // namespace

@@ -1,18 +1,20 @@
+// The queues of the runtime: items as they are posted, and items at their times.
+
 #include "util/include/runqueue.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <limits>
 #include <stdexcept>
-#include <string>
 
 #include <boost/make_shared.hpp>
 
 #include "tests/support/thrown.h"
 #include "tests/util/workers.h"
-#include "util/include/error_util.h"
 #include "util/include/timequeue.h"
 
 using vesk::RunQueue;
+using vesk::TimedEvent;
+using vesk::TimeQueue;
 
 namespace {
 
@@ -89,24 +91,18 @@ TEST(RunQueueTest, RunsInOrderAndTakesDuplicatesOut) {
 }
 
 TEST(RunQueueTest, RegistryKeepsOneQueueToAName) {
-  EXPECT_EQ(RunQueue::getRunQueue("registered", false, 1), nullptr);
   RunQueue* made = RunQueue::getRunQueue("registered", true, 0);
-  ASSERT_NE(made, nullptr);
-  EXPECT_EQ(vesk::TimeQueue::getTimeQueue("registered", true, 3), made);
-  EXPECT_NE(vesk::TimeQueue::getTimeQueue("other", true, 0), made);
+  EXPECT_EQ(TimeQueue::getTimeQueue("registered", true, 3), made);
+  EXPECT_EQ(RunQueue::getRunQueue("other", false, 1), nullptr);
 }
 
 TEST(RunQueueTest, PostersSlowDownFromHalfFullOn) {
-  const struct {
-    unsigned int maxSize;
-    int posts;
-    std::size_t pauses;
-  } rows[] = {{10, 7, 3}, {1, 1, 1}, {0, 50, 0}};
-  for (const auto& row : rows) {
-    RunQueue queue("limited", row.maxSize, false);
+  for (const auto& [maxSize, posts, expected] :
+       {std::tuple(10, 7, 3), std::tuple(1, 1, 1), std::tuple(0, 50, 0)}) {
+    RunQueue queue("limited", maxSize, false);
     RecordedPauses pauses;
-    fill(queue, row.posts);
-    EXPECT_EQ(pauses.taken(), std::vector<long>(row.pauses, 10)) << row.maxSize;
+    fill(queue, posts);
+    EXPECT_EQ(pauses.taken(), std::vector<long>(expected, 10)) << maxSize;
   }
 }
 
@@ -116,13 +112,11 @@ TEST(RunQueueTest, APosterAtAFullQueueGivesUpAfterABoundedTime) {
   for (const bool isLogQueue : {false, true}) {
     RunQueue queue("limited", 10, isLogQueue);
     RecordedPauses pauses;
-    std::string thrown;
-    try {
-      thrown = testsupport::thrownBy([&] { fill(queue, 11); });
-    } catch (const std::out_of_range& e) {
-      thrown = e.what();
-    }
-    EXPECT_EQ(thrown, isLogQueue ? "runqueue full 10" : "BufferFullException -1 runqueue full 10");
+    const auto overfill = [&] { fill(queue, 11); };
+    if (isLogQueue)
+      EXPECT_THROW(overfill(), std::out_of_range);
+    else
+      EXPECT_EQ(testsupport::thrownBy(overfill), "BufferFullException -1 runqueue full 10");
     EXPECT_EQ(pauses.taken(), expected);
   }
 }
@@ -133,13 +127,13 @@ TEST(RunQueueTest, CongestionEndsWhenAThirdIsLeft) {
     RecordedPauses ignored;
     fill(queue, 10);
   }
-  // The poster goes on waiting when a runner sees four items, and posts when it sees three.
+  // The poster goes on waiting when a runner sees five items and four, and posts when it sees three.
   RecordedPauses pauses([&](long pause) {
-    for (int i = 0; i < (pause == 0 ? 6 : 1); ++i) queue.pop_back();
+    for (int i = 0; i < (pause == 0 ? 5 : 1); ++i) queue.pop_back();
     glance(queue);
   });
   fill(queue, 1);
-  EXPECT_EQ(pauses.taken(), (std::vector<long>{0, 10}));
+  EXPECT_EQ(pauses.taken(), (std::vector<long>{0, 10, 20}));
 }
 
 TEST(RunQueueThreads, TheRunnerPostsPastTheLimitAndIsNeverHeldUp) {
@@ -213,10 +207,9 @@ TEST(RunQueueThreads, ShutdownRunsWhatIsLeftAndRefusesTheRest) {
 }
 
 /// Several posters and runners on one small queue: each item runs exactly once, each interrupt sends one
-/// runner away. QUEUE_SOAK_ITEMS sets the items of each poster for a longer run.
+/// runner away.
 TEST(RunQueueThreads, SoakLosesAndDoublesNothing) {
-  const char* wanted = getenv("QUEUE_SOAK_ITEMS");
-  const std::size_t items = wanted ? std::max(atoi(wanted), 1) : 20'000;
+  constexpr std::size_t items = 5'000;  // of each poster
   RunQueue queue("soak", 64, false);
   RecordedPauses pauses([](long) { sched_yield(); });
   std::vector<std::atomic<int>> runs(4 * items);
@@ -239,4 +232,130 @@ TEST(RunQueueThreads, SoakLosesAndDoublesNothing) {
   runners.clear();
   queue.runQueue(-1);
   EXPECT_TRUE(std::all_of(runs.begin(), runs.end(), [](const auto& count) { return count == 1; }));
+}
+
+namespace {
+
+using Event = std::function<void()>;
+
+void runEvent(void* event) {
+  (*static_cast<Event*>(event))();
+}
+
+void schedule(TimeQueue& queue, long delay, Event& event, bool periodic = false) {
+  queue.post(boost::make_shared<TimedEvent>("", delay, runEvent, &event, false, periodic));
+}
+
+}  // namespace
+
+/// One thread alone, and a day that the tests move.
+class TimeQueueTest : public testing::Test {
+ protected:
+  /// What runs when the day has come to `seconds` after the start.
+  std::string runAt(long seconds) {
+    day.moveTo(seconds);
+    // One item at most for each call: the time is over when it has run.
+    for (std::size_t before = std::string::npos; before != ran.size();) {
+      before = ran.size();
+      queue.runQueue();
+    }
+    return std::exchange(ran, "");
+  }
+
+  MovedDay day;
+  TimeQueue queue{"test", 2, false};
+  std::string ran;
+  Event a = [this] { ran += "a"; }, b = [this] { ran += "b"; }, c = [this] { ran += "c"; };
+};
+
+TEST_F(TimeQueueTest, RunsWhatIsDueInOrderOfTimeThenOfPosting) {
+  schedule(queue, 2000, c);
+  schedule(queue, 1000, a);
+  schedule(queue, 2000, a);
+  schedule(queue, 1000, b);
+  schedule(queue, std::numeric_limits<long>::max(), a);
+  EXPECT_EQ(runAt(0), "");
+  EXPECT_EQ(runAt(1500), "ab");
+  EXPECT_EQ(runAt(3000), "ca") << "no limit holds, whatever was passed";
+  schedule(queue, 0, a);
+  schedule(queue, 0, b);
+  queue.runQueue(0);
+  EXPECT_EQ(ran, "a") << "the time was over when it had run";
+  queue.interrupt();
+  EXPECT_THROW(queue.runQueue(-1), vesk::QueueInterrupted);
+  EXPECT_EQ(runAt(3000), "ab");
+}
+
+TEST_F(TimeQueueTest, PeriodicEventsComeBackWhateverTheyThrow) {
+  Event standard = [this] { throw std::runtime_error(ran += "a"); }, other = [this] { throw ran += "a"; };
+  for (Event* work : {&a, &standard, &other}) {
+    day.moveTo(0);
+    schedule(queue, 1000, *work, true);
+    EXPECT_EQ(runAt(1000), "a");
+    EXPECT_EQ(runAt(1500), "");
+    EXPECT_EQ(runAt(5000), "a") << "it never catches up";
+    queue.pop_back();
+  }
+}
+
+TEST_F(TimeQueueTest, EventsGoToTheDaemonsQueueAndReplaceTheirDuplicates) {
+  EXPECT_FALSE(TimeQueue::postEvent("id", 0, runEvent, &a, true, false));
+  vesk::RunQueue* daemon = TimeQueue::getTimeQueue(MAIN_RUN_QUEUE, true, 0);
+  EXPECT_TRUE(TimeQueue::postEvent("id", 0, runEvent, &a, true, false));
+  EXPECT_TRUE(TimeQueue::postEvent("id", 1000, runEvent, &b, true, false));
+  EXPECT_TRUE(TimeQueue::postEvent(nullptr, 500, runEvent, &c, true, false));
+  daemon->runQueue();
+  EXPECT_EQ(ran, "") << "the timer starts from the new posting";
+  day.moveTo(2000);
+  for (int i = 0; i < 3; ++i) daemon->runQueue();
+  EXPECT_EQ(ran, "cb");
+}
+
+TEST(TimeQueueThreads, AnEarlierItemWakesASleepingRunner) {
+  TimeQueue queue("threads", 0, false);
+  MovedDay day;
+  Gate started, late, early;
+  Event start = [&] { started.open(); }, openLate = [&] { late.open(); }, openEarly = [&] { early.open(); };
+  Worker runner([&] { queue.runQueue(20'000); });
+  schedule(queue, 0, start);
+  started.wait();
+  schedule(queue, 10'000, openLate);
+  schedule(queue, 0, openEarly);
+  early.wait();
+  day.moveTo(15'000);
+  schedule(queue, 0, start);  // the last in line: that wakes the runner, too
+  late.wait();
+  started.wait(2);
+  day.moveTo(30'000);
+  schedule(queue, 500, openLate);
+  runner.join();
+  EXPECT_FALSE(queue.isEmpty()) << "what is not due stays when the runner's time is over";
+}
+
+TEST(TimeQueueThreads, NothingPeriodicComesBackAfterShutdown) {
+  Gate started;
+  Watched<TimeQueue> queue("ending", 0, false);
+  Event runIntoTheEnd = [&] {
+    started.open();
+    queue.interrupted.wait();
+  };
+  Worker runner([&] { EXPECT_THROW(queue.runQueue(100'000), vesk::QueueInterrupted); });
+  schedule(queue, 0, runIntoTheEnd, true);
+  started.wait();
+  queue.shutdown(runner);
+  EXPECT_TRUE(queue.isEmpty());
+  EXPECT_THROW(schedule(queue, 0, runIntoTheEnd), vesk::EndOfFileException);
+}
+
+TEST(TimeQueueThreads, ACancelIsNotSwallowedAsAnItemsException) {
+  cancelAt([](auto point) {
+    TimeQueue queue("cancelled", 0, false);
+    Event work = [&] {
+      point();
+      vesk::Thread::yield();
+    };
+    schedule(queue, 0, work);
+    queue.runQueue(100'000);
+    ADD_FAILURE() << "the cancel was due";
+  });
 }
