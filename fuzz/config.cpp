@@ -94,23 +94,30 @@ bool movesVariables(const std::string& content) {
   return false;
 }
 
-// The comments that a save leaves as they are: those that name no value. Where one goes on in a property,
-// that may become a comment of its own: with more blanks.
+bool namesValue(std::string comment, const Properties::Map& values) {
+  comment.erase(0, comment.find_first_not_of("#!"));
+  std::string key;
+  std::string value;
+  return Properties::getPropertyFromLine(comment, key, value) && values.count(key) != 0;
+}
+
+// The first lines of the comments that a save leaves as they are: those that name no value.
 std::multiset<std::string> commentsOf(const std::string& content, const Properties::Map& values) {
   std::multiset<std::string> comments;
   std::istringstream stream(content);
   std::string line;
+  std::string whole;
   std::string extra;
-  std::string key;
-  std::string value;
-  while (stream.good()) {
-    Properties::getLine(stream, line, extra, false);
-    if (!Properties::isComment(line)) continue;
-    const std::string text = line.substr(std::min(line.find_first_not_of("#!"), line.size()));
-    if (Properties::getPropertyFromLine(text, key, value) && values.count(key) != 0) continue;
-    const auto bothBlank = [](char a, char b) { return a == ' ' && b == ' '; };
-    line.erase(std::unique(line.begin(), line.end(), bothBlank), line.end());
-    comments.insert(line);
+  for (bool goesOn = false; stream.good();) {
+    const auto begin = stream.tellg();
+    Properties::getLine(stream, whole, extra, false);
+    stream.clear();
+    stream.seekg(begin);
+    Properties::getLine(stream, line, extra, true);
+    const bool isComment = Properties::isComment(line);
+    if (isComment && !goesOn && !namesValue(whole, values) && !namesValue(line, values))
+      comments.insert(line);
+    goesOn = isComment && Properties::isEscaped(line);
   }
   return comments;
 }

@@ -97,6 +97,7 @@ class Properties::Saver {
       m_begin = m_lines.position();
       readLogicalLine(m_lines, line, extra, false);
       m_end = m_lines.position();
+      if (isComment(line)) endComment(line, extra);
       m_last = m_out.size();
       const bool empty = line.empty();
       if (!empty) {
@@ -114,14 +115,35 @@ class Properties::Saver {
   }
 
  private:
+  /// For a reader no comment goes on in the next line. It ends here where a property would be taken for a
+  /// part of it.
+  void endComment(std::string& comment, std::string& extra) {
+    TextLines lines(m_text, m_begin);
+    std::string line;
+    std::string key;
+    std::string value;
+    readLogicalLine(lines, line, extra, true);
+    while (lines.position() < m_end) {
+      const size_t begin = lines.position();
+      readLogicalLine(lines, line, extra, true);
+      if (!getPropertyFromLine(line, key, value)) continue;
+      m_lines.goBack(m_end = begin);
+      const std::string own(m_text, m_begin, m_end - m_begin - 1);
+      TextLines ownLines(own);
+      return readLogicalLine(ownLines, comment, extra, false);
+    }
+  }
+
   void takeLine(std::string& line) {
     const bool comment = isComment(line);
     if (comment) line.erase(0, line.find_first_not_of("#!"));
     std::string key;
     std::string value;
-    if (!getPropertyFromLine(line, key, value)) return comment ? copyComment() : copyLine();
-    if (!isAwaited(key)) return comment ? copyComment() : commentLineOut();
+    if (!getPropertyFromLine(line, key, value)) return copyLine();
     const auto held = m_properties.m_table.find(key);
+    if (held == m_properties.m_table.end() || m_written.count(key) != 0) {
+      return comment ? copyLine() : commentLineOut();
+    }
     m_properties.expandEnvVariables(value);
     Property own;
     own.set(value);
@@ -131,11 +153,6 @@ class Properties::Saver {
       copyLine();
     }
     m_written.insert(key);
-  }
-
-  /// Whether the key has a value that has not been written yet.
-  bool isAwaited(const std::string& key) const {
-    return m_properties.m_table.count(key) != 0 && m_written.count(key) == 0;
   }
 
   // Texts of one value may still be different lists, and in rewriting mode their dollar signs references or
@@ -150,25 +167,6 @@ class Properties::Saver {
 
   /// Copies the physical lines at hand as they are.
   void copyLine() { m_out.append(m_text, m_begin, m_end - m_begin); }
-
-  /// A reader sees no comment go on behind its first line. A property there that must not count any more is
-  /// taken as a line of its own.
-  void copyComment() {
-    TextLines lines(m_text, m_begin);
-    std::string line;
-    std::string extra;
-    std::string key;
-    std::string value;
-    readLogicalLine(lines, line, extra, true);
-    while (lines.position() < m_end) {
-      const size_t begin = lines.position();
-      readLogicalLine(lines, line, extra, true);
-      if (!getPropertyFromLine(line, key, value) || isAwaited(key)) continue;
-      m_lines.goBack(m_end = begin);
-      break;
-    }
-    copyLine();
-  }
 
   void commentLineOut() {
     for (size_t begin = m_begin; begin < m_end;) {
