@@ -97,10 +97,11 @@ class Properties::Saver {
       m_begin = m_lines.position();
       readLogicalLine(m_lines, line, extra, false);
       m_end = m_lines.position();
-      if (isComment(line)) endComment(line, extra);
       m_last = m_out.size();
       const bool empty = line.empty();
-      if (!empty) {
+      if (isComment(line)) {
+        takeComment(line);
+      } else if (!empty) {
         takeLine(line);
       } else if (!afterEmpty) {
         copyLine();
@@ -115,44 +116,61 @@ class Properties::Saver {
   }
 
  private:
-  /// For a reader no comment goes on in the next line. It ends here where a property would be taken for a
-  /// part of it.
-  void endComment(std::string& comment, std::string& extra) {
+  // One that names a property whose value is missing becomes that property.
+  void takeComment(std::string& line) {
+    line.erase(0, line.find_first_not_of("#!"));
+    std::string key;
+    std::string value;
+    const bool wanted = getPropertyFromLine(line, key, value) && isAwaited(key);
+    const bool isCut = (!wanted || isOpenEnd()) && cutComment();
+    if (!wanted || isCut) return copyLine();
+    writeProperty(*m_properties.m_table.find(key));
+    m_written.insert(key);
+  }
+
+  void takeLine(const std::string& line) {
+    std::string key;
+    std::string value;
+    if (!getPropertyFromLine(line, key, value)) return copyLine();
+    if (!isAwaited(key)) return commentLineOut();
+    const auto held = m_properties.m_table.find(key);
+    m_properties.expandEnvVariables(value);
+    Property own;
+    own.set(value);
+    if (means(own, held->second)) {
+      copyLine();
+    } else {
+      writeProperty(*held);
+    }
+    m_written.insert(key);
+  }
+
+  /// Whether the key has a value that has not been written yet.
+  bool isAwaited(const std::string& key) const {
+    return m_properties.m_table.count(key) != 0 && m_written.count(key) == 0;
+  }
+
+  /// Whether the lines at hand are the last, and a backslash at their end continues nothing.
+  bool isOpenEnd() const { return m_end == m_text.size() && isEscaped(m_text); }
+
+  /// No reader takes the next line for a part of a comment. Where such a line is a property that would undo
+  /// what is written already, or that only the end of the file can hold, the comment at hand ends in front of
+  /// it, and it is taken next. Gives whether that is so.
+  bool cutComment() {
     TextLines lines(m_text, m_begin);
     std::string line;
+    std::string extra;
     std::string key;
     std::string value;
     readLogicalLine(lines, line, extra, true);
     while (lines.position() < m_end) {
       const size_t begin = lines.position();
       readLogicalLine(lines, line, extra, true);
-      if (!getPropertyFromLine(line, key, value)) continue;
+      if (!getPropertyFromLine(line, key, value) || (isAwaited(key) && !isOpenEnd())) continue;
       m_lines.goBack(m_end = begin);
-      const std::string own(m_text, m_begin, m_end - m_begin - 1);
-      TextLines ownLines(own);
-      return readLogicalLine(ownLines, comment, extra, false);
+      return true;
     }
-  }
-
-  void takeLine(std::string& line) {
-    const bool comment = isComment(line);
-    if (comment) line.erase(0, line.find_first_not_of("#!"));
-    std::string key;
-    std::string value;
-    if (!getPropertyFromLine(line, key, value)) return copyLine();
-    const auto held = m_properties.m_table.find(key);
-    if (held == m_properties.m_table.end() || m_written.count(key) != 0) {
-      return comment ? copyLine() : commentLineOut();
-    }
-    m_properties.expandEnvVariables(value);
-    Property own;
-    own.set(value);
-    if (comment || !means(own, held->second)) {
-      writeProperty(*held);
-    } else {
-      copyLine();
-    }
-    m_written.insert(key);
+    return false;
   }
 
   // Texts of one value may still be different lists, and in rewriting mode their dollar signs references or
