@@ -136,6 +136,7 @@ TEST_F(SessionCoreTest, TheSecondFailureIsTheCallers) {
       {framed(reply(2)), kBadData},
       {framed(""), "IOException 1 read 0 bytes from IPC"},
       {framed("garbled"), "IOException 1 ber_scanf failure (received garbled message?)"},
+      {framed(hex("3003020105")), "IOException 1 ber_scanf failure (received garbled message?)"},
       {hex("ffffff"), kBroken},
       {hex("0000001030"), kBroken},
   };
