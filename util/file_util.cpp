@@ -65,7 +65,12 @@ int openTempFile(char* templ, int mode, const Owner* owner, std::ofstream& out) 
   if (!fd) throwNoTempFile(errno);
   finishTempFile(fd, templ, mode, owner);
   // The stream takes the file by its name, which nobody else can replace in a directory with the sticky bit.
-  out.open(templ, std::ios::out | std::ios::trunc);
+  try {
+    out.open(templ, std::ios::out | std::ios::trunc);
+  } catch (...) {  // no memory for the stream
+    ::unlink(templ);
+    throw;
+  }
   return fd.close();
 }
 

@@ -141,7 +141,7 @@ const Work kWorks[] = {
        const int fd = mkstemp(name, 0600, getuid(), getgid());
        close(fd);
        removeUnfailing(name.c_str());
-       char other[] = "/tmp/faultsXXXXXX";
+       char other[] = "/var/velmora/faults/tempXXXXXX";
        std::ofstream out;
        OpenTempFile(other, 0600, out);
        removeUnfailing(other);
