@@ -34,8 +34,9 @@ class LogFileTest : public testsupport::ScratchTest {
   std::string plain(const fs::path& path) {
     if (path.extension() != ".gz") return path;
     EXPECT_EQ(system(("gzip -t " + path.string()).c_str()), 0);
-    gunzip(path.c_str(), in("../expanded").c_str());
-    return in("../expanded");
+    constexpr char kExpanded[] = "/var/velmora/expanded";
+    gunzip(path.c_str(), kExpanded);
+    return kExpanded;
   }
 
   // Names in the directory with the text of the files.
