@@ -61,10 +61,7 @@ class RecordWalk {
   ~RecordWalk() noexcept(false) { internal_endutxent(); }
 
  private:
-  static Mutex& mutex() {
-    static Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::LoginRecords, *new Mutex);
-    return mutex;
-  }
+  static Mutex& mutex() { return vesk::forkedLock<vesk::ForkOrder::LoginRecords>(); }
 
   Lock m_lock;
 };

@@ -65,6 +65,7 @@ void openToAllUsers(const Path& dir) {
 }  // namespace
 
 SettingStore& SettingStore::instance() {
+  keepLocksOverFork();
   static SettingStore& store = *new SettingStore;
   [[maybe_unused]] static Mutex& held = heldOverFork(ForkOrder::Settings, store.gMapLock);
   return store;

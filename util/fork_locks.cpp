@@ -1,6 +1,7 @@
 #include "util/fork_locks.h"
 
 #include <pthread.h>
+#include <unistd.h>
 
 #include <array>
 #include <atomic>
@@ -60,11 +61,23 @@ void inChild() {
     if (Mutex* mutex = gSlots[i].load(std::memory_order_acquire)) makeAnew(*mutex, gHeld[i] != nullptr);
 }
 
+// The process that is about to have its forks handled; a child begins anew if it was copied just then.
+constexpr pid_t kNobody = 0;
+constexpr pid_t kDone = -1;
+std::atomic<pid_t> gKeeper{kNobody};
+
 }  // namespace
 
+void keepLocksOverFork() {
+  pid_t keeper = gKeeper.load(std::memory_order_acquire);
+  if (keeper == kDone) return;
+  const pid_t self = getpid();
+  if (keeper == self || !gKeeper.compare_exchange_strong(keeper, self)) return;
+  gKeeper = pthread_atfork(beforeFork, inParent, inChild) == 0 ? kDone : kNobody;
+}
+
 Mutex& heldOverFork(ForkOrder place, Mutex& mutex) {
-  static const int registered = pthread_atfork(beforeFork, inParent, inChild);
-  if (registered == 0) gSlots[static_cast<size_t>(place)].store(&mutex, std::memory_order_release);
+  gSlots[static_cast<size_t>(place)].store(&mutex, std::memory_order_release);
   return mutex;
 }
 

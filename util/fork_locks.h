@@ -5,9 +5,9 @@
 /// named here; the parent gives them back, and the child goes on with fresh ones.
 #pragma once
 
-namespace vesk {
+#include "util/include/mutex.h"
 
-class Mutex;
+namespace vesk {
 
 /// The locks of which the process has one each, in the order in which they are taken, outermost first. Who
 /// holds one of them may take those behind it.
@@ -30,8 +30,18 @@ enum class ForkOrder {
   Count
 };
 
+/// Has the locks taken by forks, from the first call on. It waits while another thread forks, so it comes
+/// before whatever is made once, which would else stay half made in the child for ever. From any thread.
+void keepLocksOverFork();
 /// Names one of them, and gives it back. It must outlive the process's last fork. From any thread; the lock
 /// need not be held.
 Mutex& heldOverFork(ForkOrder place, Mutex& mutex);
+/// The lock of that place where it belongs to nothing else, made when it is first asked for.
+template <ForkOrder place>
+Mutex& forkedLock() {
+  keepLocksOverFork();
+  static Mutex& mutex = heldOverFork(place, *new Mutex);
+  return mutex;
+}
 
 }  // namespace vesk

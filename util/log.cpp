@@ -40,13 +40,11 @@ std::string displayName(const std::string& fullName) {
 }  // namespace
 
 Mutex& gNamedLoggersProtect() {
-  static Mutex& mutex = heldOverFork(ForkOrder::Loggers, *new Mutex);
-  return mutex;
+  return forkedLock<ForkOrder::Loggers>();
 }
 
 Mutex& gLogMessageProtect() {
-  static Mutex& mutex = heldOverFork(ForkOrder::LogMessages, *new Mutex);
-  return mutex;
+  return forkedLock<ForkOrder::LogMessages>();
 }
 
 boost::shared_ptr<CircularBuffer>& gCircularBuffer() {

@@ -47,6 +47,7 @@ struct Reader {
 }  // namespace
 
 FileLogging& gFileLogging() {
+  keepLocksOverFork();
   static FileLogging& file = *new FileLogging;
   [[maybe_unused]] static Mutex& held = heldOverFork(ForkOrder::LogFile, file.mutex);
   return file;

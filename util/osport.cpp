@@ -130,8 +130,7 @@ bool IsSolarisZone() {
 }
 
 void detect_progname() {
-  static vesk::Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::ProgramName, *new vesk::Mutex);
-  vesk::Lock lock(mutex);
+  vesk::Lock lock(vesk::forkedLock<vesk::ForkOrder::ProgramName>());
   if (__progname && *__progname) return;
   const char* name = nameFromProcessTable();
   __progname = name ? name : "unknown";

@@ -20,8 +20,7 @@ bool gSeeded = false;  // guarded by the mutex below
 
 // Counts in every program, also in one whose threads are none of Thread's.
 vesk::Mutex& gRandomMutex() {
-  static vesk::Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::RandomNumbers, *new vesk::Mutex);
-  return mutex;
+  return vesk::forkedLock<vesk::ForkOrder::RandomNumbers>();
 }
 
 }  // namespace

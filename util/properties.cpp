@@ -55,6 +55,7 @@ TimeText scanTime(const std::string& text) {
 std::atomic<Properties*> gMade{nullptr};
 
 Properties* makeInstance(bool debugDump) {
+  vesk::keepLocksOverFork();
   [[maybe_unused]] static vesk::Mutex& held =
       vesk::heldOverFork(vesk::ForkOrder::PropertiesMaking, Properties::gPropMtx);
   Lock lock(Properties::gPropMtx);

@@ -82,6 +82,7 @@ RunQueue::~RunQueue() {
 }
 
 RunQueue::Registry& RunQueue::gQueues() {
+  keepLocksOverFork();
   static Registry& queues = *new Registry;
   [[maybe_unused]] static Mutex& held = heldOverFork(ForkOrder::WorkQueues, queues.mutex());
   return queues;

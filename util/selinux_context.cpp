@@ -32,14 +32,12 @@ constexpr const char* kEnforceFiles[] = {"/selinux/enforce", "/sys/fs/selinux/en
 
 /// Guards the creation of the module.
 Mutex& gSelinuxInstanceMutex() {
-  static Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::SelinuxModule, *new Mutex);
-  return mutex;
+  return vesk::forkedLock<vesk::ForkOrder::SelinuxModule>();
 }
 
 /// matchpathcon is not safe for concurrent use.
 Mutex& gSelinuxMutex() {
-  static Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::SelinuxLabels, *new Mutex);
-  return mutex;
+  return vesk::forkedLock<vesk::ForkOrder::SelinuxLabels>();
 }
 
 using Context = std::unique_ptr<char, std::function<void(char*)>>;

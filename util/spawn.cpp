@@ -32,8 +32,7 @@ struct Child {
 
 // Guards the list, and keeps fork from copying it half changed.
 vesk::Mutex& gSpawnMutex() {
-  static vesk::Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::SpawnedChildren, *new vesk::Mutex);
-  return mutex;
+  return vesk::forkedLock<vesk::ForkOrder::SpawnedChildren>();
 }
 
 std::vector<Child>& gSpawnPidList() {

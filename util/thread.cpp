@@ -18,14 +18,12 @@ constexpr char kLogger[] = "util.thread";
 
 // Guards Thread::m_threadsActive.
 vesk::Mutex& gMutex() {
-  static vesk::Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::ActiveThreads, *new vesk::Mutex);
-  return mutex;
+  return vesk::forkedLock<vesk::ForkOrder::ActiveThreads>();
 }
 
 // Guards the end of every thread's running against those who act on a running thread: its id is good as long.
 vesk::Mutex& gRunningMutex() {
-  static vesk::Mutex& mutex = vesk::heldOverFork(vesk::ForkOrder::RunningThreads, *new vesk::Mutex);
-  return mutex;
+  return vesk::forkedLock<vesk::ForkOrder::RunningThreads>();
 }
 
 // The calling thread's Thread object. The key is made by the first thread that runs.
