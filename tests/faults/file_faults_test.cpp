@@ -73,6 +73,16 @@ void __attribute__((format(printf, 2, 3))) write(FileLogging& log, const char* f
   va_end(args);
 }
 
+// What stands beside a small log that so many lines were written to.
+std::string rotated(const std::string& dir, FileLogging::Settings settings, int lines) {
+  settings.maxSize = 300;
+  FileLogging log;
+  log.init((dir + "/log").c_str(), settings);
+  for (int i = 0; i < lines; ++i) write(log, "line %d of a log", i);
+  log.destroy();
+  return list(dir);
+}
+
 const Work kWorks[] = {
     {"read a setting",
      [](const std::string&) {
@@ -205,27 +215,13 @@ const Work kWorks[] = {
        renameFile(dir + "/old", dir + "/other");
        return std::to_string(GetPerms(dir + "/other"));
      }},
-    {"write and rotate a log",
-     [](const std::string& dir) {
-       FileLogging::Settings small;
-       small.maxSize = 300;
-       FileLogging log;
-       log.init((dir + "/log").c_str(), small);
-       for (int i = 0; i < 10; ++i) write(log, "line %d of a log", i);
-       log.destroy();
-       return list(dir);
-     }},
+    {"write and rotate a log", [](const std::string& dir) { return rotated(dir, {}, 10); }},
     {"rotate a log and compress it",
      [](const std::string& dir) {
-       FileLogging::Settings small;
-       small.maxSize = 300;
-       small.zipBackup = true;
-       small.flushFrequency = 1;
-       FileLogging log;
-       log.init((dir + "/log").c_str(), small);
-       for (int i = 0; i < 6; ++i) write(log, "line %d of a log", i);
-       log.destroy();
-       return list(dir);
+       FileLogging::Settings settings;
+       settings.zipBackup = true;
+       settings.flushFrequency = 1;
+       return rotated(dir, settings, 6);
      }},
     {"run a program",
      [](const std::string&) {
