@@ -12,8 +12,8 @@
 #include <boost/property_tree/ini_parser.hpp>
 #include <boost/property_tree/ptree.hpp>
 
-#include "util/include/properties.h"
-#include "util/include/setting.h"
+#include <fokrazo/properties.h>
+#include <fokrazo/setting.h>
 
 using namespace vesk;
 

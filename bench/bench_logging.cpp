@@ -8,11 +8,11 @@
 #include <cstdlib>
 #include <string>
 
-#include "util/include/log.h"
-#include "util/include/log_destination.h"
-#include "util/include/properties.h"
-#include "util/include/propnames.h"
-#include "util/include/thread.h"
+#include <fokrazo/log.h>
+#include <fokrazo/log_destination.h>
+#include <fokrazo/properties.h>
+#include <fokrazo/propnames.h>
+#include <fokrazo/thread.h>
 
 #ifdef HAVE_SPDLOG
 #include <spdlog/async.h>

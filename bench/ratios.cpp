@@ -14,12 +14,12 @@
 #include "bench/support/plain_lookup.h"
 #include "bench/support/plain_socket.h"
 #include "bench/support/sample_user.h"
-#include "lrpc/adobject.h"
-#include "lrpc/adserializer.h"
-#include "lrpc/ipcmessage.h"
-#include "lrpc/session.h"
-#include "lrpc/stringdict.h"
-#include "lrpc/unixviews.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/session.h>
+#include <fokrazo/stringdict.h>
+#include <fokrazo/unixviews.h>
 
 namespace bench {
 namespace {

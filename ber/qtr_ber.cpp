@@ -1,4 +1,4 @@
-#include "ber/qtr_ber.h"
+#include <fokrazo/qtr_ber.h>
 
 #include <fcntl.h>
 #include <poll.h>

@@ -3,8 +3,8 @@
 #include "cli/command.h"
 #include "cli/result.h"
 #include "cli/secret.h"
-#include "lrpc/session.h"
-#include "util/include/error_util.h"
+#include <fokrazo/session.h>
+#include <fokrazo/error_util.h>
 
 namespace cli {
 

@@ -9,8 +9,8 @@
 #include <sstream>
 
 #include "cli/command.h"
-#include "util/include/fixed_paths.h"
-#include "util/include/properties.h"
+#include "util/file/fixed_paths.h"
+#include <fokrazo/properties.h>
 
 namespace cli {
 

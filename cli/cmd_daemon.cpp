@@ -3,8 +3,8 @@
 #include "cli/command.h"
 #include "cli/result.h"
 #include "cli/views.h"
-#include "lrpc/adobject.h"
-#include "lrpc/session.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/session.h>
 
 namespace cli {
 

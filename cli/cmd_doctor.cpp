@@ -10,16 +10,16 @@
 #include <cstring>
 #include <fstream>
 
-#include "base/osutil.h"
+#include <fokrazo/osutil.h>
 #include "cli/command.h"
 #include "cli/configuration_check.h"
-#include "lrpc/ipcmessage.h"
-#include "lrpc/session.h"
-#include "util/include/error_util.h"
-#include "util/include/fixed_paths.h"
-#include "util/include/properties.h"
-#include "util/include/propnames.h"
-#include "util/include/setting.h"
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/session.h>
+#include <fokrazo/error_util.h>
+#include "util/file/fixed_paths.h"
+#include <fokrazo/properties.h>
+#include <fokrazo/propnames.h>
+#include <fokrazo/setting.h>
 
 namespace cli {
 

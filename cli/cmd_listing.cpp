@@ -5,10 +5,10 @@
 #include "cli/command.h"
 #include "cli/result.h"
 #include "cli/views.h"
-#include "lrpc/paged_search.h"
-#include "lrpc/session.h"
-#include "lrpc/unixviews.h"
-#include "util/include/error_util.h"
+#include <fokrazo/paged_search.h>
+#include <fokrazo/session.h>
+#include <fokrazo/unixviews.h>
+#include <fokrazo/error_util.h>
 
 namespace cli {
 

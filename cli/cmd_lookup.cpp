@@ -4,15 +4,15 @@
 #include <cstdio>
 #include <iostream>
 
-#include "base/guid.h"
+#include <fokrazo/guid.h>
 #include "cli/command.h"
 #include "cli/result.h"
 #include "cli/sid_text.h"
 #include "cli/views.h"
-#include "lrpc/session.h"
-#include "lrpc/unixviews.h"
-#include "util/include/error_util.h"
-#include "util/include/sid.h"
+#include <fokrazo/session.h>
+#include <fokrazo/unixviews.h>
+#include <fokrazo/error_util.h>
+#include <fokrazo/sid.h>
 
 namespace cli {
 

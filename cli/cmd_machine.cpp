@@ -3,14 +3,14 @@
 #include <cstring>
 #include <set>
 
-#include "base/osutil.h"
+#include <fokrazo/osutil.h>
 #include "cli/command.h"
-#include "util/include/error_util.h"
-#include "util/include/kset.h"
-#include "util/include/path.h"
-#include "util/include/setting.h"
-#include "util/replacement_file.h"
-#include "util/setting_store.h"
+#include <fokrazo/error_util.h>
+#include <fokrazo/kset.h>
+#include <fokrazo/path.h>
+#include <fokrazo/setting.h>
+#include "util/file/replacement_file.h"
+#include "util/setting/setting_store.h"
 
 namespace cli {
 

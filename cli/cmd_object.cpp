@@ -10,11 +10,11 @@
 #include "cli/command.h"
 #include "cli/result.h"
 #include "cli/views.h"
-#include "lrpc/adobject.h"
-#include "lrpc/adserializer.h"
-#include "lrpc/stringdict.h"
-#include "util/include/error_util.h"
-#include "util/include/strutil.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/stringdict.h>
+#include <fokrazo/error_util.h>
+#include <fokrazo/strutil.h>
 
 namespace cli {
 

@@ -3,13 +3,13 @@
 #include <cctype>
 #include <stdexcept>
 
-#include "base/dn.h"
-#include "base/guid.h"
+#include <fokrazo/dn.h>
+#include <fokrazo/guid.h>
 #include "cli/command.h"
 #include "cli/sid_text.h"
-#include "util/include/error_util.h"
-#include "util/include/sid.h"
-#include "util/include/strutil.h"
+#include <fokrazo/error_util.h>
+#include <fokrazo/sid.h>
+#include <fokrazo/strutil.h>
 
 namespace cli {
 

@@ -10,10 +10,10 @@
 #include <map>
 
 #include "cli/output.h"
-#include "util/include/log.h"
-#include "util/include/properties.h"
-#include "util/include/propnames.h"
-#include "util/include/secure_open.h"
+#include <fokrazo/log.h>
+#include <fokrazo/properties.h>
+#include <fokrazo/propnames.h>
+#include <fokrazo/secure_open.h>
 
 namespace cli {
 

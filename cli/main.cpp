@@ -7,12 +7,12 @@
 #include <exception>
 
 #include "cli/command.h"
-#include "lrpc/outcome.h"
-#include "lrpc/session.h"
-#include "util/include/error_util.h"
-#include "util/include/fixed_paths.h"
-#include "util/include/properties.h"
-#include "util/include/propnames.h"
+#include <fokrazo/outcome.h>
+#include <fokrazo/session.h>
+#include <fokrazo/error_util.h>
+#include "util/file/fixed_paths.h"
+#include <fokrazo/properties.h>
+#include <fokrazo/propnames.h>
 
 namespace cli {
 

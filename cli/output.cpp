@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "util/include/strutil.h"
+#include <fokrazo/strutil.h>
 
 namespace cli {
 

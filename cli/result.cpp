@@ -3,7 +3,7 @@
 #include <string>
 
 #include "cli/output.h"
-#include "lrpc/session.h"
+#include <fokrazo/session.h>
 
 namespace cli {
 

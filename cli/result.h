@@ -2,8 +2,8 @@
 #pragma once
 
 #include "cli/exit_status.h"
-#include "lrpc/ipc_exception.h"
-#include "util/include/error_util.h"
+#include <fokrazo/ipc_exception.h>
+#include <fokrazo/error_util.h>
 
 namespace vesk {
 class LocalRpcSession;

@@ -2,7 +2,7 @@
 /// argv.
 #pragma once
 
-#include "lrpc/shredder.h"
+#include <fokrazo/shredder.h>
 
 namespace cli {
 

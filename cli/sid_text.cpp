@@ -1,8 +1,8 @@
 #include "cli/sid_text.h"
 
 #include "cli/exit_status.h"
-#include "util/include/error_util.h"
-#include "util/include/strutil.h"
+#include <fokrazo/error_util.h>
+#include <fokrazo/strutil.h>
 
 namespace cli {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "util/include/sid.h"
+#include <fokrazo/sid.h>
 
 namespace cli {
 

@@ -1,10 +1,10 @@
 #include "cli/views.h"
 
 #include "cli/output.h"
-#include "lrpc/adobject.h"
-#include "lrpc/attrnames.h"
-#include "lrpc/unixviews.h"
-#include "util/include/strutil.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/attrnames.h>
+#include <fokrazo/unixviews.h>
+#include <fokrazo/strutil.h>
 
 namespace cli {
 

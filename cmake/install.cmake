@@ -7,17 +7,16 @@
 include(public_headers)
 include(CMakePackageConfigHelpers)
 
-set(FOKRAZO_INCLUDE_INSTALL_DIR ${CMAKE_INSTALL_INCLUDEDIR}/fokrazo)
 set(FOKRAZO_CMAKE_INSTALL_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/fokrazo)
 
 foreach(header IN LISTS FOKRAZO_PUBLIC_HEADERS)
-  get_filename_component(folder ${header} DIRECTORY)
-  install(FILES ${header} DESTINATION ${FOKRAZO_INCLUDE_INSTALL_DIR}/${folder} COMPONENT development)
+  install(FILES include/fokrazo/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/fokrazo COMPONENT development)
 endforeach()
+install(FILES include/fokrazo.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
 # ber/qtr_ber.h names functions of liblber in the user's own code; whoever calls none does not link it.
 set(FOKRAZO_LINK_LBER_IF_USED -Wl,--push-state,--as-needed,-llber,--pop-state)
-target_include_directories(fokrazo INTERFACE $<INSTALL_INTERFACE:${FOKRAZO_INCLUDE_INSTALL_DIR}>)
+target_include_directories(fokrazo INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_link_libraries(fokrazo INTERFACE "$<INSTALL_INTERFACE:${FOKRAZO_LINK_LBER_IF_USED}>")
 install(TARGETS fokrazo EXPORT fokrazoTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)

@@ -9,11 +9,11 @@
 
 #include "fuzz/fuzz_input.h"
 #include "fuzz/reference_blob.h"
-#include "lrpc/adobject.h"
-#include "lrpc/adserializer.h"
-#include "lrpc/attrnames.h"
-#include "lrpc/stringdict.h"
-#include "util/include/error_util.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/attrnames.h>
+#include <fokrazo/stringdict.h>
+#include <fokrazo/error_util.h>
 
 using namespace vesk;
 using fuzz::ReferenceBlob;

@@ -6,8 +6,8 @@
 
 #include "fuzz/fuzz_input.h"
 #include "fuzz/world.h"
-#include "util/include/log.h"
-#include "util/include/properties.h"
+#include <fokrazo/log.h>
+#include <fokrazo/properties.h>
 
 using namespace vesk;
 

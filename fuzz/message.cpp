@@ -7,15 +7,15 @@
 #include <functional>
 #include <sstream>
 
-#include "ber/qtr_ber.h"
+#include <fokrazo/qtr_ber.h>
 #include "fuzz/fuzz_input.h"
 #include "fuzz/world.h"
-#include "lrpc/adobject.h"
-#include "lrpc/adserializer.h"
-#include "lrpc/ipc_exception.h"
-#include "lrpc/ipcmessage.h"
-#include "lrpc/session.h"
-#include "util/include/unique_fd.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/ipc_exception.h>
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/session.h>
+#include "util/file/unique_fd.h"
 
 using namespace vesk;
 

@@ -3,13 +3,13 @@
 #include <cctype>
 #include <stdexcept>
 
-#include "base/dn.h"
-#include "base/guid.h"
-#include "base/oid.h"
+#include <fokrazo/dn.h>
+#include <fokrazo/guid.h>
+#include <fokrazo/oid.h>
 #include "fuzz/fuzz_input.h"
-#include "util/include/error_util.h"
-#include "util/include/sid.h"
-#include "util/include/strutil.h"
+#include <fokrazo/error_util.h>
+#include <fokrazo/sid.h>
+#include <fokrazo/strutil.h>
 
 using namespace vesk;
 

@@ -9,10 +9,10 @@
 
 #include "fuzz/fuzz_input.h"
 #include "fuzz/world.h"
-#include "lrpc/session.h"
+#include <fokrazo/session.h>
 #include "tests/support/operations.h"
 #include "tests/support/thrown.h"
-#include "util/include/unique_fd.h"
+#include "util/file/unique_fd.h"
 
 using namespace testsupport;
 using namespace vesk;

@@ -1,6 +1,6 @@
 #include "fuzz/reference_blob.h"
 
-#include "lrpc/stringdict.h"
+#include <fokrazo/stringdict.h>
 
 namespace fuzz {
 

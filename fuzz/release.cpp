@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "base/osutil.h"
+#include <fokrazo/osutil.h>
 #include "fuzz/fuzz_input.h"
 #include "fuzz/world.h"
 

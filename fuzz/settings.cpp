@@ -5,10 +5,10 @@
 
 #include "fuzz/fuzz_input.h"
 #include "fuzz/world.h"
-#include "util/include/error_util.h"
-#include "util/include/kset.h"
-#include "util/include/setting.h"
-#include "util/include/strutil.h"
+#include <fokrazo/error_util.h>
+#include <fokrazo/kset.h>
+#include <fokrazo/setting.h>
+#include <fokrazo/strutil.h>
 
 using namespace vesk;
 

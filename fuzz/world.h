@@ -10,7 +10,7 @@
 #include <iterator>
 #include <string>
 
-#include "util/include/fixed_paths.h"
+#include "util/file/fixed_paths.h"
 
 namespace fuzz {
 

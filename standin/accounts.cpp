@@ -5,13 +5,13 @@
 #include <cstring>
 #include <fstream>
 
-#include "lrpc/attrnames.h"
+#include <fokrazo/attrnames.h>
 #include "standin/directory.h"
 #include "standin/error.h"
 #include "standin/file_time.h"
-#include "util/include/sid.h"
-#include "util/include/strutil.h"
-#include "util/include/well_known_sid.h"
+#include <fokrazo/sid.h>
+#include <fokrazo/strutil.h>
+#include <fokrazo/well_known_sid.h>
 
 namespace standin {
 namespace {

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "lrpc/validation_result.h"
+#include <fokrazo/validation_result.h>
 #include "standin/membership.h"
 
 namespace standin {

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 
-#include "lrpc/adserializer.h"
-#include "lrpc/attrnames.h"
+#include <fokrazo/adserializer.h>
+#include <fokrazo/attrnames.h>
 #include "standin/call.h"
-#include "util/include/strutil.h"
+#include <fokrazo/strutil.h>
 
 namespace standin {
 namespace {

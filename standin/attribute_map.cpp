@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "base/dn.h"
-#include "base/guid.h"
-#include "lrpc/adserializer.h"
-#include "lrpc/attrnames.h"
+#include <fokrazo/dn.h>
+#include <fokrazo/guid.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/attrnames.h>
 #include "standin/directory.h"
 #include "standin/file_time.h"
 #include "standin/unix_profile.h"
-#include "util/include/sid.h"
+#include <fokrazo/sid.h>
 
 namespace standin {
 namespace {

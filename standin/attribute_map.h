@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "lrpc/adobject.h"
+#include <fokrazo/adobject.h>
 #include "standin/membership.h"
 
 namespace vesk {

@@ -1,7 +1,7 @@
 #include "standin/call.h"
 
-#include "lrpc/ipc_exception.h"
-#include "lrpc/session.h"
+#include <fokrazo/ipc_exception.h>
+#include <fokrazo/session.h>
 
 namespace standin {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "lrpc/ipcmessage.h"
-#include "lrpc/validation_result.h"
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/validation_result.h>
 #include "standin/service.h"
 
 namespace standin {

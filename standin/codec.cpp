@@ -4,7 +4,7 @@
 
 #include <lber.h>
 
-#include "lrpc/ipcmessage.h"
+#include <fokrazo/ipcmessage.h>
 
 namespace standin {
 

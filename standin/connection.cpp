@@ -11,7 +11,7 @@
 #include <cstring>
 #include <utility>
 
-#include "lrpc/ipc_sockio.h"
+#include <fokrazo/ipc_sockio.h>
 
 namespace standin {
 namespace {

@@ -12,7 +12,7 @@
 
 #include "standin/entry.h"
 #include "standin/membership.h"
-#include "util/include/sid.h"
+#include <fokrazo/sid.h>
 
 namespace standin {
 

@@ -7,8 +7,8 @@
 
 #include "standin/entry.h"
 #include "standin/error.h"
-#include "util/include/sid.h"
-#include "util/include/strutil.h"
+#include <fokrazo/sid.h>
+#include <fokrazo/strutil.h>
 
 namespace standin {
 

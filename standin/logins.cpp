@@ -4,7 +4,7 @@
 
 #include "standin/handlers.h"
 
-#include "lrpc/adserializer.h"
+#include <fokrazo/adserializer.h>
 #include "standin/call.h"
 #include "standin/nt_status.h"
 #include "standin/random_bytes.h"

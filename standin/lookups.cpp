@@ -2,9 +2,9 @@
 
 #include <optional>
 
-#include "base/guid.h"
-#include "lrpc/adserializer.h"
-#include "lrpc/session_types.h"
+#include <fokrazo/guid.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/session_types.h>
 #include "standin/call.h"
 #include "standin/unix_profile.h"
 

@@ -1,7 +1,7 @@
 /// Results in the words of the directory's own protocols.
 #pragma once
 
-#include "lrpc/validation_result.h"
+#include <fokrazo/validation_result.h>
 
 namespace standin {
 

@@ -4,7 +4,7 @@
 
 #include "standin/call.h"
 #include "standin/handlers.h"
-#include "util/include/error_util.h"
+#include <fokrazo/error_util.h>
 
 namespace standin {
 namespace {

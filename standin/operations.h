@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "lrpc/ipcmessage.h"
+#include <fokrazo/ipcmessage.h>
 
 namespace standin {
 

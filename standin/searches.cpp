@@ -6,8 +6,8 @@
 
 #include <lber.h>
 
-#include "lrpc/adserializer.h"
-#include "lrpc/attrnames.h"
+#include <fokrazo/adserializer.h>
+#include <fokrazo/attrnames.h>
 #include "standin/call.h"
 #include "standin/error.h"
 

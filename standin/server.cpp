@@ -18,8 +18,8 @@
 #include "standin/connection.h"
 #include "standin/error.h"
 #include "standin/operations.h"
-#include "util/include/error_util.h"
-#include "util/include/strutil.h"
+#include <fokrazo/error_util.h>
+#include <fokrazo/strutil.h>
 
 namespace standin {
 namespace {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "lrpc/ipc_opcode.h"
+#include <fokrazo/ipc_opcode.h>
 #include "standin/faults.h"
 #include "standin/service.h"
 

@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "lrpc/attrnames.h"
+#include <fokrazo/attrnames.h>
 #include "standin/entry.h"
 
 namespace standin {

@@ -7,7 +7,7 @@
 #include "bench/anchored/parts.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
-#include "util/include/properties.h"
+#include <fokrazo/properties.h>
 
 namespace bench {
 namespace {

@@ -6,10 +6,10 @@
 #include "bench/support/plain_lookup.h"
 #include "bench/support/plain_socket.h"
 #include "bench/support/sample_user.h"
-#include "lrpc/adobject.h"
-#include "lrpc/attrnames.h"
-#include "lrpc/session.h"
-#include "lrpc/unixviews.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/attrnames.h>
+#include <fokrazo/session.h>
+#include <fokrazo/unixviews.h>
 
 namespace bench {
 namespace {

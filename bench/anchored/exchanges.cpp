@@ -3,9 +3,9 @@
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
 #include "bench/support/sample_user.h"
-#include "lrpc/adobject.h"
-#include "lrpc/session.h"
-#include "lrpc/unixviews.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/session.h>
+#include <fokrazo/unixviews.h>
 
 namespace bench {
 namespace {

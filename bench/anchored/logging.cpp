@@ -7,10 +7,10 @@
 #include "bench/anchored/parts.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
-#include "util/include/log.h"
-#include "util/include/properties.h"
-#include "util/include/propnames.h"
-#include "util/include/thread.h"
+#include <fokrazo/log.h>
+#include <fokrazo/properties.h>
+#include <fokrazo/propnames.h>
+#include <fokrazo/thread.h>
 
 namespace bench {
 namespace {

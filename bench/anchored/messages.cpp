@@ -5,9 +5,9 @@
 #include "bench/support/canned_peer.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
-#include "ber/qtr_ber.h"
-#include "lrpc/ipcmessage.h"
-#include "lrpc/session.h"
+#include <fokrazo/qtr_ber.h>
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/session.h>
 
 namespace bench {
 namespace {

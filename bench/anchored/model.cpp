@@ -8,9 +8,9 @@
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
 #include "bench/support/sample_user.h"
-#include "lrpc/adobject.h"
-#include "lrpc/adserializer.h"
-#include "lrpc/stringdict.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/stringdict.h>
 
 namespace bench {
 namespace {

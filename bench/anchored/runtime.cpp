@@ -5,10 +5,10 @@
 
 #include "bench/anchored/parts.h"
 #include "bench/support/measure.h"
-#include "util/include/error_util.h"
-#include "util/include/mutex.h"
-#include "util/include/runqueue.h"
-#include "util/include/thread.h"
+#include <fokrazo/error_util.h>
+#include <fokrazo/mutex.h>
+#include <fokrazo/runqueue.h>
+#include <fokrazo/thread.h>
 
 namespace bench {
 namespace {

@@ -10,8 +10,8 @@
 #include "bench/anchored/parts.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
-#include "lrpc/session.h"
-#include "lrpc/unixviews.h"
+#include <fokrazo/session.h>
+#include <fokrazo/unixviews.h>
 
 namespace bench {
 namespace {

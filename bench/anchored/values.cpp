@@ -1,8 +1,8 @@
-#include "base/dn.h"
-#include "base/guid.h"
+#include <fokrazo/dn.h>
+#include <fokrazo/guid.h>
 #include "bench/anchored/parts.h"
 #include "bench/support/measure.h"
-#include "util/include/sid.h"
+#include <fokrazo/sid.h>
 
 namespace bench {
 namespace {

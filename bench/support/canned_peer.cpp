@@ -12,8 +12,8 @@
 #include <cstring>
 
 #include "bench/support/plain_socket.h"
-#include "lrpc/adserializer.h"
-#include "lrpc/ipcmessage.h"
+#include <fokrazo/adserializer.h>
+#include <fokrazo/ipcmessage.h>
 
 namespace bench {
 namespace {

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "bench/support/plain_socket.h"
-#include "lrpc/stringdict.h"
+#include <fokrazo/stringdict.h>
 
 namespace bench {
 namespace {

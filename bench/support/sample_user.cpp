@@ -1,8 +1,8 @@
 #include "bench/support/sample_user.h"
 
-#include "lrpc/adobject.h"
-#include "lrpc/adserializer.h"
-#include "lrpc/attrnames.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/attrnames.h>
 
 namespace bench {
 namespace {

@@ -1,13 +1,13 @@
-#include "base/dn.h"
+#include <fokrazo/dn.h>
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 #include <tuple>
 
-#include "base/guid.h"
-#include "util/include/error_util.h"
-#include "util/include/sid.h"
+#include <fokrazo/guid.h>
+#include <fokrazo/error_util.h>
+#include <fokrazo/sid.h>
 
 namespace {
 

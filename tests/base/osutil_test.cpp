@@ -1,4 +1,4 @@
-#include "base/osutil.h"
+#include <fokrazo/osutil.h>
 
 #include <arpa/inet.h>
 #include <sched.h>
@@ -9,10 +9,10 @@
 #include <tuple>
 #include <vector>
 
-#include "base/endpoint_probe.h"
+#include "host/endpoint_probe.h"
 #include "tests/support/world_test.h"
-#include "util/include/setting.h"
-#include "util/include/unique_fd.h"
+#include <fokrazo/setting.h>
+#include "util/file/unique_fd.h"
 
 using namespace testsupport;
 using namespace vesk;

@@ -10,10 +10,10 @@
 #include <tuple>
 #include <vector>
 
-#include "base/guid.h"
-#include "base/int64.h"
-#include "base/oid.h"
-#include "base/stringarray.h"
+#include <fokrazo/guid.h>
+#include <fokrazo/int64.h>
+#include <fokrazo/oid.h>
+#include <fokrazo/stringarray.h>
 #include "tests/support/thrown.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // The flatten without a copy, and the socket buffer's read with a time-out.
 
-#include "ber/qtr_ber.h"
+#include <fokrazo/qtr_ber.h>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -12,7 +12,7 @@
 #include "tests/support/scripted_peer.h"
 #include "tests/support/wire.h"
 #include "tests/support/world_test.h"
-#include "util/include/unique_fd.h"
+#include "util/file/unique_fd.h"
 
 namespace {
 

@@ -12,19 +12,19 @@
 #include <set>
 #include <vector>
 
-#include "base/osutil.h"
-#include "lrpc/session.h"
+#include <fokrazo/osutil.h>
+#include <fokrazo/session.h>
 #include "tests/faults/fault_plans.h"
 #include "tests/support/world_test.h"
-#include "util/include/file_logging.h"
-#include "util/include/file_util.h"
-#include "util/include/kset.h"
-#include "util/include/log_gzip.h"
-#include "util/include/osport.h"
-#include "util/include/path.h"
-#include "util/include/secure_open.h"
-#include "util/include/selinux_context.h"
-#include "util/include/setting.h"
+#include <fokrazo/file_logging.h>
+#include <fokrazo/file_util.h>
+#include <fokrazo/kset.h>
+#include <fokrazo/log_gzip.h>
+#include <fokrazo/osport.h>
+#include <fokrazo/path.h>
+#include <fokrazo/secure_open.h>
+#include <fokrazo/selinux_context.h>
+#include <fokrazo/setting.h>
 
 using namespace testsupport;
 using namespace vesk;

@@ -10,14 +10,14 @@
 #include <thread>
 #include <vector>
 
-#include "lrpc/session.h"
-#include "lrpc/unixviews.h"
+#include <fokrazo/session.h>
+#include <fokrazo/unixviews.h>
 #include "tests/standin/standin_process.h"
 #include "tests/support/world_test.h"
-#include "util/include/log.h"
-#include "util/include/runqueue.h"
-#include "util/include/setting.h"
-#include "util/include/thread.h"
+#include <fokrazo/log.h>
+#include <fokrazo/runqueue.h>
+#include <fokrazo/setting.h>
+#include <fokrazo/thread.h>
 
 using namespace testsupport;
 using namespace vesk;

@@ -1,7 +1,7 @@
 // A session while the system fails it: an operation gives the right answer or an exception that the
 // header names, nothing is left behind, and the same session works afterwards.
 
-#include "lrpc/session.h"
+#include <fokrazo/session.h>
 #include "tests/faults/fault_plans.h"
 #include "tests/standin/standin_process.h"
 #include "tests/support/operations.h"

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "fokrazo.h"
+#include <fokrazo/fokrazo.h>
 
 namespace {
 

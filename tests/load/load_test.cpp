@@ -17,12 +17,12 @@
 #include <thread>
 #include <vector>
 
-#include "lrpc/session.h"
+#include <fokrazo/session.h>
 #include "tests/standin/standin_process.h"
 #include "tests/support/operations.h"
 #include "tests/support/world_test.h"
-#include "util/include/pause.h"
-#include "util/include/thread.h"
+#include "util/thread/pause.h"
+#include <fokrazo/thread.h>
 
 using namespace testsupport;
 using namespace vesk;

@@ -1,4 +1,4 @@
-#include "lrpc/adobject.h"
+#include <fokrazo/adobject.h>
 
 #include <gtest/gtest.h>
 
@@ -6,13 +6,13 @@
 #include <cstring>
 #include <sstream>
 
-#include "lrpc/adserializer.h"
-#include "lrpc/attrnames.h"
+#include <fokrazo/adserializer.h>
+#include <fokrazo/attrnames.h>
 #include "tests/support/objects.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
-#include "util/include/clock.h"
-#include "util/include/fixed_paths.h"
+#include "util/thread/clock.h"
+#include "util/file/fixed_paths.h"
 
 using namespace vesk;
 using testsupport::objectOf;

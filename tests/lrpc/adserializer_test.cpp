@@ -1,7 +1,7 @@
 // Blobs against literal bytes. What is damaged goes through the readers as the fuzz target calls them, and is
 // held against its reference reader.
 
-#include "lrpc/adserializer.h"
+#include <fokrazo/adserializer.h>
 
 #include <gtest/gtest.h>
 
@@ -12,8 +12,8 @@
 #include <sstream>
 
 #include "fuzz/fuzz_input.h"
-#include "lrpc/adobject.h"
-#include "lrpc/stringdict.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/stringdict.h>
 #include "tests/support/thrown.h"
 #include "tests/support/wire.h"
 

@@ -1,6 +1,6 @@
 // The socket: connecting, waiting, moving bytes, and each way to fail.
 
-#include "lrpc/ipc_sockio.h"
+#include <fokrazo/ipc_sockio.h>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@
 #include "tests/support/scripted_peer.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
-#include "util/include/unique_fd.h"
+#include "util/file/unique_fd.h"
 
 using namespace vesk;
 using namespace testsupport;

@@ -1,6 +1,6 @@
 // Messages against literal bytes: what is written, what is read, and what damaged ones come to.
 
-#include "lrpc/ipcmessage.h"
+#include <fokrazo/ipcmessage.h>
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -13,16 +13,16 @@
 #include <cstring>
 #include <memory>
 
-#include "ber/qtr_ber.h"
-#include "lrpc/adobject.h"
-#include "lrpc/adserializer.h"
-#include "lrpc/attrnames.h"
-#include "lrpc/ipc_exception.h"
-#include "lrpc/session_types.h"
+#include <fokrazo/qtr_ber.h>
+#include <fokrazo/adobject.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/attrnames.h>
+#include <fokrazo/ipc_exception.h>
+#include <fokrazo/session_types.h>
 #include "tests/support/thrown.h"
 #include "tests/support/wire.h"
-#include "util/include/sid.h"
-#include "util/include/strutil.h"
+#include <fokrazo/sid.h>
+#include <fokrazo/strutil.h>
 
 using namespace vesk;
 using namespace testsupport;

@@ -1,7 +1,7 @@
 // What modules answer: no class and no result without a row, no two outcomes mixed up, and docs/outcomes.md
 // says the same.
 
-#include "lrpc/outcome.h"
+#include <fokrazo/outcome.h>
 
 #include <gtest/gtest.h>
 
@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
-#include "lrpc/ipc_exception.h"
-#include "lrpc/outcome_tables.h"
-#include "util/include/error_util.h"
+#include <fokrazo/ipc_exception.h>
+#include "lrpc/session/outcome_tables.h"
+#include <fokrazo/error_util.h>
 
 using namespace vesk;
 

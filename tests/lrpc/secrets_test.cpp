@@ -17,17 +17,17 @@
 #include <new>
 #include <string>
 
-#include "lrpc/ipcmessage.h"
-#include "lrpc/session.h"
-#include "lrpc/shredder.h"
-#include "lrpc/unixviews.h"
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/session.h>
+#include <fokrazo/shredder.h>
+#include <fokrazo/unixviews.h>
 #include "tests/standin/standin_process.h"
 #include "tests/support/syslog_socket.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
-#include "util/include/circular_buffer.h"
-#include "util/include/log.h"
-#include "util/include/unique_fd.h"
+#include <fokrazo/circular_buffer.h>
+#include <fokrazo/log.h>
+#include "util/file/unique_fd.h"
 
 using namespace vesk;
 using namespace testsupport;

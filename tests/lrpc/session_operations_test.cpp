@@ -4,15 +4,15 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "lrpc/adserializer.h"
-#include "lrpc/attrnames.h"
-#include "lrpc/session.h"
-#include "lrpc/shredder.h"
+#include <fokrazo/adserializer.h>
+#include <fokrazo/attrnames.h>
+#include <fokrazo/session.h>
+#include <fokrazo/shredder.h>
 #include "tests/support/out_arguments.h"
 #include "tests/support/session_test.h"
 #include "tests/support/told.h"
-#include "util/include/fixed_paths.h"
-#include "util/include/strutil.h"
+#include "util/file/fixed_paths.h"
+#include <fokrazo/strutil.h>
 
 using namespace vesk;
 using namespace testsupport;

@@ -1,6 +1,6 @@
 // The session's core: the exchange, the care of the connection, the retry, and the status block.
 
-#include "lrpc/session.h"
+#include <fokrazo/session.h>
 
 #include <fcntl.h>
 #include <pthread.h>
@@ -9,9 +9,9 @@
 
 #include <ctime>
 
-#include "lrpc/ipcmessage.h"
+#include <fokrazo/ipcmessage.h>
 #include "tests/support/session_test.h"
-#include "util/include/unique_fd.h"
+#include "util/file/unique_fd.h"
 
 using namespace vesk;
 using namespace testsupport;

@@ -1,11 +1,11 @@
-#include "lrpc/stringdict.h"
+#include <fokrazo/stringdict.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 
-#include "lrpc/adserializer.h"
-#include "lrpc/attrnames.h"
+#include <fokrazo/adserializer.h>
+#include <fokrazo/attrnames.h>
 #include "tests/support/thrown.h"
 
 using namespace vesk;

@@ -1,4 +1,4 @@
-#include "lrpc/unixviews.h"
+#include <fokrazo/unixviews.h>
 
 #include <gtest/gtest.h>
 

@@ -5,8 +5,8 @@
 
 #include <thread>
 
-#include "lrpc/session.h"
-#include "util/include/thread.h"
+#include <fokrazo/session.h>
+#include <fokrazo/thread.h>
 
 namespace {
 

@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "lrpc/adobject.h"
-#include "lrpc/adserializer.h"
-#include "lrpc/attrnames.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/attrnames.h>
 #include "standin/attribute_map.h"
 #include "standin/dn_key.h"
 #include "standin/error.h"

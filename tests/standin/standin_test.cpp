@@ -10,18 +10,18 @@
 
 #include <gtest/gtest.h>
 
-#include "base/guid.h"
-#include "lrpc/attrnames.h"
-#include "lrpc/ipc_sockio.h"
-#include "lrpc/ipcmessage.h"
-#include "lrpc/session.h"
+#include <fokrazo/guid.h>
+#include <fokrazo/attrnames.h>
+#include <fokrazo/ipc_sockio.h>
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/session.h>
 #include "standin/directory.h"
 #include "standin/unix_profile.h"
 #include "tests/standin/standin_process.h"
 #include "tests/support/command_line.h"
 #include "tests/support/told.h"
 #include "tests/support/wire.h"
-#include "util/include/unique_fd.h"
+#include "util/file/unique_fd.h"
 
 namespace {
 

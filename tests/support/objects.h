@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-#include "lrpc/adobject.h"
+#include <fokrazo/adobject.h>
 
 namespace testsupport {
 

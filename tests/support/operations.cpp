@@ -4,9 +4,9 @@
 
 #include <set>
 
-#include "lrpc/ipcmessage.h"
-#include "lrpc/session.h"
-#include "lrpc/shredder.h"
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/session.h>
+#include <fokrazo/shredder.h>
 #include "tests/support/told.h"
 
 using namespace vesk;

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "lrpc/session.h"
+#include <fokrazo/session.h>
 #include "tests/support/told.h"
 
 namespace testsupport {

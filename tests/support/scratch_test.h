@@ -14,7 +14,7 @@
 #include <iterator>
 #include <string>
 
-#include "util/include/error_util.h"
+#include <fokrazo/error_util.h>
 
 namespace testsupport {
 

@@ -1,1 +1,1 @@
-#include "util/include/clock.h"
+#include "util/thread/clock.h"

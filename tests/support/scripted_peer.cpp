@@ -18,7 +18,7 @@
 #include <utility>
 
 #include "tests/support/wire.h"
-#include "util/include/strutil.h"
+#include <fokrazo/strutil.h>
 
 namespace testsupport {
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <thread>
 
-#include "util/include/unique_fd.h"
+#include "util/file/unique_fd.h"
 
 namespace testsupport {
 

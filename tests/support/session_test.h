@@ -3,12 +3,12 @@
 
 #include <memory>
 
-#include "lrpc/session.h"
+#include <fokrazo/session.h>
 #include "tests/support/scripted_peer.h"
 #include "tests/support/thrown.h"
 #include "tests/support/wire.h"
 #include "tests/support/world_test.h"
-#include "util/include/clock.h"
+#include "util/thread/clock.h"
 
 namespace testsupport {
 

@@ -15,7 +15,7 @@
 #include <thread>
 #include <vector>
 
-#include "util/include/properties.h"
+#include <fokrazo/properties.h>
 
 using Texts = std::vector<std::string>;
 

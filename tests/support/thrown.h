@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "util/include/error_util.h"
+#include <fokrazo/error_util.h>
 
 namespace testsupport {
 

@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "lrpc/adobject.h"
-#include "lrpc/attrnames.h"
-#include "lrpc/paged_search.h"
-#include "lrpc/unixviews.h"
+#include <fokrazo/adobject.h>
+#include <fokrazo/attrnames.h>
+#include <fokrazo/paged_search.h>
+#include <fokrazo/unixviews.h>
 #include "tests/support/thrown.h"
 
 namespace testsupport {

@@ -7,8 +7,8 @@
 #include <string>
 
 #include "tests/support/scratch_test.h"
-#include "util/include/fixed_paths.h"
-#include "util/include/properties.h"
+#include "util/file/fixed_paths.h"
+#include <fokrazo/properties.h>
 
 namespace testsupport {
 

@@ -8,8 +8,8 @@
 
 #include "tests/support/world_test.h"
 #include "tests/util/workers.h"
-#include "util/include/kset.h"
-#include "util/include/setting.h"
+#include <fokrazo/kset.h>
+#include <fokrazo/setting.h>
 
 using namespace testsupport;
 using namespace vesk;

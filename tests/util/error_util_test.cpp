@@ -1,9 +1,9 @@
-#include "util/include/error_util.h"
+#include <fokrazo/error_util.h>
 
 #include <tuple>
 
 #include "tests/support/world_test.h"
-#include "util/include/throw.h"
+#include "util/error/throw.h"
 
 using namespace testsupport;
 using namespace vesk;

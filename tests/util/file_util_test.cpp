@@ -1,13 +1,13 @@
 // Files, lock files, and the program's name.
 
-#include "util/include/file_util.h"
+#include <fokrazo/file_util.h>
 
 #include <fcntl.h>
 #include <signal.h>
 
 #include "tests/support/world_test.h"
 #include "tests/util/workers.h"
-#include "util/include/osport.h"
+#include <fokrazo/osport.h>
 
 using namespace testsupport;
 

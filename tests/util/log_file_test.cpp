@@ -1,6 +1,6 @@
 // The log file: settings, cache, rotation, traps in its place, full disks, several processes.
 
-#include "util/include/file_logging.h"
+#include <fokrazo/file_logging.h>
 
 #include <fcntl.h>
 #include <sys/mount.h>
@@ -12,9 +12,9 @@
 
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
-#include "util/include/log.h"
-#include "util/include/log_gzip.h"
-#include "util/include/unique_fd.h"
+#include <fokrazo/log.h>
+#include <fokrazo/log_gzip.h>
+#include "util/file/unique_fd.h"
 
 using namespace vesk;
 namespace fs = std::filesystem;

@@ -7,7 +7,7 @@
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
 #include "tests/util/workers.h"
-#include "util/include/log.h"
+#include <fokrazo/log.h>
 
 using namespace vesk;
 using testsupport::checkInChild;

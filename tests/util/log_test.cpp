@@ -1,6 +1,6 @@
 // Messages and the configuration: levels, names, positions, complaints, and changes while other threads log.
 
-#include "util/include/log.h"
+#include <fokrazo/log.h>
 
 #include <syslog.h>
 
@@ -12,11 +12,11 @@
 
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
-#include "util/include/circular_buffer.h"
-#include "util/include/clock.h"
-#include "util/include/mutex.h"
-#include "util/include/thread.h"
-#include "util/log_internal.h"
+#include <fokrazo/circular_buffer.h>
+#include "util/thread/clock.h"
+#include <fokrazo/mutex.h>
+#include <fokrazo/thread.h>
+#include "util/log/log_internal.h"
 
 using namespace vesk;
 using testsupport::checkInChild;

@@ -5,9 +5,9 @@
 
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
-#include "util/include/circular_buffer.h"
-#include "util/include/log.h"
-#include "util/include/log_cache.h"
+#include <fokrazo/circular_buffer.h>
+#include <fokrazo/log.h>
+#include <fokrazo/log_cache.h>
 
 using namespace vesk;
 using testsupport::checkInChild;

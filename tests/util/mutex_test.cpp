@@ -1,4 +1,4 @@
-#include "util/include/mutex.h"
+#include <fokrazo/mutex.h>
 
 #include <limits>
 #include <stdexcept>

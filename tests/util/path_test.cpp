@@ -1,4 +1,4 @@
-#include "util/include/path.h"
+#include <fokrazo/path.h>
 
 #include <sys/resource.h>
 

@@ -1,6 +1,6 @@
 // The configuration file: what its lines mean, and how it is saved.
 
-#include "util/include/properties.h"
+#include <fokrazo/properties.h>
 
 #include <zlib.h>
 
@@ -11,10 +11,10 @@
 
 #include "tests/support/world_test.h"
 #include "tests/util/workers.h"
-#include "util/include/fixed_paths.h"
-#include "util/include/propnames.h"
-#include "util/include/secure_open.h"
-#include "util/include/setting.h"
+#include "util/file/fixed_paths.h"
+#include <fokrazo/propnames.h>
+#include <fokrazo/secure_open.h>
+#include <fokrazo/setting.h>
 
 using namespace testsupport;
 using namespace vesk;

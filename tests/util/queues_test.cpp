@@ -1,6 +1,6 @@
 // The queues of the runtime: items as they are posted, and items at their times.
 
-#include "util/include/runqueue.h"
+#include <fokrazo/runqueue.h>
 
 #include <algorithm>
 #include <limits>
@@ -10,7 +10,7 @@
 
 #include "tests/support/thrown.h"
 #include "tests/util/workers.h"
-#include "util/include/timequeue.h"
+#include <fokrazo/timequeue.h>
 
 using vesk::RunQueue;
 using vesk::TimedEvent;

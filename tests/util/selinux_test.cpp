@@ -1,10 +1,10 @@
-#include "util/include/selinux_context.h"
+#include <fokrazo/selinux_context.h>
 
 #include <sched.h>
 #include <sys/mount.h>
 
 #include "tests/support/world_test.h"
-#include "util/include/file_util.h"
+#include <fokrazo/file_util.h>
 
 using namespace testsupport;
 

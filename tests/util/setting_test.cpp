@@ -1,6 +1,6 @@
 // Settings, and the files that hold them.
 
-#include "util/include/setting.h"
+#include <fokrazo/setting.h>
 
 #include <sched.h>
 #include <sys/file.h>
@@ -10,7 +10,7 @@
 #include <set>
 
 #include "tests/support/world_test.h"
-#include "util/include/kset.h"
+#include <fokrazo/kset.h>
 
 using namespace testsupport;
 using namespace vesk;

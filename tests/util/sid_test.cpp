@@ -1,11 +1,11 @@
-#include "util/include/sid.h"
+#include <fokrazo/sid.h>
 
 #include <fstream>
 #include <vector>
 
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
-#include "util/include/strutil.h"
+#include <fokrazo/strutil.h>
 
 namespace {
 

@@ -5,8 +5,8 @@
 
 #include "tests/support/scratch_test.h"
 #include "tests/util/workers.h"
-#include "util/descriptors.h"
-#include "util/include/osport.h"
+#include "util/process/descriptors.h"
+#include <fokrazo/osport.h>
 
 namespace {
 

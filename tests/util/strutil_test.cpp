@@ -1,4 +1,4 @@
-#include "util/include/strutil.h"
+#include <fokrazo/strutil.h>
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,8 @@
 #include <memory>
 #include <stdexcept>
 
-#include "util/include/byteorder.h"
-#include "util/include/sysrights.h"
+#include <fokrazo/byteorder.h>
+#include <fokrazo/sysrights.h>
 
 namespace {
 

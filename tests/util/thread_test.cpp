@@ -1,4 +1,4 @@
-#include "util/include/thread.h"
+#include <fokrazo/thread.h>
 
 #include <signal.h>
 #include <sys/time.h>
@@ -7,7 +7,7 @@
 
 #include "tests/support/syslog_socket.h"
 #include "tests/util/workers.h"
-#include "util/include/error_util.h"
+#include <fokrazo/error_util.h>
 
 using vesk::Thread;
 

@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
-#include "util/include/clock.h"
-#include "util/include/pause.h"
-#include "util/include/thread.h"
+#include "util/thread/clock.h"
+#include "util/thread/pause.h"
+#include <fokrazo/thread.h>
 
 /// Closed until it has been opened as often as one waits for.
 class Gate {

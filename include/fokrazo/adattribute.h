@@ -1,0 +1,104 @@
+/// One attribute of a directory object: a list of text values with a name and two marks.
+#pragma once
+
+#include <iosfwd>
+#include <list>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include <fokrazo/int64.h>
+#include <fokrazo/export.h>
+
+/// The texts of booleans in attributes: "TRUE" and "FALSE".
+FOKRAZO_API extern const std::string TRUE_STR;
+FOKRAZO_API extern const std::string FALSE_STR;
+
+namespace vesk {
+
+/// All values are text. A value's type is what the reader asks for: numbers, booleans and times are converted
+/// at each read and each write. Iteration, size and emptiness are the list's own; changes made through the
+/// list's own operations leave the marks as they are.
+/// Readers throw SystemException "ADAttribute '…' is empty" if there is no value.
+/// Thread-safety: a plain value.
+class FOKRAZO_API ADAttribute : public std::list<std::string> {
+ public:
+  /// The values alone.
+  using Values = std::list<std::string>;
+
+  ADAttribute() = default;
+  /// No values, no marks.
+  explicit ADAttribute(std::string_view name);
+
+  /// The name as it was first asked for; empty in an attribute that nobody has asked for by name.
+  const std::string& name() const { return m_name; }
+  /// The name in lower case.
+  const std::string& lcName() const { return m_lcName; }
+  /// The values were changed since they came from the directory.
+  bool dirty() const { return m_dirty; }
+  /// The values are what the object's current blob holds.
+  bool serialized() const { return m_serialized; }
+  /// For whoever makes the attribute.
+  void setName(std::string_view name);
+  void setMarks(bool dirty, bool serialized);
+
+  /// The first value.
+  operator std::string() const;
+  /// Whether the first value is "TRUE" in any case.
+  bool toBool() const;
+  /// The first value as atoi reads it.
+  int toInt() const;
+  /// The first value as atoui reads it: decimal, 0x… or 0….
+  unsigned int toUInt() const;
+  /// The first value as decimal digits with perhaps a "-"; the characters are not checked.
+  Int64 toInt64() const;
+  /// The first value as a directory time, "YYYYMMDDhhmmss.0Z", in seconds since the epoch.
+  /// @throws SystemException also for a value of another form or before the epoch.
+  long toTime() const;
+  /// The low 32 bits of toInt64(), signed.
+  long toUnixTime() const;
+
+  // Each of these makes the values the given one or ones and marks the attribute dirty and not serialized.
+  // The empty text clears the values and leaves both marks.
+  ADAttribute& operator=(const std::string& value);
+  ADAttribute& operator=(const char* value);
+  ADAttribute& operator=(bool value);
+  ADAttribute& operator=(int value);
+  ADAttribute& operator=(unsigned int value);
+  ADAttribute& operator=(long value);
+  ADAttribute& operator=(Int64 value);
+  ADAttribute& operator=(const Values& values);
+
+  // These append and mark likewise; an empty text or an empty list changes nothing, marks included.
+  ADAttribute& operator+=(const std::string& value);
+  ADAttribute& operator+=(const Values& values);
+
+  /// Sets both marks and appends, the empty text too.
+  void addVal(const std::string& value, bool dirty, bool serialized);
+  void addVal(const char* value, bool dirty, bool serialized);
+  void addVal(int value, bool dirty, bool serialized);
+  void addVal(bool value, bool dirty, bool serialized);
+  /// Appends each piece between commas, trimmed, by addVal; empty pieces are dropped.
+  void addCList(const std::string& text, bool dirty, bool serialized);
+
+  /// The same values in the same order; name and marks play no part.
+  bool operator==(const ADAttribute& other) const;
+  bool operator!=(const ADAttribute& other) const { return !(*this == other); }
+
+  /// One line: name, marks, and the values, in hexadecimal where not printable. Standard output by default.
+  void dump() const;
+  void dump(std::ostream& out) const;
+
+ private:
+  const std::string& first() const;
+
+  bool m_dirty = false;
+  bool m_serialized = false;
+  std::string m_name;
+  std::string m_lcName;
+};
+
+/// Attributes by name, ordered by the bytes of the name; case counts.
+using ADAttributeMap = std::map<std::string, ADAttribute, std::less<>>;
+
+}  // namespace vesk

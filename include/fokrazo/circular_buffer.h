@@ -1,0 +1,63 @@
+/// The memory log: the newest messages as plain text in one ring of the process's memory, marked so that
+/// whoever has only that memory (a core file) finds them. docs/memory-log.md shows how.
+#pragma once
+
+#include <atomic>
+#include <cstdarg>
+#include <string>
+
+#include <boost/shared_ptr.hpp>
+
+#include <fokrazo/export.h>
+
+namespace vesk {
+
+class Logger;
+
+/// An entry is "_cbuf ", time, host, program and process, the text and a newline; behind the newest entry
+/// stands "_cbuf_END__" and a newline. An entry has at most 1023 characters and is never split at the end of
+/// the ring, which is filled with blanks instead; bytes that were never written are zero.
+/// Off until the program allows it and the configuration starts it; never off again.
+/// Thread-safety: every operation may be called from any thread.
+class FOKRAZO_API CircularBuffer {
+ public:
+  CircularBuffer();
+  ~CircularBuffer();
+  CircularBuffer(const CircularBuffer&) = delete;
+  CircularBuffer& operator=(const CircularBuffer&) = delete;
+
+  /// The process's memory log; empty before the first logger is made and after Logger::close.
+  static boost::shared_ptr<CircularBuffer> GetCircularBuffer();
+  /// Bytes that the configuration wants for the ring (`logger.memory.bufsize`, in kilobytes): 128 kilobytes
+  /// if it says nothing, never less than 10.
+  static unsigned int configuredSize();
+
+  /// Makes the ring, of the configured size or of `bytes`, never less than 10 kilobytes. True if the memory
+  /// log runs afterwards; false if it is not allowed or there is no memory. Reports go to `logger`, which may
+  /// be empty, at WARN.
+  bool init(boost::shared_ptr<Logger> logger);
+  bool init(boost::shared_ptr<Logger> logger, unsigned int bytes);
+  /// Adds an entry; one comparison and nothing else while the memory log is off.
+  void log(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
+  /// Sets the root logger's memory level and, with `enable`, makes the ring. False stops nothing.
+  void reconfigure(bool enable, std::string level);
+
+  /// Whether there is a ring, and whether the process allows one.
+  bool isEnabled() const { return m_enabled.load(std::memory_order_relaxed); }
+  bool isActive() const { return m_active.load(std::memory_order_relaxed); }
+  /// Allows the memory log, or lets later configurations pass it over.
+  void setActive(bool active) { m_active.store(active, std::memory_order_relaxed); }
+
+ private:
+  bool makeRing(unsigned int bytes);
+  void put(unsigned int length);
+
+  char* m_start = nullptr;    // the ring
+  char* m_current = nullptr;  // where the next entry goes: over the end marker, behind its first newline
+  unsigned int m_size = 0;
+  char* m_scratch;  // where an entry is built
+  std::atomic<bool> m_enabled{false};
+  std::atomic<bool> m_active{false};
+};
+
+}  // namespace vesk

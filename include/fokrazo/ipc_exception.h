@@ -1,0 +1,57 @@
+/// Exceptions of the daemon that reach the caller of an operation by its reply.
+#pragma once
+
+#include <string>
+
+#include <fokrazo/error_util.h>
+#include <fokrazo/export.h>
+
+/// Of lber.h.
+typedef struct berelement BerElement;
+
+namespace vesk {
+
+/// What went wrong in the daemon, in its own words. Beside the message it has no class text, no number and no
+/// code, and it leaves no log line.
+/// In a message it is two fields: its type (INTEGER) and its text (OCTET STRING).
+/// Thread-safety: a plain value.
+class FOKRAZO_API IPCException : public VESKException {
+ public:
+  /// Wire values 1 to 5: this class and the four instances of IPCExceptionDerived.
+  enum IPCExceptionTypeID : int { kPlain = 1 };
+
+  /// With the daemon's text.
+  explicit IPCException(const std::string& message);
+  ~IPCException() noexcept override;
+
+  /// The daemon's text; owned by the exception.
+  const char* what() const noexcept override;
+  /// What it is in a message.
+  virtual IPCExceptionTypeID getTypeCode();
+  /// Appends type and text, up to its first NUL byte, to a message that is being written.
+  /// @throws IOException the message takes no more.
+  virtual void encode(BerElement* ber);
+
+  /// Reads both fields and throws what they stand for; an unknown type gives an IPCException "Unknown error".
+  /// `ber` may be null. @throws IOException the two fields are not there.
+  [[noreturn]] static void decodeAndThrow(BerElement* ber);
+
+ private:
+  std::string m_message;
+};
+
+/// The daemon's exceptions of type 2 to 5. What they stand for is the daemon's to say.
+template <int N>
+class FOKRAZO_API IPCExceptionDerived : public IPCException {
+ public:
+  using IPCException::IPCException;
+  ~IPCExceptionDerived() noexcept override;
+  IPCExceptionTypeID getTypeCode() override;
+};
+
+extern template class IPCExceptionDerived<2>;
+extern template class IPCExceptionDerived<3>;
+extern template class IPCExceptionDerived<4>;
+extern template class IPCExceptionDerived<5>;
+
+}  // namespace vesk

@@ -1,0 +1,64 @@
+/// The key set files of a directory as one set: copied, removed, or remembered and put back, so that a join
+/// that fails can be rolled back.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include <boost/shared_ptr.hpp>
+
+#include <fokrazo/export.h>
+
+namespace vesk {
+
+/// One remembered file.
+struct FOKRAZO_API KSetData {
+  /// All that the file holds.
+  std::string content;
+  int mode = 0;  ///< permission bits
+};
+
+/// Works on directories of key set files, and holds at most one snapshot. In every operation an empty
+/// directory means the default one. Only regular files are read; a link or a pipe that somebody planted
+/// under the name of a key set is never followed, and is replaced by what is written there.
+/// Each file is replaced by rename, whole. Other processes may save settings meanwhile: what they have not
+/// finished is no key set, and is left alone.
+/// Thread-safety: one thread at a time.
+/// @throws NotFoundException (all that list) the directory cannot be listed
+/// @throws IOException, SystemException a file cannot be read, written or removed
+class FOKRAZO_API KSets {
+ public:
+  /// Works on the data directory by default.
+  KSets();
+  explicit KSets(const std::string& defaultDir);
+
+  /// Whether a file name is that of a key set: it begins with "kset.".
+  static bool isKSetFile(const char* fileName);
+  /// Whether it holds data of one domain controller: it begins with "kset.dc.".
+  static bool isKSetDCFile(const char* fileName);
+
+  /// Copies one file with its mode, if it exists.
+  void copy(const std::string& toDir, const std::string& fromDir, const std::string& fileName) const;
+  /// Copies all key set files.
+  void copy(const std::string& toDir, const std::string& fromDir) const;
+  /// Copies those of domain controllers.
+  void copyDCs(const std::string& toDir, const std::string& fromDir) const;
+
+  /// Removes all key set files, and forgets the settings in memory.
+  void clean(const std::string& dir) const;
+  /// Remembers all key set files; a file remembered earlier under the same name is replaced.
+  void snapShot(const std::string& dir);
+  /// Makes the directory's key set files what the snapshot holds, and empties the snapshot.
+  void rollBack(const std::string& dir);
+
+ private:
+  using Snapshot = std::map<std::string, boost::shared_ptr<KSetData>>;
+
+  /// `dir` or the default, with "/" at its end.
+  std::string directory(const std::string& dir) const;
+
+  std::string m_defaultDir;
+  Snapshot m_snapshot;
+};
+
+}  // namespace vesk

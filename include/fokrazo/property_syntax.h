@@ -1,0 +1,92 @@
+/// The syntax of the configuration file, as far as it concerns single texts: keys, values, quotes, escapes,
+/// list items. Pure functions, linear in their text, which may hold any bytes.
+///
+/// A value passes these stages as it is read:
+///   line     `key: "a  b"\tc`         as it stands in the file
+///   raw      removeWhitespaces, replaceSpecials, and then the `$` variables: lists are cut from this
+///   final    removeEscapes, unescapeValue: what a lookup gives
+///
+/// White space is blank, tab, newline, carriage return, vertical tab and form feed, in any locale. A
+/// character is escaped if an odd number of backslashes stands right before it. A quoted region runs from an
+/// unescaped quote to the next unescaped one of its kind; the other quote means nothing inside.
+#pragma once
+
+#include <iosfwd>
+#include <list>
+#include <string>
+
+#include <fokrazo/export.h>
+
+namespace vesk {
+
+/// The operations on texts that Properties offers under its own name.
+struct FOKRAZO_API PropertySyntax {
+  /// The items of a list.
+  using ValueList = std::list<std::string>;
+
+  /// Whether the text ends in an odd number of backslashes.
+  static bool isEscaped(const std::string& text);
+  /// Whether the text ends inside a quoted region.
+  static bool isQuoted(const std::string& text);
+  /// Whether the line begins with "#" or "!".
+  static bool isComment(const std::string& line);
+
+  /// Reads a logical line: a line that isEscaped loses its last character, and a blank and the next line
+  /// follow. A comment is continued only without `skipComments`, and then loses the comment characters of
+  /// its further lines. `extra` is scratch. The line is empty at the end of the stream.
+  static void getLine(std::istream& stream, std::string& line, std::string& extra, bool skipComments);
+  /// As above with `skipComments`.
+  static void getLine(std::istream& stream, std::string& line);
+
+  /// Cuts a logical line into its key and its value, ready for the variables. False, with both untouched,
+  /// for a comment and for a line without a key. Requires: three different strings.
+  static bool getPropertyFromLine(const std::string& line, std::string& key, std::string& value);
+  /// Makes a line that reads back as this key and value: escaped key, ": ", escaped value. `keepDollar` as
+  /// in escapeValue. False, with `line` untouched, for a key that no line can hold: empty, or with a newline.
+  static bool putPropertyToLine(std::string& line, const std::string& key, const std::string& value,
+                                bool keepDollar);
+  /// The same for a list: its items escaped one by one and joined by a blank.
+  static bool putPropertyToLine(std::string& line, const std::string& key, const ValueList& list,
+                                bool keepDollar);
+
+  /// Drops white space at the start, makes one blank of each run of it outside quotes, and drops the one
+  /// that is left at the end unless it is escaped.
+  static void removeWhitespaces(std::string& value);
+  /// Replaces \t, \n, \r, \v and \f by their control characters, in quotes too.
+  static void replaceSpecials(std::string& value);
+  /// The text in which replaceSpecials would have made these control characters.
+  static std::string restoreSpecials(const std::string& value);
+  /// Removes each backslash outside quotes and keeps the character behind it.
+  static void removeEscapes(std::string& value);
+  /// removeQuotes, if one quoted region is the whole value. `flag` has no effect.
+  static void unescapeValue(std::string& value, bool flag = false);
+  /// Removes all unescaped quotes, and inside double quotes the backslashes. `flag` has no effect.
+  static void removeQuotes(std::string& value, bool flag = false);
+  /// The opposite: control characters, quotes and backslashes are escaped, and so are blanks and commas,
+  /// unless there is a blank: then double quotes go around the whole. With `keepDollar` each "$" is text and
+  /// escaped; without it the marks of a load without expansion are undone, and `$name` is a reference.
+  static std::string escapeValue(const std::string& value, bool keepDollar);
+
+  /// As escapeValue, but with quotes also around a value that would lose its own when it is read back.
+  static std::string encodeValue(const std::string& value, bool keepDollar);
+  /// Items that splitList gives back, whatever they hold, joined by blanks.
+  static std::string encodeList(const ValueList& list, bool keepDollar);
+
+  /// The items of a raw value: cut at runs of white space and commas, unless quoted or escaped.
+  static ValueList splitList(const std::string& raw);
+  /// The items of a values file: its lines, trimmed and through unescapeValue, without blank lines and those
+  /// that begin with "#" or "!".
+  static ValueList readList(std::istream& stream);
+  /// The items joined by `separator`, each through escapeValue first with `escape`.
+  static std::string valueListToString(const ValueList& list, bool escape, bool keepDollar, char separator);
+
+  /// Whether a value, without its escapes, names a values file: it begins with "file:".
+  static bool isFileReference(const std::string& value);
+  /// The path behind "file:", trimmed.
+  static std::string getFileNameFromFileReference(const std::string& value);
+
+  /// Seconds in a unit: s, m, h, d, w, M, y. 0, with a warning in the log, for any other letter.
+  static long timeFactor(char unit);
+};
+
+}  // namespace vesk

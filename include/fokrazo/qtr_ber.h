@@ -1,0 +1,60 @@
+/// The system's names for the package's BER functions (lber.h), and what the system adds to them: a flatten
+/// without a copy and a read with a time-out. Nothing here throws.
+/// Thread-safety: as the package's: one thread at a time for an element or a socket buffer.
+#pragma once
+
+#include <lber.h>
+
+#include <fokrazo/export.h>
+
+// The package's functions, with their arguments, results and format letters.
+
+inline constexpr auto& qtr_ber_alloc_t = ber_alloc_t;
+inline constexpr auto& qtr_ber_bvfree = ber_bvfree;
+inline constexpr auto& qtr_ber_flatten = ber_flatten;
+inline constexpr auto& qtr_ber_flatten2 = ber_flatten2;
+inline constexpr auto& qtr_ber_free = ber_free;
+inline constexpr auto& qtr_ber_get_option = ber_get_option;
+inline constexpr auto& qtr_ber_init2 = ber_init2;
+inline constexpr auto& qtr_ber_memalloc = ber_memalloc;
+inline constexpr auto& qtr_ber_memcalloc = ber_memcalloc;
+inline constexpr auto& qtr_ber_memfree = ber_memfree;
+inline constexpr auto& qtr_ber_memvfree = ber_memvfree;
+inline constexpr auto& qtr_ber_peek_tag = ber_peek_tag;
+inline constexpr auto& qtr_ber_printf = ber_printf;
+inline constexpr auto& qtr_ber_reset = ber_reset;
+inline constexpr auto& qtr_ber_scanf = ber_scanf;
+inline constexpr auto& qtr_ber_sockbuf_add_io = ber_sockbuf_add_io;
+inline constexpr auto& qtr_ber_sockbuf_free = ber_sockbuf_free;
+inline constexpr auto& qtr_ber_sockbuf_remove_io = ber_sockbuf_remove_io;
+inline constexpr auto& qtr_ber_write = ber_write;
+
+/// Hands the bytes of a finished element over without a copy. `*out` is then the caller's, who frees it with
+/// qtr_ber_bvfree; no NUL stands behind the bytes. The element has no buffer any more and is still the
+/// caller's to free. 0, or -1 with nothing changed: a null argument, a sequence left open, no memory.
+FOKRAZO_API int qtr_fast_ber_flatten(BerElement* ber, berval** out);
+
+// A socket buffer of the system has a read time-out, 0 at first, and a non-blocking mark. Both live in a
+// layer that qtr_ber_sockbuf_alloc adds, above all layers of the package's levels.
+
+/// As the package's function; null if there is no memory. Freed with qtr_ber_sockbuf_free.
+FOKRAZO_API Sockbuf* qtr_ber_sockbuf_alloc();
+
+/// As the package's function, and with two options more. The time-out is two integers, seconds and
+/// microseconds; option 15 copies it out, option 16 sets it, to 0 for null. Both answer 1, or -1 for a buffer
+/// that is not from qtr_ber_sockbuf_alloc. The package's own option 4 (non-blocking) also sets the mark.
+FOKRAZO_API int qtr_ber_sockbuf_ctrl(Sockbuf* buffer, int option, void* argument);
+/// The two options.
+constexpr int QTR_SB_OPT_GET_TIMEOUT = 15;
+constexpr int QTR_SB_OPT_SET_TIMEOUT = 16;
+
+/// The stream layer, to be added at LBER_SBIOD_LEVEL_PROVIDER with a pointer to the descriptor. It owns the
+/// descriptor. Unless the buffer is non-blocking, a read waits for input for at most the time-out and then
+/// fails with ETIME; with a time-out of 0 it does not wait at all. Writing to a socket raises no SIGPIPE.
+FOKRAZO_API extern Sockbuf_IO qtr_ber_sockbuf_io_tcp;
+
+namespace vesk {
+using ::qtr_ber_sockbuf_alloc;
+using ::qtr_ber_sockbuf_ctrl;
+using ::qtr_fast_ber_flatten;
+}  // namespace vesk

@@ -1,0 +1,29 @@
+/// Opening files that must not have been planted by somebody else.
+#pragma once
+
+#include <cstdio>
+
+#include <fokrazo/export.h>
+
+/// Why SecureOpenForReading refused. A file that breaks several rules is refused for the lowest line here.
+enum SecureOpenStatus : int {
+  SECURE_OPEN_OK = 0,
+  SECURE_OPEN_MISSING = 1,         ///< there is no such file
+  SECURE_OPEN_DENIED = 4,          ///< the caller may not look
+  SECURE_OPEN_SYMLINK = 5,         ///< a symbolic link
+  SECURE_OPEN_HARDLINKED = 6,      ///< it has another name
+  SECURE_OPEN_FOREIGN_OWNER = 2,   ///< not root's
+  SECURE_OPEN_WORLD_WRITABLE = 3,  ///< anybody may write to it
+  SECURE_OPEN_FAILED = 7,          ///< anything else: no plain file, or exchanged while it was opened
+};
+
+/// Opens a plain file for reading if it is safe from everybody but root. Never waits for a named pipe.
+/// The caller closes the stream. Null on refusal, with the reason in `status`, which is 0 on success alone.
+FOKRAZO_API FILE* SecureOpenForReading(const char* path, int* status);
+/// As SecureOpenForReading; with `secure` 0 any file that can be opened will do.
+FOKRAZO_API FILE* OpenForReading(const char* path, int* status, int secure);
+
+namespace vesk {
+using ::OpenForReading;
+using ::SecureOpenForReading;
+}  // namespace vesk

@@ -1,0 +1,123 @@
+/// Settings: the machine's joined state, one small text file ("kset." + name) per value in the data
+/// directory. Processes of every user read them; the join and the daemon write them. A file changes by rename
+/// alone, so a reader in any process sees the old value or the new one, whole, also if the writer dies
+/// half-way.
+///
+/// A setting once read stays in this process's memory until clearSettingsMap(). A property "kset." + name of
+/// the configuration beats the file.
+///
+/// Every function may be called from any thread: one recursive lock is held over each operation, files
+/// included. It is taken after the locks of the properties and never around them.
+/// Unless said otherwise a failure is an IOException, with errno as code where a system call failed.
+#pragma once
+
+#include <ctime>
+#include <string>
+
+#include <fokrazo/export.h>
+
+/// The names of the settings.
+inline constexpr char SETTING_MACHINE_SITE[] = "site";
+inline constexpr char SETTING_DOMAIN_NAME[] = "domain";
+inline constexpr char SETTING_HOST_NAME[] = "host";
+inline constexpr char SETTING_PREW2K_HOST_NAME[] = "prew2k.host";
+inline constexpr char SETTING_PASSWORD_TIMESTAMP[] = "password.change.timestamp";
+inline constexpr char SETTING_ZONE_GUID[] = "zone";
+inline constexpr char SETTING_ZONE_REALNAME[] = "zonename";
+inline constexpr char SETTING_DOMAIN_CONTROLLER[] = "domaincontroller";
+inline constexpr char SETTING_SCHEMA[] = "schema";
+inline constexpr char SETTING_NIS_DOMAIN[] = "sfudomain";
+inline constexpr char SETTING_PREFERRED_ENCTYPE[] = "preferred.enctype";
+inline constexpr char SETTING_DES_SALT[] = "des.salt";
+inline constexpr char SETTING_GLOBAL_CATALOG[] = "globalcatalog";
+inline constexpr char SETTING_FOREST_NAME[] = "forest";
+inline constexpr char SETTING_HOSTSID[] = "hostsid";
+inline constexpr char SETTING_CACHE_EXPIRED[] = "cache.expired";
+inline constexpr char SETTING_TRUSTS[] = "trusts";
+
+namespace vesk {
+
+using ::SETTING_CACHE_EXPIRED;
+using ::SETTING_DES_SALT;
+using ::SETTING_DOMAIN_CONTROLLER;
+using ::SETTING_DOMAIN_NAME;
+using ::SETTING_FOREST_NAME;
+using ::SETTING_GLOBAL_CATALOG;
+using ::SETTING_HOST_NAME;
+using ::SETTING_HOSTSID;
+using ::SETTING_MACHINE_SITE;
+using ::SETTING_NIS_DOMAIN;
+using ::SETTING_PASSWORD_TIMESTAMP;
+using ::SETTING_PREFERRED_ENCTYPE;
+using ::SETTING_PREW2K_HOST_NAME;
+using ::SETTING_SCHEMA;
+using ::SETTING_TRUSTS;
+using ::SETTING_ZONE_GUID;
+using ::SETTING_ZONE_REALNAME;
+
+/// Who may read the file of a setting.
+enum SettingAccess {
+  SETTING_DEFAULT = 0,  ///< its owner alone
+  SETTING_PUBLIC = 1,   ///< everyone
+};
+
+/// The data directory, "/var/velmora/" unless changed; it ends in "/".
+FOKRAZO_API std::string getDataDir();
+/// Moves the data directory. Requires: `dir` ends in "/".
+/// @throws AlreadyException settings are in memory: two machines' states would mix.
+FOKRAZO_API void chgDataDir(const std::string& dir);
+/// Makes the data directory and its "user/". Without root rights only the private "precreate" directory is
+/// made; any other is left to root, without a word.
+FOKRAZO_API void createDataDir();
+/// Removes the data directory with all that is in it.
+FOKRAZO_API void deleteDataDir();
+
+/// The value of a setting, or `fallback` if there is none to be had.
+FOKRAZO_API std::string GetSetting(const std::string& name, const std::string& fallback);
+/// As GetSetting, but no property beats the file.
+FOKRAZO_API std::string internalGetSetting(const std::string& name, const std::string& fallback);
+/// The value of a setting: property, memory, file, whichever has it first. With `fromFileOnly` no property is
+/// looked at. Names that begin with "dc." are looked for in "user/" too.
+/// @throws IOException there is no file, or the configuration forbids files
+/// @throws BadDataException as readSettingFile
+FOKRAZO_API std::string loadSetting(const std::string& name, bool fromFileOnly);
+/// loadSetting(name, true).
+FOKRAZO_API std::string loadSettingFromFile(const std::string& name);
+
+/// Reads one file, past the memory. An empty `dir` means the data directory; another ends in "/". Never
+/// follows a symbolic link and never waits for a writer.
+/// @throws BadDataException a control character other than newline
+FOKRAZO_API std::string readSettingFile(const std::string& name, const std::string& dir);
+/// Writes one file, past the memory; an empty value removes it. `dir` as in readSettingFile. The value is
+/// trimmed of white space. When it throws, the old file stands.
+FOKRAZO_API void writeSettingFile(const std::string& name, const std::string& value, SettingAccess access,
+                                  const std::string& dir);
+/// Sets a setting in memory and in its file; an empty value removes the file. Nothing is touched if the value
+/// is there already, unless `force`. Without root rights only names that begin with "dc." reach a file, the
+/// one in "user/". With `deferOnFailure` a write to the system's data directory that fails counts as success
+/// and is repeated by later calls.
+FOKRAZO_API void saveSetting(const std::string& name, const std::string& value, SettingAccess access,
+                             bool deferOnFailure, bool force);
+/// Repeats deferred writes. The first call of a process also cleans up what killed writers left.
+/// Returns how many names still wait.
+FOKRAZO_API int rewriteSettingFiles();
+/// Removes the temporary files of unfinished writes, as far as the caller may; not those of a live writer.
+/// @throws NotFoundException `dir` cannot be listed
+FOKRAZO_API void CleanTempSettingFiles(const std::string& dir);
+
+/// Whether the data directory has a file for the setting.
+FOKRAZO_API bool SettingExists(const std::string& name);
+/// Time of the file's last change, 0 if there is none.
+FOKRAZO_API time_t SettingModTime(const std::string& name);
+/// Forgets what was read or set, so that the files count again.
+FOKRAZO_API void clearSettingsMap();
+/// Refuses a size that the setting must not have: all but "trusts" and "dc." names are limited to 1024 bytes.
+/// `operation` is the first word of the message.
+FOKRAZO_API void CheckFileSize(const char* operation, const std::string& name, long long size);
+
+/// Whether this machine is joined to a domain and no join is under way. Never throws for missing settings.
+FOKRAZO_API bool joined();
+/// @throws IOException the settings of a joined machine are incomplete
+FOKRAZO_API void CheckEssentialKSets();
+
+}  // namespace vesk

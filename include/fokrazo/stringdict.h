@@ -1,0 +1,83 @@
+/// The string dictionary of the serialized objects: the strings that occur in nearly every directory object,
+/// each with a fixed index. Releases that changed the list kept the old ones; each of the nine lists is known
+/// by a number called its checksum, which is also the digits in its functions' names, read as hexadecimal.
+///
+/// To read a blob that an older release wrote:
+///   int sum = GetDictionarySum("5.0.3-134");
+///   StringArray dictionary(&GetDictionaryMap(sum), &GetDictionaryVector(sum));
+///   object.deSerialize(ADSerializer::kHeaderSize, dictionary, true);
+///
+/// Each list is made when first asked for and stays to the end of the process. Thread-safe.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <fokrazo/stringarray.h>
+#include <fokrazo/export.h>
+
+namespace vesk {
+
+/// Entries by index, and indexes by entry; always exact inverses.
+using DictionaryVector = std::vector<std::string>;
+using DictionaryMap = StringArray::Map;
+
+/// The current list, which all writers use.
+FOKRAZO_API const DictionaryVector& GetDictionaryVector();
+FOKRAZO_API const DictionaryMap& GetDictionaryMap();
+FOKRAZO_API int GetDictionarySum();
+
+/// The list of a checksum. @throws NotFoundException "Old Map not found" for any other number.
+FOKRAZO_API const DictionaryVector& GetDictionaryVector(int checksum);
+FOKRAZO_API const DictionaryMap& GetDictionaryMap(int checksum);
+/// The checksum of the list that a release wrote with, by its exact version.
+/// @throws NotFoundException "versionNum is empty", "CheckSum not found".
+FOKRAZO_API int GetDictionarySum(const std::string& versionNum);
+
+/// Prints releases and checksums to standard output.
+FOKRAZO_API void ShowDictionarysList();
+
+// The nine lists, oldest first, with their maps and checksums; 16090 is the current one again.
+
+FOKRAZO_API const DictionaryVector& GetDictionaryVector15487();
+FOKRAZO_API const DictionaryMap& GetDictionaryMap15487();
+FOKRAZO_API int GetDictionarySum15487();
+
+FOKRAZO_API const DictionaryVector& GetDictionaryVector15667();
+FOKRAZO_API const DictionaryMap& GetDictionaryMap15667();
+FOKRAZO_API int GetDictionarySum15667();
+
+FOKRAZO_API const DictionaryVector& GetDictionaryVector12258();
+FOKRAZO_API const DictionaryMap& GetDictionaryMap12258();
+FOKRAZO_API int GetDictionarySum12258();
+
+FOKRAZO_API const DictionaryVector& GetDictionaryVector27271();
+FOKRAZO_API const DictionaryMap& GetDictionaryMap27271();
+FOKRAZO_API int GetDictionarySum27271();
+
+FOKRAZO_API const DictionaryVector& GetDictionaryVector30618();
+FOKRAZO_API const DictionaryMap& GetDictionaryMap30618();
+FOKRAZO_API int GetDictionarySum30618();
+
+FOKRAZO_API const DictionaryVector& GetDictionaryVector60690();
+FOKRAZO_API const DictionaryMap& GetDictionaryMap60690();
+FOKRAZO_API int GetDictionarySum60690();
+
+FOKRAZO_API const DictionaryVector& GetDictionaryVector45829();
+FOKRAZO_API const DictionaryMap& GetDictionaryMap45829();
+FOKRAZO_API int GetDictionarySum45829();
+
+FOKRAZO_API const DictionaryVector& GetDictionaryVector36361();
+FOKRAZO_API const DictionaryMap& GetDictionaryMap36361();
+FOKRAZO_API int GetDictionarySum36361();
+
+FOKRAZO_API const DictionaryVector& GetDictionaryVector16090();
+FOKRAZO_API const DictionaryMap& GetDictionaryMap16090();
+FOKRAZO_API int GetDictionarySum16090();
+
+/// The releases and the checksums of their lists, oldest first; a row of "0" and 0 ends them.
+constexpr int kReleaseRows = 36;
+FOKRAZO_API extern const char* const version[kReleaseRows];
+FOKRAZO_API extern const int sum[kReleaseRows];
+
+}  // namespace vesk

@@ -1,0 +1,91 @@
+/// Threads, and the question whether the process has any.
+#pragma once
+
+#include <pthread.h>
+
+#include <atomic>
+#include <string>
+
+#include <fokrazo/export.h>
+
+namespace vesk {
+
+/// A POSIX thread. Its mere existence makes the process count as threaded.
+/// Every failing call throws SystemException "OS call failed: …" unless said otherwise.
+class FOKRAZO_API Thread {
+ public:
+  Thread();
+  /// Neither joins nor cancels. Requires: the thread has ended or was never started.
+  virtual ~Thread();
+
+  /// Starts the thread in `routine(argument)`; `argument` stays the caller's. A null `name` keeps the earlier
+  /// one. `priority` has no effect.
+  void start(const char* name, void* (*routine)(void*), void* argument, int priority);
+  /// Waits for the end. Nothing on a second call or after detach.
+  void join();
+  /// Lets the thread end by itself; it cannot be joined any more.
+  void detach();
+  /// Asks a running thread to end at its next cancellation point; nothing if it has ended.
+  void cancel();
+  /// cancel, then join.
+  void kill();
+  /// Moves the scheduling priority, if `brondalt.clients.threads.priority` allows it. Reports to the log
+  /// alone.
+  void changePriority(int delta);
+  /// Called in the thread when it ends by cancellation or pthread_exit.
+  virtual void unexpectedTermination();
+
+  /// What was given to start; empty before.
+  const std::string& name() const { return m_name; }
+  /// From start to the routine's end; whether cancel was called; the system's id of the thread.
+  bool isRunning() const { return m_running; }
+  bool isCancelled() const { return m_cancelled; }
+  pthread_t id() const { return m_id; }
+
+  /// The calling thread's object, null if this class did not start it.
+  static Thread* getSelf();
+  /// A cancellation point at both ends. True if the time passed in full, false if a signal cut it short.
+  static bool sleep(long seconds, long nanoseconds);
+  static bool sleep(long seconds, int milliseconds, int microseconds, int nanoseconds);
+  /// Lets other threads run.
+  static void yield();
+  /// Switch the calling thread's cancellation.
+  static void enableKill();
+  static void disableKill();
+  /// True counts one more thread of the program's own; false sets the count to 0.
+  static void SetThreadsActive(bool active);
+  /// Finds out whether the process has a threads library.
+  static void DetermineThreadSupport();
+  /// No effect on this platform.
+  static void SetMonoProcessor(bool mono);
+
+  /// What DetermineThreadSupport has found out.
+  static std::atomic<bool> m_threadSupportKnown;
+  static std::atomic<bool> m_threadsSupported;
+  /// Number of Thread objects. Above 0 the process counts as threaded.
+  static std::atomic<int> m_threadsActive;
+
+  Thread(const Thread&) = delete;
+  Thread& operator=(const Thread&) = delete;
+
+ private:
+  static void* ThreadStart(void* thread);
+  static void ThreadCancelCleanup(void* thread);
+  static void TSDKeyAlloc();
+  /// @throws SystemException (ESRCH) never started.
+  pthread_t startedId() const;
+  void ended();
+  /// Calls with the id while the thread surely runs. Gives the call's error, ESRCH if the thread has ended.
+  template <class Call>
+  int whileRunning(Call call);
+
+  std::string m_name;
+  std::atomic<bool> m_running{false};  // from start to the routine's end
+  bool m_joined = false;               // joined or detached
+  std::atomic<pthread_t> m_id{};
+  void* (*m_routine)(void*) = nullptr;
+  std::atomic<bool> m_cancelled{false};
+  void* m_argument = nullptr;
+};
+
+}  // namespace vesk

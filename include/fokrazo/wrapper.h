@@ -1,0 +1,59 @@
+/// The family's small container vocabulary: standard containers with a virtual destructor, and with a lock.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <utility>
+
+#include <fokrazo/mutex.h>
+
+namespace vesk {
+
+namespace Wrapper {
+
+/// What all the containers have in common.
+class Base {};
+
+/// A container `C` that each access has to lock: see Check<Locked, C>.
+struct Locked {};
+
+template <class Policy, class C>
+class Check;
+
+/// `C` with a mutex beside it. The mutex guards every access; the one who accesses holds it.
+template <class C>
+class Check<Locked, C> : public C {
+ public:
+  /// The mutex that guards it.
+  Mutex& mutex() { return m_mutex; }
+
+ private:
+  Mutex m_mutex;
+};
+
+}  // namespace Wrapper
+
+/// The standard container `T`, which may be deleted through a pointer to this class.
+template <class T>
+class Container : public T, public Wrapper::Base {
+ public:
+  using T::T;
+  /// As of `T`, whose moves may throw. NOLINTBEGIN(performance-noexcept-move-constructor)
+  Container() = default;
+  Container(const Container&) = default;
+  Container(Container&&) = default;
+  Container& operator=(const Container&) = default;
+  Container& operator=(Container&&) = default;
+  // NOLINTEND(performance-noexcept-move-constructor)
+  virtual ~Container() = default;
+};
+
+template <class K, class V, class Compare = std::less<K>,
+          class Allocator = std::allocator<std::pair<const K, V>>>
+class Map : public Container<std::map<K, V, Compare, Allocator>> {
+ public:
+  using Container<std::map<K, V, Compare, Allocator>>::Container;
+};
+
+}  // namespace vesk

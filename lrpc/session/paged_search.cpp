@@ -1,0 +1,34 @@
+#include <fokrazo/paged_search.h>
+
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/session.h>
+#include "lrpc/session/session_exchange.h"
+
+namespace vesk {
+
+PagedSearchHandle::PagedSearchHandle(LocalRpcSession* session, int handle)
+    : m_session(session), m_handle(handle), m_page(ADObjectList::create()) {}
+
+ADObject PagedSearchHandle::getNext() {
+  if (m_finished) return ADObject();
+  if (m_page.empty()) {
+    fetchPage();
+    if (m_finished) return ADObject();
+  }
+  ADObject next = *m_position;
+  if (++m_position == m_page.end()) m_page = ADObjectList::create();
+  return next;
+}
+
+// An empty page is the end.
+void PagedSearchHandle::fetchPage() {
+  IPCRequest request(IPC_OP_LDAP_PAGED_NEXT);
+  request += m_handle;
+  IPCReply reply;
+  if (ask(*m_session, request, reply) != VR_SUCCESS) reply.getAndThrowIPCException();
+  m_page = reply.getADObjectList();
+  m_position = m_page.begin();
+  m_finished = m_page.empty();
+}
+
+}  // namespace vesk

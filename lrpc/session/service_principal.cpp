@@ -1,0 +1,58 @@
+// velmora_sname_to_principal: the service principal as a Kerberos library asks for it.
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include <fokrazo/session.h>
+#include <fokrazo/error_util.h>
+#include "util/file/fixed_paths.h"
+#include <fokrazo/log.h>
+#include <fokrazo/properties.h>
+#include <fokrazo/propnames.h>
+
+namespace {
+
+// Kerberos name types (RFC 4120, 6.2).
+constexpr int kNameUnknown = 0;
+constexpr int kNameServiceAndHost = 3;
+
+// The Kerberos library's error numbers, in its own table of errors.
+constexpr int kBadNameType = static_cast<int>(0x96c73ada);
+constexpr int kNoSuchPrincipal = static_cast<int>(0x96c73ad8);
+constexpr int kCannotTell = static_cast<int>(0x96c73af5);
+constexpr int kDone = 1;
+
+std::string canonicalPrincipal(const char* host, const char* service) {
+  vesk::LocalRpcSession session(vesk::paths::kDaemonSocket, false, false);
+  return session.getServicePrincipal(host, service);
+}
+
+int whatIfThereIsNone() {
+  if (!vesk::Props(false, false)->getBool(vesk::PN::KRB5_PERMIT_DNS_SPN_LOOKUPS, false))
+    return kNoSuchPrincipal;
+  VESK_LOG_TO("lrpc.session", Debug, "SPN wasn't found in AD.  Trying DNS...");
+  return kCannotTell;
+}
+
+}  // namespace
+
+int velmora_sname_to_principal(void* /*context*/, const char* host, const char* service, int type,
+                               char* out) {
+  if (type != kNameUnknown && type != kNameServiceAndHost) return kBadNameType;
+  char localHost[64] = {};
+  if (!host) {
+    if (gethostname(localHost, sizeof localHost) != 0) return errno;
+    host = localHost;
+  }
+  try {
+    const std::string principal = canonicalPrincipal(host, service ? service : "host");
+    strcpy(out, principal.c_str());
+    return kDone;
+  } catch (const vesk::NotFoundException&) {
+    return whatIfThereIsNone();
+  } catch (const VESKException&) {
+    return kCannotTell;
+  }
+}

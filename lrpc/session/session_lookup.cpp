@@ -1,0 +1,168 @@
+// The session's lookups of one directory object.
+
+#include <boost/make_shared.hpp>
+
+#include <fokrazo/adobject.h>
+#include <fokrazo/attrnames.h>
+#include <fokrazo/session.h>
+#include "lrpc/session/session_exchange.h"
+#include <fokrazo/unixviews.h>
+#include "util/error/throw.h"
+
+namespace vesk {
+
+namespace {
+
+constexpr char kSource[] = "lrpc/session";
+constexpr char kUserNotFound[] = "User not found";
+constexpr char kGroupNotFound[] = "Group not found";
+
+LookupScope scopeOf(int flags) {
+  return flags & UNIX_ONLY ? UnixObjects : AllObjects;
+}
+
+[[noreturn]] void failNotFound(const char* text) {
+  FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "%s", text);
+}
+
+// A request with the header that all lookups have in common; the key follows.
+class LookupRequest : public IPCRequest {
+ public:
+  LookupRequest(IPC_OPCODE opcode, DSObjectType type, LookupScope scope, KeyKind keyKind, int flags)
+      : IPCRequest(opcode) {
+    *this += type;
+    *this += scope;
+    *this += keyKind;
+    *this += (flags & CHECK_AD_FIRST) != 0;
+    *this += (flags & GROUP_MEMBERSHIP) != 0;
+  }
+};
+
+// Asking for the next entry moves a cursor of the daemon, so that is never repeated.
+ValidationResult askByName(LocalRpcSession& session, const std::string& name, IPCRequest& request,
+                           IPCReply& reply) {
+  return name == NEXT_ENTRY ? askOnce(session, request, reply) : ask(session, request, reply);
+}
+
+ADObject objectById(LocalRpcSession& session, DSObjectType type, int id, int flags) {
+  LookupRequest request(IPC_OP_GET_OBJECT, type, UnixObjects, KeyId, flags);
+  request += id;
+  IPCReply reply;
+  return ask(session, request, reply) == VR_SUCCESS ? reply.getADObject() : ADObject();
+}
+
+// By SID or GUID; any failure is reported as `notFound`.
+template <class Key>
+ADObject objectByKey(LocalRpcSession& session, DSObjectType type, KeyKind keyKind, const Key& key, int flags,
+                     const char* notFound) {
+  LookupRequest request(IPC_OP_GET_OBJECT, type, scopeOf(flags), keyKind, flags);
+  request += key;
+  IPCReply reply;
+  if (ask(session, request, reply) != VR_SUCCESS) failNotFound(notFound);
+  return reply.getADObject();
+}
+
+// The form of the listings.
+ADObject objectByName2(LocalRpcSession& session, DSObjectType type, const std::string& name, int flags,
+                       const char* notFound) {
+  LookupRequest request(IPC_OP_GET_OBJECT2, type, scopeOf(flags), KeyName, flags);
+  request += name;
+  IPCReply reply;
+  if (askByName(session, name, request, reply) == VR_SUCCESS) return reply.getADObject();
+  if (reply.hasMore()) reply.getAndThrowIPCException();
+  if (session.statusCode() == END_OF_LIST)
+    FOKRAZO_THROW(EndOfListException, "EndOfListException", 0, "End of list");
+  failNotFound(notFound);
+}
+
+template <class View>
+boost::shared_ptr<View> viewOf(const ADObject& object, const char* notFound) {
+  if (object.isEmpty()) failNotFound(notFound);
+  return boost::make_shared<View>(object);
+}
+
+}  // namespace
+
+ADObject LocalRpcSession::getObject(const std::string& name, DSObjectType type, int flags) {
+  LookupRequest request(IPC_OP_GET_OBJECT, type, scopeOf(flags), KeyName, flags);
+  request += name;
+  IPCReply reply;
+  if (askByName(*this, name, request, reply) == VR_SUCCESS) return reply.getADObject();
+  if (reply.hasMore()) reply.getAndThrowIPCException();
+  return ADObject();
+}
+
+ADObject LocalRpcSession::getUserObj(const std::string& name, int flags) {
+  return getObject(name, DSUser, flags);
+}
+
+ADObject LocalRpcSession::getGroupObj(const std::string& name, int flags) {
+  return getObject(name, DSGroup, flags);
+}
+
+ADObject LocalRpcSession::getUserObj(int uid, int flags) {
+  return objectById(*this, DSUser, uid, flags);
+}
+
+ADObject LocalRpcSession::getGroupObj(int gid, int flags) {
+  return objectById(*this, DSGroup, gid, flags);
+}
+
+boost::shared_ptr<User> LocalRpcSession::getUser(const std::string& name, int flags) {
+  return viewOf<User>(getUserObj(name, flags), kUserNotFound);
+}
+
+boost::shared_ptr<Group> LocalRpcSession::getGroup(const std::string& name, int flags) {
+  return viewOf<Group>(getGroupObj(name, flags), kGroupNotFound);
+}
+
+boost::shared_ptr<User> LocalRpcSession::getUser(int uid, int flags) {
+  return viewOf<User>(getUserObj(uid, flags), kUserNotFound);
+}
+
+boost::shared_ptr<Group> LocalRpcSession::getGroup(int gid, int flags) {
+  return viewOf<Group>(getGroupObj(gid, flags), kGroupNotFound);
+}
+
+boost::shared_ptr<User> LocalRpcSession::getUser(const SID& sid, int flags) {
+  return boost::make_shared<User>(objectByKey(*this, DSUser, KeySid, sid, flags, kUserNotFound));
+}
+
+boost::shared_ptr<Group> LocalRpcSession::getGroup(const SID& sid, int flags) {
+  return boost::make_shared<Group>(objectByKey(*this, DSGroup, KeySid, sid, flags, "Object not found"));
+}
+
+boost::shared_ptr<User> LocalRpcSession::getUser(const Guid& guid, int flags) {
+  return boost::make_shared<User>(objectByKey(*this, DSUser, KeyGuid, guid, flags, kUserNotFound));
+}
+
+boost::shared_ptr<Group> LocalRpcSession::getGroup(const Guid& guid, int flags) {
+  return boost::make_shared<Group>(objectByKey(*this, DSGroup, KeyGuid, guid, flags, kGroupNotFound));
+}
+
+boost::shared_ptr<VeskObj> LocalRpcSession::getObject(const SID& sid, int flags) {
+  ADObject object = objectByKey(*this, DSAny, KeySid, sid, flags, kGroupNotFound);
+  const std::string category = object.category();
+  if (category == AD_USER_CATEGORY || category == AD_COMPUTER_CATEGORY)
+    return boost::make_shared<User>(object);
+  if (category == AD_GROUP_CATEGORY) return boost::make_shared<Group>(object);
+  failNotFound("SID is not a user or group");
+}
+
+boost::shared_ptr<User> LocalRpcSession::getUser2(const std::string& name, int flags) {
+  return boost::make_shared<User>(objectByName2(*this, DSUser, name, flags, kUserNotFound));
+}
+
+boost::shared_ptr<Group> LocalRpcSession::getGroup2(const std::string& name, int flags) {
+  return boost::make_shared<Group>(objectByName2(*this, DSGroup, name, flags, kGroupNotFound));
+}
+
+boost::shared_ptr<User> LocalRpcSession::getShadow(const std::string& name, int flags) {
+  LookupRequest request(IPC_OP_GET_OBJECT, DSShadow, UnixObjects, KeyName, flags & ~GROUP_MEMBERSHIP);
+  request += name;
+  IPCReply reply;
+  if (askByName(*this, name, request, reply) != VR_SUCCESS) failNotFound(kUserNotFound);
+  return boost::make_shared<User>(reply.getADObject());
+}
+
+}  // namespace vesk

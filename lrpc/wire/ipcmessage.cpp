@@ -1,0 +1,299 @@
+#include <fokrazo/ipcmessage.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+#include <fokrazo/qtr_ber.h>
+#include <fokrazo/ipc_exception.h>
+#include <fokrazo/ipc_sockio.h>
+#include "lrpc/wire/ipc_tables.h"
+#include "lrpc/wire/received_text.h"
+#include <fokrazo/log.h>
+#include "util/error/throw.h"
+
+namespace vesk {
+
+namespace {
+
+constexpr char kSource[] = "lrpc/ipcmessage";
+constexpr char kLogger[] = "lrpc.ipcmessage";
+
+// Bytes for a new message. An element would take four times as much, which the C library has not at hand.
+constexpr ber_len_t kFirstBuffer = 1024;
+constexpr size_t kAround = 16;  // a field's tag and length, and a byte more than is ever wanted
+
+[[noreturn]] void failField(const char* failure) {
+  FOKRAZO_THROW(IOException, "IOException", 0, "%s", failure);
+}
+
+// A frame of which nothing, or nothing more, was read.
+[[noreturn]] void failFrame(uint32_t length, int code, int error) {
+  FOKRAZO_THROW_ERRNO(IOException, "IOException", code, error, "read %u bytes from IPC", length);
+}
+
+// An element whose bytes were handed over gives null for none, and to clear no bytes at a bad address takes a
+// processor long.
+void wipe(const berval& bytes) {
+  if (bytes.bv_len > 0) explicit_bzero(bytes.bv_val, bytes.bv_len);
+}
+
+struct FreeElement {
+  void operator()(BerElement* element) const { qtr_ber_free(element, 1); }
+};
+
+// The message of a frame that is coming in.
+class IncomingBytes {
+ public:
+  // Zeroed memory comes from the system page by page, as it is touched. One byte more ends a last text.
+  explicit IncomingBytes(unsigned int length)
+      : m_bytes{length, static_cast<char*>(qtr_ber_memcalloc(1, size_t{length} + 1))} {}
+  ~IncomingBytes() {
+    if (!m_bytes.bv_val) return;
+    wipe({m_received, m_bytes.bv_val});
+    qtr_ber_memfree(m_bytes.bv_val);
+  }
+  IncomingBytes(const IncomingBytes&) = delete;
+  IncomingBytes& operator=(const IncomingBytes&) = delete;
+
+  explicit operator bool() const { return m_bytes.bv_val != nullptr; }
+  void read(int fd) {
+    auto* const bytes = reinterpret_cast<unsigned char*>(m_bytes.bv_val);
+    const auto length = static_cast<unsigned int>(m_bytes.bv_len);
+    while (m_received < length) m_received += readMsg(fd, bytes + m_received, length - m_received, nullptr);
+  }
+  // They are the caller's from here on.
+  berval release() { return std::exchange(m_bytes, berval{}); }
+
+ private:
+  berval m_bytes;
+  unsigned int m_received = 0;
+};
+
+}  // namespace
+
+// What goes out may hold secrets, and so may what has come in.
+
+IPCMessage::~IPCMessage() {
+  dropElement();
+  if (!m_flattened) return;
+  wipe(*m_flattened);
+  qtr_ber_bvfree(m_flattened);
+}
+
+void IPCMessage::dropElement() {
+  if (!m_ber) return;
+  berval bytes = {};  // what was written or read so far, and then what was not
+  ber_len_t left = 0;
+  if (qtr_ber_flatten2(m_ber, &bytes, 0) == 0) {
+    qtr_ber_get_option(m_ber, LBER_OPT_BER_REMAINING_BYTES, &left);
+    bytes.bv_len += left;
+    wipe(bytes);
+  }
+  qtr_ber_free(m_ber, 1);
+  m_ber = nullptr;
+}
+
+BerElement* IPCMessage::doHeader() {
+  if (m_ber) return m_ber;
+  m_ber = qtr_ber_alloc_t(0);
+  if (!m_ber) FOKRAZO_THROW(SystemException, "SystemException", 1, "ber alloc");
+  berval first = {kFirstBuffer, static_cast<char*>(qtr_ber_memalloc(kFirstBuffer))};
+  if (first.bv_val) qtr_ber_init2(m_ber, &first, 0);
+  if (qtr_ber_printf(m_ber, "{ii}", static_cast<int>(m_opcode), static_cast<int>(m_result)) < 0)
+    FOKRAZO_THROW(SystemException, "SystemException", 1, "ber_printf");
+  return m_ber;
+}
+
+// An element that grows by itself leaves the bytes of its earlier buffer behind, secrets and all; so it is
+// given a larger one in time. One in which a caller has left a sequence open has to grow by itself.
+bool IPCMessage::makeRoom(size_t size) {
+  ber_len_t left = 0;
+  qtr_ber_get_option(doHeader(), LBER_OPT_BER_REMAINING_BYTES, &left);
+  if (size < left && size + kAround <= left) return true;
+  berval used = {};
+  if (qtr_ber_flatten2(m_ber, &used, 0) != 0) return true;
+  berval larger = {2 * used.bv_len + size + kAround, nullptr};
+  if (larger.bv_len < size) return false;
+  larger.bv_val = static_cast<char*>(qtr_ber_memalloc(larger.bv_len));
+  if (!larger.bv_val) return false;
+  qtr_ber_init2(m_ber, &larger, 0);
+  qtr_ber_write(m_ber, used.bv_val, used.bv_len, 0);
+  wipe(used);
+  qtr_ber_memfree(used.bv_val);
+  return true;
+}
+
+void IPCMessage::put(const void* bytes, size_t size, const char* failure) {
+  if (!makeRoom(size) || qtr_ber_printf(m_ber, "o", bytes, ber_len_t{size}) < 0) failField(failure);
+}
+
+void IPCMessage::take(ReceivedText& received, const char* failure) const {
+  if (!m_ber || qtr_ber_scanf(m_ber, "o", received.target()) == LBER_ERROR) failField(failure);
+}
+
+IPCMessage& IPCMessage::operator+=(int value) {
+  if (!makeRoom(sizeof value) || qtr_ber_printf(m_ber, "i", value) < 0) failField("ber_printf int");
+  return *this;
+}
+
+IPCMessage& IPCMessage::operator+=(long long value) {
+  put(&value, sizeof value, "ber_printf long long");
+  return *this;
+}
+
+IPCMessage& IPCMessage::operator+=(const std::string& text) {
+  put(text.data(), text.size(), "ber_printf string");
+  return *this;
+}
+
+IPCMessage& IPCMessage::operator+=(const char** texts) {
+  size_t size = kAround;
+  for (const char** text = texts; text && *text; ++text) size += strlen(*text) + kAround;
+  if (!makeRoom(size) || qtr_ber_printf(m_ber, "{v}", texts) < 0) failField("ber_printf char **");
+  return *this;
+}
+
+IPCMessage& IPCMessage::operator+=(const std::vector<std::string>& texts) {
+  *this += static_cast<int>(texts.size());
+  for (const std::string& text : texts) *this += text;
+  return *this;
+}
+
+IPCMessage& IPCMessage::operator+=(IPCException& exception) {
+  if (!makeRoom(strlen(exception.what()) + kAround)) failField("ber_printf string");
+  exception.encode(m_ber);
+  return *this;
+}
+
+int IPCMessage::getInt() const {
+  ber_int_t value = 0;
+  if (!m_ber || qtr_ber_scanf(m_ber, "i", &value) == LBER_ERROR) failField("ber_scanf int");
+  return value;
+}
+
+unsigned long IPCMessage::getPthreadT() const {
+  ReceivedText received;
+  take(received, "ber_scanf pthread_t");
+  unsigned long word = 0;
+  memcpy(&word, received.data(), std::min(received.size(), sizeof word));
+  return word;
+}
+
+std::string IPCMessage::getString() const {
+  ReceivedText received;
+  take(received, "ber_scanf string");
+  return received.text();
+}
+
+berval* IPCMessage::getBerString() const {
+  auto* bytes = static_cast<berval*>(qtr_ber_memcalloc(1, sizeof(berval)));
+  if (!bytes) failField("ber_malloc");
+  if (m_ber && qtr_ber_scanf(m_ber, "o", bytes) != LBER_ERROR) return bytes;
+  qtr_ber_memfree(bytes);
+  failField("ber_scanf string");
+}
+
+char** IPCMessage::getCharStringArray() const {
+  char** texts = nullptr;
+  if (!m_ber || qtr_ber_scanf(m_ber, "{v}", &texts) == LBER_ERROR) failField("ber_scanf char **");
+  return texts;
+}
+
+std::vector<std::string> IPCMessage::getStringVector() const {
+  std::vector<std::string> texts;
+  for (int left = getInt(); left > 0; --left) texts.push_back(getString());
+  return texts;
+}
+
+void IPCMessage::getAndThrowIPCException() const {
+  IPCException::decodeAndThrow(m_ber);
+}
+
+bool IPCMessage::hasMore() const {
+  ber_len_t length = 0;
+  return m_ber && qtr_ber_peek_tag(m_ber, &length) != LBER_DEFAULT;
+}
+
+void IPCMessage::rewind() const {
+  if (m_ber) qtr_ber_reset(m_ber, 1);
+  if (!readHeader()) failField("ber_scanf int");
+}
+
+const char* IPCMessage::IPC_OPCODEToStr(IPC_OPCODE opcode) {
+  return textOf(IPC_OPCODE_STRS, opcode, "(unknown)");
+}
+
+const char* IPCMessage::IPC_RESULTToStr(IPC_RESULT result) {
+  return textOf(IPC_RESULT_STRS, result, "(unknown)");
+}
+
+// The element goes, whatever comes of it.
+void IPCMessage::flatten() {
+  const int rc = qtr_fast_ber_flatten(m_ber, &m_flattened);
+  const int error = errno;
+  dropElement();
+  if (rc != 0) FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, error, "ber flatten");
+}
+
+void IPCMessage::send(int fd) {
+  doHeader();
+  if (!m_flattened) flatten();
+  auto length = static_cast<uint32_t>(m_flattened->bv_len);
+  if (length != m_flattened->bv_len)
+    FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, EMSGSIZE, "ber flatten");
+  VESK_LOG_TO(kLogger, Trace, "write size %d", static_cast<int>(length));
+  writeN(fd, reinterpret_cast<unsigned char*>(&length), sizeof length);
+  writeN(fd, reinterpret_cast<unsigned char*>(m_flattened->bv_val), length);
+}
+
+void IPCMessage::get(int fd) {
+  dropElement();
+  uint32_t length = 0;
+  errno = 0;
+  readN(fd, reinterpret_cast<unsigned char*>(&length), sizeof length);
+  VESK_LOG_TO(kLogger, Trace, "read size %d", static_cast<int>(length));
+  if (length == 0) failFrame(length, 1, errno);
+  receive(fd, length);
+  if (readHeader()) return;
+  const int error = errno;
+  dropElement();
+  FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, error, "ber_scanf failure (received garbled message?)");
+}
+
+void IPCMessage::receive(int fd, unsigned int length) {
+  std::unique_ptr<BerElement, FreeElement> element(qtr_ber_alloc_t(1));
+  IncomingBytes bytes(length);
+  if (!element || !bytes) failFrame(length, ENOMEM, ENOMEM);
+  bytes.read(fd);
+  berval message = bytes.release();
+  m_ber = element.release();
+  qtr_ber_init2(m_ber, &message, 0);
+}
+
+bool IPCMessage::readHeader() const {
+  ber_int_t opcode = 0;
+  ber_int_t result = 0;
+  if (!m_ber || qtr_ber_scanf(m_ber, "{ii}", &opcode, &result) == LBER_ERROR) return false;
+  m_opcode = static_cast<IPC_OPCODE>(opcode);
+  m_result = static_cast<IPC_RESULT>(result);
+  return true;
+}
+
+IPCRequest::IPCRequest(IPC_OPCODE opcode) {
+  setOpcode(opcode);
+  doHeader();
+}
+
+void IPCRequest::execute(int fd, IPCReply* reply) {
+  send(fd);
+  reply->get(fd);
+  if (reply->result() == IPC_SUCCESS) return;
+  FOKRAZO_THROW(SystemException, "SystemException", reply->result(), "Unsuccesful IPC execute: %s",
+                IPC_RESULTToStr(reply->result()));
+}
+
+}  // namespace vesk

@@ -1,9 +1,0 @@
-#include "util/include/clock.h"
-
-namespace vesk {
-namespace dayclock {
-
-std::atomic<long> offset{0};
-
-}  // namespace dayclock
-}  // namespace vesk

@@ -1,0 +1,50 @@
+/// How the library's own code throws: the message is formatted into 512 bytes, so it is cut at 511
+/// characters. Internal. A source file names itself once, in a constant `kSource` ("lrpc/session"), and then
+/// says
+///   FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "User not found");
+///   FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, errno, "ipc socket connect");
+#pragma once
+
+#include <cstdio>
+#include <cstring>
+
+#include <fokrazo/error_util.h>
+
+namespace vesk {
+
+/// A message of at most 511 characters on the stack.
+class MessageText {
+ public:
+  static constexpr unsigned kSize = 512;
+
+  /// printf into the buffer; what does not fit is cut.
+  static MessageText format(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+  /// The literal (a format of `args`), a colon, a blank and the system's text for `error`.
+  template <class... Args>
+  static MessageText withSystemText(int error, const char* literal, Args... args) {
+    MessageText withPlaceholder = format("%s: %%s", literal);
+    MessageText message;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    // The text is the thread's own. NOLINTNEXTLINE(concurrency-mt-unsafe)
+    snprintf(message.m_text, kSize, withPlaceholder.m_text, args..., strerror(error));
+#pragma GCC diagnostic pop
+    return message;
+  }
+
+  const char* c_str() const {
+    return m_text;
+  }
+
+ private:
+  char m_text[kSize] = {};
+};
+
+}  // namespace vesk
+
+#define FOKRAZO_THROW(Class, className, rc, ...) \
+  throw Class(kSource, __LINE__, ::vesk::MessageText::format(__VA_ARGS__).c_str(), className, rc)
+#define FOKRAZO_THROW_ERRNO(Class, className, rc, error, ...)                                                \
+  throw Class(kSource, __LINE__, ::vesk::MessageText::withSystemText(error, __VA_ARGS__).c_str(), className, \
+              rc)

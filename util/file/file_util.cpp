@@ -1,0 +1,277 @@
+#include <fokrazo/file_util.h>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <regex.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <fstream>
+#include <memory>
+
+#include "util/file/file_io.h"
+#include <fokrazo/log.h>
+#include <fokrazo/selinux_context.h>
+#include "util/error/throw.h"
+#include "util/file/unique_fd.h"
+
+using vesk::BadDataException;
+using vesk::FileId;
+using vesk::IOException;
+using vesk::SystemException;
+using vesk::throwCallFailed;
+using vesk::UniqueFd;
+
+namespace {
+
+constexpr char kSource[] = "util/file_util";
+constexpr char kLogger[] = "util.file";
+constexpr int kPermissionBits = 0x1ff;
+constexpr int kMaxLinks = 100;
+constexpr size_t kBlockSize = 16 * 1024;
+
+// The temporary files answer with the code -1.
+[[noreturn]] void throwNoTempFile(int error) {
+  FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", -1, error, "OS call failed");
+}
+
+struct stat statOf(const char* path) {
+  struct stat info;
+  if (::stat(path, &info) != 0) throwCallFailed(errno);
+  return info;
+}
+
+struct Owner {
+  unsigned uid;
+  unsigned gid;
+};
+
+// Sets the mode of a new temporary file, and its owner if there is one to set; otherwise removes it and
+// throws.
+void finishTempFile(UniqueFd& fd, const char* name, unsigned mode, const Owner* owner) {
+  if (::fchmod(fd.get(), mode) == 0 && (!owner || ::fchown(fd.get(), owner->uid, owner->gid) == 0)) return;
+  const int error = errno;
+  fd.close();
+  ::unlink(name);
+  throwNoTempFile(error);
+}
+
+int openTempFile(char* templ, int mode, const Owner* owner, std::ofstream& out) {
+  UniqueFd fd(::mkstemp(templ));
+  if (!fd) throwNoTempFile(errno);
+  finishTempFile(fd, templ, mode, owner);
+  // The stream takes the file by its name, which nobody else can replace in a directory with the sticky bit.
+  try {
+    out.open(templ, std::ios::out | std::ios::trunc);
+  } catch (...) {  // no memory for the stream
+    ::unlink(templ);
+    throw;
+  }
+  return fd.close();
+}
+
+bool noPath(std::string& out) {
+  out.clear();
+  return false;
+}
+
+// Puts what the link points at in its place. False if that cannot be read.
+bool followLink(std::string& path) {
+  char buffer[PATH_MAX];
+  const ssize_t length = ::readlink(path.c_str(), buffer, sizeof buffer - 1);
+  if (length < 1) {
+    VESK_LOG_TO(kLogger, Debug, "Failed to read the symlink path '%s' (errno=%d)", path.c_str(), errno);
+    return false;
+  }
+  const std::string target(buffer, length);
+  VESK_LOG_TO(kLogger, Trace, "Value for symlink '%s' is '%s'", path.c_str(), target.c_str());
+  path.erase(target[0] == '/' ? 0 : path.rfind('/') + 1);
+  path += target;
+  return true;
+}
+
+bool isSameFile(const UniqueFd& a, const UniqueFd& b) {
+  struct stat first;
+  struct stat second;
+  return ::fstat(a.get(), &first) == 0 && ::fstat(b.get(), &second) == 0 && FileId(first) == FileId(second);
+}
+
+void removeLink(const std::string& path) {
+  struct stat info;
+  if (::lstat(path.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return;
+  VESK_LOG_TO(kLogger, Debug, "Symlink file:'%s' is pre-existence, should delete it first\n", path.c_str());
+  if (::remove(path.c_str()) == 0) return;
+  const int error = errno;
+  FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", error, error,
+                      "Failed to delete symlink file:'%s'\n", path.c_str());
+}
+
+/// A compiled pattern, freed with the object.
+class Pattern {
+ public:
+  explicit Pattern(const std::string& text) {
+    const int error = ::regcomp(&m_compiled, text.c_str(), REG_EXTENDED);
+    if (error == 0) return;
+    char message[4096];
+    ::regerror(error, &m_compiled, message, sizeof message);
+    FOKRAZO_THROW(BadDataException, "BadDataException", error, "CopyFiles: Error compiling pattern: %s",
+                  message);
+  }
+  ~Pattern() { ::regfree(&m_compiled); }
+  Pattern(const Pattern&) = delete;
+  Pattern& operator=(const Pattern&) = delete;
+
+  bool matches(const char* name) const {
+    regmatch_t match;
+    return ::regexec(&m_compiled, name, 1, &match, REG_NOTBOL | REG_NOTEOL) == 0;
+  }
+
+ private:
+  regex_t m_compiled;
+};
+
+}  // namespace
+
+int MoveFile(const std::string& from, const std::string& to) {
+  if (::rename(from.c_str(), to.c_str()) == 0) return 0;
+  const int error = errno;
+  FOKRAZO_THROW_ERRNO(IOException, "vesk::IOException", error, error, "Move %s to %s failed", from.c_str(),
+                      to.c_str());
+}
+
+int renameFile(std::string from, std::string to) {
+  if (from == to) return 0;
+  const int result = ::rename(from.c_str(), to.c_str());
+  if (result == 0) {
+    RestoreFileSELinuxLabel(to);
+    return 0;
+  }
+  const int error = errno;
+  VESK_LOG_TO(kLogger, Info, "Unable to rename \"%s\" to \"%s\".", from.c_str(), to.c_str());
+  fprintf(stderr, "Unable to rename \"%s\" to \"%s\".\n", from.c_str(), to.c_str());
+  errno = error;
+  return result;
+}
+
+off_t GetFileSize(const char* path) {
+  return statOf(path).st_size;
+}
+
+off_t GetFileSize(const std::string& path) {
+  return GetFileSize(path.c_str());
+}
+
+int GetPerms(const char* path) {
+  return statOf(path).st_mode & kPermissionBits;
+}
+
+int GetPerms(const std::string& path) {
+  return GetPerms(path.c_str());
+}
+
+int mkstemp(std::string& templ) {
+  std::string name = templ;
+  const int fd = ::mkstemp(name.data());
+  if (fd >= 0) {
+    templ = name;
+    return fd;
+  }
+  const int error = errno;
+  ::unlink(templ.c_str());
+  errno = error;
+  return -1;
+}
+
+int mkstemp(std::string& templ, unsigned mode, unsigned uid, unsigned gid) {
+  UniqueFd fd(mkstemp(templ));
+  if (fd) {
+    const Owner owner{uid, gid};
+    finishTempFile(fd, templ.c_str(), mode, &owner);
+  }
+  return fd.release();
+}
+
+int OpenTempFile(char* templ, int mode, std::ofstream& out) {
+  return openTempFile(templ, mode, nullptr, out);
+}
+
+int OpenTempFile(char* templ, int mode, unsigned uid, unsigned gid, std::ofstream& out) {
+  const Owner owner{uid, gid};
+  return openTempFile(templ, mode, &owner, out);
+}
+
+bool GetSymLinkPath(const char* path, std::string& out, int depth) {
+  std::string current = path ? path : "";
+  for (; depth <= kMaxLinks; ++depth) {
+    struct stat info;
+    if (::lstat(current.c_str(), &info) != 0) {
+      VESK_LOG_TO(kLogger, Info, "Path '%s' does not exist!", current.c_str());
+      return noPath(out);
+    }
+    if (!S_ISLNK(info.st_mode)) {
+      out = current;
+      return true;
+    }
+    if (!followLink(current)) return noPath(out);
+  }
+  VESK_LOG_TO(kLogger, Warn, "Detected a potential circular sym link in %s!", current.c_str());
+  return noPath(out);
+}
+
+int GetFreeSpaceSize(const char* path, unsigned long long& kilobytes) {
+  struct statvfs64 info;
+  const int result = ::statvfs64(path, &info);
+  if (result == 0) {
+    kilobytes = (static_cast<unsigned long long>(info.f_bfree) >> 10) * info.f_frsize;
+    return 0;
+  }
+  const int error = errno;
+  VESK_LOG_SYSERR(vesk::Logger::GetThreadPrivateLogger(kLogger), Warn, error,
+                  "statfs return (%d). Cannot detect free disk space.", result);
+  return error;
+}
+
+int GetFreeSpaceSize(const std::string& path, unsigned long long& kilobytes) {
+  return GetFreeSpaceSize(path.c_str(), kilobytes);
+}
+
+std::string ReadFile(const std::string& path, int* mode) {
+  const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  if (!fd) throwCallFailed(errno);
+  std::string content;
+  if (!vesk::readAll(fd.get(), content)) throwCallFailed(errno);
+  if (mode) *mode = GetPerms(path);
+  return content;
+}
+
+void WriteFile(const std::string& path, const std::string& content, int* mode) {
+  UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666));
+  if (!fd || !vesk::writeAll(fd.get(), content.data(), content.size()) || fd.close() != 0)
+    throwCallFailed(errno);
+  if (mode && ::chmod(path.c_str(), *mode) != 0) throwCallFailed(errno);
+}
+
+void CopyFile(const std::string& from, const std::string& to) {
+  removeLink(to);
+  const UniqueFd source(::open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  if (!source) return;
+  const UniqueFd target(::open(to.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
+  if (!target || isSameFile(source, target) || ::ftruncate(target.get(), 0) != 0) return;
+  char block[kBlockSize];
+  ssize_t got;
+  while ((got = vesk::readSome(source.get(), block, sizeof block)) > 0)
+    if (!vesk::writeAll(target.get(), block, got)) return;
+}
+
+int CopyFiles(const std::string& fromDir, const std::string& toDir, const std::string& pattern) {
+  const Pattern compiled(pattern);
+  std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(fromDir.c_str()), ::closedir);
+  if (!directory) throwCallFailed(errno);
+  while (const dirent* entry = ::readdir(directory.get()))
+    if (compiled.matches(entry->d_name)) CopyFile(fromDir + "/" + entry->d_name, toDir + "/" + entry->d_name);
+  return ::closedir(directory.release());
+}

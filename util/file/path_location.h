@@ -1,0 +1,43 @@
+/// How operations on paths reach the file system. Internal.
+#pragma once
+
+#include <string>
+
+#include <fokrazo/path.h>
+#include "util/file/unique_fd.h"
+
+namespace vesk {
+
+/// A path as the system's "at" calls take it: a directory and a name. The directory is opened only for a
+/// path that is too long for one call; links on the way are followed as the system follows them.
+class PathLocation {
+ public:
+  /// A failure shows in error().
+  explicit PathLocation(const Path& path);
+
+  /// An errno, or 0 if the path can be used.
+  int error() const { return m_error; }
+  int directory() const;
+  const char* name() const { return m_name.c_str(); }
+
+ private:
+  void openParent(const Path& path);
+
+  std::string m_name;
+  UniqueFd m_directory;
+  int m_error = 0;
+};
+
+/// The result of `call(directory, name)` for the path, or -1 with errno if the path cannot be used.
+template <class Call>
+int callAt(const Path& path, Call call) {
+  const PathLocation location(path);
+  if (location.error() == 0) return call(location.directory(), location.name());
+  errno = location.error();
+  return -1;
+}
+
+/// Throws IOException with the system's text; the literal takes the path.
+[[noreturn]] void throwPathFailure(int error, const char* literal, const Path& path);
+
+}  // namespace vesk

@@ -1,0 +1,81 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include <fokrazo/file_util.h>
+#include "util/file/fixed_paths.h"
+#include <fokrazo/path.h>
+#include "util/file/unique_fd.h"
+
+using vesk::Path;
+using vesk::UniqueFd;
+
+namespace {
+
+constexpr char kUserTempDir[] = "/tmp";
+constexpr mode_t kMode = 0755;
+constexpr mode_t kModeBits = 07777;
+
+int copyTo(char* dst, size_t size, const char* path) {
+  if (strlen(path) < size) {
+    strcpy(dst, path);
+    return 0;
+  }
+  errno = ERANGE;
+  return -1;
+}
+
+// Whatever stands there and is no directory is removed; a link is not followed. Another process may make the
+// directory at the same time. False with errno.
+bool makeWayForDirectory(const UniqueFd& parent, const char* name) {
+  struct stat info;
+  const bool there = ::fstatat(parent.get(), name, &info, AT_SYMLINK_NOFOLLOW) == 0;
+  if (there && S_ISDIR(info.st_mode)) return true;
+  if (there && ::unlinkat(parent.get(), name, 0) != 0 && errno != ENOENT) return false;
+  return ::mkdirat(parent.get(), name, kMode) == 0 || errno == EEXIST;
+}
+
+// Works on the descriptor, so that nobody can put something else in the directory's place meanwhile. The mode
+// is set afterwards rather than by a umask of 0, which other threads would share. None with errno.
+UniqueFd openSafeDirectory(const UniqueFd& parent, const char* name) {
+  if (!makeWayForDirectory(parent, name)) return UniqueFd();
+  UniqueFd directory(::openat(parent.get(), name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  struct stat info;
+  if (!directory || ::fstat(directory.get(), &info) != 0) return UniqueFd();
+  if ((info.st_mode & kModeBits) != kMode && ::fchmod(directory.get(), kMode) != 0) return UniqueFd();
+  if ((info.st_uid != 0 || info.st_gid != 0) && ::fchown(directory.get(), 0, 0) != 0) return UniqueFd();
+  return directory;
+}
+
+// The first component, "/var", is the system's and is taken as it is. False with errno.
+bool makeRootTempDir() {
+  const Path prefixes(std::string(vesk::paths::kRootTempDir) + "/");
+  UniqueFd directory;
+  for (const std::string& name : prefixes) {
+    if (&name == &prefixes.front())
+      directory = UniqueFd(::open(("/" + name).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    else
+      directory = openSafeDirectory(directory, name.c_str());
+    if (!directory) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int GetZantrelTempDir(unsigned uid, char* dst, size_t size) {
+  errno = 0;
+  if (!dst) {
+    errno = EFAULT;
+    return -1;
+  }
+  if (uid != 0) return copyTo(dst, size, kUserTempDir);
+  return makeRootTempDir() ? copyTo(dst, size, vesk::paths::kRootTempDir) : -1;
+}
+
+int GetZantrelTempDirForCurrentUser(char* dst, size_t size) {
+  return GetZantrelTempDir(::geteuid(), dst, size);
+}

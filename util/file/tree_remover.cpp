@@ -1,0 +1,109 @@
+#include "util/file/tree_remover.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+#include "util/error/throw.h"
+
+namespace vesk {
+namespace {
+
+constexpr char kSource[] = "util/path";
+
+UniqueFd openForListing(int directory, const char* name, const std::string& text) {
+  UniqueFd fd(::openat(directory, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!fd) FOKRAZO_THROW(SystemException, "SystemException", errno, "%s: Failed to open", text.c_str());
+  return fd;
+}
+
+std::vector<std::string> entriesOf(const UniqueFd& directory, const std::string& text) {
+  UniqueFd copy(::fcntl(directory.get(), F_DUPFD_CLOEXEC, 0));
+  std::unique_ptr<DIR, int (*)(DIR*)> handle(copy ? ::fdopendir(copy.get()) : nullptr, ::closedir);
+  if (!handle) FOKRAZO_THROW(SystemException, "SystemException", errno, "%s: Failed to open", text.c_str());
+  copy.release();
+  std::vector<std::string> names;
+  while (const dirent* entry = ::readdir(handle.get()))
+    if (strcmp(entry->d_name, ".") != 0 && strcmp(entry->d_name, "..") != 0) names.push_back(entry->d_name);
+  return names;
+}
+
+}  // namespace
+
+TreeRemover::TreeRemover(const Path& root, const PathLocation& location)
+    : m_root(root), m_location(location) {}
+
+void TreeRemover::removeContents() {
+  const std::string text = m_root.string('/', true);
+  m_directory = openForListing(m_location.directory(), m_location.name(), text);
+  m_levels.push_back({std::string(), FileId(), entriesOf(m_directory, text)});
+  while (!m_levels.empty()) {
+    std::vector<std::string>& pending = m_levels.back().pending;
+    if (pending.empty()) {
+      leave();
+      continue;
+    }
+    const std::string name = std::move(pending.back());
+    pending.pop_back();
+    removeEntry(name);
+  }
+}
+
+void TreeRemover::removeEntry(const std::string& name) {
+  struct stat info;
+  if (::fstatat(m_directory.get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) return;
+  if (S_ISDIR(info.st_mode)) {
+    enter(name);
+  } else if (::unlinkat(m_directory.get(), name.c_str(), 0) != 0) {
+    const int error = errno;
+    throwPathFailure(error, "Cannot remove file %s", pathOf(name));
+  }
+}
+
+void TreeRemover::enter(const std::string& name) {
+  const std::string text = pathOf(name).string('/', true);
+  UniqueFd child = openForListing(m_directory.get(), name.c_str(), text);
+  std::vector<std::string> entries = entriesOf(child, text);
+  if (entries.empty()) {
+    removeDirectory(name);
+    return;
+  }
+  struct stat parent;
+  if (::fstat(m_directory.get(), &parent) != 0)
+    FOKRAZO_THROW(SystemException, "SystemException", errno, "%s: Failed to open", text.c_str());
+  m_levels.push_back({name, FileId(parent), std::move(entries)});
+  m_directory = std::move(child);
+}
+
+void TreeRemover::leave() {
+  const Level done = std::move(m_levels.back());
+  m_levels.pop_back();
+  if (m_levels.empty()) return;
+  struct stat info;
+  UniqueFd parent(::openat(m_directory.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!parent || ::fstat(parent.get(), &info) != 0 || FileId(info) != done.parent)
+    // Somebody has moved the directory away: what is above it now is not ours to touch.
+    throwPathFailure(ESTALE, "Cannot remove directory %s", pathOf(done.name));
+  m_directory = std::move(parent);
+  removeDirectory(done.name);
+}
+
+void TreeRemover::removeDirectory(const std::string& name) {
+  if (::unlinkat(m_directory.get(), name.c_str(), AT_REMOVEDIR) == 0) return;
+  const int error = errno;
+  throwPathFailure(error, "Cannot remove directory %s", pathOf(name));
+}
+
+Path TreeRemover::pathOf(const std::string& name) const {
+  Path path = m_root;
+  for (const Level& level : m_levels)
+    if (!level.name.empty()) path = path.entry(level.name);
+  return path.entry(name);
+}
+
+}  // namespace vesk

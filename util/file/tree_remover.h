@@ -1,0 +1,46 @@
+/// Removal of what a directory holds. Internal.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "util/file/file_io.h"
+#include <fokrazo/path.h>
+#include "util/file/unique_fd.h"
+#include "util/file/path_location.h"
+
+namespace vesk {
+
+/// Empties a directory to any depth. Works from descriptor to descriptor and never follows a link, so that
+/// nothing outside is touched, whatever others do to the tree meanwhile. Each directory is listed once, two
+/// descriptors are open at a time, and no recursion takes place.
+class TreeRemover {
+ public:
+  /// `location` is that of `root`; both must outlive the object.
+  TreeRemover(const Path& root, const PathLocation& location);
+
+  /// Removes all below the root, not the root itself.
+  /// @throws IOException, SystemException as Path::remove
+  void removeContents();
+
+ private:
+  struct Level {
+    std::string name;
+    FileId parent;
+    std::vector<std::string> pending;  // entries that are still there
+  };
+
+  void removeEntry(const std::string& name);
+  void enter(const std::string& name);
+  void leave();
+  void removeDirectory(const std::string& name);
+  /// The path of an entry of the directory at hand, for messages.
+  Path pathOf(const std::string& name) const;
+
+  const Path& m_root;
+  const PathLocation& m_location;
+  UniqueFd m_directory;
+  std::vector<Level> m_levels;  // the directories from the root's first child down to m_directory
+};
+
+}  // namespace vesk

@@ -1,0 +1,52 @@
+// Thread-safe generators in the place of the system's. They bear the system's names for the linker alone:
+// <stdlib.h> promises that its functions throw nothing, which a failing mutex would break.
+#include <cstdlib>
+
+#include "util/thread/fork_locks.h"
+#include "util/thread/clock.h"
+#include <fokrazo/export.h>
+#include "util/thread/threads_api.h"
+
+extern "C" {
+FOKRAZO_API long drawRandom() __asm__("random");
+FOKRAZO_API int drawRand() __asm__("rand");
+FOKRAZO_API void seedRandom(unsigned int seed) __asm__("srandom");
+FOKRAZO_API void seedRand(unsigned int seed) __asm__("srand");
+}
+
+namespace {
+
+bool gSeeded = false;  // guarded by the mutex below
+
+// Counts in every program, also in one whose threads are none of Thread's.
+vesk::Mutex& gRandomMutex() {
+  return vesk::forkedLock<vesk::ForkOrder::RandomNumbers>();
+}
+
+}  // namespace
+
+// The generator is used under that mutex alone.
+// NOLINTBEGIN(concurrency-mt-unsafe)
+
+long drawRandom() {
+  const vesk::BriefHold hold(gRandomMutex());
+  if (!gSeeded) srand48(vesk::dayclock::now());
+  gSeeded = true;
+  return lrand48();
+}
+
+int drawRand() {
+  return static_cast<int>(drawRandom());
+}
+
+// The generator does not count as seeded: the first number drawn replaces this seed by the clock's.
+void seedRandom(unsigned int seed) {
+  const vesk::BriefHold hold(gRandomMutex());
+  srand48(seed);
+}
+
+void seedRand(unsigned int seed) {
+  seedRandom(seed);
+}
+
+// NOLINTEND(concurrency-mt-unsafe)

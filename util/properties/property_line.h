@@ -1,0 +1,104 @@
+/// How the configuration file's text falls into lines, quoted regions and names. Internal.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <string>
+
+#include <fokrazo/property_syntax.h>
+
+namespace vesk {
+
+/// Characters of the syntax, whatever the locale.
+inline bool isPropertySpace(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+inline bool isVariableLetter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+/// Length of a variable's name at `begin`: letters, digits and underscores, but a digit alone if it comes
+/// first.
+inline size_t variableNameLength(const std::string& text, size_t begin) {
+  size_t end = begin;
+  while (end < text.size() && isVariableLetter(text[end])) end++;
+  const bool numbered = end > begin && text[begin] >= '0' && text[begin] <= '9';
+  return numbered ? 1 : end - begin;
+}
+
+/// Follows a text character by character: which quoted region it is in, and whether the next character is
+/// escaped.
+class QuoteTracker {
+ public:
+  /// The quote that is open, 0 outside quotes.
+  char quote() const { return m_quote; }
+  bool escaped() const { return m_escaped; }
+  void pass(char c) {
+    const bool wasEscaped = m_escaped;
+    m_escaped = c == '\\' && !wasEscaped;
+    if (wasEscaped || (c != '"' && c != '\'')) return;
+    if (m_quote == 0) {
+      m_quote = c;
+    } else if (m_quote == c) {
+      m_quote = 0;
+    }
+  }
+
+ private:
+  char m_quote = 0;
+  bool m_escaped = false;
+};
+
+/// The physical lines of a text in memory. A text that ends in a newline has an empty last line behind it, as
+/// a stream would see it.
+class TextLines {
+ public:
+  explicit TextLines(const std::string& text, size_t position = 0) : m_text(text), m_position(position) {}
+
+  bool atEnd() const { return m_atEnd; }
+  /// Bytes before the next line.
+  size_t position() const { return m_position; }
+  /// The next line without its newline. Requires: not at the end.
+  void next(std::string& line) {
+    const char* start = m_text.data() + m_position;
+    // The text has a length. NOLINTNEXTLINE(bugprone-not-null-terminated-result)
+    const void* newline = memchr(start, '\n', m_text.size() - m_position);
+    m_atEnd = newline == nullptr;
+    const size_t length = m_atEnd ? m_text.size() - m_position : static_cast<const char*>(newline) - start;
+    line.assign(start, length);
+    m_position = std::min(m_position + length + 1, m_text.size());
+  }
+  /// Makes the line that begins there the next one again.
+  void goBack(size_t position) {
+    m_position = position;
+    m_atEnd = false;
+  }
+
+ private:
+  const std::string& m_text;
+  size_t m_position;
+  bool m_atEnd = false;
+};
+
+/// Whether a line can hold the text to its end: no newline cuts it and no backslash continues it.
+inline bool isSingleLine(const std::string& text) {
+  return text.find('\n') == std::string::npos && !PropertySyntax::isEscaped(text);
+}
+
+/// One logical line from TextLines or anything like it; PropertySyntax::getLine tells the rules.
+template <class Lines>
+void readLogicalLine(Lines& lines, std::string& line, std::string& extra, bool skipComments) {
+  lines.next(line);
+  const bool comment = PropertySyntax::isComment(line);
+  if (comment && skipComments) return;
+  while (PropertySyntax::isEscaped(line) && !lines.atEnd()) {
+    lines.next(extra);
+    if (comment) extra.erase(0, extra.find_first_not_of("#!"));
+    line.back() = ' ';
+    line += extra;
+  }
+}
+
+}  // namespace vesk

@@ -1,0 +1,135 @@
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+#include "util/thread/fork_locks.h"
+#include <fokrazo/file_util.h>
+#include <fokrazo/log.h>
+#include <fokrazo/path.h>
+#include <fokrazo/properties.h>
+#include <fokrazo/setting.h>
+#include "util/error/throw.h"
+#include "util/file/unique_fd.h"
+#include "util/setting/setting_store.h"
+
+namespace vesk {
+namespace {
+
+constexpr char kSource[] = "util/setting";
+constexpr char kLogger[] = "util.settings";
+constexpr char kPrecreateDir[] = "/precreate/";
+constexpr unsigned kDataDirMode = 0755;
+constexpr unsigned kUserDirMode = 01777;
+
+[[noreturn]] void throwNoPrecreateDir() {
+  const int error = errno;
+  FOKRAZO_THROW(IOException, "IOException", error,
+                "Failed to create temp directory to precreate computer and extension object\n");
+}
+
+std::string precreateDir() {
+  char tempDir[256];
+  if (GetZantrelTempDirForCurrentUser(tempDir, sizeof tempDir) != 0) throwNoPrecreateDir();
+  return std::string(tempDir) + kPrecreateDir;
+}
+
+// Others may write where an ordinary user's precreate directory is, and may have put one of theirs there.
+void refuseForeignDirectory(const std::string& dir) {
+  struct stat info;
+  if (::lstat(dir.substr(0, dir.size() - 1).c_str(), &info) != 0) return;
+  if (S_ISDIR(info.st_mode) && info.st_uid == ::geteuid()) return;
+  errno = EPERM;
+  throwNoPrecreateDir();
+}
+
+// Another process may make it at the same time.
+void makeDirectory(const Path& dir, unsigned mode) {
+  try {
+    Path::createDirectories(dir, mode);
+  } catch (const IOException& failure) {
+    if (failure.rc() != EEXIST || !Path::exists(dir)) throw;
+  }
+}
+
+// No failure counts: a directory that is missing is made afterwards. A link is not followed.
+void openToAllUsers(const Path& dir) {
+  const UniqueFd fd(::open(dir.string('/', true).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (fd) ::fchmod(fd.get(), kUserDirMode);
+}
+
+}  // namespace
+
+SettingStore& SettingStore::instance() {
+  keepLocksOverFork();
+  static SettingStore& store = *new SettingStore;
+  [[maybe_unused]] static Mutex& held = heldOverFork(ForkOrder::Settings, store.gMapLock);
+  return store;
+}
+
+thread_local int LockedStore::Hold::gHolds = 0;
+
+LockedStore::Hold::Hold() {
+  if (gHolds == 0) Props(false, false);
+  ++gHolds;
+}
+
+LockedStore::LockedStore() : m_store(SettingStore::instance()), m_lock(m_store.gMapLock) {}
+
+bool isRootUser() {
+  return ::geteuid() == 0;
+}
+
+std::vector<std::string> listKSetDirectory(const std::string& dir) {
+  std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(dir.c_str()), ::closedir);
+  if (!directory) {
+    const int error = errno;
+    FOKRAZO_THROW_ERRNO(NotFoundException, "NotFoundException", error, error, "Cannot open directory %s",
+                        dir.c_str());
+  }
+  std::vector<std::string> names;
+  while (const dirent* entry = ::readdir(directory.get()))
+    if (strcmp(entry->d_name, ".") != 0 && strcmp(entry->d_name, "..") != 0) names.push_back(entry->d_name);
+  return names;
+}
+
+std::string getDataDir() {
+  const LockedStore store;
+  return store->gDataDir;
+}
+
+void chgDataDir(const std::string& dir) {
+  const LockedStore store;
+  if (!store->gSettingsMap.empty()) {
+    VESK_LOG_TO(kLogger, Warn, "Settings Map already been created, cannot change root of data directory.");
+    FOKRAZO_THROW(AlreadyException, "AlreadyException", 0, "change data dir");
+  }
+  VESK_LOG_TO(kLogger, Info, "Change Root of Data directory to %s.", dir.c_str());
+  store->gDataDir = dir;
+}
+
+void createDataDir() {
+  const LockedStore store;
+  const std::string precreate = precreateDir();
+  if (!isRootUser()) {
+    if (store->gDataDir != precreate) return;
+    refuseForeignDirectory(store->gDataDir);
+  }
+  const Path userDir(store->gDataDir + kUserDir);
+  if (Path::exists(store->gDataDir))
+    openToAllUsers(userDir);
+  else
+    makeDirectory(store->gDataDir, kDataDirMode);
+  if (!Path::exists(userDir)) makeDirectory(userDir, kUserDirMode);
+}
+
+void deleteDataDir() {
+  const LockedStore store;
+  Path::remove(store->gDataDir, true);
+}
+
+}  // namespace vesk

@@ -1,0 +1,136 @@
+#include <fokrazo/kset.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <boost/make_shared.hpp>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "util/file/file_io.h"
+#include <fokrazo/setting.h>
+#include "util/file/replacement_file.h"
+#include "util/setting/setting_store.h"
+
+namespace vesk {
+namespace {
+
+constexpr char kDCFilePrefix[] = "kset.dc.";
+constexpr mode_t kPermissionBits = 0777;
+
+// S_IFREG and its like; 0 if it cannot be told.
+mode_t typeOf(const std::string& path) {
+  struct stat info;
+  return ::lstat(path.c_str(), &info) == 0 ? info.st_mode & S_IFMT : 0;
+}
+
+// Whether opening failed because there is no such regular file. What is closed to the caller can be anything.
+bool isNoFile(const std::string& path, int error) {
+  if (error != EACCES) return error == ENOENT || error == ENOTDIR || isNeverRegular(error);
+  const mode_t type = typeOf(path);
+  return type != 0 && type != S_IFREG;
+}
+
+// Null if there is no such regular file. All is asked of what was opened: the programs that own the directory
+// go on, and others may write there.
+boost::shared_ptr<KSetData> read(const std::string& path) {
+  const UniqueFd fd = openUnfollowed(path);
+  if (!fd) {
+    const int error = errno;
+    if (isNoFile(path, error)) return boost::shared_ptr<KSetData>();
+    throwCallFailed(error);
+  }
+  struct stat info;
+  if (::fstat(fd.get(), &info) != 0) throwCallFailed(errno);
+  if (!S_ISREG(info.st_mode)) return boost::shared_ptr<KSetData>();
+  auto data = boost::make_shared<KSetData>();
+  data->mode = info.st_mode & kPermissionBits;
+  if (!readAll(fd.get(), data->content)) throwCallFailed(errno);
+  return data;
+}
+
+void write(const std::string& path, const KSetData& data) {
+  ReplacementFile file(path);
+  if (!writeAll(file.fd(), data.content.data(), data.content.size()) || ::fchmod(file.fd(), data.mode) != 0)
+    throwCallFailed(errno);
+  file.commit();
+}
+
+// A directory under the name of a key set is none, and what a live writer writes is not yet one.
+void removeEntry(const std::string& path) {
+  if (ReplacementFile::isTemporary(path))
+    ReplacementFile::removeLeftover(path);
+  else if (typeOf(path) != S_IFDIR)
+    removeFile(path);
+}
+
+/// The names in the directory that `isMember` takes.
+std::vector<std::string> entries(const std::string& dir, bool (*isMember)(const char*)) {
+  std::vector<std::string> names;
+  for (std::string& name : listKSetDirectory(dir))
+    if (isMember(name.c_str())) names.push_back(std::move(name));
+  return names;
+}
+
+/// Those among them that are no writer's temporary files.
+std::vector<std::string> members(const std::string& dir, bool (*isMember)(const char*)) {
+  std::vector<std::string> names = entries(dir, isMember);
+  names.erase(std::remove_if(names.begin(), names.end(), ReplacementFile::isTemporary), names.end());
+  return names;
+}
+
+}  // namespace
+
+KSets::KSets() : m_defaultDir(getDataDir()) {}
+
+KSets::KSets(const std::string& defaultDir) : m_defaultDir(defaultDir) {}
+
+bool KSets::isKSetFile(const char* fileName) {
+  return strncmp(fileName, kKSetPrefix, strlen(kKSetPrefix)) == 0;
+}
+
+bool KSets::isKSetDCFile(const char* fileName) {
+  return strncmp(fileName, kDCFilePrefix, strlen(kDCFilePrefix)) == 0;
+}
+
+void KSets::copy(const std::string& toDir, const std::string& fromDir, const std::string& fileName) const {
+  const boost::shared_ptr<KSetData> data = read(directory(fromDir) + fileName);
+  if (data) write(directory(toDir) + fileName, *data);
+}
+
+void KSets::copy(const std::string& toDir, const std::string& fromDir) const {
+  for (const std::string& name : members(directory(fromDir), isKSetFile)) copy(toDir, fromDir, name);
+}
+
+void KSets::copyDCs(const std::string& toDir, const std::string& fromDir) const {
+  for (const std::string& name : members(directory(fromDir), isKSetDCFile)) copy(toDir, fromDir, name);
+}
+
+void KSets::clean(const std::string& dir) const {
+  const std::string from = directory(dir);
+  for (const std::string& name : entries(from, isKSetFile)) removeEntry(from + name);
+  clearSettingsMap();
+}
+
+void KSets::snapShot(const std::string& dir) {
+  const std::string from = directory(dir);
+  for (const std::string& name : members(from, isKSetFile))
+    if (const boost::shared_ptr<KSetData> data = read(from + name)) m_snapshot[name] = data;
+}
+
+void KSets::rollBack(const std::string& dir) {
+  const std::string to = directory(dir);
+  for (const std::string& name : entries(to, isKSetFile))
+    if (m_snapshot.count(name) == 0) removeEntry(to + name);
+  for (const auto& file : m_snapshot) write(to + file.first, *file.second);
+  m_snapshot.clear();
+}
+
+std::string KSets::directory(const std::string& dir) const {
+  const std::string& chosen = dir.empty() ? m_defaultDir : dir;
+  return chosen.empty() || chosen.back() == '/' ? chosen : chosen + "/";
+}
+
+}  // namespace vesk

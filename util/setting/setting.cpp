@@ -1,0 +1,180 @@
+#include <fokrazo/setting.h>
+
+#include <algorithm>
+
+#include "util/file/fixed_paths.h"
+#include <fokrazo/log.h>
+#include <fokrazo/path.h>
+#include <fokrazo/properties.h>
+#include <fokrazo/propnames.h>
+#include <fokrazo/strutil.h>
+#include "util/error/throw.h"
+#include "util/setting/setting_store.h"
+
+namespace vesk {
+namespace {
+
+constexpr char kSource[] = "util/setting";
+constexpr char kLogger[] = "util.settings";
+constexpr char kAutoZone[] = "00112233445566778899aabbccddeeff";
+
+bool filesDisabled() {
+  return Props(false, false)->getBool(PN::DISABLE_KSET_FILES, false);
+}
+
+// Whoever asks tries first what his own kind has written.
+std::string readFromFiles(const std::string& name) {
+  const std::string dataDir = getDataDir();
+  if (!isDCSetting(name)) return readSettingFile(name, dataDir);
+  const std::string userDir = dataDir + kUserDir;
+  try {
+    return readSettingFile(name, isRootUser() ? dataDir : userDir);
+  } catch (const VESKException&) {
+    return readSettingFile(name, isRootUser() ? userDir : dataDir);
+  }
+}
+
+bool isUnchanged(const std::string& name, const std::string& value) {
+  return trimWhiteSpace(value) == trimWhiteSpace(internalGetSetting(name, std::string()));
+}
+
+bool isWaiting(const SettingStore& store, const std::string& name) {
+  return std::find(store.gRewriteSettings.begin(), store.gRewriteSettings.end(), name) !=
+         store.gRewriteSettings.end();
+}
+
+void cleanUpOnce(SettingStore& store, const std::string& dir) {
+  if (store.cleanedUp) return;
+  CleanTempSettingFiles(dir);
+  store.cleanedUp = true;
+}
+
+// False if the name has to wait on.
+bool rewrite(const SettingStore& store, const std::string& name, const std::string& dir) {
+  const auto entry = store.gSettingsMap.find(name);
+  if (entry == store.gSettingsMap.end()) return true;
+  try {
+    writeSettingFile(name, entry->second.first, entry->second.second, dir);
+    return true;
+  } catch (const VESKException&) {
+    return false;
+  }
+}
+
+// A value that could not be written is not kept for the file's, or saving it once more would do nothing.
+void forgetUnlessWaiting(SettingStore& store, const std::string& name) {
+  if (!isWaiting(store, name)) store.gSettingsMap.erase(name);
+}
+
+void writeOrDefer(SettingStore& store, const std::string& name, const std::string& value,
+                  SettingAccess access, bool deferOnFailure) {
+  const std::string dir = isRootUser() ? store.gDataDir : store.gDataDir + kUserDir;
+  try {
+    writeSettingFile(name, value, access, dir);
+    rewriteSettingFiles();
+  } catch (const IOException&) {
+    if (!deferOnFailure || dir != paths::kDataDir) {
+      forgetUnlessWaiting(store, name);
+      throw;
+    }
+    if (!isWaiting(store, name)) store.gRewriteSettings.push_back(name);
+  }
+}
+
+}  // namespace
+
+std::string GetSetting(const std::string& name, const std::string& fallback) {
+  try {
+    return loadSetting(name, false);
+  } catch (const VESKException&) {
+    return fallback;
+  }
+}
+
+std::string internalGetSetting(const std::string& name, const std::string& fallback) {
+  try {
+    return loadSettingFromFile(name);
+  } catch (const VESKException&) {
+    return fallback;
+  }
+}
+
+std::string loadSetting(const std::string& name, bool fromFileOnly) {
+  if (!fromFileOnly) {
+    const std::string property = Props(false, false)->getString(kKSetPrefix + name);
+    if (!property.empty()) return property;
+    if (filesDisabled())
+      FOKRAZO_THROW(IOException, "IOException", 0,
+                    "No property found for %s and file I/O disabled in properties file", name.c_str());
+  }
+  const LockedStore store;
+  const auto held = store->gSettingsMap.find(name);
+  if (held != store->gSettingsMap.end()) return held->second.first;
+  const std::string value = readFromFiles(name);
+  store->gSettingsMap[name] = {value, SETTING_DEFAULT};
+  return value;
+}
+
+std::string loadSettingFromFile(const std::string& name) {
+  return loadSetting(name, true);
+}
+
+void saveSetting(const std::string& name, const std::string& value, SettingAccess access, bool deferOnFailure,
+                 bool force) {
+  const bool toProperties = filesDisabled();
+  if (toProperties) Props(false, false)->setString(kKSetPrefix + name, value);
+  const bool toFile = !toProperties && (isRootUser() || isDCSetting(name));
+  const LockedStore store;
+  if (!value.empty() && !force && isUnchanged(name, value)) return;
+  // No later attempt helps a value that is too large, so it is never deferred.
+  if (toFile) CheckFileSize("Write", name, trimWhiteSpace(value).size());
+  store->gSettingsMap[name] = {value, access};
+  VESK_LOG_TO(kLogger, Debug, "Setting %s to %s\n", name.c_str(), value.c_str());
+  if (toFile) writeOrDefer(*store, name, value, access, deferOnFailure);
+}
+
+int rewriteSettingFiles() {
+  const LockedStore store;
+  const std::string dir = isRootUser() ? store->gDataDir : store->gDataDir + kUserDir;
+  cleanUpOnce(*store, dir);
+  std::vector<std::string>& waiting = store->gRewriteSettings;
+  if (waiting.empty()) return 0;
+  const auto failed = std::find_if_not(waiting.begin(), waiting.end(),
+                                       [&](const std::string& name) { return rewrite(*store, name, dir); });
+  waiting.erase(waiting.begin(), failed);
+  CleanTempSettingFiles(dir);
+  return static_cast<int>(waiting.size());
+}
+
+void clearSettingsMap() {
+  const LockedStore store;
+  store->gSettingsMap.clear();
+}
+
+bool joined() {
+  if (Path::exists(paths::kJoinInProgressFile)) return false;
+  try {
+    return !loadSetting(SETTING_DOMAIN_NAME, false).empty() && !loadSetting(SETTING_HOST_NAME, false).empty();
+  } catch (const VESKException&) {
+    return false;
+  }
+}
+
+void CheckEssentialKSets() {
+  const std::string zoneName = GetSetting(SETTING_ZONE_REALNAME, std::string());
+  const std::string schema = GetSetting(SETTING_SCHEMA, std::string());
+  const std::string zone = GetSetting(SETTING_ZONE_GUID, std::string());
+  const std::string host = GetSetting(SETTING_HOST_NAME, std::string());
+  const char* problem = nullptr;
+  if (host.empty())
+    problem = "Cannot find key sets of host.";
+  else if (schema.empty())
+    problem = "Cannot find key sets of zone schema.";
+  else if (schema == "NULL_AUTO" && zone != kAutoZone)
+    problem = "Incorrect key sets of zone guid for auto zone.";
+  else if (schema != "NULL" && schema != "NULL_AUTO" && (zone.empty() || zoneName.empty()))
+    problem = "Cannot find key sets of zone name or zone guid.";
+  if (problem) FOKRAZO_THROW(IOException, "IOException", 0, "%s", problem);
+}
+
+}  // namespace vesk

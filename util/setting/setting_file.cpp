@@ -1,0 +1,160 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "util/file/file_io.h"
+#include <fokrazo/path.h>
+#include <fokrazo/setting.h>
+#include <fokrazo/strutil.h>
+#include "util/error/throw.h"
+#include "util/file/unique_fd.h"
+#include "util/file/replacement_file.h"
+#include "util/setting/setting_store.h"
+
+namespace vesk {
+namespace {
+
+constexpr char kSource[] = "util/setting";
+constexpr char kDCPrefix[] = "dc.";
+constexpr char kCannotRead[] = "Cannot read file %s";
+constexpr int kMaxSize = 1024;
+constexpr size_t kBlockSize = 4096;
+
+constexpr mode_t kPrivateMode = 0600;
+constexpr mode_t kPublicMode = 0644;
+constexpr mode_t kUsersPublicMode = 0666;
+
+mode_t modeOf(SettingAccess access) {
+  if (access != SETTING_PUBLIC) return kPrivateMode;
+  return isRootUser() ? kPublicMode : kUsersPublicMode;
+}
+
+// Others may write in "user/".
+UniqueFd openForReading(const std::string& path) {
+  UniqueFd fd = openUnfollowed(path);
+  if (fd) return fd;
+  throwFileFailure(errno, "Cannot open file %s", path);
+}
+
+struct stat statOf(const UniqueFd& fd, const std::string& path) {
+  struct stat info;
+  if (::fstat(fd.get(), &info) == 0) return info;
+  throwFileFailure(errno, "Cannot stat file to %s", path);
+}
+
+void refuseControlCharacters(const char* data, size_t size, const std::string& path) {
+  const bool found =
+      std::any_of(data, data + size, [](unsigned char c) { return c != '\n' && IsCntrlChar(c); });
+  if (found)
+    FOKRAZO_THROW(BadDataException, "BadDataException", 0, "Control character is disallowed in %s file.",
+                  path.c_str());
+}
+
+// Memory grows with what arrives and not with what the file claims to hold: some files have no limit, and
+// their size may be another user's word.
+std::string readText(const UniqueFd& fd, off_t size, const std::string& path) {
+  std::string text;
+  char block[kBlockSize];
+  while (static_cast<off_t>(text.size()) < size) {
+    const size_t wanted = std::min<off_t>(sizeof block, size - text.size());
+    const ssize_t got = readSome(fd.get(), block, wanted);
+    if (got < 0) throwFileFailure(errno, kCannotRead, path);
+    if (got == 0)
+      FOKRAZO_THROW(IOException, "IOException", 0, "Cannot read all data in file %s", path.c_str());
+    refuseControlCharacters(block, got, path);
+    text.append(block, got);
+  }
+  return text;
+}
+
+void writeText(const ReplacementFile& file, const std::string& text) {
+  ssize_t written;
+  do {
+    written = ::write(file.fd(), text.data(), text.size());
+  } while (written < 0 && errno == EINTR);
+  if (written < 0) throwFileFailure(errno, "Cannot write file %s", file.name());
+  if (static_cast<size_t>(written) != text.size())
+    FOKRAZO_THROW(IOException, "IOException", 0, "Cannot write all data to file %s", file.name().c_str());
+}
+
+// The mode is set before the rename: nobody ever meets the new value behind the wrong mode.
+void replaceFile(const std::string& path, const std::string& text, mode_t mode) {
+  ReplacementFile file(path);
+  writeText(file, text);
+  if (::fchmod(file.fd(), mode) != 0) throwFileFailure(errno, "Cannot chmod file %s", path);
+  file.commit();
+}
+
+}  // namespace
+
+void throwFileFailure(int error, const char* literal, const std::string& path) {
+  FOKRAZO_THROW_ERRNO(IOException, "IOException", error, error, literal, path.c_str());
+}
+
+void removeFile(const std::string& path) {
+  if (::unlink(path.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return;
+  throwFileFailure(errno, "Cannot remove file %s", path);
+}
+
+bool isDCSetting(const std::string& name) {
+  return name.compare(0, strlen(kDCPrefix), kDCPrefix) == 0;
+}
+
+void CheckFileSize(const char* operation, const std::string& name, long long size) {
+  if (size <= kMaxSize || name == SETTING_TRUSTS || isDCSetting(name)) return;
+  FOKRAZO_THROW(IOException, "IOException", 0, "%s kset.%s: size(%lld) exceeds maximum (%d)", operation,
+                name.c_str(), size, kMaxSize);
+}
+
+std::string readSettingFile(const std::string& name, const std::string& dir) {
+  const LockedStore store;
+  const std::string path = settingPath(dir.empty() ? store->gDataDir : dir, name);
+  const UniqueFd fd = openForReading(path);
+  const struct stat info = statOf(fd, path);
+  CheckFileSize("Read", name, info.st_size);
+  // A pipe or a device that somebody put there holds no value; a directory fails to read by itself.
+  if (!S_ISREG(info.st_mode)) throwFileFailure(S_ISDIR(info.st_mode) ? EISDIR : EINVAL, kCannotRead, path);
+  return trimWhiteSpace(readText(fd, info.st_size, path));
+}
+
+void writeSettingFile(const std::string& name, const std::string& value, SettingAccess access,
+                      const std::string& dir) {
+  const LockedStore store;
+  const std::string text = trimWhiteSpace(value);
+  const std::string directory = dir.empty() ? store->gDataDir : dir;
+  const std::string path = settingPath(directory, name);
+  createDataDir();
+  if (text.empty()) {
+    removeFile(path);
+  } else {
+    CheckFileSize("Write", name, text.size());
+    replaceFile(path, text, modeOf(access));
+  }
+  // A copy that some user wrote must not outlive the new value.
+  if (isRootUser()) ::unlink(settingPath(directory + kUserDir, name).c_str());
+}
+
+void CleanTempSettingFiles(const std::string& dir) {
+  const LockedStore lock;
+  const std::string base = dir.empty() || dir.back() == '/' ? dir : dir + "/";
+  for (const std::string& name : listKSetDirectory(dir)) {
+    const std::string path = base + name;
+    if (ReplacementFile::isTemporary(path)) ReplacementFile::removeLeftover(path);
+  }
+}
+
+bool SettingExists(const std::string& name) {
+  struct stat info;
+  return ::stat(settingPath(getDataDir(), name).c_str(), &info) == 0;
+}
+
+time_t SettingModTime(const std::string& name) {
+  struct stat info;
+  return ::stat(settingPath(getDataDir(), name).c_str(), &info) == 0 ? info.st_mtime : 0;
+}
+
+}  // namespace vesk

@@ -1,0 +1,141 @@
+#include "util/sink/log_backups.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+#include "util/file/file_io.h"
+#include <fokrazo/log_gzip.h>
+
+namespace vesk {
+namespace {
+
+constexpr unsigned int kOverwrite = 0;
+
+constexpr char kTakenMarker[] = ".rotated.";
+
+bool exists(const std::string& path) {
+  struct stat ignored;
+  return ::lstat(path.c_str(), &ignored) == 0;
+}
+
+// As the system's call: with RENAME_NOREPLACE nothing is overwritten (EEXIST).
+bool moveFile(const std::string& from, const std::string& to, unsigned int flags) {
+  return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0;
+}
+
+// Whether the file under this name is one that no living process works on, and no stranger's trap. An empty
+// one is just being made.
+bool isLeftover(const std::string& name, int file) {
+  struct stat status;
+  return ::fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1 &&
+         status.st_size > 0 && (status.st_uid == 0 || status.st_uid == ::geteuid()) && tryLock(file) &&
+         isNameOf(name, file);
+}
+
+}  // namespace
+
+std::string LogBackups::name(int number) const {
+  return m_log + "." + std::to_string(number) + (m_compressed ? ".gz" : "");
+}
+
+void LogBackups::takeLog(int wanted) {
+  std::vector<Taken> older = leftovers();
+  Taken log = claim(wanted);
+  if (log.name.empty()) return;
+  for (Taken& taken : older)
+    if (makePlace(taken)) m_placed.push_back(std::move(taken));
+  if (makePlace(log))
+    m_placed.push_back(std::move(log));
+  else
+    giveBack(log);
+}
+
+std::vector<LogBackups::Taken> LogBackups::leftovers() const {
+  constexpr size_t kMost = 8;  // the rest waits
+  const size_t nameStart = m_log.rfind('/') + 1;
+  const std::string start = m_log.substr(nameStart) + kTakenMarker;
+  std::vector<Taken> found;
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(
+      ::opendir(nameStart == 0 ? "." : m_log.substr(0, nameStart).c_str()), ::closedir);
+  if (!directory) return found;
+  while (const dirent* entry = found.size() < kMost ? ::readdir(directory.get()) : nullptr) {
+    if (strncmp(entry->d_name, start.c_str(), start.size()) != 0) continue;
+    Taken taken{m_log.substr(0, nameStart) + entry->d_name, {}, {}};
+    taken.lock = openUnfollowed(taken.name);
+    if (taken.lock && isLeftover(taken.name, taken.lock.get())) found.push_back(std::move(taken));
+  }
+  return found;
+}
+
+// Of several processes that take one log, one gets it. Another one may get the log that has followed, and
+// gives it back.
+LogBackups::Taken LogBackups::claim(int wanted) const {
+  Taken log{m_log + kTakenMarker + "XXXXXX", {}, {}};
+  if (!UniqueFd(::mkostemp(log.name.data(), O_CLOEXEC))) return {};
+  if (!moveFile(m_log, log.name, kOverwrite)) {
+    ::remove(log.name.c_str());
+    return {};
+  }
+  if (!leadsTo(log.name, wanted)) giveBack(log);
+  return log;
+}
+
+// Where there is a new log by now the taken one becomes a backup all the same.
+void LogBackups::giveBack(Taken& log) const {
+  if (moveFile(log.name, m_log, RENAME_NOREPLACE)) log.name.clear();
+}
+
+// A place that is taken again when it has just been made free is another process's. If that goes on, a backup
+// cannot be moved: then others are overwritten.
+bool LogBackups::makePlace(Taken& taken) const {
+  constexpr int kAttempts = 16;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    moveUp(RENAME_NOREPLACE);
+    if (occupyFirst(taken, RENAME_NOREPLACE)) return true;
+    if (errno == EINVAL) break;  // a file system without such moves
+    if (errno != EEXIST) return false;
+  }
+  moveUp(kOverwrite);
+  return occupyFirst(taken, kOverwrite);
+}
+
+void LogBackups::moveUp(unsigned int flags) const {
+  for (int number = m_count; number >= 1; --number) {
+    const std::string old = name(number);
+    if (!exists(old)) continue;
+    if (number == m_count)
+      ::remove(old.c_str());
+    else
+      moveFile(old, name(number + 1), flags);
+  }
+}
+
+bool LogBackups::occupyFirst(Taken& taken, unsigned int flags) const {
+  const std::string first = name(1);
+  if (!m_compressed) return moveFile(taken.name, first, flags);
+  if (flags == kOverwrite) ::remove(first.c_str());
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  taken.place = UniqueFd(::open(first.c_str(), kFlags, 0666));
+  return static_cast<bool>(taken.place);
+}
+
+// A copy that has no room is given up, for the next rotation to try.
+void LogBackups::compress() {
+  if (!m_compressed) return;
+  for (const Taken& taken : m_placed) {
+    const int place = taken.place.get();
+    if (moveCompressed(taken.name.c_str(), ::fcntl(place, F_DUPFD_CLOEXEC, 0))) continue;
+    if (isNameOf(name(1), place)) ::remove(name(1).c_str());
+  }
+}
+
+}  // namespace vesk

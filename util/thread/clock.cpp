@@ -1,0 +1,9 @@
+#include "util/thread/clock.h"
+
+namespace vesk {
+namespace dayclock {
+
+std::atomic<long> offset{0};
+
+}  // namespace dayclock
+}  // namespace vesk

@@ -1,0 +1,235 @@
+#include <fokrazo/thread.h>
+
+#include <sched.h>
+
+#include <cerrno>
+#include <ctime>
+
+#include "util/thread/fork_locks.h"
+#include <fokrazo/log.h>
+#include <fokrazo/properties.h>
+#include <fokrazo/propnames.h>
+#include "util/thread/threads_api.h"
+
+namespace {
+
+constexpr char kSource[] = "util/thread";
+constexpr char kLogger[] = "util.thread";
+
+// Guards Thread::m_threadsActive.
+vesk::Mutex& gMutex() {
+  return vesk::forkedLock<vesk::ForkOrder::ActiveThreads>();
+}
+
+// Guards the end of every thread's running against those who act on a running thread: its id is good as long.
+vesk::Mutex& gRunningMutex() {
+  return vesk::forkedLock<vesk::ForkOrder::RunningThreads>();
+}
+
+// The calling thread's Thread object. The key is made by the first thread that runs.
+pthread_key_t gTSDKey;
+pthread_once_t gTSDKeyOnce = PTHREAD_ONCE_INIT;
+std::atomic<bool> gTSDKeyMade{false};
+
+bool prioritiesWanted() {
+  return vesk::Props(false, false)->getBool(vesk::PN::VESKD_USE_THREAD_PRIORITY, false);
+}
+
+// How a new thread is to be made, as the configuration wants it.
+class Attributes {
+ public:
+  Attributes() { FOKRAZO_CHECK_OS_CALL(pthread_attr_init(&m_attributes)); }
+  ~Attributes() { pthread_attr_destroy(&m_attributes); }
+
+  void configure() {
+    const int stackSize = vesk::Props(false, false)->getInt(vesk::PN::VESKD_STACKSIZE_CLIENT_THREADS, 0);
+    if (stackSize > 0) setStackSize(stackSize);
+    if (prioritiesWanted()) FOKRAZO_CHECK_OS_CALL(pthread_attr_setschedpolicy(&m_attributes, SCHED_FIFO));
+  }
+  const pthread_attr_t* get() const { return &m_attributes; }
+
+  Attributes(const Attributes&) = delete;
+  Attributes& operator=(const Attributes&) = delete;
+
+ private:
+  void setStackSize(int size) {
+    if (pthread_attr_setstacksize(&m_attributes, size) == 0)
+      VESK_LOG_TO(kLogger, Debug, "Set the pthread stack size to %d", size);
+    else
+      VESK_LOG_TO(kLogger, Debug, "Failed to set the thread stack size, using system default");
+  }
+
+  pthread_attr_t m_attributes;
+};
+
+void testCancel() {
+  if (vesk::threadsSupported()) pthread_testcancel();
+}
+
+}  // namespace
+
+namespace vesk {
+
+std::atomic<bool> Thread::m_threadSupportKnown{false};
+std::atomic<bool> Thread::m_threadsSupported{false};
+std::atomic<int> Thread::m_threadsActive{0};
+
+Thread::Thread() {
+  SetThreadsActive(true);
+}
+
+Thread::~Thread() {
+  const BriefHold hold(gMutex());
+  --m_threadsActive;
+}
+
+void Thread::SetThreadsActive(bool active) {
+  const BriefHold hold(gMutex());
+  m_threadsActive = active ? m_threadsActive + 1 : 0;
+}
+
+void Thread::DetermineThreadSupport() {
+  m_threadsSupported = pthread_mutexattr_init != nullptr;
+  m_threadSupportKnown = true;
+}
+
+void Thread::SetMonoProcessor(bool) {}
+
+void Thread::start(const char* name, void* (*routine)(void*), void* argument, int) {
+  m_routine = routine;
+  m_argument = argument;
+  if (name) m_name = name;
+  Attributes attributes;
+  attributes.configure();
+
+  m_id = pthread_t{};
+  m_joined = false;
+  m_cancelled = false;
+  // From here on, so that a cancel right after start is not lost on a thread that has not come round yet.
+  m_running = true;
+  pthread_t id;
+  const int error = pthread_create(&id, attributes.get(), ThreadStart, this);
+  if (error != 0) m_running = false;
+  FOKRAZO_CHECK_OS_CALL(error);
+  m_id = id;
+}
+
+void* Thread::ThreadStart(void* argument) {
+  auto* thread = static_cast<Thread*>(argument);
+  while (thread->m_id == pthread_t{}) sched_yield();
+  pthread_once(&gTSDKeyOnce, TSDKeyAlloc);
+  if (gTSDKeyMade) pthread_setspecific(gTSDKey, thread);
+  void* result = thread->m_routine(thread->m_argument);
+  if (gTSDKeyMade) pthread_setspecific(gTSDKey, nullptr);
+  thread->ended();
+  return result;
+}
+
+void Thread::TSDKeyAlloc() {
+  gTSDKeyMade = pthread_key_create(&gTSDKey, ThreadCancelCleanup) == 0;
+}
+
+// The key still holds the object: the routine was left by cancellation or pthread_exit.
+void Thread::ThreadCancelCleanup(void* argument) {
+  auto* thread = static_cast<Thread*>(argument);
+  thread->unexpectedTermination();
+  thread->ended();
+}
+
+void Thread::ended() {
+  const BriefHold hold(gRunningMutex());
+  m_running = false;
+}
+
+void Thread::unexpectedTermination() {}
+
+Thread* Thread::getSelf() {
+  return gTSDKeyMade ? static_cast<Thread*>(pthread_getspecific(gTSDKey)) : nullptr;
+}
+
+pthread_t Thread::startedId() const {
+  if (m_id == pthread_t{}) FOKRAZO_CHECK_OS_CALL(ESRCH);
+  return m_id;
+}
+
+void Thread::join() {
+  if (m_joined) return;
+  FOKRAZO_CHECK_OS_CALL(pthread_join(startedId(), nullptr));
+  m_joined = true;
+}
+
+void Thread::detach() {
+  if (m_joined) return;
+  FOKRAZO_CHECK_OS_CALL(pthread_detach(startedId()));
+  m_joined = true;
+}
+
+template <class Call>
+int Thread::whileRunning(Call call) {
+  const BriefHold hold(gRunningMutex());
+  return m_running && m_id != pthread_t{} ? call(m_id) : ESRCH;
+}
+
+void Thread::cancel() {
+  const int error = whileRunning([this](pthread_t id) {
+    m_cancelled = true;
+    return pthread_cancel(id);
+  });
+  if (error != ESRCH) FOKRAZO_CHECK_OS_CALL(error);
+}
+
+void Thread::kill() {
+  cancel();
+  join();
+}
+
+void Thread::changePriority(int delta) {
+  if (!prioritiesWanted()) return;
+  const char* word = delta > 0 ? "Increase" : "Decrease";
+  sched_param parameters{};
+  int error = whileRunning([&](pthread_t id) {
+    int policy = 0;
+    return pthread_getschedparam(id, &policy, &parameters);
+  });
+  if (error != 0) {
+    VESK_LOG_TO(kLogger, Debug, "Can't determine previous thread priority: %d", error);
+    return;
+  }
+  parameters.sched_priority += delta;
+  error = whileRunning([&](pthread_t id) { return pthread_setschedparam(id, SCHED_FIFO, &parameters); });
+  if (error == 0)
+    VESK_LOG_TO(kLogger, Debug, "%s thread priority to %d", word, parameters.sched_priority);
+  else
+    VESK_LOG_TO(kLogger, Debug, "%s thread priority failed: %d", word, error);
+}
+
+bool Thread::sleep(long seconds, long nanoseconds) {
+  testCancel();
+  const timespec time{seconds, nanoseconds};
+  const int error = nanosleep(&time, nullptr) == 0 ? 0 : errno;
+  testCancel();
+  if (error == EINTR) return false;
+  FOKRAZO_CHECK_OS_CALL(error);
+  return true;
+}
+
+bool Thread::sleep(long seconds, int milliseconds, int microseconds, int nanoseconds) {
+  return sleep(seconds, (milliseconds * 1000L + microseconds) * 1000L + nanoseconds);
+}
+
+void Thread::yield() {
+  testCancel();
+  if (sched_yield() != 0) FOKRAZO_CHECK_OS_CALL(errno);
+}
+
+void Thread::enableKill() {
+  if (!threadsSupported()) return;
+  FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr));
+  pthread_testcancel();
+}
+
+void Thread::disableKill() {
+  if (threadsSupported()) FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr));
+}
+
+}  // namespace vesk

@@ -1,0 +1,97 @@
+/// The threads interface of the system. Internal. It is reached through weak references alone, so that the
+/// library works in a program that has no threads library; a call is made only where threadsSupported or a
+/// running thread vouches for it.
+#pragma once
+
+#include <pthread.h>
+
+#include <fokrazo/mutex.h>
+#include <fokrazo/thread.h>
+
+#pragma weak pthread_attr_destroy
+#pragma weak pthread_attr_init
+#pragma weak pthread_attr_setschedpolicy
+#pragma weak pthread_attr_setstacksize
+#pragma weak pthread_cancel
+#pragma weak pthread_cond_broadcast
+#pragma weak pthread_cond_destroy
+#pragma weak pthread_cond_init
+#pragma weak pthread_cond_signal
+#pragma weak pthread_cond_timedwait
+#pragma weak pthread_cond_wait
+#pragma weak pthread_create
+#pragma weak pthread_detach
+#pragma weak pthread_getschedparam
+#pragma weak pthread_getspecific
+#pragma weak pthread_join
+#pragma weak pthread_key_create
+#pragma weak pthread_key_delete
+#pragma weak pthread_mutex_destroy
+#pragma weak pthread_mutex_init
+#pragma weak pthread_mutex_lock
+#pragma weak pthread_mutex_trylock
+#pragma weak pthread_mutex_unlock
+#pragma weak pthread_mutexattr_destroy
+#pragma weak pthread_mutexattr_init
+#pragma weak pthread_mutexattr_settype
+#pragma weak pthread_once
+#pragma weak pthread_setcancelstate
+#pragma weak pthread_setschedparam
+#pragma weak pthread_setspecific
+#pragma weak pthread_testcancel
+
+namespace vesk {
+
+/// Whether the interface is there at all.
+inline bool threadsSupported() {
+  if (!Thread::m_threadSupportKnown) Thread::DetermineThreadSupport();
+  return Thread::m_threadsSupported;
+}
+
+/// Whether any thread counts as active; while none does, mutexes are neither taken nor signalled.
+inline bool threadsActive() {
+  return Thread::m_threadsActive.load(std::memory_order_relaxed) > 0;
+}
+
+/// Throws SystemException "OS call failed: …" with `error` as its code.
+[[noreturn]] void failOsCall(int error, const char* source, int line);
+/// The same, unless `error` is 0.
+inline void checkOsCall(int error, const char* source, int line) {
+  if (error != 0) failOsCall(error, source, line);
+}
+
+/// Holds a mutex around a few instructions with no cancellation point among them. Unlike Lock it counts in a
+/// process with no Thread object too, and it is never the place where a cancel strikes.
+class BriefHold {
+ public:
+  explicit BriefHold(Mutex& mutex) : m_mutex(mutex) { m_mutex.lock(); }
+  // What is held can be given back. NOLINTNEXTLINE(bugprone-exception-escape)
+  ~BriefHold() { m_mutex.unLock(); }
+  BriefHold(const BriefHold&) = delete;
+  BriefHold& operator=(const BriefHold&) = delete;
+
+ private:
+  Mutex& m_mutex;
+};
+
+/// Keeps cancellation off to the end of the scope: where files are closed a cancel must not strike, because
+/// destructors close them too.
+class CancelKeptOff {
+ public:
+  CancelKeptOff() {
+    if (threadsSupported()) pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_oldState);
+  }
+  ~CancelKeptOff() {
+    if (threadsSupported()) pthread_setcancelstate(m_oldState, nullptr);
+  }
+  CancelKeptOff(const CancelKeptOff&) = delete;
+  CancelKeptOff& operator=(const CancelKeptOff&) = delete;
+
+ private:
+  int m_oldState = PTHREAD_CANCEL_ENABLE;
+};
+
+}  // namespace vesk
+
+/// For a call that gives its error as the result.
+#define FOKRAZO_CHECK_OS_CALL(error) ::vesk::checkOsCall(error, kSource, __LINE__)
