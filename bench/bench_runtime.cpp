@@ -15,12 +15,12 @@
 
 #include <boost/make_shared.hpp>
 
-#include "util/process/descriptors.h"
 #include <fokrazo/error_util.h>
 #include <fokrazo/mutex.h>
 #include <fokrazo/osport.h>
 #include <fokrazo/runqueue.h>
 #include <fokrazo/thread.h>
+#include "util/process/descriptors.h"
 
 namespace {
 

@@ -9,17 +9,17 @@
 #include <stdexcept>
 #include <unordered_map>
 
-#include "bench/support/canned_peer.h"
-#include "bench/support/measure.h"
-#include "bench/support/plain_lookup.h"
-#include "bench/support/plain_socket.h"
-#include "bench/support/sample_user.h"
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/session.h>
 #include <fokrazo/stringdict.h>
 #include <fokrazo/unixviews.h>
+#include "bench/support/canned_peer.h"
+#include "bench/support/measure.h"
+#include "bench/support/plain_lookup.h"
+#include "bench/support/plain_socket.h"
+#include "bench/support/sample_user.h"
 
 namespace bench {
 namespace {

@@ -1,10 +1,10 @@
 // What concerns one person's account: auth, passwd, member, renew.
 
+#include <fokrazo/error_util.h>
+#include <fokrazo/session.h>
 #include "cli/command.h"
 #include "cli/result.h"
 #include "cli/secret.h"
-#include <fokrazo/session.h>
-#include <fokrazo/error_util.h>
 
 namespace cli {
 

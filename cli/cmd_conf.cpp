@@ -8,9 +8,9 @@
 #include <cstring>
 #include <sstream>
 
-#include "cli/command.h"
-#include "util/file/fixed_paths.h"
+#include <fokrazo/fixed_paths.h>
 #include <fokrazo/properties.h>
+#include "cli/command.h"
 
 namespace cli {
 

@@ -1,10 +1,10 @@
 // What concerns the daemon itself: roles, info, health, domain, spn, flush, policy, network-changed.
 
+#include <fokrazo/adobject.h>
+#include <fokrazo/session.h>
 #include "cli/command.h"
 #include "cli/result.h"
 #include "cli/views.h"
-#include <fokrazo/adobject.h>
-#include <fokrazo/session.h>
 
 namespace cli {
 

@@ -10,16 +10,16 @@
 #include <cstring>
 #include <fstream>
 
-#include <fokrazo/osutil.h>
-#include "cli/command.h"
-#include "cli/configuration_check.h"
-#include <fokrazo/ipcmessage.h>
-#include <fokrazo/session.h>
 #include <fokrazo/error_util.h>
-#include "util/file/fixed_paths.h"
+#include <fokrazo/fixed_paths.h>
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/osutil.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
+#include <fokrazo/session.h>
 #include <fokrazo/setting.h>
+#include "cli/command.h"
+#include "cli/configuration_check.h"
 
 namespace cli {
 

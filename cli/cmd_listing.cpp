@@ -2,13 +2,13 @@
 
 #include <vector>
 
-#include "cli/command.h"
-#include "cli/result.h"
-#include "cli/views.h"
+#include <fokrazo/error_util.h>
 #include <fokrazo/paged_search.h>
 #include <fokrazo/session.h>
 #include <fokrazo/unixviews.h>
-#include <fokrazo/error_util.h>
+#include "cli/command.h"
+#include "cli/result.h"
+#include "cli/views.h"
 
 namespace cli {
 

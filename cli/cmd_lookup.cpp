@@ -4,15 +4,15 @@
 #include <cstdio>
 #include <iostream>
 
+#include <fokrazo/error_util.h>
 #include <fokrazo/guid.h>
+#include <fokrazo/session.h>
+#include <fokrazo/sid.h>
+#include <fokrazo/unixviews.h>
 #include "cli/command.h"
 #include "cli/result.h"
 #include "cli/sid_text.h"
 #include "cli/views.h"
-#include <fokrazo/session.h>
-#include <fokrazo/unixviews.h>
-#include <fokrazo/error_util.h>
-#include <fokrazo/sid.h>
 
 namespace cli {
 

@@ -3,14 +3,13 @@
 #include <cstring>
 #include <set>
 
-#include <fokrazo/osutil.h>
-#include "cli/command.h"
 #include <fokrazo/error_util.h>
+#include <fokrazo/fixed_paths.h>
 #include <fokrazo/kset.h>
+#include <fokrazo/osutil.h>
 #include <fokrazo/path.h>
 #include <fokrazo/setting.h>
-#include "util/file/replacement_file.h"
-#include "util/setting/setting_store.h"
+#include "cli/command.h"
 
 namespace cli {
 
@@ -29,15 +28,15 @@ void addSettings(const std::string& dir, bool (*isWanted)(const char*), std::set
   if (!Path::exists(directory)) return;
   for (directory_iterator entry(directory); entry != directory_iterator::end(); ++entry) {
     const std::string leaf = entry->leaf();
-    if (isWanted(leaf.c_str()) && !ReplacementFile::isTemporary(leaf))
-      names.insert(leaf.substr(strlen(kKSetPrefix)));
+    if (isWanted(leaf.c_str()) && leaf.find(paths::kKSetTemporary) == std::string::npos)
+      names.insert(leaf.substr(strlen(paths::kKSetPrefix)));
   }
 }
 
 ExitStatus listSettings(Output& output) {
   std::set<std::string> names;
   addSettings(getDataDir(), KSets::isKSetFile, names);
-  addSettings(getDataDir() + kUserDir, KSets::isKSetDCFile, names);
+  addSettings(getDataDir() + paths::kUserDir, KSets::isKSetDCFile, names);
   ExitStatus status = kFound;
   for (const std::string& name : names) {
     try {

@@ -7,14 +7,14 @@
 #include <iostream>
 #include <memory>
 
+#include <fokrazo/adobject.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/error_util.h>
+#include <fokrazo/stringdict.h>
+#include <fokrazo/strutil.h>
 #include "cli/command.h"
 #include "cli/result.h"
 #include "cli/views.h"
-#include <fokrazo/adobject.h>
-#include <fokrazo/adserializer.h>
-#include <fokrazo/stringdict.h>
-#include <fokrazo/error_util.h>
-#include <fokrazo/strutil.h>
 
 namespace cli {
 

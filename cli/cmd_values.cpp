@@ -4,12 +4,12 @@
 #include <stdexcept>
 
 #include <fokrazo/dn.h>
-#include <fokrazo/guid.h>
-#include "cli/command.h"
-#include "cli/sid_text.h"
 #include <fokrazo/error_util.h>
+#include <fokrazo/guid.h>
 #include <fokrazo/sid.h>
 #include <fokrazo/strutil.h>
+#include "cli/command.h"
+#include "cli/sid_text.h"
 
 namespace cli {
 

@@ -9,11 +9,11 @@
 #include <fstream>
 #include <map>
 
-#include "cli/output.h"
 #include <fokrazo/log.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include <fokrazo/secure_open.h>
+#include "cli/output.h"
 
 namespace cli {
 

@@ -6,13 +6,13 @@
 #include <cstdio>
 #include <exception>
 
-#include "cli/command.h"
-#include <fokrazo/outcome.h>
-#include <fokrazo/session.h>
 #include <fokrazo/error_util.h>
-#include "util/file/fixed_paths.h"
+#include <fokrazo/fixed_paths.h>
+#include <fokrazo/outcome.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
+#include <fokrazo/session.h>
+#include "cli/command.h"
 
 namespace cli {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "cli/output.h"
 #include <fokrazo/session.h>
+#include "cli/output.h"
 
 namespace cli {
 

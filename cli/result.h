@@ -1,9 +1,9 @@
 /// Answers on their way to the exit status.
 #pragma once
 
-#include "cli/exit_status.h"
-#include <fokrazo/ipc_exception.h>
 #include <fokrazo/error_util.h>
+#include <fokrazo/ipc_exception.h>
+#include "cli/exit_status.h"
 
 namespace vesk {
 class LocalRpcSession;

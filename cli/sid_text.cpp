@@ -1,8 +1,8 @@
 #include "cli/sid_text.h"
 
-#include "cli/exit_status.h"
 #include <fokrazo/error_util.h>
 #include <fokrazo/strutil.h>
+#include "cli/exit_status.h"
 
 namespace cli {
 

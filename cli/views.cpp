@@ -1,10 +1,10 @@
 #include "cli/views.h"
 
-#include "cli/output.h"
 #include <fokrazo/adobject.h>
 #include <fokrazo/attrnames.h>
-#include <fokrazo/unixviews.h>
 #include <fokrazo/strutil.h>
+#include <fokrazo/unixviews.h>
+#include "cli/output.h"
 
 namespace cli {
 

@@ -14,7 +14,7 @@ foreach(header IN LISTS FOKRAZO_PUBLIC_HEADERS)
 endforeach()
 install(FILES include/fokrazo.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
-# ber/qtr_ber.h names functions of liblber in the user's own code; whoever calls none does not link it.
+# include/fokrazo/qtr_ber.h names functions of liblber in the user's own code; whoever calls none does not link it.
 set(FOKRAZO_LINK_LBER_IF_USED -Wl,--push-state,--as-needed,-llber,--pop-state)
 target_include_directories(fokrazo INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_link_libraries(fokrazo INTERFACE "$<INSTALL_INTERFACE:${FOKRAZO_LINK_LBER_IF_USED}>")

@@ -12,6 +12,7 @@ set(FOKRAZO_PUBLIC_HEADERS
   export.h
   file_logging.h
   file_util.h
+  fixed_paths.h
   fokrazo.h
   guid.h
   int64.h
@@ -24,6 +25,7 @@ set(FOKRAZO_PUBLIC_HEADERS
   log_cache.h
   log_destination.h
   log_gzip.h
+  murhash.h
   mutex.h
   oid.h
   osport.h

@@ -7,8 +7,6 @@ function(fokrazo_test name)
   cmake_parse_arguments(T "WORLD" "" "SOURCES;LABELS;LIBS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   target_link_libraries(${name} PRIVATE fokrazo_static test_support GTest::gtest_main Threads::Threads ${T_LIBS})
-  target_compile_definitions(${name} PRIVATE TEST_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
-                             TEST_BINARY_DIR="${PROJECT_BINARY_DIR}")
   if(FOKRAZO_SANITIZE STREQUAL "thread" AND NOT "threads" IN_LIST T_LABELS)
     set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)
     return()

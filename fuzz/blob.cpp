@@ -1,5 +1,5 @@
-// Serialized objects: every reader of lrpc/adserializer.h on any bytes, held against the reference reader
-// where that can read them. An input is a blob, or (first byte odd) the attributes of an object to be
+// Serialized objects: every reader of <fokrazo/adserializer.h> on any bytes, held against the reference
+// reader where that can read them. An input is a blob, or (first byte odd) the attributes of an object to be
 // written.
 
 #include <map>
@@ -7,13 +7,13 @@
 #include <sstream>
 #include <vector>
 
-#include "fuzz/fuzz_input.h"
-#include "fuzz/reference_blob.h"
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/attrnames.h>
-#include <fokrazo/stringdict.h>
 #include <fokrazo/error_util.h>
+#include <fokrazo/stringdict.h>
+#include "fuzz/fuzz_input.h"
+#include "fuzz/reference_blob.h"
 
 using namespace vesk;
 using fuzz::ReferenceBlob;

@@ -4,10 +4,10 @@
 #include <set>
 #include <sstream>
 
-#include "fuzz/fuzz_input.h"
-#include "fuzz/world.h"
 #include <fokrazo/log.h>
 #include <fokrazo/properties.h>
+#include "fuzz/fuzz_input.h"
+#include "fuzz/world.h"
 
 using namespace vesk;
 

@@ -1,5 +1,5 @@
-// Replies: every typed reader of lrpc/ipcmessage.h on any bytes. An input is a script of readers, one a byte
-// and ended by 0xff, and the message behind it.
+// Replies: every typed reader of <fokrazo/ipcmessage.h> on any bytes. An input is a script of readers, one a
+// byte and ended by 0xff, and the message behind it.
 
 #include <sys/socket.h>
 
@@ -7,14 +7,14 @@
 #include <functional>
 #include <sstream>
 
-#include <fokrazo/qtr_ber.h>
-#include "fuzz/fuzz_input.h"
-#include "fuzz/world.h"
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/ipc_exception.h>
 #include <fokrazo/ipcmessage.h>
+#include <fokrazo/qtr_ber.h>
 #include <fokrazo/session.h>
+#include "fuzz/fuzz_input.h"
+#include "fuzz/world.h"
 #include "util/file/unique_fd.h"
 
 using namespace vesk;

@@ -4,12 +4,12 @@
 #include <stdexcept>
 
 #include <fokrazo/dn.h>
+#include <fokrazo/error_util.h>
 #include <fokrazo/guid.h>
 #include <fokrazo/oid.h>
-#include "fuzz/fuzz_input.h"
-#include <fokrazo/error_util.h>
 #include <fokrazo/sid.h>
 #include <fokrazo/strutil.h>
+#include "fuzz/fuzz_input.h"
 
 using namespace vesk;
 

@@ -7,9 +7,9 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <fokrazo/session.h>
 #include "fuzz/fuzz_input.h"
 #include "fuzz/world.h"
-#include <fokrazo/session.h>
 #include "tests/support/operations.h"
 #include "tests/support/thrown.h"
 #include "util/file/unique_fd.h"

@@ -1,5 +1,5 @@
-/// The blob of a directory object (see lrpc/adserializer.h) once more, read in the plainest way: from front
-/// to back, into copies. What the library's readers say is held against it.
+/// The blob of a directory object (see <fokrazo/adserializer.h>) once more, read in the plainest way: from
+/// front to back, into copies. What the library's readers say is held against it.
 #pragma once
 
 #include <cstdint>

@@ -3,12 +3,12 @@
 
 #include <sys/stat.h>
 
-#include "fuzz/fuzz_input.h"
-#include "fuzz/world.h"
 #include <fokrazo/error_util.h>
 #include <fokrazo/kset.h>
 #include <fokrazo/setting.h>
 #include <fokrazo/strutil.h>
+#include "fuzz/fuzz_input.h"
+#include "fuzz/world.h"
 
 using namespace vesk;
 

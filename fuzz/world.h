@@ -10,7 +10,7 @@
 #include <iterator>
 #include <string>
 
-#include "util/file/fixed_paths.h"
+#include <fokrazo/fixed_paths.h>
 
 namespace fuzz {
 

@@ -4,8 +4,8 @@
 #include <cerrno>
 #include <vector>
 
-#include <fokrazo/osutil.h>
 #include <fokrazo/log.h>
+#include <fokrazo/osutil.h>
 #include <fokrazo/setting.h>
 #include <fokrazo/strutil.h>
 

@@ -6,10 +6,10 @@
 #include <cstdio>
 #include <cstring>
 
-#include <fokrazo/osutil.h>
-#include "util/thread/fork_locks.h"
 #include <fokrazo/log.h>
 #include <fokrazo/mutex.h>
+#include <fokrazo/osutil.h>
+#include "util/thread/fork_locks.h"
 
 using vesk::Lock;
 using vesk::Mutex;

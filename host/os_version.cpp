@@ -9,8 +9,8 @@
 #include <fstream>
 #include <memory>
 
-#include <fokrazo/osutil.h>
 #include <fokrazo/log.h>
+#include <fokrazo/osutil.h>
 #include <fokrazo/strutil.h>
 
 namespace {

@@ -7,8 +7,8 @@
 #include <cerrno>
 
 #include "host/endpoint_probe.h"
-#include "util/thread/clock.h"
 #include "util/file/unique_fd.h"
+#include "util/thread/clock.h"
 
 using vesk::UniqueFd;
 

@@ -6,12 +6,12 @@
 #include <fstream>
 
 #include <fokrazo/attrnames.h>
-#include "standin/directory.h"
-#include "standin/error.h"
-#include "standin/file_time.h"
 #include <fokrazo/sid.h>
 #include <fokrazo/strutil.h>
 #include <fokrazo/well_known_sid.h>
+#include "standin/directory.h"
+#include "standin/error.h"
+#include "standin/file_time.h"
 
 namespace standin {
 namespace {

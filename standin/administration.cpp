@@ -6,8 +6,8 @@
 
 #include <fokrazo/adserializer.h>
 #include <fokrazo/attrnames.h>
-#include "standin/call.h"
 #include <fokrazo/strutil.h>
+#include "standin/call.h"
 
 namespace standin {
 namespace {

@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include <fokrazo/dn.h>
-#include <fokrazo/guid.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/attrnames.h>
+#include <fokrazo/dn.h>
+#include <fokrazo/guid.h>
+#include <fokrazo/sid.h>
 #include "standin/directory.h"
 #include "standin/file_time.h"
 #include "standin/unix_profile.h"
-#include <fokrazo/sid.h>
 
 namespace standin {
 namespace {

@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include <fokrazo/attrnames.h>
+#include <fokrazo/byteorder.h>
 #include <fokrazo/dn.h>
 #include <fokrazo/guid.h>
-#include <fokrazo/attrnames.h>
+#include <fokrazo/strutil.h>
 #include "standin/dn_key.h"
 #include "standin/error.h"
 #include "standin/ldif_reader.h"
 #include "standin/unix_profile.h"
-#include <fokrazo/byteorder.h>
-#include <fokrazo/strutil.h>
 
 namespace standin {
 namespace {

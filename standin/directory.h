@@ -10,9 +10,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include <fokrazo/sid.h>
 #include "standin/entry.h"
 #include "standin/membership.h"
-#include <fokrazo/sid.h>
 
 namespace standin {
 

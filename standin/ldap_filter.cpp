@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "standin/entry.h"
-#include "standin/error.h"
 #include <fokrazo/sid.h>
 #include <fokrazo/strutil.h>
+#include "standin/entry.h"
+#include "standin/error.h"
 
 namespace standin {
 

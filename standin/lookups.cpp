@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include <fokrazo/guid.h>
 #include <fokrazo/adserializer.h>
+#include <fokrazo/guid.h>
 #include <fokrazo/session_types.h>
 #include "standin/call.h"
 #include "standin/unix_profile.h"

@@ -2,9 +2,9 @@
 
 #include <new>
 
+#include <fokrazo/error_util.h>
 #include "standin/call.h"
 #include "standin/handlers.h"
-#include <fokrazo/error_util.h>
 
 namespace standin {
 namespace {

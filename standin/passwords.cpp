@@ -1,8 +1,8 @@
 #include "standin/handlers.h"
 
+#include <fokrazo/attrnames.h>
 #include <fokrazo/dn.h>
 #include <fokrazo/guid.h>
-#include <fokrazo/attrnames.h>
 #include "standin/call.h"
 #include "standin/file_time.h"
 #include "standin/nt_status.h"

@@ -14,12 +14,12 @@
 #include <new>
 #include <utility>
 
+#include <fokrazo/error_util.h>
+#include <fokrazo/strutil.h>
 #include "standin/codec.h"
 #include "standin/connection.h"
 #include "standin/error.h"
 #include "standin/operations.h"
-#include <fokrazo/error_util.h>
-#include <fokrazo/strutil.h>
 
 namespace standin {
 namespace {

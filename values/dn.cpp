@@ -6,13 +6,13 @@
 #include <string_view>
 #include <vector>
 
-#include <fokrazo/guid.h>
-#include "util/text/ends_escaped.h"
-#include "util/text/hex_digits.h"
 #include <fokrazo/error_util.h>
+#include <fokrazo/guid.h>
 #include <fokrazo/sid.h>
 #include <fokrazo/strutil.h>
 #include "util/error/throw.h"
+#include "util/text/ends_escaped.h"
+#include "util/text/hex_digits.h"
 
 namespace vesk {
 

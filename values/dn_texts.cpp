@@ -1,4 +1,4 @@
-// The texts of base/dn.h that are made when the library is loaded. Apart from the code, what makes them
+// The texts of <fokrazo/dn.h> that are made when the library is loaded. Apart from the code, what makes them
 // stands beside the rest that runs then.
 
 #include <fokrazo/dn.h>

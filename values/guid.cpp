@@ -10,10 +10,10 @@
 
 #include <boost/make_shared.hpp>
 
-#include "util/text/hex_digits.h"
 #include <fokrazo/error_util.h>
 #include <fokrazo/strutil.h>
 #include "util/error/throw.h"
+#include "util/text/hex_digits.h"
 
 namespace vesk {
 

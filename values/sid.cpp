@@ -4,13 +4,13 @@
 #include <charconv>
 #include <climits>
 
-#include "util/text/base64.h"
-#include "util/text/hex_digits.h"
 #include <fokrazo/byteorder.h>
 #include <fokrazo/error_util.h>
 #include <fokrazo/log.h>
 #include <fokrazo/strutil.h>
 #include "util/error/throw.h"
+#include "util/text/base64.h"
+#include "util/text/hex_digits.h"
 #include "util/text/strtou32.h"
 
 namespace vesk {

@@ -4,10 +4,10 @@
 #include <filesystem>
 #include <fstream>
 
+#include <fokrazo/properties.h>
 #include "bench/anchored/parts.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
-#include <fokrazo/properties.h>
 
 namespace bench {
 namespace {

@@ -1,11 +1,11 @@
+#include <fokrazo/adobject.h>
+#include <fokrazo/session.h>
+#include <fokrazo/unixviews.h>
 #include "bench/anchored/parts.h"
 #include "bench/support/canned_peer.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
 #include "bench/support/sample_user.h"
-#include <fokrazo/adobject.h>
-#include <fokrazo/session.h>
-#include <fokrazo/unixviews.h>
 
 namespace bench {
 namespace {

@@ -4,13 +4,13 @@
 #include <filesystem>
 #include <thread>
 
-#include "bench/anchored/parts.h"
-#include "bench/support/measure.h"
-#include "bench/support/plain_socket.h"
 #include <fokrazo/log.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include <fokrazo/thread.h>
+#include "bench/anchored/parts.h"
+#include "bench/support/measure.h"
+#include "bench/support/plain_socket.h"
 
 namespace bench {
 namespace {

@@ -1,13 +1,13 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/qtr_ber.h>
+#include <fokrazo/session.h>
 #include "bench/anchored/parts.h"
 #include "bench/support/canned_peer.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
-#include <fokrazo/qtr_ber.h>
-#include <fokrazo/ipcmessage.h>
-#include <fokrazo/session.h>
 
 namespace bench {
 namespace {

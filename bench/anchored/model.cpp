@@ -4,13 +4,13 @@
 #include <memory>
 #include <unordered_map>
 
+#include <fokrazo/adobject.h>
+#include <fokrazo/adserializer.h>
+#include <fokrazo/stringdict.h>
 #include "bench/anchored/parts.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
 #include "bench/support/sample_user.h"
-#include <fokrazo/adobject.h>
-#include <fokrazo/adserializer.h>
-#include <fokrazo/stringdict.h>
 
 namespace bench {
 namespace {

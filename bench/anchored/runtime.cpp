@@ -3,12 +3,12 @@
 
 #include <boost/make_shared.hpp>
 
-#include "bench/anchored/parts.h"
-#include "bench/support/measure.h"
 #include <fokrazo/error_util.h>
 #include <fokrazo/mutex.h>
 #include <fokrazo/runqueue.h>
 #include <fokrazo/thread.h>
+#include "bench/anchored/parts.h"
+#include "bench/support/measure.h"
 
 namespace bench {
 namespace {

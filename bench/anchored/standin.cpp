@@ -7,11 +7,11 @@
 #include <filesystem>
 #include <fstream>
 
+#include <fokrazo/session.h>
+#include <fokrazo/unixviews.h>
 #include "bench/anchored/parts.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
-#include <fokrazo/session.h>
-#include <fokrazo/unixviews.h>
 
 namespace bench {
 namespace {

@@ -1,8 +1,8 @@
 #include <fokrazo/dn.h>
 #include <fokrazo/guid.h>
+#include <fokrazo/sid.h>
 #include "bench/anchored/parts.h"
 #include "bench/support/measure.h"
-#include <fokrazo/sid.h>
 
 namespace bench {
 namespace {

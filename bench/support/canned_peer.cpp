@@ -11,9 +11,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "bench/support/plain_socket.h"
 #include <fokrazo/adserializer.h>
 #include <fokrazo/ipcmessage.h>
+#include "bench/support/plain_socket.h"
 
 namespace bench {
 namespace {

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "bench/support/plain_socket.h"
 #include <fokrazo/stringdict.h>
+#include "bench/support/plain_socket.h"
 
 namespace bench {
 namespace {

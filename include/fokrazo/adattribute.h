@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include <fokrazo/int64.h>
 #include <fokrazo/export.h>
+#include <fokrazo/int64.h>
 
 /// The texts of booleans in attributes: "TRUE" and "FALSE".
 FOKRAZO_API extern const std::string TRUE_STR;

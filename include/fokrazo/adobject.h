@@ -7,10 +7,10 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include <fokrazo/guid.h>
-#include <fokrazo/int64.h>
 #include <fokrazo/adattribute.h>
 #include <fokrazo/export.h>
+#include <fokrazo/guid.h>
+#include <fokrazo/int64.h>
 #include <fokrazo/sid.h>
 
 namespace vesk {
@@ -24,8 +24,8 @@ struct ADObjectListImpl;
 
 /// A directory entry: named attributes with text values, a GUID, a SID, an update sequence number and the
 /// time it was acquired. A handle: copies share one body, clone() makes the only deep copy. An object over a
-/// blob (lrpc/adserializer.h) reads each attribute when it is first asked for; a blob is made again only when
-/// it is wanted and the attributes have moved on. On a null handle every operation but isNull, isEmpty,
+/// blob (<fokrazo/adserializer.h>) reads each attribute when it is first asked for; a blob is made again only
+/// when it is wanted and the attributes have moved on. On a null handle every operation but isNull, isEmpty,
 /// toString and the dumps throws SystemException "Null adobject". Thread-safety: one thread at a time for all
 /// handles of a body, since reading writes.
 class FOKRAZO_API ADObject {

@@ -19,11 +19,11 @@
 #include <memory>
 #include <string_view>
 
+#include <fokrazo/adattribute.h>
+#include <fokrazo/export.h>
 #include <fokrazo/guid.h>
 #include <fokrazo/int64.h>
 #include <fokrazo/stringarray.h>
-#include <fokrazo/adattribute.h>
-#include <fokrazo/export.h>
 
 /// 1 (as it starts) selects the direct paths of the lookups here and in ADObject, 0 longer ones with the same
 /// answers. A host program sets it before it reads the first object.

@@ -580,8 +580,8 @@ FOKRAZO_API extern const std::string& UMINTL_ATTR;
 FOKRAZO_API extern const std::string& UMAXCL_ATTR;
 FOKRAZO_API extern const std::string& UMINCL_ATTR;
 
-/// Names, values and prefixes of no family. Two more parts of names stand in base/dn.h, included here, and
-/// the name of the main queue in util/include/runqueue.h.
+/// Names, values and prefixes of no family. Two more parts of names stand in <fokrazo/dn.h>, included here,
+/// and the name of the main queue in <fokrazo/runqueue.h>.
 FOKRAZO_API extern const std::string& DS_GROUP_OBJ;
 FOKRAZO_API extern const std::string& EMPTY_STRING;
 FOKRAZO_API extern const std::string& AD_ANY;

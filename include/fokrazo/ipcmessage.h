@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include <fokrazo/ipc_opcode.h>
 #include <fokrazo/export.h>
+#include <fokrazo/ipc_opcode.h>
 
 /// Of lber.h.
 typedef struct berelement BerElement;
@@ -64,13 +64,13 @@ class FOKRAZO_API IPCMessage {
   IPCMessage& operator+=(const char** texts);
   /// INTEGER count and one OCTET STRING for each.
   IPCMessage& operator+=(const std::vector<std::string>& texts);
-  /// INTEGER and OCTET STRING, see lrpc/ipc_exception.h.
+  /// INTEGER and OCTET STRING, see <fokrazo/ipc_exception.h>.
   IPCMessage& operator+=(IPCException& exception);
   /// OCTET STRING of the binary form. @throws BadDataException "SID is Null"
   IPCMessage& operator+=(const SID& sid);
   /// OCTET STRING of 16 bytes.
   IPCMessage& operator+=(const Guid& guid);
-  /// OCTET STRING of the blob (lrpc/adserializer.h).
+  /// OCTET STRING of the blob (<fokrazo/adserializer.h>).
   IPCMessage& operator+=(ADSerializer* serializer);
   /// OCTET STRING of the object's blob, of no bytes for a null or an empty object.
   IPCMessage& operator+=(ADObject& object);

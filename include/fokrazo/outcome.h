@@ -5,8 +5,8 @@
 
 #include <exception>
 
-#include <fokrazo/validation_result.h>
 #include <fokrazo/export.h>
+#include <fokrazo/validation_result.h>
 
 namespace vesk {
 

@@ -9,9 +9,9 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include <fokrazo/export.h>
 #include <fokrazo/session_types.h>
 #include <fokrazo/validation_result.h>
-#include <fokrazo/export.h>
 
 namespace vesk {
 
@@ -176,8 +176,8 @@ class FOKRAZO_API LocalRpcSession {
   ADObject ldapFetch(const std::string& s1, const std::string& s2, const char** attributes, bool flag);
 
   // --- Authentication ---
-  // A password travels as it is. Its caller wipes the text that it gives (lrpc/shredder.h), the message its
-  // own.
+  // A password travels as it is. Its caller wipes the text that it gives (<fokrazo/shredder.h>), the message
+  // its own.
 
   ValidationResult validatePlainTextUser(const std::string& user, const Shredder& password, bool flag);
   /// @throws SystemException "failed to validate Kerberos user"

@@ -1,4 +1,4 @@
-/// The two-way view of a string dictionary, and the hash of the library's maps.
+/// The two-way view of a string dictionary.
 #pragma once
 
 #include <cstddef>
@@ -8,19 +8,9 @@
 #include <boost/unordered_map.hpp>
 
 #include <fokrazo/export.h>
-
-/// The 32-bit hash of that name, public domain, over `length` bytes; words are little-endian on any host.
-FOKRAZO_API unsigned int MurmurHash2(const void* key, int length, unsigned int seed);
+#include <fokrazo/murhash.h>
 
 namespace vesk {
-
-using ::MurmurHash2;
-
-/// The hash functor of the logger tables and of the dictionary.
-struct FOKRAZO_API murhash {
-  /// MurmurHash2 of the text.
-  std::size_t operator()(const std::string& text) const;
-};
 
 /// Index to string and string to index over a list and its map, which must outlive it.
 /// Thread-safety: read-only; any number of threads.

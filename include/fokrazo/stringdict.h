@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include <fokrazo/stringarray.h>
 #include <fokrazo/export.h>
+#include <fokrazo/stringarray.h>
 
 namespace vesk {
 

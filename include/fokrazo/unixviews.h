@@ -10,9 +10,9 @@
 #include <list>
 #include <string>
 
-#include <fokrazo/guid.h>
 #include <fokrazo/adobject.h>
 #include <fokrazo/export.h>
+#include <fokrazo/guid.h>
 #include <fokrazo/sid.h>
 
 namespace vesk {

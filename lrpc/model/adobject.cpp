@@ -9,15 +9,15 @@
 
 #include <boost/make_shared.hpp>
 
-#include <fokrazo/dn.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/attrnames.h>
-#include "util/thread/clock.h"
-#include "util/file/fixed_paths.h"
+#include <fokrazo/dn.h>
+#include <fokrazo/fixed_paths.h>
 #include <fokrazo/log.h>
 #include <fokrazo/strutil.h>
 #include "util/error/throw.h"
 #include "util/text/printed.h"
+#include "util/thread/clock.h"
 
 namespace vesk {
 namespace {

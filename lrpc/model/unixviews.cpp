@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include <fokrazo/dn.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/attrnames.h>
+#include <fokrazo/dn.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include <fokrazo/strutil.h>

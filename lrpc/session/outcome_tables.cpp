@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <new>
 
-#include <fokrazo/ipc_exception.h>
 #include <fokrazo/error_util.h>
+#include <fokrazo/ipc_exception.h>
 
 namespace vesk {
 

@@ -5,12 +5,12 @@
 #include <cerrno>
 #include <cstring>
 
-#include <fokrazo/session.h>
 #include <fokrazo/error_util.h>
-#include "util/file/fixed_paths.h"
+#include <fokrazo/fixed_paths.h>
 #include <fokrazo/log.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
+#include <fokrazo/session.h>
 
 namespace {
 

@@ -6,9 +6,9 @@
 
 #include <cerrno>
 
-#include "lrpc/wire/ipc_tables.h"
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/log.h>
+#include "lrpc/wire/ipc_tables.h"
 #include "util/error/throw.h"
 #include "util/file/unique_fd.h"
 

@@ -3,10 +3,10 @@
 #include <initializer_list>
 
 #include <fokrazo/attrnames.h>
-#include <fokrazo/session.h>
-#include "lrpc/session/session_exchange.h"
-#include <fokrazo/shredder.h>
 #include <fokrazo/log.h>
+#include <fokrazo/session.h>
+#include <fokrazo/shredder.h>
+#include "lrpc/session/session_exchange.h"
 
 namespace vesk {
 

@@ -2,8 +2,8 @@
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/session.h>
-#include "lrpc/session/session_exchange.h"
 #include <fokrazo/strutil.h>
+#include "lrpc/session/session_exchange.h"
 #include "util/error/throw.h"
 
 namespace vesk {

@@ -1,12 +1,12 @@
 // The session's operations around logins: who is let in, and who is told of it.
 
 #include <fokrazo/adobject.h>
-#include <fokrazo/session.h>
-#include "lrpc/session/session_exchange.h"
-#include <fokrazo/shredder.h>
-#include <fokrazo/unixviews.h>
 #include <fokrazo/log.h>
+#include <fokrazo/session.h>
+#include <fokrazo/shredder.h>
 #include <fokrazo/strutil.h>
+#include <fokrazo/unixviews.h>
+#include "lrpc/session/session_exchange.h"
 #include "util/error/throw.h"
 
 namespace vesk {

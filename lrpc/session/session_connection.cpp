@@ -8,13 +8,13 @@
 
 #include <fokrazo/ipc_sockio.h>
 #include <fokrazo/ipcmessage.h>
-#include <fokrazo/session.h>
-#include "util/thread/clock.h"
 #include <fokrazo/log.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
+#include <fokrazo/session.h>
 #include "util/error/throw.h"
 #include "util/file/unique_fd.h"
+#include "util/thread/clock.h"
 
 namespace vesk {
 

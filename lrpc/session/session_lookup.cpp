@@ -5,8 +5,8 @@
 #include <fokrazo/adobject.h>
 #include <fokrazo/attrnames.h>
 #include <fokrazo/session.h>
-#include "lrpc/session/session_exchange.h"
 #include <fokrazo/unixviews.h>
+#include "lrpc/session/session_exchange.h"
 #include "util/error/throw.h"
 
 namespace vesk {

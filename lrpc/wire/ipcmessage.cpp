@@ -7,12 +7,12 @@
 #include <memory>
 #include <utility>
 
-#include <fokrazo/qtr_ber.h>
 #include <fokrazo/ipc_exception.h>
 #include <fokrazo/ipc_sockio.h>
+#include <fokrazo/log.h>
+#include <fokrazo/qtr_ber.h>
 #include "lrpc/wire/ipc_tables.h"
 #include "lrpc/wire/received_text.h"
-#include <fokrazo/log.h>
 #include "util/error/throw.h"
 
 namespace vesk {

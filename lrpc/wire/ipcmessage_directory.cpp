@@ -1,9 +1,9 @@
 // The fields of a message that carry identities and directory objects.
 
-#include <fokrazo/qtr_ber.h>
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/ipcmessage.h>
+#include <fokrazo/qtr_ber.h>
 #include "lrpc/wire/received_text.h"
 #include "util/error/throw.h"
 

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <string>
 
-#include "tests/standin/standin_process.h"
+#include "tests/support/standin_process.h"
 #include "tests/support/command_line.h"
 
 namespace {

@@ -19,7 +19,7 @@
 #include <functional>
 #include <thread>
 
-#include "tests/standin/standin_process.h"
+#include "tests/support/standin_process.h"
 #include "tests/support/scratch_test.h"
 
 namespace {

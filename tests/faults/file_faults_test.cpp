@@ -12,19 +12,19 @@
 #include <set>
 #include <vector>
 
-#include <fokrazo/osutil.h>
-#include <fokrazo/session.h>
-#include "tests/faults/fault_plans.h"
-#include "tests/support/world_test.h"
 #include <fokrazo/file_logging.h>
 #include <fokrazo/file_util.h>
 #include <fokrazo/kset.h>
 #include <fokrazo/log_gzip.h>
 #include <fokrazo/osport.h>
+#include <fokrazo/osutil.h>
 #include <fokrazo/path.h>
 #include <fokrazo/secure_open.h>
 #include <fokrazo/selinux_context.h>
+#include <fokrazo/session.h>
 #include <fokrazo/setting.h>
+#include "tests/faults/fault_plans.h"
+#include "tests/support/world_test.h"
 
 using namespace testsupport;
 using namespace vesk;

@@ -10,14 +10,14 @@
 #include <thread>
 #include <vector>
 
-#include <fokrazo/session.h>
-#include <fokrazo/unixviews.h>
-#include "tests/standin/standin_process.h"
-#include "tests/support/world_test.h"
 #include <fokrazo/log.h>
 #include <fokrazo/runqueue.h>
+#include <fokrazo/session.h>
 #include <fokrazo/setting.h>
 #include <fokrazo/thread.h>
+#include <fokrazo/unixviews.h>
+#include "tests/support/standin_process.h"
+#include "tests/support/world_test.h"
 
 using namespace testsupport;
 using namespace vesk;

@@ -12,7 +12,7 @@ complain() { echo "FAILED: $*" >&2; failures=$((failures + 1)); }
 # The links of a guide, and the files of this tree that it names. A word in capitals stands for a name, and a program
 # for its source.
 links() { sed -n 's/](\([^)#:]*\))/\n\1\n/gp' "$1" | sed -n '/^[^ ]*\.[a-z]*$/p'; }
-folders='base|ber|bench|cli|cmake|docs|examples|fuzz|lrpc|man|scripts|standin|tests|util'
+folders='ber|bench|cli|cmake|docs|examples|fuzz|host|include|lrpc|man|scripts|standin|tests|util|values'
 files() { tr '`' '\n' <"$1" | grep -E "^($folders)/[A-Za-z0-9_./-]+\$" | grep -Ev '/[A-Z]+(\.[a-z]+)?$'; }
 
 for guide in README.md CONTRIBUTING.md docs/*.md; do
@@ -21,7 +21,7 @@ for guide in README.md CONTRIBUTING.md docs/*.md; do
 done
 
 sed -n 's/^| \([0-9]*\) | `\(IPC_[A-Z0-9_]*\)` .*/\2 \1/p' docs/protocol.md | while read -r name number; do
-  grep -q "^  $name = $number,$" lrpc/ipc_opcode.h || echo "$name"
+  grep -q "^  $name = $number,$" include/fokrazo/ipc_opcode.h || echo "$name"
 done | grep . && complain "numbers of docs/protocol.md"
 
 if [ ! -e "$build_dir/Doxyfile" ]; then

@@ -11,11 +11,11 @@ install_package "$build_dir"
 [ "$(readlink "$lib/fokrazo.so")" = fokrazo.so.0 ] || fail "fokrazo.so does not lead to fokrazo.so.0"
 readelf -d "$lib/fokrazo.so.0" | grep 'SONAME.*\[fokrazo.so.0\]' >/dev/null || fail "SONAME"
 
-include=$place/root/include/fokrazo
-(cd "$include" && find . -name '*.h') | sed 's,^\./,,' | sort >"$place/headers"
+include=$place/root/include
+(cd "$include" && find fokrazo -name '*.h') | sort >"$place/headers"
 while read -r header; do
-  [ "$header" = fokrazo.h ] || grep -qF "#include \"$header\"" "$include/fokrazo.h" || fail "$header is not in fokrazo.h"
-  echo "#include \"$header\"" >"$place/alone.cpp"
+  [ "$header" = fokrazo/fokrazo.h ] || grep -qF "#include <$header>" "$include/fokrazo/fokrazo.h" || fail "$header is not in fokrazo.h"
+  echo "#include <$header>" >"$place/alone.cpp"
   "$cxx" -std=c++17 -Wall -Wextra -Werror -fsyntax-only "-I$include" "$place/alone.cpp" || fail "$header alone"
 done <"$place/headers"
 

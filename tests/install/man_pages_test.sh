@@ -42,10 +42,10 @@ same "faults of brondalt-standin(1)" "$place/faults" "$place/told"
 # The keys that the library's sources read, by the table of their names; what doctor judges; what the page tells.
 keys_in() {
   grep -oh '\bPN::[A-Z0-9_]*' "$@" | sort -u | while read -r name; do
-    sed -n "s/^NAME(${name#PN::}, \"\(.*\)\");/\1/p" util/propnames.cpp
+    sed -n "s/^NAME(${name#PN::}, \"\(.*\)\");/\1/p" util/properties/propnames.cpp
   done
 }
-keys_in {util,base,ber,lrpc}/*.cpp >"$place/read"
+keys_in {util/*,values,host,ber,lrpc/*}/*.cpp >"$place/read"
 keys_in cli/configuration_check.cpp >"$place/judged"
 sed -n 's/^\.It Ic \([a-z0-9.]*\).*/\1/p' man/velmora.conf.5 | sed 's/\.$//' >"$place/told"
 same "keys that fokrazo doctor judges" "$place/read" "$place/judged"

@@ -18,11 +18,11 @@
 #include <vector>
 
 #include <fokrazo/session.h>
-#include "tests/standin/standin_process.h"
+#include <fokrazo/thread.h>
+#include "tests/support/standin_process.h"
 #include "tests/support/operations.h"
 #include "tests/support/world_test.h"
 #include "util/thread/pause.h"
-#include <fokrazo/thread.h>
 
 using namespace testsupport;
 using namespace vesk;

@@ -14,7 +14,7 @@
 #include "standin/error.h"
 #include "standin/search.h"
 #include "standin/unix_profile.h"
-#include "tests/standin/standin_process.h"
+#include "tests/support/standin_process.h"
 
 namespace standin {
 namespace {

@@ -7,12 +7,12 @@
 #include <functional>
 #include <thread>
 
+#include <fokrazo/properties.h>
 #include <fokrazo/session.h>
 #include <fokrazo/shredder.h>
-#include "tests/standin/standin_process.h"
+#include "tests/support/standin_process.h"
 #include "tests/support/operations.h"
 #include "tests/support/told.h"
-#include <fokrazo/properties.h>
 
 using namespace vesk;
 using namespace testsupport;

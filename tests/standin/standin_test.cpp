@@ -10,14 +10,14 @@
 
 #include <gtest/gtest.h>
 
-#include <fokrazo/guid.h>
 #include <fokrazo/attrnames.h>
+#include <fokrazo/guid.h>
 #include <fokrazo/ipc_sockio.h>
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/session.h>
 #include "standin/directory.h"
 #include "standin/unix_profile.h"
-#include "tests/standin/standin_process.h"
+#include "tests/support/standin_process.h"
 #include "tests/support/command_line.h"
 #include "tests/support/told.h"
 #include "tests/support/wire.h"

@@ -17,8 +17,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "tests/support/wire.h"
 #include <fokrazo/strutil.h>
+#include "tests/support/wire.h"
 
 namespace testsupport {
 

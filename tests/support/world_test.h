@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <string>
 
-#include "tests/support/scratch_test.h"
-#include "util/file/fixed_paths.h"
+#include <fokrazo/fixed_paths.h>
 #include <fokrazo/properties.h>
+#include "tests/support/scratch_test.h"
 
 namespace testsupport {
 

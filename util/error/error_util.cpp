@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include <fokrazo/log.h>
 #include "util/error/throw.h"
+#include "util/hook/hooks.h"
 
 namespace {
 
@@ -126,10 +126,10 @@ std::string withoutNamespace(const char* className) {
   return strstr(className, kNamespace) ? className + strlen(kNamespace) : className;
 }
 
-// "IOException" is "IO" in the log.
-std::string shortName(const char* className) {
+// "IOException" is "IO" in the log: the length of that.
+int shortLength(const char* className) {
   const char* end = strstr(className, "Exception");
-  return end ? std::string(className, end) : className;
+  return static_cast<int>(end ? end - className : strlen(className));
 }
 
 }  // namespace
@@ -157,11 +157,9 @@ int VESKException::classID() const noexcept {
 
 ZKTException::ZKTException(const char* file, int line, const char* what, const char* className, int rc)
     : VESKException(what, className, rc) {
-  auto logger = vesk::Logger::GetThreadPrivateLogger("base.osutil");
-  if (logger && logger->isEnabled(vesk::Logger::Debug))
-    logger->log(vesk::Logger::Debug, "base/osutil", __LINE__, "ZKTException",
-                "Module=%s : %s (reference %s:%d rc: %d)", shortName(className).c_str(), what, file, line,
-                rc);
+  vesk::kHooks.logDebug("base.osutil", "base/osutil", __LINE__, "ZKTException",
+                        "Module=%.*s : %s (reference %s:%d rc: %d)", shortLength(className), className, what,
+                        file, line, rc);
 }
 ZKTException::~ZKTException() noexcept = default;
 BaseException::~BaseException() noexcept = default;
@@ -190,11 +188,10 @@ MessageText MessageText::format(const char* format, ...) {
 
 Base_Exception::Base_Exception(const char* file, int line, const char* what, const char* className, int rc)
     : VESKException(what, className, rc) {
-  auto logger = Logger::GetThreadPrivateLogger("util.except");
   if (strcmp(className, "EndOfFileException") == 0) return;
-  if (logger && logger->isEnabled(Logger::Debug))
-    logger->log(Logger::Debug, "util/error_util", __LINE__, "Base_Exception",
-                "(%s) : %s (reference %s:%d rc: %d)", shortName(className).c_str(), what, file, line, rc);
+  kHooks.logDebug("util.except", "util/error_util", __LINE__, "Base_Exception",
+                  "(%.*s) : %s (reference %s:%d rc: %d)", shortLength(className), className, what, file, line,
+                  rc);
 }
 
 Base_Exception::~Base_Exception() noexcept = default;

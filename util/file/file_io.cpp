@@ -73,6 +73,11 @@ void throwCallFailed(int error) {
   FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", error, error, "OS call failed");
 }
 
+void throwFileFailure(int error, const char* literal, const std::string& path) {
+  constexpr char kSource[] = "util/setting";
+  FOKRAZO_THROW_ERRNO(IOException, "IOException", error, error, literal, path.c_str());
+}
+
 bool tryLock(int fd) {
   return ::flock(fd, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }

@@ -44,6 +44,8 @@ bool leadsTo(const std::string& path, int fd);
 
 /// Throws SystemException "OS call failed: " and the system's text.
 [[noreturn]] void throwCallFailed(int error);
+/// Throws IOException with the system's text; the literal takes the path.
+[[noreturn]] void throwFileFailure(int error, const char* literal, const std::string& path);
 
 /// Takes the lock of an open file, which ends with the descriptor and with the process. False if somebody
 /// else holds it; never waits. A file system without such locks has to do without.

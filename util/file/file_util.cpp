@@ -13,10 +13,10 @@
 #include <fstream>
 #include <memory>
 
-#include "util/file/file_io.h"
 #include <fokrazo/log.h>
 #include <fokrazo/selinux_context.h>
 #include "util/error/throw.h"
+#include "util/file/file_io.h"
 #include "util/file/unique_fd.h"
 
 using vesk::BadDataException;

@@ -6,8 +6,8 @@
 
 #include <cerrno>
 
-#include "util/file/file_io.h"
 #include <fokrazo/file_util.h>
+#include "util/file/file_io.h"
 #include "util/thread/pause.h"
 
 namespace vesk {

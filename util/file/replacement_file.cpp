@@ -8,7 +8,6 @@
 #include <cstdlib>
 
 #include "util/file/file_io.h"
-#include "util/setting/setting_store.h"
 
 namespace vesk {
 namespace {
@@ -21,7 +20,7 @@ constexpr char kCannotOpen[] = "Cannot open file %s";
 ReplacementFile::ReplacementFile(const std::string& path) : m_path(path) {
   constexpr int kAttempts = 100;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    m_name = path + gTempFileMarker + ".XXXXXX";
+    m_name = path + paths::kKSetTemporary + ".XXXXXX";
     m_fd = UniqueFd(::mkostemp(m_name.data(), O_CLOEXEC));
     if (!m_fd) throwFileFailure(errno, kCannotOpen, m_name);
     if (tryLock(m_fd.get()) && isNameOf(m_name, m_fd.get())) return;

@@ -3,16 +3,15 @@
 
 #include <string>
 
+#include <fokrazo/fixed_paths.h>
 #include "util/file/unique_fd.h"
 
 namespace vesk {
 
-/// What temporary files of key sets have in their names.
-constexpr char gTempFileMarker[] = ".KSET.TEMP";
-
 /// A temporary file beside a path. commit() puts it in the path's place in one step, whatever stands there: a
 /// link is replaced, not followed. An object that goes without that removes the temporary file. What a killed
-/// process leaves is known by gTempFileMarker, and is nobody's: a live object holds the lock of its file.
+/// process leaves is known by paths::kKSetTemporary, and is nobody's: a live object holds the lock of its
+/// file.
 class ReplacementFile {
  public:
   /// Makes the temporary file, readable by its owner alone.
@@ -32,7 +31,7 @@ class ReplacementFile {
 
   /// Whether a path is that of a temporary file. The names of the directories above do not count.
   static bool isTemporary(const std::string& path) {
-    return path.find(gTempFileMarker, path.rfind('/') + 1) != std::string::npos;
+    return path.find(paths::kKSetTemporary, path.rfind('/') + 1) != std::string::npos;
   }
   /// Removes a temporary file unless its writer is or may be alive. No failure counts.
   static void removeLeftover(const std::string& path);

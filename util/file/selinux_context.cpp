@@ -9,13 +9,12 @@
 #include <functional>
 #include <memory>
 
-#include "util/thread/fork_locks.h"
 #include <fokrazo/log.h>
 #include <fokrazo/mutex.h>
-#include <fokrazo/properties.h>
-#include <fokrazo/propnames.h>
 #include "util/error/throw.h"
 #include "util/file/unique_fd.h"
+#include "util/hook/hooks.h"
+#include "util/thread/fork_locks.h"
 
 using vesk::Lock;
 using vesk::Mutex;
@@ -55,7 +54,7 @@ bool isSystemWithSELinux() {
 }
 
 std::string libraryName() {
-  const std::string name = Props(false, false)->getString(vesk::PN::LIBSELINUX_NAME);
+  const std::string name = vesk::kHooks.selinuxLibrary();
   return name.empty() ? kDefaultLibrary : name;
 }
 

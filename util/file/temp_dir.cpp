@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include <fokrazo/file_util.h>
-#include "util/file/fixed_paths.h"
+#include <fokrazo/fixed_paths.h>
 #include <fokrazo/path.h>
 #include "util/file/unique_fd.h"
 

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "util/file/file_io.h"
 #include <fokrazo/path.h>
-#include "util/file/unique_fd.h"
+#include "util/file/file_io.h"
 #include "util/file/path_location.h"
+#include "util/file/unique_fd.h"
 
 namespace vesk {
 

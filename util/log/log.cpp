@@ -1,17 +1,12 @@
 #include <fokrazo/log.h>
 
-#include <syslog.h>
-
 #include <cstring>
 
-#include <boost/make_shared.hpp>
-
-#include "util/thread/fork_locks.h"
-#include <fokrazo/circular_buffer.h>
-#include <fokrazo/file_logging.h>
 #include <fokrazo/mutex.h>
 #include <fokrazo/thread.h>
+#include "util/hook/hooks.h"
 #include "util/log/log_internal.h"
+#include "util/thread/fork_locks.h"
 
 namespace vesk {
 namespace {
@@ -47,11 +42,6 @@ Mutex& gLogMessageProtect() {
   return forkedLock<ForkOrder::LogMessages>();
 }
 
-boost::shared_ptr<CircularBuffer>& gCircularBuffer() {
-  static auto& buffer = *new boost::shared_ptr<CircularBuffer>;
-  return buffer;
-}
-
 std::atomic<unsigned> Logger::m_levelGeneration{2};
 
 Logger::Logger(const std::string& name, boost::shared_ptr<Logger> parent)
@@ -71,14 +61,11 @@ LoggerTable& LoggerTree::table() {
 
 void LoggerTree::init() {
   if (isShutDown() || gNamedLoggers != nullptr) return;
-  static const bool overFork = (keepLoggingOverFork(), true);
-  (void)overFork;
   gNamedLoggers = new LoggerTable(kInitialBuckets);
   gRootLogger = new boost::shared_ptr<Logger>(new Logger("", nullptr));
   setSettings(*root(), {Logger::Info, TextToFacility(kDefaultFacility), 0});
   setMemoryLevel(*root(), Logger::Info);
-  Lock lock(gLogMessageProtect());
-  gCircularBuffer() = boost::make_shared<CircularBuffer>();
+  kHooks.openSinks();
 }
 
 void LoggerTree::setSettings(Logger& logger, const LoggerSettings& settings) {
@@ -136,10 +123,7 @@ void Logger::close() {
   gRootLogger = nullptr;
   delete gNamedLoggers;
   gNamedLoggers = nullptr;
-  Lock output(gLogMessageProtect());
-  gCircularBuffer().reset();
-  Lock destination(gFileLogging().mutex);
-  closelog();
+  kHooks.closeSinks();
 }
 
 int Logger::nearest(std::atomic<int> Logger::*field) const {

@@ -15,14 +15,11 @@
 #include <boost/shared_ptr.hpp>
 #include <boost/unordered_map.hpp>
 
-#include <fokrazo/stringarray.h>
-#include <fokrazo/file_logging.h>
 #include <fokrazo/log.h>
+#include <fokrazo/murhash.h>
 #include <fokrazo/mutex.h>
 
 namespace vesk {
-
-class CircularBuffer;
 
 using LoggerTable = boost::unordered_map<std::string, boost::shared_ptr<Logger>, murhash>;
 
@@ -35,11 +32,7 @@ Mutex& gNamedLoggersProtect();
 /// Puts the output in one order; guards the background queue and the memory log. Recursive: who holds it
 /// logs.
 Mutex& gLogMessageProtect();
-/// The process's log file.
-FileLogging& gFileLogging();
-/// The process's memory log; empty before the tree and after Logger::close. Guarded by gLogMessageProtect.
-boost::shared_ptr<CircularBuffer>& gCircularBuffer();
-/// Whether a memory log has ever been started: until then messages are not offered to it.
+/// Whether a memory log has ever been started: until then messages are not offered to it. Set by the sinks.
 extern std::atomic<bool> gMemoryLogStarted;
 
 /// What a configuration says of one logger.
@@ -66,18 +59,6 @@ struct LoggerTree {
     LevelChange();
     ~LevelChange();
   };
-};
-
-/// openLog(true) in two steps, for a caller that takes the logger's locks between them.
-struct DestinationSettings {
-  std::string destination;
-  bool callOpenlog;
-  FileLogging::Settings file;
-
-  /// Reads the process's configuration. Requires: none of the logger's locks is held.
-  static DestinationSettings read();
-  /// Requires: gLogMessageProtect is held.
-  void apply() const;
 };
 
 /// What BuildMessagePrefix writes without a lead; a 0 stands behind it. Good until the thread asks again.
@@ -110,13 +91,5 @@ class LogCall {
   int m_errno;
   int& m_depth;  // the calling thread's; finding it costs more than using it
 };
-
-/// The memory log's level as a configuration has it; an illegal one gives INFO, and `logger` is told at WARN.
-int memoryLevel(const std::string& text, const boost::shared_ptr<Logger>& logger);
-
-/// Has the process's forks leave parent and child with a logger that works; to be called once.
-void keepLoggingOverFork();
-/// The background queue's part of it, in the child: the queue is the parent's.
-void forgetQueueAfterFork();
 
 }  // namespace vesk

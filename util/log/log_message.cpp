@@ -8,15 +8,14 @@
 #include <ctime>
 #include <string_view>
 
-#include "util/text/hex_digits.h"
 #include <fokrazo/char_accumulator.h>
-#include <fokrazo/circular_buffer.h>
-#include "util/thread/clock.h"
 #include <fokrazo/error_util.h>
 #include <fokrazo/log.h>
-#include <fokrazo/mutex.h>
 #include <fokrazo/osport.h>
+#include "util/hook/hooks.h"
 #include "util/log/log_internal.h"
+#include "util/text/hex_digits.h"
+#include "util/thread/clock.h"
 
 // The C library's. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" const char* __progname;
@@ -26,6 +25,8 @@ namespace vesk {
 using Text = CharAccumulator<512>;
 
 thread_local int LogCall::depth = 0;
+
+std::atomic<bool> gMemoryLogStarted{false};
 
 namespace {
 
@@ -79,14 +80,6 @@ void appendLevel(Text& text, Logger::LogLevel level) {
   const char* name = LevelToText(level);
   for (int column = 0; column < 5; ++column) text.append(*name != '\0' ? *name++ : ' ');
   text.append(' ');
-}
-
-__attribute__((format(printf, 1, 0))) void logToMemory(const char* format, va_list args) {
-  va_list copy;
-  va_copy(copy, args);
-  Lock lock(gLogMessageProtect());
-  if (gCircularBuffer()) gCircularBuffer()->log(format, copy);
-  va_end(copy);
 }
 
 constexpr unsigned int kBytesPerRow = 16;
@@ -178,7 +171,7 @@ void Logger::log(LogLevel level, const char* file, int line, const char* functio
   text.append(format);
   va_list args;
   va_start(args, format);
-  if (gMemoryLogStarted && level >= getEffectiveMemoryLevel()) logToMemory(text.terminate(), args);
+  if (gMemoryLogStarted && level >= getEffectiveMemoryLevel()) kHooks.writeToMemory(text.terminate(), args);
   if (level >= getEffectiveLevel()) WriteMessage(getEffectiveFacility(), level, text, args);
   va_end(args);
 }

@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include <fokrazo/log.h>
-#include "util/thread/threads_api.h"
 #include "util/log/log_internal.h"
+#include "util/thread/threads_api.h"
 
 namespace vesk {
 

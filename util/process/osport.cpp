@@ -10,8 +10,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "util/thread/fork_locks.h"
 #include <fokrazo/mutex.h>
+#include "util/thread/fork_locks.h"
 
 // The C library's. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" const char* __progname;

@@ -2,9 +2,9 @@
 // <stdlib.h> promises that its functions throw nothing, which a failing mutex would break.
 #include <cstdlib>
 
-#include "util/thread/fork_locks.h"
-#include "util/thread/clock.h"
 #include <fokrazo/export.h>
+#include "util/thread/clock.h"
+#include "util/thread/fork_locks.h"
 #include "util/thread/threads_api.h"
 
 extern "C" {

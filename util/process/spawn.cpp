@@ -8,10 +8,10 @@
 #include <iterator>
 #include <vector>
 
-#include "util/process/descriptors.h"
-#include "util/thread/fork_locks.h"
 #include <fokrazo/mutex.h>
 #include <fokrazo/osport.h>
+#include "util/process/descriptors.h"
+#include "util/thread/fork_locks.h"
 #include "util/thread/pause.h"
 #include "util/thread/threads_api.h"
 

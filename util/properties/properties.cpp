@@ -10,12 +10,13 @@
 #include <istream>
 #include <memory>
 
-#include "util/thread/fork_locks.h"
-#include "util/file/fixed_paths.h"
+#include <fokrazo/fixed_paths.h>
 #include <fokrazo/log.h>
-#include "util/text/printed.h"
+#include "util/hook/hooks.h"
 #include "util/properties/property_file.h"
 #include "util/properties/property_line.h"
+#include "util/text/printed.h"
+#include "util/thread/fork_locks.h"
 
 using vesk::Lock;
 using vesk::Properties;
@@ -143,7 +144,7 @@ void Properties::load(std::istream& stream, bool expand) {
 
 void Properties::loadText(const std::string& text, bool expand) {
   parse(text, expand);
-  Logger::ReconfigureLevels(*this);
+  kHooks.configurationLoaded(*this);
   const auto logger = getLogger(kLogger, false);
   if (!logger || !logger->isEnabled(Logger::Debug)) return;
   Print print(m_debugDump);

@@ -7,13 +7,13 @@
 #include <cstdio>
 #include <set>
 
-#include "util/thread/clock.h"
 #include <fokrazo/log.h>
-#include "util/thread/pause.h"
 #include <fokrazo/properties.h>
 #include "util/file/next_content.h"
 #include "util/properties/property_file.h"
 #include "util/properties/property_line.h"
+#include "util/thread/clock.h"
+#include "util/thread/pause.h"
 
 namespace vesk {
 

@@ -2,65 +2,16 @@
 #include <cstdlib>
 #include <cstring>
 
-#include <fokrazo/error_util.h>
 #include <fokrazo/log.h>
 #include <fokrazo/properties.h>
-#include <fokrazo/setting.h>
+#include "util/hook/hooks.h"
 #include "util/properties/property_line.h"
-#include "util/setting/setting_store.h"
 
 namespace vesk {
 
-namespace {
-
-constexpr char kZoneVariable[] = "ZONE";
-constexpr char kUnknown[] = "<unknown>";
-
-struct SpecialVariable {
-  const char* name;
-  const char* setting;
-};
-
-constexpr SpecialVariable kSpecialVariables[] = {
-    {"JOINNAME", SETTING_HOST_NAME},           //
-    {"PREW2KNAME", SETTING_PREW2K_HOST_NAME},  //
-    {"SITE", SETTING_MACHINE_SITE},            //
-    {"DOMAIN", SETTING_DOMAIN_NAME},           //
-    {kZoneVariable, SETTING_ZONE_REALNAME},    //
-};
-
-/// The first component of a distinguished name; any other text as it is.
-std::string shortZoneName(const std::string& zone) {
-  size_t begin = zone.find("CN=");
-  if (begin == std::string::npos) begin = zone.find("OU=");
-  if (begin == std::string::npos) return zone;
-  begin += 3;
-  return zone.substr(begin, zone.find(',', begin) - begin);
-}
-
-// A machine that has not joined lacks all of them: to look first costs less than five exceptions.
-bool isThere(const char* name) {
-  const LockedStore store;
-  return store->gSettingsMap.count(name) != 0 || SettingExists(name);
-}
-
-std::string readSetting(const char* name) {
-  try {
-    return isThere(name) ? loadSettingFromFile(name) : kUnknown;
-  } catch (const VESKException&) {
-    return kUnknown;
-  }
-}
-
-}  // namespace
-
 void Properties::loadVariables() {
   m_expansionLeft = kMaxExpansion;
-  for (const SpecialVariable& variable : kSpecialVariables) {
-    std::string value = readSetting(variable.setting);
-    if (variable.name == kZoneVariable && value != kUnknown) value = shortZoneName(value);
-    m_variables[variable.name] = value;
-  }
+  m_variables = kHooks.hostVariables();
 }
 
 void Properties::expandEnvVariables(std::string& value) {

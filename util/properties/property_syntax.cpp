@@ -2,9 +2,9 @@
 
 #include <istream>
 
-#include "util/text/ends_escaped.h"
 #include <fokrazo/log.h>
 #include "util/properties/property_line.h"
+#include "util/text/ends_escaped.h"
 
 namespace vesk {
 

@@ -4,14 +4,14 @@
 #include <stdexcept>
 #include <utility>
 
-#include "util/thread/fork_locks.h"
-#include "util/thread/clock.h"
 #include <fokrazo/error_util.h>
 #include <fokrazo/log.h>
-#include "util/thread/pause.h"
 #include <fokrazo/propnames.h>
-#include "util/thread/threads_api.h"
 #include "util/error/throw.h"
+#include "util/thread/clock.h"
+#include "util/thread/fork_locks.h"
+#include "util/thread/pause.h"
+#include "util/thread/threads_api.h"
 
 namespace {
 

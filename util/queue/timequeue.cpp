@@ -7,8 +7,8 @@
 
 #include <boost/make_shared.hpp>
 
-#include "util/thread/clock.h"
 #include <fokrazo/log.h>
+#include "util/thread/clock.h"
 
 namespace {
 

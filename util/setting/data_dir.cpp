@@ -7,7 +7,6 @@
 #include <cstring>
 #include <memory>
 
-#include "util/thread/fork_locks.h"
 #include <fokrazo/file_util.h>
 #include <fokrazo/log.h>
 #include <fokrazo/path.h>
@@ -16,6 +15,7 @@
 #include "util/error/throw.h"
 #include "util/file/unique_fd.h"
 #include "util/setting/setting_store.h"
+#include "util/thread/fork_locks.h"
 
 namespace vesk {
 namespace {

@@ -9,8 +9,8 @@
 #include <cstring>
 #include <vector>
 
-#include "util/file/file_io.h"
 #include <fokrazo/setting.h>
+#include "util/file/file_io.h"
 #include "util/file/replacement_file.h"
 #include "util/setting/setting_store.h"
 

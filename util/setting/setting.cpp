@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "util/file/fixed_paths.h"
+#include <fokrazo/fixed_paths.h>
 #include <fokrazo/log.h>
 #include <fokrazo/path.h>
 #include <fokrazo/properties.h>

@@ -6,13 +6,13 @@
 #include <cerrno>
 #include <cstring>
 
-#include "util/file/file_io.h"
 #include <fokrazo/path.h>
 #include <fokrazo/setting.h>
 #include <fokrazo/strutil.h>
 #include "util/error/throw.h"
-#include "util/file/unique_fd.h"
+#include "util/file/file_io.h"
 #include "util/file/replacement_file.h"
+#include "util/file/unique_fd.h"
 #include "util/setting/setting_store.h"
 
 namespace vesk {
@@ -90,10 +90,6 @@ void replaceFile(const std::string& path, const std::string& text, mode_t mode) 
 }
 
 }  // namespace
-
-void throwFileFailure(int error, const char* literal, const std::string& path) {
-  FOKRAZO_THROW_ERRNO(IOException, "IOException", error, error, literal, path.c_str());
-}
 
 void removeFile(const std::string& path) {
   if (::unlink(path.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return;

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "util/file/fixed_paths.h"
+#include <fokrazo/fixed_paths.h>
 #include <fokrazo/mutex.h>
 #include <fokrazo/setting.h>
 
@@ -49,10 +49,8 @@ class LockedStore {
   Lock m_lock;
 };
 
-/// Below a data directory: what belongs to processes without root rights.
-constexpr char kUserDir[] = "user/";
-/// In front of a setting's name: its file, and its property.
-constexpr char kKSetPrefix[] = "kset.";
+using paths::kKSetPrefix;
+using paths::kUserDir;
 
 inline std::string settingPath(const std::string& dir, const std::string& name) {
   return dir + kKSetPrefix + name;
@@ -62,8 +60,6 @@ inline std::string settingPath(const std::string& dir, const std::string& name) 
 bool isRootUser();
 /// Whether a setting holds data of one domain controller: these have no limit and a copy for users.
 bool isDCSetting(const std::string& name);
-/// Throws IOException with the system's text; the literal takes the path.
-[[noreturn]] void throwFileFailure(int error, const char* literal, const std::string& path);
 /// Removes a file, if there is one. @throws IOException "Cannot remove file …"
 void removeFile(const std::string& path);
 /// The names of the entries of a directory without "." and "..".

@@ -11,6 +11,7 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include "util/log/log_internal.h"
+#include "util/sink/sink_internal.h"
 
 namespace vesk {
 namespace {
@@ -27,8 +28,6 @@ constexpr unsigned int kSmallestSize = 10240;
 static_assert(kSmallestSize >= kScratchSize + kMonikerLength, "any entry has room in any ring");
 
 }  // namespace
-
-std::atomic<bool> gMemoryLogStarted{false};
 
 int memoryLevel(const std::string& text, const boost::shared_ptr<Logger>& logger) {
   const int level = TextToLevel(text);

@@ -11,15 +11,16 @@
 #include <cstring>
 #include <string_view>
 
-#include "util/file/file_io.h"
 #include <fokrazo/log.h>
 #include <fokrazo/log_cache.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
-#include "util/thread/threads_api.h"
+#include "util/file/file_io.h"
 #include "util/file/unique_fd.h"
-#include "util/sink/log_backups.h"
 #include "util/log/log_internal.h"
+#include "util/sink/log_backups.h"
+#include "util/sink/sink_internal.h"
+#include "util/thread/threads_api.h"
 
 namespace vesk {
 namespace {

@@ -12,8 +12,8 @@
 #include <memory>
 #include <utility>
 
-#include "util/file/file_io.h"
 #include <fokrazo/log_gzip.h>
+#include "util/file/file_io.h"
 
 namespace vesk {
 namespace {

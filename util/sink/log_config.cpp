@@ -9,6 +9,7 @@
 #include <fokrazo/propnames.h>
 #include "util/log/log_internal.h"
 #include "util/sink/log_queue.h"
+#include "util/sink/sink_internal.h"
 
 namespace vesk {
 namespace {

@@ -10,11 +10,12 @@
 #include <cstring>
 #include <string>
 
-#include "util/thread/fork_locks.h"
-#include "util/file/fixed_paths.h"
+#include <fokrazo/fixed_paths.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include "util/log/log_internal.h"
+#include "util/sink/sink_internal.h"
+#include "util/thread/fork_locks.h"
 
 namespace vesk {
 namespace {

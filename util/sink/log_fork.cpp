@@ -1,10 +1,10 @@
 // A fork while other threads log leaves the child with a queue that nobody serves, and with lines that the
 // parent writes too. The child goes on without queue, straight to the destination; it may start a thread of
-// its own. Its locks are fresh by then (util/fork_locks.h), and no line is half done.
+// its own. Its locks are fresh by then (util/thread/fork_locks.h), and no line is half done.
 
 #include <pthread.h>
 
-#include "util/log/log_internal.h"
+#include "util/sink/sink_internal.h"
 
 namespace vesk {
 namespace {

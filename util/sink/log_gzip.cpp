@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <memory>
 
-#include "util/thread/threads_api.h"
 #include "util/file/unique_fd.h"
+#include "util/thread/threads_api.h"
 
 namespace vesk {
 namespace {

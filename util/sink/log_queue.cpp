@@ -18,12 +18,13 @@
 #include <fokrazo/error_util.h>
 #include <fokrazo/log.h>
 #include <fokrazo/log_destination.h>
-#include "util/thread/pause.h"
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include <fokrazo/queued_message.h>
 #include <fokrazo/thread.h>
 #include "util/log/log_internal.h"
+#include "util/sink/sink_internal.h"
+#include "util/thread/pause.h"
 
 namespace vesk {
 namespace {

@@ -10,7 +10,6 @@
 #include <cwctype>
 #include <string_view>
 
-#include <fokrazo/osport.h>
 #include "util/text/strtou32.h"
 
 const std::string STRCLS_TRUE("true");
@@ -227,7 +226,7 @@ std::string VS(const char* format, ...) {
 
 std::string strtime(const time_t* time) {
   char text[64];
-  if (!QtrCTime_r(time, text, sizeof text)) return "ctime_r failed";
+  if (!ctime_r(time, text)) return "ctime_r failed";
   std::string line(text);
   if (!line.empty()) line.pop_back();
   return line;

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cctype>
 
-#include "util/text/hex_digits.h"
 #include <fokrazo/strutil.h>
+#include "util/text/hex_digits.h"
 
 namespace {
 

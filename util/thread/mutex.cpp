@@ -6,9 +6,9 @@
 #include <exception>
 #include <utility>
 
+#include "util/error/throw.h"
 #include "util/thread/clock.h"
 #include "util/thread/threads_api.h"
-#include "util/error/throw.h"
 
 namespace {
 

@@ -5,10 +5,8 @@
 #include <cerrno>
 #include <ctime>
 
+#include "util/hook/hooks.h"
 #include "util/thread/fork_locks.h"
-#include <fokrazo/log.h>
-#include <fokrazo/properties.h>
-#include <fokrazo/propnames.h>
 #include "util/thread/threads_api.h"
 
 namespace {
@@ -31,10 +29,6 @@ pthread_key_t gTSDKey;
 pthread_once_t gTSDKeyOnce = PTHREAD_ONCE_INIT;
 std::atomic<bool> gTSDKeyMade{false};
 
-bool prioritiesWanted() {
-  return vesk::Props(false, false)->getBool(vesk::PN::VESKD_USE_THREAD_PRIORITY, false);
-}
-
 // How a new thread is to be made, as the configuration wants it.
 class Attributes {
  public:
@@ -42,9 +36,9 @@ class Attributes {
   ~Attributes() { pthread_attr_destroy(&m_attributes); }
 
   void configure() {
-    const int stackSize = vesk::Props(false, false)->getInt(vesk::PN::VESKD_STACKSIZE_CLIENT_THREADS, 0);
-    if (stackSize > 0) setStackSize(stackSize);
-    if (prioritiesWanted()) FOKRAZO_CHECK_OS_CALL(pthread_attr_setschedpolicy(&m_attributes, SCHED_FIFO));
+    const vesk::ThreadPolicy policy = vesk::kHooks.threadPolicy();
+    if (policy.stackSize > 0) setStackSize(policy.stackSize);
+    if (policy.usesPriorities) FOKRAZO_CHECK_OS_CALL(pthread_attr_setschedpolicy(&m_attributes, SCHED_FIFO));
   }
   const pthread_attr_t* get() const { return &m_attributes; }
 
@@ -54,9 +48,9 @@ class Attributes {
  private:
   void setStackSize(int size) {
     if (pthread_attr_setstacksize(&m_attributes, size) == 0)
-      VESK_LOG_TO(kLogger, Debug, "Set the pthread stack size to %d", size);
+      FOKRAZO_HOOK_DEBUG(kLogger, "Set the pthread stack size to %d", size);
     else
-      VESK_LOG_TO(kLogger, Debug, "Failed to set the thread stack size, using system default");
+      FOKRAZO_HOOK_DEBUG(kLogger, "Failed to set the thread stack size, using system default");
   }
 
   pthread_attr_t m_attributes;
@@ -184,7 +178,7 @@ void Thread::kill() {
 }
 
 void Thread::changePriority(int delta) {
-  if (!prioritiesWanted()) return;
+  if (!kHooks.threadPolicy().usesPriorities) return;
   const char* word = delta > 0 ? "Increase" : "Decrease";
   sched_param parameters{};
   int error = whileRunning([&](pthread_t id) {
@@ -192,15 +186,15 @@ void Thread::changePriority(int delta) {
     return pthread_getschedparam(id, &policy, &parameters);
   });
   if (error != 0) {
-    VESK_LOG_TO(kLogger, Debug, "Can't determine previous thread priority: %d", error);
+    FOKRAZO_HOOK_DEBUG(kLogger, "Can't determine previous thread priority: %d", error);
     return;
   }
   parameters.sched_priority += delta;
   error = whileRunning([&](pthread_t id) { return pthread_setschedparam(id, SCHED_FIFO, &parameters); });
   if (error == 0)
-    VESK_LOG_TO(kLogger, Debug, "%s thread priority to %d", word, parameters.sched_priority);
+    FOKRAZO_HOOK_DEBUG(kLogger, "%s thread priority to %d", word, parameters.sched_priority);
   else
-    VESK_LOG_TO(kLogger, Debug, "%s thread priority failed: %d", word, error);
+    FOKRAZO_HOOK_DEBUG(kLogger, "%s thread priority failed: %d", word, error);
 }
 
 bool Thread::sleep(long seconds, long nanoseconds) {

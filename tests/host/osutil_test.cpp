@@ -1,0 +1,222 @@
+#include <fokrazo/osutil.h>
+
+#include <arpa/inet.h>
+#include <sched.h>
+#include <sys/socket.h>
+#include <sys/utsname.h>
+#include <utmp.h>
+
+#include <tuple>
+#include <vector>
+
+#include <fokrazo/setting.h>
+#include "host/endpoint_probe.h"
+#include "tests/support/world_test.h"
+#include "util/file/unique_fd.h"
+
+using namespace testsupport;
+using namespace vesk;
+
+namespace {
+
+using Names = std::list<std::string>;
+
+class OsUtilTest : public WorldTest {
+ protected:
+  void SetUp() override {
+    WorldTest::SetUp();
+    if (IsSkipped()) return;
+    clearSettingsMap();
+    clearReleaseFiles();
+    setenv("PATH", m_dir.c_str(), 1);
+  }
+
+  static void clearReleaseFiles() {
+    for (const auto& entry :
+         std::vector<std::filesystem::path>(std::filesystem::directory_iterator("/etc"), {}))
+      if (entry.filename().string().find("release") != std::string::npos ||
+          entry.filename().string().find("version") != std::string::npos)
+        std::filesystem::remove_all(entry);
+  }
+
+  /// An lsb_release that prints that text; none for the empty text.
+  void installCommand(const std::string& output) {
+    unlink(in("lsb_release").c_str());
+    if (!output.empty())
+      put(in("lsb_release"), "#!/bin/sh\nprintf '%s' '" + output + "'\necho noise >&2\nexit 1\n");
+    chmod(in("lsb_release").c_str(), 0755);
+  }
+};
+
+// What lsb_release prints, a file in /etc and its content; the system and its version, null for the kernel's.
+const char* const kReleases[][5] = {
+    {"", "mandrake-release", "Mandrake Linux release 10.1 for i586\n", "Mandrake Linux", "10.1 for i586"},
+    {"", "SuSE-release", "SUSE Linux Server 11\nVERSION = 11\nPATCHLEVEL = 4\n", "SuSE Linux", "11"},
+    {"", "SuSE-release", "openSUSE release 9 (i586)\nVERSION = 1\n", "openSUSE", "9 (i586)"},
+    {"", "SuSE-release", "SUSE Linux\nVERSION\nVERSION = 2\n", "SuSE Linux", nullptr},
+    {"", "UnitedLinux-release", "UnitedLinux 1.0 (i586)\nVERSION=1.0", "SuSE Linux", "1.0"},
+    {"", "gentoo-release", "Gentoo Base System version 1.12.9\n", "Gentoo Base System", "1.12.9"},
+    {"", "slackware-version", "Slackware 15.0\n", "Slackware", "15.0"},
+    {"", "debian_version", "12.4\n", "Debian", "12.4"},
+    {"", "release", "                   Oracle Solaris 11.4 X86\n", "Solaris", "11.4"},
+    {"Distributor ID:\tUbuntu\nRelease:\t22.04\nCodename:\tjammy\n", "debian_version", "bookworm/sid\n",
+     "Ubuntu", "22.04 (jammy)"},
+    {"No LSB modules are available.\nRelease:\t9\n", "debian_version", "9.1\n", "Debian", "9.1"},
+    {"", "lsb-release", "DISTRIB_RELEASE=22.04 release 1\n", nullptr, nullptr},
+    {"", "alpine-release", "3.19.0\n", nullptr, nullptr},
+    {"", "arch-release", "", nullptr, nullptr},
+    {"", "x-release", "release 5\n", nullptr, "5"},
+};
+
+TEST_F(OsUtilTest, KnowsTheDistributions) {
+  utsname kernel;
+  ASSERT_EQ(uname(&kernel), 0);
+  for (const auto& [command, file, content, system, release] : kReleases) {
+    clearReleaseFiles();
+    installCommand(command);
+    put(std::string("/etc/") + file, content);
+    std::string os = "old", version = "old";
+    OSVersion(os, version);
+    EXPECT_EQ(os, system ? system : kernel.sysname) << content;
+    EXPECT_EQ(version, release ? release : kernel.release) << content;
+  }
+}
+
+TEST_F(OsUtilTest, PassesOverWhatIsNoFileAndThrowsForLinesTooShort) {
+  put(in("target"), "Linked release 1\n");
+  ASSERT_EQ(symlink(in("target").c_str(), "/etc/linked-release"), 0);
+  ASSERT_EQ(mkdir("/etc/dir-release", 0755) + mkfifo("/etc/pipe-release", 0600), 0);
+  std::string os = "untouched", version = os;
+  EXPECT_FALSE(linuxDistro(os, version));
+  EXPECT_EQ(os + version, "untoucheduntouched");
+  EXPECT_TRUE(isLogged("linuxDistroBySearch: OS and version not found"));
+  const std::pair<const char*, const char*> files[] = {
+      {"x-release", "Some release"}, {"gentoo-release", "Gentoo"}, {"slackware-version", "Slack"}};
+  for (const auto& file : files) {
+    clearReleaseFiles();
+    put(std::string("/etc/") + file.first, file.second);
+    EXPECT_THROW(OSVersion(os, version), std::out_of_range) << file.first;
+  }
+  installCommand("Distributor ID:\tX\nRelease:");
+  EXPECT_THROW(OSVersion(os, version), std::out_of_range);
+}
+
+/// Writes login records: type, user, line. A name may fill its field.
+void writeRecords(const std::string& path) {
+  const std::tuple<short, std::string, const char*> rows[] = {
+      {USER_PROCESS, "", "pts/9"},
+      {BOOT_TIME, "reboot", "~"},
+      {USER_PROCESS, "bob", "pts/0"},
+      {USER_PROCESS, "alice", "console"},
+      {USER_PROCESS, std::string(32, 'n'), "pts/1"},
+      {USER_PROCESS, "alice", "pts/3"},
+  };
+  std::ofstream file(path, std::ios::binary);
+  for (const auto& [type, user, line] : rows) {
+    utmpx record = {};
+    record.ut_type = type;
+    record.ut_tv.tv_sec = 1000;
+    memcpy(record.ut_user, user.data(), user.size());
+    strcpy(record.ut_line, line);
+    file.write(reinterpret_cast<const char*>(&record), sizeof record);
+  }
+}
+
+TEST_F(OsUtilTest, CountsWhoIsLoggedInAndTheOlderInterfaceShowsEveryNameAsAUsers) {
+  writeRecords("/var/run/utmp");
+  checkInChild([this] {
+    const long descriptors = openDescriptors();
+    const std::string longName(32, 'n');
+    EXPECT_EQ(currentUsers(false), (Names{"bob", "alice", longName, "alice"}));
+    EXPECT_EQ(currentUsers(true), (Names{"alice", "bob", longName}));
+    EXPECT_EQ(CurrentLogons("alice"), 2);
+    EXPECT_EQ(currentUsers(2).size(), 4u);
+    installCommand("Distributor ID:\tMac OS X\nRelease:\t10.4.11\n");
+    EXPECT_EQ(currentUsers(2), Names{"alice"});
+    EXPECT_TRUE(isLogged("Skipping non-console user(bob) on Mac OS X 10.4.11"));
+    EXPECT_EQ(openDescriptors(), descriptors);
+  });
+  unlink("/var/run/utmp");
+  writeRecords(in("utmp"));
+  checkInChild([this] {
+    utmpname(in("utmp").c_str());
+    EXPECT_EQ(currentUsers(false), (Names{"reboot", "bob", "alice", std::string(31, 'n'), "alice"}));
+    internal_setutxent();
+    const utmpx* record = internal_getutxent();
+    ASSERT_NE(record, nullptr);
+    EXPECT_TRUE(record->ut_type == USER_PROCESS && record->ut_tv.tv_sec == 1000) << record->ut_type;
+    EXPECT_STREQ(record->ut_line, "~");
+    internal_endutxent();
+  });
+}
+
+TEST_F(OsUtilTest, TheJoinNamesTheHost) {
+  for (const auto& name : {shortJoinedHostName, longJoinedHostName, PreW2KHostName, SamHostName})
+    EXPECT_THROW(name(), IOException) << "not joined";
+  saveSetting(SETTING_HOST_NAME, "Srv.Example.COM", SETTING_PUBLIC, false, true);
+  EXPECT_EQ(longJoinedHostName() + " " + shortJoinedHostName(), "srv.example.com srv");
+  if (canBeOrdinaryUser()) checkInChild([] { EXPECT_EQ(PreW2KHostName(), "srv"); }, kOrdinaryUser);
+  EXPECT_FALSE(SettingExists(SETTING_PREW2K_HOST_NAME)) << "only root stores it";
+  EXPECT_EQ(SamHostName(), "srv$");
+  EXPECT_EQ(get("/var/velmora/kset.prew2k.host"), "srv");
+  EXPECT_EQ(modeOf("/var/velmora/kset.prew2k.host"), S_IFREG | 0644u);
+  saveSetting(SETTING_PREW2K_HOST_NAME, "SRVOLD", SETTING_PUBLIC, false, true);
+  EXPECT_EQ(PreW2KHostName() + " " + SamHostName(), "SRVOLD srvold$");
+  for (const char* name : {"DOTLESS", ""}) {
+    clearSettingsMap();
+    put("/var/velmora/kset.host", name);
+    EXPECT_EQ(shortJoinedHostName(), *name ? "dotless" : "");
+    EXPECT_TRUE(isLogged("No dots found in the joinname " + std::string(name) + "."));
+  }
+}
+
+TEST_F(OsUtilTest, TheSystemNamesTheHost) {
+  put("/etc/nsswitch.conf", "hosts: files\n");
+  put("/etc/hosts", "127.0.0.5 Canonical.Example Box.Example.Com " + std::string(5000, 'a') + "\n");
+  if (inChild([] { ASSERT_EQ(unshare(CLONE_NEWUTS), 0); }) != 0)
+    GTEST_SKIP() << "the host's name cannot be set";
+  checkInChild([] {
+    ASSERT_EQ(unshare(CLONE_NEWUTS), 0);
+    const std::string rows[][3] = {{"Box.Example.Com", "box", "canonical.example"},
+                                   {std::string(64, 'H'), "", std::string(64, 'h')}};
+    for (const auto& [name, shortName, longName] : rows) {
+      ASSERT_EQ(sethostname(name.data(), name.size()), 0);
+      EXPECT_EQ(shortLocalHostName(), shortName);
+      EXPECT_EQ(longLocalHostName(), longName);
+    }
+  });
+}
+
+/// A listening socket on the loopback, and its address.
+UniqueFd listener(int backlog, sockaddr_in& address) {
+  UniqueFd fd(socket(AF_INET, SOCK_STREAM, 0));
+  address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  EXPECT_EQ(bind(fd.get(), reinterpret_cast<sockaddr*>(&address), size), 0);
+  EXPECT_EQ(getsockname(fd.get(), reinterpret_cast<sockaddr*>(&address), &size), 0);
+  EXPECT_EQ(listen(fd.get(), backlog), 0);
+  return fd;
+}
+
+TEST_F(OsUtilTest, TestsAnEndpoint) {
+  sockaddr_in address;
+  UniqueFd peer = listener(8, address);
+  checkInChild([&] {
+    for (int fd = 0; fd >= 0 && fd < 1100;) fd = dup(0);
+    EXPECT_EQ(TestConnect(address), 0) << "by a descriptor of any number";
+  });
+  peer.close();
+  EXPECT_EQ(TestConnect(address), 1);
+  // A queue that is full makes the endpoint silent.
+  const UniqueFd full = listener(0, address);
+  std::vector<UniqueFd> waiting;
+  for (int i = 0; i < 4; ++i) {
+    waiting.emplace_back(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
+    connect(waiting.back().get(), reinterpret_cast<sockaddr*>(&address), sizeof address);
+  }
+  EXPECT_EQ(probeEndpoint(address, 100), -1);
+}
+
+}  // namespace

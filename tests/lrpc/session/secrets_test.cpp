@@ -1,0 +1,198 @@
+// What a secret leaves behind: nothing in the memory of the process once its owner has wiped it, and nothing
+// in any log.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <new>
+#include <string>
+
+#include <fokrazo/circular_buffer.h>
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/log.h>
+#include <fokrazo/session.h>
+#include <fokrazo/shredder.h>
+#include <fokrazo/unixviews.h>
+#include "tests/support/standin_process.h"
+#include "tests/support/syslog_socket.h"
+#include "tests/support/thrown.h"
+#include "tests/support/world_test.h"
+#include "util/file/unique_fd.h"
+
+using namespace vesk;
+using namespace testsupport;
+
+namespace {
+
+// A secret is one of these, repeated. It is found where it stands twice in a row, which the test itself never
+// lets happen.
+using Unit = uint64_t;
+constexpr size_t kPair = 2 * sizeof(Unit);
+
+Unit newUnit() {
+  static unsigned count = 0;
+  char text[sizeof(Unit) + 1];
+  snprintf(text, sizeof text, "Key-%04u", ++count);
+  Unit unit;
+  memcpy(&unit, text, sizeof unit);
+  return unit;
+}
+
+std::string textOf(Unit unit) {
+  return std::string(reinterpret_cast<const char*>(&unit), sizeof unit);
+}
+
+std::unique_ptr<Shredder> secretOf(Unit unit, size_t size) {
+  auto secret = std::make_unique<Shredder>(std::string(size, '\0'));
+  for (size_t i = 0; i + sizeof unit <= size; i += sizeof unit) memcpy(&(*secret)[i], &unit, sizeof unit);
+  return secret;
+}
+
+// The first mapping of the process's private writable memory where the unit stands twice in a row; empty if
+// there is none. Read piece by piece into a shared page, which is none of it.
+std::string found(Unit unit) {
+  constexpr size_t kPiece = 1 << 20;
+  static auto* const piece = static_cast<char*>(
+      mmap(nullptr, kPiece + kPair, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  char* const pair = piece + kPiece;
+  for (size_t i = 0; i < kPair; i += sizeof unit) memcpy(pair + i, &unit, sizeof unit);
+  const UniqueFd memory(open("/proc/self/mem", O_RDONLY | O_CLOEXEC));
+  std::ifstream maps("/proc/self/maps");
+  for (std::string line; std::getline(maps, line);) {
+    uint64_t start, end;
+    char permissions[5];
+    sscanf(line.c_str(), "%lx-%lx %4s", &start, &end, permissions);
+    if (strcmp(permissions, "rw-p") != 0) continue;
+    for (; start + kPair <= end; start += kPiece - kPair) {
+      const ssize_t size = pread(memory.get(), piece, std::min(kPiece, end - start), start);
+      if (size > 0 && memmem(piece, size, pair, kPair)) return line;
+    }
+  }
+  return "";
+}
+
+struct Operation {
+  const char* call;
+  void (*make)(LocalRpcSession& session, const Shredder& secret);
+};
+
+std::string gText;  // an out argument
+int gStatus;
+
+// clang-format off
+#define CALL(...) #__VA_ARGS__, [](LocalRpcSession& session, const Shredder& secret) { session.__VA_ARGS__; }
+
+const Operation kOperations[] = {
+    {CALL(validatePlainTextUser("lquispe", secret, false))},
+    {CALL(validateKerberosUser("lquispe", secret))},
+    {CALL(getNtlmChallenge(secret))},
+    {CALL(validateNtlmUser(secret))},
+    {CALL(changePassword("lquispe", secret, secret, false))},
+    {CALL(setPassword("lquispe", secret, "", secret))},
+    {CALL(setPasswordKrb5("lquispe", secret))},
+    {CALL(addUser("new", secret, "", "", "", "", "", "", "", secret))},
+    {CALL(addUserKrb5("new", secret, "", "", "", "", "", ""))},
+    {CALL(setMachinePassword("linux04", secret, "", secret))},
+    {CALL(setMachinePassword(secret))},
+    {CALL(netLogonSamLogon("lquispe", secret, secret, 0, gText, gStatus, gText))},
+    {CALL(samChangeUserPassword2("lquispe", secret, secret, secret, secret, gStatus, gText))},
+};
+// clang-format on
+
+class SecretsTest : public WorldTest {
+ protected:
+  // Makes each operation with a secret of its own, and looks for the secret after that.
+  void check(SyslogSocket& syslogd, const std::string& socket, size_t size) {
+    for (const Operation& operation : kOperations) {
+      SCOPED_TRACE(operation.call);
+      const Unit unit = newUnit();
+      LocalRpcSession session(socket, false, false);
+      forgetLog();
+      auto secret = secretOf(unit, size);
+      thrownBy([&] { operation.make(session, *secret); });
+      secret.reset();
+      std::string lines = logged();
+      for (const std::string& line : syslogd.texts()) lines += line;
+      EXPECT_NE(lines, "");
+      EXPECT_EQ(lines.find(textOf(unit)), std::string::npos) << lines;
+      EXPECT_EQ(found(unit), "");
+    }
+  }
+};
+
+TEST_F(SecretsTest, NoneIsLeftInMemoryAndNoneIsLogged) {
+  SyslogSocket syslogd;
+  const Unit unit = newUnit();
+  auto secret = secretOf(unit, 48);
+  EXPECT_NE(found(unit), "");
+  secret.reset();
+  EXPECT_EQ(found(unit), "");
+
+  const std::string all = "logger.memory.enabled: true\nlogger.memory.log: TRACE\nlogger.facility.*: auth\n";
+  Logger::SetBufferActive(true);
+  configure(all);
+  ASSERT_TRUE(CircularBuffer::GetCircularBuffer()->isEnabled());
+  check(syslogd, in("nobody"), 48);
+  const struct {
+    const char *fault, *settings;
+  } rows[] = {{"drop@100000", ""},
+              {"lose%1", ""},
+              {"refuse%1", ""},
+              {"stall%1", "lrpc.timeout: 0\n"},
+              {"lose%4", "logger.destination: syslog\n"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.fault);
+    configure(all + row.settings);
+    const StandinProcess standin({"--fault", row.fault});
+    check(syslogd, standin.socket(), 48);
+    check(syslogd, standin.socket(), 70000);  // a message grows
+  }
+}
+
+TEST_F(SecretsTest, NoneIsLeftOfAReplyThatBreaksOff) {
+  configure("lrpc.timeout: 0\n");
+  int ends[2];
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+  const UniqueFd own(ends[0]), peer(ends[1]);
+  const Unit unit = newUnit();
+  const pid_t child = fork();
+  if (child == 0) {  // whose memory is another
+    std::string frame = {100, 0, 0, 0};
+    for (int i = 0; i < 8; ++i) frame += textOf(unit);
+    _exit(write(peer.get(), frame.data(), frame.size()) == static_cast<ssize_t>(frame.size()) ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_EQ(status, 0);
+  IPCReply reply;
+  EXPECT_THROW(reply.get(own.get()), TimeoutException);
+  EXPECT_EQ(found(unit), "");
+}
+
+// A short text stands in the object itself, where it can be looked at afterwards.
+TEST(ShredderTest, WipesItsOwnTextAlone) {
+  alignas(Shredder) static unsigned char place[sizeof(Shredder)];
+  const std::string original = "short";
+  auto* secret = new (place) Shredder(original);
+  Shredder copy = *secret;
+  secret->assign("no");
+  secret->~Shredder();
+  const volatile unsigned char* bytes = place;
+  const std::string left(bytes, bytes + sizeof place);
+  EXPECT_EQ(left.find("no"), std::string::npos);
+  EXPECT_EQ(left.find("rt"), std::string::npos);
+  EXPECT_EQ(original, "short");
+  EXPECT_EQ(copy, "short");
+}
+
+}  // namespace

@@ -1,0 +1,114 @@
+/// Threads and meeting points for the tests of the runtime, and the library's clock and pauses in their
+/// hands.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include <fokrazo/thread.h>
+#include "util/thread/clock.h"
+#include "util/thread/pause.h"
+
+/// Closed until it has been opened as often as one waits for.
+class Gate {
+ public:
+  void open() {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    ++m_openings;
+    m_changed.notify_all();
+  }
+  void wait(int openings = 1) {
+    std::unique_lock<std::mutex> guard(m_mutex);
+    m_changed.wait(guard, [&] { return m_openings >= openings; });
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  int m_openings = 0;
+};
+
+/// A thread that runs `body`; joined at the end of the scope.
+class Worker : public vesk::Thread {
+ public:
+  explicit Worker(std::function<void()> body) : m_body(std::move(body)) { start("worker", run, this, 0); }
+  ~Worker() override { join(); }
+  void unexpectedTermination() override { ++unexpectedEnds; }
+
+  std::atomic<int> unexpectedEnds{0};
+
+ private:
+  static void* run(void* worker) { return static_cast<Worker*>(worker)->m_body(), nullptr; }
+
+  std::function<void()> m_body;
+};
+
+/// Runs `body(point)` in a thread that is cancelled while it is in point(), and waits for its end. (The
+/// thread sanitizer is blind to locks after a cancel inside a blocking system call: let none strike there.)
+inline void cancelAt(const std::function<void(const std::function<void()>& point)>& body) {
+  Gate reached, cancelled;
+  Worker worker([&] {
+    body([&] {
+      reached.open();
+      cancelled.wait();
+    });
+  });
+  reached.wait();
+  worker.cancel();
+  cancelled.open();
+  worker.join();
+  EXPECT_EQ(worker.unexpectedEnds, 1);
+}
+
+/// A queue that tells of its interrupts.
+template <class Queue>
+struct Watched : Queue {
+  using Queue::Queue;
+  void interrupt() override {
+    Queue::interrupt();
+    interrupted.open();
+  }
+  Gate interrupted;
+};
+
+/// Moves the library's day for the length of a scope.
+struct MovedDay {
+  explicit MovedDay(long seconds = 0) { moveTo(seconds); }
+  ~MovedDay() { moveTo(0); }
+  void moveTo(long seconds) { vesk::dayclock::offset = seconds; }
+};
+
+/// Takes the library's pauses down instead of sleeping, for the length of a scope. One at a time.
+class RecordedPauses {
+ public:
+  explicit RecordedPauses(std::function<void(long)> during = [](long) {}) : m_during(std::move(during)) {
+    gCurrent = this;
+    vesk::pause::replacement = [](long milliseconds) { gCurrent->note(milliseconds); };
+  }
+  ~RecordedPauses() { vesk::pause::replacement = nullptr; }
+
+  std::vector<long> taken() {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_taken;
+  }
+
+ private:
+  void note(long milliseconds) {
+    {
+      const std::lock_guard<std::mutex> guard(m_mutex);
+      m_taken.push_back(milliseconds);
+    }
+    m_during(milliseconds);
+  }
+
+  static inline RecordedPauses* gCurrent;
+  std::mutex m_mutex;
+  std::vector<long> m_taken;
+  std::function<void(long)> m_during;
+};

@@ -1,0 +1,256 @@
+// Files, lock files, and the program's name.
+
+#include <fokrazo/file_util.h>
+
+#include <fcntl.h>
+#include <signal.h>
+
+#include <fokrazo/osport.h>
+#include "tests/support/world_test.h"
+#include "tests/support/workers.h"
+
+using namespace testsupport;
+
+extern "C" const char* __progname;
+
+namespace {
+
+const std::string kGone = ": No such file or directory";
+const std::string kCallFailed = "SystemException|OS call failed";
+constexpr char kDir[] = "/var/zantrel";
+constexpr char kTempDir[] = "/var/zantrel/tmp";
+
+class FileUtilTest : public WorldTest {};
+
+TEST_F(FileUtilTest, ReadsAndWritesWholeFiles) {
+  const std::string content(100000, '\0');
+  int mode = 04751;
+  WriteFile(in("file"), content, &mode);
+  EXPECT_EQ(GetFileSize(in("file")), 100000);
+  EXPECT_EQ(ReadFile(in("file"), &(mode = 0)), content);
+  EXPECT_EQ(mode, 0751) << "nine bits";
+  ASSERT_EQ(mkfifo(in("pipe").c_str(), 0600), 0);
+  EXPECT_EQ(ReadFile(in("pipe"), nullptr), "") << "nobody has to write";
+  EXPECT_FAILURE(kCallFailed + ": No such device or address", WriteFile(in("pipe"), "nobody reads", nullptr));
+  EXPECT_FAILURE(kCallFailed + kGone, GetPerms(in("gone")));
+  EXPECT_FAILURE(kCallFailed + kGone, ReadFile(in("gone"), &mode));
+  EXPECT_FAILURE(kCallFailed + ": Is a directory", ReadFile(m_dir, nullptr));
+  EXPECT_FAILURE(kCallFailed + ": No space left on device", WriteFile("/dev/full", "x", nullptr));
+
+  unsigned long long kilobytes = 7;
+  EXPECT_EQ(GetFreeSpaceSize(in("gone"), kilobytes), ENOENT);
+  EXPECT_EQ(kilobytes, 7u);
+  EXPECT_TRUE(isLogged("statfs return (-1). Cannot detect free disk space." + kGone));
+  EXPECT_EQ(GetFreeSpaceSize("/proc", kilobytes), 0);
+  EXPECT_EQ(kilobytes, 0u) << "a file system without blocks";
+}
+
+TEST_F(FileUtilTest, RenamesWithOrWithoutAnException) {
+  EXPECT_EQ(renameFile(in("gone"), in("gone")), 0) << "equal paths are not looked at";
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(renameFile(in("gone"), in("d")), -1);
+  const std::string text = "Unable to rename \"" + in("gone") + "\" to \"" + in("d") + "\".";
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), text + "\n");
+  EXPECT_TRUE(isLogged(text));
+  EXPECT_FAILURE("IOException|Move " + in("gone") + " to x failed" + kGone, MoveFile(in("gone"), "x"));
+}
+
+TEST_F(FileUtilTest, TemporaryFilesAreBornWithModeAndOwnerOrNotAtAll) {
+  std::string name = in("a.XXXXXX");
+  close(mkstemp(name, 0640, getuid(), getgid()));
+  EXPECT_EQ(modeOf(name), S_IFREG | 0640u);
+  EXPECT_EQ(mkstemp(name), -1);
+  EXPECT_EQ(errno, EINVAL);
+  EXPECT_EQ(modeOf(name), 0u) << "the file of that very name goes";
+  std::ofstream out;
+  EXPECT_EQ(OpenTempFile((name = in("c.XXXXXX")).data(), 0604, out), 0);
+  out << "text" << std::flush;
+  EXPECT_EQ(get(name), "text");
+  EXPECT_EQ(modeOf(name), S_IFREG | 0604u);
+  out.close();
+  unlink(name.c_str());
+  EXPECT_FAILURE(kCallFailed + kGone, OpenTempFile((name = in("no/c.XXXXXX")).data(), 0600, out));
+  if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed for the rest";
+  ASSERT_EQ(chmod(m_dir.c_str(), 0777), 0);
+  const auto work = [&] {
+    const long descriptors = openDescriptors();
+    EXPECT_FAILURE(kCallFailed + ": Operation not permitted", mkstemp(name = in("a.XXXXXX"), 0600, 0, 0));
+    EXPECT_FAILURE(kCallFailed + ": Operation not permitted",
+                   OpenTempFile((name = in("b.XXXXXX")).data(), 0600, 0, 0, out));
+    EXPECT_EQ(openDescriptors(), descriptors);
+  };
+  checkInChild(work, kOrdinaryUser);
+  EXPECT_TRUE(std::filesystem::is_empty(m_dir)) << "nothing is left whose owner cannot be set";
+}
+
+TEST_F(FileUtilTest, FollowsLinksByHand) {
+  const std::string rows[][3] = {{"absolute", in("file"), in("file")},
+                                 {"relative", "file", in("file")},
+                                 {"sub/chain", "../relative", in("sub/../file")},
+                                 {"dangling", "none", ""},
+                                 {"loop", "loop", ""}};
+  put(in("file"), "");
+  ASSERT_EQ(mkdir(in("sub").c_str(), 0755), 0);
+  configure("brondalt.clients.threads.stacksize: 262144\n");  // a chain costs no stack
+  Worker([&] {
+    for (const auto& [link, target, result] : rows) {
+      EXPECT_EQ(symlink(target.c_str(), in(link).c_str()), 0);
+      std::string out = "untouched";
+      EXPECT_EQ(GetSymLinkPath(in(link).c_str(), out, 0), !result.empty()) << link;
+      EXPECT_EQ(out, result);
+    }
+  });
+  EXPECT_TRUE(isLogged("Detected a potential circular sym link in " + in("loop") + "!"));
+  checkInChild([this] {
+    ASSERT_EQ(chdir(m_dir.c_str()), 0);
+    std::string out;
+    EXPECT_TRUE(GetSymLinkPath("relative", out, 0) && out == "file");
+  });
+}
+
+TEST_F(FileUtilTest, CopiesFilesByPatternAndNeverThroughALink) {
+  for (const char* dir : {"from", "to"}) ASSERT_EQ(mkdir(in(dir).c_str(), 0755), 0);
+  for (const char* name : {"a.conf", "b.conf", "c.text"}) put(in("from/") + name, name);
+  put(in("victim"), "stays");
+  ASSERT_EQ(mkfifo(in("from/pipe").c_str(), 0600) + symlink("../victim", in("to/a.conf").c_str()), 0);
+  for (const char* pattern : {"(a|b)\\.conf", "^c", "text$", "pipe"})
+    CopyFiles(in("from"), in("to"), pattern);
+  EXPECT_TRUE(S_ISREG(modeOf(in("to/a.conf"))));
+  EXPECT_EQ(get(in("to/a.conf")) + get(in("to/b.conf")), "a.confb.conf");
+  EXPECT_EQ(modeOf(in("to/c.text")), 0u) << "anchors match nowhere";
+  CopyFile(in("victim"), in("victim"));
+  CopyFile(in("gone"), in("victim"));
+  EXPECT_EQ(get(in("victim")), "stays");
+  EXPECT_FAILURE(kCallFailed + kGone, CopyFiles(in("gone"), in("to"), "."));
+  EXPECT_FAILURE("BadDataException|CopyFiles: Error compiling pattern: Unmatched ( or \\(",
+                 CopyFiles(m_dir, m_dir, "a("));
+}
+
+TEST_F(FileUtilTest, WhateverStandsInTheTemporaryDirectorysWayIsReplaced) {
+  const bool owners = canBeOrdinaryUser();
+  const std::string victim = "/var/log/victim";  // on the file system of the plants
+  put(victim, "stays");
+  ASSERT_EQ(chmod(victim.c_str(), 0600), 0);
+  const std::function<int(const char*)> plants[] = {
+      [](const char*) { return 0; },
+      [&](const char* path) { return link(victim.c_str(), path); },
+      [&](const char* path) { return symlink("/var/log", path); },
+      [](const char* path) { return symlink("/no/such", path); },
+      [](const char* path) { return mkfifo(path, 0666); },
+      [](const char* path) { return mkdir(path, 0) + chmod(path, 07777); },
+      [=](const char* path) { return mkdir(path, 0755) + (owners ? chown(path, kOrdinaryUser, 7) : 0); },
+  };
+  for (const char* prefix : {kDir, kTempDir}) {
+    for (const auto& plant : plants) {
+      SCOPED_TRACE(prefix + std::to_string(&plant - plants));
+      std::filesystem::remove_all(kDir);
+      std::filesystem::create_directory(std::filesystem::path(prefix).parent_path());
+      ASSERT_EQ(plant(prefix), 0);
+      const mode_t mask = umask(077);
+      char dir[256];
+      EXPECT_EQ(GetZantrelTempDir(0, dir, sizeof dir), 0);
+      EXPECT_EQ(umask(mask), 077u);
+      EXPECT_STREQ(dir, kTempDir);
+      for (const char* path : {kDir, kTempDir}) {
+        struct stat info = {};
+        lstat(path, &info);
+        EXPECT_EQ(info.st_mode, S_IFDIR | 0755u) << path;
+        EXPECT_EQ(info.st_uid + info.st_gid, 0u) << path;
+      }
+    }
+  }
+  EXPECT_EQ(modeOf(victim), S_IFREG | 0600u);
+  EXPECT_EQ(get(victim), "stays");
+}
+
+TEST_F(FileUtilTest, OrdinaryUsersHaveTheSystemsTemporaryDirectory) {
+  char buffer[8] = "????";
+  EXPECT_EQ(GetZantrelTempDir(kOrdinaryUser, buffer, 4), -1);
+  EXPECT_EQ(errno, ERANGE);
+  EXPECT_EQ(GetZantrelTempDir(kOrdinaryUser, buffer, 5), 0);
+  EXPECT_STREQ(buffer, "/tmp");
+  EXPECT_EQ(GetZantrelTempDir(kOrdinaryUser, nullptr, 5), -1);
+  EXPECT_EQ(errno, EFAULT);
+  EXPECT_EQ(modeOf(kDir), 0u);
+  EXPECT_EQ(GetZantrelTempDir(0, buffer, sizeof buffer), -1);
+  EXPECT_EQ(errno, ERANGE);
+  if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed for the rest";
+  ASSERT_EQ(chmod(kTempDir, 0700), 0);
+  checkInChild(
+      [] {
+        char dir[256];
+        const long descriptors = openDescriptors();
+        EXPECT_EQ(GetZantrelTempDir(0, dir, sizeof dir), -1) << "only root repairs root's";
+        EXPECT_EQ(openDescriptors(), descriptors);
+      },
+      kOrdinaryUser);
+  EXPECT_EQ(modeOf(kTempDir), S_IFDIR | 0700u);
+}
+
+class LockFileTest : public ScratchTest {
+ protected:
+  void SetUp() override {
+    ScratchTest::SetUp();
+    path = in("lock");
+  }
+
+  /// The permissions of the lock file, made and locked; 0 if that fails or it is no regular file.
+  int lockAndLook(unsigned mode = 0) {
+    const mode_t mask = umask(0);
+    int status = 99;
+    const int fd = mode == 0 ? QtrLock(path.c_str(), &status) : QtrLock(path.c_str(), &status, mode);
+    umask(mask);
+    EXPECT_EQ(status, fd < 0 ? -1 : 0);
+    if (fd < 0) return 0;
+    close(fd);
+    return S_ISREG(modeOf(path)) ? modeOf(path) & 07777 : 0;
+  }
+
+  std::string path;
+};
+
+TEST_F(LockFileTest, TellsWhichOtherProcessHoldsIt) {
+  int status = -1;
+  const pid_t other = fork();
+  if (other == 0) {
+    if (QtrLock(path.c_str(), &status) >= 0 && status == 0) raise(SIGSTOP);
+    _exit(1);
+  }
+  waitpid(other, &status, WUNTRACED);
+  ASSERT_TRUE(WIFSTOPPED(status));
+  const int fd = QtrLock(path.c_str(), &status);
+  EXPECT_GE(fd, 0);
+  EXPECT_EQ(status, other);
+  kill(other, SIGKILL);
+  waitpid(other, &status, 0);
+  EXPECT_EQ(QtrLock(fd), 0);
+  EXPECT_EQ(QtrUnlock(fd), 0);
+  close(fd);
+  EXPECT_EQ(QtrLock(fd), -1);
+}
+
+TEST_F(LockFileTest, TakesThePlaceOfWhateverIsNoFile) {
+  put(in("precious"), "kept");
+  ASSERT_EQ(symlink(in("precious").c_str(), path.c_str()), 0);
+  EXPECT_EQ(lockAndLook(), 0700);
+  EXPECT_EQ(get(in("precious")), "kept");
+  EXPECT_EQ(lockAndLook(0640), 0640);
+  remove(path.c_str());
+  mkdir(path.c_str(), 0700);
+  put(path + "/full", "");
+  EXPECT_EQ(lockAndLook(), 0) << "a directory with something in it stays";
+  path += "/missing/lock";
+  EXPECT_EQ(lockAndLook(), 0);
+}
+
+TEST(OsPortTest, ProgramName) {
+  const char* own = __progname;
+  detect_progname();
+  EXPECT_EQ(__progname, own);
+  __progname = nullptr;
+  detect_progname();
+  EXPECT_EQ(std::string(__progname), std::string(own).substr(0, 15)) << "as long as the kernel keeps it";
+  __progname = own;
+}
+
+}  // namespace

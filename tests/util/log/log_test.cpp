@@ -1,0 +1,304 @@
+// Messages and the configuration: levels, names, positions, complaints, and changes while other threads log.
+
+#include <fokrazo/log.h>
+
+#include <syslog.h>
+
+#include <atomic>
+#include <cerrno>
+#include <ctime>
+#include <list>
+#include <tuple>
+
+#include <fokrazo/circular_buffer.h>
+#include <fokrazo/mutex.h>
+#include <fokrazo/thread.h>
+#include "tests/support/scratch_test.h"
+#include "tests/support/syslog_socket.h"
+#include "util/log/log_internal.h"
+#include "util/thread/clock.h"
+
+using namespace vesk;
+using testsupport::checkInChild;
+
+// The thread sanitizer allows a forked child no thread of its own otherwise.
+extern "C" const char* __tsan_default_options() {
+  return "die_after_fork=0";
+}
+
+namespace {
+
+Texts complaints(Texts texts) {
+  for (std::string& text : texts) text.insert(0, "WARN  com.zantrel.logger ");
+  return texts;
+}
+
+class LogTest : public ::testing::Test {
+ protected:
+  // Configures, and forgets what was logged on the way.
+  void set(const std::string& configuration) {
+    configure(configuration);
+    syslogd.take();
+  }
+
+  // What one INFO message of a logger becomes at the log socket.
+  std::string shown(const std::string& name, int line = 12, const char* function = "main") {
+    Logger::GetLogger(name)->log(Logger::Info, "/src/dir/file.cpp", line, function, "%d%%", 7);
+    const Texts texts = syslogd.texts();
+    return texts.size() == 1 ? texts[0] : "lines: " + std::to_string(texts.size());
+  }
+
+  SyslogSocket syslogd;
+};
+
+TEST_F(LogTest, EachLoggerHasWhatTheNearestSettingSays) {
+  set("log: WARN\nlog.tree: DEBUG\nlog.tree.twig.leaf: DISABLED\nlog.client: ERROR\n"
+      "logger.memory.log: DISABLED\nlogger.facility.*: LOCAL1\nlogger.facility.log_test: local2\n"
+      "logger.facility.tree: mail\nlogger.showmore: -1\nlogger.showmore.tree: 7\nlogger.showmore.tree.x: "
+      "''\n");
+  const char* texts[] = {"TRACE ", "DEBUG ", "DIAG  ", "INFO  ", "WARN  ", "ERROR ", "FATAL ", "DISAB "};
+  const int priorities[] = {7, 7, 7, 6, 4, 3, 0, 0};
+  const std::tuple<const char*, const char*, int, int> rows[] = {
+      {"", " ", Logger::Warn, LOG_LOCAL2},
+      {"*", "* ", Logger::Warn, LOG_LOCAL1},
+      {"tree.twig", "tree.twig \"file.cpp:main()\" ", Logger::Debug, LOG_MAIL},
+      {"tree.x", "tree.x \"file.cpp:main()\" ", Logger::Debug, LOG_MAIL},
+      {"tree.twig.leaf", "tree.twig.leaf \"file.cpp:main()\" ", Logger::Disabled, LOG_MAIL},
+      {"client.x", "", Logger::Trace, LOG_LOCAL2},
+      {"client2", "client2 ", Logger::Warn, LOG_LOCAL2},
+      {"diag.tree", "tree ", Logger::Warn, LOG_LOCAL2},
+      {kLoggingLogger, "com.zantrel.logger ", Logger::Warn, LOG_AUTH},
+  };
+  for (const auto& [name, shown, lowest, facility] : rows) {
+    for (int level = Logger::Trace; level <= Logger::Disabled; ++level)
+      Logger::GetLogger(name)->log(static_cast<Logger::LogLevel>(level), "/a/file.cpp", 0, "main", "x");
+    int level = lowest;
+    for (const SyslogLine& line : syslogd.take()) {
+      EXPECT_EQ(line.text, std::string(texts[level]) + shown + "x");
+      EXPECT_EQ(line.priority, facility | priorities[level]);
+      EXPECT_EQ(line.sender, "log_test[" + std::to_string(getpid()) + "]");
+      ++level;
+    }
+    EXPECT_EQ(level, Logger::Disabled + 1) << name;
+  }
+  configure("");  // the root keeps its facility where nothing names one
+  EXPECT_EQ(Logger::GetLogger("tree")->getEffectiveFacility(), LOG_LOCAL2);
+}
+
+TEST_F(LogTest, ThePositionIsShownAsConfigured) {
+  const std::string positions[] = {"",       "file.cpp",        "",       "file.cpp:12",
+                                   "main()", "file.cpp:main()", "main()", "file.cpp:12:main()"};
+  for (int bits = 0; bits < 8; ++bits) {
+    set("logger.showmore.pos: " + std::to_string(bits) + "\n");
+    const std::string position = positions[bits].empty() ? "" : '"' + positions[bits] + "\" ";
+    EXPECT_EQ(shown("pos.below"), "INFO  pos.below " + position + "7%") << bits;
+  }
+  EXPECT_EQ(shown("pos", 12, ""), "INFO  pos \"file.cpp:12:\" 7%");
+  EXPECT_EQ(shown("pos", 12, nullptr), "INFO  pos \"file.cpp:12\" 7%");
+}
+
+TEST_F(LogTest, NamesAreShownAsTheyStand) {
+  set("");
+  EXPECT_EQ(shown("a%s%n"), "INFO  a%s%n 7%");
+  EXPECT_EQ(Logger::SetThreadName("100%d"), "");
+  EXPECT_EQ(shown("a"), "INFO  <100%d> a 7%");
+  EXPECT_EQ(Logger::SetThreadName(nullptr), "100%d");
+  EXPECT_EQ(shown("a"), "INFO  a 7%");
+}
+
+TEST_F(LogTest, ALongMessageIsCutAndNeverInAConversion) {
+  set("");
+  const std::string filling(500, 'x');
+  errno = EINTR;
+  Logger::GetLogger("a")->log(Logger::Info, "", 0, "", "%s", std::string(5000, 'y').c_str());
+  Logger::GetLogger("a")->log(Logger::Info, "", 0, "", (filling + "12%08lx").c_str(), 1L);
+  Logger::GetLogger("a")->log(Logger::Info, "", 0, "", (filling + "12%%%").c_str(), 0);
+  EXPECT_EQ(errno, EINTR);
+  EXPECT_EQ(syslogd.texts(), (Texts{"INFO  a " + std::string(503, 'y'), "INFO  a " + filling + "12",
+                                    "INFO  a " + filling + "12"}));
+}
+
+TEST_F(LogTest, SystemErrorsGoToTheDestinationWhicheverLevelLetThemPass) {
+  set("log: ERROR\nlogger.memory.log: INFO\n");
+  const auto logger = Logger::GetLogger("syserr");
+  VESK_LOG_SYSERR(logger, Info, ENOENT, "no %s", "luck");
+  VESK_LOG(logger, Info, "built and dropped");
+  EXPECT_EQ(syslogd.texts(), Texts{"INFO  syserr no luck: No such file or directory"});
+}
+
+TEST_F(LogTest, BytesAreDumpedSixteenARow) {
+  set("");
+  const unsigned char bytes[17] = {0,   0x1F, ' ', 'A', '~', 0x7F, 0x80, 0xFF, '%',
+                                   's', 0,    0,   0,   0,   0,    'p',  'q'};
+  Logger::GetLogger("hex")->hexData(Logger::Info, "caption", bytes, 17);
+  Logger::GetLogger("hex")->hexData(Logger::Info, "nothing", nullptr, 0);
+  EXPECT_EQ(syslogd.texts(),
+            (Texts{"INFO  hex caption",
+                   "INFO  hex 00 1f 20 41 7e 7f 80 ff 25 73 00 00 00 00 00 70   .. A~\x7f..%s.....p ",
+                   "INFO  hex 71 " + std::string(47, ' ') + "q ", "INFO  hex nothing"}));
+}
+
+TEST_F(LogTest, LinesForFilesBeginWithTimeHostProgramAndProcess) {
+  char buffer[256], time[64], host[64];
+  const int length = BuildMessagePrefix(buffer, sizeof buffer, "lead ");
+  const time_t now = dayclock::now();  // the second may have changed meanwhile
+  gethostname(host, sizeof host);
+  std::string expected[2];
+  for (const int ago : {0, 1}) {
+    const time_t then = now - ago;
+    strftime(time, sizeof time, "lead %F %T %z ", localtime(&then));
+    expected[ago] =
+        time + std::string(host, strcspn(host, ".")) + " log_test[" + std::to_string(getpid()) + "]: ";
+  }
+  EXPECT_TRUE(buffer == expected[0] || buffer == expected[1]) << buffer;
+  for (const int size : {0, 1, 5, length, length + 1}) {
+    std::vector<char> small(size + 1, '#');
+    EXPECT_EQ(BuildMessagePrefix(small.data(), size, "lead "), std::min(size, length));
+    EXPECT_EQ(small[size], '#');
+    EXPECT_EQ(strnlen(small.data(), size), static_cast<size_t>(std::max(size - 1, 0)));
+  }
+}
+
+TEST_F(LogTest, AThrowUnderTheLoggersOwnLocksLeavesItsLine) {
+  set("log.util.except: DEBUG\n");
+  const Thread counted;
+  Lock tree(gNamedLoggersProtect());
+  Lock output(gLogMessageProtect());
+  EXPECT_THROW(throw SystemException("a/b", 5, "text", "vesk::SystemException", 3), SystemException);
+  EXPECT_EQ(syslogd.texts(), Texts{"DEBUG util.except (vesk::System) : text (reference a/b:5 rc: 3)"});
+}
+
+TEST_F(LogTest, AfterTheEndThereAreNoLoggersButThoseInHand) {
+  set("");
+  checkInChild([] {
+    const Thread counted;
+    const auto kept = getLogger("kept.child", false);
+    Logger::close();
+    Logger::close();
+    EXPECT_FALSE(Logger::GetLogger(""));
+    EXPECT_FALSE(getLogger("kept.child", false));
+    Logger::SetBufferActive(true);
+    Logger::ReconfigureBuffer(true, "INFO");
+    configure("log: TRACE\n");
+    EXPECT_THROW(throw IOException("a", 1, "b", "IOException", 0), IOException);
+    VESK_LOG(kept, Warn, "still here");
+  });
+  EXPECT_EQ(syslogd.texts(), Texts{"WARN  kept.child still here"});
+}
+
+TEST_F(LogTest, BadSettingsGetTheirWords) {
+  const std::pair<const char*, Texts> rows[] = {
+      {"log: info\n", {"Illegal value for property 'log': 'info'. Using 'INFO'."}},
+      {"log.foo: NONE\n", {"Illegal log level. Property: 'log.foo', value: 'NONE'"}},
+      {"Log.: INFO\n", {"Illegal log name: 'Log.'"}},
+      {"logger.facility.*: local8\n",
+       {"Illegal value facility name: 'local8' for 'logger.facility.*'. Using 'auth'.",
+        "Illegal log facility. Property: 'logger.facility.*', value: 'local8'",
+        "Illegal log facility. Property: 'logger.facility.*', value: 'local8'"}},
+      {"logger.facility.: mail\n",
+       {"Illegal facility name: 'logger.facility.'", "Illegal facility name: 'logger.facility.'"}},
+      {"logger.showmore.: 7\n", {"Illegal log name: 'logger.showmore.'"}},
+      // What follows is read only where a program has allowed the memory log.
+      {"logger.memory.log: NONE\nlogger.memory.log.: x\nlogger.memory.enabled: true\n", {}},
+      {"log.a%s%n: %s%n\n", {"Illegal log level. Property: 'log.a%s%n', value: '%s%n'"}},
+  };
+  for (const auto& [configuration, texts] : rows) {
+    configure(configuration);
+    EXPECT_EQ(syslogd.texts(), complaints(texts)) << configuration;
+  }
+}
+
+TEST_F(LogTest, APlaceThatWasSilentSpeaksWhenItsLevelFalls) {
+  const auto speak = [this](const std::string& name) {
+    VESK_LOG_TO("place.one", Debug, "here");
+    VESK_LOG(Logger::GetLogger(name), Debug, "there");
+    return syslogd.texts();
+  };
+  const std::tuple<const char*, const char*, Texts> rows[] = {
+      {"log: INFO\n", "place.two", {}},
+      {"log.place: DEBUG\n", "place.two", {"DEBUG place.one here", "DEBUG place.two there"}},
+      {"log.place.one: DEBUG\n", "place.two", {"DEBUG place.one here"}},
+      {"log.place.two: DEBUG\n", "place.two", {"DEBUG place.two there"}},
+      {"log.place.two: DEBUG\n", "place.three", {}},
+  };
+  for (const auto& [configuration, name, texts] : rows) {
+    configure(configuration);
+    EXPECT_EQ(speak(name), texts) << configuration;
+  }
+}
+
+TEST_F(LogTest, AChangeReachesLoggersThatHaveRememberedTheirLevel) {
+  configure("log: ERROR\nlogger.memory.log: DISABLED\n");
+  checkInChild([] {
+    Logger::SetBufferActive(true);
+    configure("log: ERROR\nlogger.memory.log: DISABLED\n");
+    const auto logger = Logger::GetLogger("remembers.much");
+    EXPECT_FALSE(logger->isEnabled(Logger::Info));
+    configure("log: INFO\nlogger.memory.log: DEBUG\nlogger.memory.log.x: WARN\n");
+    EXPECT_TRUE(logger->isEnabled(Logger::Info));
+    EXPECT_FALSE(logger->isEnabled(Logger::Debug)) << "the memory level stays as remembered";
+    EXPECT_TRUE(Logger::GetLogger("remembers.nothing")->isEnabled(Logger::Debug));
+    EXPECT_EQ(Logger::GetLogger("x")->getEffectiveMemoryLevel(), Logger::Warn);
+  });
+}
+
+// openlog is called once in a process: the test below starts a new one for this alone.
+TEST(NewProcess, DISABLED_LogsOneLine) {
+  Props(false, true);
+  VESK_LOG_TO("a", Info, "line");
+}
+
+TEST_F(LogTest, AProgramMayHideItsNumberFromSyslog) {
+  std::ofstream("/etc/velmora/velmora.conf") << "logger.openlog.log_test: false\n";
+  const std::string self = std::filesystem::read_symlink("/proc/self/exe");
+  EXPECT_EQ(system((self + " --gtest_also_run_disabled_tests --gtest_filter=NewProcess.* >&2").c_str()), 0);
+  const auto lines = syslogd.take();
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0].sender, "log_test");
+}
+
+TEST_F(LogTest, ProgramsAreIgnoredByTheirExactNames) {
+  configure("logger.program.ignore: sshd, \"a b\"\n");
+  EXPECT_TRUE(Logger::GetLogger("")->ignoreProgram("a b") && !Logger::GetLogger("")->ignoreProgram("SSHD"));
+}
+
+TEST_F(LogTest, WithoutConfigurationSyslogOrDirectoriesAProgramRunsOn) {
+  checkInChild([] {
+    rename("/dev/log", "/dev/log.away");
+    unlink("/etc/velmora/velmora.conf");
+    Props(false, true);
+    VESK_LOG_TO("a", Error, "nobody hears");
+    Logger::startThread(Logger::GetLogger("a"));
+    VESK_LOG_TO("a", Error, "nobody hears");
+    Logger::stopThread({});
+    configure("logger.destination: /var/log/gone/velmora.log\n");
+    VESK_LOG_TO("a", Error, "nobody hears");
+    rename("/dev/log.away", "/dev/log");
+  });
+  EXPECT_EQ(syslogd.texts(), Texts());
+}
+
+std::atomic<bool> gStop{false};
+void* logAll(void*) {
+  for (int i = 0; !gStop; ++i)
+    VESK_LOG(Logger::GetThreadPrivateLogger("t." + std::to_string(i % 50)), Debug, "line %d", i);
+  return nullptr;
+}
+
+TEST_F(LogTest, ThreadsLogAcrossChangesAndNoLevelSticks) {
+  const std::string file = "logger.destination: /var/log/change.log\nlogger.memory.log: DISABLED\n";
+  configure(file);
+  std::list<Thread> threads(3);
+  for (Thread& thread : threads) thread.start(nullptr, logAll, nullptr, 0);
+  for (int i = 0; i < 40; ++i) configure(file + (i % 2 == 0 ? "log: DISABLED\n" : "log: DEBUG\nlog.x: y\n"));
+  configure(file);
+  gStop = true;
+  for (Thread& thread : threads) thread.join();
+  for (int i = 0; i < 50; ++i) {
+    const auto logger = Logger::GetLogger("t." + std::to_string(i));
+    EXPECT_TRUE(logger->isEnabled(Logger::Info)) << i;
+    EXPECT_FALSE(logger->isEnabled(Logger::Debug)) << i;
+  }
+}
+
+}  // namespace

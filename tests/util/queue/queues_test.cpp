@@ -1,0 +1,361 @@
+// The queues of the runtime: items as they are posted, and items at their times.
+
+#include <fokrazo/runqueue.h>
+
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+
+#include <boost/make_shared.hpp>
+
+#include <fokrazo/timequeue.h>
+#include "tests/support/thrown.h"
+#include "tests/support/workers.h"
+
+using vesk::RunQueue;
+using vesk::TimedEvent;
+using vesk::TimeQueue;
+
+namespace {
+
+/// Work that calls a function. One with an identity looks for its duplicates.
+class Work : public vesk::QueueAble {
+ public:
+  explicit Work(std::function<void()> body, std::string id = "", bool stays = false)
+      : m_body(std::move(body)), m_id(std::move(id)), m_stays(stays) {}
+  void run() override { m_body(); }
+  bool dedupMe() override { return !m_id.empty(); }
+  const std::string& getID() const override { return m_id; }
+  bool keepQueuedItem(long) override { return m_stays; }
+
+ private:
+  std::function<void()> m_body;
+  std::string m_id;
+  bool m_stays;
+};
+
+template <class... Args>
+void post(RunQueue& queue, Args... args) {
+  queue.post(boost::make_shared<Work>(args...));
+}
+
+void fill(RunQueue& queue, int count) {
+  for (int i = 0; i < count; ++i) post(queue, [] {});
+}
+
+/// A runner's look at the flags of a queue and nothing more.
+void glance(RunQueue& queue) {
+  queue.interrupt();
+  EXPECT_THROW(queue.runQueue(-1), vesk::QueueInterrupted);
+}
+
+/// Serves the queue until it is interrupted.
+std::unique_ptr<Worker> runnerOf(RunQueue& queue, Gate& left) {
+  return std::make_unique<Worker>([&] {
+    EXPECT_THROW(queue.runQueue(), vesk::QueueInterrupted);
+    left.open();
+  });
+}
+
+std::string run(RunQueue& queue, std::string& ran) {
+  queue.runQueue(-1);
+  return std::exchange(ran, "");
+}
+
+}  // namespace
+
+TEST(RunQueueTest, RunsInOrderAndTakesDuplicatesOut) {
+  RunQueue queue("order", 0, false);
+  std::string ran;
+  const auto note = [&](const char* what) { return [&ran, what] { ran += what; }; };
+  for (const char* what : {"a", "b", "c", "d"}) post(queue, note(what));
+  queue.pop_back();
+  EXPECT_FALSE(queue.isEmpty());
+  EXPECT_EQ(run(queue, ran), "abc");
+  EXPECT_TRUE(queue.isEmpty());
+  for (const bool queuedStays : {true, false}) {
+    post(queue, note("1"), "same", queuedStays);
+    post(queue, note("a"), "other");
+    post(queue, note("2"), "same");
+    EXPECT_EQ(run(queue, ran), queuedStays ? "1a" : "a2");
+  }
+  post(queue, note("a"));
+  glance(queue);
+  EXPECT_EQ(ran, "") << "an interrupt comes before the work";
+  post(queue, [] { throw vesk::QueueInterrupted(); });
+  post(queue, note("b"));
+  post(queue, [] { throw std::runtime_error("none of the family's"); });
+  post(queue, note("c"));
+  EXPECT_THROW(queue.runQueue(-1), std::runtime_error);
+  EXPECT_EQ(run(queue, ran), "abc");
+}
+
+TEST(RunQueueTest, RegistryKeepsOneQueueToAName) {
+  RunQueue* made = RunQueue::getRunQueue("registered", true, 0);
+  EXPECT_EQ(TimeQueue::getTimeQueue("registered", true, 3), made);
+  EXPECT_EQ(RunQueue::getRunQueue("other", false, 1), nullptr);
+}
+
+TEST(RunQueueTest, PostersSlowDownFromHalfFullOn) {
+  for (const auto& [maxSize, posts, expected] :
+       {std::tuple(10, 7, 3), std::tuple(1, 1, 1), std::tuple(0, 50, 0)}) {
+    RunQueue queue("limited", maxSize, false);
+    RecordedPauses pauses;
+    fill(queue, posts);
+    EXPECT_EQ(pauses.taken(), std::vector<long>(expected, 10)) << maxSize;
+  }
+}
+
+TEST(RunQueueTest, APosterAtAFullQueueGivesUpAfterABoundedTime) {
+  std::vector<long> expected(6, 10);  // from half full on, then the wait of the last one
+  for (long pause = 0; pause < 1000; pause += 10) expected.push_back(pause);
+  for (const bool isLogQueue : {false, true}) {
+    RunQueue queue("limited", 10, isLogQueue);
+    RecordedPauses pauses;
+    const auto overfill = [&] { fill(queue, 11); };
+    if (isLogQueue)
+      EXPECT_THROW(overfill(), std::out_of_range);
+    else
+      EXPECT_EQ(testsupport::thrownBy(overfill), "BufferFullException -1 runqueue full 10");
+    EXPECT_EQ(pauses.taken(), expected);
+  }
+}
+
+TEST(RunQueueTest, CongestionEndsWhenAThirdIsLeft) {
+  RunQueue queue("limited", 10, false);
+  {
+    RecordedPauses ignored;
+    fill(queue, 10);
+  }
+  // The poster goes on waiting when a runner sees five items and four, and posts when it sees three.
+  RecordedPauses pauses([&](long pause) {
+    for (int i = 0; i < (pause == 0 ? 5 : 1); ++i) queue.pop_back();
+    glance(queue);
+  });
+  fill(queue, 1);
+  EXPECT_EQ(pauses.taken(), (std::vector<long>{0, 10, 20}));
+}
+
+TEST(RunQueueThreads, TheRunnerPostsPastTheLimitAndIsNeverHeldUp) {
+  RunQueue queue("limited", 2, false);
+  RecordedPauses pauses;
+  Gate left, done;
+  auto runner = runnerOf(queue, left);
+  post(queue, [&] {
+    for (int i = 0; i < 20; ++i) post(queue, [&] { done.open(); });
+  });
+  done.wait(20);
+  EXPECT_EQ(pauses.taken().size(), 1u) << "the first poster's own";
+  queue.interrupt();
+  runner.reset();
+  fill(queue, 1);  // nobody counts as the runner now
+  EXPECT_EQ(pauses.taken().size(), 2u);
+}
+
+TEST(RunQueueThreads, ACancelledRunnerLeavesItsPlace) {
+  RunQueue queue("left", 2, false);
+  cancelAt([&](auto point) {
+    vesk::Thread::disableKill();
+    point();
+    pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
+    queue.runQueue(-1);
+  });
+  RecordedPauses pauses;
+  fill(queue, 1);
+  EXPECT_EQ(pauses.taken().size(), 1u);
+}
+
+TEST(RunQueueThreads, ATimedRunnerLeavesAnEmptyQueueWhenTheTimeIsOver) {
+  RunQueue queue("timed", 0, false);
+  MovedDay day;
+  Gate started, late, done;
+  Worker runner([&] { queue.runQueue(1000); });
+  post(queue, [&] {
+    started.open();
+    late.wait();
+  });
+  started.wait();
+  day.moveTo(2000);
+  for (int i = 0; i < 3; ++i) post(queue, [&] { done.open(); });
+  late.open();
+  done.wait(3);
+}
+
+TEST(RunQueueThreads, ShutdownRunsWhatIsLeftAndRefusesTheRest) {
+  Watched<RunQueue> queue("ending", 2, false);
+  Gate left, busy, release, ran;
+  auto runner = runnerOf(queue, left);
+  std::unique_ptr<Worker> stopper;
+  RecordedPauses pauses([&](long pause) {
+    if (pause != 0) return;
+    stopper = std::make_unique<Worker>([&] { queue.shutdown(*runner); });
+    queue.interrupted.wait();
+  });
+  post(queue, [&] {
+    busy.open();
+    release.wait();
+  });
+  busy.wait();
+  for (int i = 0; i < 2; ++i) post(queue, [&] { ran.open(); });
+  EXPECT_THROW(fill(queue, 1), vesk::EndOfFileException)
+      << "the queue closes while this poster waits for room";
+  release.open();
+  stopper.reset();
+  ran.wait(2);
+  EXPECT_TRUE(queue.isEmpty());
+  EXPECT_THROW(fill(queue, 1), vesk::EndOfFileException);
+}
+
+/// Several posters and runners on one small queue: each item runs exactly once, each interrupt sends one
+/// runner away.
+TEST(RunQueueThreads, SoakLosesAndDoublesNothing) {
+  constexpr std::size_t items = 5'000;  // of each poster
+  RunQueue queue("soak", 64, false);
+  RecordedPauses pauses([](long) { sched_yield(); });
+  std::vector<std::atomic<int>> runs(4 * items);
+  Gate left;
+  std::vector<std::unique_ptr<Worker>> runners, posters;
+  for (int i = 0; i < 3; ++i) runners.push_back(runnerOf(queue, left));
+  for (auto first = runs.begin(); first != runs.end(); first += items)
+    posters.push_back(std::make_unique<Worker>([&, first] {
+      for (auto mine = first; mine != first + items;) try {
+          post(queue, [mine] { ++*mine; });
+          ++mine;
+        } catch (const vesk::BufferFullException&) {
+        }
+    }));
+  posters.clear();
+  for (int i = 1; i <= 3; ++i) {
+    queue.interrupt();
+    left.wait(i);
+  }
+  runners.clear();
+  queue.runQueue(-1);
+  EXPECT_TRUE(std::all_of(runs.begin(), runs.end(), [](const auto& count) { return count == 1; }));
+}
+
+namespace {
+
+using Event = std::function<void()>;
+
+void runEvent(void* event) {
+  (*static_cast<Event*>(event))();
+}
+
+void schedule(TimeQueue& queue, long delay, Event& event, bool periodic = false) {
+  queue.post(boost::make_shared<TimedEvent>("", delay, runEvent, &event, false, periodic));
+}
+
+}  // namespace
+
+/// One thread alone, and a day that the tests move.
+class TimeQueueTest : public testing::Test {
+ protected:
+  /// What runs when the day has come to `seconds` after the start.
+  std::string runAt(long seconds) {
+    day.moveTo(seconds);
+    // One item at most for each call: the time is over when it has run.
+    for (std::size_t before = std::string::npos; before != ran.size();) {
+      before = ran.size();
+      queue.runQueue();
+    }
+    return std::exchange(ran, "");
+  }
+
+  MovedDay day;
+  TimeQueue queue{"test", 2, false};
+  std::string ran;
+  Event a = [this] { ran += "a"; }, b = [this] { ran += "b"; }, c = [this] { ran += "c"; };
+};
+
+TEST_F(TimeQueueTest, RunsWhatIsDueInOrderOfTimeThenOfPosting) {
+  schedule(queue, 2000, c);
+  schedule(queue, 1000, a);
+  schedule(queue, 2000, a);
+  schedule(queue, 1000, b);
+  schedule(queue, std::numeric_limits<long>::max(), a);
+  EXPECT_EQ(runAt(0), "");
+  EXPECT_EQ(runAt(1500), "ab");
+  EXPECT_EQ(runAt(3000), "ca") << "no limit holds, whatever was passed";
+  schedule(queue, 0, a);
+  schedule(queue, 0, b);
+  queue.runQueue(0);
+  EXPECT_EQ(ran, "a") << "the time was over when it had run";
+  queue.interrupt();
+  EXPECT_THROW(queue.runQueue(-1), vesk::QueueInterrupted);
+  EXPECT_EQ(runAt(3000), "ab");
+}
+
+TEST_F(TimeQueueTest, PeriodicEventsComeBackWhateverTheyThrow) {
+  Event standard = [this] { throw std::runtime_error(ran += "a"); }, other = [this] { throw ran += "a"; };
+  for (Event* work : {&a, &standard, &other}) {
+    day.moveTo(0);
+    schedule(queue, 1000, *work, true);
+    EXPECT_EQ(runAt(1000), "a");
+    EXPECT_EQ(runAt(1500), "");
+    EXPECT_EQ(runAt(5000), "a") << "it never catches up";
+    queue.pop_back();
+  }
+}
+
+TEST_F(TimeQueueTest, EventsGoToTheDaemonsQueueAndReplaceTheirDuplicates) {
+  EXPECT_FALSE(TimeQueue::postEvent("id", 0, runEvent, &a, true, false));
+  vesk::RunQueue* daemon = TimeQueue::getTimeQueue(MAIN_RUN_QUEUE, true, 0);
+  EXPECT_TRUE(TimeQueue::postEvent("id", 0, runEvent, &a, true, false));
+  EXPECT_TRUE(TimeQueue::postEvent("id", 1000, runEvent, &b, true, false));
+  EXPECT_TRUE(TimeQueue::postEvent(nullptr, 500, runEvent, &c, true, false));
+  daemon->runQueue();
+  EXPECT_EQ(ran, "") << "the timer starts from the new posting";
+  day.moveTo(2000);
+  for (int i = 0; i < 3; ++i) daemon->runQueue();
+  EXPECT_EQ(ran, "cb");
+}
+
+TEST(TimeQueueThreads, AnEarlierItemWakesASleepingRunner) {
+  TimeQueue queue("threads", 0, false);
+  MovedDay day;
+  Gate started, late, early;
+  Event start = [&] { started.open(); }, openLate = [&] { late.open(); }, openEarly = [&] { early.open(); };
+  Worker runner([&] { queue.runQueue(20'000); });
+  schedule(queue, 0, start);
+  started.wait();
+  schedule(queue, 10'000, openLate);
+  schedule(queue, 0, openEarly);
+  early.wait();
+  day.moveTo(15'000);
+  schedule(queue, 0, start);  // the last in line: that wakes the runner, too
+  late.wait();
+  started.wait(2);
+  day.moveTo(30'000);
+  schedule(queue, 500, openLate);
+  runner.join();
+  EXPECT_FALSE(queue.isEmpty()) << "what is not due stays when the runner's time is over";
+}
+
+TEST(TimeQueueThreads, NothingPeriodicComesBackAfterShutdown) {
+  Gate started;
+  Watched<TimeQueue> queue("ending", 0, false);
+  Event runIntoTheEnd = [&] {
+    started.open();
+    queue.interrupted.wait();
+  };
+  Worker runner([&] { EXPECT_THROW(queue.runQueue(100'000), vesk::QueueInterrupted); });
+  schedule(queue, 0, runIntoTheEnd, true);
+  started.wait();
+  queue.shutdown(runner);
+  EXPECT_TRUE(queue.isEmpty());
+  EXPECT_THROW(schedule(queue, 0, runIntoTheEnd), vesk::EndOfFileException);
+}
+
+TEST(TimeQueueThreads, ACancelIsNotSwallowedAsAnItemsException) {
+  cancelAt([](auto point) {
+    TimeQueue queue("cancelled", 0, false);
+    Event work = [&] {
+      point();
+      vesk::Thread::yield();
+    };
+    schedule(queue, 0, work);
+    queue.runQueue(100'000);
+    ADD_FAILURE() << "the cancel was due";
+  });
+}

@@ -1,0 +1,357 @@
+// Settings, and the files that hold them.
+
+#include <fokrazo/setting.h>
+
+#include <sched.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+
+#include <functional>
+#include <set>
+
+#include <fokrazo/kset.h>
+#include "tests/support/world_test.h"
+
+using namespace testsupport;
+using namespace vesk;
+
+namespace {
+
+const std::string kDir = "/var/velmora/";
+const std::string kSite = kDir + "kset.site";
+const std::string kUsers = kDir + "user/kset.dc.a";
+
+void save(const std::string& name, const std::string& value, SettingAccess access = SETTING_DEFAULT) {
+  saveSetting(name, value, access, false, false);
+}
+
+class SettingTest : public WorldTest {
+ protected:
+  void SetUp() override {
+    WorldTest::SetUp();
+    clearSettingsMap();
+  }
+
+  static ino_t inodeOf(const std::string& path) {
+    struct stat info = {};
+    lstat(path.c_str(), &info);
+    return info.st_ino;
+  }
+
+  static std::string readOrFailure(const std::string& name) {
+    std::string value;
+    const std::string failure = failureOf([&] { value = readSettingFile(name, ""); });
+    return failure.empty() ? value : failure;
+  }
+};
+
+TEST_F(SettingTest, RootsValuesGoToFilesTrimmedAndWithTheirModes) {
+  const mode_t mask = umask(077);
+  save("site", " a.example\n\n", SETTING_PUBLIC);
+  save("schema", "NULL");
+  umask(mask);
+  EXPECT_EQ(get(kSite), "a.example");
+  EXPECT_EQ(modeOf(kSite), S_IFREG | 0644u);
+  EXPECT_EQ(modeOf(kDir + "kset.schema"), S_IFREG | 0600u);
+  EXPECT_EQ(modeOf(kDir + "user"), S_IFDIR | 01777u);
+  EXPECT_TRUE(SettingExists("site") && SettingModTime("site") > 0);
+  const ino_t before = inodeOf(kSite);
+  save("site", "a.example ", SETTING_PUBLIC);
+  EXPECT_EQ(inodeOf(kSite), before) << "the same value is not written again";
+  saveSetting("site", "a.example", SETTING_PUBLIC, false, true);
+  EXPECT_NE(inodeOf(kSite), before) << "unless it is forced";
+  put(kDir + "user/kset.site", "stale");
+  save("site", "");
+  EXPECT_FALSE(SettingExists("site") || SettingModTime("site") != 0 || modeOf(kDir + "user/kset.site") != 0);
+}
+
+TEST_F(SettingTest, ReadsOneValueOrSaysWhatIsWrong) {
+  createDataDir();
+  const std::string big(5000, 'x');
+  const std::string control = "BadDataException|Control character is disallowed in " + kSite + " file.";
+  const std::string tooLarge = "IOException|Read kset.site: size(1025) exceeds maximum (1024)";
+  const std::string rows[][3] = {
+      {"site", " a\n b\n\n", "a\n b"},
+      {"site", "a\x7f", control},
+      {"site", big.substr(0, 1025), tooLarge},
+      {"site", big.substr(0, 1024), big.substr(0, 1024)},
+      {"trusts", big, big},
+      {"dc.one", big, big},
+  };
+  for (const auto& [name, content, result] : rows) {
+    put(kDir + "kset." + name, content);
+    EXPECT_EQ(readOrFailure(name), result);
+  }
+  const std::string path = kDir + "kset.dc.p";
+  const std::string cannotOpen = "IOException|Cannot open file " + path;
+  const std::string cannotRead = "IOException|Cannot read file " + path;
+  const std::pair<std::function<int()>, std::string> plants[] = {
+      {[] { return 0; }, cannotOpen + ": No such file or directory"},
+      {[&] { return symlink(kSite.c_str(), path.c_str()); },
+       cannotOpen + ": Too many levels of symbolic links"},
+      {[&] { return mkfifo(path.c_str(), 0666); }, cannotRead + ": Invalid argument"},
+      {[&] { return mkdir(path.c_str(), 0755); }, cannotRead + ": Is a directory"},
+  };
+  for (const auto& [plant, result] : plants) {
+    EXPECT_EQ(plant(), 0);
+    EXPECT_EQ(readOrFailure("dc.p"), result);
+    std::filesystem::remove(path);
+  }
+  put(in("kset.dc.q"), "");
+  ASSERT_EQ(truncate(in("kset.dc.q").c_str(), 1LL << 40), 0);
+  EXPECT_THROW(readSettingFile("dc.q", in("")), BadDataException)
+      << "a file that claims to be huge costs no memory";
+}
+
+TEST_F(SettingTest, WhatIsTooLargeIsRefusedAndChangesNothing) {
+  save("site", "old");
+  for (const bool defer : {false, true})
+    EXPECT_FAILURE("IOException|Write kset.site: size(1025) exceeds maximum (1024)",
+                   saveSetting("site", std::string(1025, 'x'), SETTING_DEFAULT, defer, false));
+  EXPECT_EQ(GetSetting("site", "") + get(kSite), "oldold");
+}
+
+TEST_F(SettingTest, APropertyBeatsTheFile) {
+  save("domain", "file.example");
+  clearSettingsMap();
+  configure("kset.domain: property.example\n");
+  EXPECT_EQ(GetSetting("domain", "") + loadSetting("domain", false), "property.exampleproperty.example");
+  EXPECT_EQ(internalGetSetting("domain", ""), "file.example");
+  configure("kset.files.disabled: Yes\n");
+  EXPECT_FAILURE("IOException|No property found for site and file I/O disabled in properties file",
+                 loadSetting("site", false));
+  save("site", "kept");
+  EXPECT_EQ(loadSetting("site", false) + Props(false, false)->getString("kset.site"), "keptkept");
+  EXPECT_FALSE(SettingExists("site"));
+  configure("kset.files.disabled: maybe\n");
+  EXPECT_EQ(loadSetting("domain", false), "file.example");
+}
+
+TEST_F(SettingTest, TheDataDirectoryMovesOnlyBeforeAnythingIsRead) {
+  save("site", "here");
+  EXPECT_FAILURE("AlreadyException|change data dir", chgDataDir(in("")));
+  clearSettingsMap();
+  chgDataDir(in("deep/data/"));
+  save("site", "there");
+  EXPECT_EQ(get(in("deep/data/kset.site")), "there");
+  EXPECT_EQ(modeOf(in("deep/data/user")), S_IFDIR | 01777u);
+  deleteDataDir();
+  EXPECT_EQ(modeOf(in("deep/data")), 0u);
+  clearSettingsMap();
+  chgDataDir(kDir);
+}
+
+TEST_F(SettingTest, AnOrdinaryUserWritesOnlyHisCopyOfDomainControllers) {
+  if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed";
+  for (const char* name : {"site", "dc.a"}) save(name, "roots", SETTING_PUBLIC);
+  clearSettingsMap();
+  const auto work = [] {
+    EXPECT_EQ(GetSetting("dc.a", ""), "roots");
+    const long descriptors = openDescriptors();
+    umask(027);
+    for (const char* name : {"site", "dc.a", "dc.b"}) save(name, "mine", SETTING_PUBLIC);
+    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_EQ(GetSetting("site", ""), "mine") << "in his own memory";
+    clearSettingsMap();
+    EXPECT_EQ(GetSetting("site", "") + GetSetting("dc.a", ""), "rootsmine");
+  };
+  checkInChild(work, kOrdinaryUser);
+  EXPECT_EQ(modeOf(kUsers), S_IFREG | 0666u);
+  EXPECT_EQ(GetSetting("dc.a", "") + GetSetting("dc.b", ""), "rootsmine") << "root looks at his own first";
+  save("dc.a", "new");
+  EXPECT_EQ(modeOf(kUsers), 0u);
+}
+
+TEST_F(SettingTest, AnUnprivilegedToolHasAPrivateDataDirectory) {
+  if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed";
+  const auto works = [] {
+    save("dc.a", "x");
+    EXPECT_EQ(get("/tmp/precreate/user/kset.dc.a"), "x");
+    EXPECT_EQ(modeOf("/tmp/precreate"), S_IFDIR | 0755u);
+  };
+  const auto refused = [] {
+    EXPECT_FAILURE("IOException|Failed to create temp directory to precreate computer and extension object\n",
+                   save("dc.a", "x"));
+  };
+  const auto linked = [] {
+    createDataDir();
+    EXPECT_EQ(modeOf("/tmp/home"), S_IFDIR | 0700u) << "opened to all users through a link";
+  };
+  const std::pair<const char*, void (*)()> rows[] = {
+      {"true", works},
+      {"mkdir -m 777 /tmp/precreate", refused},
+      {"ln -s /tmp /tmp/precreate", refused},
+      {"cd /tmp; mkdir -m 700 home; mkdir precreate; chown 1000 home precreate; ln -s /tmp/home "
+       "precreate/user",
+       linked},
+  };
+  for (const auto& [plant, work] : rows)
+    checkInChild([&plant = plant, &work = work] {
+      ASSERT_EQ(unshare(CLONE_NEWNS) + mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") + system(plant), 0);
+      chgDataDir("/tmp/precreate/");
+      checkInChild(work, kOrdinaryUser);
+    });
+}
+
+TEST_F(SettingTest, AWriteThatFailsIsRepeatedLater) {
+  checkInChild([] {
+    const char* dir = kDir.c_str();
+    save("site", "old");
+    ASSERT_EQ(mount(dir, dir, nullptr, MS_BIND, nullptr), 0);
+    ASSERT_EQ(mount(nullptr, dir, nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr), 0);
+    for (const char* name : {"site", "zone", "zone"}) saveSetting(name, name, SETTING_PUBLIC, true, false);
+    EXPECT_EQ(GetSetting("site", "") + get(kSite), "siteold");
+    EXPECT_EQ(rewriteSettingFiles(), 2);
+    EXPECT_THROW(save("host", "h"), IOException);
+    EXPECT_EQ(GetSetting("host", "none"), "none") << "what was not written is not remembered";
+    ASSERT_EQ(umount(dir), 0);
+    save("host", "h");
+    EXPECT_EQ(get(kSite) + get(kDir + "kset.zone") + get(kDir + "kset.host"), "sitezoneh");
+    EXPECT_EQ(modeOf(kSite), S_IFREG | 0644u);
+    EXPECT_EQ(rewriteSettingFiles(), 0);
+  });
+}
+
+TEST_F(SettingTest, WhatIsPlantedAtTheTargetIsReplacedAndNeverFollowed) {
+  createDataDir();
+  const char* victim = "/var/log/victim";
+  put(victim, "stays");
+  const std::function<int()> plants[] = {[=] { return symlink(victim, kSite.c_str()); },
+                                         [=] { return link(victim, kSite.c_str()); },
+                                         [] { return mkfifo(kSite.c_str(), 0666); }};
+  for (const auto& plant : plants) {
+    ASSERT_EQ(plant(), 0);
+    saveSetting("site", "mine", SETTING_DEFAULT, false, true);
+    EXPECT_EQ(modeOf(kSite), S_IFREG | 0600u);
+    EXPECT_EQ(get(kSite) + get(victim), "minestays");
+    unlink(kSite.c_str());
+  }
+  ASSERT_EQ(mkdir(kSite.c_str(), 0755), 0);
+  EXPECT_FAILURE("IOException|Cannot rename file to " + kSite + ": Is a directory", save("site", "x"));
+  EXPECT_FAILURE("IOException|Cannot remove file " + kSite + ": Is a directory", save("site", ""));
+  if (canBeOrdinaryUser()) {
+    put(kUsers, "another's");
+    checkInChild([] { EXPECT_THROW(save("dc.a", "mine"), IOException); }, kOrdinaryUser);
+    EXPECT_EQ(get(kUsers), "another's");
+  }
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(kDir))
+    EXPECT_EQ(entry.path().string().find(".KSET.TEMP"), std::string::npos) << entry;
+}
+
+TEST_F(SettingTest, KnowsWhetherTheHostIsJoinedAndWhatItNeedsThen) {
+  const std::string noZone = "IOException|Cannot find key sets of zone name or zone guid.";
+  const std::string rows[][5] = {
+      {"", "", "", "", "IOException|Cannot find key sets of host."},
+      {"h", "", "", "", "IOException|Cannot find key sets of zone schema."},
+      {"h", "NULL", "", "", ""},
+      {"h", "NULL_AUTO", "", "", "IOException|Incorrect key sets of zone guid for auto zone."},
+      {"h", "NULL_AUTO", "00112233445566778899aabbccddeeff", "", ""},
+      {"h", "RFC", "z", "", noZone},
+      {"h", "RFC", "", "n", noZone},
+      {"h", "RFC", "z", "n", ""},
+  };
+  save("domain", "d.example");
+  for (const auto& row : rows) {
+    const char* names[] = {"host", "schema", "zone", "zonename"};
+    for (size_t i = 0; i < std::size(names); ++i) save(names[i], row[i]);
+    EXPECT_EQ(joined(), !row[0].empty());
+    EXPECT_EQ(failureOf(CheckEssentialKSets), row[4]);
+  }
+  put(kDir + "QTR_KAMBREL_IN_PROGRESS", "");
+  EXPECT_FALSE(joined());
+}
+
+class KSetTest : public WorldTest {
+ protected:
+  void SetUp() override {
+    WorldTest::SetUp();
+    if (IsSkipped()) return;
+    for (const char* dir : {"a", "b"}) ASSERT_EQ(mkdir(in(dir).c_str(), 0755), 0);
+    put(in("a/kset.domain"), "d.example");
+    put(in("a/kset.dc.one"), std::string("one\0\n", 5));
+    put(in("a/kset.dcx"), "x");
+    put(in("a/other"), "other");
+    put(in("victim"), "stays");
+    ASSERT_EQ(chmod(in("a/kset.domain").c_str(), 0640), 0);
+    plantLink("a/kset.link");
+    ASSERT_EQ(mkfifo(in("a/kset.pipe").c_str(), 0600), 0);
+    ASSERT_EQ(mkdir(in("a/kset.dir").c_str(), 0700), 0);
+    for (const char* half : {"a/kset.dc.KSET.TEMP.live", "a/kset.dc.KSET.TEMP.left"}) put(in(half), "half");
+    ASSERT_EQ(chmod(in("a/kset.dc.KSET.TEMP.live").c_str(), 0600), 0);
+    m_writer = open(in("a/kset.dc.KSET.TEMP.live").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(m_writer, LOCK_EX | LOCK_NB), 0);
+  }
+  void TearDown() override {
+    close(m_writer);
+    WorldTest::TearDown();
+  }
+
+  void plantLink(const std::string& name) {
+    unlink(in(name).c_str());
+    ASSERT_EQ(symlink(in("victim").c_str(), in(name).c_str()), 0);
+  }
+
+  /// The names in a directory, in order.
+  std::string list(const std::string& dir) const {
+    std::set<std::filesystem::path> paths(std::filesystem::directory_iterator(in(dir)), {});
+    std::string text;
+    for (const auto& path : paths) text += path.filename().string() + " ";
+    return text;
+  }
+
+ private:
+  int m_writer = -1;  // holds the lock of a file that it still writes
+};
+
+TEST_F(KSetTest, CopiesWithModesAndNeverThroughALink) {
+  const KSets sets(in("a"));
+  for (const char* name : {"kset.domain", "kset.missing"}) sets.copy(in("b"), "", name);
+  EXPECT_EQ(list("b"), "kset.domain ");
+  EXPECT_EQ(modeOf(in("b/kset.domain")), S_IFREG | 0640u);
+  plantLink("b/kset.dc.one");
+  sets.copyDCs(in("b"), "");
+  EXPECT_EQ(list("b"), "kset.dc.one kset.domain ");
+  EXPECT_EQ(get(in("b/kset.dc.one")), std::string("one\0\n", 5));
+  sets.copy(in("b"), in("a"));
+  EXPECT_EQ(list("b"), "kset.dc.one kset.dcx kset.domain ");
+  EXPECT_EQ(get(in("victim")), "stays");
+}
+
+TEST_F(KSetTest, RollsBackToTheSnapshotOnceAndCleansTheMemoryToo) {
+  saveSetting("site", "s", SETTING_DEFAULT, false, false);
+  KSets sets(in("a"));
+  EXPECT_FAILURE("NotFoundException|Cannot open directory " + in("gone/: No such file or directory"),
+                 sets.snapShot(in("gone")));
+  sets.snapShot("");
+  put(in("a/kset.domain"), "changed");
+  put(in("a/kset.new"), "new");
+  ASSERT_EQ(chmod(in("a/kset.domain").c_str(), 0600), 0);
+  plantLink("a/kset.dc.one");
+  sets.rollBack("");
+  EXPECT_EQ(list("a"), "kset.dc.KSET.TEMP.live kset.dc.one kset.dcx kset.dir kset.domain other ");
+  EXPECT_EQ(get(in("a/kset.domain")) + get(in("a/kset.dc.one")), std::string("d.exampleone\0\n", 14));
+  EXPECT_EQ(modeOf(in("a/kset.domain")), S_IFREG | 0640u);
+  EXPECT_EQ(get(in("victim")), "stays");
+  sets.rollBack("");
+  EXPECT_EQ(list("a"), "kset.dc.KSET.TEMP.live kset.dir other ") << "the snapshot was spent";
+  put(in("a/kset.site"), "s");
+  sets.clean("");
+  EXPECT_EQ(list("a"), "kset.dc.KSET.TEMP.live kset.dir other ");
+  std::filesystem::remove("/var/velmora/kset.site");
+  EXPECT_EQ(GetSetting("site", "none"), "none");
+}
+
+TEST_F(KSetTest, WhatIsClosedToTheCallerFailsOnlyIfItIsAFile) {
+  if (!canBeOrdinaryUser()) GTEST_SKIP() << "root may do everything";
+  for (const mode_t mode : {0644, 0600}) {
+    ASSERT_EQ(chmod(in("a/kset.domain").c_str(), mode), 0);
+    const char* failure = mode == 0644 ? "" : "SystemException|OS call failed: Permission denied";
+    checkInChild([&] { EXPECT_FAILURE(failure, KSets(in("a")).snapShot("")); }, kOrdinaryUser);
+  }
+  ASSERT_EQ(chmod(in("a").c_str(), 0777), 0);
+  checkInChild([&] { CleanTempSettingFiles(in("a")); }, kOrdinaryUser);
+  EXPECT_EQ(list("a").find("kset.dc.KSET.TEMP.live kset.dc.one "), 0u)
+      << "whether its writer lives is unknown";
+}
+
+}  // namespace

@@ -1,0 +1,55 @@
+/// What the low rooms ask of the rooms above them. Internal.
+///
+/// Layers point down only: a mutex that fails to lock throws, a throw is logged, and the log takes locks.
+/// Where such a circle would close, the lower room calls through this table. The rooms at the top fill it in
+/// once, at link time (util/wiring/wiring.cpp), so it is complete before any code runs and never changes.
+#pragma once
+
+#include <cstdarg>
+#include <map>
+#include <string>
+
+namespace vesk {
+
+class Properties;
+
+/// How new threads are to be made.
+struct ThreadPolicy {
+  int stackSize = 0;            // bytes; 0 or less: the system's default
+  bool usesPriorities = false;  // whether threads may have real-time priorities
+};
+
+struct Hooks {
+  // The log, for rooms below it.
+  /// Logs a message (printf) at DEBUG on `channel`; `file`, `line` and `function` name the place.
+  void (*logDebug)(const char* channel, const char* file, int line, const char* function, const char* format,
+                   ...) __attribute__((format(printf, 5, 6)));
+
+  // The sinks, for the log.
+  /// Called once, when the tree of loggers is made, with the tree's lock held.
+  void (*openSinks)();
+  /// Called when logging ends for good, with the tree's lock held.
+  void (*closeSinks)();
+  /// Offers a message to the memory log. Leaves `args` as they are.
+  void (*writeToMemory)(const char* format, va_list args);
+
+  // The configuration, for rooms below it.
+  /// What the configuration says of threads.
+  ThreadPolicy (*threadPolicy)();
+  /// The configured file name of libselinux; empty if none is.
+  std::string (*selinuxLibrary)();
+
+  // What follows a load of the configuration.
+  /// The values of the `$` variables that the host's settings define, by name.
+  std::map<std::string, std::string> (*hostVariables)();
+  /// Has the log follow what has just been loaded.
+  void (*configurationLoaded)(Properties& properties);
+};
+
+extern const Hooks kHooks;
+
+}  // namespace vesk
+
+/// Logs at DEBUG from a room below the log.
+#define FOKRAZO_HOOK_DEBUG(channel, ...) \
+  ::vesk::kHooks.logDebug(channel, __FILE__, __LINE__, __func__, __VA_ARGS__)

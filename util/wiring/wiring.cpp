@@ -1,0 +1,51 @@
+// The one place that knows all rooms of util: it answers what low rooms ask of high ones.
+
+#include "util/hook/hooks.h"
+
+#include <fokrazo/log.h>
+#include <fokrazo/properties.h>
+#include <fokrazo/propnames.h>
+#include "util/setting/host_variables.h"
+#include "util/sink/sink_internal.h"
+
+namespace vesk {
+namespace {
+
+__attribute__((format(printf, 5, 6))) void logDebug(const char* channel, const char* file, int line,
+                                                    const char* function, const char* format, ...) {
+  const auto logger = Logger::GetThreadPrivateLogger(channel);
+  if (!logger || !logger->isEnabled(Logger::Debug)) return;
+  char text[1024];
+  va_list args;
+  va_start(args, format);
+  static_cast<void>(vsnprintf(text, sizeof text, format, args));
+  va_end(args);
+  logger->log(Logger::Debug, file, line, function, "%s", text);
+}
+
+ThreadPolicy threadPolicy() {
+  Properties& properties = *Props(false, false);
+  ThreadPolicy policy;
+  policy.stackSize = properties.getInt(PN::VESKD_STACKSIZE_CLIENT_THREADS, 0);
+  policy.usesPriorities = properties.getBool(PN::VESKD_USE_THREAD_PRIORITY, false);
+  return policy;
+}
+
+std::string selinuxLibrary() {
+  return Props(false, false)->getString(PN::LIBSELINUX_NAME);
+}
+
+}  // namespace
+
+const Hooks kHooks = {
+    logDebug,                   //
+    openSinks,                  //
+    closeSinks,                 //
+    writeToMemory,              //
+    threadPolicy,               //
+    selinuxLibrary,             //
+    hostVariables,              //
+    Logger::ReconfigureLevels,  //
+};
+
+}  // namespace vesk
