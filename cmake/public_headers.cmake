@@ -51,6 +51,7 @@ set(FOKRAZO_PUBLIC_HEADERS
   strutil.h
   sysrights.h
   thread.h
+  thread_annotations.h
   timequeue.h
   unixviews.h
   validation_result.h

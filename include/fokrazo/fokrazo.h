@@ -51,6 +51,7 @@
 #include <fokrazo/strutil.h>
 #include <fokrazo/sysrights.h>
 #include <fokrazo/thread.h>
+#include <fokrazo/thread_annotations.h>
 #include <fokrazo/timequeue.h>
 #include <fokrazo/unixviews.h>
 #include <fokrazo/validation_result.h>

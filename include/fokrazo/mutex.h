@@ -9,12 +9,13 @@
 
 #include <fokrazo/export.h>
 #include <fokrazo/thread.h>
+#include <fokrazo/thread_annotations.h>
 
 namespace vesk {
 
 /// A recursive mutex and one condition. Code takes it through Lock.
 /// Every failure of the threads interface throws SystemException "OS call failed: …" with the error as code.
-class FOKRAZO_API Mutex {
+class FOKRAZO_CAPABILITY("mutex") FOKRAZO_API Mutex {
  public:
   /// Makes the mutex and the condition. A failure is only reported to syslog.
   Mutex();
@@ -22,11 +23,11 @@ class FOKRAZO_API Mutex {
   virtual ~Mutex();
 
   /// Blocks until the mutex is held once more by the caller.
-  virtual void lock();
+  virtual void lock() FOKRAZO_ACQUIRE();
   /// Gives back one hold.
-  virtual void unLock();
+  virtual void unLock() FOKRAZO_RELEASE();
   /// As lock, but false at once if another thread holds it.
-  virtual bool tryLock();
+  virtual bool tryLock() FOKRAZO_TRY_ACQUIRE(true);
 
   /// Gives up all holds, waits for a signal, and takes the same number of holds again. `deadline` is
   /// absolute, by the day's clock; null waits without limit. False on time-out, true if woken, perhaps for
@@ -66,34 +67,36 @@ class FOKRAZO_API MaxWaitMutex : public Mutex {
   explicit MaxWaitMutex(int maxWaiters);
 
   /// As Mutex. @throws TryAgainException (EAGAIN) too many callers wait already. A holder is never refused.
-  void lock() override;
-  bool tryLock() override;
+  void lock() override FOKRAZO_ACQUIRE();
+  bool tryLock() override FOKRAZO_TRY_ACQUIRE(true);
 
  private:
   class Waiter;
 
   int m_maxWaiters;
   Mutex m_waitersProtect;
-  int m_waiters = 0;  // callers now in lock or tryLock; guarded by m_waitersProtect
+  int m_waiters FOKRAZO_GUARDED_BY(m_waitersProtect) = 0;  // callers now in lock or tryLock
 };
 
 /// Holds a mutex from here to the end of the scope, with the thread's cancellation kept off meanwhile.
 /// Does nothing at all in a process with no Thread object. Belongs to one thread.
-class FOKRAZO_API Lock {
+class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API Lock {
  public:
   /// Takes `mutex`, which must outlive the guard. A cancel that is pending stays so until unLock.
-  explicit Lock(Mutex& mutex) : Lock(mutex, Thread::m_threadsActive.load(std::memory_order_relaxed) > 0) {}
+  explicit Lock(Mutex& mutex) FOKRAZO_ACQUIRE(mutex)
+      : Lock(mutex, Thread::m_threadsActive.load(std::memory_order_relaxed) > 0) {}
   /// Takes `mutex` by polling at that interval (0 and 0: 10 ms), without end.
-  Lock(Mutex& mutex, long seconds, long nanoseconds);
+  Lock(Mutex& mutex, long seconds, long nanoseconds) FOKRAZO_ACQUIRE(mutex);
   /// unLock. While an exception unwinds the stack, a pending cancel is left to the next cancellation point.
-  ~Lock() noexcept(false) {  // NOLINT(bugprone-exception-escape): a cancelled thread unwinds from here
+  /// A cancelled thread unwinds from here. NOLINTNEXTLINE(bugprone-exception-escape)
+  ~Lock() noexcept(false) FOKRAZO_RELEASE() {
     if (isLocked()) unLock();
   }
 
   /// Takes the mutex again after unLock; no effect on a guard that holds it.
-  void doLock();
+  void doLock() FOKRAZO_ACQUIRE();
   /// Gives the mutex back; a cancel that came meanwhile is acted on here. A second call has no effect.
-  void unLock();
+  void unLock() FOKRAZO_RELEASE();
   /// Waits on the mutex's condition until the clock's current second plus `seconds`, at `nanoseconds` (below
   /// one second) into it. Mutex::wait tells the rest.
   bool wait(long seconds, long nanoseconds);
@@ -110,7 +113,7 @@ class FOKRAZO_API Lock {
  private:
   // Asked before a field is set, the question costs one comparison in all: the compiler then knows what the
   // destructor will find.
-  Lock(Mutex& mutex, bool threadsActive) : m_mutex(&mutex) {
+  Lock(Mutex& mutex, bool threadsActive) FOKRAZO_ACQUIRE(mutex) : m_mutex(&mutex) {
     if (__builtin_expect(threadsActive, false)) doLock();
   }
 
@@ -121,10 +124,11 @@ class FOKRAZO_API Lock {
 };
 
 /// A Lock over a mutex that is made on first demand, through a slot that the caller owns and never frees.
-class FOKRAZO_API AllocatingLock : public Lock {
+class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API AllocatingLock : public Lock {
  public:
   /// Requires: no two threads race for one empty slot.
-  explicit AllocatingLock(Mutex** slot) : Lock(*allocateMutex(slot)) {}
+  explicit AllocatingLock(Mutex** slot) FOKRAZO_ACQUIRE(*slot) : Lock(*allocateMutex(slot)) {}
+  ~AllocatingLock() noexcept(false) FOKRAZO_RELEASE() = default;
   /// The slot's mutex, made if the slot is null.
   static Mutex* allocateMutex(Mutex** slot);
 };

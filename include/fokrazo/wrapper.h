@@ -26,7 +26,7 @@ template <class C>
 class Check<Locked, C> : public C {
  public:
   /// The mutex that guards it.
-  Mutex& mutex() { return m_mutex; }
+  Mutex& mutex() FOKRAZO_RETURN_CAPABILITY(m_mutex) { return m_mutex; }
 
  private:
   Mutex m_mutex;

@@ -62,11 +62,11 @@ inline void checkOsCall(int error, const char* source, int line) {
 
 /// Holds a mutex around a few instructions with no cancellation point among them. Unlike Lock it counts in a
 /// process with no Thread object too, and it is never the place where a cancel strikes.
-class BriefHold {
+class FOKRAZO_SCOPED_CAPABILITY BriefHold {
  public:
-  explicit BriefHold(Mutex& mutex) : m_mutex(mutex) { m_mutex.lock(); }
+  explicit BriefHold(Mutex& mutex) FOKRAZO_ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.lock(); }
   // What is held can be given back. NOLINTNEXTLINE(bugprone-exception-escape)
-  ~BriefHold() { m_mutex.unLock(); }
+  ~BriefHold() FOKRAZO_RELEASE() { m_mutex.unLock(); }
   BriefHold(const BriefHold&) = delete;
   BriefHold& operator=(const BriefHold&) = delete;
 
