@@ -1,12 +1,18 @@
 // The stand-in as a program, driven by client sessions and by clients that do not behave.
 
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <set>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -17,8 +23,8 @@
 #include <fokrazo/session.h>
 #include "standin/directory.h"
 #include "standin/unix_profile.h"
-#include "tests/support/standin_process.h"
 #include "tests/support/command_line.h"
+#include "tests/support/standin_process.h"
 #include "tests/support/told.h"
 #include "tests/support/wire.h"
 #include "util/file/unique_fd.h"
@@ -195,6 +201,40 @@ TEST_F(StandinTest, NoClientDisturbsTheOthers) {
   IPCReply reply;
   reply.get(patient);
   EXPECT_EQ(reply.result(), IPC_SUCCESS);
+}
+
+// A test that is killed leaves neither a stand-in nor a holder of the stream that its runner reads to the
+// end.
+TEST(StandinProcess, EndsWithItsTestAndHoldsNoneOfItsStreams) {
+  int output[2];
+  ASSERT_EQ(pipe2(output, O_CLOEXEC), 0);
+  const pid_t test = fork();
+  if (test == 0) {
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) dup2(output[1], stream);
+    const StandinProcess standin;
+    dprintf(STDOUT_FILENO, "%d %s", standin.pid(), standin.socket().c_str());
+    raise(SIGKILL);
+  }
+  close(output[1]);
+  const UniqueFd reader(output[0]);
+  waitpid(test, nullptr, 0);
+  std::string told;
+  char buffer[256];
+  for (pollfd polled = {output[0], POLLIN, 0}; poll(&polled, 1, 100 * 1000) > 0;) {
+    const ssize_t count = read(output[0], buffer, sizeof buffer);
+    if (count <= 0) break;
+    told.append(buffer, static_cast<size_t>(count));
+  }
+  pollfd ended = {output[0], 0, 0};
+  EXPECT_EQ(poll(&ended, 1, 0), 1) << "somebody holds the test's output";
+  pid_t pid = 0;
+  std::string socket;
+  std::istringstream(told) >> pid >> socket;
+  ASSERT_GT(pid, 1) << told;
+  const UniqueFd standin(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+  pollfd gone = {standin.get(), POLLIN, 0};
+  EXPECT_TRUE(!standin || poll(&gone, 1, 100 * 1000) == 1) << "the stand-in outlives its test";
+  std::filesystem::remove_all(std::filesystem::path(socket).parent_path());
 }
 
 TEST(StandinProgram, ExplainsItselfAndItsFailures) {

@@ -1,12 +1,17 @@
 #include "tests/support/standin_process.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iostream>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
@@ -14,6 +19,29 @@
 namespace {
 
 const std::string kSample = TEST_SOURCE_DIR "/standin/sample/";
+// Bounds a hang. No test depends on how long anything takes.
+constexpr int kPatienceMs = 120 * 1000;
+
+bool awaitEvents(int fd, short events) {
+  pollfd polled = {fd, events, 0};
+  int ready;
+  do ready = poll(&polled, 1, kPatienceMs);
+  while (ready < 0 && errno == EINTR);
+  return ready > 0;
+}
+
+// In the child, between fork and exec: async-signal-safe calls alone.
+[[noreturn]] void becomeStandin(pid_t parent, char** arguments, int output, const char* errorPath) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(127);  // the parent ended before the line above
+  const int null = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  const int errors = open(errorPath, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  dup2(null, STDIN_FILENO);
+  dup2(output, STDOUT_FILENO);
+  dup2(errors, STDERR_FILENO);
+  execv(arguments[0], arguments);
+  _exit(127);
+}
 
 }  // namespace
 
@@ -45,23 +73,26 @@ void StandinProcess::launch(const std::vector<std::string>& arguments) {
   std::vector<char*> pointers;
   for (std::string& argument : all) pointers.push_back(argument.data());
   pointers.push_back(nullptr);
+  const std::string errorPath = m_scratch.path("stderr");
   int output[2];
   if (pipe2(output, O_CLOEXEC) != 0) throw std::runtime_error("pipe2");
+  const pid_t parent = getpid();
+  m_output = output[0];
   m_pid = fork();
-  if (m_pid == 0) {
-    dup2(output[1], STDOUT_FILENO);
-    execv(pointers[0], pointers.data());
-    _exit(127);
-  }
+  if (m_pid == 0) becomeStandin(parent, pointers.data(), output[1], errorPath.c_str());
   close(output[1]);
   char byte;
-  const bool isReady = read(output[0], &byte, 1) == 1;
-  close(output[0]);
-  if (!isReady) throw std::runtime_error("the stand-in does not start");
+  if (awaitEvents(m_output, POLLIN) && read(m_output, &byte, 1) == 1) return;
+  kill();
+  throw std::runtime_error("the stand-in does not start");
+}
+
+void StandinProcess::signal(int number) const {
+  ::kill(m_pid, number);
 }
 
 void StandinProcess::kill() {
-  ::kill(m_pid, SIGKILL);
+  signal(SIGKILL);
   wait();
 }
 
@@ -72,13 +103,18 @@ void StandinProcess::restart(const std::vector<std::string>& arguments) {
 
 StandinProcess::~StandinProcess() {
   if (m_pid < 0) return;
-  ::kill(m_pid, SIGTERM);
+  signal(SIGTERM);
   EXPECT_EQ(wait(), 0);
 }
 
 int StandinProcess::wait() {
+  if (!awaitEvents(m_output, 0)) signal(SIGKILL);  // its output ends when it does
+  close(m_output);
+  m_output = -1;
   int status = 0;
-  const bool ended = waitpid(m_pid, &status, 0) == m_pid && WIFEXITED(status);
+  const bool ended = waitpid(m_pid, &status, 0) == m_pid;
   m_pid = -1;
-  return ended ? WEXITSTATUS(status) : -1;
+  const bool killed = ended && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+  if (!killed && status != 0) std::cerr << std::ifstream(m_scratch.path("stderr")).rdbuf();
+  return ended && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }

@@ -18,23 +18,29 @@ class ScratchDirectory {
   std::string m_path;
 };
 
-/// A stand-in in the foreground, started with the sample directory and ready for connections. Ended with this
-/// object, by SIGTERM.
+/// A stand-in in the foreground, serving the sample directory and ready for connections. The destructor ends
+/// it with SIGTERM and expects exit status 0.
+///
+/// The child cannot outlive its test: the kernel kills it when the thread that launched it ends, so launch it
+/// from the main thread or join in time. It inherits none of the test's streams, so it cannot keep a runner
+/// waiting for the end of the test's output; its standard error is shown if it ends other than with status 0.
 class StandinProcess {
  public:
-  /// `arguments` go behind those for the socket and the sample; with `ldif` that file takes the sample's
-  /// place.
+  /// Appends `arguments` to the socket and the sample; `ldif` names a file to serve instead of the sample.
   explicit StandinProcess(const std::vector<std::string>& arguments = {}, const std::string& ldif = "");
   ~StandinProcess();
   StandinProcess(const StandinProcess&) = delete;
   StandinProcess& operator=(const StandinProcess&) = delete;
 
   const std::string& socket() const { return m_socket; }
-  /// Ends it as a crash would; its socket stays behind.
+  int pid() const { return m_pid; }
+  /// Sends a signal.
+  void signal(int number) const;
+  /// Ends it as a crash would; the socket file stays.
   void kill();
-  /// Another one takes its place at the same socket, with other arguments behind those for socket and sample.
+  /// Kills it and launches another one on the same socket, with `arguments` in place of the earlier ones.
   void restart(const std::vector<std::string>& arguments);
-  /// Waits for the end, and tells the exit status; -1 if it ended by a signal.
+  /// Waits for the end. Returns the exit status, or -1 if a signal ended it.
   int wait();
 
  private:
@@ -44,4 +50,5 @@ class StandinProcess {
   std::string m_socket;
   std::vector<std::string> m_base;
   int m_pid = -1;
+  int m_output = -1;  // the stand-in holds the other end, which nobody else does
 };
