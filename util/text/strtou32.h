@@ -6,10 +6,11 @@
 
 namespace vesk {
 
-/// As strtoul where unsigned long has 32 bits: a "-" in front gives the two's complement, and what does not
-/// fit gives the largest number. It never wraps around: an id beyond 32 bits must not become somebody else's.
+/// strtoul as it works where unsigned long has 32 bits: a number after "-" is negated in two's complement,
+/// and a number that does not fit becomes UINT_MAX. No other number wraps around, so that an id that is too
+/// large never turns into another user's.
 inline unsigned int strtou32(const char* text, char** end, int base) {
-  // Most numbers are nothing but a few decimal digits, which need no locale.
+  // The common case, a few decimal digits, without the cost of a locale.
   constexpr int kSafeDigits = 18;
   unsigned long plain = 0;
   int digits = 0;
@@ -20,9 +21,11 @@ inline unsigned int strtou32(const char* text, char** end, int base) {
     *end = const_cast<char*>(text + digits);
     return plain <= UINT_MAX ? static_cast<unsigned int>(plain) : UINT_MAX;
   }
+  const char* sign = text;
+  while (*sign == ' ' || (*sign >= '\t' && *sign <= '\r')) ++sign;
   const unsigned long number = strtoul(text, end, base);
-  const bool negative = number > ULONG_MAX - UINT_MAX;
-  return number <= UINT_MAX || negative ? static_cast<unsigned int>(number) : UINT_MAX;
+  const unsigned long magnitude = *sign == '-' ? 0 - number : number;
+  return magnitude <= UINT_MAX ? static_cast<unsigned int>(number) : UINT_MAX;
 }
 
 }  // namespace vesk

@@ -20,7 +20,17 @@ TEST(StrUtil, NumbersAndTimesToText) {
   EXPECT_EQ(itoa(-1, 16) + " " + itoa(-1, 8) + " " + itoa(INT_MIN, 10), "ffffffff 37777777777 -2147483648");
   EXPECT_EQ(ulltoa(ULLONG_MAX, 8) + " " + ulltoa(0, 16), "1777777777777777777777 0");
   EXPECT_EQ(dbltoa(1e300).size(), 63U);
-  EXPECT_TRUE(atoui("010") == 8 && atoui("4294967296") == UINT_MAX && atoui("-2") == UINT_MAX - 1);
+  const std::pair<const char*, unsigned int> rows[] = {
+      {"010", 8},
+      {"-2", UINT_MAX - 1},
+      {"\t -4294967295", 1},
+      {"-4294967296", UINT_MAX},
+      {"4294967296", UINT_MAX},
+      {"18446744069414584321", UINT_MAX},  // -4294967295 where only the range is looked at
+      {"99999999999999999999", UINT_MAX},
+      {"-18446744073709551615", UINT_MAX},
+  };
+  for (const auto& [text, number] : rows) EXPECT_EQ(atoui(text), number) << text;
   setenv("TZ", "UTC", 1);
   tzset();
   const time_t day = 86400, never = LONG_MAX;
