@@ -43,7 +43,7 @@ std::string Properties::replacement(const std::string& name) {
   if (m_expansionLeft == 0) return std::string();
   std::string text = m_variables[name];
   if (text.empty()) {
-    const char* environment = getenv(name.c_str());
+    const char* environment = secure_getenv(name.c_str());
     if (environment) text = environment;
   }
   if (text.empty()) {

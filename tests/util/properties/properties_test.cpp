@@ -2,6 +2,7 @@
 
 #include <fokrazo/properties.h>
 
+#include <sys/auxv.h>
 #include <zlib.h>
 
 #include <atomic>
@@ -13,8 +14,8 @@
 #include <fokrazo/propnames.h>
 #include <fokrazo/secure_open.h>
 #include <fokrazo/setting.h>
-#include "tests/support/world_test.h"
 #include "tests/support/workers.h"
+#include "tests/support/world_test.h"
 
 using namespace testsupport;
 using namespace vesk;
@@ -112,6 +113,29 @@ TEST_F(PropertiesTest, VariablesComeFromSettingsThenTheEnvironmentThenTheFile) {
   }
   unsetenv("DOMAIN");
   clearSettingsMap();
+}
+
+// Run by the next test, as a copy of this program that is another user's and set-user-id.
+TEST(PropertiesOfASetUserProgram, DISABLED_IgnoreTheEnvironment) {
+  if (getauxval(AT_SECURE) == 0) _exit(77);
+  Properties properties;
+  std::istringstream stream("k: <$CONFIG_TEST>");
+  properties.load(stream, true);
+  EXPECT_EQ(properties.getString("k"), "<>");
+}
+
+TEST_F(PropertiesTest, TheEnvironmentOfASetUserProgramIsNotRead) {
+  if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed";
+  const std::string copy = in("set-user-program");
+  std::filesystem::copy_file("/proc/self/exe", copy);
+  ASSERT_EQ(chown(copy.c_str(), kOrdinaryUser, kOrdinaryUser) + chmod(copy.c_str(), 04755), 0);
+  const int status = inChild([&] {
+    setenv("CONFIG_TEST", "from environment", 1);
+    execl(copy.c_str(), copy.c_str(), "--gtest_also_run_disabled_tests",
+          "--gtest_filter=PropertiesOfASetUserProgram.*", nullptr);
+  });
+  if (WEXITSTATUS(status) == 77) GTEST_SKIP() << "this file system has no set-user-id programs";
+  EXPECT_EQ(status, 0);
 }
 
 TEST_F(PropertiesTest, NumbersWordsAndTimesFallBack) {
