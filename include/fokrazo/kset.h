@@ -22,7 +22,7 @@ struct FOKRAZO_API KSetData {
 /// directory means the default one. Only regular files are read; a link or a pipe that somebody planted
 /// under the name of a key set is never followed, and is replaced by what is written there.
 /// Each file is replaced by rename, whole. Other processes may save settings meanwhile: what they have not
-/// finished is no key set, and is left alone.
+/// finished is no key set, and is left alone. A file of more than 1 MiB is refused (SystemException, EFBIG).
 /// Thread-safety: one thread at a time.
 /// @throws NotFoundException (all that list) the directory cannot be listed
 /// @throws IOException, SystemException a file cannot be read, written or removed

@@ -77,19 +77,22 @@ FOKRAZO_API std::string GetSetting(const std::string& name, const std::string& f
 /// As GetSetting, but no property beats the file.
 FOKRAZO_API std::string internalGetSetting(const std::string& name, const std::string& fallback);
 /// The value of a setting: property, memory, file, whichever has it first. With `fromFileOnly` no property is
-/// looked at. Names that begin with "dc." are looked for in "user/" too.
+/// looked at. Names that begin with "dc." are also read from "user/", where every user may write: by root
+/// only if the file belongs to root.
 /// @throws IOException there is no file, or the configuration forbids files
 /// @throws BadDataException as readSettingFile
 FOKRAZO_API std::string loadSetting(const std::string& name, bool fromFileOnly);
 /// loadSetting(name, true).
 FOKRAZO_API std::string loadSettingFromFile(const std::string& name);
 
-/// Reads one file, past the memory. An empty `dir` means the data directory; another ends in "/". Never
-/// follows a symbolic link and never waits for a writer.
+/// Reads one file and neither looks at memory nor changes it. An empty `dir` means the data directory; any
+/// other ends in "/". Never follows a symbolic link and never waits for a writer. A file of more than 1 MiB
+/// is refused whatever its name. In the data directory's "user/" root reads only files of its own.
 /// @throws BadDataException a control character other than newline
 FOKRAZO_API std::string readSettingFile(const std::string& name, const std::string& dir);
-/// Writes one file, past the memory; an empty value removes it. `dir` as in readSettingFile. The value is
-/// trimmed of white space. When it throws, the old file stands.
+/// Writes one file and leaves memory as it is; an empty value removes the file. `dir` and the limit of 1 MiB
+/// are those of readSettingFile. White space around the value is not written. When it throws, the old file
+/// stands.
 FOKRAZO_API void writeSettingFile(const std::string& name, const std::string& value, SettingAccess access,
                                   const std::string& dir);
 /// Sets a setting in memory and in its file; an empty value removes the file. Nothing is touched if the value

@@ -19,6 +19,7 @@ namespace {
 
 constexpr char kDCFilePrefix[] = "kset.dc.";
 constexpr mode_t kPermissionBits = 0777;
+constexpr size_t kMaxSize = 1024 * 1024;
 
 // S_IFREG and its like; 0 if it cannot be told.
 mode_t typeOf(const std::string& path) {
@@ -47,7 +48,7 @@ boost::shared_ptr<KSetData> read(const std::string& path) {
   if (!S_ISREG(info.st_mode)) return boost::shared_ptr<KSetData>();
   auto data = boost::make_shared<KSetData>();
   data->mode = info.st_mode & kPermissionBits;
-  if (!readAll(fd.get(), data->content)) throwCallFailed(errno);
+  if (!readAll(fd.get(), data->content, kMaxSize)) throwCallFailed(errno);
   return data;
 }
 

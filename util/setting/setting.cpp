@@ -127,7 +127,7 @@ void saveSetting(const std::string& name, const std::string& value, SettingAcces
   const LockedStore store;
   if (!value.empty() && !force && isUnchanged(name, value)) return;
   // No later attempt helps a value that is too large, so it is never deferred.
-  if (toFile) CheckFileSize("Write", name, trimWhiteSpace(value).size());
+  if (toFile) refuseTooLarge("Write", name, trimWhiteSpace(value).size());
   store->gSettingsMap[name] = {value, access};
   VESK_LOG_TO(kLogger, Debug, "Setting %s to %s\n", name.c_str(), value.c_str());
   if (toFile) writeOrDefer(*store, name, value, access, deferOnFailure);

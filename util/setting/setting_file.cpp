@@ -22,6 +22,7 @@ constexpr char kSource[] = "util/setting";
 constexpr char kDCPrefix[] = "dc.";
 constexpr char kCannotRead[] = "Cannot read file %s";
 constexpr int kMaxSize = 1024;
+constexpr int kMaxUnlimitedSize = 1024 * 1024;  // of the settings that CheckFileSize lets pass
 constexpr size_t kBlockSize = 4096;
 
 constexpr mode_t kPrivateMode = 0600;
@@ -44,6 +45,16 @@ struct stat statOf(const UniqueFd& fd, const std::string& path) {
   struct stat info;
   if (::fstat(fd.get(), &info) == 0) return info;
   throwFileFailure(errno, "Cannot stat file to %s", path);
+}
+
+// Anyone may put a file in "user/", and root's decisions must not rest on what others put there.
+bool isForeign(const struct stat& info, const std::string& dir, const SettingStore& store) {
+  return isRootUser() && info.st_uid != 0 && dir == store.gDataDir + kUserDir;
+}
+
+[[noreturn]] void throwTooLarge(const char* operation, const std::string& name, long long size, int limit) {
+  FOKRAZO_THROW(IOException, "IOException", 0, "%s kset.%s: size(%lld) exceeds maximum (%d)", operation,
+                name.c_str(), size, limit);
 }
 
 void refuseControlCharacters(const char* data, size_t size, const std::string& path) {
@@ -102,16 +113,22 @@ bool isDCSetting(const std::string& name) {
 
 void CheckFileSize(const char* operation, const std::string& name, long long size) {
   if (size <= kMaxSize || name == SETTING_TRUSTS || isDCSetting(name)) return;
-  FOKRAZO_THROW(IOException, "IOException", 0, "%s kset.%s: size(%lld) exceeds maximum (%d)", operation,
-                name.c_str(), size, kMaxSize);
+  throwTooLarge(operation, name, size, kMaxSize);
+}
+
+void refuseTooLarge(const char* operation, const std::string& name, long long size) {
+  CheckFileSize(operation, name, size);
+  if (size > kMaxUnlimitedSize) throwTooLarge(operation, name, size, kMaxUnlimitedSize);
 }
 
 std::string readSettingFile(const std::string& name, const std::string& dir) {
   const LockedStore store;
-  const std::string path = settingPath(dir.empty() ? store->gDataDir : dir, name);
+  const std::string directory = dir.empty() ? store->gDataDir : dir;
+  const std::string path = settingPath(directory, name);
   const UniqueFd fd = openForReading(path);
   const struct stat info = statOf(fd, path);
-  CheckFileSize("Read", name, info.st_size);
+  if (isForeign(info, directory, *store)) throwFileFailure(EPERM, kCannotRead, path);
+  refuseTooLarge("Read", name, info.st_size);
   // A pipe or a device that somebody put there holds no value; a directory fails to read by itself.
   if (!S_ISREG(info.st_mode)) throwFileFailure(S_ISDIR(info.st_mode) ? EISDIR : EINVAL, kCannotRead, path);
   return trimWhiteSpace(readText(fd, info.st_size, path));
@@ -127,7 +144,7 @@ void writeSettingFile(const std::string& name, const std::string& value, Setting
   if (text.empty()) {
     removeFile(path);
   } else {
-    CheckFileSize("Write", name, text.size());
+    refuseTooLarge("Write", name, text.size());
     replaceFile(path, text, modeOf(access));
   }
   // A copy that some user wrote must not outlive the new value.

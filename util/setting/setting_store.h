@@ -60,6 +60,8 @@ inline std::string settingPath(const std::string& dir, const std::string& name) 
 bool isRootUser();
 /// Whether a setting holds data of one domain controller: these have no limit and a copy for users.
 bool isDCSetting(const std::string& name);
+/// CheckFileSize, and 1 MiB for the settings that it does not limit. @throws IOException
+void refuseTooLarge(const char* operation, const std::string& name, long long size);
 /// Removes a file, if there is one. @throws IOException "Cannot remove file …"
 void removeFile(const std::string& path);
 /// The names of the entries of a directory without "." and "..".

@@ -99,15 +99,17 @@ TEST_F(SettingTest, ReadsOneValueOrSaysWhatIsWrong) {
   }
   put(in("kset.dc.q"), "");
   ASSERT_EQ(truncate(in("kset.dc.q").c_str(), 1LL << 40), 0);
-  EXPECT_THROW(readSettingFile("dc.q", in("")), BadDataException)
-      << "a file that claims to be huge costs no memory";
+  EXPECT_FAILURE("IOException|Read kset.dc.q: size(1099511627776) exceeds maximum (1048576)",
+                 readSettingFile("dc.q", in("")));
 }
 
 TEST_F(SettingTest, WhatIsTooLargeIsRefusedAndChangesNothing) {
   save("site", "old");
   for (const bool defer : {false, true})
-    EXPECT_FAILURE("IOException|Write kset.site: size(1025) exceeds maximum (1024)",
-                   saveSetting("site", std::string(1025, 'x'), SETTING_DEFAULT, defer, false));
+    for (const auto& [name, limit] : {std::pair("site", 1024), std::pair("dc.a", 1048576)})
+      EXPECT_FAILURE("IOException|Write kset." + std::string(name) + ": size(" + std::to_string(limit + 1) +
+                         ") exceeds maximum (" + std::to_string(limit) + ")",
+                     saveSetting(name, std::string(limit + 1, 'x'), SETTING_DEFAULT, defer, false));
   EXPECT_EQ(GetSetting("site", "") + get(kSite), "oldold");
 }
 
@@ -157,7 +159,11 @@ TEST_F(SettingTest, AnOrdinaryUserWritesOnlyHisCopyOfDomainControllers) {
   };
   checkInChild(work, kOrdinaryUser);
   EXPECT_EQ(modeOf(kUsers), S_IFREG | 0666u);
-  EXPECT_EQ(GetSetting("dc.a", "") + GetSetting("dc.b", ""), "rootsmine") << "root looks at his own first";
+  EXPECT_EQ(GetSetting("dc.a", "") + GetSetting("dc.b", "none"), "rootsnone") << "root trusts its own files";
+  EXPECT_FAILURE("IOException|Cannot read file " + kDir + "user/kset.dc.b: Operation not permitted",
+                 readSettingFile("dc.b", kDir + "user/"));
+  ASSERT_EQ(chown((kDir + "user/kset.dc.b").c_str(), 0, 0), 0);
+  EXPECT_EQ(GetSetting("dc.b", "none"), "mine");
   save("dc.a", "new");
   EXPECT_EQ(modeOf(kUsers), 0u);
 }
