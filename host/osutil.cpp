@@ -1,6 +1,7 @@
 #include <fokrazo/osutil.h>
 
 #include <fcntl.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 

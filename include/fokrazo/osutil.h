@@ -3,13 +3,15 @@
 /// from any thread.
 #pragma once
 
-#include <netinet/in.h>
-#include <utmpx.h>
-
 #include <list>
 #include <string>
 
 #include <fokrazo/export.h>
+
+// From <netinet/in.h> and <utmpx.h>, which a program includes that uses them: their macros have names such as
+// EMPTY.
+struct sockaddr_in;
+struct utmpx;
 
 /// Tests whether a TCP endpoint takes connections. Blocks for at most 10 seconds.
 /// Returns 0 if it does, -1 if nothing answers in time, and 1 otherwise.

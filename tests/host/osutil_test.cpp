@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <sys/utsname.h>
 #include <utmp.h>
+#include <utmpx.h>
 
 #include <tuple>
 #include <vector>
