@@ -6,8 +6,8 @@
 #include <signal.h>
 
 #include <fokrazo/osport.h>
-#include "tests/support/world_test.h"
 #include "tests/support/workers.h"
+#include "tests/support/world_test.h"
 
 using namespace testsupport;
 
@@ -52,7 +52,8 @@ TEST_F(FileUtilTest, RenamesWithOrWithoutAnException) {
   const std::string text = "Unable to rename \"" + in("gone") + "\" to \"" + in("d") + "\".";
   EXPECT_EQ(testing::internal::GetCapturedStderr(), text + "\n");
   EXPECT_TRUE(isLogged(text));
-  EXPECT_FAILURE("IOException|Move " + in("gone") + " to x failed" + kGone, MoveFile(in("gone"), "x"));
+  EXPECT_FAILURE("IOException|Move " + in("gone") + " to " + in("d") + " failed" + kGone,
+                 MoveFile(in("gone"), in("d")));
 }
 
 TEST_F(FileUtilTest, TemporaryFilesAreBornWithModeAndOwnerOrNotAtAll) {

@@ -61,7 +61,7 @@ TEST_F(PathTest, FailuresHaveTheirClassesAndTexts) {
   EXPECT_FAILURE(kEmpty, Path::createDirectories("no-such-dir/b", 0755));
   EXPECT_FAILURE("IOException|can't change current dir to " + kGone, Path("").chdir());
   EXPECT_FAILURE("NotFoundException|Cannot stat " + gone + kGone, Path::is_directory(gone));
-  EXPECT_FAILURE("IOException|Cannot rename " + gone + " to x" + kGone, Path::rename(gone, "x"));
+  EXPECT_FAILURE("IOException|Cannot rename " + gone + " to " + file + kGone, Path::rename(gone, file));
   EXPECT_FAILURE("IOException|can't change owner of " + gone + " to 1/2" + kGone, Path(gone).chown(1, 2));
   EXPECT_FAILURE("IOException|Cannot remove directory " + in("full: Directory not empty"),
                  Path::remove(in("full"), false));
