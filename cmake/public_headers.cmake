@@ -1,5 +1,6 @@
 # Every public header, in include/fokrazo; fokrazo.h includes all the others.
 set(FOKRAZO_PUBLIC_HEADERS
+  account_name.h
   adattribute.h
   adobject.h
   adserializer.h
@@ -54,6 +55,7 @@ set(FOKRAZO_PUBLIC_HEADERS
   thread_annotations.h
   timequeue.h
   unixviews.h
+  utf8.h
   validation_result.h
   well_known_sid.h
   wrapper.h

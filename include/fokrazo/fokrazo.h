@@ -1,6 +1,7 @@
 /// All of the library in one header.
 #pragma once
 
+#include <fokrazo/account_name.h>
 #include <fokrazo/adattribute.h>
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
@@ -54,6 +55,7 @@
 #include <fokrazo/thread_annotations.h>
 #include <fokrazo/timequeue.h>
 #include <fokrazo/unixviews.h>
+#include <fokrazo/utf8.h>
 #include <fokrazo/validation_result.h>
 #include <fokrazo/well_known_sid.h>
 #include <fokrazo/wrapper.h>

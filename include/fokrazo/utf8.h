@@ -1,0 +1,43 @@
+/// UTF-8 from outside, character by character: what is well-formed, and what a terminal would obey instead of
+/// showing it.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace vesk {
+
+/// One character of a text.
+struct Utf8Character {
+  char32_t code;  ///< its Unicode number
+  size_t length;  ///< the number of its bytes; 0 if the text is not well-formed here
+};
+
+/// Reads the character at `position` as RFC 3629 defines it: no overlong form, no surrogate, nothing above
+/// U+10FFFF. At or past the end there is none.
+inline Utf8Character utf8At(const std::string& text, size_t position) {
+  const auto byteAt = [&text](size_t i) -> unsigned char { return i < text.size() ? text[i] : 0; };
+  const unsigned char lead = byteAt(position);
+  if (lead < 0x80) return {lead, position < text.size() ? size_t{1} : 0};
+  const size_t length = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : 2;
+  if (lead < 0xc2 || lead > 0xf4) return {0, 0};
+  char32_t code = lead & (0x7fu >> length);
+  for (size_t i = 1; i < length; ++i) {
+    if ((byteAt(position + i) & 0xc0) != 0x80) return {0, 0};
+    code = code << 6 | (byteAt(position + i) & 0x3fu);
+  }
+  const bool isOverlong = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
+  const bool isSurrogate = code >= 0xd800 && code <= 0xdfff;
+  return isOverlong || isSurrogate || code > 0x10ffff ? Utf8Character{0, 0} : Utf8Character{code, length};
+}
+
+/// Whether a terminal acts on the character: the control characters U+0000 to U+001F and U+007F to U+009F,
+/// and the marks that change the direction of text, so that a line reads as something else.
+inline bool isTerminalControl(char32_t code) {
+  const bool isControl = code < 0x20 || (code >= 0x7f && code <= 0x9f);
+  const bool isDirectionMark = code == 0x61c || code == 0x200e || code == 0x200f ||
+                               (code >= 0x202a && code <= 0x202e) || (code >= 0x2066 && code <= 0x2069);
+  return isControl || isDirectionMark;
+}
+
+}  // namespace vesk
