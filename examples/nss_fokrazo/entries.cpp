@@ -6,13 +6,21 @@ namespace example {
 
 namespace {
 
-// What would end a field, or a line, of passwd and group.
-bool isSeparator(char c) {
-  return c == ':' || c == '\n' || c == '\0';
+constexpr char kElsewhere[] = "x";    // in passwd and group: the password is not here
+constexpr char kMatchesNone[] = "*";  // in shadow
+constexpr long kUnset = -1;           // an empty field of shadow
+
+bool isUsableName(const std::string& name) {
+  return vesk::isSafeAccountName(name) && !ModuleSession::isReserved(name);
 }
 
-bool isField(const std::string& text) {
-  return std::none_of(text.begin(), text.end(), isSeparator);
+// What would end a field or a line of passwd, or be obeyed by the terminal that shows it.
+bool isUnfit(unsigned char c) {
+  return c == ':' || c < 0x20 || c == 0x7f;
+}
+
+long numberOf(vesk::ADObject& object, const std::string& attribute) {
+  return object.attributeExists(attribute, true) ? object[attribute].toInt() : kUnset;
 }
 
 }  // namespace
@@ -21,24 +29,18 @@ bool isUsableId(uint32_t id) {
   return id != 0 && id != UINT32_MAX;
 }
 
-bool isUsableName(const std::string& name) {
-  const bool isNumber = name.find_first_not_of("0123456789") == std::string::npos;  // or nothing at all
-  return !isNumber && name[0] != '+' && name[0] != '-' && isField(name) && !ModuleSession::isReserved(name) &&
-         name.find(',') == std::string::npos;  // which parts a group's members
-}
-
 bool Users::isUsable(const View& user) {
   return user.isUnix() && isUsableId(user.getId()) && isUsableId(user.gid()) &&
-         isUsableName(user.unixName()) && isField(user.password()) && isField(user.home()) &&
-         isField(user.shell());
+         isUsableName(user.unixName()) && vesk::isSafeAccountPath(user.home()) &&
+         vesk::isSafeAccountPath(user.shell());
 }
 
 passwd Users::write(const View& user, CallerBuffer& buffer) {
-  std::string gecos = user.gecos();  // only for people: rather changed than a reason to refuse the user
-  std::replace_if(gecos.begin(), gecos.end(), isSeparator, ' ');
+  std::string gecos = user.gecos();  // only for people: changed, and no reason to refuse the user
+  std::replace_if(gecos.begin(), gecos.end(), isUnfit, ' ');
   passwd entry = {};
   entry.pw_name = buffer.text(user.unixName());
-  entry.pw_passwd = buffer.text(user.password());
+  entry.pw_passwd = buffer.text(kElsewhere);
   entry.pw_uid = user.getId();
   entry.pw_gid = user.gid();
   entry.pw_gecos = buffer.text(gecos);
@@ -48,8 +50,7 @@ passwd Users::write(const View& user, CallerBuffer& buffer) {
 }
 
 bool Groups::isUsable(const View& group) {
-  return group.isUnix() && isUsableId(group.getId()) && isUsableName(group.unixName()) &&
-         isField(group.password());
+  return group.isUnix() && isUsableId(group.getId()) && isUsableName(group.unixName());
 }
 
 group Groups::write(const View& view, CallerBuffer& buffer) {
@@ -57,9 +58,24 @@ group Groups::write(const View& view, CallerBuffer& buffer) {
   members.remove_if([](const std::string& name) { return !isUsableName(name); });
   group entry = {};
   entry.gr_name = buffer.text(view.unixName());
-  entry.gr_passwd = buffer.text(view.password());
+  entry.gr_passwd = buffer.text(kElsewhere);
   entry.gr_gid = view.getId();
   entry.gr_mem = buffer.texts(members);
+  return entry;
+}
+
+spwd Shadows::write(const View& user, CallerBuffer& buffer) {
+  vesk::ADObject object = user.getObject();
+  spwd entry = {};
+  entry.sp_namp = buffer.text(user.unixName());
+  entry.sp_pwdp = buffer.text(kMatchesNone);
+  entry.sp_lstchg = numberOf(object, VESK_SHADOW_LASTCHANGE);
+  entry.sp_min = numberOf(object, VESK_SHADOW_MIN);
+  entry.sp_max = numberOf(object, VESK_SHADOW_MAX);
+  entry.sp_warn = numberOf(object, VESK_SHADOW_WARNING);
+  entry.sp_inact = numberOf(object, VESK_SHADOW_INACTIVE);
+  entry.sp_expire = numberOf(object, VESK_SHADOW_EXPIRE);
+  entry.sp_flag = static_cast<unsigned long>(kUnset);
   return entry;
 }
 

@@ -1,8 +1,9 @@
-/// What a directory object must be like to appear on the host, and how it becomes an entry of the C library.
+/// Which directory objects appear on the host, and how they become entries of the C library.
 #pragma once
 
 #include <grp.h>
 #include <pwd.h>
+#include <shadow.h>
 
 #include <optional>
 
@@ -10,11 +11,8 @@
 
 namespace example {
 
-/// The directory gives nobody root's id or root's group, and the last id means "none" to the system.
+/// Root's id and root's group are never the directory's, and the last id means "none" to the system.
 bool isUsableId(uint32_t id);
-/// Whether a text can stand as a name in lines of passwd and group, and nobody takes it for something else: a
-/// number for an id, a sign at its beginning for an option or for a mark of such lines, "root" for root.
-bool isUsableName(const std::string& name);
 
 /// The passwd database.
 struct Users {
@@ -24,11 +22,12 @@ struct Users {
   static constexpr int kFlags = 0;  ///< of a lookup
 
   static bool isUsable(const View& user);
-  /// @throws Failure too small a buffer
+  /// The password is always "x": no hash leaves the module, and no account is without a password.
+  /// @throws Failure the buffer is too small
   static Entry write(const View& user, CallerBuffer& buffer);
 };
 
-/// The group database.
+/// The group database. The password is always "x".
 struct Groups {
   using View = vesk::Group;
   using Entry = group;
@@ -39,13 +38,24 @@ struct Groups {
   static Entry write(const View& group, CallerBuffer& buffer);
 };
 
+/// The shadow database: how long a password is valid. The password is always "*", which none matches.
+struct Shadows {
+  using View = vesk::User;
+  using Entry = spwd;
+  static constexpr vesk::DSObjectType kType = vesk::DSShadow;
+  static constexpr int kFlags = 0;
+
+  static bool isUsable(const View& user) { return Users::isUsable(user); }
+  static Entry write(const View& user, CallerBuffer& buffer);
+};
+
 /// The view of an object; none if the object cannot appear on the host.
 template <class Database>
 std::optional<typename Database::View> usableView(const vesk::ADObject& object) {
   try {
     typename Database::View view(object);
     if (Database::isUsable(view)) return view;
-  } catch (const VESKException&) {  // what it lacks is in no view
+  } catch (const VESKException&) {  // an attribute that every account has is missing
   }
   return std::nullopt;
 }

@@ -1,8 +1,9 @@
 // A name-service module: the directory's users and groups for every program of the host. The C library loads
-// it for the word "fokrazo" in /etc/nsswitch.conf and calls the functions at the end of this file.
+// it where /etc/nsswitch.conf says "fokrazo" for passwd, group or shadow, and calls the functions at the end
+// of this file.
 //
-// A thread looks names up through a session of its own. An enumeration belongs to the process, as the C
-// library has it, and has its own session too, because the daemon keeps the place in a listing by connection.
+// Each thread looks names up through a session of its own. An enumeration belongs to the process, as the C
+// library defines it, and has its own session too: the daemon keeps one place in a listing per connection.
 
 #include <nss.h>
 
@@ -22,7 +23,7 @@ static_assert(static_cast<int>(vesk::NameStatus::Unavailable) == NSS_STATUS_UNAV
 static_assert(static_cast<int>(vesk::NameStatus::NotFound) == NSS_STATUS_NOTFOUND);
 static_assert(static_cast<int>(vesk::NameStatus::Success) == NSS_STATUS_SUCCESS);
 
-// --- Lookups. All throw Failure where there is nothing to return. ---
+// --- Lookups. All throw Failure if there is nothing to return. ---
 
 pthread_key_t makeSessionKey() {
   pthread_key_t key;
@@ -31,8 +32,9 @@ pthread_key_t makeSessionKey() {
   return key;
 }
 
-// On a key, because other keys' destructors and handlers of atexit may look names up: a thread_local object
-// is gone by then. If a destructor makes a new session, the C library calls this key's once more.
+// Kept on a thread key, because destructors of other keys and handlers of atexit may look names up, and a
+// thread_local object is gone by then. If a destructor makes a new session, the C library calls this key's
+// destructor again.
 ModuleSession& threadSession() {
   static const pthread_key_t key = makeSessionKey();
   if (void* const session = pthread_getspecific(key)) return *static_cast<ModuleSession*>(session);
@@ -51,25 +53,25 @@ typename Database::View find(vesk::KeyKind kind, const Key& key, int flags) {
 
 template <class Database>
 typename Database::View findByName(const std::string& name, int flags = Database::kFlags) {
-  if (!isUsableName(name)) fail(vesk::VR_NOT_FOUND);
+  if (!vesk::isSafeAccountKey(name) || ModuleSession::isReserved(name)) fail(vesk::VR_NOT_FOUND);
   return find<Database>(vesk::KeyName, name, flags);
 }
 
-// Nobody waits for the daemon to be told who root is.
+// Root is the host's: a lookup of uid 0 must not wait for the daemon.
 template <class Database>
 typename Database::View findById(uint32_t id) {
   if (!isUsableId(id)) fail(vesk::VR_NOT_FOUND);
   return find<Database>(vesk::KeyId, static_cast<int>(id), Database::kFlags);
 }
 
-// The ids of all groups of a user that have one.
+// The ids of all of a user's groups that have one.
 std::vector<gid_t> groupsOf(const std::string& name) {
   const vesk::User user = findByName<Users>(name, vesk::GROUP_MEMBERSHIP);
   std::vector<gid_t> ids;
   for (const vesk::SID& sid : user.groupSids()) {
     try {
       if (!sid.isNull()) ids.push_back(find<Groups>(vesk::KeySid, sid, 0).getId());
-    } catch (const Failure& failure) {  // a list with holes could give rights that a group takes away
+    } catch (const Failure& failure) {  // a list with a gap could grant what the missing group forbids
       if (failure.answer.outcome != vesk::Outcome::NotFound) throw;
     }
   }
@@ -77,6 +79,10 @@ std::vector<gid_t> groupsOf(const std::string& name) {
 }
 
 // --- Enumeration ---
+
+// More entries in a row than this that cannot appear on the host end an enumeration, so that it returns
+// whatever the directory holds.
+constexpr int kMostSkipped = 10000;
 
 // The process's enumeration of one database. Thread-safe; made on first use and never destroyed.
 template <class Database>
@@ -93,7 +99,7 @@ class Enumeration {
     open();
   }
 
-  // The next entry. One that does not fit into its caller's buffer is the next one again.
+  // The next entry. An entry that does not fit into its caller's buffer is returned by the next call.
   typename Database::Entry next(CallerBuffer& buffer) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_session && !m_end) open();
@@ -117,12 +123,15 @@ class Enumeration {
   void advance() {
     if (m_end) throw Failure{*m_end};
     tryOrEnd([this] {
-      do m_pending = usableView<Database>(m_session->next(Database::kType));
-      while (!m_pending);
+      for (int skipped = 0; skipped <= kMostSkipped; ++skipped) {
+        m_pending = usableView<Database>(m_session->next(Database::kType));
+        if (m_pending) return;
+      }
+      fail(vesk::VR_BAD_DATA);
     });
   }
 
-  // A failure is the end, and stays: a program that asks on must not get all entries again.
+  // A failure ends the enumeration for good: a program that goes on asking must not get all entries again.
   template <class Step>
   void tryOrEnd(Step step) {
     try {
@@ -134,22 +143,23 @@ class Enumeration {
     }
   }
 
-  // The daemon forgets the listing with its connection.
+  // The daemon forgets the listing when the connection closes.
   void close() {
     m_session.reset();
     m_pending.reset();
     m_end.reset();
   }
 
-  std::mutex m_mutex;  // guards all below
+  std::mutex m_mutex;  // guards the fields below
   std::optional<ModuleSession> m_session;
   std::optional<typename Database::View> m_pending;
-  std::optional<vesk::Answer> m_end;  // why there is no further entry
+  std::optional<vesk::Answer> m_end;  // why there are no further entries
 };
 
 // --- What the functions of the module have in common ---
 
-// Runs the task of a function. What is not success sets `*errnop` too, which is errno for those without one.
+// Runs a function's task. Any answer but success also sets `*errnop`; a function without that argument
+// passes &errno.
 template <class Task>
 nss_status run(int* errnop, Task task) {
   const vesk::Answer result = answer(task);
@@ -157,7 +167,7 @@ nss_status run(int* errnop, Task task) {
   return static_cast<nss_status>(result.nameStatus());
 }
 
-// `make` gives the entry, with its texts in the caller's buffer. `result` is written on success alone.
+// `make` returns the entry and puts its texts into the caller's buffer. `result` is written only on success.
 template <class Entry, class Make>
 nss_status fill(Entry* result, char* buffer, size_t size, int* errnop, Make make) {
   return run(errnop, [&] {
@@ -166,8 +176,8 @@ nss_status fill(Entry* result, char* buffer, size_t size, int* errnop, Make make
   });
 }
 
-// The C library's growing array of group ids: `size` places, of which `start` are taken, at most `limit` if
-// that is positive.
+// The C library's growing array of group ids: `size` places, the first `start` of them taken. A positive
+// `limit` bounds its size.
 struct GroupArray {
   long* start;
   long* size;
@@ -194,7 +204,7 @@ struct GroupArray {
 
 }  // namespace
 
-// What the C library calls. The names are made of the module's, and nothing else of it can be seen.
+// What the C library calls. The names contain the module's name; nothing else is exported.
 extern "C" {
 
 nss_status _nss_fokrazo_getpwnam_r(const char* name, passwd* result, char* buffer, size_t size, int* errnop) {
@@ -243,7 +253,25 @@ nss_status _nss_fokrazo_endgrent() {
   return run(&errno, [] { Enumeration<Groups>::instance().end(); });
 }
 
-// Adds a user's groups beside `primary` to the array, once the daemon has told all of them.
+nss_status _nss_fokrazo_getspnam_r(const char* name, spwd* result, char* buffer, size_t size, int* errnop) {
+  return fill(result, buffer, size, errnop,
+              [&](CallerBuffer& texts) { return Shadows::write(findByName<Shadows>(name), texts); });
+}
+
+nss_status _nss_fokrazo_setspent(int /*stayOpen*/) {
+  return run(&errno, [] { Enumeration<Shadows>::instance().begin(); });
+}
+
+nss_status _nss_fokrazo_getspent_r(spwd* result, char* buffer, size_t size, int* errnop) {
+  return fill(result, buffer, size, errnop,
+              [](CallerBuffer& texts) { return Enumeration<Shadows>::instance().next(texts); });
+}
+
+nss_status _nss_fokrazo_endspent() {
+  return run(&errno, [] { Enumeration<Shadows>::instance().end(); });
+}
+
+// Adds the user's groups, without `primary`, to the array once the daemon has returned all of them.
 nss_status _nss_fokrazo_initgroups_dyn(const char* user, gid_t primary, long* start, long* size,
                                        gid_t** groups, long limit, int* errnop) {
   return run(errnop, [&] {

@@ -68,7 +68,7 @@ template <class Question>
 Verdict ask(const std::string& user, Question question) {
   Verdict verdict = {vesk::VR_SYSTEM_ERROR, {}};
   verdict.answer = answer([&] {
-    if (user.empty() || ModuleSession::isReserved(user)) fail(vesk::VR_NOT_FOUND);
+    if (!vesk::isSafeAccountKey(user) || ModuleSession::isReserved(user)) fail(vesk::VR_NOT_FOUND);
     ModuleSession module;
     const vesk::User account = accountOf(module, user);
     verdict.result = module.with([&](vesk::LocalRpcSession& session) { return question(session, account); });

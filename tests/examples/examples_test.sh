@@ -21,9 +21,8 @@ for module in libnss_fokrazo.so.2:_nss_fokrazo_ pam_fokrazo.so:pam_sm_; do
   ! nm -D --defined-only "$place/examples/${module%:*}" | grep -v " T ${module#*:}" || fail "${module%:*} shows more than it should"
 done
 
-sed -i -E 's/^(passwd|group):.*/\1: files fokrazo/' /etc/nsswitch.conf
+sed -i -E 's/^(passwd|group|shadow):.*/\1: files fokrazo/' /etc/nsswitch.conf
 for task in auth account password; do echo "$task required $place/examples/pam_fokrazo.so"; done >/etc/pam.d/example
-echo 'lrpc.timeout: 1s' >/etc/velmora/velmora.conf
 export LD_LIBRARY_PATH=$lib:$place/examples PATH=$place/examples:$PATH LC_ALL=C.UTF-8
 
 # The words of the transcript beside the host's programs.

@@ -19,8 +19,8 @@
 #include <functional>
 #include <thread>
 
-#include "tests/support/standin_process.h"
 #include "tests/support/scratch_test.h"
+#include "tests/support/standin_process.h"
 
 namespace {
 
@@ -130,33 +130,40 @@ TEST(NssModule, AnEnumerationLosesNoEntryToASmallBuffer) {
   const std::vector<std::string> users = listAll<passwd>("pwent", kLarge),
                                  groups = listAll<group>("grent", kLarge);
   EXPECT_EQ(users.size(), 21u);  // one user of the sample has root's group and is left out
-  EXPECT_EQ(groups.size(), 5u);
+  EXPECT_EQ(groups.size(), 4u);  // the name of one group is not safe
   EXPECT_EQ(users.back(), "NOTFOUND ENOENT");
   EXPECT_EQ(listAll<passwd>("pwent", 0), users);
   EXPECT_EQ(listAll<group>("grent", 0), groups);
 }
 
-TEST(NssModule, AnEnumerationThatFailedStaysSo) {
-  for (const char* fault : {"drop@3", "stall@3"}) {
-    const StandinProcess daemon({"--socket", kSocket, "--fault", fault});
-    const std::vector<std::string> lines = listAll<passwd>("pwent", kLarge);
-    ASSERT_EQ(lines.size(), 3u) << fault;
-    EXPECT_EQ(lines[1], "TRYAGAIN EAGAIN") << fault;
-    EXPECT_EQ(lines[2], "TRYAGAIN EAGAIN") << fault;
-    EXPECT_EQ(listAll<passwd>("pwent", kLarge).back(), "NOTFOUND ENOENT") << fault;
-  }
+TEST(NssModule, AFailureEndsAnEnumerationForGood) {
+  const StandinProcess daemon({"--socket", kSocket, "--fault", "drop@3"});
+  const std::vector<std::string> lines = listAll<passwd>("pwent", kLarge);
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_EQ(lines[1], "TRYAGAIN EAGAIN");
+  EXPECT_EQ(lines[2], "TRYAGAIN EAGAIN");
+  EXPECT_EQ(listAll<passwd>("pwent", kLarge).back(), "NOTFOUND ENOENT");
 }
 
-TEST(NssModule, NamesOfAnyByteAreNames) {
-  const StandinProcess daemon(kAtTheSocket);
-  std::vector<std::string> names = {"",       "@#",  "*", "(uid=*)", "lquispe:", std::string(1 << 20, 'x'),
-                                    "../etc", "%s%n"};
-  for (int byte = 1; byte < 256; ++byte) names.push_back(std::string("lquispe") + static_cast<char>(byte));
-  for (const std::string& name : names) {
-    EXPECT_EQ(askFor(name.c_str()), "NOTFOUND ENOENT") << name.substr(0, 40);
-    EXPECT_EQ(askFor<group>("getgrnam_r", name.c_str()), "NOTFOUND ENOENT") << name.substr(0, 40);
+// In front of one account that can: the first count is what the module skips, the second one more.
+TEST(NssModule, AListingEndsThoughNoEntryCanAppearOnTheHost) {
+  const struct {
+    int unusable;
+    const char* first;
+  } rows[] = {{10000, "last:x::::50000:20002"}, {10001, "UNAVAIL EIO"}};
+  for (const auto& row : rows) {
+    const auto entry = [](const std::string& name, int uid) {
+      return "dn: CN=" + name + ",DC=example,DC=com\nobjectClass: user\nsAMAccountName: " + name +
+             "\nuidNumber: " + std::to_string(uid) + "\ngidNumber: 20002\n\n";
+    };
+    std::ofstream ldif("/var/velmora/unusable.ldif");
+    ldif << "version: 1\n\ndn: DC=example,DC=com\nobjectClass: domainDNS\n\n";
+    for (int i = 0; i < row.unusable; ++i) ldif << entry("two words " + std::to_string(i), 60000 + i);
+    ldif << entry("last", 50000);
+    ldif.close();
+    const StandinProcess daemon(kAtTheSocket, "/var/velmora/unusable.ldif");
+    EXPECT_EQ(listAll<passwd>("pwent", kLarge).front(), row.first) << row.unusable;
   }
-  EXPECT_EQ(askFor(kUser), kUserLine);
 }
 
 TEST(NssModule, EachMisbehaviourHasItsAnswer) {
@@ -164,10 +171,10 @@ TEST(NssModule, EachMisbehaviourHasItsAnswer) {
     const char* fault;
     const char* answer;
   } rows[] = {
-      {"stall", "TRYAGAIN EAGAIN"}, {"drop", "TRYAGAIN EAGAIN"},  {"lose", "TRYAGAIN EAGAIN"},
-      {"short", "TRYAGAIN EAGAIN"}, {"cut", "TRYAGAIN EAGAIN"},   {"garbage", "UNAVAIL EIO"},
-      {"empty", "UNAVAIL EIO"},     {"refuse", "UNAVAIL EACCES"}, {"trickle", kUserLine},
-      {"drop@1", kUserLine},        {"restart@1", kUserLine},
+      {"drop", "TRYAGAIN EAGAIN"},  {"lose", "TRYAGAIN EAGAIN"}, {"short", "TRYAGAIN EAGAIN"},
+      {"cut", "TRYAGAIN EAGAIN"},   {"garbage", "UNAVAIL EIO"},  {"empty", "UNAVAIL EIO"},
+      {"refuse", "UNAVAIL EACCES"}, {"trickle", kUserLine},      {"drop@1", kUserLine},
+      {"restart@1", kUserLine},
   };
   for (const auto& row : rows) {
     const StandinProcess daemon({"--socket", kSocket, "--fault", row.fault});
@@ -354,6 +361,5 @@ int main(int argc, char** argv) {
     fprintf(stderr, "usage: nss_module_test MODULE\n%s\n", argc == 2 ? dlerror() : "");
     return 2;
   }
-  std::ofstream("/etc/velmora/velmora.conf") << "lrpc.timeout: 1s\n";
   return RUN_ALL_TESTS();
 }
