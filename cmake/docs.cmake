@@ -1,11 +1,15 @@
-# The reference by Doxygen, where it is installed: target docs.
+# The reference, made by Doxygen where it is installed: target docs.
+include(public_headers)
 find_program(DOXYGEN_PROGRAM doxygen)
 if(NOT DOXYGEN_PROGRAM)
   return()
 endif()
 file(GLOB FOKRAZO_GUIDES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 list(TRANSFORM FOKRAZO_PUBLIC_HEADERS PREPEND ${PROJECT_SOURCE_DIR}/include/fokrazo/ OUTPUT_VARIABLE FOKRAZO_DOCUMENTED)
+# Quoted, because the path to this folder may have blanks.
+list(TRANSFORM FOKRAZO_DOCUMENTED REPLACE "(.+)" "\"\\1\"")
+list(TRANSFORM FOKRAZO_GUIDES REPLACE "(.+)" "\"\\1\"")
 list(JOIN FOKRAZO_DOCUMENTED " " FOKRAZO_DOCUMENTED)
 list(JOIN FOKRAZO_GUIDES " " FOKRAZO_GUIDES)
 configure_file(docs/Doxyfile.in ${PROJECT_BINARY_DIR}/Doxyfile @ONLY)
-add_custom_target(docs COMMAND ${DOXYGEN_PROGRAM} ${PROJECT_BINARY_DIR}/Doxyfile)
+add_custom_target(docs COMMAND ${DOXYGEN_PROGRAM} ${PROJECT_BINARY_DIR}/Doxyfile VERBATIM)

@@ -1,4 +1,6 @@
 find_package(GTest REQUIRED)
+add_executable(brondalt-standin ALIAS fokrazo_standin)
+add_library(standin_objects ALIAS fokrazo_standin_objects)
 
 # fokrazo_test(NAME [WORLD] [LABELS label...] SOURCES file...): one test program over the static objects.
 # WORLD runs it in the private world: its own /etc/velmora, /var and /dev/log, and root's view.

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs everything into an empty folder and uses it as a stranger would: each header alone, the README's example by
-# pkg-config, run against the stand-in, and the tool. (examples_test.sh goes by CMake's find_package.)
+# Installs everything into an empty folder and uses it as a stranger would: each header alone and beside headers of the
+# same names, the README's example with pkg-config against the stand-in, and the tool. (examples_test.sh uses CMake's
+# find_package.)
 # usage: installed_package_test.sh SOURCE_DIR BUILD_DIR CXX
 set -euo pipefail
 source_dir=$1 build_dir=$2 cxx=$3
@@ -8,7 +9,9 @@ source_dir=$1 build_dir=$2 cxx=$3
 source "$(dirname "$0")/common.sh"
 install_package "$build_dir"
 
-[ "$(readlink "$lib/fokrazo.so")" = fokrazo.so.0 ] || fail "fokrazo.so does not lead to fokrazo.so.0"
+for link in fokrazo.so:fokrazo.so.0 libfokrazo.so:fokrazo.so libfokrazo.so.0:fokrazo.so.0; do
+  [ "$(readlink "$lib/${link%:*}")" = "${link#*:}" ] || fail "${link%:*} does not lead to ${link#*:}"
+done
 readelf -d "$lib/fokrazo.so.0" | grep 'SONAME.*\[fokrazo.so.0\]' >/dev/null || fail "SONAME"
 
 include=$place/root/include
@@ -18,6 +21,16 @@ while read -r header; do
   echo "#include <$header>" >"$place/alone.cpp"
   "$cxx" -std=c++17 -Wall -Wextra -Werror -fsyntax-only "-I$include" "$place/alone.cpp" || fail "$header alone"
 done <"$place/headers"
+
+# A program with a header of its own for each name that the library uses, whichever include path comes first.
+mkdir "$place/own"
+sed 's/.*/& "the wrong header"/; s/^fokrazo\///' "$place/headers" | while read -r name error; do
+  echo "#error $error" >"$place/own/$name"
+done
+for order in "-I$place/own -I$include" "-I$include -I$place/own" "-I$place/own -I$include -I$include/fokrazo"; do
+  # shellcheck disable=SC2086
+  echo '#include <fokrazo/fokrazo.h>' | "$cxx" -std=c++17 -fsyntax-only $order -x c++ - || fail "with $order"
+done
 
 readme_example "$source_dir" >"$place/ten.cpp"
 # shellcheck disable=SC2046
