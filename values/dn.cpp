@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bitset>
-#include <cctype>
 #include <string_view>
 #include <vector>
 
@@ -11,6 +10,7 @@
 #include <fokrazo/sid.h>
 #include <fokrazo/strutil.h>
 #include "util/error/throw.h"
+#include "util/text/ascii.h"
 #include "util/text/ends_escaped.h"
 #include "util/text/hex_digits.h"
 
@@ -201,7 +201,7 @@ std::string DN::escape(const std::string& text, const std::string& backslashed, 
     if (backslashSet.has(byte)) {
       result += '\\';
       result += static_cast<char>(byte);
-    } else if ((checkPrintable && !isprint(byte)) || hexSet.has(byte)) {
+    } else if ((checkPrintable && !isAsciiPrintable(static_cast<char>(byte))) || hexSet.has(byte)) {
       char escaped[3];
       putEscapedHex(escaped, byte, kUpperDigits);
       result.append(escaped, sizeof escaped);

@@ -2,8 +2,7 @@
 /// use.
 #pragma once
 
-#include <strings.h>
-
+#include <algorithm>
 #include <functional>
 #include <iosfwd>
 #include <list>
@@ -16,16 +15,19 @@
 #include <fokrazo/export.h>
 #include <fokrazo/mutex.h>
 #include <fokrazo/property_syntax.h>
+#include <fokrazo/strutil.h>
 
 namespace vesk {
 
 class Logger;
 
-/// Order of property keys: case does not count, as strcasecmp sees it in the locale of the program.
+/// Order of property keys: by bytes, with ASCII letters in lower case, whatever the locale.
 struct StringCaseLessThan {
   /// Whether `a` stands before `b`.
   bool operator()(const std::string& a, const std::string& b) const {
-    return strcasecmp(a.c_str(), b.c_str()) < 0;
+    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+      return static_cast<unsigned char>(asciiLower(x)) < static_cast<unsigned char>(asciiLower(y));
+    });
   }
 };
 

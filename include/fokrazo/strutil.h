@@ -37,7 +37,14 @@ FOKRAZO_API unsigned int atoui(const char* text);
 
 // Case and white space.
 
-/// ASCII letters in the other case, whatever the locale; all other bytes as they are.
+namespace vesk {
+/// The character, in lower case if it is an ASCII letter, whatever the locale.
+constexpr char asciiLower(char c) {
+  return static_cast<char>('A' <= c && c <= 'Z' ? c + ('a' - 'A') : c);
+}
+}  // namespace vesk
+
+/// The text with its ASCII letters in that case, whatever the locale. All other bytes stay as they are.
 FOKRAZO_API std::string lower(const std::string& text);
 FOKRAZO_API std::string upper(const std::string& text);
 /// 16-bit text, unit by unit.

@@ -9,6 +9,11 @@
 #include <fokrazo/guid.h>
 #include <fokrazo/sid.h>
 
+// As in a locale of ISO 8859-1.
+extern "C" int isprint(int c) noexcept {
+  return (' ' <= c && c <= '~') || c >= 0xa0;
+}
+
 namespace {
 
 using namespace vesk;

@@ -186,6 +186,11 @@ MessageText MessageText::format(const char* format, ...) {
   return message;
 }
 
+void throwCallFailed(const char* source, int line, int rc, int error) {
+  throw SystemException(source, line, MessageText::withSystemText(error, "OS call failed").c_str(),
+                        "vesk::SystemException", rc);
+}
+
 Base_Exception::Base_Exception(const char* file, int line, const char* what, const char* className, int rc)
     : VESKException(what, className, rc) {
   if (strcmp(className, "EndOfFileException") == 0) return;

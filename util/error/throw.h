@@ -41,6 +41,9 @@ class MessageText {
   char m_text[kSize] = {};
 };
 
+/// Throws SystemException "OS call failed: " and the system's text for `error`.
+[[noreturn]] void throwCallFailed(const char* source, int line, int rc, int error);
+
 }  // namespace vesk
 
 #define FOKRAZO_THROW(Class, className, rc, ...) \
@@ -48,3 +51,4 @@ class MessageText {
 #define FOKRAZO_THROW_ERRNO(Class, className, rc, error, ...)                                                \
   throw Class(kSource, __LINE__, ::vesk::MessageText::withSystemText(error, __VA_ARGS__).c_str(), className, \
               rc)
+#define FOKRAZO_THROW_CALL_FAILED(rc, error) ::vesk::throwCallFailed(kSource, __LINE__, rc, error)

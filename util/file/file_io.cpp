@@ -1,10 +1,13 @@
 #include "util/file/file_io.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
+#include <memory>
 
 #include "util/error/throw.h"
 
@@ -12,21 +15,22 @@ namespace vesk {
 namespace {
 
 constexpr char kSource[] = "util/file_util";
+constexpr size_t kBlockSize = 16 * 1024;
 
 bool isFileOf(const struct stat& named, int fd) {
   struct stat opened;
   return ::fstat(fd, &opened) == 0 && FileId(named) == FileId(opened);
 }
 
+// Room for a small file and for the read that meets its end. What a file claims to hold is not believed
+// further.
+size_t firstBlock(int fd) {
+  struct stat info;
+  const bool isKnown = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
+  return isKnown && info.st_size < static_cast<off_t>(kBlockSize) ? info.st_size + 1 : kBlockSize;
+}
+
 }  // namespace
-
-UniqueFd openUnfollowed(const std::string& path) {
-  return UniqueFd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-}
-
-bool isNeverRegular(int error) {
-  return error == ELOOP || error == ENXIO || error == ENODEV;
-}
 
 ssize_t readSome(int fd, char* buffer, size_t size) {
   ssize_t got;
@@ -37,26 +41,47 @@ ssize_t readSome(int fd, char* buffer, size_t size) {
 }
 
 bool readAll(int fd, std::string& content, size_t limit) {
-  char block[16 * 1024];
-  ssize_t got;
-  while ((got = readSome(fd, block, sizeof block)) > 0) {
-    content.append(block, got);
+  // Into the string itself: callers may be on a small stack.
+  for (size_t block = firstBlock(fd);; block = kBlockSize) {
+    const size_t size = content.size();
+    content.resize(size + block);
+    const ssize_t got = readSome(fd, &content[size], block);
+    content.resize(size + (got > 0 ? got : 0));
+    if (got <= 0) return got == 0;
     if (content.size() <= limit) continue;
     errno = EFBIG;
     return false;
   }
-  return got == 0;
 }
 
-bool writeAll(int fd, const char* data, size_t size) {
-  while (size > 0) {
-    const ssize_t written = ::write(fd, data, size);
+bool readWholeFile(const std::string& path, unsigned options, std::string& content, size_t limit) {
+  const UniqueFd fd = openFile(path, options | Open::Regular);
+  return fd && readAll(fd.get(), content, limit);
+}
+
+bool writeAll(int fd, const std::string& content) {
+  for (size_t done = 0; done < content.size();) {
+    const ssize_t written = ::write(fd, content.data() + done, content.size() - done);
     if (written < 0 && errno == EINTR) continue;
     if (written <= 0) return false;
-    data += written;
-    size -= written;
+    done += written;
   }
   return true;
+}
+
+bool listDirectory(const UniqueFd& directory, std::vector<std::string>& names) {
+  UniqueFd copy(::fcntl(directory.get(), F_DUPFD_CLOEXEC, 0));
+  const std::unique_ptr<DIR, int (*)(DIR*)> handle(copy ? ::fdopendir(copy.get()) : nullptr, ::closedir);
+  if (!handle) return false;
+  copy.release();
+  while (const dirent* entry = (errno = 0, ::readdir(handle.get())))
+    if (strcmp(entry->d_name, ".") != 0 && strcmp(entry->d_name, "..") != 0) names.push_back(entry->d_name);
+  return errno == 0;
+}
+
+bool isSameFile(int fd, int other) {
+  struct stat info;
+  return ::fstat(fd, &info) == 0 && isFileOf(info, other);
 }
 
 bool isNameOf(const std::string& name, int fd) {
@@ -69,17 +94,12 @@ bool leadsTo(const std::string& path, int fd) {
   return ::stat(path.c_str(), &named) == 0 && isFileOf(named, fd);
 }
 
-void throwCallFailed(int error) {
-  FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", error, error, "OS call failed");
-}
-
-void throwFileFailure(int error, const char* literal, const std::string& path) {
-  constexpr char kSource[] = "util/setting";
-  FOKRAZO_THROW_ERRNO(IOException, "IOException", error, error, literal, path.c_str());
-}
-
 bool tryLock(int fd) {
   return ::flock(fd, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+void throwCallFailed(int error) {
+  FOKRAZO_THROW_CALL_FAILED(error, error);
 }
 
 }  // namespace vesk

@@ -1,4 +1,4 @@
-/// Steps of file work that several rooms take. Internal. What fails leaves its reason in errno.
+/// Reading, writing, comparing and locking open files. Internal. What fails leaves its reason in errno.
 #pragma once
 
 #include <sys/stat.h>
@@ -6,26 +6,33 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
+#include "util/file/open_file.h"
 #include "util/file/unique_fd.h"
 
 namespace vesk {
 
-/// Opens for reading what somebody else may have put there: a link is not followed (ELOOP), and a pipe
-/// without a writer is not waited for. Whether it is a regular file is the caller's to ask.
-UniqueFd openUnfollowed(const std::string& path);
-/// Whether openUnfollowed failed with an error that no regular file gives: a link, a socket, a device without
-/// a driver.
-bool isNeverRegular(int error);
+/// The bits of a file's mode that say who may read, write and execute.
+constexpr mode_t kPermissionBits = 0777;
 
-/// Reads on until there is a byte. -1, or 0 at the end.
+/// How long a process waits for another one's lock on a file: a second, in so many attempts.
+constexpr int kLockAttempts = 100;
+constexpr long kLockPauseMilliseconds = 10;
+
+/// Reads until there is at least a byte. Returns the number of bytes, 0 at the end, -1 on failure.
 ssize_t readSome(int fd, char* buffer, size_t size);
-/// Appends all that is still to be read. False if reading fails, or the content grows beyond `limit` (EFBIG).
+/// Appends the rest of the file. False if reading fails, or if `content` grows beyond `limit` (EFBIG).
 bool readAll(int fd, std::string& content, size_t limit = std::string::npos);
+/// Opens a file with Open::Regular and these options, and appends all of it, as readAll.
+bool readWholeFile(const std::string& path, unsigned options, std::string& content, size_t limit);
 /// False if not all could be written.
-bool writeAll(int fd, const char* data, size_t size);
+bool writeAll(int fd, const std::string& content);
 
-/// Which file it is, whatever names it has. None at first.
+/// Appends the names of a directory's entries without "." and "..", in the system's order. False on failure.
+bool listDirectory(const UniqueFd& directory, std::vector<std::string>& names);
+
+/// Identifies a file whatever names it has. A default one identifies none.
 struct FileId {
   FileId() = default;
   explicit FileId(const struct stat& info) : device(info.st_dev), inode(info.st_ino) {}
@@ -36,19 +43,19 @@ struct FileId {
   ino_t inode = 0;
 };
 
-/// Whether the name, not followed if it is a link, stands for the open file: it may have been given to
-/// another one meanwhile, or to none.
+/// Whether both descriptors are of one file.
+bool isSameFile(int fd, int other);
+/// Whether the name is still one of the open file. It is not if it is a symbolic link, or belongs to another
+/// file by now, or is gone.
 bool isNameOf(const std::string& name, int fd);
-/// The same where links are followed.
+/// Whether the path, its symbolic links followed, leads to the open file.
 bool leadsTo(const std::string& path, int fd);
 
-/// Throws SystemException "OS call failed: " and the system's text.
-[[noreturn]] void throwCallFailed(int error);
-/// Throws IOException with the system's text; the literal takes the path.
-[[noreturn]] void throwFileFailure(int error, const char* literal, const std::string& path);
-
-/// Takes the lock of an open file, which ends with the descriptor and with the process. False if somebody
-/// else holds it; never waits. A file system without such locks has to do without.
+/// Takes the lock of an open file, which ends with the descriptor and with the process. False if another
+/// process holds it; never waits. True, without a lock, where the file system has none.
 bool tryLock(int fd);
+
+/// Throws SystemException "OS call failed: " and the system's text, with `error` as its code.
+[[noreturn]] void throwCallFailed(int error);
 
 }  // namespace vesk

@@ -17,11 +17,12 @@
 #include <fokrazo/selinux_context.h>
 #include "util/error/throw.h"
 #include "util/file/file_io.h"
-#include "util/file/unique_fd.h"
 
 using vesk::BadDataException;
-using vesk::FileId;
 using vesk::IOException;
+using vesk::kPermissionBits;
+using vesk::Open;
+using vesk::openFile;
 using vesk::SystemException;
 using vesk::throwCallFailed;
 using vesk::UniqueFd;
@@ -30,13 +31,13 @@ namespace {
 
 constexpr char kSource[] = "util/file_util";
 constexpr char kLogger[] = "util.file";
-constexpr int kPermissionBits = 0x1ff;
 constexpr int kMaxLinks = 100;
 constexpr size_t kBlockSize = 16 * 1024;
+constexpr mode_t kNewFileMode = 0666;  // as far as the umask lets it
 
-// The temporary files answer with the code -1.
+// The functions that make temporary files fail with the code -1.
 [[noreturn]] void throwNoTempFile(int error) {
-  FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", -1, error, "OS call failed");
+  FOKRAZO_THROW_CALL_FAILED(-1, error);
 }
 
 struct stat statOf(const char* path) {
@@ -61,7 +62,7 @@ void finishTempFile(UniqueFd& fd, const char* name, unsigned mode, const Owner* 
 }
 
 int openTempFile(char* templ, int mode, const Owner* owner, std::ofstream& out) {
-  UniqueFd fd(::mkstemp(templ));
+  UniqueFd fd = vesk::openTemporaryFile(templ);
   if (!fd) throwNoTempFile(errno);
   finishTempFile(fd, templ, mode, owner);
   // The stream takes the file by its name, which nobody else can replace in a directory with the sticky bit.
@@ -81,23 +82,17 @@ bool noPath(std::string& out) {
 
 // Puts what the link points at in its place. False if that cannot be read.
 bool followLink(std::string& path) {
-  char buffer[PATH_MAX];
-  const ssize_t length = ::readlink(path.c_str(), buffer, sizeof buffer - 1);
+  std::string target(PATH_MAX - 1, '\0');
+  const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
   if (length < 1) {
     VESK_LOG_TO(kLogger, Debug, "Failed to read the symlink path '%s' (errno=%d)", path.c_str(), errno);
     return false;
   }
-  const std::string target(buffer, length);
+  target.resize(length);
   VESK_LOG_TO(kLogger, Trace, "Value for symlink '%s' is '%s'", path.c_str(), target.c_str());
   path.erase(target[0] == '/' ? 0 : path.rfind('/') + 1);
   path += target;
   return true;
-}
-
-bool isSameFile(const UniqueFd& a, const UniqueFd& b) {
-  struct stat first;
-  struct stat second;
-  return ::fstat(a.get(), &first) == 0 && ::fstat(b.get(), &second) == 0 && FileId(first) == FileId(second);
 }
 
 void removeLink(const std::string& path) {
@@ -116,7 +111,7 @@ class Pattern {
   explicit Pattern(const std::string& text) {
     const int error = ::regcomp(&m_compiled, text.c_str(), REG_EXTENDED);
     if (error == 0) return;
-    char message[4096];
+    char message[512];  // more would not fit into an exception
     ::regerror(error, &m_compiled, message, sizeof message);
     FOKRAZO_THROW(BadDataException, "BadDataException", error, "CopyFiles: Error compiling pattern: %s",
                   message);
@@ -175,10 +170,10 @@ int GetPerms(const std::string& path) {
 
 int mkstemp(std::string& templ) {
   std::string name = templ;
-  const int fd = ::mkstemp(name.data());
-  if (fd >= 0) {
+  UniqueFd fd = vesk::openTemporaryFile(name.data());
+  if (fd) {
     templ = name;
-    return fd;
+    return fd.release();
   }
   const int error = errno;
   ::unlink(templ.c_str());
@@ -240,31 +235,34 @@ int GetFreeSpaceSize(const std::string& path, unsigned long long& kilobytes) {
 }
 
 std::string ReadFile(const std::string& path, int* mode) {
-  const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  if (!fd) throwCallFailed(errno);
+  const UniqueFd fd = openFile(path);
   std::string content;
-  if (!vesk::readAll(fd.get(), content)) throwCallFailed(errno);
-  if (mode) *mode = GetPerms(path);
+  struct stat info;
+  if (!fd || !vesk::readAll(fd.get(), content)) throwCallFailed(errno);
+  if (mode && ::fstat(fd.get(), &info) != 0) throwCallFailed(errno);
+  if (mode) *mode = info.st_mode & kPermissionBits;
   return content;
 }
 
 void WriteFile(const std::string& path, const std::string& content, int* mode) {
-  UniqueFd fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666));
-  if (!fd || !vesk::writeAll(fd.get(), content.data(), content.size()) || fd.close() != 0)
-    throwCallFailed(errno);
-  if (mode && ::chmod(path.c_str(), *mode) != 0) throwCallFailed(errno);
+  UniqueFd fd = openFile(path, Open::Write | Open::Create | Open::Truncate, kNewFileMode);
+  if (!fd || !vesk::writeAll(fd.get(), content)) throwCallFailed(errno);
+  if (mode && ::fchmod(fd.get(), *mode) != 0) throwCallFailed(errno);
+  if (fd.close() != 0) throwCallFailed(errno);
 }
 
 void CopyFile(const std::string& from, const std::string& to) {
   removeLink(to);
-  const UniqueFd source(::open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  const UniqueFd source = openFile(from);
   if (!source) return;
-  const UniqueFd target(::open(to.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
-  if (!target || isSameFile(source, target) || ::ftruncate(target.get(), 0) != 0) return;
-  char block[kBlockSize];
-  ssize_t got;
-  while ((got = vesk::readSome(source.get(), block, sizeof block)) > 0)
-    if (!vesk::writeAll(target.get(), block, got)) return;
+  const UniqueFd target = openFile(to, Open::Write | Open::Create | Open::Unfollowed, kNewFileMode);
+  if (!target || vesk::isSameFile(source.get(), target.get()) || ::ftruncate(target.get(), 0) != 0) return;
+  std::string block(kBlockSize, '\0');
+  for (ssize_t got; (got = vesk::readSome(source.get(), block.data(), kBlockSize)) > 0;) {
+    block.resize(got);
+    if (!vesk::writeAll(target.get(), block)) return;
+    block.resize(kBlockSize);
+  }
 }
 
 int CopyFiles(const std::string& fromDir, const std::string& toDir, const std::string& pattern) {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "util/error/throw.h"
+#include "util/file/open_file.h"
 #include "util/file/path_location.h"
 #include "util/file/tree_remover.h"
 
@@ -240,7 +241,7 @@ directory_iterator::directory_iterator(const Path& path) : m_directory(path) {
   if (!Path::exists(path))
     FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "%s: No such directory", textOf(path).c_str());
   UniqueFd fd(callAt(path, [](int directory, const char* name) {
-    return ::openat(directory, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    return openFileAt(directory, name, Open::Directory).release();
   }));
   m_handle.reset(fd ? ::fdopendir(fd.get()) : nullptr);
   if (!m_handle)

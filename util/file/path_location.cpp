@@ -6,6 +6,7 @@
 #include <climits>
 
 #include "util/error/throw.h"
+#include "util/file/open_file.h"
 
 namespace vesk {
 namespace {
@@ -26,12 +27,12 @@ int PathLocation::directory() const {
 }
 
 void PathLocation::openParent(const Path& path) {
-  constexpr int kFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+  constexpr unsigned kOptions = Open::Location | Open::Directory;
   Path::const_iterator last = path.end();
   if (path.leaf().empty()) --last;
-  m_directory = UniqueFd(::open(path.isRoot() ? "/" : ".", kFlags));
+  m_directory = openFile(path.isRoot() ? "/" : ".", kOptions);
   for (auto name = path.begin(); m_directory && name != last; ++name)
-    m_directory = UniqueFd(::openat(m_directory.get(), name->c_str(), kFlags));
+    m_directory = openFileAt(m_directory.get(), name->c_str(), kOptions);
   if (!m_directory) m_error = errno;
   m_name = path.leaf().empty() ? *last : path.leaf();
 }

@@ -1,50 +1,92 @@
 #include "util/file/replacement_file.h"
 
-#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 
+#include <fokrazo/file_util.h>
+#include <fokrazo/fixed_paths.h>
 #include "util/file/file_io.h"
+#include "util/thread/pause.h"
 
 namespace vesk {
 namespace {
 
-constexpr char kCannotOpen[] = "Cannot open file %s";
+constexpr char kSharedSuffix[] = ".new";
+constexpr char kUniqueSuffix[] = ".XXXXXX";  // behind paths::kKSetTemporary
+constexpr mode_t kSharedMode = 0644;
 
 }  // namespace
 
-// Until the new file is locked, another process may take it for a killed writer's: then it is given up.
-ReplacementFile::ReplacementFile(const std::string& path) : m_path(path) {
-  constexpr int kAttempts = 100;
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    m_name = path + paths::kKSetTemporary + ".XXXXXX";
-    m_fd = UniqueFd(::mkostemp(m_name.data(), O_CLOEXEC));
-    if (!m_fd) throwFileFailure(errno, kCannotOpen, m_name);
-    if (tryLock(m_fd.get()) && isNameOf(m_name, m_fd.get())) return;
-    ::unlink(m_name.c_str());
-  }
-  throwFileFailure(EWOULDBLOCK, kCannotOpen, m_name);
-}
+ReplacementFile::ReplacementFile(std::string path) : m_path(std::move(path)) {}
 
 ReplacementFile::~ReplacementFile() {
-  if (!m_committed) ::unlink(m_name.c_str());
+  if (m_fd) ::unlink(m_name.c_str());
 }
 
-void ReplacementFile::commit() {
-  if (::fsync(m_fd.get()) != 0) throwFileFailure(errno, "Cannot write file %s", m_name);
-  if (::rename(m_name.c_str(), m_path.c_str()) != 0)
-    throwFileFailure(errno, "Cannot rename file to %s", m_path);
-  m_committed = true;
-  m_fd.close();
+bool ReplacementFile::openUnique() {
+  for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
+    m_name = m_path + paths::kKSetTemporary + kUniqueSuffix;
+    UniqueFd fd = openTemporaryFile(m_name.data());
+    if (!fd) return false;
+    if (tryLock(fd.get()) && isNameOf(m_name, fd.get())) {
+      m_fd = std::move(fd);
+      return true;
+    }
+    // Before it was locked, another process took it for a killed writer's.
+    ::unlink(m_name.c_str());
+  }
+  errno = EWOULDBLOCK;
+  return false;
 }
 
-// What cannot be opened for want of rights or descriptors may be a live writer's. unlink leaves directories
-// alone, and the files of others may stay.
+bool ReplacementFile::openShared() {
+  m_name = m_path + kSharedSuffix;
+  for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
+    UniqueFd fd = openFile(m_name, Open::Write | Open::Create | Open::Unfollowed, kSharedMode);
+    if (!fd) return false;
+    if (!tryLock(fd.get())) {
+      pause::forMilliseconds(kLockPauseMilliseconds);
+    } else if (isNameOf(m_name, fd.get())) {  // the writer before may have renamed or removed it
+      m_fd = std::move(fd);
+      return true;
+    }
+  }
+  errno = EWOULDBLOCK;
+  return false;
+}
+
+bool ReplacementFile::write(const std::string& content, mode_t mode) {
+  // What a killed writer left in the shared file may be longer.
+  return ::ftruncate(m_fd.get(), 0) == 0 && writeAll(m_fd.get(), content) && ::fchmod(m_fd.get(), mode) == 0;
+}
+
+bool ReplacementFile::sync() {
+  return ::fsync(m_fd.get()) == 0;
+}
+
+bool ReplacementFile::replace() {
+  return finish(::rename(m_name.c_str(), m_path.c_str()) == 0);
+}
+
+bool ReplacementFile::replaceAndLabel() {
+  return finish(::renameFile(m_name, m_path) == 0);
+}
+
+bool ReplacementFile::finish(bool renamed) {
+  if (renamed) m_fd.close();
+  return renamed;
+}
+
+bool ReplacementFile::isTemporary(const std::string& path) {
+  return path.find(paths::kKSetTemporary, path.rfind('/') + 1) != std::string::npos;
+}
+
 void ReplacementFile::removeLeftover(const std::string& path) {
-  const UniqueFd fd = openUnfollowed(path);
+  const UniqueFd fd = openFile(path, Open::Unfollowed);
+  // If it cannot be opened for lack of rights or descriptors, its writer may be alive.
   if (fd ? tryLock(fd.get()) : isNeverRegular(errno)) ::unlink(path.c_str());
 }
 

@@ -1,46 +1,58 @@
-/// A file that comes into being whole. Internal.
+/// Replacing a file as a whole. Internal.
 #pragma once
+
+#include <sys/types.h>
 
 #include <string>
 
-#include <fokrazo/fixed_paths.h>
 #include "util/file/unique_fd.h"
 
 namespace vesk {
 
-/// A temporary file beside a path. commit() puts it in the path's place in one step, whatever stands there: a
-/// link is replaced, not followed. An object that goes without that removes the temporary file. What a killed
-/// process leaves is known by paths::kKSetTemporary, and is nobody's: a live object holds the lock of its
-/// file.
+/// The next content of a file, in a temporary file beside it that takes the file's place by rename. A reader
+/// sees the old content or the new one, whole, also if the writer is killed or the machine crashes. Whatever
+/// stands in the file's place is replaced: a symbolic link is not followed.
+///
+/// A live object holds the lock of its temporary file, so that other processes can tell it from one that a
+/// killed writer left. What fails returns false with the reason in errno, and the file is as it was.
 class ReplacementFile {
  public:
-  /// Makes the temporary file, readable by its owner alone.
-  /// @throws IOException "Cannot open file …"
-  explicit ReplacementFile(const std::string& path);
+  explicit ReplacementFile(std::string path);
+  /// Removes the temporary file unless it took the file's place.
   ~ReplacementFile();
   ReplacementFile(const ReplacementFile&) = delete;
   ReplacementFile& operator=(const ReplacementFile&) = delete;
 
-  /// Name of the temporary file.
+  /// Makes a temporary file with a name of its own, closed to other users. isTemporary recognises the name.
+  bool openUnique();
+  /// Opens the temporary file that all writers of the path share (path + ".new"). Waits a second for another
+  /// writer (EWOULDBLOCK).
+  bool openShared();
+
+  /// The name of the temporary file, or what it was to be if it could not be opened.
   const std::string& name() const { return m_name; }
   int fd() const { return m_fd.get(); }
 
-  /// Brings the content to the disk, so that a crash of the machine leaves no empty file, and renames.
-  /// @throws IOException "Cannot write file …", "Cannot rename file to …"
-  void commit();
+  /// Makes this the whole content of the temporary file, and sets its mode.
+  bool write(const std::string& content, mode_t mode);
+  /// Brings what was written to the disk.
+  bool sync();
+  /// Takes the file's place.
+  bool replace();
+  /// As replace, and gives the file the security label that its path demands; see renameFile.
+  bool replaceAndLabel();
 
-  /// Whether a path is that of a temporary file. The names of the directories above do not count.
-  static bool isTemporary(const std::string& path) {
-    return path.find(paths::kKSetTemporary, path.rfind('/') + 1) != std::string::npos;
-  }
-  /// Removes a temporary file unless its writer is or may be alive. No failure counts.
+  /// Whether a path is one of openUnique's. Only its last component counts.
+  static bool isTemporary(const std::string& path);
+  /// Removes such a temporary file unless its writer is alive, or may be. Failures are ignored.
   static void removeLeftover(const std::string& path);
 
  private:
-  std::string m_path;
+  bool finish(bool renamed);
+
+  const std::string m_path;
   std::string m_name;
   UniqueFd m_fd;
-  bool m_committed = false;
 };
 
 }  // namespace vesk

@@ -1,12 +1,11 @@
 #include <fokrazo/secure_open.h>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 
 #include "util/file/file_io.h"
-#include "util/file/unique_fd.h"
+#include "util/file/open_file.h"
 
 namespace {
 
@@ -21,7 +20,7 @@ int statusOfError(int error) {
   }
 }
 
-// The order is that in which an administrator is told of the faults.
+// The order is that in which an administrator hears of the faults.
 int checkFile(const struct stat& info) {
   if (S_ISLNK(info.st_mode)) return SECURE_OPEN_SYMLINK;
   if (info.st_nlink > 1) return SECURE_OPEN_HARDLINKED;
@@ -30,34 +29,35 @@ int checkFile(const struct stat& info) {
   return S_ISREG(info.st_mode) ? SECURE_OPEN_OK : SECURE_OPEN_FAILED;
 }
 
-FILE* openStream(const char* path, const struct stat& expected, int* status) {
-  vesk::UniqueFd fd(::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  if (!fd) {
-    *status = statusOfError(errno);
-    return nullptr;
-  }
-  struct stat opened;
-  *status = SECURE_OPEN_FAILED;
-  if (::fstat(fd.get(), &opened) != 0) return nullptr;
-  if (vesk::FileId(opened) != vesk::FileId(expected)) return nullptr;
-  FILE* stream = ::fdopen(fd.get(), "r");
-  if (!stream) return nullptr;
-  fd.release();
-  *status = SECURE_OPEN_OK;
-  return stream;
-}
-
 }  // namespace
 
+vesk::UniqueFd vesk::openSecureFile(const char* path, int* status) {
+  struct stat checked;
+  *status = ::lstat(path, &checked) != 0 ? statusOfError(errno) : checkFile(checked);
+  if (*status != SECURE_OPEN_OK) return UniqueFd();
+  UniqueFd fd = openFile(path, Open::Unfollowed | Open::Regular);
+  struct stat opened;
+  if (!fd)
+    *status = statusOfError(errno);
+  else if (::fstat(fd.get(), &opened) != 0 || FileId(opened) != FileId(checked))
+    *status = SECURE_OPEN_FAILED;
+  return *status == SECURE_OPEN_OK ? std::move(fd) : UniqueFd();
+}
+
 FILE* SecureOpenForReading(const char* path, int* status) {
-  struct stat info;
-  *status = ::lstat(path, &info) != 0 ? statusOfError(errno) : checkFile(info);
-  return *status == SECURE_OPEN_OK ? openStream(path, info, status) : nullptr;
+  vesk::UniqueFd fd = vesk::openSecureFile(path, status);
+  FILE* const stream = fd ? ::fdopen(fd.get(), "r") : nullptr;
+  if (stream)
+    fd.release();
+  else if (fd)
+    *status = SECURE_OPEN_FAILED;
+  return stream;
 }
 
 FILE* OpenForReading(const char* path, int* status, int secure) {
   if (secure) return SecureOpenForReading(path, status);
-  FILE* stream = ::fopen(path, "re");
+  // Any file will do, so this may also be a FIFO whose writer has still to come.
+  FILE* const stream = ::fopen(path, "re");
   *status = stream ? SECURE_OPEN_OK : statusOfError(errno);
   return stream;
 }

@@ -1,7 +1,6 @@
 #include <fokrazo/selinux_context.h>
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -12,7 +11,7 @@
 #include <fokrazo/log.h>
 #include <fokrazo/mutex.h>
 #include "util/error/throw.h"
-#include "util/file/unique_fd.h"
+#include "util/file/open_file.h"
 #include "util/hook/hooks.h"
 #include "util/thread/fork_locks.h"
 
@@ -86,7 +85,7 @@ void setType(SELinuxModule& module, const std::string& path, int fd, const char*
 
 void adjustType(const std::string& path, const char* type) {
   SELinuxModule& module = SELinuxModule::Instance();
-  const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  const UniqueFd fd = vesk::openFile(path);
   if (!fd) throwFailed(errno, "Open %s failed. Skip SELinux check.", path);
   struct stat info;
   if (::fstat(fd.get(), &info) != 0)

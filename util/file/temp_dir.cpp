@@ -8,8 +8,11 @@
 #include <fokrazo/file_util.h>
 #include <fokrazo/fixed_paths.h>
 #include <fokrazo/path.h>
-#include "util/file/unique_fd.h"
+#include "util/file/open_file.h"
 
+using vesk::Open;
+using vesk::openFile;
+using vesk::openFileAt;
 using vesk::Path;
 using vesk::UniqueFd;
 
@@ -42,7 +45,7 @@ bool makeWayForDirectory(const UniqueFd& parent, const char* name) {
 // is set afterwards rather than by a umask of 0, which other threads would share. None with errno.
 UniqueFd openSafeDirectory(const UniqueFd& parent, const char* name) {
   if (!makeWayForDirectory(parent, name)) return UniqueFd();
-  UniqueFd directory(::openat(parent.get(), name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  UniqueFd directory = openFileAt(parent.get(), name, Open::Directory | Open::Unfollowed);
   struct stat info;
   if (!directory || ::fstat(directory.get(), &info) != 0) return UniqueFd();
   if ((info.st_mode & kModeBits) != kMode && ::fchmod(directory.get(), kMode) != 0) return UniqueFd();
@@ -56,7 +59,7 @@ bool makeRootTempDir() {
   UniqueFd directory;
   for (const std::string& name : prefixes) {
     if (&name == &prefixes.front())
-      directory = UniqueFd(::open(("/" + name).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+      directory = openFile("/" + name, Open::Location | Open::Directory);
     else
       directory = openSafeDirectory(directory, name.c_str());
     if (!directory) return false;

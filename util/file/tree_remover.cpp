@@ -1,13 +1,10 @@
 #include "util/file/tree_remover.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
-#include <memory>
 
 #include "util/error/throw.h"
 
@@ -17,19 +14,15 @@ namespace {
 constexpr char kSource[] = "util/path";
 
 UniqueFd openForListing(int directory, const char* name, const std::string& text) {
-  UniqueFd fd(::openat(directory, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  UniqueFd fd = openFileAt(directory, name, Open::Directory | Open::Unfollowed);
   if (!fd) FOKRAZO_THROW(SystemException, "SystemException", errno, "%s: Failed to open", text.c_str());
   return fd;
 }
 
 std::vector<std::string> entriesOf(const UniqueFd& directory, const std::string& text) {
-  UniqueFd copy(::fcntl(directory.get(), F_DUPFD_CLOEXEC, 0));
-  std::unique_ptr<DIR, int (*)(DIR*)> handle(copy ? ::fdopendir(copy.get()) : nullptr, ::closedir);
-  if (!handle) FOKRAZO_THROW(SystemException, "SystemException", errno, "%s: Failed to open", text.c_str());
-  copy.release();
   std::vector<std::string> names;
-  while (const dirent* entry = ::readdir(handle.get()))
-    if (strcmp(entry->d_name, ".") != 0 && strcmp(entry->d_name, "..") != 0) names.push_back(entry->d_name);
+  if (!listDirectory(directory, names))
+    FOKRAZO_THROW(SystemException, "SystemException", errno, "%s: Failed to open", text.c_str());
   return names;
 }
 
@@ -85,7 +78,7 @@ void TreeRemover::leave() {
   m_levels.pop_back();
   if (m_levels.empty()) return;
   struct stat info;
-  UniqueFd parent(::openat(m_directory.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+  UniqueFd parent = openFileAt(m_directory.get(), "..", Open::Location | Open::Directory);
   if (!parent || ::fstat(parent.get(), &info) != 0 || FileId(info) != done.parent)
     // Somebody has moved the directory away: what is above it now is not ours to touch.
     throwPathFailure(ESTALE, "Cannot remove directory %s", pathOf(done.name));

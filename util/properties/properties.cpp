@@ -1,7 +1,5 @@
 #include <fokrazo/properties.h>
 
-#include <strings.h>
-
 #include <algorithm>
 #include <atomic>
 #include <climits>
@@ -12,9 +10,10 @@
 
 #include <fokrazo/fixed_paths.h>
 #include <fokrazo/log.h>
+#include "util/file/file_io.h"
 #include "util/hook/hooks.h"
-#include "util/properties/property_file.h"
 #include "util/properties/property_line.h"
+#include "util/text/ascii.h"
 #include "util/text/printed.h"
 #include "util/thread/fork_locks.h"
 
@@ -27,10 +26,7 @@ constexpr char kLogger[] = "util.properties";
 constexpr char kDefaultPrefix[] = "brondalt";
 /// A number of seconds that is no duration: the default takes its place.
 constexpr long kNoTime = 0x7FFF573F;
-
-bool hasPrefix(const std::string& key, const std::string& prefix) {
-  return strncasecmp(key.c_str(), prefix.c_str(), prefix.size()) == 0;
-}
+constexpr size_t kBlockSize = 16 * 1024;
 
 struct TimeText {
   bool hasNumber = false;
@@ -69,6 +65,16 @@ Properties* makeInstance(bool debugDump) {
   gMade.store(instance, std::memory_order_release);
   instance->load(vesk::paths::kConfigFile, true);
   return instance;
+}
+
+// All that is left of the stream. False if reading fails or there is too much of it.
+bool readStream(std::istream& stream, std::string& text) {
+  std::string block(kBlockSize, '\0');
+  while (stream.good() && text.size() <= vesk::kMaxPropertyFile) {
+    stream.read(block.data(), kBlockSize);
+    text.append(block, 0, stream.gcount());
+  }
+  return stream.eof() && !stream.bad();
 }
 
 // Overflows silently.
@@ -122,8 +128,7 @@ Properties::~Properties() = default;
 void Properties::load(const char* path, bool expand) {
   Lock lock(mutex);
   std::string text;
-  const UniqueFd fd = openPlainFile(path);
-  if (fd && readBounded(fd.get(), text)) {
+  if (readWholeFile(path, 0, text, kMaxPropertyFile)) {
     loadText(text, expand);
     return;
   }
@@ -134,7 +139,7 @@ void Properties::load(const char* path, bool expand) {
 void Properties::load(std::istream& stream, bool expand) {
   Lock lock(mutex);
   std::string text;
-  if (!stream.fail() && readBounded(stream, text)) {
+  if (!stream.fail() && readStream(stream, text)) {
     loadText(text, expand);
     return;
   }
@@ -205,7 +210,7 @@ void Properties::change(const std::string& key, const std::string& raw) {
 // The cache may have the key's list under several spellings.
 void Properties::changed(const std::string& key) {
   for (auto cached = m_listCache.begin(); cached != m_listCache.end();) {
-    const bool same = strcasecmp(cached->first.c_str(), key.c_str()) == 0;
+    const bool same = equalIgnoringCase(cached->first, key);
     cached = same ? m_listCache.erase(cached) : std::next(cached);
   }
   m_modified = true;
@@ -243,9 +248,9 @@ int Properties::getInt(const std::string& key, int fallback) {
 bool Properties::getBool(const std::string& key, bool fallback) {
   const std::string value = getString(key);
   for (const char* yes : {"true", "yes", "1"})
-    if (strcasecmp(value.c_str(), yes) == 0) return true;
+    if (equalIgnoringCase(value, yes)) return true;
   for (const char* no : {"false", "no", "0"})
-    if (strcasecmp(value.c_str(), no) == 0) return false;
+    if (equalIgnoringCase(value, no)) return false;
   return fallback;
 }
 
@@ -284,7 +289,7 @@ bool Properties::filter(const std::string& prefix, iterator& begin, iterator& en
   Lock lock(mutex);
   begin = m_table.lower_bound(prefix);
   end = begin;
-  while (end != m_table.end() && hasPrefix(end->first, prefix)) ++end;
+  while (end != m_table.end() && startsIgnoringCase(end->first, prefix)) ++end;
   return begin != end;
 }
 

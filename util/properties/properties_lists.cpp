@@ -1,6 +1,5 @@
 // The list values of the configuration file.
 #include <algorithm>
-#include <memory>
 #include <sstream>
 
 #include <boost/make_shared.hpp>
@@ -8,7 +7,7 @@
 #include <fokrazo/log.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/secure_open.h>
-#include "util/properties/property_file.h"
+#include "util/file/file_io.h"
 #include "util/properties/property_line.h"
 
 namespace vesk {
@@ -67,7 +66,7 @@ enum class FileResult { Read, Refused, Unusable };
 FileResult readValuesFile(const std::string& path, const std::string& key, bool isDefault,
                           Properties::ValueList& list) {
   int status;
-  const std::unique_ptr<FILE, int (*)(FILE*)> file(SecureOpenForReading(path.c_str(), &status), fclose);
+  const UniqueFd file = openSecureFile(path.c_str(), &status);
   if (!file) {
     reportRefusal(status, path, key);
     return FileResult::Refused;
@@ -75,7 +74,7 @@ FileResult readValuesFile(const std::string& path, const std::string& key, bool 
   const auto logger = getLogger(kLogger, false);
   VESK_LOG(logger, Debug, "Opening config file [%s].", path.c_str());
   std::string text;
-  if (readBounded(fileno(file.get()), text)) {
+  if (readAll(file.get(), text, kMaxPropertyFile)) {
     std::istringstream lines(text);
     list = PropertySyntax::readList(lines);
     return FileResult::Read;

@@ -1,5 +1,4 @@
 // Bringing a configuration file in line with the values in memory.
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,8 +8,8 @@
 
 #include <fokrazo/log.h>
 #include <fokrazo/properties.h>
-#include "util/file/next_content.h"
-#include "util/properties/property_file.h"
+#include "util/file/file_io.h"
+#include "util/file/replacement_file.h"
 #include "util/properties/property_line.h"
 #include "util/thread/clock.h"
 #include "util/thread/pause.h"
@@ -20,17 +19,16 @@ namespace vesk {
 namespace {
 
 constexpr char kLogger[] = "util.properties";
-constexpr int kLockAttempts = 100;
-constexpr long kLockPauseMilliseconds = 10;
 constexpr time_t kStaleLockSeconds = 60;
+constexpr mode_t kLockFileMode = 0200;
+constexpr mode_t kMode = 0644;
 
 boost::shared_ptr<Logger> logger() {
   return getLogger(kLogger, false);
 }
 
-bool readPlainFile(const std::string& path, std::string& text) {
-  const UniqueFd fd = openPlainFile(path.c_str());
-  return fd && readBounded(fd.get(), text);
+bool readPropertyFile(const std::string& path, std::string& text) {
+  return readWholeFile(path, 0, text, kMaxPropertyFile);
 }
 
 /// Whether a list is read from the file that the raw value names.
@@ -267,7 +265,7 @@ int Properties::update(const std::string& path, const std::function<bool(Propert
   LockFile lockFile(path);
   if (!lockFile.isHeld()) return -1;
   std::string text;
-  if (!readPlainFile(path, text)) {
+  if (!readPropertyFile(path, text)) {
     VESK_LOG(logger(), Error, "Unable to open config file %s", path.c_str());
     return -1;
   }
@@ -276,27 +274,27 @@ int Properties::update(const std::string& path, const std::function<bool(Propert
 }
 
 int Properties::saveUnder(LockFile& lockFile, const std::string& path) {
-  NextContent next(path);
-  if (!openPlainFile(path.c_str())) {
+  ReplacementFile next(path);
+  if (!openFile(path, Open::Regular)) {
     VESK_LOG(logger(), Error, "Unable to open config file %s", path.c_str());
     lockFile.leave();
     return -1;
   }
-  if (!next.open()) {
+  if (!next.openShared()) {
     VESK_LOG(logger(), Error, "Unable to open temporary config file %s", next.name().c_str());
     lockFile.leave();
     return -1;
   }
   // Read only now: another writer may have been waited for.
   std::string text;
-  if (!readPlainFile(path, text)) {
+  if (!readPropertyFile(path, text)) {
     VESK_LOG(logger(), Error, "Unable to open config file %s", path.c_str());
     return -1;
   }
   m_expansionLeft = kMaxExpansion;
   std::string newText;
   if (!Saver(*this, text).run(newText)) return -1;
-  if (!next.commit(newText)) {
+  if (!next.write(newText, kMode) || !next.sync() || !next.replaceAndLabel()) {
     const int error = errno;
     VESK_LOG_SYSERR(logger(), Error, error, "Unable to write config file %s", path.c_str());
     return -1;
@@ -307,8 +305,8 @@ int Properties::saveUnder(LockFile& lockFile, const std::string& path) {
 
 int Properties::createLockFile(const std::string& lockPath) {
   for (int attempt = 0; attempt < kLockAttempts; attempt++) {
-    const int descriptor = ::open(lockPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0200);
-    if (descriptor >= 0) return descriptor;
+    UniqueFd descriptor = openFile(lockPath, Open::Write | Open::CreateNew, kLockFileMode);
+    if (descriptor) return descriptor.release();
     if (errno != EEXIST || !getPastLock(lockPath)) return -1;
   }
   errno = EEXIST;

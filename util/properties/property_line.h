@@ -7,16 +7,17 @@
 #include <string>
 
 #include <fokrazo/property_syntax.h>
+#include "util/text/ascii.h"
 
 namespace vesk {
 
-/// Characters of the syntax, whatever the locale.
-inline bool isPropertySpace(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
+/// No file of properties or of list items is read beyond this, so that a wrong path costs no more.
+constexpr size_t kMaxPropertyFile = 64 * 1024 * 1024;
 
+/// Characters of the syntax, whatever the locale.
 inline bool isVariableLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+  const char letter = asciiLower(c);
+  return ('a' <= letter && letter <= 'z') || isAsciiDigit(c) || c == '_';
 }
 
 /// Length of a variable's name at `begin`: letters, digits and underscores, but a digit alone if it comes
@@ -24,7 +25,7 @@ inline bool isVariableLetter(char c) {
 inline size_t variableNameLength(const std::string& text, size_t begin) {
   size_t end = begin;
   while (end < text.size() && isVariableLetter(text[end])) end++;
-  const bool numbered = end > begin && text[begin] >= '0' && text[begin] <= '9';
+  const bool numbered = end > begin && isAsciiDigit(text[begin]);
   return numbered ? 1 : end - begin;
 }
 

@@ -37,11 +37,11 @@ char letterOf(char control) {
 }
 
 bool isSeparator(char c) {
-  return isPropertySpace(c) || c == ':' || c == '=';
+  return isAsciiSpace(c) || c == ':' || c == '=';
 }
 
 bool isListSeparator(char c) {
-  return isPropertySpace(c) || c == ',';
+  return isAsciiSpace(c) || c == ',';
 }
 
 bool contains(const std::string& text, char c) {
@@ -50,9 +50,9 @@ bool contains(const std::string& text, char c) {
 
 void trim(std::string& text) {
   size_t end = text.size();
-  while (end > 0 && isPropertySpace(text[end - 1])) end--;
+  while (end > 0 && isAsciiSpace(text[end - 1])) end--;
   size_t begin = 0;
-  while (begin < end && isPropertySpace(text[begin])) begin++;
+  while (begin < end && isAsciiSpace(text[begin])) begin++;
   text.erase(end);
   text.erase(0, begin);
 }
@@ -155,7 +155,7 @@ size_t endOfPlainText(const std::string& value) {
     const char c = value[i];
     if (c > '\'' && c != '\\') continue;
     const bool single = c == ' ' && i + 1 < value.size() && value[i + 1] > ' ';
-    if (!single && (isPropertySpace(c) || c == '"' || c == '\'' || c == '\\')) break;
+    if (!single && (isAsciiSpace(c) || c == '"' || c == '\'' || c == '\\')) break;
   }
   return i;
 }
@@ -165,8 +165,8 @@ void joinWhitespaces(std::string& value) {
   size_t out = endOfPlainText(value);
   for (size_t i = out; i < value.size(); i++) {
     char c = value[i];
-    if (isPropertySpace(c) && tracker.quote() == 0) {
-      while (i + 1 < value.size() && isPropertySpace(value[i + 1])) i++;
+    if (isAsciiSpace(c) && tracker.quote() == 0) {
+      while (i + 1 < value.size() && isAsciiSpace(value[i + 1])) i++;
       c = ' ';
     }
     tracker.pass(c);
@@ -209,12 +209,12 @@ void PropertySyntax::getLine(std::istream& stream, std::string& line) {
 bool PropertySyntax::getPropertyFromLine(const std::string& line, std::string& key, std::string& value) {
   if (isComment(line)) return false;
   size_t begin = 0;
-  while (begin < line.size() && isPropertySpace(line[begin])) begin++;
+  while (begin < line.size() && isAsciiSpace(line[begin])) begin++;
   const size_t end = endOfKey(line, begin);
   if (end == begin) return false;
   size_t valueBegin = std::min(end + 1, line.size());
   if (valueBegin < line.size() && line[end] != '=' && line[valueBegin] == '=') valueBegin++;
-  while (valueBegin < line.size() && isPropertySpace(line[valueBegin])) valueBegin++;
+  while (valueBegin < line.size() && isAsciiSpace(line[valueBegin])) valueBegin++;
   const bool hasEscapes = contains(line, '\\');
   key.assign(line, begin, end - begin);
   if (hasEscapes) unescapeKey(key);
@@ -241,10 +241,10 @@ bool PropertySyntax::putPropertyToLine(std::string& line, const std::string& key
 void PropertySyntax::removeWhitespaces(std::string& value) {
   const size_t size = value.size();
   size_t i = 0;
-  while (i < size && isPropertySpace(value[i])) i++;
+  while (i < size && isAsciiSpace(value[i])) i++;
   if (i > 0) value.erase(0, i);
   joinWhitespaces(value);
-  if (value.empty() || !isPropertySpace(value.back())) return;
+  if (value.empty() || !isAsciiSpace(value.back())) return;
   const char last = value.back();
   value.pop_back();
   if (isEscaped(value)) value += last;

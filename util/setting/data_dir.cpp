@@ -1,11 +1,7 @@
-#include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
-#include <memory>
 
 #include <fokrazo/file_util.h>
 #include <fokrazo/log.h>
@@ -13,7 +9,7 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/setting.h>
 #include "util/error/throw.h"
-#include "util/file/unique_fd.h"
+#include "util/file/file_io.h"
 #include "util/setting/setting_store.h"
 #include "util/thread/fork_locks.h"
 
@@ -58,7 +54,7 @@ void makeDirectory(const Path& dir, unsigned mode) {
 
 // No failure counts: a directory that is missing is made afterwards. A link is not followed.
 void openToAllUsers(const Path& dir) {
-  const UniqueFd fd(::open(dir.string('/', true).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  const UniqueFd fd = openFile(dir.string('/', true), Open::Directory | Open::Unfollowed);
   if (fd) ::fchmod(fd.get(), kUserDirMode);
 }
 
@@ -85,16 +81,12 @@ bool isRootUser() {
 }
 
 std::vector<std::string> listKSetDirectory(const std::string& dir) {
-  std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(dir.c_str()), ::closedir);
-  if (!directory) {
-    const int error = errno;
-    FOKRAZO_THROW_ERRNO(NotFoundException, "NotFoundException", error, error, "Cannot open directory %s",
-                        dir.c_str());
-  }
   std::vector<std::string> names;
-  while (const dirent* entry = ::readdir(directory.get()))
-    if (strcmp(entry->d_name, ".") != 0 && strcmp(entry->d_name, "..") != 0) names.push_back(entry->d_name);
-  return names;
+  const UniqueFd directory = openFile(dir, Open::Directory);
+  if (directory && listDirectory(directory, names)) return names;
+  const int error = errno;
+  FOKRAZO_THROW_ERRNO(NotFoundException, "NotFoundException", error, error, "Cannot open directory %s",
+                      dir.c_str());
 }
 
 std::string getDataDir() {

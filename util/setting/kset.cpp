@@ -18,7 +18,6 @@ namespace vesk {
 namespace {
 
 constexpr char kDCFilePrefix[] = "kset.dc.";
-constexpr mode_t kPermissionBits = 0777;
 constexpr size_t kMaxSize = 1024 * 1024;
 
 // S_IFREG and its like; 0 if it cannot be told.
@@ -37,7 +36,7 @@ bool isNoFile(const std::string& path, int error) {
 // Null if there is no such regular file. All is asked of what was opened: the programs that own the directory
 // go on, and others may write there.
 boost::shared_ptr<KSetData> read(const std::string& path) {
-  const UniqueFd fd = openUnfollowed(path);
+  const UniqueFd fd = openFile(path, Open::Unfollowed);
   if (!fd) {
     const int error = errno;
     if (isNoFile(path, error)) return boost::shared_ptr<KSetData>();
@@ -54,9 +53,9 @@ boost::shared_ptr<KSetData> read(const std::string& path) {
 
 void write(const std::string& path, const KSetData& data) {
   ReplacementFile file(path);
-  if (!writeAll(file.fd(), data.content.data(), data.content.size()) || ::fchmod(file.fd(), data.mode) != 0)
-    throwCallFailed(errno);
-  file.commit();
+  openReplacement(file);
+  if (!file.write(data.content, data.mode)) throwCallFailed(errno);
+  commitReplacement(file, path);
 }
 
 // A directory under the name of a key set is none, and what a live writer writes is not yet one.

@@ -14,13 +14,16 @@
 #include "util/file/replacement_file.h"
 #include "util/file/unique_fd.h"
 #include "util/setting/setting_store.h"
+#include "util/text/ascii.h"
 
 namespace vesk {
 namespace {
 
 constexpr char kSource[] = "util/setting";
 constexpr char kDCPrefix[] = "dc.";
+constexpr char kCannotOpen[] = "Cannot open file %s";
 constexpr char kCannotRead[] = "Cannot read file %s";
+constexpr char kCannotWrite[] = "Cannot write file %s";
 constexpr int kMaxSize = 1024;
 constexpr int kMaxUnlimitedSize = 1024 * 1024;  // of the settings that CheckFileSize lets pass
 constexpr size_t kBlockSize = 4096;
@@ -36,9 +39,9 @@ mode_t modeOf(SettingAccess access) {
 
 // Others may write in "user/".
 UniqueFd openForReading(const std::string& path) {
-  UniqueFd fd = openUnfollowed(path);
+  UniqueFd fd = openFile(path, Open::Unfollowed);
   if (fd) return fd;
-  throwFileFailure(errno, "Cannot open file %s", path);
+  throwFileFailure(errno, kCannotOpen, path);
 }
 
 struct stat statOf(const UniqueFd& fd, const std::string& path) {
@@ -58,8 +61,7 @@ bool isForeign(const struct stat& info, const std::string& dir, const SettingSto
 }
 
 void refuseControlCharacters(const char* data, size_t size, const std::string& path) {
-  const bool found =
-      std::any_of(data, data + size, [](unsigned char c) { return c != '\n' && IsCntrlChar(c); });
+  const bool found = std::any_of(data, data + size, [](char c) { return c != '\n' && isAsciiControl(c); });
   if (found)
     FOKRAZO_THROW(BadDataException, "BadDataException", 0, "Control character is disallowed in %s file.",
                   path.c_str());
@@ -69,15 +71,15 @@ void refuseControlCharacters(const char* data, size_t size, const std::string& p
 // their size may be another user's word.
 std::string readText(const UniqueFd& fd, off_t size, const std::string& path) {
   std::string text;
-  char block[kBlockSize];
   while (static_cast<off_t>(text.size()) < size) {
-    const size_t wanted = std::min<off_t>(sizeof block, size - text.size());
-    const ssize_t got = readSome(fd.get(), block, wanted);
+    const size_t done = text.size();
+    text.resize(std::min<off_t>(done + kBlockSize, size));
+    const ssize_t got = readSome(fd.get(), &text[done], text.size() - done);
     if (got < 0) throwFileFailure(errno, kCannotRead, path);
     if (got == 0)
       FOKRAZO_THROW(IOException, "IOException", 0, "Cannot read all data in file %s", path.c_str());
-    refuseControlCharacters(block, got, path);
-    text.append(block, got);
+    refuseControlCharacters(&text[done], got, path);
+    text.resize(done + got);
   }
   return text;
 }
@@ -87,20 +89,34 @@ void writeText(const ReplacementFile& file, const std::string& text) {
   do {
     written = ::write(file.fd(), text.data(), text.size());
   } while (written < 0 && errno == EINTR);
-  if (written < 0) throwFileFailure(errno, "Cannot write file %s", file.name());
+  if (written < 0) throwFileFailure(errno, kCannotWrite, file.name());
   if (static_cast<size_t>(written) != text.size())
     FOKRAZO_THROW(IOException, "IOException", 0, "Cannot write all data to file %s", file.name().c_str());
 }
 
-// The mode is set before the rename: nobody ever meets the new value behind the wrong mode.
+// The mode is set before the rename, so that the new value is never seen with the wrong one.
 void replaceFile(const std::string& path, const std::string& text, mode_t mode) {
   ReplacementFile file(path);
+  openReplacement(file);
   writeText(file, text);
   if (::fchmod(file.fd(), mode) != 0) throwFileFailure(errno, "Cannot chmod file %s", path);
-  file.commit();
+  commitReplacement(file, path);
 }
 
 }  // namespace
+
+void throwFileFailure(int error, const char* literal, const std::string& path) {
+  FOKRAZO_THROW_ERRNO(IOException, "IOException", error, error, literal, path.c_str());
+}
+
+void openReplacement(ReplacementFile& file) {
+  if (!file.openUnique()) throwFileFailure(errno, kCannotOpen, file.name());
+}
+
+void commitReplacement(ReplacementFile& file, const std::string& path) {
+  if (!file.sync()) throwFileFailure(errno, kCannotWrite, file.name());
+  if (!file.replace()) throwFileFailure(errno, "Cannot rename file to %s", path);
+}
 
 void removeFile(const std::string& path) {
   if (::unlink(path.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return;

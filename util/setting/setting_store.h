@@ -9,6 +9,7 @@
 #include <fokrazo/fixed_paths.h>
 #include <fokrazo/mutex.h>
 #include <fokrazo/setting.h>
+#include "util/file/replacement_file.h"
 
 namespace vesk {
 
@@ -62,6 +63,12 @@ bool isRootUser();
 bool isDCSetting(const std::string& name);
 /// CheckFileSize, and 1 MiB for the settings that it does not limit. @throws IOException
 void refuseTooLarge(const char* operation, const std::string& name, long long size);
+/// Throws IOException with the system's text; the literal takes the path.
+[[noreturn]] void throwFileFailure(int error, const char* literal, const std::string& path);
+/// The first and the last step of replacing a file. @throws IOException "Cannot open file …", "Cannot write
+/// file …", "Cannot rename file to …"
+void openReplacement(ReplacementFile& file);
+void commitReplacement(ReplacementFile& file, const std::string& path);
 /// Removes a file, if there is one. @throws IOException "Cannot remove file …"
 void removeFile(const std::string& path);
 /// The names of the entries of a directory without "." and "..".

@@ -70,7 +70,7 @@ std::vector<LogBackups::Taken> LogBackups::leftovers() const {
   while (const dirent* entry = found.size() < kMost ? ::readdir(directory.get()) : nullptr) {
     if (strncmp(entry->d_name, start.c_str(), start.size()) != 0) continue;
     Taken taken{m_log.substr(0, nameStart) + entry->d_name, {}, {}};
-    taken.lock = openUnfollowed(taken.name);
+    taken.lock = openFile(taken.name, Open::Unfollowed);
     if (taken.lock && isLeftover(taken.name, taken.lock.get())) found.push_back(std::move(taken));
   }
   return found;
@@ -80,7 +80,7 @@ std::vector<LogBackups::Taken> LogBackups::leftovers() const {
 // gives it back.
 LogBackups::Taken LogBackups::claim(int wanted) const {
   Taken log{m_log + kTakenMarker + "XXXXXX", {}, {}};
-  if (!UniqueFd(::mkostemp(log.name.data(), O_CLOEXEC))) return {};
+  if (!openTemporaryFile(log.name.data())) return {};
   if (!moveFile(m_log, log.name, kOverwrite)) {
     ::remove(log.name.c_str());
     return {};
@@ -123,8 +123,7 @@ bool LogBackups::occupyFirst(Taken& taken, unsigned int flags) const {
   const std::string first = name(1);
   if (!m_compressed) return moveFile(taken.name, first, flags);
   if (flags == kOverwrite) ::remove(first.c_str());
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  taken.place = UniqueFd(::open(first.c_str(), kFlags, 0666));
+  taken.place = openFile(first, Open::Write | Open::CreateNew, 0666);
   return static_cast<bool>(taken.place);
 }
 

@@ -4,6 +4,8 @@
 #include <climits>
 #include <cstdlib>
 
+#include "util/text/ascii.h"
+
 namespace vesk {
 
 /// strtoul as it works where unsigned long has 32 bits: a number after "-" is negated in two's complement,
@@ -15,14 +17,14 @@ inline unsigned int strtou32(const char* text, char** end, int base) {
   unsigned long plain = 0;
   int digits = 0;
   if (base == 10)
-    for (; digits <= kSafeDigits && text[digits] >= '0' && text[digits] <= '9'; ++digits)
+    for (; digits <= kSafeDigits && isAsciiDigit(text[digits]); ++digits)
       plain = 10 * plain + static_cast<unsigned long>(text[digits] - '0');
   if (digits > 0 && digits <= kSafeDigits) {
     *end = const_cast<char*>(text + digits);
     return plain <= UINT_MAX ? static_cast<unsigned int>(plain) : UINT_MAX;
   }
   const char* sign = text;
-  while (*sign == ' ' || (*sign >= '\t' && *sign <= '\r')) ++sign;
+  while (isAsciiSpace(*sign)) ++sign;
   const unsigned long number = strtoul(text, end, base);
   const unsigned long magnitude = *sign == '-' ? 0 - number : number;
   return magnitude <= UINT_MAX ? static_cast<unsigned int>(number) : UINT_MAX;

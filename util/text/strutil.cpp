@@ -1,7 +1,6 @@
 #include <fokrazo/strutil.h>
 
 #include <fnmatch.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <charconv>
@@ -10,6 +9,7 @@
 #include <cwctype>
 #include <string_view>
 
+#include "util/text/ascii.h"
 #include "util/text/strtou32.h"
 
 const std::string STRCLS_TRUE("true");
@@ -20,8 +20,6 @@ namespace {
 constexpr char kWhiteSpace[] = " \t\n\r\f\v";
 constexpr char kListSeparator[] = ", ";
 
-constexpr char kCaseBit = 'a' - 'A';
-
 template <class Number>
 std::string inRadix(Number value, int radix) {
   char digits[24];  // the longest 64-bit number has 22 digits, in octal
@@ -31,16 +29,6 @@ std::string inRadix(Number value, int radix) {
 template <class Unsigned>
 std::string unsignedText(Unsigned value, int radix) {
   return inRadix(value, radix == 16 || radix == 8 ? radix : 10);
-}
-
-// ASCII alone, so that names are the same whatever locale the host program has set. (In a Turkish one
-// tolower('I') is no 'i'.) Where the C library compares, in strcasecmp, that locale counts.
-char lowerLetter(char c) {
-  return static_cast<char>('A' <= c && c <= 'Z' ? c | kCaseBit : c);
-}
-
-char upperLetter(char c) {
-  return static_cast<char>('a' <= c && c <= 'z' ? c & ~kCaseBit : c);
 }
 
 template <class String, class Convert>
@@ -57,9 +45,7 @@ std::string_view trimmed(std::string_view text) {
 }
 
 bool sameText(std::string_view a, std::string_view b, bool caseSensitive) {
-  if (caseSensitive) return a == b;
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return lowerLetter(x) == lowerLetter(y); });
+  return caseSensitive ? a == b : vesk::equalIgnoringCase(a, b);
 }
 
 template <class List, class ToText>
@@ -113,11 +99,11 @@ unsigned int atoui(const char* text) {
 }
 
 std::string lower(const std::string& text) {
-  return converted(text, lowerLetter);
+  return converted(text, vesk::asciiLower);
 }
 
 std::string upper(const std::string& text) {
-  return converted(text, upperLetter);
+  return converted(text, vesk::asciiUpper);
 }
 
 std::u16string lower(const std::u16string& text) {
@@ -134,7 +120,7 @@ std::string trimWhiteSpace(const std::string& text) {
 
 bool contains(const char* const* list, const std::string& text) {
   for (; list && *list; ++list)
-    if (strcasecmp(*list, text.c_str()) == 0) return true;
+    if (vesk::equalIgnoringCase(*list, text)) return true;
   return false;
 }
 
@@ -147,9 +133,8 @@ bool contains(const std::string& text, const std::string& part) {
 }
 
 bool stringInList(const std::list<std::string>& list, const std::string& text, bool caseSensitive) {
-  return std::any_of(list.begin(), list.end(), [&](const std::string& entry) {
-    return caseSensitive ? entry == text : strcasecmp(entry.c_str(), text.c_str()) == 0;
-  });
+  return std::any_of(list.begin(), list.end(),
+                     [&](const std::string& entry) { return sameText(entry, text, caseSensitive); });
 }
 
 bool stringMatchPatternList(const std::list<std::string>& patterns, const std::string& text,

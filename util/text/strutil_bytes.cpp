@@ -1,8 +1,8 @@
 // Printable forms, hexadecimal digits and bytes.
 #include <algorithm>
-#include <cctype>
 
 #include <fokrazo/strutil.h>
+#include "util/text/ascii.h"
 #include "util/text/hex_digits.h"
 
 namespace {
@@ -34,7 +34,7 @@ void appendEscaped(std::string& out, unsigned char c) {
   } else if (char letter = controlLetter(c)) {
     out += '\\';
     out += letter;
-  } else if (!isprint(c)) {
+  } else if (!vesk::isAsciiPrintable(static_cast<char>(c))) {
     out += "\\0x";
     out += itoa(c, 16);
   } else {
@@ -49,7 +49,7 @@ void appendEscapedBlanks(std::string& out, size_t count) {
 }  // namespace
 
 bool isprintable(const std::string& text) {
-  return std::all_of(text.begin(), text.end(), [](unsigned char c) { return isprint(c) != 0; });
+  return std::all_of(text.begin(), text.end(), vesk::isAsciiPrintable);
 }
 
 std::string tohex(const std::string& bytes) {

@@ -59,8 +59,7 @@ class OtherHolds {
 namespace vesk {
 
 void failOsCall(int error, const char* source, int line) {
-  throw SystemException(source, line, MessageText::withSystemText(error, "OS call failed").c_str(),
-                        "vesk::SystemException", error);
+  throwCallFailed(source, line, error, error);
 }
 
 Mutex::Mutex() {

@@ -6,6 +6,7 @@
 #include <signal.h>
 
 #include <fokrazo/osport.h>
+#include <fokrazo/secure_open.h>
 #include "tests/support/workers.h"
 #include "tests/support/world_test.h"
 
@@ -82,6 +83,34 @@ TEST_F(FileUtilTest, TemporaryFilesAreBornWithModeAndOwnerOrNotAtAll) {
   };
   checkInChild(work, kOrdinaryUser);
   EXPECT_TRUE(std::filesystem::is_empty(m_dir)) << "nothing is left whose owner cannot be set";
+}
+
+// In a program that has closed its standard streams, output must not end in a file of the library's.
+TEST_F(FileUtilTest, DescriptorsAreCloseOnExecAndAboveTheStandardStreams) {
+  put(in("file"), "");
+  int status = 0;
+  std::string name;
+  FILE* stream = nullptr;
+  const std::function<int()> openers[] = {
+      [&] { return mkstemp(name = in("a.XXXXXX")); },
+      [&] { return mkstemp(name = in("b.XXXXXX"), 0600, getuid(), getgid()); },
+      [&] { return QtrLock(in("lock").c_str(), &status); },
+      [&] { return QtrLock(in("lock").c_str(), &status, 0600); },
+      [&] { return vesk::Properties::createLockFile(in("file.lock")); },
+      [&] { return fileno(stream = SecureOpenForReading(in("file").c_str(), &status)); },
+  };
+  int standard[3];
+  for (int fd : {0, 1, 2}) standard[fd] = fcntl(fd, F_DUPFD_CLOEXEC, 10);
+  for (const auto& open : openers) {
+    for (int fd : {0, 1, 2}) close(fd);
+    const int fd = open();
+    for (int fd : {0, 1, 2}) dup2(standard[fd], fd);
+    EXPECT_GT(fd, 2) << &open - openers;
+    EXPECT_EQ(fcntl(fd, F_GETFD), FD_CLOEXEC) << &open - openers;
+    if (!stream) close(fd);
+  }
+  fclose(stream);
+  for (int fd : standard) close(fd);
 }
 
 TEST_F(FileUtilTest, FollowsLinksByHand) {

@@ -11,6 +11,11 @@
 #include <fokrazo/byteorder.h>
 #include <fokrazo/sysrights.h>
 
+// As in a locale of ISO 8859-1.
+extern "C" int isprint(int c) noexcept {
+  return (' ' <= c && c <= '~') || c >= 0xa0;
+}
+
 namespace {
 
 using Strings = std::vector<std::string>;
@@ -42,7 +47,7 @@ TEST(StrUtil, CaseTrimAndSearch) {
   EXPECT_EQ(lower(std::u16string(u"AbC")), u"abc");
   EXPECT_EQ(trimWhiteSpace("\v\f \t\r\na b\n") + trimWhiteSpace(" \t"), "a b");
   const char* const list[] = {"One", "Two", nullptr};
-  EXPECT_TRUE(contains(list, "two") && contains("none", "On"));
+  EXPECT_TRUE(contains(list, "two") && contains("none", "On") && contains("HIT", "it"));
   EXPECT_FALSE(contains(list, "tw") || contains("on", "one") ||
                contains(static_cast<const char* const*>(nullptr), ""));
   for (const bool exact : {false, true}) {
