@@ -30,7 +30,7 @@ bool readNumber(const std::string& text, unsigned& number) {
 Arguments::Arguments(std::vector<std::string> words) : m_words(std::move(words)) {
   const auto mark = std::find(m_words.begin(), m_words.end(), "--");
   if (mark == m_words.end()) return;
-  m_behindMark.assign(mark + 1, m_words.end());
+  m_afterMark.assign(mark + 1, m_words.end());
   m_words.erase(mark, m_words.end());
 }
 
@@ -85,7 +85,7 @@ void Arguments::refuseOptions() {
 }
 
 std::string Arguments::action(const std::string& what) {
-  if (m_words.empty()) throw UsageError("missing " + what);
+  if (m_words.empty()) throw UsageError(what + " is missing");
   if (isOption(m_words.front())) throw UsageError("unknown option " + m_words.front() + " before " + what);
   std::string word = m_words.front();
   m_words.erase(m_words.begin());
@@ -94,12 +94,12 @@ std::string Arguments::action(const std::string& what) {
 
 bool Arguments::hasOperand() {
   refuseOptions();
-  return !m_words.empty() || !m_behindMark.empty();
+  return !m_words.empty() || !m_afterMark.empty();
 }
 
 std::string Arguments::operand(const std::string& what) {
-  if (!hasOperand()) throw UsageError("missing " + what);
-  std::vector<std::string>& source = m_words.empty() ? m_behindMark : m_words;
+  if (!hasOperand()) throw UsageError(what + " is missing");
+  std::vector<std::string>& source = m_words.empty() ? m_afterMark : m_words;
   std::string word = source.front();
   source.erase(source.begin());  // cppcheck-suppress mismatchingContainerIterator ; it is one vector
   return word;
@@ -108,9 +108,9 @@ std::string Arguments::operand(const std::string& what) {
 std::vector<std::string> Arguments::operands() {
   refuseOptions();
   std::vector<std::string> all = std::move(m_words);
-  all.insert(all.end(), m_behindMark.begin(), m_behindMark.end());
+  all.insert(all.end(), m_afterMark.begin(), m_afterMark.end());
   m_words.clear();
-  m_behindMark.clear();
+  m_afterMark.clear();
   return all;
 }
 

@@ -1,4 +1,4 @@
-/// The words behind a command's name: options, their values, and operands.
+/// The words after a command's name: options, their values, and operands.
 #pragma once
 
 #include <string>
@@ -6,30 +6,31 @@
 
 namespace cli {
 
-/// A command takes the options that it knows, then its operands, and ends with done(), which refuses what is
-/// left. "--" ends the options. All failures are UsageError.
+/// A command takes its options first, then its operands, and ends with done(), which refuses the rest. "--"
+/// ends the options. Every failure is a UsageError.
 class Arguments {
  public:
   explicit Arguments(std::vector<std::string> words);
 
-  /// Takes the flag, if it is there.
+  /// Takes the flag and returns whether it was there.
   bool flag(const std::string& name);
-  /// Takes an option with its value ("--name VALUE" or "--name=VALUE") into `value`, if it is there.
+  /// Takes an option with its value ("--name VALUE" or "--name=VALUE") and returns whether it was there.
+  /// Otherwise `value` keeps what it has.
   bool option(const std::string& name, std::string& value);
-  /// As flag and option, of the first word alone.
+  /// The same for the first word only.
   bool leadingFlag(const std::string& name);
   bool leadingOption(const std::string& name, std::string& value);
-  /// Takes a whole number of 0 or more that an int can hold; `fallback` if the option is not there.
+  /// Takes an option whose value is a whole number from 0 to INT_MAX; returns `fallback` if it is not there.
   int number(const std::string& name, int fallback);
 
-  /// Takes the next operand; `what` names it in the complaint if there is none.
+  /// Takes the next operand; `what` names it in the message if there is none.
   std::string operand(const std::string& what);
-  /// Takes the first word, which says what the rest means; options may follow it.
+  /// Takes the first word, which selects what the command does. Options may follow it.
   std::string action(const std::string& what);
   bool hasOperand();
-  /// Takes all operands that are left.
+  /// Takes all remaining operands.
   std::vector<std::string> operands();
-  /// Complains about anything that is left.
+  /// Refuses anything that is left.
   void done();
 
  private:
@@ -39,10 +40,10 @@ class Arguments {
   void refuseOptions();
 
   Words m_words;
-  Words m_behindMark;  // behind "--"
+  Words m_afterMark;  // after "--"
 };
 
-/// Reads a whole decimal number of at most 32 bits; false for anything else.
+/// Reads a decimal number of at most 32 bits into `number`; false if the text is anything else.
 bool readNumber(const std::string& text, unsigned& number);
 
 }  // namespace cli

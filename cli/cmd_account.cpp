@@ -1,4 +1,4 @@
-// What concerns one person's account: auth, passwd, member, renew.
+// A person's account: auth, passwd, member, renew.
 
 #include <fokrazo/error_util.h>
 #include <fokrazo/session.h>
@@ -40,7 +40,7 @@ ExitStatus member(Invocation& invocation) {
   const bool windowsNames = invocation.arguments.flag("--windows");
   const std::string user = invocation.arguments.operand("a user");
   const std::vector<std::string> groups = invocation.arguments.operands();
-  if (groups.empty()) throw UsageError("missing a group");
+  if (groups.empty()) throw UsageError("a group is missing");
   const int nameFlags = (unixNames ? UNIX_NAME : 0) | (windowsNames ? WINDOWS_NAME : 0);
   LocalRpcSession& session = invocation.daemon.session();
   const int forms = nameFlags == 0 ? UNIX_NAME | WINDOWS_NAME : nameFlags;
@@ -58,18 +58,26 @@ ExitStatus renew(Invocation& invocation) {
   return kFound;
 }
 
-constexpr char kPasswordHelp[] =
-    "Passwords are asked for at the terminal, without echo.\n"
-    "  --password-fd N  read them from descriptor N instead, one a line\n";
+constexpr char kAuthHelp[] =
+    "Asks for the password at the terminal, without echo.\n"
+    "  --password-fd N  read it from descriptor N instead\n"
+    "The password goes to root's daemon only; see --peer-uid.\n";
+
+constexpr char kPasswdHelp[] =
+    "Asks for the passwords at the terminal, without echo.\n"
+    "  --password-fd N  read them from descriptor N instead, one per line: the current\n"
+    "                   (or the administrator's) password, then the new one\n"
+    "  --admin ADMIN    set the password as this administrator\n"
+    "The passwords go to root's daemon only; see --peer-uid.\n";
 
 const Command kCommands[] = {
-    {"auth", "[--password-fd N] USER", "check a user's password", kPasswordHelp, auth},
+    {"auth", "[--password-fd N] USER", "check a user's password", kAuthHelp, auth},
     {"passwd", "[--password-fd N] [--admin ADMIN] USER",
-     "change a user's password, or set it as an administrator", kPasswordHelp, passwd},
-    {"member", "[--unix] [--windows] USER GROUP …", "ask whether a user is in any of the groups",
-     "  --unix         the groups' names are Unix names\n"
-     "  --windows      the groups' names are account names of the directory\n"
-     "Without either, both kinds of name are taken.\n",
+     "change a user's password, or set it as an administrator", kPasswdHelp, passwd},
+    {"member", "[--unix] [--windows] USER GROUP …", "check whether a user is in any of the groups",
+     "  --unix         the group names are Unix names\n"
+     "  --windows      the group names are account names of the directory\n"
+     "Without either option, both kinds of names are accepted.\n",
      member},
     {"renew", "USER", "renew a user's credentials", "", renew},
 };
@@ -77,7 +85,7 @@ const Command kCommands[] = {
 }  // namespace
 
 Family accountCommands() {
-  return {"Work on an account", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Work with accounts", kCommands, sizeof kCommands / sizeof *kCommands};
 }
 
 }  // namespace cli

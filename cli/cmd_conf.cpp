@@ -27,20 +27,20 @@ void requirePlainFile(const ConfFile& file) {
   struct stat info;
   if (stat(file.path.c_str(), &info) != 0) throw std::runtime_error(file.path + ": " + strerror(errno));
   if (S_ISREG(info.st_mode)) return;
-  throw std::runtime_error(file.path + (S_ISDIR(info.st_mode) ? ": is a directory" : ": is no plain file"));
+  throw std::runtime_error(file.path + (S_ISDIR(info.st_mode) ? ": is a directory" : ": not a regular file"));
 }
 
 void readInto(Properties& properties, const ConfFile& file) {
   requirePlainFile(file);
   if (access(file.path.c_str(), R_OK) != 0) throw std::runtime_error(file.path + ": " + strerror(errno));
   properties.load(file.path.c_str(), true);
-  if (!properties.loaded()) throw std::runtime_error(file.path + ": cannot be read as a configuration file");
+  if (!properties.loaded()) throw std::runtime_error(file.path + ": not a configuration file");
 }
 
-// The unit that a time without one has in the file.
+// The unit of a time that has none in the file.
 char takeUnit(const std::string& text) {
   if (text.size() != 1 || Properties::timeFactor(text[0]) == 0)
-    throw UsageError("option --time takes one of s, m, h, d, w, M, y, not '" + text + "'");
+    throw UsageError("option --time takes s, m, h, d, w, M or y, not '" + text + "'");
   return text[0];
 }
 
@@ -81,15 +81,15 @@ ExitStatus get(Arguments& arguments, const ConfFile& file) {
 void requireSaved(int result, const std::string& path) {
   if (result == 0) return;
   throw std::runtime_error(path +
-                           " was not saved: the file and its folder must be writable, and no other program "
-                           "may hold " +
-                           path + ".lock; the system's log tells more");
+                           " was not saved: you need write access to the file and its directory, and no "
+                           "other program may hold " +
+                           path + ".lock; the system log says more");
 }
 
 void refuseBadKey(const std::string& key) {
   std::string line;
   if (!Properties::putPropertyToLine(line, key, std::string(), true))
-    throw UsageError("'" + key + "' is no key: it is empty or has a newline");
+    throw UsageError("'" + key + "' is not a key: it is empty or contains a newline");
 }
 
 ExitStatus set(Arguments& arguments, const ConfFile& file) {
@@ -97,7 +97,7 @@ ExitStatus set(Arguments& arguments, const ConfFile& file) {
   const bool asList = arguments.flag("--list");
   const std::string key = arguments.operand("a key");
   const std::vector<std::string> values = arguments.operands();
-  if (values.empty() && !asList) throw UsageError("missing a value for " + key);
+  if (values.empty() && !asList) throw UsageError("a value for " + key + " is missing");
   if (values.size() > 1 && !asList) throw UsageError("more than one value for " + key + " needs --list");
   refuseBadKey(key);
   requirePlainFile(file);
@@ -109,7 +109,7 @@ ExitStatus set(Arguments& arguments, const ConfFile& file) {
       accepted = asText ? properties.setText(key, values[0]) : properties.setString(key, values[0]);
     return accepted;
   });
-  if (!accepted) throw UsageError("'" + values[0] + "' is no text of one line");
+  if (!accepted) throw UsageError("'" + values[0] + "' does not fit on one line of the file");
   requireSaved(result, file.path);
   return kFound;
 }
@@ -134,11 +134,11 @@ ExitStatus list(Arguments& arguments, const ConfFile& file) {
   if (!entries) return kRefused;
   for (const auto& entry : *entries)
     file.output.record(Record().text("key", entry.first).text("value", entry.second),
-                       entry.first + ": " + shown(entry.second));
+                       shown(entry.first) + ": " + shown(entry.second));
   return kFound;
 }
 
-// What the references to the machine's state become in every configuration file.
+// What a configuration file gets for the variables of the joined state.
 ExitStatus variables(Arguments& arguments, const ConfFile& file) {
   arguments.done();
   for (const char* name : {"JOINNAME", "PREW2KNAME", "SITE", "DOMAIN", "ZONE"}) {
@@ -168,21 +168,23 @@ ExitStatus conf(Invocation& invocation) {
 
 const Command kCommands[] = {
     {"conf", "[--file FILE] get|set|unset|list|variables …", "read and change the configuration file",
-     "  get [--list | --time UNIT] KEY   a value; its items, a line each; its seconds\n"
-     "  set [--text] KEY VALUE           change a value; with --text written as it is, quotes and $ "
-     "counting\n"
-     "  set --list KEY [VALUE …]         change a list\n"
-     "  unset KEY                        remove a value; its line becomes a comment\n"
-     "  list [PREFIX]                    all values, or those whose keys begin with PREFIX\n"
-     "  variables                        what $JOINNAME and the like stand for on this machine\n"
-     "  --file FILE                      another file than /etc/velmora/velmora.conf\n",
+     "  get KEY                  print a value\n"
+     "  get --list KEY           print the items of a list, one per line\n"
+     "  get --time UNIT KEY      print a time in seconds; UNIT applies to a number without one\n"
+     "  set KEY VALUE            change a value\n"
+     "  set --text KEY VALUE     write VALUE as it is, so that quotes and $ have their meaning\n"
+     "  set --list KEY [VALUE …] change a list\n"
+     "  unset KEY                remove a value; its line becomes a comment\n"
+     "  list [PREFIX]            print all values, or those whose keys begin with PREFIX\n"
+     "  variables                print what $JOINNAME and the like stand for on this machine\n"
+     "  --file FILE              use FILE instead of /etc/velmora/velmora.conf\n",
      conf},
 };
 
 }  // namespace
 
 Family configurationCommands() {
-  return {"Configure", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Change the configuration", kCommands, sizeof kCommands / sizeof *kCommands};
 }
 
 }  // namespace cli

@@ -1,4 +1,5 @@
-// What concerns the daemon itself: roles, info, health, domain, spn, flush, policy, network-changed.
+// The daemon itself and what it knows of the domain: health, info, domain, spn, roles, flush, policy,
+// network-changed.
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/session.h>
@@ -12,7 +13,9 @@ namespace {
 
 using namespace vesk;
 
-ExitStatus printText(Output& output, const char* name, const std::string& text) {
+// Prints a text of one or several lines, the last of which may end in a newline.
+ExitStatus printText(Output& output, const char* name, std::string text) {
+  if (!text.empty() && text.back() == '\n') text.pop_back();
   output.record(Record().text(name, text), shownLines(text));
   return kFound;
 }
@@ -42,7 +45,7 @@ ExitStatus info(Invocation& invocation) {
 ExitStatus health(Invocation& invocation) {
   invocation.arguments.done();
   LocalRpcSession& session = invocation.daemon.session();
-  session.ping();  // a daemon that is silent has no health
+  session.ping();  // the session would report old values if the daemon were silent
   ValidationResult result = VR_SUCCESS;
   int value1 = 0;
   int value2 = 0;
@@ -105,7 +108,7 @@ ExitStatus flush(Invocation& invocation) {
   const bool one = invocation.arguments.option("--key", key);
   unsigned selectors = 0;
   for (const std::string& name : invocation.arguments.operands()) selectors |= selectorOf(name);
-  if (one && selectors != 0) throw UsageError("--key and caches exclude each other");
+  if (one && selectors != 0) throw UsageError("flush takes --key or caches, not both");
   LocalRpcSession& session = invocation.daemon.session();
   const int result =
       one ? session.flushCache(key) : session.flushCache(selectors ? selectors : FLUSH_OBJ_CACHE);
@@ -129,26 +132,26 @@ ExitStatus networkChanged(Invocation& invocation) {
 }
 
 const Command kCommands[] = {
-    {"health", "", "ask how the daemon is", "", health},
-    {"info", "[WHAT]", "ask for the daemon's description of itself", "", info},
-    {"domain", "[--ntlm | --map] NAME", "ask for the domain of a name",
-     "  --ntlm         the short, older name of the domain\n"
-     "  --map          both names\n",
+    {"health", "", "show the daemon's own condition", "", health},
+    {"info", "[NUMBER]", "show what the daemon says about itself", "", info},
+    {"domain", "[--ntlm | --map] NAME", "show the domain of a name",
+     "  --ntlm         show the short (NetBIOS) name of the domain\n"
+     "  --map          show both names\n",
      domain},
-    {"spn", "HOST [SERVICE]", "ask for the canonical service principal", "", spn},
-    {"roles", "USER", "ask for a user's roles", "", roles},
-    {"flush", "[--key KEY | CACHE …]", "empty the daemon's caches",
+    {"spn", "HOST [SERVICE]", "show the canonical principal of a host's service", "", spn},
+    {"roles", "USER", "show a user's roles", "", roles},
+    {"flush", "[--key KEY | CACHE …]", "empty caches of the daemon",
      "Caches: objects (default), dns, auth, expire, trusts, binding, pmon, health.\n"
-     "  --key KEY      forget one object alone\n",
+     "  --key KEY      remove only this object\n",
      flush},
-    {"policy", "[USER]", "refresh the policy of the computer, or of a user", "", policy},
+    {"policy", "[USER]", "refresh the computer's policy, or a user's", "", policy},
     {"network-changed", "", "tell the daemon that the network has changed", "", networkChanged},
 };
 
 }  // namespace
 
 Family daemonCommands() {
-  return {"Work with the daemon", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Ask and control the daemon", kCommands, sizeof kCommands / sizeof *kCommands};
 }
 
 }  // namespace cli

@@ -27,16 +27,16 @@ namespace {
 
 using namespace vesk;
 
-constexpr char kLongestWait[] = "10";  // seconds, where the command line says nothing
+constexpr char kLongestWait[] = "10";  // seconds, without --timeout
 constexpr double kSlowPing = 1000;     // milliseconds
 
-// Names of users are not looked up: that would ask the very daemon that may be ill.
+// Says who a user is without looking up the name, which would ask the very daemon that is examined.
 std::string userText(uid_t uid) {
   if (uid == 0) return "root";
   return "user " + std::to_string(uid) + (uid == geteuid() ? " (you)" : "");
 }
 
-// Prints the findings as they come, and remembers the worst.
+// Prints each finding at once, and remembers the worst.
 class Doctor {
  public:
   Doctor(Output& output, Daemon& daemon) : m_output(output), m_daemon(daemon) {}
@@ -48,7 +48,7 @@ class Doctor {
   void tell(Finding::State state, const char* check, const std::string& text, const std::string& advice);
   bool unreachable(const char* check, const std::string& text, const std::string& advice);
 
-  // False if there is no use in asking on.
+  // These return false if the daemon cannot be examined further.
   bool checkSocket();
   void checkSocketOwner(const struct stat& info);
   bool checkConnection();
@@ -92,11 +92,11 @@ bool Doctor::checkSocket() {
   if (stat(path.c_str(), &info) != 0) {
     const int error = errno;
     return unreachable("socket", path + ": " + strerror(error),
-                       error == EACCES ? "let every user pass the folders above it (chmod a+x)"
+                       error == EACCES ? "give every user access to the directories above it (chmod a+x)"
                                        : "start the daemon; if it runs, name its socket with --socket");
   }
   if (!S_ISSOCK(info.st_mode))
-    return unreachable("socket", path + " is no socket", "move it away and start the daemon again");
+    return unreachable("socket", path + " is not a socket", "move it away and restart the daemon");
   checkSocketOwner(info);
   return true;
 }
@@ -104,13 +104,13 @@ bool Doctor::checkSocket() {
 void Doctor::checkSocketOwner(const struct stat& info) {
   char mode[8];
   snprintf(mode, sizeof mode, "%04o", info.st_mode & 07777u);
-  const std::string text = m_daemon.socketPath() + ", of " + userText(info.st_uid) + ", mode " + mode;
+  const std::string text = m_daemon.socketPath() + ", owned by " + userText(info.st_uid) + ", mode " + mode;
   if (info.st_uid != 0 && info.st_uid != geteuid())
     tell(Finding::Warning, "socket", text,
-         "its owner sees every password that is sent there: find out who that is before you go on");
+         "its owner receives every password that is sent there: find out who that is first");
   else if ((info.st_mode & 0222u) != 0222u)
     tell(Finding::Warning, "socket", text,
-         "not every user may write to it: chmod a+rw it, or start the daemon again");
+         "not every user can write to it: run chmod a+rw on it, or restart the daemon");
   else
     tell(Finding::Ok, "socket", text, "");
 }
@@ -121,28 +121,28 @@ bool Doctor::checkConnection() {
     return true;
   } catch (const NoDaemonError& error) {
     return unreachable("daemon", error.what(),
-                       "the socket was left behind by a daemon that ended, or its daemon takes no "
-                       "connections: start it again; its log tells why");
+                       "the daemon ended without removing its socket, or accepts no connections: "
+                       "restart it; its log says why");
   }
 }
 
-// The kernel tells who opened the socket to clients: perhaps a process that has left it to a child.
+// The kernel names the process that began to listen, which may since have left the socket to a child.
 void Doctor::checkPeer(int fd) {
   ucred peer = {};
   socklen_t size = sizeof peer;
   if (getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
-    return tell(Finding::Warning, "daemon", std::string("who answers cannot be told: ") + strerror(errno),
+    return tell(Finding::Warning, "daemon",
+                std::string("the process that answers is unknown: ") + strerror(errno),
                 "look for the process that listens there (ss -xlp)");
-  std::string text = "of " + userText(peer.uid) + ", group " + std::to_string(peer.gid);
+  std::string text = "runs as " + userText(peer.uid) + ", group " + std::to_string(peer.gid);
   std::string program;
   if (std::ifstream("/proc/" + std::to_string(peer.pid) + "/comm") >> program)
     text += ", process " + std::to_string(peer.pid) + " (" + shown(program) + ")";
   if (peer.uid == 0) return tell(Finding::Ok, "daemon", text, "");
-  tell(Finding::Warning, "daemon", text,
-       "the daemon runs as root: this is a stand-in, or somebody in its place");
+  tell(Finding::Warning, "daemon", text, "the daemon should run as root: this is a stand-in or an impostor");
 }
 
-// One attempt: a second would hide what is to be seen here.
+// One attempt: a second one could hide the fault.
 bool Doctor::checkPing() {
   const auto start = std::chrono::steady_clock::now();
   try {
@@ -150,11 +150,11 @@ bool Doctor::checkPing() {
     IPCReply reply;
     m_daemon.session().execute(request, reply, false);
   } catch (const SystemException& error) {
-    tell(Finding::Problem, "ping", error.what(), "the daemon refuses this user; its log tells why");
+    tell(Finding::Problem, "ping", error.what(), "the daemon refuses this user; its log says why");
     return false;
   } catch (const VESKException& error) {
     return unreachable("ping", std::string(error.className()) + ": " + error.what(),
-                       "the daemon hangs, or what answers is no daemon: start it again");
+                       "the daemon hangs, or the process that answers is not the daemon: restart it");
   }
   const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
   char text[32];
@@ -163,7 +163,7 @@ bool Doctor::checkPing() {
     tell(Finding::Ok, "ping", text, "");
   else
     tell(Finding::Warning, "ping", text,
-         "the daemon is busy, or waits for the directory: see its load and its log");
+         "the daemon is busy or waits for the directory: see its load and its log");
   return true;
 }
 
@@ -176,9 +176,9 @@ const char* healthAdvice(int result) {
     case VR_DISCONNECTED_MODE:
     case VR_NETWORK_ERROR:
     case VR_NO_DNS_SERVER:
-      return "check the network, the name servers and the clock; then run 'fokrazo network-changed'";
+      return "check the network, the name servers and the clock, then run 'fokrazo network-changed'";
     default:
-      return "the daemon's log tells more";
+      return "see the daemon's log";
   }
 }
 
@@ -188,7 +188,7 @@ void Doctor::checkHealth() {
   int value2 = 0;
   std::string message;
   if (m_daemon.session().systemHealthInfo(true, result, value1, value2, message) != 0)
-    return tell(Finding::Problem, "health", "the daemon does not answer", "start it again");
+    return tell(Finding::Problem, "health", "the daemon does not answer", "restart it");
   std::string text = LocalRpcSession::errorString(result);
   if (!message.empty()) text += ": " + shown(message);
   if (result == VR_SUCCESS) return tell(Finding::Ok, "health", text, "");
@@ -199,7 +199,7 @@ void Doctor::checkHealth() {
 void Doctor::checkJoined() {
   if (!joined())
     return tell(Finding::Problem, "joined", "this machine is not joined to a domain",
-                "join it; if that is under way, wait for its end");
+                "join it; if that is under way, wait until it is done");
   const std::string text = shown(GetSetting(SETTING_DOMAIN_NAME, "")) + " as " + shown(longJoinedHostName());
   try {
     CheckEssentialKSets();
@@ -225,10 +225,11 @@ ExitStatus doctor(Invocation& invocation) {
 
 const Command kCommands[] = {
     {"doctor", "", "find out what is wrong with this host, and what to do about it",
-     "Looks at the daemon's socket, who owns it and who answers there, the time of an exchange, the\n"
-     "daemon's health, the joined state and the configuration file. Each line is ok, a warning or a\n"
-     "problem, the latter two with what to do. Waits 10 seconds for the daemon unless --timeout says\n"
-     "otherwise. Exit status: 0 no problem, 1 a problem, 3 the daemon cannot be reached.\n",
+     "Checks the daemon's socket and its owner, the process that answers, the time of an exchange,\n"
+     "the daemon's own condition, the joined state and the configuration file. Each line says ok,\n"
+     "warning or problem; warnings and problems come with advice. Waits 10 seconds for the daemon\n"
+     "unless --timeout is given. Exit status: 0 no problem, 1 a problem, 3 the daemon cannot be\n"
+     "reached.\n",
      doctor},
 };
 

@@ -1,4 +1,4 @@
-// Asking for many objects: list, search, fetch.
+// Lookups in the directory: list, search, fetch.
 
 #include <vector>
 
@@ -16,7 +16,7 @@ namespace {
 
 using namespace vesk;
 
-// Of both ends of a listing, true is a failure.
+// The session's functions that start and end a listing return true on failure.
 void succeedOrRefuse(bool failed, const LocalRpcSession& session, const char* what) {
   if (!failed) return;
   const std::string& message = session.statusMessage();
@@ -24,7 +24,7 @@ void succeedOrRefuse(bool failed, const LocalRpcSession& session, const char* wh
                      (message.empty() ? "" : ": " + shown(message)));
 }
 
-// `next` prints one object, until it throws End.
+// Calls `next`, which prints one object, until it throws End.
 template <class End, class Start, class Next, class Finish>
 ExitStatus walk(const LocalRpcSession& session, Start start, Next next, Finish finish) {
   succeedOrRefuse(start(), session, "started");
@@ -58,7 +58,7 @@ ExitStatus list(Invocation& invocation) {
       [&] { return session.endListShadow(); });
 }
 
-// The attribute names as the session wants them; points into `names`.
+// The attribute names in the form that the session takes. The result points into `names`.
 std::vector<const char*> nullTerminated(const std::vector<std::string>& names) {
   std::vector<const char*> pointers;
   pointers.reserve(names.size() + 1);
@@ -123,16 +123,21 @@ ExitStatus fetch(Invocation& invocation) {
 }
 
 const Command kCommands[] = {
-    {"list", "users|groups|shadow", "list all of a kind, a line each", "", list},
+    {"list", "users|groups|shadow", "list all users, groups or shadow entries", "", list},
     {"search", "[--base DN] [--scope base|one|sub] [--page N] [--limit N] [--domain D] FILTER [ATTRIBUTE …]",
      "search the directory with an LDAP filter",
-     "  --base DN      where to begin (default: the top of the domain)\n"
-     "  --scope S      base, one or sub (default)\n"
-     "  --page N       let the daemon hand the result out in pages of N\n"
+     "  --base DN      start here (default: the top of the domain)\n"
+     "  --scope S      search this object (base), one level below it (one), or all of it\n"
+     "                 (sub, the default)\n"
+     "  --page N       fetch the result in pages of N objects\n"
      "  --limit N      stop after N objects\n"
-     "  --domain D     the domain to ask (default: the host's)\n",
+     "  --domain D     search this domain (default: the host's)\n"
+     "Prints the named attributes, or all of them.\n",
      search},
-    {"fetch", "[--domain D] DN [ATTRIBUTE …]", "fetch one object from the directory", "", fetch},
+    {"fetch", "[--domain D] DN [ATTRIBUTE …]", "fetch one object by its DN",
+     "  --domain D     search this domain (default: the host's)\n"
+     "Prints the named attributes, or all of them.\n",
+     fetch},
 };
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Asking for one object: ping, user, group, object, shadow.
+// Lookups of one object: ping, user, group, object, shadow.
 
 #include <cctype>
 #include <cstdio>
@@ -22,10 +22,13 @@ using namespace vesk;
 
 enum class KeyKind { Name, Id, Sid, Guid };
 
+// What to look up; the field of its kind is set.
 struct Key {
   KeyKind kind;
   std::string text;
   unsigned id = 0;
+  SID sid = SID();
+  Guid guid = Guid();
 };
 
 bool looksLikeSid(const std::string& text) {
@@ -41,7 +44,14 @@ KeyKind kindByName(const std::string& name) {
   throw UsageError("option --by takes name, id, sid or guid, not '" + name + "'");
 }
 
-// A key tells its kind by its form; `by` settles what is meant where a name has the form of something else.
+Guid readGuid(const std::string& text) {
+  if (!Guid::isValidGuidStringFormat(text.c_str())) throw UsageError("'" + text + "' is not a GUID");
+  Guid guid;
+  guid.fromRealMSString(text);
+  return guid;
+}
+
+// The form of a key decides what kind it is, unless `by` says so.
 Key makeKey(const std::string& text, const std::string& by) {
   Key key{KeyKind::Name, text};
   const bool isNumber = readNumber(key.text, key.id);
@@ -54,15 +64,10 @@ Key makeKey(const std::string& text, const std::string& by) {
   else if (Guid::isValidGuidStringFormat(key.text.c_str()))
     key.kind = KeyKind::Guid;
   if (key.text.empty()) throw UsageError("the name is empty");
-  if (key.kind == KeyKind::Id && !isNumber) throw UsageError("'" + key.text + "' is no numeric id");
+  if (key.kind == KeyKind::Sid) key.sid = readSidText(key.text);
+  if (key.kind == KeyKind::Guid) key.guid = readGuid(key.text);
+  if (key.kind == KeyKind::Id && !isNumber) throw UsageError("'" + key.text + "' is not a number");
   return key;
-}
-
-Guid guidOf(const Key& key) {
-  if (!Guid::isValidGuidStringFormat(key.text.c_str())) throw UsageError("'" + key.text + "' is no GUID");
-  Guid guid;
-  guid.fromRealMSString(key.text);
-  return guid;
 }
 
 int takeFlags(Arguments& arguments) {
@@ -78,9 +83,9 @@ boost::shared_ptr<User> findUser(LocalRpcSession& session, const Key& key, int f
     case KeyKind::Id:
       return session.getUser(static_cast<int>(key.id), flags);
     case KeyKind::Sid:
-      return session.getUser(readSidText(key.text), flags);
+      return session.getUser(key.sid, flags);
     case KeyKind::Guid:
-      return session.getUser(guidOf(key), flags);
+      return session.getUser(key.guid, flags);
     default:
       return session.getUser(key.text, flags);
   }
@@ -91,9 +96,9 @@ boost::shared_ptr<Group> findGroup(LocalRpcSession& session, const Key& key, int
     case KeyKind::Id:
       return session.getGroup(static_cast<int>(key.id), flags);
     case KeyKind::Sid:
-      return session.getGroup(readSidText(key.text), flags);
+      return session.getGroup(key.sid, flags);
     case KeyKind::Guid:
-      return session.getGroup(guidOf(key), flags);
+      return session.getGroup(key.guid, flags);
     default:
       return session.getGroup(key.text, flags);
   }
@@ -101,7 +106,7 @@ boost::shared_ptr<Group> findGroup(LocalRpcSession& session, const Key& key, int
 
 // A user, or else a group.
 ADObject findObject(LocalRpcSession& session, const Key& key, int flags) {
-  if (key.kind == KeyKind::Sid) return session.getObject(readSidText(key.text), flags)->getObject();
+  if (key.kind == KeyKind::Sid) return session.getObject(key.sid, flags)->getObject();
   try {
     return findUser(session, key, flags)->getObject();
   } catch (const NotFoundException&) {
@@ -116,7 +121,7 @@ ExitStatus ping(Invocation& invocation) {
   return kFound;
 }
 
-// Answers each key of standard input, so that one connection serves many. One that is no key is not found.
+// Looks up each key of standard input over one connection. A malformed key counts as not found.
 template <class Answer>
 ExitStatus answerInput(const std::string& by, Answer answer) {
   ExitStatus status = kFound;
@@ -184,29 +189,30 @@ ExitStatus shadow(Invocation& invocation) {
 }
 
 constexpr char kKeyHelp[] =
-    "A key tells by its form what it is: digits are an id, S-… is a SID, the form\n"
-    "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx is a GUID, all else is a name.\n"
-    "  -              read the keys from standard input, one a line, over one connection\n"
-    "  --by KIND      take it as a name, id, sid or guid\n"
-    "  --unix-only    find accounts with a Unix profile alone\n"
-    "  --refresh      let the daemon ask the directory before its cache\n"
-    "  --membership   want the group memberships too\n";
+    "Digits are an id, S-… is a SID, xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx is a GUID,\n"
+    "and anything else is a name.\n"
+    "  -              read the keys from standard input, one per line\n"
+    "  --by KIND      what the key is: name, id, sid or guid\n"
+    "  --unix-only    find only accounts with a Unix profile\n"
+    "  --refresh      ask the directory, not the daemon's cache\n"
+    "  --membership   fetch the group memberships too\n";
 
 const Command kCommands[] = {
-    {"ping", "", "ask whether the daemon is there", "", ping},
-    {"user", "[--by KIND] [FLAG …] NAME|UID|SID|GUID|-", "find a user; prints a passwd line", kKeyHelp, user},
-    {"group", "[--by KIND] [FLAG …] NAME|GID|SID|GUID|-", "find a group; prints a group line", kKeyHelp,
+    {"ping", "", "check that the daemon answers", "", ping},
+    {"user", "[--by KIND] [FLAG …] NAME|UID|SID|GUID|-", "look up a user; prints a passwd line", kKeyHelp,
+     user},
+    {"group", "[--by KIND] [FLAG …] NAME|GID|SID|GUID|-", "look up a group; prints a group line", kKeyHelp,
      group},
-    {"object", "[--by KIND] [FLAG …] NAME|ID|SID|GUID|-", "find a user or a group; prints all its attributes",
-     kKeyHelp, object},
-    {"shadow", "[--refresh] NAME", "find a user's password ageing; prints a shadow line",
-     "  --refresh      let the daemon ask the directory before its cache\n", shadow},
+    {"object", "[--by KIND] [FLAG …] NAME|ID|SID|GUID|-",
+     "look up a user or group; prints all its attributes", kKeyHelp, object},
+    {"shadow", "[--refresh] NAME", "look up a user's password ageing; prints a shadow line",
+     "  --refresh      ask the directory, not the daemon's cache\n", shadow},
 };
 
 }  // namespace
 
 Family lookupCommands() {
-  return {"Ask for an object", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Look up one object", kCommands, sizeof kCommands / sizeof *kCommands};
 }
 
 }  // namespace cli

@@ -1,4 +1,4 @@
-// The machine's own state, with no daemon: conf, setting, joined, os.
+// This machine's own state, without the daemon: setting, joined, os.
 
 #include <cstring>
 #include <set>
@@ -18,11 +18,11 @@ namespace {
 using namespace vesk;
 
 ExitStatus printSetting(Output& output, const std::string& name, const std::string& value) {
-  output.record(Record().text("name", name).text("value", value), name + ": " + shown(value));
+  output.record(Record().text("name", name).text("value", value), shown(name) + ": " + shown(value));
   return kFound;
 }
 
-// Values that are just being written have files of their own.
+// Adds the names of the settings in a directory, without files that are just being written.
 void addSettings(const std::string& dir, bool (*isWanted)(const char*), std::set<std::string>& names) {
   const Path directory(dir);
   if (!Path::exists(directory)) return;
@@ -98,14 +98,14 @@ ExitStatus os(Invocation& invocation) {
 
 const Command kCommands[] = {
     {"setting", "get NAME | list", "show the machine's settings", "", setting},
-    {"joined", "", "ask whether this machine is joined to a domain", "", joinedState},
-    {"os", "", "show the name and version of the operating system", "", os},
+    {"joined", "", "check whether this machine is joined to a domain", "", joinedState},
+    {"os", "", "show the operating system's name and version", "", os},
 };
 
 }  // namespace
 
 Family machineCommands() {
-  return {"Look at this machine", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Inspect this machine", kCommands, sizeof kCommands / sizeof *kCommands};
 }
 
 }  // namespace cli

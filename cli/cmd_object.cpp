@@ -1,11 +1,11 @@
-// Looking inside serialized objects, with no daemon: blob, dict.
+// Serialized objects, without the daemon: blob, dict.
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <iostream>
 #include <memory>
+#include <sstream>
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
@@ -22,7 +22,7 @@ namespace {
 
 using namespace vesk;
 
-// No object of a directory comes near it.
+// Far above any object of a directory.
 constexpr size_t kLargestBlob = size_t{1} << 30;
 
 std::string nameOf(const std::string& path) {
@@ -41,7 +41,7 @@ std::string readAll(const std::string& path) {
   char buffer[16384];
   while (size_t count = fread(buffer, 1, sizeof buffer, file)) {
     bytes.append(buffer, count);
-    if (bytes.size() > kLargestBlob) throw UsageError(nameOf(path) + ": too large for an object");
+    if (bytes.size() > kLargestBlob) throw UsageError(nameOf(path) + ": larger than any object");
   }
   if (ferror(file)) throw UsageError(nameOf(path) + ": " + strerror(errno));
   return bytes;
@@ -55,8 +55,9 @@ ExitStatus showBlob(Output& output, std::string bytes, const std::string* attrib
   } else if (output.json()) {
     printObject(output, object);
   } else {
-    object.sdump(std::cout);
-    std::cout.flush();
+    std::ostringstream dump;
+    object.sdump(dump);
+    output.print(dump.str());
   }
   return kFound;
 }
@@ -83,7 +84,7 @@ int takeChecksum(Arguments& arguments) {
   if (!arguments.option("--sum", text)) return GetDictionarySum();
   char* end = nullptr;
   const unsigned long sum = strtoul(text.c_str(), &end, 16);
-  if (text.empty() || *end != '\0' || sum > INT32_MAX) throw UsageError("'" + text + "' is no checksum");
+  if (text.empty() || *end != '\0' || sum > INT32_MAX) throw UsageError("'" + text + "' is not a checksum");
   return static_cast<int>(sum);
 }
 
@@ -121,19 +122,20 @@ ExitStatus dict(Invocation& invocation) {
 
 const Command kCommands[] = {
     {"blob", "[--attribute NAME] [FILE|-]", "show a serialized object",
-     "  --attribute A  show one attribute alone\n", blob},
+     "  --attribute A  show only this attribute\nReads standard input if there is no FILE.\n", blob},
     {"dict", "[--sum HEX | --release VERSION] [INDEX|TEXT …] | --releases",
-     "show the string dictionary of the serialized objects",
-     "  --sum HEX      the list of that checksum and not the current one\n"
-     "  --release V    the list that a release wrote with\n"
-     "  --releases     the releases and their checksums\n",
+     "show the string dictionary of serialized objects",
+     "  --sum HEX      show the dictionary with this checksum, not the current one\n"
+     "  --release V    show the dictionary of this release\n"
+     "  --releases     list the releases and their checksums\n"
+     "Prints the entries with the given indices or texts, or all of them.\n",
      dict},
 };
 
 }  // namespace
 
 Family objectCommands() {
-  return {"Look inside an object", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Inspect serialized objects", kCommands, sizeof kCommands / sizeof *kCommands};
 }
 
 }  // namespace cli

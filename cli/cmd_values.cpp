@@ -1,4 +1,4 @@
-// Looking inside values, with no daemon: sid, guid, dn.
+// Conversions of values, without the daemon: sid, guid, dn.
 
 #include <cctype>
 #include <stdexcept>
@@ -19,18 +19,21 @@ using namespace vesk;
 
 SID readSid(const std::string& text) {
   if (startsWith(text, "S-", false, false)) return readSidText(text);
+  const bool isExtended = text.find("<SID=") != std::string::npos;
   SID sid;
   try {
-    if (text.find("<SID=") != std::string::npos)
+    if (isExtended)
       sid.fromExtendedDN(text);
     else if (text.compare(0, 1, "\\") == 0)
       sid.fromEscapedString(text);
     else
       sid.fromB64String(text);
   } catch (const VESKException& error) {
-    throw UsageError("'" + text + "' is no SID: " + error.what());
+    throw UsageError("'" + text + "' is not a SID: " + error.what());
   }
-  if (sid.isNull()) throw UsageError("'" + text + "' is no SID: it has no digits");
+  if (isExtended && lower(text).find(lower(sid.toDN())) == std::string::npos)
+    throw UsageError("'" + text + "' is not a SID: it would be read as " + sid.toMSString());
+  if (sid.isNull()) throw UsageError("'" + text + "' is not a SID: it has no digits");
   return sid;
 }
 
@@ -66,7 +69,7 @@ Guid readGuid(const std::string& text, bool stored) {
     try {
       guid.fromExtendedDN(text);
     } catch (const VESKException&) {
-      throw UsageError("'" + text + "' is no GUID");
+      throw UsageError("'" + text + "' is not a GUID");
     }
   }
   return guid;
@@ -86,7 +89,7 @@ ExitStatus guid(Invocation& invocation) {
   return kFound;
 }
 
-// What `fokrazo dn` can do to a text.
+// The operations of `fokrazo dn`.
 constexpr struct {
   const char* name;
   std::string (*operation)(const std::string&);
@@ -108,7 +111,7 @@ constexpr struct {
 };
 
 [[noreturn]] void refuseDn(const std::string& text, const std::string& name, const std::string& why) {
-  throw UsageError("'" + text + "' is no text for dn " + name + why);
+  throw UsageError("'" + text + "' is not valid for dn " + name + why);
 }
 
 ExitStatus dn(Invocation& invocation) {
@@ -120,7 +123,7 @@ ExitStatus dn(Invocation& invocation) {
     try {
       const std::string result = row.operation(text);
       invocation.output.record(Record().text(row.name, result), result);
-    } catch (const std::out_of_range&) {  // it ends where a part of a DN should be
+    } catch (const std::out_of_range&) {  // the text ends where a part of a DN should follow
       refuseDn(text, name, "");
     } catch (const std::exception& error) {
       refuseDn(text, name, std::string(": ") + error.what());
@@ -132,10 +135,10 @@ ExitStatus dn(Invocation& invocation) {
 
 const Command kCommands[] = {
     {"sid", "SID", "show a SID in all its forms",
-     "The SID is given as S-…, in base 64, with backslashes, or as <SID=…>.\n", sid},
+     "Reads S-…, base 64, bytes with backslashes (\\01\\05…), and <SID=…>.\n", sid},
     {"guid", "[--stored] GUID", "show a GUID in all its forms",
-     "The GUID is given in its text form, as 32 digits in stored order, or as <GUID=…>.\n"
-     "  --stored       the text form too has the bytes in stored order\n",
+     "Reads the text form, 32 digits in stored order, and <GUID=…>.\n"
+     "  --stored       the bytes of the text form are in stored order, too\n",
      guid},
     {"dn", "OPERATION TEXT", "convert a distinguished name",
      "Operations: escape, unescape, escape-ldap, unescape-ldap, escape-filter,\n"
@@ -147,7 +150,7 @@ const Command kCommands[] = {
 }  // namespace
 
 Family valueCommands() {
-  return {"Look inside a value", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Convert values", kCommands, sizeof kCommands / sizeof *kCommands};
 }
 
 }  // namespace cli

@@ -23,7 +23,7 @@ using namespace vesk;
 
 constexpr char kCheck[] = "configuration";
 
-// What a value must be. A complaint says what was expected; empty if the value will do.
+// Returns what the value should be; empty if the value is valid.
 using Judge = std::string (*)(const std::string& value);
 
 std::string text(const std::string&) {
@@ -37,7 +37,7 @@ std::string level(const std::string& value) {
 }
 
 std::string facility(const std::string& value) {
-  return TextToFacility(value) >= 0 ? "" : "a facility of syslog, such as auth or daemon";
+  return TextToFacility(value) >= 0 ? "" : "a syslog facility such as auth or daemon";
 }
 
 std::string boolean(const std::string& value) {
@@ -54,18 +54,18 @@ std::string number(const std::string& value) {
   return isWhole && result >= 0 && result <= 0x7fffffff ? "" : "a whole number of 0 or more, without a unit";
 }
 
-// As Properties::getTime takes it: -1 stands for "without end".
+// As Properties::getTime reads it; -1 means "without end".
 std::string time(const std::string& value) {
   char unit = '\0';
   char more = '\0';
   long count = 0;
   const int fields = sscanf(value.c_str(), "%ld%c%c", &count, &unit, &more);
   const bool hasUnit = fields == 2 && strchr("smhdwMy", unit) != nullptr;
-  return count >= -1 && (fields == 1 || hasUnit) ? ""
-                                                 : "a time: a number and s, m, h, d, w, M or y behind it";
+  const bool isTime = count >= -1 && (fields == 1 || hasUnit);
+  return isTime ? "" : "a time: a number, which s, m, h, d, w, M or y may follow";
 }
 
-std::string timeAboveNothing(const std::string& value) {
+std::string timeAboveZero(const std::string& value) {
   return atoi(value.c_str()) > 0 ? time(value) : "a time above 0";
 }
 
@@ -77,7 +77,7 @@ std::string destination(const std::string& value) {
   return value == "syslog" || value == "file" || value[0] == '/' ? "" : "syslog, file or an absolute path";
 }
 
-// The keys that the library reads. What stands behind a stem's dot is a name of the administrator's.
+// The keys that the library reads. After a stem and a dot comes a name that the administrator chooses.
 struct Key {
   const std::string& name;
   Judge judge;
@@ -99,7 +99,7 @@ const Key kKeys[] = {
     {PN::LOGGER_PROGRAM_IGNORE, text},
     {PN::LOGGER_QUEUE_SIZE, number},
     {PN::LOGGER_SHOW_MORE, number, Key::PlainOrStem},
-    {PN::LRPC_CONNECT_TIMEOUT, timeAboveNothing},
+    {PN::LRPC_CONNECT_TIMEOUT, timeAboveZero},
     {PN::LRPC_SESSION_TIMEOUT, number},
     {PN::LRPC_TIMEOUT, time},
     {PN::VESKD_STACKSIZE_CLIENT_THREADS, number},
@@ -114,7 +114,7 @@ const Key kKeys[] = {
     {PN::NSS_NOLOGIN_SHELL, text},
 };
 
-// All keys that begin so are the library's own.
+// Every key that begins like this is the library's own.
 constexpr const char* kOwnFamilies[] = {"log", "log.", "logger.", "lrpc."};
 
 bool beginsWith(const std::string& key, const std::string& prefix) {
@@ -130,8 +130,8 @@ bool isOwn(const std::string& key) {
 
 bool fits(const Key& row, const std::string& key) {
   const bool isPlain = strcasecmp(key.c_str(), row.name.c_str()) == 0;
-  const bool isBehindStem = key.size() > row.name.size() + 1 && beginsWith(key, row.name + '.');
-  return (isPlain && row.form != Key::Stem) || (isBehindStem && row.form != Key::Plain);
+  const bool hasStem = key.size() > row.name.size() + 1 && beginsWith(key, row.name + '.');
+  return (isPlain && row.form != Key::Stem) || (hasStem && row.form != Key::Plain);
 }
 
 const Key* findKey(const std::string& key) {
@@ -140,7 +140,7 @@ const Key* findKey(const std::string& key) {
   return nullptr;
 }
 
-// Collects what is wrong.
+// Collects the findings.
 class Complaints {
  public:
   void add(Finding::State state, const std::string& text, const std::string& advice) {
@@ -159,10 +159,11 @@ void checkFile(const std::string& path, const struct stat& info, Complaints& com
                    path + " belongs to user " + std::to_string(info.st_uid) + ", not to root",
                    "chown root " + path);
   if ((info.st_mode & (S_IWGRP | S_IWOTH)) != 0)
-    complaints.add(Finding::Problem, path + " may be changed by others than its owner", "chmod go-w " + path);
+    complaints.add(Finding::Problem, path + " can be changed by users other than its owner",
+                   "chmod go-w " + path);
 }
 
-// The library takes the last line of a key and says nothing of the others.
+// The library silently uses the last of several lines with one key.
 void checkLines(std::istream& stream, Complaints& complaints) {
   std::map<std::string, int, StringCaseLessThan> counts;
   std::string line;
@@ -171,8 +172,8 @@ void checkLines(std::istream& stream, Complaints& complaints) {
   while (stream) {
     Properties::getLine(stream, line);
     if (Properties::getPropertyFromLine(line, key, value) && ++counts[key] == 2)
-      complaints.add(Finding::Warning, shown(key) + " is there more than once; the last line counts",
-                     "remove the others");
+      complaints.add(Finding::Warning, shown(key) + " occurs more than once; the last line counts",
+                     "remove the other lines");
   }
 }
 
@@ -181,7 +182,7 @@ const char* whyRefused(int status) {
     case SECURE_OPEN_MISSING:
       return "does not exist";
     case SECURE_OPEN_DENIED:
-      return "may not be read by this user";
+      return "cannot be read by this user";
     case SECURE_OPEN_SYMLINK:
       return "is a symbolic link";
     case SECURE_OPEN_HARDLINKED:
@@ -189,7 +190,7 @@ const char* whyRefused(int status) {
     case SECURE_OPEN_FOREIGN_OWNER:
       return "does not belong to root";
     case SECURE_OPEN_WORLD_WRITABLE:
-      return "may be changed by anybody";
+      return "can be changed by every user";
     default:
       return "cannot be read";
   }
@@ -202,7 +203,7 @@ void checkReference(const std::string& key, const std::string& value, Complaints
     fclose(file);
   else
     complaints.add(Finding::Problem, key + ": " + shown(path) + ' ' + whyRefused(status),
-                   "make it a plain file of root's that nobody else may change");
+                   "make it a regular file that belongs to root and that nobody else can change");
 }
 
 void checkValue(const std::string& key, const std::string& value, Complaints& complaints) {
@@ -210,14 +211,14 @@ void checkValue(const std::string& key, const std::string& value, Complaints& co
   const Key* row = findKey(key);
   if (!row) {
     if (isOwn(key))
-      complaints.add(Finding::Warning, shown(key) + " is no key, and nothing reads it",
+      complaints.add(Finding::Warning, shown(key) + " is not a key of the library",
                      "see velmora.conf(5) for the keys");
     return;
   }
   const std::string expected = value.empty() ? "" : row->judge(value);
   if (!expected.empty())
     complaints.add(Finding::Problem, shown(key) + ": '" + shown(value) + "' is not " + expected,
-                   "correct it; until then the default or a part of it counts, see velmora.conf(5)");
+                   "correct it; until then the default or a part of the value counts, see velmora.conf(5)");
 }
 
 void checkContents(const std::string& path, Complaints& complaints) {
@@ -237,11 +238,12 @@ std::vector<Finding> checkConfiguration(const std::string& path) {
   struct stat info;
   if (stat(path.c_str(), &info) != 0) {
     complaints.add(Finding::Warning, path + ": " + strerror(errno) + "; every key has its default",
-                   "make one; it may be empty");
+                   "create it; it may be empty");
     return complaints.take();
   }
   if (!S_ISREG(info.st_mode)) {
-    complaints.add(Finding::Problem, path + " is no plain file", "put one in its place; it may be empty");
+    complaints.add(Finding::Problem, path + " is not a regular file",
+                   "replace it with a regular file; it may be empty");
     return complaints.take();
   }
   checkFile(path, info, complaints);

@@ -1,4 +1,4 @@
-/// The configuration file, read as an administrator would like to have it read: aloud.
+/// Finds mistakes in the configuration file that the library ignores, at most with a line in its log.
 #pragma once
 
 #include <string>
@@ -8,9 +8,8 @@
 
 namespace cli {
 
-/// What is wrong with the file and with the values that the library reads from it, all of which the library
-/// itself passes over with a line in its log or with none. One finding that all is well, if so. Keys of the
-/// family's other programs are theirs to judge.
+/// Checks the file itself and the values that the library reads from it. Returns one finding of state Ok if
+/// there is no mistake. Keys of other programs are not checked.
 std::vector<Finding> checkConfiguration(const std::string& path);
 
 }  // namespace cli

@@ -1,4 +1,4 @@
-/// How the tool ends, and the ways in which a command gives up on its own account.
+/// The exit status of the tool, and the failures that it reports itself.
 #pragma once
 
 #include <stdexcept>
@@ -11,22 +11,22 @@ enum ExitStatus : int {
   kRefused = 1,   // not found, false, refused
   kUsage = 2,     // the command line is wrong
   kNoDaemon = 3,  // the daemon cannot be reached
-  kFailed = 4,    // anything else
+  kFailed = 4,    // any other failure
 };
 
-/// The command line is wrong; what() says what is wrong with what.
+/// The command line is wrong.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// What was asked for is not there or not granted; what() says why.
+/// There is no such thing, or it is not allowed.
 class RefusedError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// The daemon cannot be reached; what() says why.
+/// The daemon cannot be reached, or is not to be trusted.
 class NoDaemonError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

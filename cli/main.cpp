@@ -1,4 +1,4 @@
-// fokrazo: asks the daemon what a person wants to know, and looks inside the values that it deals in.
+// fokrazo: the command-line tool. Asks the daemon, and shows the values and files that it works with.
 
 #include <sys/un.h>
 
@@ -11,7 +11,6 @@
 #include <fokrazo/outcome.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
-#include <fokrazo/session.h>
 #include "cli/command.h"
 
 namespace cli {
@@ -44,9 +43,9 @@ void printHelp() {
     for (const Command& command : family) printf("  %-16s %s\n", command.name, command.summary);
   }
   printf(
-      "\nfokrazo COMMAND --help tells more of one.\n"
-      "Exit status: 0 found, true or done; 1 not found, false or refused; 2 usage;\n"
-      "3 the daemon cannot be reached; 4 another failure.\n");
+      "\nfokrazo COMMAND --help describes one command.\n"
+      "Exit status: 0 found, true or done; 1 not found, false or refused; 2 wrong usage;\n"
+      "3 the daemon cannot be reached; 4 any other failure.\n");
 }
 
 void printHelp(const Command& command) {
@@ -54,6 +53,7 @@ void printHelp(const Command& command) {
          command.synopsis, command.summary, command.help);
 }
 
+// The options before the command's name.
 struct Settings {
   std::string socketPath = vesk::paths::kDaemonSocket;
   std::string timeout;
@@ -62,7 +62,6 @@ struct Settings {
   bool help = false;
 };
 
-// Options in front of the command's name.
 Settings takeSettings(Arguments& arguments) {
   Settings settings;
   for (;;) {
@@ -77,7 +76,7 @@ Settings takeSettings(Arguments& arguments) {
   }
 }
 
-// A session would cut it, and ask another daemon than the one that was named.
+// A session would cut the path, and connect to another socket than the one that was named.
 void refuseLongPath(const std::string& path) {
   constexpr size_t kLongest = sizeof sockaddr_un::sun_path - 1;
   if (path.size() > kLongest)
@@ -125,7 +124,7 @@ ExitStatus run(int argc, char** argv) {
     return runCommand(argc, argv);
   } catch (const UsageError& error) {
     complain(error.what());
-    fprintf(stderr, "fokrazo --help lists the commands.\n");
+    fprintf(stderr, "Run fokrazo --help for the list of commands.\n");
     return kUsage;
   } catch (const NoDaemonError& error) {
     return fail(kNoDaemon, error.what());
@@ -143,21 +142,6 @@ ExitStatus run(int argc, char** argv) {
 }
 
 }  // namespace
-
-Daemon::Daemon(std::string socketPath) : m_socketPath(std::move(socketPath)) {}
-Daemon::~Daemon() = default;
-
-vesk::LocalRpcSession& Daemon::session() {
-  if (m_session) return *m_session;
-  boost::scoped_ptr<vesk::LocalRpcSession> session(new vesk::LocalRpcSession(m_socketPath, false, false));
-  try {
-    session->reConnect(true);
-  } catch (const VESKException& error) {
-    throw NoDaemonError("no daemon at " + m_socketPath + ": " + error.what());
-  }
-  m_session.swap(session);
-  return *m_session;
-}
 
 }  // namespace cli
 

@@ -4,51 +4,30 @@
 #include <cstdio>
 
 #include <fokrazo/strutil.h>
+#include <fokrazo/utf8.h>
 
 namespace cli {
 
 namespace {
 
-// The length of the well-formed UTF-8 sequence (RFC 3629) at `position`, 0 if there is none.
-size_t utf8Length(const std::string& text, size_t position) {
-  const auto byte = [&](size_t i) -> unsigned char { return i < text.size() ? text[i] : 0; };
-  const unsigned char lead = byte(position);
-  if (lead < 0x80) return 1;
-  const size_t length = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : 2;
-  if (lead < 0xc2 || lead > 0xf4) return 0;
-  for (size_t i = 1; i < length; ++i)
-    if ((byte(position + i) & 0xc0) != 0x80) return 0;
-  const unsigned char second = byte(position + 1);
-  const bool overlong = (lead == 0xe0 && second < 0xa0) || (lead == 0xf0 && second < 0x90);
-  const bool surrogate = lead == 0xed && second > 0x9f;
-  const bool beyond = lead == 0xf4 && second > 0x8f;
-  return overlong || surrogate || beyond ? 0 : length;
-}
-
-// The length of the control character at `position`, 0 if there is none. Those behind DEL are two bytes.
-size_t controlLength(const std::string& text, size_t position) {
-  const unsigned char byte = text[position];
-  if (byte < 0x20 || byte == 0x7f) return 1;
-  if (byte != 0xc2 || position + 1 == text.size()) return 0;
-  const unsigned char second = text[position + 1];
-  return second >= 0x80 && second < 0xa0 ? 2 : 0;
-}
-
 bool isText(const std::string& value) {
   for (size_t i = 0; i < value.size();) {
-    const size_t length = utf8Length(value, i);
-    if (length == 0 || controlLength(value, i) != 0) return false;
-    i += length;
+    const vesk::Utf8Character character = vesk::utf8At(value, i);
+    if (character.length == 0 || vesk::isTerminalControl(character.code)) return false;
+    i += character.length;
   }
   return true;
 }
 
-std::string withoutControls(const std::string& text) {
+// The text with "?" for what a terminal would obey and for bytes that are not UTF-8, except for `kept`.
+std::string withoutControls(const std::string& text, char kept = '\0') {
   std::string out;
   for (size_t i = 0; i < text.size();) {
-    const size_t control = controlLength(text, i);
-    out += control != 0 ? '?' : text[i];
-    i += std::max<size_t>(control, 1);
+    const vesk::Utf8Character character = vesk::utf8At(text, i);
+    const bool isHarmless = character.length != 0 && !vesk::isTerminalControl(character.code);
+    const size_t length = std::max<size_t>(character.length, 1);
+    out += isHarmless || (text[i] == kept && kept != '\0') ? text.substr(i, length) : "?";
+    i += length;
   }
   return out;
 }
@@ -82,9 +61,9 @@ std::string lineField(const std::string& value) {
   return out;
 }
 
-void complain(const std::string& what) {
+void complain(const std::string& message) {
   fflush(stdout);
-  fprintf(stderr, "fokrazo: %s\n", withoutControls(what).c_str());
+  fprintf(stderr, "fokrazo: %s\n", withoutControls(message).c_str());
 }
 
 Record& Record::text(const std::string& name, const std::string& value) {
@@ -130,12 +109,20 @@ std::string Record::json() const {
 std::string Record::lines() const {
   std::string out;
   for (const Field& field : m_fields)
-    for (const std::string& value : field.values) out += field.name + ": " + shown(value) + '\n';
+    for (const std::string& value : field.values) out += shown(field.name) + ": " + shown(value) + '\n';
   return out;
 }
 
-void Output::record(const Record& record, const std::string& line) {
-  printf("%s\n", m_json ? record.json().c_str() : line.c_str());
+void Output::record(const Record& record, const std::string& text) {
+  if (m_json)
+    printf("%s\n", record.json().c_str());
+  else
+    print(text + '\n');
+}
+
+void Output::print(const std::string& text) {
+  const std::string visible = withoutControls(text, '\n');
+  fwrite(visible.data(), 1, visible.size(), stdout);
 }
 
 void Output::record(const Record& record) {

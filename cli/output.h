@@ -1,4 +1,6 @@
 /// What a command prints: one record at a time, as a line for people and cut(1), or as a JSON object.
+/// Nothing that came from outside reaches a terminal as a command to it: control characters, marks that
+/// change the direction of text, and bytes that are not UTF-8 are replaced, in names as well as in values.
 #pragma once
 
 #include <list>
@@ -15,7 +17,7 @@ class Record {
   Record& boolean(const std::string& name, bool value);
   Record& texts(const std::string& name, const std::list<std::string>& values);
 
-  /// {"name":"value", …}; bytes that are not printable text appear in hexadecimal.
+  /// {"name":"value", …}; names and values as shown() returns them.
   std::string json() const;
   /// One "name: value" line for each value.
   std::string lines() const;
@@ -33,15 +35,19 @@ class Record {
   std::vector<Field> m_fields;
 };
 
-/// Where records go.
+/// Prints records to standard output.
 class Output {
  public:
   explicit Output(bool json) : m_json(json) {}
 
   bool json() const { return m_json; }
-  /// The record as a JSON line, or `line` with an end of line.
-  void record(const Record& record, const std::string& line);
-  /// The record as a JSON line, or as its own lines, with an empty line between two records.
+  /// Prints the record as a JSON line, or `text` and a newline. In `text`, which may have several lines, what
+  /// a terminal would obey appears as "?".
+  void record(const Record& record, const std::string& text);
+  /// Prints text as the first form of record() does, without adding a newline, whether --json is given or
+  /// not.
+  static void print(const std::string& text);
+  /// Prints the record as a JSON line, or as its own lines, with an empty line between two records.
   void record(const Record& record);
 
  private:
@@ -49,14 +55,14 @@ class Output {
   bool m_isFirst = true;
 };
 
-/// A value as a terminal can show it: text in UTF-8 without controls as it stands, anything else in
-/// hexadecimal.
+/// A value as a terminal can show it: as it is if it is UTF-8 without control characters and direction marks,
+/// otherwise in hexadecimal.
 std::string shown(const std::string& value);
-/// A text of several lines, each as shown() has it.
+/// A text of several lines, each as shown() returns it.
 std::string shownLines(const std::string& text);
-/// A field of a passwd- or group-style line: what would break the line is shown as "?".
+/// A field of a passwd- or group-style line: what would break the line, or be obeyed by a terminal, is "?".
 std::string lineField(const std::string& value);
-/// Prints a complaint to standard error, behind what has been printed until now. Controls appear as "?".
-void complain(const std::string& what);
+/// Prints a message to standard error, after everything printed so far. What a terminal would obey is "?".
+void complain(const std::string& message);
 
 }  // namespace cli

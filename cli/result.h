@@ -1,4 +1,4 @@
-/// Answers on their way to the exit status.
+/// Turns what the daemon answered into the exit status.
 #pragma once
 
 #include <fokrazo/error_util.h>
@@ -13,10 +13,11 @@ namespace cli {
 
 class Output;
 
-/// Prints a result with the daemon's own message, if it sent one; 0 is success, anything else a refusal.
+/// Prints a result with the daemon's own message, if it sent one. Result 0 is success; any other is a
+/// refusal.
 ExitStatus report(Output& output, const vesk::LocalRpcSession& session, int result);
 
-/// What `question` gives. `name` is what it asks for: if that is not there, the complaint begins with it.
+/// Returns what `question` returns. If it finds nothing, the message begins with `name`.
 /// @throws RefusedError
 template <class Question>
 decltype(auto) named(const std::string& name, Question question) {
@@ -27,7 +28,7 @@ decltype(auto) named(const std::string& name, Question question) {
   }
 }
 
-/// What `question` gives, an operation that says by an exception that there is nothing of that name.
+/// Returns what `question` returns: an operation that reports a refusal by these exceptions.
 /// @throws RefusedError
 template <class Question>
 auto orRefused(Question question) {

@@ -16,11 +16,11 @@ namespace cli {
 
 namespace {
 
-// No password is as long; it bounds what a wrong descriptor can feed us.
+// Longer than any password: the bound for a wrong descriptor that never ends.
 constexpr size_t kLongestPassword = 4096;
 
-// Reads byte by byte, so that what follows the line stays for the next reader. The room is reserved before
-// the first byte, so that no copy is left behind by growth.
+// Reads byte by byte, so that what follows the line stays for the next reader. Reserves the memory first, so
+// that the text does not grow and leave copies of itself.
 vesk::Shredder readLine(int descriptor) {
   vesk::Shredder line;
   line.reserve(kLongestPassword);
@@ -29,18 +29,20 @@ vesk::Shredder readLine(int descriptor) {
     const ssize_t count = read(descriptor, &c, 1);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) throw std::runtime_error(std::string("the password cannot be read: ") + strerror(errno));
-    if (count == 0 && line.empty()) throw std::runtime_error("no password given");
+    if (count == 0 && line.empty()) throw std::runtime_error("there is no password to read");
     if (count == 0 || c == '\n') return line;
     if (line.size() == kLongestPassword) throw std::runtime_error("the password is too long");
     line.push_back(c);
   }
 }
 
-// What a person types. A signal finds the terminal as it was.
+// Returns what a person types. The terminal gets its settings back before a signal is handled.
 vesk::Shredder ask(const char* prompt) {
-  vesk::Shredder typed(std::string(kLongestPassword + 2, '\0'));  // room for one too many, and for the end
+  vesk::Shredder typed(
+      std::string(kLongestPassword + 2, '\0'));  // room for one byte too many, and for the terminator
   if (!readpassphrase(prompt, typed.data(), typed.size(), RPP_REQUIRE_TTY)) {
-    if (errno == ENOTTY) throw std::runtime_error("no terminal to ask for the password; use --password-fd");
+    if (errno == ENOTTY)
+      throw std::runtime_error("there is no terminal to ask for the password; use --password-fd");
     throw std::runtime_error(std::string("the password cannot be read: ") + strerror(errno));
   }
   typed.resize(strlen(typed.c_str()));

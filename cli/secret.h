@@ -1,5 +1,4 @@
-/// Passwords on their way into the tool: from a prompt that shows nothing or from a descriptor, never from
-/// argv.
+/// Passwords come from a prompt without echo or from a descriptor, never from the command line.
 #pragma once
 
 #include <fokrazo/shredder.h>
@@ -8,13 +7,13 @@ namespace cli {
 
 class Arguments;
 
-/// Where a command takes its passwords from.
+/// Where a command reads its passwords.
 class SecretSource {
  public:
-  /// Takes --password-fd N, if it is there. @throws UsageError
+  /// Takes the option --password-fd N, if it is there. @throws UsageError
   explicit SecretSource(Arguments& arguments);
 
-  /// The next line of the descriptor, or what is typed behind `prompt`; without its end of line.
+  /// Returns the next line of the descriptor, or what is typed at `prompt`, without the newline.
   /// @throws std::runtime_error nothing can be read.
   vesk::Shredder read(const char* prompt);
 

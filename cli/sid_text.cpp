@@ -12,10 +12,10 @@ vesk::SID readSidText(const std::string& text) {
   try {
     sid.fromMSString(spelled);
   } catch (const VESKException& error) {
-    throw UsageError("'" + text + "' is no SID: " + error.what());
+    throw UsageError("'" + text + "' is not a SID: " + error.what());
   }
   if (sid.toMSString() != spelled)
-    throw UsageError("'" + text + "' is no SID: it would be read as " + sid.toMSString());
+    throw UsageError("'" + text + "' is not a SID: it would be read as " + sid.toMSString());
   return sid;
 }
 

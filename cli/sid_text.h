@@ -7,8 +7,8 @@
 
 namespace cli {
 
-/// Reads S-…, with the letter in either case. The library passes over what it cannot read, so that a mistyped
-/// SID would be that of somebody else; here a text counts only if its SID prints as that text.
+/// Reads a SID in its S-… form; the "S" may be a small letter. The library ignores what it cannot read, so
+/// that a mistyped SID would be somebody else's: here only a text that the SID prints again is accepted.
 /// @throws UsageError
 vesk::SID readSidText(const std::string& text);
 

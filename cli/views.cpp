@@ -12,7 +12,7 @@ namespace {
 
 using namespace vesk;
 
-// Empty for an object that has none.
+// Empty for a null SID.
 std::string textOf(const SID& sid) {
   return sid.isNull() ? std::string() : sid.toMSString();
 }
@@ -27,7 +27,7 @@ Record identity(const VeskObj& view) {
   return record;
 }
 
-// An attribute of a view's object, empty if it has none.
+// The first value of an attribute, empty if there is none.
 std::string valueOf(const VeskObj& view, const std::string& name) {
   ADObject object = view.getObject();
   return object.attributeExists(name, true) ? std::string(object[name]) : std::string();

@@ -1,11 +1,14 @@
 #!/usr/bin/env bash
 # Builds the examples as a stranger would, against the installed package, and has the host's own programs use the two
-# modules: what each command of transcript.txt prints is compared with what stands there. Runs in the private world.
-# usage: examples_test.sh SOURCE_DIR BUILD_DIR CXX
+# modules: transcript.txt holds what each command prints. Runs in the private world. With --update it writes
+# transcript.txt anew: review the difference.
+# usage: examples_test.sh SOURCE_DIR BUILD_DIR CXX [--update]
 set -euo pipefail
 source_dir=$1 build_dir=$2 cxx=$3
 # shellcheck source=tests/install/common.sh
 . "$source_dir/tests/install/common.sh"
+# shellcheck source=tests/support/transcript.sh
+. "$source_dir/tests/support/transcript.sh"
 
 install_package "$build_dir"
 cmake -S "$source_dir/examples" -B "$place/examples" -DCMAKE_PREFIX_PATH="$place/root" -DCMAKE_CXX_COMPILER="$cxx" \
@@ -35,18 +38,7 @@ login() {  # login USER "TASK ..." [LINE ...]: what the person types is LINE for
 }
 
 cd /var/velmora
-while IFS= read -r line; do
-  case $line in
-    '$ '*)
-      echo "$line"
-      status=0
-      eval "${line#??}" 2>&1 || status=$?
-      [ "$status" -eq 0 ] || echo "[$status]"
-      ;;
-    '' | '# '*) echo "$line" ;;
-  esac
-done <"$source_dir/tests/examples/transcript.txt" >"$place/transcript"
-diff -u "$source_dir/tests/examples/transcript.txt" "$place/transcript" || fail "something else was printed"
+transcript "$source_dir/tests/examples/transcript.txt" "${4-}"
 
 start_daemon "$build_dir" "$source_dir" /var/velmora/daemon
 touch "$place/file"

@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# Runs the commands of transcript.txt, which are all that the tool has, and compares everything they print. Runs in the
+# private world. With --update it writes transcript.txt anew: review the difference.
+# usage: transcript_test.sh SOURCE_DIR BUILD_DIR [--update]
+set -euo pipefail
+source_dir=$1 build_dir=$2
+# shellcheck source=tests/install/common.sh
+. "$source_dir/tests/install/common.sh"
+# shellcheck source=tests/support/transcript.sh
+. "$source_dir/tests/support/transcript.sh"
+export PATH=$build_dir/bin:$PATH LC_ALL=C.UTF-8 TZ=UTC
+
+# The words of the transcript beside the tool's own.
+daemon() { stop_daemon; start_daemon "$build_dir" "$source_dir" /var/velmora/daemon "$@"; }
+each() {  # each [OPTION ...]: for each line of standard input, the exit status and the output of the tool with those words
+  local words status
+  while IFS= read -r words; do
+    status=0
+    eval "fokrazo $* $words" </dev/null >"$place/output" 2>&1 || status=$?
+    printf '%s %s: %s\n' "$status" "$words" "$(cat "$place/output")"
+  done
+}
+wrong() {  # a command line that is wrong: its complaint without the line that follows each of them
+  local status=0
+  fokrazo "$@" >"$place/complaint" 2>&1 || status=$?
+  sed '/^Run fokrazo --help/d' "$place/complaint"
+  return "$status"
+}
+configured() {  # configured TEXT: what doctor says about a configuration file of that text
+  printf '%b\n' "$1" >/etc/velmora/velmora.conf
+  fokrazo doctor | grep -A 1 ' configuration: '
+}
+
+cd /var/velmora
+transcript "$source_dir/tests/cli/transcript.txt" "${3-}"
