@@ -1,0 +1,92 @@
+// How much stack the first lookups of a process take, one that fails and one that succeeds, with the
+// configuration read and the log opened on the way. Host programs have threads with stacks of 16 kB.
+
+#include <pthread.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include <fokrazo/session.h>
+#include <fokrazo/unixviews.h>
+#include "tests/support/scripted_peer.h"
+#include "tests/support/syslog_socket.h"
+#include "tests/support/wire.h"
+#include "tests/support/world_test.h"
+
+using namespace testsupport;
+using vesk::LocalRpcSession;
+
+namespace {
+
+constexpr size_t kLimit = 12 * 1024;
+constexpr size_t kStack = 1024 * 1024;
+constexpr unsigned char kPaint = 0xa5;
+
+/// Runs work in a thread on a painted stack.
+class PaintedThread {
+ public:
+  template <class Work>
+  explicit PaintedThread(Work work)
+      : m_bottom(static_cast<unsigned char*>(
+            mmap(nullptr, kStack, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))),
+        m_work(work) {
+    memset(m_bottom, kPaint, kStack);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstack(&attributes, m_bottom, kStack);
+    pthread_t thread;
+    EXPECT_EQ(pthread_create(&thread, &attributes, run, this), 0);
+    EXPECT_EQ(pthread_join(thread, nullptr), 0);
+    pthread_attr_destroy(&attributes);
+  }
+  ~PaintedThread() { munmap(m_bottom, kStack); }
+
+  /// How many bytes the work has used.
+  size_t used() const {
+    return m_start - std::find_if(m_bottom, m_start, [](unsigned char byte) { return byte != kPaint; });
+  }
+
+ private:
+  static void* run(void* object) {
+    auto& self = *static_cast<PaintedThread*>(object);
+    self.m_start = static_cast<unsigned char*>(__builtin_frame_address(0));
+    self.m_work();
+    return nullptr;
+  }
+
+  unsigned char* m_bottom;
+  unsigned char* m_start = nullptr;
+  std::function<void()> m_work;
+};
+
+class StackTest : public ScratchTest {};
+
+TEST_F(StackTest, AFirstLookupWithALogLineStaysWithinTwelveKilobytes) {
+  struct statfs64 info;
+  if (statfs64("/var/velmora", &info) != 0 || info.f_type != TMPFS_MAGIC)
+    GTEST_SKIP() << "only in the private world";
+  SyslogSocket syslog;
+  for (const char* log : {"logger.destination: /var/log/test.log\nlogger.file.flush.frequency: 1\n", ""}) {
+    put(vesk::paths::kConfigFile, "log: TRACE\n" + std::string(log) + "site: $SITE\nlrpc.timeout: 60\n");
+    put("/var/velmora/kset.site", "here");
+    ScriptedPeer peer(in("daemon"));
+    const std::string key = integer(0) + integer(2) + integer(0) + integer(0) + integer(0) + octets("al");
+    peer.expect(request(11, key)).send(answer(0, object("CN=al,DC=x")));
+    checkInChild([&] {
+      std::string failure, dn;
+      const PaintedThread thread([&] {
+        failure = failureOf([&] { LocalRpcSession(in("none"), false, false).getUser("al", 0); });
+        dn = LocalRpcSession(in("daemon"), false, false).getUser("al", 0)->getDN();
+      });
+      EXPECT_NE(failure, "");
+      EXPECT_EQ(dn, "CN=al,DC=x");
+      EXPECT_LE(thread.used(), kLimit) << log;
+    });
+    EXPECT_TRUE(peer.finished());
+  }
+  EXPECT_NE(get("/var/log/test.log").find("lrpc"), std::string::npos);
+  EXPECT_FALSE(syslog.texts().empty());
+}
+
+}  // namespace
