@@ -218,7 +218,6 @@ void appendDerived(vesk::ADObject& object, const Source& source, const Values& w
 }  // namespace
 
 AttributeMap::AttributeMap(const Directory& directory) : m_directory(directory) {}
-AttributeMap::~AttributeMap() = default;
 
 vesk::ADObject AttributeMap::object(EntryId id, const std::vector<std::string>& wanted) const {
   const Entry& entry = m_directory[id];
@@ -228,14 +227,14 @@ vesk::ADObject AttributeMap::object(EntryId id, const std::vector<std::string>& 
   return object;
 }
 
-vesk::ADObject AttributeMap::rootObject(const std::vector<std::string>& wanted) const {
+brondalt::Object AttributeMap::root(const std::vector<std::string>& wanted) const {
   const Entry& entry = m_directory.rootEntry();
   vesk::ADObject object = bareObject(entry);
   appendOwn(object, entry, wanted);
-  return object;
+  return vesk::ADSerializer::serialize(object);
 }
 
-vesk::ADSerializer* AttributeMap::blob(EntryId id) {
+brondalt::Object AttributeMap::blob(EntryId id) {
   if (m_generation != m_directory.generation()) {
     m_blobs.clear();
     m_generation = m_directory.generation();
@@ -245,7 +244,13 @@ vesk::ADSerializer* AttributeMap::blob(EntryId id) {
     vesk::ADObject complete = object(id, {});
     m_blobs[id] = vesk::ADSerializer::serialize(complete);
   }
-  return m_blobs[id].get();
+  return m_blobs[id];
+}
+
+brondalt::Object AttributeMap::blob(EntryId id, const std::vector<std::string>& wanted) {
+  if (wanted.empty()) return blob(id);
+  vesk::ADObject some = object(id, wanted);
+  return vesk::ADSerializer::serialize(some);
 }
 
 }  // namespace standin

@@ -1,29 +1,35 @@
 // brondalt-standin: serves a directory from LDIF files over the daemon's protocol, for development,
 // demonstrations and tests. No product daemon.
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 
+#include "daemon/event_loop.h"
+#include "daemon/listening_socket.h"
+#include "daemon/server.h"
+#include "daemon/signals.h"
+#include "daemon/standard_streams.h"
 #include "standin/error.h"
+#include "standin/faulty_traffic.h"
+#include "standin/ldif_backend.h"
 #include "standin/options.h"
-#include "standin/server.h"
-#include "standin/service.h"
 
 namespace standin {
 namespace {
 
 constexpr int kUsageStatus = 2;
 constexpr int kFailureStatus = 4;
+constexpr size_t kMostFrameBytes = 16 << 20;
 
-void load(Service& service, const Options& options) {
-  for (const std::string& path : options.ldifPaths) service.directory.load(path);
+void load(LdifBackend& backend, const Options& options) {
+  for (const std::string& path : options.ldifPaths) backend.directory().load(path);
   if (options.passwordsPath.empty()) return;
-  for (const std::string& name : service.accounts.load(options.passwordsPath))
+  for (const std::string& name : backend.accounts().load(options.passwordsPath))
     fprintf(stderr, "brondalt-standin: %s: there is no account %s\n", options.passwordsPath.c_str(),
             name.c_str());
 }
@@ -37,10 +43,10 @@ void writePid(std::ofstream& file, pid_t pid) {
   if (file.is_open()) file << pid << std::endl;
 }
 
-/// The caller goes on in the background; the process that was started ends.
+/// The caller continues in the background; the process that was started ends.
 void goToBackground(std::ofstream& pidFile) {
-  pid_t child = fork();
-  if (child < 0) throw Error(std::string("fork: ") + strerror(errno));
+  const pid_t child = fork();
+  if (child < 0) brondalt::throwSystemError("fork");
   if (child > 0) {
     writePid(pidFile, child);
     sayReady();
@@ -48,30 +54,46 @@ void goToBackground(std::ofstream& pidFile) {
     _exit(0);
   }
   setsid();
-  int null = open("/dev/null", O_RDWR | O_CLOEXEC);
-  if (null < 0) throw Error(std::string("/dev/null: ") + strerror(errno));
-  for (int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(null, fd);
-  close(null);
+  brondalt::discardStandardStreams();
+}
+
+void logToStandardError(const std::string& line) {
+  fprintf(stderr, "%s\n", line.c_str());
+}
+
+void runServer(const Options& options, Faults& faults, brondalt::ListeningSocket& socket,
+               brondalt::Signals& signals, brondalt::Service& service) {
+  brondalt::EventLoop loop;
+  FaultyTraffic traffic(faults);
+  brondalt::Limits limits;
+  limits.frameBytes = kMostFrameBytes;
+  brondalt::Server server(loop, socket, service, traffic, limits,
+                          options.isVerbose ? logToStandardError : brondalt::Server::Log());
+  signals.deliver(loop, [&](int number) { number == SIGHUP ? server.restart() : loop.stop(); });
+  loop.run();
 }
 
 void serve(Options& options) {
-  Service service;
-  load(service, options);
-  Server server(options.socketPath, service, options.faults, options.isVerbose);
-  server.open();
-  std::ofstream pidFile;  // that of a daemon which has the socket already stays as it is
+  brondalt::Statistics statistics;
+  LdifBackend backend(statistics);
+  load(backend, options);
+  brondalt::Signals signals{SIGTERM, SIGINT, SIGHUP};
+  brondalt::ListeningSocket socket(options.socketPath);
+  std::ofstream pidFile;  // opened late: the file of a daemon that has the socket already stays as it is
   if (!options.pidPath.empty()) pidFile.open(options.pidPath);
-  if (!pidFile) throw Error(options.pidPath + ": " + strerror(errno));
+  if (!pidFile) brondalt::throwSystemError(options.pidPath);
   if (options.isForeground) {
     writePid(pidFile, getpid());
     sayReady();
   } else {
     goToBackground(pidFile);
   }
-  server.run();
+  brondalt::Service service{backend, statistics};
+  runServer(options, options.faults, socket, signals, service);
 }
 
 int run(int argc, char** argv) {
+  brondalt::openStandardStreams();
   Options options = parseOptions(argc, argv);
   if (options.wantsHelp) {
     fputs(helpText().c_str(), stdout);

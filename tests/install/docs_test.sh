@@ -12,7 +12,7 @@ complain() { echo "FAILED: $*" >&2; failures=$((failures + 1)); }
 # The links of a guide, and the files of this tree that it names. A word in capitals stands for a name, and a program
 # for its source.
 links() { sed -n 's/](\([^)#:]*\))/\n\1\n/gp' "$1" | sed -n '/^[^ ]*\.[a-z]*$/p'; }
-folders='ber|bench|cli|cmake|docs|examples|fuzz|host|include|lrpc|man|scripts|standin|tests|util|values'
+folders='ber|bench|cli|cmake|daemon|docs|examples|fuzz|host|include|lrpc|man|scripts|standin|tests|util|values'
 files() { tr '`' '\n' <"$1" | grep -E "^($folders)/[A-Za-z0-9_./-]+\$" | grep -Ev '/[A-Z]+(\.[a-z]+)?$'; }
 
 for guide in README.md CONTRIBUTING.md docs/*.md; do

@@ -186,7 +186,7 @@ TEST_F(SampleTest, KeepsEveryValueAndItsIdentity) {
     SCOPED_TRACE(fields[0]);
     const EntryId id = m_directory.byDn(fields[0]);
     ASSERT_NE(id, kNoEntry);
-    vesk::ADSerializer* blob = m_map.blob(id);
+    const brondalt::Object blob = m_map.blob(id);
     std::string copy(blob->data(), blob->size());
     vesk::ADObject object(blob->size(), copy.data(), false, nullptr);
     for (const Attribute& attribute : m_directory[id].attributes()) {

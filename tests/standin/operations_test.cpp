@@ -10,8 +10,8 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/session.h>
 #include <fokrazo/shredder.h>
-#include "tests/support/standin_process.h"
 #include "tests/support/operations.h"
+#include "tests/support/standin_process.h"
 #include "tests/support/told.h"
 
 using namespace vesk;

@@ -1,4 +1,4 @@
-#include "standin/codec.h"
+#include "daemon/codec.h"
 
 #include <new>
 
@@ -6,11 +6,11 @@
 
 #include <fokrazo/ipcmessage.h>
 
-namespace standin {
+namespace brondalt {
 
 void decode(std::string_view bytes, vesk::IPCMessage& message) {
   BerElement* element = message.doHeader();
-  // Back to the start: what is written now takes the place of the header of a new message.
+  // Writing starts over, so that the bytes replace the header of a new message.
   ber_reset(element, 1);
   if (ber_write(element, bytes.data(), bytes.size(), 0) < 0) throw std::bad_alloc();
   message.rewind();
@@ -22,4 +22,4 @@ std::string_view encode(vesk::IPCMessage& message) {
   return {bytes.bv_val, bytes.bv_len};
 }
 
-}  // namespace standin
+}  // namespace brondalt

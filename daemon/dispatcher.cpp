@@ -1,20 +1,19 @@
-#include "standin/operations.h"
+#include "daemon/dispatcher.h"
 
-#include <new>
+#include <utility>
 
 #include <fokrazo/error_util.h>
-#include "standin/call.h"
-#include "standin/handlers.h"
+#include "daemon/handlers.h"
 
-namespace standin {
+namespace brondalt {
 namespace {
 
 struct OperationRow {
   vesk::IPC_OPCODE opcode;
-  void (*handle)(Call& call);
+  void (*handle)(Call& call, handlers::Request request);
 };
 
-// Ping and stop have replies without a status block and stand apart.
+// Ping and stop are not among them: their replies have no status block.
 constexpr OperationRow kOperations[] = {
     {vesk::IPC_OP_SET_SESSION_ID, handlers::setSessionId},
     {vesk::IPC_OP_VALIDATE_PLAINTEXT, handlers::validatePlainText},
@@ -62,40 +61,44 @@ const OperationRow* findOperation(vesk::IPC_OPCODE opcode) {
   return nullptr;
 }
 
-std::unique_ptr<vesk::IPCReply> stop(Service& service, const ClientState& client) {
-  if (!client.mayAdminister) return bareReply(vesk::IPC_OP_STOP, vesk::IPC_NOT_AUTHORIZED);
-  service.stopIsWanted = true;
-  return bareReply(vesk::IPC_OP_STOP, vesk::IPC_SUCCESS);
+void carryOutRow(Call& call, const vesk::IPCMessage& request) {
+  const OperationRow* row = findOperation(request.opcode());
+  if (!row) return call.completeBare(vesk::IPC_BAD_DATA);
+  try {
+    row->handle(call, request);
+  } catch (const VESKException&) {
+    call.completeBare(vesk::IPC_BAD_DATA);
+  } catch (const std::exception&) {
+    call.completeBare(vesk::IPC_SYSTEM_ERROR);
+  }
 }
 
 }  // namespace
 
-std::unique_ptr<vesk::IPCReply> bareReply(vesk::IPC_OPCODE opcode, vesk::IPC_RESULT result) {
-  auto reply = std::make_unique<vesk::IPCReply>(opcode);
-  reply->setResult(result);
-  return reply;
-}
+Dispatcher::Dispatcher(Service& service, std::function<void()> onStop)
+    : m_service(service), m_onStop(std::move(onStop)) {}
 
-std::unique_ptr<vesk::IPCReply> carryOut(Service& service, ClientState& client,
-                                         const vesk::IPCMessage& request) {
-  vesk::IPC_OPCODE opcode = request.opcode();
-  ++service.requests;
-  if (opcode == vesk::IPC_OP_PING) return bareReply(opcode, vesk::IPC_SUCCESS);
-  if (opcode == vesk::IPC_OP_STOP) return stop(service, client);
-  const OperationRow* row = findOperation(opcode);
-  if (!row) return bareReply(opcode, vesk::IPC_BAD_DATA);
-  try {
-    auto reply = std::make_unique<vesk::IPCReply>(opcode);
-    Call call(service, client, request, *reply);
-    row->handle(call);
-    return reply;
-  } catch (const VESKException&) {
-    return bareReply(opcode, vesk::IPC_BAD_DATA);
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (const std::exception&) {
-    return bareReply(opcode, vesk::IPC_SYSTEM_ERROR);
+std::weak_ptr<Call> Dispatcher::carryOut(std::shared_ptr<Client> client, const vesk::IPCMessage& request,
+                                         Call::Send send) {
+  ++m_service.statistics.requests;
+  const auto call = std::make_shared<Call>(m_service, std::move(client), request.opcode(), std::move(send));
+  switch (request.opcode()) {
+    case vesk::IPC_OP_PING:
+      call->completeBare(vesk::IPC_SUCCESS);
+      break;
+    case vesk::IPC_OP_STOP:
+      stop(*call);
+      break;
+    default:
+      carryOutRow(*call, request);
   }
+  return call;
 }
 
-}  // namespace standin
+void Dispatcher::stop(Call& call) {
+  if (!call.caller().mayAdminister) return call.completeBare(vesk::IPC_NOT_AUTHORIZED);
+  m_onStop();
+  call.completeBare(vesk::IPC_SUCCESS);
+}
+
+}  // namespace brondalt

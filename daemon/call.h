@@ -1,0 +1,91 @@
+/// One request on its way through an operation, and its reply.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include <fokrazo/ipcmessage.h>
+#include "daemon/backend.h"
+#include "daemon/client.h"
+#include "daemon/service.h"
+
+namespace brondalt {
+
+/// Reads fields of a request and completes its reply, at once or later: an operation reads all fields, then
+/// hands a completion to the back end. The reply goes out when the completion is called, or when the last
+/// reference to the call is gone, as "system error" then.
+/// Thread-safety: one thread at a time.
+class Call : public std::enable_shared_from_this<Call> {
+ public:
+  /// Takes the reply, or null if there is no memory to make one.
+  using Send = std::function<void(vesk::IPCReply*)>;
+
+  /// `send` is called once. `service` must outlive the call.
+  Call(Service& service, std::shared_ptr<Client> client, vesk::IPC_OPCODE opcode, Send send);
+  ~Call();
+  Call(const Call&) = delete;
+  Call& operator=(const Call&) = delete;
+
+  Backend& backend() const { return m_service.backend; }
+  Client& client() const { return *m_client; }
+  const Caller& caller() const { return m_client->caller; }
+  /// A handle that no search of this daemon has had for a long time, so that the handle of a lost connection
+  /// does not fit another search on a new one.
+  int newSearchHandle();
+
+  /// The completion of an operation without results.
+  DoneStatus reply();
+  /// The completion of an operation whose value follows the status block.
+  template <class T>
+  Done<T> reply() {
+    return reply<T>([](vesk::IPCMessage& message, T& value) { append(message, value); });
+  }
+  /// As above; `write` appends the value.
+  template <class T, class Write>
+  Done<T> reply(Write write) {
+    return [self = shared_from_this(), write = std::move(write)](Answer<T> answer) {
+      self->complete(answer.status(), [&](vesk::IPCMessage& message) { write(message, *answer); });
+    };
+  }
+  /// As reply<T>, where the protocol has a failure followed by an exception with its text.
+  template <class T>
+  Done<T> replyOrThrow() {
+    m_throws = true;
+    return reply<T>();
+  }
+
+  /// Each of these replies at once, and does nothing once the call is complete. None throws.
+  /// `writeResults` appends what follows the status of a success.
+  void complete(const Status& status, const std::function<void(vesk::IPCMessage&)>& writeResults = {});
+  /// Replies with a failure and an exception of the same text.
+  void completeAndThrow(const Status& status);
+  /// Replies that a listing has ended.
+  void endListing();
+  /// Replies with the header alone.
+  void completeBare(vesk::IPC_RESULT result);
+  bool isComplete() const { return !m_send; }
+
+  static void append(vesk::IPCMessage& message, int value) { message += value; }
+  static void append(vesk::IPCMessage& message, const std::string& value) { message += value; }
+  static void append(vesk::IPCMessage& message, const Object& value) { message += value.get(); }
+  static void append(vesk::IPCMessage& message, const Objects& values);
+  static void append(vesk::IPCMessage& message, const DomainNames& value);
+
+ private:
+  void writeStatus(vesk::IPCMessage& reply, const Status& status, int code) const;
+  void write(const std::function<void(vesk::IPCReply& reply)>& writeReply);
+  void send(vesk::IPCReply* reply);
+
+  Service& m_service;
+  std::shared_ptr<Client> m_client;
+  vesk::IPC_OPCODE m_opcode;
+  Send m_send;  // empty once the reply has gone
+  bool m_throws = false;
+};
+
+/// A field that holds a secret; the copies made on the way are wiped.
+vesk::Shredder readSecret(const vesk::IPCMessage& request);
+
+}  // namespace brondalt

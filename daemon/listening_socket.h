@@ -1,0 +1,44 @@
+/// The socket at which clients reach the daemon.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+
+#include "daemon/descriptor.h"
+
+namespace brondalt {
+
+/// A listening unix-domain socket and its file, to which every user may connect (mode 0666).
+/// The file appears under its name only once it listens and has its mode: it is made as NAME.new and then
+/// renamed, also by replace().
+class ListeningSocket {
+ public:
+  /// The longest path, which leaves room for the suffix of a new file.
+  static const size_t kLongestPath;
+
+  /// Takes the place of a socket file at which nobody listens. Anything else at `path` stays as it is.
+  /// @throws Error the path is empty or too long, another process listens there, or the system fails.
+  explicit ListeningSocket(std::string path);
+  /// Removes the file, unless another one has taken its place.
+  ~ListeningSocket();
+  ListeningSocket(const ListeningSocket&) = delete;
+  ListeningSocket& operator=(const ListeningSocket&) = delete;
+
+  /// Non-blocking; changes with replace().
+  int fd() const { return m_fd.get(); }
+
+  /// Puts a new socket in the place of the current one, as a restarted daemon would. Clients that wait to be
+  /// accepted are disconnected; at no moment does a client find no listener. @throws Error; nothing has
+  /// changed
+  void replace();
+  /// Stops listening and removes the file.
+  void close();
+
+ private:
+  std::string m_path;
+  Descriptor m_fd;
+  struct stat m_file = {};  // of the file when it was made
+};
+
+}  // namespace brondalt

@@ -1,0 +1,236 @@
+#include "daemon/server.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include <fokrazo/error_util.h>
+#include <fokrazo/strutil.h>
+#include "daemon/codec.h"
+
+namespace brondalt {
+namespace {
+
+using std::chrono::milliseconds;
+
+/// How long the daemon stays for clients to read their last replies.
+constexpr int kDeliveryRounds = 100;
+constexpr milliseconds kDeliveryRound(5);
+/// How often connections are looked through for those that make no progress.
+constexpr int kSweepsOfStep = 10;
+
+/// Requests of one connection in a round; further ones have to wait for the other connections' turn.
+constexpr int kRequestsOfTurn = 8;
+
+}  // namespace
+
+Server::Server(EventLoop& loop, ListeningSocket& socket, Service& service, Traffic& traffic,
+               const Limits& limits, Log log)
+    : m_loop(loop),
+      m_service(service),
+      m_traffic(traffic),
+      m_limits(limits),
+      m_log(std::move(log)),
+      m_dispatcher(service, [this] { stop(); }),
+      m_acceptor(loop, socket, [this](Descriptor fd) { add(std::move(fd)); }),
+      m_self(std::make_shared<Server*>(this)) {
+  sweepLater();
+}
+
+Server::~Server() {
+  m_self.reset();
+  // The name goes first: a client that sees its connection end finds no socket that nobody serves.
+  m_acceptor.close();
+  for (const auto& entry : m_connections) m_loop.forget(entry.first);
+}
+
+void Server::restart() {
+  ++m_service.statistics.restarts;
+  // The new socket is there before any client notices the end of the old one.
+  m_acceptor.restart();
+  for (const auto& entry : m_connections) {
+    m_loop.forget(entry.first);
+    entry.second.connection->end();
+  }
+  m_connections.clear();
+}
+
+// A client for whom the system has no room is sent away.
+void Server::add(Descriptor descriptor) {
+  const int fd = descriptor.get();
+  try {
+    const auto connection = std::make_shared<Connection>(std::move(descriptor), m_limits.frameBytes);
+    m_connections[fd] = {connection, {}};
+    m_loop.watch(fd, connection->wanted(),
+                 [this, connection](unsigned events) { handle(connection, events); });
+  } catch (const std::exception&) {
+    m_connections.erase(fd);
+  }
+}
+
+// If one connection wants more memory than there is, that ends this connection alone.
+void Server::handle(const ConnectionPtr& connection, unsigned events) {
+  try {
+    if (events != 0) connection->handle(events);
+    serve(connection);
+  } catch (const std::bad_alloc&) {
+    connection->end();
+    settle(connection);
+  }
+}
+
+void Server::serve(const ConnectionPtr& connection) {
+  const Connection* const outer = std::exchange(m_served, connection.get());
+  std::string_view message;
+  int left = kRequestsOfTurn;
+  while (!m_isStopping && left > 0 && connection->nextRequest(message)) {
+    --left;
+    answer(connection, message);
+  }
+  m_served = outer;
+  settle(connection);
+  if (left > 0 || connection->isFinished()) return;
+  m_loop.post([self = std::weak_ptr<Server*>(m_self), connection] {
+    const auto server = self.lock();
+    if (server && (*server)->isServed(connection)) (*server)->serve(connection);
+  });
+}
+
+void Server::answer(const ConnectionPtr& connection, std::string_view bytes) {
+  const Traffic::Admission admission = m_traffic.admit();
+  switch (admission.verdict) {
+    case Traffic::Verdict::Close:
+      return connection->end();
+    case Traffic::Verdict::Ignore:
+      return connection->fallSilent();
+    case Traffic::Verdict::Restart:
+      return restart();
+    case Traffic::Verdict::Refuse:
+    case Traffic::Verdict::CarryOut:
+      break;
+  }
+  try {
+    vesk::IPCMessage request;
+    decode(bytes, request);
+    if (admission.verdict == Traffic::Verdict::Refuse) {
+      refuse(connection, request.opcode(), admission.mark);
+    } else {
+      carryOut(connection, request, admission.mark);
+    }
+    if (m_log) logRequest(*connection, request.opcode());
+  } catch (const VESKException& exception) {
+    // Bytes that are no message cannot be answered.
+    if (m_log) m_log("connection " + std::to_string(connection->fd()) + ": " + exception.what());
+    connection->end();
+  }
+}
+
+void Server::refuse(const ConnectionPtr& connection, vesk::IPC_OPCODE opcode, int mark) {
+  vesk::IPCReply refusal(opcode);
+  refusal.setResult(vesk::IPC_NOT_AUTHORIZED);
+  deliver(connection, &refusal, mark);
+}
+
+void Server::carryOut(const ConnectionPtr& connection, const vesk::IPCMessage& request, int mark) {
+  auto send = [self = std::weak_ptr<Server*>(m_self), held = std::weak_ptr<Connection>(connection),
+               mark](vesk::IPCReply* reply) {
+    const auto server = self.lock();
+    const auto client = held.lock();
+    if (server && client && client->isAnswering()) (*server)->finish(client, reply, mark);
+  };
+  const std::weak_ptr<Call> call = m_dispatcher.carryOut(connection->client(), request, std::move(send));
+  if (isServed(connection)) m_connections[connection->fd()].call = call;
+}
+
+void Server::finish(const ConnectionPtr& connection, vesk::IPCReply* reply, int mark) {
+  deliver(connection, reply, mark);
+  if (m_served != connection.get()) handle(connection, 0);
+}
+
+void Server::deliver(const ConnectionPtr& connection, vesk::IPCReply* reply, int mark) {
+  try {
+    if (!reply) return connection->end();
+    m_traffic.deliver(*connection, encode(*reply), mark);
+  } catch (const std::exception&) {
+    connection->end();
+  }
+}
+
+/// Waits for what the connection wants next, or closes it.
+void Server::settle(const ConnectionPtr& connection) {
+  if (!isServed(connection)) return;
+  if (connection->isFinished()) return remove(connection);
+  m_loop.change(connection->fd(), connection->wanted() & (m_isStopping ? EventLoop::kWritable : ~0u));
+}
+
+void Server::remove(const ConnectionPtr& connection) {
+  m_loop.forget(connection->fd());
+  m_connections.erase(connection->fd());
+  // The descriptor is closed when the last of the callers lets go of the connection, before the next round.
+  if (!m_isStopping && m_acceptor.isPaused()) m_acceptor.resume();
+}
+
+bool Server::isServed(const ConnectionPtr& connection) const {
+  const auto entry = m_connections.find(connection->fd());
+  return entry != m_connections.end() && entry->second.connection == connection;
+}
+
+void Server::logRequest(const Connection& connection, vesk::IPC_OPCODE opcode) const {
+  m_log("request " + std::to_string(m_service.statistics.requests) + ", connection " +
+        std::to_string(connection.fd()) + " " + ::printable(connection.client()->caller.sessionId) + ": " +
+        vesk::IPCMessage::IPC_OPCODEToStr(opcode));
+}
+
+void Server::sweepLater() {
+  const milliseconds pause = std::max(m_limits.step / kSweepsOfStep, milliseconds(1));
+  m_loop.after(pause, [self = std::weak_ptr<Server*>(m_self)] {
+    if (const auto server = self.lock()) (*server)->sweep();
+  });
+}
+
+void Server::sweep() {
+  const auto limit = EventLoop::Clock::now() - m_limits.step;
+  std::vector<Entry> stuck;
+  for (const auto& entry : m_connections) {
+    const Connection& connection = *entry.second.connection;
+    if (connection.isUnderWay() && connection.lastProgress() < limit) stuck.push_back(entry.second);
+  }
+  for (const Entry& entry : stuck) {
+    const auto call = entry.connection->isAnswering() ? entry.call.lock() : nullptr;
+    if (call) {
+      call->complete(Status::away("The directory does not answer"));
+    } else {
+      entry.connection->end();
+      settle(entry.connection);
+    }
+  }
+  sweepLater();
+}
+
+void Server::stop() {
+  m_isStopping = true;
+  m_acceptor.pause();
+  m_loop.post([self = std::weak_ptr<Server*>(m_self)] {
+    if (const auto server = self.lock()) (*server)->finishReplies();
+  });
+}
+
+void Server::finishReplies() {
+  const auto connections = m_connections;
+  for (const auto& entry : connections) settle(entry.second.connection);
+  awaitDelivery(kDeliveryRounds);
+}
+
+/// A connection that ends before its last reply was read looks broken to the client.
+void Server::awaitDelivery(int rounds) {
+  const bool isDelivered = std::all_of(m_connections.begin(), m_connections.end(), [](const auto& entry) {
+    return entry.second.connection->isDelivered();
+  });
+  if (isDelivered || rounds == 0) return m_loop.stop();
+  m_loop.after(kDeliveryRound, [self = std::weak_ptr<Server*>(m_self), rounds] {
+    if (const auto server = self.lock()) (*server)->awaitDelivery(rounds - 1);
+  });
+}
+
+}  // namespace brondalt

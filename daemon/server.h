@@ -1,0 +1,88 @@
+/// All connections of a daemon.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "daemon/acceptor.h"
+#include "daemon/connection.h"
+#include "daemon/dispatcher.h"
+#include "daemon/event_loop.h"
+#include "daemon/listening_socket.h"
+#include "daemon/service.h"
+#include "daemon/traffic.h"
+
+namespace brondalt {
+
+/// What one client may cost.
+struct Limits {
+  /// A longer request ends the connection.
+  size_t frameBytes = 1 << 20;
+  /// The time for a client to send the rest of a request, or to take more of a reply; its connection ends
+  /// then. Also the time for the back end to answer; the client is told that the directory is away then.
+  std::chrono::milliseconds step = std::chrono::minutes(5);
+};
+
+/// Serves any number of clients on a loop. None of them can hold up or end the others: each has one request
+/// under way and gets one turn in each round of the loop.
+/// Thread-safety: the loop's thread.
+class Server {
+ public:
+  using Log = std::function<void(const std::string& line)>;
+
+  /// Begins to accept clients; they are served once the loop runs. All references must outlive the server.
+  /// `log`, if there is one, gets a line for each request; no line holds a secret.
+  Server(EventLoop& loop, ListeningSocket& socket, Service& service, Traffic& traffic, const Limits& limits,
+         Log log = {});
+  ~Server();
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
+  /// Closes all connections and listens anew, as a restarted daemon would. @throws Error
+  void restart();
+
+ private:
+  using ConnectionPtr = std::shared_ptr<Connection>;
+  struct Entry {
+    ConnectionPtr connection;
+    std::weak_ptr<Call> call;  // while it answers
+  };
+
+  void add(Descriptor fd);
+  void handle(const ConnectionPtr& connection, unsigned events);
+  void serve(const ConnectionPtr& connection);
+  void answer(const ConnectionPtr& connection, std::string_view message);
+  void carryOut(const ConnectionPtr& connection, const vesk::IPCMessage& request, int mark);
+  void refuse(const ConnectionPtr& connection, vesk::IPC_OPCODE opcode, int mark);
+  void finish(const ConnectionPtr& connection, vesk::IPCReply* reply, int mark);
+  void deliver(const ConnectionPtr& connection, vesk::IPCReply* reply, int mark);
+  void settle(const ConnectionPtr& connection);
+  void remove(const ConnectionPtr& connection);
+  bool isServed(const ConnectionPtr& connection) const;
+  void logRequest(const Connection& connection, vesk::IPC_OPCODE opcode) const;
+  void sweepLater();
+  void sweep();
+  void stop();
+  void finishReplies();
+  void awaitDelivery(int rounds);
+
+  EventLoop& m_loop;
+  Service& m_service;
+  Traffic& m_traffic;
+  Limits m_limits;
+  Log m_log;
+  Dispatcher m_dispatcher;
+  Acceptor m_acceptor;
+  std::unordered_map<int, Entry> m_connections;  // by descriptor
+  const Connection* m_served = nullptr;          // whose requests serve() is going through
+  bool m_isStopping = false;
+  std::shared_ptr<Server*> m_self;  // held weakly by tasks and completions that may outlive this object
+};
+
+}  // namespace brondalt
