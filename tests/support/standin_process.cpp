@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -77,12 +78,13 @@ void StandinProcess::launch(const std::vector<std::string>& arguments) {
   int output[2];
   if (pipe2(output, O_CLOEXEC) != 0) throw std::runtime_error("pipe2");
   const pid_t parent = getpid();
-  m_output = output[0];
   m_pid = fork();
   if (m_pid == 0) becomeStandin(parent, pointers.data(), output[1], errorPath.c_str());
   close(output[1]);
   char byte;
-  if (awaitEvents(m_output, POLLIN) && read(m_output, &byte, 1) == 1) return;
+  const bool isReady = awaitEvents(output[0], POLLIN) && read(output[0], &byte, 1) == 1;
+  close(output[0]);
+  if (isReady) return;
   kill();
   throw std::runtime_error("the stand-in does not start");
 }
@@ -108,9 +110,9 @@ StandinProcess::~StandinProcess() {
 }
 
 int StandinProcess::wait() {
-  if (!awaitEvents(m_output, 0)) signal(SIGKILL);  // its output ends when it does
-  close(m_output);
-  m_output = -1;
+  const int end = static_cast<int>(syscall(SYS_pidfd_open, m_pid, 0));
+  if (end >= 0 && !awaitEvents(end, POLLIN)) signal(SIGKILL);
+  close(end);
   int status = 0;
   const bool ended = waitpid(m_pid, &status, 0) == m_pid;
   m_pid = -1;

@@ -50,5 +50,4 @@ class StandinProcess {
   std::string m_socket;
   std::vector<std::string> m_base;
   int m_pid = -1;
-  int m_output = -1;  // the stand-in holds the other end, which nobody else does
 };
