@@ -61,7 +61,7 @@ class RecordWalk {
   ~RecordWalk() noexcept(false) { internal_endutxent(); }
 
  private:
-  static Mutex& mutex() { return vesk::forkedLock<vesk::ForkOrder::LoginRecords>(); }
+  static Mutex& mutex() { return vesk::forkedLock(vesk::ForkOrder::LoginRecords); }
 
   Lock m_lock;
 };

@@ -1,5 +1,7 @@
 #include <fokrazo/stringarray.h>
 
+#include "util/text/made_once.h"
+
 namespace vesk {
 
 StringArray::StringArray(const Map* indexes, const Vector* strings)
@@ -8,8 +10,8 @@ StringArray::StringArray(const Map* indexes, const Vector* strings)
 StringArray::~StringArray() = default;
 
 const std::string& StringArray::operator[](int index) const {
-  static const std::string& empty = *new std::string;  // for the whole life of the process
-  return index >= 0 && index < count() ? vector()[static_cast<size_t>(index)] : empty;
+  static MadeOnce<const std::string> empty;
+  return index >= 0 && index < count() ? vector()[static_cast<size_t>(index)] : empty.get();
 }
 
 int StringArray::operator[](const std::string& text) const {

@@ -48,6 +48,10 @@ class FOKRAZO_API CircularBuffer {
   /// Allows the memory log, or lets later configurations pass it over.
   void setActive(bool active) { m_active.store(active, std::memory_order_relaxed); }
 
+  /// Begins with an empty ring, in a child process whose parent was writing an entry. Requires: no other
+  /// thread.
+  __attribute__((visibility("hidden"))) void restart();
+
  private:
   bool makeRing(unsigned int bytes);
   void put(unsigned int length);

@@ -11,14 +11,17 @@
 
 namespace vesk {
 
+class LogBackups;
 class LogCache;
 
-/// One log file. Several processes may write the same one: it is opened for appending, is readable and
-/// writable by everybody, and a rotation by another process is noticed at the next full size.
-/// Opening never waits and never follows a stranger's trap: what is neither a regular file nor a character
-/// device (a FIFO) is refused, and a symbolic link must belong to root or to the effective user.
-/// Failures of writing and of rotation are not reported.
-/// Thread-safety: every operation may be called from any thread, except where a held lock is required.
+/// One log file. Several processes may write the same one: it is opened for appending, everybody may read and
+/// write it, and a process notices a rotation by another one when the file has reached its full size again.
+/// Opening never waits, and never follows a trap that another user has set: a symbolic link must belong to
+/// root or to the effective user, a file with a second hard link is refused (EMLINK), and so is anything but
+/// a regular file or a character device (ENXIO). A pipe or FIFO is accepted if a link of root's leads to it,
+/// as /dev/stdout does in a container; it has no cache, and what it does not take within 100 ms goes to
+/// syslog. Failures of writing and of rotation are not reported. Thread-safety: every operation may be called
+/// from any thread, except where a held lock is required.
 class FOKRAZO_API FileLogging {
  public:
   /// A closed log.
@@ -33,15 +36,16 @@ class FOKRAZO_API FileLogging {
   struct Settings {
     unsigned int maxSize = 0x20000000;  // bytes; the size at which the file is rotated
     int maxCount = 5;                   // old files kept; below 1 the file goes on growing
-    bool zipBackup = false;             // old files are compressed
+    bool zipBackup = false;             // whether old files are compressed
     int flushFrequency = 10;            // messages between flushes
     unsigned int cacheSize = 10240;     // bytes; 0 for no cache
 
-    /// As the process's configuration has them.
+    /// Those of the process's configuration.
     static Settings read();
   };
 
-  /// Opens the file with the configured settings, or with those given. 0 or an errno.
+  /// Opens the file, with the configured settings or with these. Returns 0 or an errno; after an error the
+  /// log is closed.
   int init(const char* path);
   int init(const char* path, const Settings& settings);
   /// Opens the file if it is closed or `force` is set.
@@ -53,50 +57,61 @@ class FOKRAZO_API FileLogging {
   /// Whether lines go to the file.
   bool isOpened();
 
-  /// Writes one line: time, host, program and process, then the text. With a cache the text is cut at 1023
-  /// characters.
+  /// Writes one line: time, host, program and process, then the text, with control characters escaped. With a
+  /// cache the text is cut at 1023 characters. Old files are compressed after `mutex` has been released.
   void log(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
-  /// As log if the file is open; false, with `args` unused, if it is not.
+  /// As log. False, with `args` as they were, if the file is closed, or was removed and cannot be made again;
+  /// lines that the cache still holds for a removed file then go to syslog.
   bool logIfOpened(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
   /// Writes out what the cache holds; from now on every line is written at once. For the process's end.
   void flushFromNowOn();
   /// Forgets what the cache holds, in a child process whose parent writes it. Requires: no other thread.
   void forgetAfterFork();
 
-  /// The rest requires that `mutex` is held.
-  int openLog(bool force);
+  /// As open; 0 or an errno.
+  int openLog(bool force) FOKRAZO_REQUIRES(mutex);
   /// As close.
-  void closeLog();
-  /// Moves the file out of the way and opens a new one, if it is too large. Where none can be opened the old
-  /// one is written on until the next time.
-  void fileRotate();
-  /// Whether the open file, or the one that the path names, has reached the size; false if it cannot be told.
-  bool checkFileSizeByFP();
-  bool checkFileSizeByPath();
+  void closeLog() FOKRAZO_REQUIRES(mutex);
+  /// Moves the file out of the way if it is too large, opens a new one, and compresses the old one if that is
+  /// configured. While no new file can be opened, the old one is written on.
+  void fileRotate() FOKRAZO_REQUIRES(mutex);
+  /// Whether the open file, or the one that the path names, has reached the size; false if it cannot be
+  /// asked.
+  bool checkFileSizeByFP() FOKRAZO_REQUIRES(mutex);
+  bool checkFileSizeByPath() FOKRAZO_REQUIRES(mutex);
 
-  /// Held over every operation; recursive.
+  /// Held over every operation; recursive, because a caller that holds it may log.
   Mutex mutex;
 
  private:
-  void makeCache();
-  void logLocked(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
-  bool writeLine(bool flushDue, const char* format, va_list args) __attribute__((format(printf, 3, 0)));
-  void printLine(const char* prefix, const char* format, va_list args) __attribute__((format(printf, 3, 0)));
-  template <class Write>
-  bool writeForGood(Write write);
-  void flushCache();
-  void forgetCache();
-  int openFile();
-  void closeFile();
-  bool isFarTooLarge(int file) const;
-  bool isRemoved() const;
+  class Line;
 
-  FILE* m_file = nullptr;
-  std::string m_path;
-  Settings m_settings;
-  int m_unflushed = 0;  // messages since the last flush
-  std::unique_ptr<LogCache> m_cache;
-  std::unique_ptr<char[]> m_streamBuffer;  // of m_file, where there is no cache
+  void makeCache() FOKRAZO_REQUIRES(mutex);
+  bool logLocked(const char* format, va_list args, std::unique_ptr<LogBackups>& rotated)
+      FOKRAZO_REQUIRES(mutex) __attribute__((format(printf, 2, 0)));
+  bool isFlushDue() FOKRAZO_REQUIRES(mutex);
+  bool writeLine(bool flushDue, const char* format, va_list args) FOKRAZO_REQUIRES(mutex)
+      __attribute__((format(printf, 3, 0)));
+  void printLine(const Line& line) FOKRAZO_REQUIRES(mutex);
+  template <class Write>
+  bool writeForGood(Write write) FOKRAZO_REQUIRES(mutex);
+  bool flushCache() FOKRAZO_REQUIRES(mutex);
+  void forgetCache() FOKRAZO_REQUIRES(mutex);
+  std::string takeUnwritten() FOKRAZO_REQUIRES(mutex);
+  int openFile() FOKRAZO_REQUIRES(mutex);
+  void closeFile() FOKRAZO_REQUIRES(mutex);
+  std::unique_ptr<LogBackups> rotate() FOKRAZO_REQUIRES(mutex);
+  bool isFarTooLarge(int file) const FOKRAZO_REQUIRES(mutex);
+  bool isRemoved() const FOKRAZO_REQUIRES(mutex);
+
+  FILE* m_file FOKRAZO_GUARDED_BY(mutex) = nullptr;
+  std::string m_path FOKRAZO_GUARDED_BY(mutex);
+  Settings m_settings FOKRAZO_GUARDED_BY(mutex);
+  int m_unflushed FOKRAZO_GUARDED_BY(mutex) = 0;  // messages since the last flush
+  bool m_isPipe FOKRAZO_GUARDED_BY(mutex) = false;
+  bool m_isGone FOKRAZO_GUARDED_BY(mutex) = false;  // the file was removed, and none can be made in its place
+  std::unique_ptr<LogCache> m_cache FOKRAZO_GUARDED_BY(mutex);
+  std::unique_ptr<char[]> m_streamBuffer FOKRAZO_GUARDED_BY(mutex);  // of m_file, where there is no cache
 };
 
 }  // namespace vesk

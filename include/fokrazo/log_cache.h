@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
+#include <string_view>
 
 #include <fokrazo/export.h>
 
@@ -41,6 +42,8 @@ class FOKRAZO_API LogCache {
   size_t room() const { return m_position < m_last ? m_last - m_position : 0; }
   /// Whether nothing waits to be written.
   bool isEmpty() const { return m_position == m_buffer; }
+  /// What waits to be written. Good until the next operation.
+  std::string_view content() const { return {m_buffer, static_cast<size_t>(m_position - m_buffer)}; }
   /// Writes the content to the stream, through to the system.
   void write() const;
   /// Does so and empties the cache.

@@ -52,6 +52,8 @@ class FOKRAZO_CAPABILITY("mutex") FOKRAZO_API Mutex {
   bool isOwner() const;
 
  private:
+  friend bool lockUntil(Mutex& mutex, const timespec& deadline);
+
   void taken();
 
   pthread_mutex_t m_mutex{};
@@ -83,8 +85,7 @@ class FOKRAZO_API MaxWaitMutex : public Mutex {
 class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API Lock {
  public:
   /// Takes `mutex`, which must outlive the guard. A cancel that is pending stays so until unLock.
-  explicit Lock(Mutex& mutex) FOKRAZO_ACQUIRE(mutex)
-      : Lock(mutex, Thread::m_threadsActive.load(std::memory_order_relaxed) > 0) {}
+  explicit Lock(Mutex& mutex) FOKRAZO_ACQUIRE(mutex) : Lock(mutex, Thread::locksCount()) {}
   /// Takes `mutex` by polling at that interval (0 and 0: 10 ms), without end.
   Lock(Mutex& mutex, long seconds, long nanoseconds) FOKRAZO_ACQUIRE(mutex);
   /// unLock. While an exception unwinds the stack, a pending cancel is left to the next cancellation point.
@@ -113,8 +114,8 @@ class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API Lock {
  private:
   // Asked before a field is set, the question costs one comparison in all: the compiler then knows what the
   // destructor will find.
-  Lock(Mutex& mutex, bool threadsActive) FOKRAZO_ACQUIRE(mutex) : m_mutex(&mutex) {
-    if (__builtin_expect(threadsActive, false)) doLock();
+  Lock(Mutex& mutex, bool locksCount) FOKRAZO_ACQUIRE(mutex) : m_mutex(&mutex) {
+    if (__builtin_expect(locksCount, false)) doLock();
   }
 
   static constexpr int kNotLocked = -1;

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <pthread.h>
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#endif
 
 #include <atomic>
 #include <string>
@@ -10,7 +13,7 @@
 
 namespace vesk {
 
-/// A POSIX thread. Its mere existence makes the process count as threaded.
+/// A POSIX thread. Locks count from the moment the object exists, before the thread is started.
 /// Every failing call throws SystemException "OS call failed: …" unless said otherwise.
 class FOKRAZO_API Thread {
  public:
@@ -52,7 +55,18 @@ class FOKRAZO_API Thread {
   /// Switch the calling thread's cancellation.
   static void enableKill();
   static void disableKill();
-  /// True counts one more thread of the program's own; false sets the count to 0.
+  /// Whether locks are taken: the process has, or once had, a second thread, or a Thread object exists, or
+  /// SetThreadsActive(true) was called. Costs two loads. Where the C library cannot tell, the answer is true.
+  static bool locksCount() {
+#if __has_include(<sys/single_threaded.h>)
+    return __libc_single_threaded == 0 || m_threadsActive.load(std::memory_order_relaxed) > 0;
+#else
+    return true;
+#endif
+  }
+  /// Nothing needs this call: locks count as soon as the process has a second thread, whoever starts it. True
+  /// makes them count already before that, for a program that starts its first thread while it holds a Lock;
+  /// each call adds one to m_threadsActive. False sets m_threadsActive to 0.
   static void SetThreadsActive(bool active);
   /// Finds out whether the process has a threads library.
   static void DetermineThreadSupport();
@@ -62,7 +76,7 @@ class FOKRAZO_API Thread {
   /// What DetermineThreadSupport has found out.
   static std::atomic<bool> m_threadSupportKnown;
   static std::atomic<bool> m_threadsSupported;
-  /// Number of Thread objects. Above 0 the process counts as threaded.
+  /// Number of Thread objects, and of calls of SetThreadsActive(true).
   static std::atomic<int> m_threadsActive;
 
   Thread(const Thread&) = delete;

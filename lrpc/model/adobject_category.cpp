@@ -42,7 +42,7 @@ std::string containerCategory(const std::string& displayName, const std::string&
 
 // The first row counts that has the marker or the place.
 std::string classStoreCategory(const std::string& displayName, const std::string& dn) {
-  static const MapCategory kMapCategories[] = {
+  const MapCategory kMapCategories[] = {
       {&NETGROUP_VERSION, "cn=netgroup,cn=nismaps", &AD_NETGROUP_CATEGORY},
       {&PROTOCOL_VERSION, "cn=protocols,cn=nismaps", &AD_PROTOCOL_CATEGORY},
       {&RPC_VERSION, "cn=rpc,cn=nismaps", &AD_RPC_CATEGORY},

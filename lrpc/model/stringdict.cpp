@@ -1,9 +1,11 @@
 #include <fokrazo/stringdict.h>
 
 #include <cstdio>
+#include <memory>
 
 #include "lrpc/model/stringdict_table.h"
 #include "util/error/throw.h"
+#include "util/text/made_once.h"
 
 namespace vesk {
 namespace {
@@ -11,16 +13,16 @@ namespace {
 constexpr char kSource[] = "lrpc/stringdict";
 
 // Made once and never destroyed: blobs may be read until the very end of the process.
-const DictionaryVector* newVector(stringdict::Lists list) {
-  auto* entries = new DictionaryVector;
+std::unique_ptr<const DictionaryVector> newVector(stringdict::Lists list) {
+  auto entries = std::make_unique<DictionaryVector>();
   entries->reserve(stringdict::entryCount(list));
   for (const stringdict::Entry& entry : stringdict::kEntries)
     if (entry.lists & list) entries->emplace_back(entry.text);
   return entries;
 }
 
-const DictionaryMap* newMap(stringdict::Lists list) {
-  auto* indexes = new DictionaryMap(stringdict::entryCount(list));
+std::unique_ptr<const DictionaryMap> newMap(stringdict::Lists list) {
+  auto indexes = std::make_unique<DictionaryMap>(stringdict::entryCount(list));
   int index = 0;
   for (const stringdict::Entry& entry : stringdict::kEntries)
     if (entry.lists & list) indexes->emplace(entry.text, index++);
@@ -54,17 +56,17 @@ const NumberedList& listOf(int checksum) {
 }  // namespace
 
 // The three functions of a list.
-#define FOKRAZO_DICTIONARY(suffix, list, checksum)                        \
-  const DictionaryVector& GetDictionaryVector##suffix() {                 \
-    static const DictionaryVector* entries = newVector(stringdict::list); \
-    return *entries;                                                      \
-  }                                                                       \
-  const DictionaryMap& GetDictionaryMap##suffix() {                       \
-    static const DictionaryMap* indexes = newMap(stringdict::list);       \
-    return *indexes;                                                      \
-  }                                                                       \
-  int GetDictionarySum##suffix() {                                        \
-    return checksum;                                                      \
+#define FOKRAZO_DICTIONARY(suffix, list, checksum)                  \
+  const DictionaryVector& GetDictionaryVector##suffix() {           \
+    static MadeOnce<const DictionaryVector> entries;                \
+    return entries.get([] { return newVector(stringdict::list); }); \
+  }                                                                 \
+  const DictionaryMap& GetDictionaryMap##suffix() {                 \
+    static MadeOnce<const DictionaryMap> indexes;                   \
+    return indexes.get([] { return newMap(stringdict::list); });    \
+  }                                                                 \
+  int GetDictionarySum##suffix() {                                  \
+    return checksum;                                                \
   }
 
 FOKRAZO_DICTIONARY(, k16090, 0x16090)

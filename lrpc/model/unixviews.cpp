@@ -151,7 +151,7 @@ void User::readPasswordFrom(const std::string& source) {
 }
 
 void User::readPrefixedPassword(const std::list<std::string>& identities) {
-  static const std::string kPrefix("qtrPasswordHash:");
+  constexpr std::string_view kPrefix("qtrPasswordHash:");
   for (const std::string& identity : identities) {
     if (identity.compare(0, kPrefix.size(), kPrefix) != 0) continue;
     m_password = identity.substr(kPrefix.size());

@@ -15,6 +15,7 @@
 #include "util/file/open_file.h"
 #include "util/file/path_location.h"
 #include "util/file/tree_remover.h"
+#include "util/text/made_once.h"
 
 namespace vesk {
 namespace {
@@ -251,8 +252,8 @@ directory_iterator::directory_iterator(const Path& path) : m_directory(path) {
 }
 
 const directory_iterator& directory_iterator::end() {
-  static const directory_iterator& end = *new directory_iterator;
-  return end;
+  static MadeOnce<const directory_iterator> end;
+  return end.get([] { return std::unique_ptr<const directory_iterator>(new directory_iterator); });
 }
 
 directory_iterator& directory_iterator::operator++() {

@@ -30,12 +30,12 @@ constexpr const char* kEnforceFiles[] = {"/selinux/enforce", "/sys/fs/selinux/en
 
 /// Guards the creation of the module.
 Mutex& gSelinuxInstanceMutex() {
-  return vesk::forkedLock<vesk::ForkOrder::SelinuxModule>();
+  return vesk::forkedLock(vesk::ForkOrder::SelinuxModule);
 }
 
 /// matchpathcon is not safe for concurrent use.
 Mutex& gSelinuxMutex() {
-  return vesk::forkedLock<vesk::ForkOrder::SelinuxLabels>();
+  return vesk::forkedLock(vesk::ForkOrder::SelinuxLabels);
 }
 
 using Context = std::unique_ptr<char, std::function<void(char*)>>;

@@ -34,12 +34,22 @@ std::string displayName(const std::string& fullName) {
 
 }  // namespace
 
+// The child of a fork that came while another thread was changing the tree begins with the root alone.
+// Loggers that it holds already stay as they are.
+void LoggerTree::inChild(bool intact) {
+  if (Logger::m_levelGeneration % 2 != 0) ++Logger::m_levelGeneration;
+  if (intact || gNamedLoggers == nullptr) return;
+  const bool begins = gRootLogger == nullptr || isShutDown();
+  gNamedLoggers = begins ? nullptr : new LoggerTable(kInitialBuckets);
+}
+
 Mutex& gNamedLoggersProtect() {
-  return forkedLock<ForkOrder::Loggers>();
+  inForkedChild(ForkOrder::Loggers, LoggerTree::inChild);
+  return forkedLock(ForkOrder::Loggers);
 }
 
 Mutex& gLogMessageProtect() {
-  return forkedLock<ForkOrder::LogMessages>();
+  return forkedLock(ForkOrder::LogMessages);
 }
 
 std::atomic<unsigned> Logger::m_levelGeneration{2};

@@ -48,6 +48,8 @@ struct LoggerTree {
   /// and gNamedLoggersProtect.
   static void init();
   static bool isShutDown();
+  /// For the child of a fork, see inForkedChild.
+  static void inChild(bool intact);
   static const boost::shared_ptr<Logger>& root();
   static LoggerTable& table();
 

@@ -15,6 +15,7 @@
 #include "util/hook/hooks.h"
 #include "util/log/log_internal.h"
 #include "util/text/hex_digits.h"
+#include "util/text/made_once.h"
 #include "util/thread/clock.h"
 
 // The C library's. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
@@ -119,14 +120,15 @@ const char* programName() {
 // the text serves a thread for a whole second.
 std::string_view whenAndWho() {
   thread_local struct {
-    time_t second = -1;
-    size_t length = 0;
+    time_t second;
+    size_t length;  // 0: nothing yet
     char text[512];
   } cached;
   const time_t now = dayclock::now();
-  if (now == cached.second) return {cached.text, cached.length};
+  if (cached.length > 0 && now == cached.second) return {cached.text, cached.length};
   cached.second = now;
-  static const ProcessIdentity process;
+  static MadeOnce<const ProcessIdentity> identity;
+  const ProcessIdentity& process = identity.get();
   char time[64];
   tm local;
   if (localtime_r(&now, &local) == nullptr || strftime(time, sizeof time, "%F %T %z", &local) == 0)

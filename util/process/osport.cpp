@@ -72,7 +72,7 @@ bool IsSolarisZone() {
 }
 
 void detect_progname() {
-  vesk::Lock lock(vesk::forkedLock<vesk::ForkOrder::ProgramName>());
+  vesk::Lock lock(vesk::forkedLock(vesk::ForkOrder::ProgramName));
   if (__progname && *__progname) return;
   const char* name = nameFromProcessTable();
   __progname = name ? name : "unknown";

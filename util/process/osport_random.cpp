@@ -20,7 +20,7 @@ bool gSeeded = false;  // guarded by the mutex below
 
 // Counts in every program, also in one whose threads are none of Thread's.
 vesk::Mutex& gRandomMutex() {
-  return vesk::forkedLock<vesk::ForkOrder::RandomNumbers>();
+  return vesk::forkedLock(vesk::ForkOrder::RandomNumbers);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <fokrazo/mutex.h>
 #include <fokrazo/osport.h>
 #include "util/process/descriptors.h"
+#include "util/text/made_once.h"
 #include "util/thread/fork_locks.h"
 #include "util/thread/pause.h"
 #include "util/thread/threads_api.h"
@@ -30,19 +31,18 @@ struct Child {
   bool awaited;  // a caller waits for it; it is none of spawnfv_reap's
 };
 
+vesk::MadeOnce<std::vector<Child>> gSpawnPidList;
+
 // Guards the list, and keeps fork from copying it half changed.
 vesk::Mutex& gSpawnMutex() {
-  return vesk::forkedLock<vesk::ForkOrder::SpawnedChildren>();
-}
-
-std::vector<Child>& gSpawnPidList() {
-  static std::vector<Child>& children = *new std::vector<Child>;
-  return children;
+  vesk::inForkedChild(vesk::ForkOrder::SpawnedChildren, [](bool intact) {
+    if (!intact) gSpawnPidList.abandon();
+  });
+  return vesk::forkedLock(vesk::ForkOrder::SpawnedChildren);
 }
 
 int maxfd() {
-  static const int limit = static_cast<int>(sysconf(_SC_OPEN_MAX));
-  return limit;
+  return static_cast<int>(sysconf(_SC_OPEN_MAX));
 }
 
 bool hasEnded(int status) {
@@ -97,10 +97,10 @@ class Program {
 // where nobody would look after the child.
 pid_t startChild(Program& program, bool awaited) {
   const vesk::BriefHold hold(gSpawnMutex());
-  gSpawnPidList().reserve(gSpawnPidList().size() + 1);
+  gSpawnPidList.get().reserve(gSpawnPidList.get().size() + 1);
   const pid_t pid = fork();
   if (pid == 0) program.become();
-  if (pid > 0) gSpawnPidList().push_back({pid, awaited});
+  if (pid > 0) gSpawnPidList.get().push_back({pid, awaited});
   return pid;
 }
 
@@ -149,7 +149,7 @@ class AwaitedChild {
   }
 
   std::vector<Child>::iterator entry() {
-    auto& children = gSpawnPidList();
+    auto& children = gSpawnPidList.get();
     return std::find_if(children.begin(), children.end(),
                         [&](const Child& child) { return child.pid == m_pid; });
   }
@@ -158,7 +158,7 @@ class AwaitedChild {
     m_done = true;
     vesk::Lock lock(gSpawnMutex());
     const auto found = entry();
-    if (found != gSpawnPidList().end()) gSpawnPidList().erase(found);
+    if (found != gSpawnPidList.get().end()) gSpawnPidList.get().erase(found);
   }
 
   void giveUp() {
@@ -166,7 +166,7 @@ class AwaitedChild {
     m_done = true;
     vesk::Lock lock(gSpawnMutex());
     const auto found = entry();
-    if (found != gSpawnPidList().end()) found->awaited = false;
+    if (found != gSpawnPidList.get().end()) found->awaited = false;
   }
 
   pid_t m_pid;
@@ -216,6 +216,6 @@ int spawnfv_time_with_callback(int mode, int count, int* fds, const char* path, 
 
 void spawnfv_reap() {
   vesk::Lock lock(gSpawnMutex());
-  auto& children = gSpawnPidList();
+  auto& children = gSpawnPidList.get();
   children.erase(std::remove_if(children.begin(), children.end(), isGone), children.end());
 }

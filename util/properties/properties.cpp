@@ -51,11 +51,17 @@ TimeText scanTime(const std::string& text) {
 // which holds that one, asks for the object too.
 std::atomic<Properties*> gMade{nullptr};
 
+// The child of a fork that came in the middle of a load loads for itself.
+void abandonInstance(bool intact) {
+  if (intact) return;
+  gMade.store(nullptr, std::memory_order_release);
+  Properties::gVeskProperties = nullptr;
+}
+
 Properties* makeInstance(bool debugDump) {
-  vesk::keepLocksOverFork();
-  [[maybe_unused]] static vesk::Mutex& held =
-      vesk::heldOverFork(vesk::ForkOrder::PropertiesMaking, Properties::gPropMtx);
-  Lock lock(Properties::gPropMtx);
+  vesk::inForkedChild(vesk::ForkOrder::PropertiesMaking, abandonInstance);
+  vesk::inForkedChild(vesk::ForkOrder::Properties, abandonInstance);
+  Lock lock(vesk::heldOverFork(vesk::ForkOrder::PropertiesMaking, Properties::gPropMtx));
   Properties*& instance = Properties::gVeskProperties;
   if (instance) return instance;
   instance = new Properties(true, debugDump);

@@ -8,6 +8,7 @@
 #include <fokrazo/log.h>
 #include <fokrazo/propnames.h>
 #include "util/error/throw.h"
+#include "util/text/made_once.h"
 #include "util/thread/clock.h"
 #include "util/thread/fork_locks.h"
 #include "util/thread/pause.h"
@@ -34,8 +35,8 @@ bool QueueAble::dedupMe() {
   return false;
 }
 const std::string& QueueAble::getID() const {
-  static const std::string& none = *new std::string;
-  return none;
+  static MadeOnce<const std::string> none;
+  return none.get();
 }
 long QueueAble::getTimeout() {
   return 0;
@@ -82,10 +83,12 @@ RunQueue::~RunQueue() {
 }
 
 RunQueue::Registry& RunQueue::gQueues() {
-  keepLocksOverFork();
-  static Registry& queues = *new Registry;
-  [[maybe_unused]] static Mutex& held = heldOverFork(ForkOrder::WorkQueues, queues.mutex());
-  return queues;
+  static MadeOnce<Registry> queues;
+  inForkedChild(ForkOrder::WorkQueues, [](bool intact) {
+    if (!intact) queues.abandon();
+  });
+  heldOverFork(ForkOrder::WorkQueues, queues.get().mutex());
+  return queues.get();
 }
 
 RunQueue* RunQueue::find(const std::string& name, unsigned int maxSize,
@@ -168,7 +171,7 @@ bool RunQueue::doDeDup(boost::shared_ptr<QueueAble> item) {
 // Each of them is woken once: until it has the lock again it needs no second call. While threads do not count
 // as active a call goes nowhere.
 void RunQueue::wakeRunners() {
-  if (!m_runnersWait || !threadsActive()) return;
+  if (!m_runnersWait || !Thread::locksCount()) return;
   m_runnersWait = false;
   m_mutex.signalAll();
 }

@@ -11,6 +11,7 @@
 #include "util/error/throw.h"
 #include "util/file/file_io.h"
 #include "util/setting/setting_store.h"
+#include "util/text/made_once.h"
 #include "util/thread/fork_locks.h"
 
 namespace vesk {
@@ -60,10 +61,24 @@ void openToAllUsers(const Path& dir) {
 
 }  // namespace
 
+namespace {
+
+MadeOnce<SettingStore> gStore;
+
+// The directory stays: it is set before anything else happens.
+void abandonSettings(bool intact) {
+  SettingStore* const store = gStore.ifMade();
+  if (intact || store == nullptr) return;
+  new (&store->gSettingsMap) decltype(store->gSettingsMap);
+  new (&store->gRewriteSettings) decltype(store->gRewriteSettings);
+}
+
+}  // namespace
+
 SettingStore& SettingStore::instance() {
-  keepLocksOverFork();
-  static SettingStore& store = *new SettingStore;
-  [[maybe_unused]] static Mutex& held = heldOverFork(ForkOrder::Settings, store.gMapLock);
+  SettingStore& store = gStore.get();
+  heldOverFork(ForkOrder::Settings, store.gMapLock);
+  inForkedChild(ForkOrder::Settings, abandonSettings);
   return store;
 }
 

@@ -11,6 +11,7 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include "util/log/log_internal.h"
+#include "util/sink/log_text.h"
 #include "util/sink/sink_internal.h"
 
 namespace vesk {
@@ -94,10 +95,16 @@ void CircularBuffer::log(const char* format, va_list args) {
   Lock lock(gLogMessageProtect());
   BuildMessagePrefix(m_scratch, kPrefixSize, kLead);
   const size_t prefix = strlen(m_scratch);
-  vsnprintf(m_scratch + prefix, kScratchSize - prefix, format, args);
+  const size_t length = prefix + formatEscaped(m_scratch + prefix, kScratchSize - prefix, format, args);
   m_scratch[kScratchSize] = '\0';
-  put(static_cast<unsigned int>(strlen(m_scratch)));
+  put(static_cast<unsigned int>(length));
   memset(m_scratch, ' ', kScratchSize);
+}
+
+void CircularBuffer::restart() {
+  if (!isEnabled()) return;
+  memset(m_start, 0, m_size);
+  m_current = m_start;
 }
 
 // The next entry overwrites all of the end marker but its leading newline, which ends this entry's line.

@@ -1,15 +1,20 @@
 #include <fokrazo/file_logging.h>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
+#include <syslog.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string_view>
+#include <utility>
 
 #include <fokrazo/log.h>
 #include <fokrazo/log_cache.h>
@@ -19,7 +24,9 @@
 #include "util/file/unique_fd.h"
 #include "util/log/log_internal.h"
 #include "util/sink/log_backups.h"
+#include "util/sink/log_text.h"
 #include "util/sink/sink_internal.h"
+#include "util/sink/syslog_line.h"
 #include "util/thread/threads_api.h"
 
 namespace vesk {
@@ -33,28 +40,84 @@ constexpr int kMostBackups = 9999;  // each rotation looks for every one of them
 constexpr int kMostMessagesPerFlush = 512;
 constexpr unsigned int kCachePerMessage = 1024;
 
-// Whether a symbolic link may be followed: nobody but root and the process's own user made it.
-bool isTrustedLink(const char* path) {
-  struct stat status;
-  return lstat(path, &status) == 0 && S_ISLNK(status.st_mode) &&
-         (status.st_uid == 0 || status.st_uid == geteuid());
+struct Opened {
+  UniqueFd file;
+  struct stat status {};
+};
+
+// The open file's kind decides, and where it was found.
+bool isAcceptable(const struct stat& status, bool throughLinkOfRoot) {
+  if (S_ISREG(status.st_mode) && status.st_nlink > 1) {
+    errno = EMLINK;  // it may be somebody else's file under the log's name
+    return false;
+  }
+  errno = ENXIO;
+  return S_ISREG(status.st_mode) || S_ISCHR(status.st_mode) ||
+         (S_ISFIFO(status.st_mode) && throughLinkOfRoot);
 }
 
-// A stranger's link, FIFO or socket in place of the log gives an error, never a wait.
-UniqueFd openForAppending(const char* path) {
+// Another user's link, FIFO or socket in place of the log is an error, never a wait.
+Opened openForAppending(const char* path) {
   constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-  UniqueFd file(::open(path, kFlags | O_NOFOLLOW, kEverybody));
-  if (!file && errno == ELOOP && isTrustedLink(path)) file = UniqueFd(::open(path, kFlags, kEverybody));
-  if (!file) return file;
-  struct stat status;
-  if (fstat(file.get(), &status) != 0) return UniqueFd();
-  if (S_ISREG(status.st_mode)) {
-    fchmod(file.get(), kEverybody);
-  } else if (!S_ISCHR(status.st_mode)) {
-    errno = ENXIO;
-    return UniqueFd();
+  Opened opened{UniqueFd(::open(path, kFlags | O_NOFOLLOW, kEverybody))};
+  struct stat link {};
+  if (!opened.file && errno == ELOOP) {
+    const bool isTrusted =
+        lstat(path, &link) == 0 && S_ISLNK(link.st_mode) && (link.st_uid == 0 || link.st_uid == geteuid());
+    if (isTrusted)
+      opened.file = UniqueFd(::open(path, kFlags, kEverybody));
+    else
+      errno = ELOOP;
   }
-  return file;
+  if (!opened.file) return opened;
+  const bool throughLinkOfRoot = S_ISLNK(link.st_mode) && link.st_uid == 0;
+  if (fstat(opened.file.get(), &opened.status) != 0 || !isAcceptable(opened.status, throughLinkOfRoot))
+    return Opened();
+  if (S_ISREG(opened.status.st_mode)) fchmod(opened.file.get(), kEverybody);
+  return opened;
+}
+
+// A pipe whose reader is gone must not end the program: holds the signal back, and takes it away if it came.
+class SigpipeHeldBack {
+ public:
+  SigpipeHeldBack() {
+    sigset_t pending;
+    sigemptyset(&m_pipe);
+    sigaddset(&m_pipe, SIGPIPE);
+    sigpending(&pending);
+    m_wasPending = sigismember(&pending, SIGPIPE) == 1;
+    pthread_sigmask(SIG_BLOCK, &m_pipe, &m_before);
+  }
+  ~SigpipeHeldBack() {
+    constexpr timespec kNoWait{0, 0};
+    if (!m_wasPending) sigtimedwait(&m_pipe, nullptr, &kNoWait);
+    pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
+  }
+  SigpipeHeldBack(const SigpipeHeldBack&) = delete;
+  SigpipeHeldBack& operator=(const SigpipeHeldBack&) = delete;
+
+ private:
+  sigset_t m_pipe;
+  sigset_t m_before;
+  bool m_wasPending;
+};
+
+// Lines of the log file that syslog gets instead: without what syslog adds itself.
+void giveToSyslog(const std::string& lines) {
+  constexpr std::string_view kPrefixEnd = "]: ";
+  for (size_t begin = 0, end; begin < lines.size(); begin = end + 1) {
+    end = std::min(lines.find('\n', begin), lines.size());
+    const std::string line = lines.substr(begin, end - begin);
+    const size_t prefix = line.find(kPrefixEnd);
+    writeSyslog(LOG_INFO, line.c_str() + (prefix == std::string::npos ? 0 : prefix + kPrefixEnd.size()));
+  }
+}
+
+// Whether the pipe takes a line within a short time.
+bool isWritable(int pipe) {
+  constexpr int kPatience = 100;  // milliseconds
+  pollfd state{pipe, POLLOUT, 0};
+  return poll(&state, 1, kPatience) == 1 && (state.revents & POLLERR) == 0;
 }
 
 unsigned int megabytes(int count) {
@@ -62,6 +125,40 @@ unsigned int megabytes(int count) {
 }
 
 }  // namespace
+
+/// The text of a message for a file without cache: of any length, not yet escaped.
+class FileLogging::Line {
+ public:
+  Line(const char* format, va_list args) __attribute__((format(printf, 2, 0))) {
+    va_list again;
+    va_copy(again, args);
+    m_length = std::max(vsnprintf(m_short, sizeof m_short, format, args), 0);
+    if (m_length >= sizeof m_short) formatLong(format, again);
+    va_end(again);
+    const size_t formatLength = strlen(format);
+    m_endsLine = m_length > 0 && text()[m_length - 1] == '\n' && format[formatLength - 1] == '\n';
+  }
+
+  /// Without a newline at its end that is the format's own.
+  size_t length() const { return m_endsLine ? m_length - 1 : m_length; }
+  bool endsLine() const { return m_endsLine; }
+  const char* text() const { return m_long ? m_long.get() : m_short; }
+
+ private:
+  // Where there is no memory the text is cut.
+  void formatLong(const char* format, va_list args) __attribute__((format(printf, 2, 0))) {
+    m_long.reset(new (std::nothrow) char[m_length + 1]);
+    if (m_long)
+      vsnprintf(m_long.get(), m_length + 1, format, args);
+    else
+      m_length = sizeof m_short - 1;
+  }
+
+  char m_short[LogCache::kLongestText + 1];
+  std::unique_ptr<char[]> m_long;
+  size_t m_length;
+  bool m_endsLine;
+};
 
 FileLogging::Settings FileLogging::Settings::read() {
   Properties& properties = *Props(false, false);
@@ -105,8 +202,9 @@ int FileLogging::init(const char* path, const Settings& settings) {
   return error;
 }
 
+// A pipe is written line by line: its reader is to see them as they come.
 void FileLogging::makeCache() {
-  if (m_settings.cacheSize == 0) {
+  if (m_settings.cacheSize == 0 || m_isPipe) {
     m_cache.reset();
   } else if (m_cache) {
     m_cache->reconfigure(m_settings.cacheSize, m_file);
@@ -145,18 +243,21 @@ int FileLogging::openLog(bool force) {
   return openFile();
 }
 
-// In place of the one that is open; that one stays if it fails.
+// Replaces the file that is open; that one stays if this fails.
 int FileLogging::openFile() {
+  Opened opened = openForAppending(m_path.c_str());
+  const bool isPipe = S_ISFIFO(opened.status.st_mode);
   // A cache is written as it stands, in one write.
-  const bool cached = m_settings.cacheSize > 0;
+  const bool cached = m_settings.cacheSize > 0 && !isPipe;
+  FILE* const stream = opened.file ? fdopen(opened.file.get(), "a") : nullptr;
+  if (stream == nullptr) return errno;
+  opened.file.release();
   auto buffer = cached ? nullptr : std::make_unique<char[]>(kStreamBuffer);
-  UniqueFd file = openForAppending(m_path.c_str());
-  FILE* const opened = file ? fdopen(file.get(), "a") : nullptr;
-  if (opened == nullptr) return errno;
-  file.release();
-  setvbuf(opened, buffer.get(), cached ? _IONBF : _IOFBF, cached ? 0 : kStreamBuffer);
+  setvbuf(stream, buffer.get(), cached ? _IONBF : _IOFBF, cached ? 0 : kStreamBuffer);
   closeFile();
-  m_file = opened;
+  m_file = stream;
+  m_isPipe = isPipe;
+  m_isGone = false;
   m_streamBuffer = std::move(buffer);
   if (m_cache) m_cache->setFileFP(m_file);
   return 0;
@@ -171,69 +272,99 @@ void FileLogging::closeLog() {
 
 void FileLogging::closeFile() {
   if (m_cache) m_cache->setFileFP(nullptr);
-  if (m_file != nullptr) fclose(m_file);
+  if (m_file == nullptr) return;
+  const SigpipeHeldBack sigpipeHeldBack;
+  fclose(m_file);
   m_file = nullptr;
 }
 
 void FileLogging::log(const char* format, va_list args) {
-  Lock lock(mutex);
-  logLocked(format, args);
+  std::unique_ptr<LogBackups> rotated;
+  {
+    Lock lock(mutex);
+    logLocked(format, args, rotated);
+  }
+  if (rotated) rotated->compress();
 }
 
 bool FileLogging::logIfOpened(const char* format, va_list args) {
-  Lock lock(mutex);
-  if (m_file == nullptr) return false;
-  logLocked(format, args);
+  std::unique_ptr<LogBackups> rotated;
+  std::string unwritten;
+  bool isTaken = false;
+  {
+    Lock lock(mutex);
+    if (m_file == nullptr) return false;
+    if (m_isGone && (!isFlushDue() || openFile() != 0)) return false;
+    va_list copy;
+    va_copy(copy, args);
+    isTaken = logLocked(format, copy, rotated);
+    va_end(copy);
+    unwritten = takeUnwritten();
+  }
+  giveToSyslog(unwritten);
+  if (rotated) rotated->compress();
+  return isTaken;
+}
+
+bool FileLogging::isFlushDue() {
+  if (!m_isPipe && ++m_unflushed < m_settings.flushFrequency) return false;
+  m_unflushed = 0;
   return true;
 }
 
-void FileLogging::logLocked(const char* format, va_list args) {
-  const bool flushDue = ++m_unflushed >= m_settings.flushFrequency;
-  if (flushDue) m_unflushed = 0;
-  if (writeLine(flushDue, format, args) && flushDue) fileRotate();
+// False if the line has not been taken. What is to be compressed is left to the caller, who does it without
+// the lock: a large file takes seconds.
+bool FileLogging::logLocked(const char* format, va_list args, std::unique_ptr<LogBackups>& rotated) {
+  const bool flushDue = isFlushDue();
+  if (!writeLine(flushDue, format, args)) return false;
+  if (flushDue && !m_isGone) rotated = rotate();
+  return true;
 }
 
-// False if there is nothing to write to.
 bool FileLogging::writeLine(bool flushDue, const char* format, va_list args) {
   const std::string_view prefix = whenAndWho();
   if (m_cache && m_cache->isActive()) {
-    if (m_cache->room() < prefix.size() + LogCache::kLongestText + 1) flushCache();
+    char text[LogCache::kLongestText + 1];
+    const size_t length = formatEscaped(text, sizeof text, format, args);
+    if (m_cache->room() < prefix.size() + length + 1) flushCache();
     m_cache->append(prefix.data(), prefix.size());
-    m_cache->vsappend(format, args);
+    m_cache->append(text, length);
     m_cache->append('\n');
     if (flushDue) flushCache();
     return true;
   }
-  if (m_file == nullptr) return false;
+  if (m_file == nullptr || (m_isPipe && !isWritable(fileno(m_file)))) return false;
+  const Line line(format, args);
   if (!flushDue) {
-    printLine(prefix.data(), format, args);
+    printLine(line);
     return true;
   }
-  writeForGood([&] {
-    va_list copy;
-    va_copy(copy, args);
-    printLine(prefix.data(), format, copy);
-    va_end(copy);
+  const std::unique_ptr<SigpipeHeldBack> heldBack(m_isPipe ? new SigpipeHeldBack : nullptr);
+  return writeForGood([&]() FOKRAZO_REQUIRES(mutex) {
+    printLine(line);
     fflush(m_file);
   });
-  return true;
 }
 
-void FileLogging::printLine(const char* prefix, const char* format, va_list args) {
-  fputs(prefix, m_file);
-  vfprintf(m_file, format, args);
+void FileLogging::printLine(const Line& line) {
+  const std::string_view prefix = whenAndWho();
+  fwrite(prefix.data(), 1, prefix.size(), m_file);
+  appendEscaped(line.text(), line.length(),
+                [file = m_file](const char* part, size_t length) { fwrite(part, 1, length, file); });
+  if (line.endsLine()) fputc('\n', m_file);
   fputc('\n', m_file);
 }
 
-// Until this process notices a rotation, it goes on writing into the old file. Another process may have
-// compressed and removed that one: then the same is written once more, into the new file. False if there is
-// none.
+// Until this process notices a rotation it goes on writing into the old file, which another process may have
+// compressed and removed; or the whole directory is gone. Then the same is written once more, into a new
+// file. False if no new file can be made.
 template <class Write>
 bool FileLogging::writeForGood(Write write) {
   constexpr int kAttempts = 3;
   write();
   for (int attempt = 1; isRemoved(); ++attempt) {
-    if (attempt == kAttempts || openFile() != 0) return false;
+    m_isGone = attempt == kAttempts || openFile() != 0;
+    if (m_isGone) return false;
     write();
   }
   return true;
@@ -241,14 +372,23 @@ bool FileLogging::writeForGood(Write write) {
 
 bool FileLogging::isRemoved() const {
   struct stat status;
-  return m_settings.zipBackup && m_file != nullptr && fstat(fileno(m_file), &status) == 0 &&
-         status.st_nlink == 0;
+  return m_file != nullptr && fstat(fileno(m_file), &status) == 0 && status.st_nlink == 0;
 }
 
 // What could not be written stays for the next time, as far as the cache has room.
-void FileLogging::flushCache() {
-  if (!m_cache || m_cache->isEmpty()) return;
-  if (writeForGood([this] { m_cache->write(); })) forgetCache();
+bool FileLogging::flushCache() {
+  if (!m_cache || m_cache->isEmpty()) return true;
+  if (!writeForGood([this]() FOKRAZO_REQUIRES(mutex) { m_cache->write(); })) return false;
+  forgetCache();
+  return true;
+}
+
+// What the cache holds of a file that is gone.
+std::string FileLogging::takeUnwritten() {
+  if (!m_isGone || !m_cache) return {};
+  std::string lines(m_cache->content());
+  forgetCache();
+  return lines;
 }
 
 void FileLogging::forgetCache() {
@@ -258,9 +398,14 @@ void FileLogging::forgetCache() {
 }
 
 void FileLogging::flushFromNowOn() {
-  Lock lock(mutex);
-  flushCache();
-  m_settings.flushFrequency = 1;
+  std::string unwritten;
+  {
+    Lock lock(mutex);
+    flushCache();
+    m_settings.flushFrequency = 1;
+    unwritten = takeUnwritten();
+  }
+  giveToSyslog(unwritten);
 }
 
 void FileLogging::forgetAfterFork() {
@@ -280,23 +425,28 @@ bool FileLogging::checkFileSizeByPath() {
 }
 
 void FileLogging::fileRotate() {
-  if (!checkFileSizeByFP()) return;
-  flushCache();
-  const UniqueFd turn(::open(m_path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  if (turn && !tryLock(turn.get()) && !isFarTooLarge(turn.get())) {
-    // Somebody else rotates. To leave a file that has been rotated already takes no lock.
-    if (!leadsTo(m_path, fileno(m_file))) openFile();
-    return;
-  }
-  LogBackups backups(m_path, m_settings.maxCount, m_settings.zipBackup);
-  // Not if another process has rotated meanwhile; its new file has a lock of its own.
-  if (leadsTo(m_path, turn.get()) && checkFileSizeByPath() && m_settings.maxCount >= 1)
-    backups.takeLog(turn.get());
-  openFile();
-  backups.compress();
+  if (const std::unique_ptr<LogBackups> rotated = rotate()) rotated->compress();
 }
 
-// Who holds the lock of a file so large is not rotating it: whoever can write the log can lock it.
+// What is left to compress; null if the file was not rotated.
+std::unique_ptr<LogBackups> FileLogging::rotate() {
+  if (!checkFileSizeByFP()) return nullptr;
+  flushCache();
+  UniqueFd turn(::open(m_path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (turn && !tryLock(turn.get()) && !isFarTooLarge(turn.get())) {
+    // Another process is rotating. A file that it has moved already can be left without the lock.
+    if (!leadsTo(m_path, fileno(m_file))) openFile();
+    return nullptr;
+  }
+  auto backups = std::make_unique<LogBackups>(m_path, m_settings.maxCount, m_settings.zipBackup);
+  // Unless another process has rotated meanwhile; its new file has a lock of its own.
+  if (leadsTo(m_path, turn.get()) && checkFileSizeByPath() && m_settings.maxCount >= 1)
+    backups->takeLog(std::move(turn));
+  openFile();
+  return backups;
+}
+
+// The holder of the lock of a file so large is not rotating it: everybody who can write the log can lock it.
 bool FileLogging::isFarTooLarge(int file) const {
   constexpr off_t kTimes = 4;
   constexpr off_t kLeast = 1 << 20;  // bytes

@@ -47,9 +47,9 @@ std::string LogBackups::name(int number) const {
   return m_log + "." + std::to_string(number) + (m_compressed ? ".gz" : "");
 }
 
-void LogBackups::takeLog(int wanted) {
+void LogBackups::takeLog(UniqueFd wanted) {
   std::vector<Taken> older = leftovers();
-  Taken log = claim(wanted);
+  Taken log = claim(std::move(wanted));
   if (log.name.empty()) return;
   for (Taken& taken : older)
     if (makePlace(taken)) m_placed.push_back(std::move(taken));
@@ -78,14 +78,14 @@ std::vector<LogBackups::Taken> LogBackups::leftovers() const {
 
 // Of several processes that take one log, one gets it. Another one may get the log that has followed, and
 // gives it back.
-LogBackups::Taken LogBackups::claim(int wanted) const {
-  Taken log{m_log + kTakenMarker + "XXXXXX", {}, {}};
+LogBackups::Taken LogBackups::claim(UniqueFd wanted) const {
+  Taken log{m_log + kTakenMarker + "XXXXXX", std::move(wanted), {}};
   if (!openTemporaryFile(log.name.data())) return {};
   if (!moveFile(m_log, log.name, kOverwrite)) {
     ::remove(log.name.c_str());
     return {};
   }
-  if (!leadsTo(log.name, wanted)) giveBack(log);
+  if (!leadsTo(log.name, log.lock.get())) giveBack(log);
   return log;
 }
 

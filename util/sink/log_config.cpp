@@ -164,7 +164,7 @@ void Reconfiguration::startMemoryLog(CircularBuffer& buffer, unsigned int ringSi
 
 }  // namespace
 
-// The locks are taken in the one order that the configuration's own thread has too.
+// The locks are taken in the order in which a thread that loads the configuration takes them.
 void Logger::ReconfigureLevels(Properties& properties) {
   const DestinationSettings destination = DestinationSettings::read();
   const unsigned int ringSize = CircularBuffer::configuredSize();

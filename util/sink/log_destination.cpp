@@ -4,38 +4,44 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include <fokrazo/fixed_paths.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include "util/log/log_internal.h"
+#include "util/sink/log_queue.h"
+#include "util/sink/log_text.h"
 #include "util/sink/sink_internal.h"
+#include "util/sink/syslog_line.h"
+#include "util/text/made_once.h"
 #include "util/thread/fork_locks.h"
 
 namespace vesk {
 namespace {
 
 std::atomic<bool> gOpened{false};
-bool gSyslogOpened = false;  // guarded by gLogMessageProtect, as is the choice of the destination
+std::atomic<bool> gFlushesAtExit{false};
+MadeOnce<FileLogging> gFile;
 
 constexpr char kSyslog[] = "syslog";
 
-// syslog keeps the pointer.
-void openSyslog() {
-  static const char* const name = strdup(programName());
-  openlog(name, LOG_PID, TextToFacility(kDefaultFacility));
-  gSyslogOpened = true;
-}
-
 // What the file's cache still holds is written when the process ends.
 void flushAtExit() {
-  static const bool registered = atexit([] { gFileLogging().flushFromNowOn(); }) == 0;
-  (void)registered;
+  if (!gFlushesAtExit.exchange(true)) atexit([] { gFileLogging().flushFromNowOn(); });
+}
+
+// The parent writes what the cache holds. A file that another thread was working on is left to the parent
+// altogether: the child's next message opens it anew.
+void fileInChild(bool intact) {
+  FileLogging* const file = gFile.ifMade();
+  if (file == nullptr) return;
+  if (intact) return file->forgetAfterFork();
+  new (file) FileLogging;
+  gOpened = false;
 }
 
 // Reading the configuration may log, and that opens the log.
@@ -48,9 +54,10 @@ struct Reader {
 }  // namespace
 
 FileLogging& gFileLogging() {
-  keepLocksOverFork();
-  static FileLogging& file = *new FileLogging;
-  [[maybe_unused]] static Mutex& held = heldOverFork(ForkOrder::LogFile, file.mutex);
+  FileLogging& file = gFile.get();
+  heldOverFork(ForkOrder::LogFile, file.mutex);
+  inForkedChild(ForkOrder::LogFile, fileInChild);
+  inForkedChild(ForkOrder::Syslog, syslogInChild);
   return file;
 }
 
@@ -74,12 +81,10 @@ void DestinationSettings::apply() const {
     error = gFileLogging().init(destination.c_str(), file);
     if (error == 0) return flushAtExit();
   }
-  Lock lock(gFileLogging().mutex);
-  if (!gSyslogOpened && callOpenlog) openSyslog();
-  if (geteuid() == 0 && error != 0) {
-    errno = error;
-    syslog(LOG_ERR, "Could not open %s: %m", destination.c_str());
-  }
+  if (callOpenlog) openSyslog();
+  // The text is the thread's own. NOLINTNEXTLINE(concurrency-mt-unsafe)
+  if (error != 0 && geteuid() == 0)
+    hold(LOG_ERR, "Could not open %s: %s", destination.c_str(), strerror(error));
 }
 
 void openLog(bool reopen) {
@@ -87,18 +92,19 @@ void openLog(bool reopen) {
   if ((gOpened && !reopen) || gReadersInThread >= kDeepestReader) return;
   Reader reader;
   const DestinationSettings settings = DestinationSettings::read();
+  HeldMessages held;
   Lock lock(gLogMessageProtect());
-  if (!gOpened || reopen) settings.apply();
+  if (gOpened && !reopen) return;
+  const HeldMessages::Scope holding(held);
+  settings.apply();
 }
 
-// The file's lock is held over syslog too, so that the system's own lock is free when the process forks.
 void FinalRendering(int priority, const char* format, va_list args) {
   openLog(false);
   if (gFileLogging().logIfOpened(format, args)) return;
   char text[512];
-  if (vsnprintf(text, sizeof text, format, args) < 0) return;
-  Lock lock(gFileLogging().mutex);
-  syslog(priority, "%s", text);
+  formatEscaped(text, sizeof text, format, args);
+  writeSyslog(priority, text);
 }
 
 }  // namespace vesk

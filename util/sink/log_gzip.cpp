@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <new>
 
 #include "util/file/unique_fd.h"
 #include "util/thread/threads_api.h"
@@ -12,7 +13,14 @@
 namespace vesk {
 namespace {
 
+// The size of the block that is copied at a time. It is not on the stack: a log call may compress.
 constexpr unsigned int kBlock = 16384;
+
+using Block = std::unique_ptr<char[]>;
+
+Block makeBlock() {
+  return Block(new (std::nothrow) char[kBlock]);
+}
 
 using File = std::unique_ptr<FILE, int (*)(FILE*)>;
 using GzFile = std::unique_ptr<gzFile_s, int (*)(gzFile)>;
@@ -24,10 +32,11 @@ bool exists(const char* path) {
 
 // From where the last copy ended.
 bool compress(FILE* source, gzFile target) {
-  char block[kBlock];
+  const Block block = makeBlock();
+  if (!block) return false;
   clearerr(source);
-  for (size_t count; (count = fread(block, 1, sizeof block, source)) > 0;)
-    if (gzwrite(target, block, static_cast<unsigned int>(count)) <= 0) return false;
+  for (size_t count; (count = fread(block.get(), 1, kBlock, source)) > 0;)
+    if (gzwrite(target, block.get(), static_cast<unsigned int>(count)) <= 0) return false;
   return ferror(source) == 0;
 }
 
@@ -42,7 +51,8 @@ void gzip(const char* from, const char* to) {
   if (target) compress(source.get(), target.get());
 }
 
-// Who has written before the second copy is in it; who writes behind it can see that the file is removed.
+// The second copy has what was written before the file was removed. Whoever writes later can see that it is
+// gone.
 bool moveCompressed(const char* from, int to) {
   const CancelKeptOff cancelKeptOff;
   UniqueFd owned(to);
@@ -63,9 +73,11 @@ void gunzip(const char* from, const char* to) {
   if (!source) return;
   const File target(fopen(to, "we"), fclose);
   if (!target) return;
-  char block[kBlock];
-  for (int count; (count = gzread(source.get(), block, sizeof block)) > 0;)
-    if (fwrite(block, 1, static_cast<size_t>(count), target.get()) != static_cast<size_t>(count)) return;
+  const Block block = makeBlock();
+  if (!block) return;
+  for (int count; (count = gzread(source.get(), block.get(), kBlock)) > 0;)
+    if (fwrite(block.get(), 1, static_cast<size_t>(count), target.get()) != static_cast<size_t>(count))
+      return;
 }
 
 }  // namespace vesk

@@ -1,14 +1,15 @@
-// The way of a message behind its making: straight to the destination, or through the background queue.
+// The way of a finished message: straight to the destination, or through the background queue.
 
 #include "util/sink/log_queue.h"
 
 #include <syslog.h>
 
 #include <atomic>
-#include <cstdlib>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
 #include <exception>
 #include <memory>
-#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -22,8 +23,10 @@
 #include <fokrazo/propnames.h>
 #include <fokrazo/queued_message.h>
 #include <fokrazo/thread.h>
-#include "util/log/log_internal.h"
+#include "util/sink/log_text.h"
 #include "util/sink/sink_internal.h"
+#include "util/sink/syslog_line.h"
+#include "util/text/made_once.h"
 #include "util/thread/pause.h"
 
 namespace vesk {
@@ -32,27 +35,24 @@ namespace {
 constexpr int kDefaultQueueSize = 256;
 constexpr unsigned int kDebugFactor = 4;
 
-// The background queue, guarded by gLogMessageProtect where nothing else is said.
 struct LogRoute {
-  boost::shared_ptr<RunQueue> gLogQueue;  // null: messages go straight to the destination
-  std::unique_ptr<Thread> gLogThread;     // guarded by startStopProtect
-  int holds = 0;                          // above 0: messages for the queue go to `held`
-  QueuedMessages held;                    // in order
-  std::atomic<int> posting{0};            // posts under way; counted up under the lock
+  Mutex
+      startStop;  // makes startThread and stopThread take turns; taken before every other lock of the logger
+  std::unique_ptr<Thread> gLogThread FOKRAZO_GUARDED_BY(startStop);
+
+  boost::shared_ptr<RunQueue> gLogQueue FOKRAZO_GUARDED_BY(gLogMessageProtect());  // null: no queue
+  int holds FOKRAZO_GUARDED_BY(gLogMessageProtect()) = 0;        // above 0: messages go to `held`
+  QueuedMessages held FOKRAZO_GUARDED_BY(gLogMessageProtect());  // in order
+  std::atomic<int> posting{0};                                   // posts under way; counted up under the lock
 };
 
+MadeOnce<LogRoute> gRoute;
+
 LogRoute& route() {
-  static LogRoute& instance = *new LogRoute;
-  return instance;
+  return gRoute.get();
 }
 
-// Puts startThread and stopThread in one order; taken before every other lock of the logger.
-Mutex& startStopProtect() {
-  static Mutex& mutex = *new Mutex;
-  return mutex;
-}
-
-// Ends, when it goes, a post that was counted in `posting` under gLogMessageProtect.
+// Ends a post that was counted in `posting` under gLogMessageProtect.
 class Posting {
  public:
   Posting() = default;
@@ -63,7 +63,7 @@ class Posting {
 
 thread_local bool gReportsDrop = false;
 
-// The queue stayed full: its newest message makes room for a word about that.
+// The queue stayed full: its newest message makes room for a warning.
 void dropNewest(RunQueue& queue, const char* reason) {
   queue.pop_back();
   if (gReportsDrop) return;
@@ -81,8 +81,15 @@ void post(RunQueue& queue, boost::shared_ptr<QueuedMessage> message) {
   } catch (const std::out_of_range& full) {
     dropNewest(queue, full.what());
   } catch (const VESKException&) {
-    // Nobody could be told.
+    // There is no place to report it.
   }
+}
+
+void reportUnexpected(const std::exception& error) {
+  char text[512];
+  snprintf(text, sizeof text, "Unexpected runqueue exception %s", error.what());
+  escapeInPlace(text, strlen(text), sizeof text);
+  writeSyslog(LOG_WARNING, text);
 }
 
 // Writes out what is queued, in the calling thread.
@@ -94,7 +101,7 @@ void drain(RunQueue& queue) {
       queue.runQueue(-1);  // the runner had left by itself before it saw the interrupt
     }
   } catch (const std::exception& error) {
-    syslog(LOG_WARNING, "Unexpected runqueue exception %s", error.what());
+    reportUnexpected(error);
   }
 }
 
@@ -102,7 +109,7 @@ void writeNow(const QueuedMessages& messages) {
   for (const boost::shared_ptr<QueuedMessage>& message : messages) try {
       message->run();
     } catch (const VESKException&) {
-      // Nobody could be told.
+      // There is no place to report it.
     }
 }
 
@@ -112,7 +119,7 @@ void* logThread(void* queue) {
     static_cast<RunQueue*>(queue)->runQueue();
   } catch (const QueueInterrupted&) {
   } catch (const std::exception& error) {
-    syslog(LOG_WARNING, "Unexpected runqueue exception %s", error.what());
+    reportUnexpected(error);
   }
   return nullptr;
 }
@@ -121,7 +128,7 @@ void joinQuietly(Thread& thread) {
   try {
     thread.join();
   } catch (const VESKException&) {
-    // It has left a log line; the queue is written out all the same.
+    // The throw has left a log line; the queue is written out all the same.
   }
 }
 
@@ -131,23 +138,32 @@ unsigned int queueSize(int configured) {
   return logger && logger->isEnabled(Logger::Debug) ? size * kDebugFactor : size;
 }
 
-// From here on what is logged is held. Gives the queue, which posters may still be busy with.
+// From here on what is logged is held. Returns the queue, to which other threads may still be posting.
 boost::shared_ptr<RunQueue> beginStop() {
+  LogRoute& current = route();
   Lock lock(gLogMessageProtect());
-  ++route().holds;
-  return route().gLogQueue;
+  ++current.holds;
+  return current.gLogQueue;
 }
 
-// Writes out all that is in the queue or on its way into it.
+// Writes out everything that is in the queue or on its way into it.
 void drainToTheLast(RunQueue& queue) {
   for (drain(queue); route().posting > 0; drain(queue)) pause::forMilliseconds(1);
   drain(queue);
 }
 
-// What was held follows, and the direct way is open.
-void finishStop() {
-  Lock lock(gLogMessageProtect());
+QueuedMessages takeHeld() {
   LogRoute& current = route();
+  Lock lock(gLogMessageProtect());
+  return std::exchange(current.held, {});
+}
+
+// Writes what was held, and opens the direct way. The bulk is written without the lock; only what has come
+// meanwhile is written under it, so that it stays in front of what comes later.
+void finishStop() {
+  writeNow(takeHeld());
+  LogRoute& current = route();
+  Lock lock(gLogMessageProtect());
   writeNow(current.held);
   current.held.clear();
   current.gLogQueue.reset();
@@ -157,8 +173,7 @@ void finishStop() {
 }  // namespace
 
 void forgetQueueAfterFork() {
-  new (&startStopProtect()) Mutex;
-  new (&route()) LogRoute;
+  gRoute.abandon();
 }
 
 HeldMessages::Scope::Scope(HeldMessages& held) : m_held(held) {
@@ -170,22 +185,36 @@ HeldMessages::Scope::~Scope() {
   if (--current.holds > 0 || current.held.empty()) return;
   m_held.m_messages.swap(current.held);
   m_held.m_queue = current.gLogQueue;
-  ++current.posting;
+  if (m_held.m_queue) ++current.posting;
 }
 
 HeldMessages::~HeldMessages() noexcept(false) {
-  if (!m_queue) return;
+  if (!m_queue) {
+    writeNow(m_messages);
+    return;
+  }
   Posting underWay;
   for (const boost::shared_ptr<QueuedMessage>& message : m_messages) post(*m_queue, message);
+}
+
+// The caller's Scope has the lock. The compiler does not see that.
+void hold(int priority, const char* format, ...) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
+  va_list args;
+  va_start(args, format);
+  route().held.push_back(boost::make_shared<QueuedMessage>(priority, format, args));
+  va_end(args);
 }
 
 void WriteMessage(int facility, Logger::LogLevel level, CharAccumulator<512>& format, va_list args) {
   openLog(false);
   const int priority = facility | syslogPriority(level);
-  Lock lock(gLogMessageProtect());
   LogRoute& current = route();
+  Lock lock(gLogMessageProtect());
   const boost::shared_ptr<RunQueue> queue = current.gLogQueue;
-  if (!queue) return FinalRendering(priority, format.terminate(), args);
+  if (!queue && current.holds == 0) {
+    lock.unLock();
+    return FinalRendering(priority, format.terminate(), args);
+  }
   auto message = boost::make_shared<QueuedMessage>(priority, format.terminate(), args);
   if (current.holds > 0) return current.held.push_back(std::move(message));
   ++current.posting;
@@ -196,8 +225,9 @@ void WriteMessage(int facility, Logger::LogLevel level, CharAccumulator<512>& fo
 
 void Logger::startThread(boost::shared_ptr<Logger> logger) {
   openLog(false);
-  Lock startStop(startStopProtect());
-  if (route().gLogThread) return;
+  LogRoute& current = route();
+  Lock startStop(current.startStop);
+  if (current.gLogThread) return;
   const int configured = Props(false, false)->getInt(PN::LOGGER_QUEUE_SIZE, kDefaultQueueSize);
   if (configured < 1) {
     VESK_LOG(logger, Warn, "LogQueue disabled.  Recommended for debugging only.");
@@ -207,15 +237,16 @@ void Logger::startThread(boost::shared_ptr<Logger> logger) {
   const auto queue = boost::make_shared<RunQueue>("Log", queueSize(configured), true);
   auto thread = std::make_unique<Thread>();
   thread->start(kLoggingLogger, logThread, queue.get(), 50);
-  route().gLogThread = std::move(thread);
+  current.gLogThread = std::move(thread);
   Lock lock(gLogMessageProtect());
-  route().gLogQueue = queue;
+  current.gLogQueue = queue;
 }
 
-// The logger's locks are free while the thread is waited for: it may need them to report a full queue.
+// The thread is joined without the logger's locks: it may need them to report a full queue.
 void Logger::stopThread(boost::shared_ptr<Logger> logger) {
-  Lock startStop(startStopProtect());
-  const std::unique_ptr<Thread> thread = std::move(route().gLogThread);
+  LogRoute& current = route();
+  Lock startStop(current.startStop);
+  const std::unique_ptr<Thread> thread = std::move(current.gLogThread);
   if (!thread) return;
   const boost::shared_ptr<RunQueue> queue = beginStop();
   queue->interrupt();

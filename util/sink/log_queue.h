@@ -1,9 +1,11 @@
-/// The background queue of the log, as its neighbours see it. Internal.
+/// The background queue of the log, as the other sinks see it. Internal.
 #pragma once
 
 #include <list>
 
 #include <boost/shared_ptr.hpp>
+
+#include "util/log/log_internal.h"
 
 namespace vesk {
 
@@ -12,9 +14,10 @@ class RunQueue;
 
 using QueuedMessages = std::list<boost::shared_ptr<QueuedMessage>>;
 
-/// Messages of a thread that logs with the logger's locks in hand. A post may wait for the queue's runner,
-/// and the runner for those locks; so they are posted, in order, when this goes.
-/// Belongs to one thread, outside its locks.
+/// Messages of a thread that logs while it holds the logger's locks. Writing one may take long, and a post to
+/// the queue may wait for the queue's runner, which may need those locks. So they are kept, and written or
+/// posted in their order when this object is destroyed. Belongs to one thread. Declared before the locks, so
+/// that it is destroyed after they are released.
 class HeldMessages {
  public:
   HeldMessages() = default;
@@ -22,11 +25,10 @@ class HeldMessages {
   HeldMessages(const HeldMessages&) = delete;
   HeldMessages& operator=(const HeldMessages&) = delete;
 
-  /// From here to the end of the scope messages for the queue are held. Requires: gLogMessageProtect is held
-  /// throughout.
+  /// Until the end of this scope messages are held. Requires: gLogMessageProtect is held throughout.
   class Scope {
    public:
-    explicit Scope(HeldMessages& held);
+    explicit Scope(HeldMessages& held) FOKRAZO_REQUIRES(gLogMessageProtect());
     ~Scope();
     Scope(const Scope&) = delete;
     Scope& operator=(const Scope&) = delete;
@@ -37,7 +39,10 @@ class HeldMessages {
 
  private:
   QueuedMessages m_messages;
-  boost::shared_ptr<RunQueue> m_queue;
+  boost::shared_ptr<RunQueue> m_queue;  // null: they are written directly
 };
+
+/// Adds a message (printf) of that syslog priority to those that are held. Requires: a Scope.
+void hold(int priority, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 }  // namespace vesk

@@ -1,20 +1,23 @@
 #include <fokrazo/queued_message.h>
 
-#include <cstdio>
-
 #include <fokrazo/log_destination.h>
+#include "util/sink/log_text.h"
 
 namespace vesk {
 
 QueuedMessage::QueuedMessage(int priority, const char* format, va_list args) : m_priority(priority) {
   char text[512];
-  if (vsnprintf(text, sizeof text, format, args) >= 0) m_text = text;
+  m_text.assign(text, formatEscaped(text, sizeof text, format, args));
 }
 
 QueuedMessage::~QueuedMessage() = default;
 
+// A newline in the text is the format's own: any other one was escaped.
 void QueuedMessage::run() {
-  writeMessage("%s", m_text.c_str());
+  if (!m_text.empty() && m_text.back() == '\n')
+    writeMessage("%.*s\n", static_cast<int>(m_text.size() - 1), m_text.c_str());
+  else
+    writeMessage("%s", m_text.c_str());
 }
 
 void QueuedMessage::writeMessage(const char* format, ...) {

@@ -1,4 +1,4 @@
-/// What the sources of the sinks share. Internal. The order of locks stands in util/log/log_internal.h.
+/// What the sources of the sinks share. Internal. util/log/log_internal.h has the order of their locks.
 #pragma once
 
 #include <cstdarg>
@@ -8,6 +8,7 @@
 
 #include <fokrazo/file_logging.h>
 #include <fokrazo/log.h>
+#include "util/log/log_internal.h"
 
 namespace vesk {
 
@@ -15,10 +16,10 @@ class CircularBuffer;
 
 /// The process's log file.
 FileLogging& gFileLogging();
-/// The process's memory log; empty before the tree and after Logger::close. Guarded by gLogMessageProtect.
-boost::shared_ptr<CircularBuffer>& gCircularBuffer();
+/// The process's memory log; empty before the tree is made and after Logger::close.
+boost::shared_ptr<CircularBuffer>& gCircularBuffer() FOKRAZO_REQUIRES(gLogMessageProtect());
 
-/// openLog(true) in two steps, for a caller that takes the logger's locks between them.
+/// openLog(true) in two steps, for a caller that takes the logger's locks in between.
 struct DestinationSettings {
   std::string destination;
   bool callOpenlog;
@@ -26,16 +27,16 @@ struct DestinationSettings {
 
   /// Reads the process's configuration. Requires: none of the logger's locks is held.
   static DestinationSettings read();
-  /// Requires: gLogMessageProtect is held.
-  void apply() const;
+  /// Opens the destination. Where a log file cannot be opened, that is syslog, and root's message about it is
+  /// held. Requires: a HeldMessages::Scope.
+  void apply() const FOKRAZO_REQUIRES(gLogMessageProtect());
 };
 
-/// The memory log's level as a configuration has it; an illegal one gives INFO, and `logger` is told at WARN.
+/// The memory log's level as a configuration has it. An illegal one counts as INFO, with a warning to
+/// `logger`.
 int memoryLevel(const std::string& text, const boost::shared_ptr<Logger>& logger);
 
-/// Has the process's forks leave parent and child with a logger that works. Only the first call counts.
-void keepLoggingOverFork();
-/// The background queue's part of it, in the child: the queue is the parent's.
+/// For the child of a fork: leaves the background queue to the parent.
 void forgetQueueAfterFork();
 
 /// What the tree of loggers asks of the sinks; see Hooks.

@@ -1,33 +1,47 @@
 // The sinks as the tree of loggers sees them.
 
-#include <syslog.h>
-
 #include <boost/make_shared.hpp>
 
 #include <fokrazo/circular_buffer.h>
 #include <fokrazo/mutex.h>
 #include "util/log/log_internal.h"
 #include "util/sink/sink_internal.h"
+#include "util/sink/syslog_line.h"
+#include "util/text/made_once.h"
+#include "util/thread/fork_locks.h"
 
 namespace vesk {
 
+namespace {
+
+MadeOnce<boost::shared_ptr<CircularBuffer>> gBuffer;
+
+// The queue is the parent's: the child writes straight to the destination, and may start a thread of its own.
+// An entry of the memory log that another thread was writing is half there, so the ring begins anew.
+void outputInChild(bool intact) {
+  forgetQueueAfterFork();
+  const boost::shared_ptr<CircularBuffer>* const buffer = gBuffer.ifMade();
+  if (!intact && buffer != nullptr && *buffer) (*buffer)->restart();
+}
+
+}  // namespace
+
 boost::shared_ptr<CircularBuffer>& gCircularBuffer() {
-  static auto& buffer = *new boost::shared_ptr<CircularBuffer>;
-  return buffer;
+  return gBuffer.get();
 }
 
 void openSinks() {
-  static const bool overFork = (keepLoggingOverFork(), true);
-  (void)overFork;
+  inForkedChild(ForkOrder::LogMessages, outputInChild);
   Lock lock(gLogMessageProtect());
   gCircularBuffer() = boost::make_shared<CircularBuffer>();
 }
 
 void closeSinks() {
-  Lock output(gLogMessageProtect());
-  gCircularBuffer().reset();
-  Lock destination(gFileLogging().mutex);
-  closelog();
+  {
+    Lock output(gLogMessageProtect());
+    gCircularBuffer().reset();
+  }
+  closeSyslog();
 }
 
 void writeToMemory(const char* format, va_list args) {

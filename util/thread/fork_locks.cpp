@@ -1,56 +1,64 @@
 #include "util/thread/fork_locks.h"
 
 #include <pthread.h>
-#include <unistd.h>
 
 #include <array>
 #include <atomic>
 #include <cstddef>
+#include <ctime>
+#include <memory>
 #include <new>
 
-#include <fokrazo/mutex.h>
+#include "util/thread/threads_api.h"
 
 namespace vesk {
 namespace {
 
 constexpr auto kCount = static_cast<size_t>(ForkOrder::Count);
-using Slots = std::array<std::atomic<Mutex*>, kCount>;
+constexpr long kPatience = 100'000'000;  // nanoseconds that a fork waits, for all locks together
 
-Slots gSlots{};                                      // null: not in use yet
-thread_local std::array<Mutex*, kCount> gHeld = {};  // by the fork that is under way
+std::array<std::atomic<Mutex*>, kCount> gLocks{};          // null: not in use yet
+std::array<std::atomic<ForkedChild>, kCount> gChildren{};  // null: nothing to do
+thread_local std::array<Mutex*, kCount> gHeld{};           // by the fork that is under way
 
-// Behind the innermost lock that this thread holds already; 0 if it holds none.
-size_t behindOwn() {
+// One past the innermost lock that this thread holds already; 0 if it holds none.
+size_t pastOwn() {
   for (size_t i = kCount; i > 0; --i) {
-    const Mutex* mutex = gSlots[i - 1].load(std::memory_order_acquire);
+    const Mutex* mutex = gLocks[i - 1].load(std::memory_order_acquire);
     if (mutex && pthread_equal(mutex->owner(), pthread_self())) return i;
   }
   return 0;
 }
 
-// A thread that holds one of them already must not wait for those in front of it: who has these may wait for
-// that one. What it does not get is fresh in the child all the same. (The compiler cannot follow holds that
-// one function takes and another gives back.)
-void beforeFork() FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
-  const size_t waitFrom = behindOwn();
+timespec endOfPatience() {
+  timespec end;
+  clock_gettime(CLOCK_MONOTONIC, &end);
+  end.tv_nsec += kPatience;
+  end.tv_sec += end.tv_nsec / 1'000'000'000;
+  end.tv_nsec %= 1'000'000'000;
+  return end;
+}
+
+// A thread that holds one of the locks must not wait for those that come before it: their holder may be
+// waiting for that one.
+void beforeFork() {
+  const size_t waitFrom = pastOwn();
+  const timespec end = endOfPatience();
   for (size_t i = 0; i < kCount; ++i) {
-    gHeld[i] = gSlots[i].load(std::memory_order_acquire);
-    if (!gHeld[i]) continue;
-    if (i >= waitFrom)
-      gHeld[i]->lock();
-    else if (!gHeld[i]->tryLock())
-      gHeld[i] = nullptr;
+    Mutex* const mutex = gLocks[i].load(std::memory_order_acquire);
+    const bool held = mutex && (i >= waitFrom ? lockUntil(*mutex, end) : mutex->tryLock());
+    gHeld[i] = held ? mutex : nullptr;
   }
 }
 
+// The compiler cannot follow holds that another function has taken.
 void inParent() FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   for (size_t i = kCount; i > 0; --i)
     if (gHeld[i - 1]) gHeld[i - 1]->unLock();
 }
 
-// The system ties a recursive mutex to a thread's number, and the child's only thread has a new one: the
-// mutexes cannot be given back there, they are made anew. What the forking thread held besides, it holds
-// again.
+// The system ties a recursive mutex to a thread's number, and the child's only thread has a new number: it
+// could not release the mutex. What the forking thread held before the fork, it holds again.
 void makeAnew(Mutex& mutex, bool isHeld) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   unsigned int holds = isHeld && mutex.lockDepth() > 0 ? mutex.lockDepth() - 1 : 0;
   new (&mutex) Mutex;
@@ -59,27 +67,38 @@ void makeAnew(Mutex& mutex, bool isHeld) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
 
 void inChild() {
   for (size_t i = 0; i < kCount; ++i)
-    if (Mutex* mutex = gSlots[i].load(std::memory_order_acquire)) makeAnew(*mutex, gHeld[i] != nullptr);
+    if (Mutex* mutex = gLocks[i].load(std::memory_order_acquire)) makeAnew(*mutex, gHeld[i] != nullptr);
+  for (size_t i = 0; i < kCount; ++i) {
+    const bool inUse = gLocks[i].load(std::memory_order_acquire) != nullptr;
+    if (const ForkedChild function = gChildren[i].load(std::memory_order_acquire))
+      function(!inUse || gHeld[i] != nullptr);
+  }
 }
 
-// The process that is about to have its forks handled; a child begins anew if it was copied just then.
-constexpr pid_t kNobody = 0;
-constexpr pid_t kDone = -1;
-std::atomic<pid_t> gKeeper{kNobody};
+// At load time, because a fork by another thread must not come between a first use and this.
+__attribute__((constructor)) void handleForks() {
+  pthread_atfork(beforeFork, inParent, inChild);
+}
 
 }  // namespace
 
-void keepLocksOverFork() {
-  pid_t keeper = gKeeper.load(std::memory_order_acquire);
-  if (keeper == kDone) return;
-  const pid_t self = getpid();
-  if (keeper == self || !gKeeper.compare_exchange_strong(keeper, self)) return;
-  gKeeper = pthread_atfork(beforeFork, inParent, inChild) == 0 ? kDone : kNobody;
+Mutex& forkedLock(ForkOrder place) {
+  std::atomic<Mutex*>& slot = gLocks[static_cast<size_t>(place)];
+  if (Mutex* made = slot.load(std::memory_order_acquire)) return *made;
+  auto own = std::make_unique<Mutex>();
+  Mutex* first = nullptr;
+  if (slot.compare_exchange_strong(first, own.get(), std::memory_order_acq_rel)) return *own.release();
+  return *first;
 }
 
 Mutex& heldOverFork(ForkOrder place, Mutex& mutex) {
-  gSlots[static_cast<size_t>(place)].store(&mutex, std::memory_order_release);
+  std::atomic<Mutex*>& slot = gLocks[static_cast<size_t>(place)];
+  if (slot.load(std::memory_order_relaxed) != &mutex) slot.store(&mutex, std::memory_order_release);
   return mutex;
+}
+
+void inForkedChild(ForkOrder place, ForkedChild function) {
+  gChildren[static_cast<size_t>(place)].store(function, std::memory_order_release);
 }
 
 }  // namespace vesk

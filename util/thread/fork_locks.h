@@ -1,47 +1,52 @@
-/// The locks of the process over a fork. Internal.
+/// The library's locks across a fork. Internal.
 ///
-/// A fork copies locks as they are, and with them what another thread has half changed: the child could wait
-/// for ever for threads that it does not have. So every fork, by whomever, first takes all the locks that are
-/// named here; the parent gives them back, and the child goes on with fresh ones.
+/// A fork copies every lock as it is at that moment, together with what another thread has half changed under
+/// it, but not that thread. So each fork of the process, the program's own included, first takes all the
+/// locks named here. The parent releases them afterwards; the child gets fresh ones.
+///
+/// A fork waits only a short time: a lock may be held over slow work, such as a write to a stalled log. For a
+/// lock that it did not get in time, the child abandons what the lock guards instead of touching it: see
+/// inForkedChild.
 #pragma once
 
 #include <fokrazo/mutex.h>
 
 namespace vesk {
 
-/// The locks of which the process has one each, in the order in which they are taken, outermost first. Who
-/// holds one of them may take those behind it.
+/// The locks of which the process has one each, in the order in which they are taken, outermost first. A
+/// thread that holds one of them may take those further down.
 enum class ForkOrder {
-  SpawnedChildren,   // held by a fork of the library's own
+  SpawnedChildren,   // held while the library itself forks
   LoginRecords,      //
   PropertiesMaking,  // Properties::gPropMtx
-  Properties,        // of the process's configuration
-  SelinuxModule,     // taken by who saves the configuration
+  Properties,        // Properties::mutex of the process's configuration
+  SelinuxModule,     // taken while the configuration is saved
   SelinuxLabels,     //
-  Settings,          // gMapLock
+  Settings,          // SettingStore::gMapLock
   WorkQueues,        // the registry of named queues
   Loggers,           // gNamedLoggersProtect
   LogMessages,       // gLogMessageProtect
-  LogFile,           // FileLogging::mutex
-  ProgramName,       // from here on what is held for a few instructions
+  LogFile,           // FileLogging::mutex of the process's log file
+  Syslog,            // the C library's connection to syslog
+  ProgramName,       // this one and the rest are held for a few instructions only
   RandomNumbers,
   ActiveThreads,
   RunningThreads,
   Count
 };
 
-/// Has the locks taken by forks, from the first call on. It waits while another thread forks, so it comes
-/// before whatever is made once, which would else stay half made in the child for ever. From any thread.
-void keepLocksOverFork();
-/// Names one of them, and gives it back. It must outlive the process's last fork. From any thread; the lock
-/// need not be held.
+/// The lock of that place, where it is not part of another object. Any thread, at any time.
+Mutex& forkedLock(ForkOrder place);
+/// Gives the place to a lock that is part of another object, and returns it. Called each time before the lock
+/// is taken, so that there is no moment at which a fork could overlook it. The lock must outlive the
+/// process's last fork.
 Mutex& heldOverFork(ForkOrder place, Mutex& mutex);
-/// The lock of that place where it belongs to nothing else, made when it is first asked for.
-template <ForkOrder place>
-Mutex& forkedLock() {
-  keepLocksOverFork();
-  static Mutex& mutex = heldOverFork(place, *new Mutex);
-  return mutex;
-}
+
+/// What a child does about the state under one lock. `intact` is false if the fork did not get the lock: then
+/// the state may be half changed, and the function replaces it without reading it.
+using ForkedChild = void (*)(bool intact);
+/// Has `function` called in each child, once all locks are fresh; one function for each place. It must not
+/// wait for anything.
+void inForkedChild(ForkOrder place, ForkedChild function);
 
 }  // namespace vesk

@@ -10,6 +10,10 @@
 #include "util/thread/clock.h"
 #include "util/thread/threads_api.h"
 
+#ifdef __GLIBC_PREREQ
+#define FOKRAZO_HAVE_CLOCKLOCK __GLIBC_PREREQ(2, 30)
+#endif
+
 namespace {
 
 constexpr char kSource[] = "util/mutex";
@@ -36,6 +40,25 @@ bool sleepInstead(const timespec* deadline) {
   }
   return false;
 }
+
+#if FOKRAZO_HAVE_CLOCKLOCK
+int lockByClock(pthread_mutex_t& mutex, const timespec& deadline) {
+  return pthread_mutex_clocklock(&mutex, CLOCK_MONOTONIC, &deadline);
+}
+#else
+int lockByClock(pthread_mutex_t& mutex, const timespec& deadline) {
+  const timespec interval{0, kDefaultPoll / 10};
+  for (;;) {
+    const int error = pthread_mutex_trylock(&mutex);
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    const bool over =
+        now.tv_sec != deadline.tv_sec ? now.tv_sec > deadline.tv_sec : now.tv_nsec >= deadline.tv_nsec;
+    if (error != EBUSY || over) return error;
+    nanosleep(&interval, nullptr);
+  }
+}
+#endif
 
 // A condition gives up a single hold of a recursive mutex: the others are given up around the wait.
 class OtherHolds {
@@ -105,6 +128,15 @@ void Mutex::unLock() {
   FOKRAZO_CHECK_OS_CALL(pthread_mutex_unlock(&m_mutex));
 }
 
+bool lockUntil(Mutex& mutex, const timespec& deadline) {
+  if (!Thread::m_threadsSupported) return true;
+  int error = pthread_mutex_trylock(&mutex.m_mutex);
+  if (error == EBUSY) error = lockByClock(mutex.m_mutex, deadline);
+  if (error != 0) return false;
+  mutex.taken();
+  return true;
+}
+
 bool Mutex::isOwner() const {
   const pthread_t holder = owner();
   return holder != pthread_t{} && pthread_equal(holder, pthread_self());
@@ -135,11 +167,11 @@ bool Mutex::wait(const timespec* deadline) {
 }
 
 void Mutex::signalOne() {
-  if (threadsActive()) FOKRAZO_CHECK_OS_CALL(pthread_cond_signal(&m_condition));
+  if (Thread::locksCount()) FOKRAZO_CHECK_OS_CALL(pthread_cond_signal(&m_condition));
 }
 
 void Mutex::signalAll() {
-  if (threadsActive()) FOKRAZO_CHECK_OS_CALL(pthread_cond_broadcast(&m_condition));
+  if (Thread::locksCount()) FOKRAZO_CHECK_OS_CALL(pthread_cond_broadcast(&m_condition));
 }
 
 /// One caller's place among the waiters.
@@ -173,14 +205,14 @@ class MaxWaitMutex::Waiter {
 MaxWaitMutex::MaxWaitMutex(int maxWaiters) : m_maxWaiters(maxWaiters) {}
 
 void MaxWaitMutex::lock() {
-  if (!threadsActive()) return;
+  if (!Thread::locksCount()) return;
   if (m_maxWaiters == 0 || isOwner()) return Mutex::lock();
   const Waiter waiter(*this);
   Mutex::lock();
 }
 
 bool MaxWaitMutex::tryLock() {
-  if (!threadsActive()) return true;
+  if (!Thread::locksCount()) return true;
   if (m_maxWaiters == 0 || isOwner()) return Mutex::tryLock();
   const Waiter waiter(*this);
   return Mutex::tryLock();
@@ -211,7 +243,7 @@ class CancelOff {
 }  // namespace
 
 Lock::Lock(Mutex& mutex, long seconds, long nanoseconds) : m_mutex(&mutex) {
-  if (!threadsActive()) return;
+  if (!Thread::locksCount()) return;
   const timespec interval{seconds, seconds == 0 && nanoseconds == 0 ? kDefaultPoll : nanoseconds};
   CancelOff cancelOff;
   while (!m_mutex->tryLock())
@@ -220,7 +252,7 @@ Lock::Lock(Mutex& mutex, long seconds, long nanoseconds) : m_mutex(&mutex) {
 }
 
 void Lock::doLock() {
-  if (!threadsActive() || isLocked()) return;
+  if (!Thread::locksCount() || isLocked()) return;
   CancelOff cancelOff;
   m_mutex->lock();
   m_oldCancelState = cancelOff.keep();

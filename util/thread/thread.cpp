@@ -16,12 +16,12 @@ constexpr char kLogger[] = "util.thread";
 
 // Guards Thread::m_threadsActive.
 vesk::Mutex& gMutex() {
-  return vesk::forkedLock<vesk::ForkOrder::ActiveThreads>();
+  return vesk::forkedLock(vesk::ForkOrder::ActiveThreads);
 }
 
 // Guards the end of every thread's running against those who act on a running thread: its id is good as long.
 vesk::Mutex& gRunningMutex() {
-  return vesk::forkedLock<vesk::ForkOrder::RunningThreads>();
+  return vesk::forkedLock(vesk::ForkOrder::RunningThreads);
 }
 
 // The calling thread's Thread object. The key is made by the first thread that runs.

@@ -5,6 +5,8 @@
 
 #include <pthread.h>
 
+#include <ctime>
+
 #include <fokrazo/mutex.h>
 #include <fokrazo/thread.h>
 
@@ -26,6 +28,7 @@
 #pragma weak pthread_join
 #pragma weak pthread_key_create
 #pragma weak pthread_key_delete
+#pragma weak pthread_mutex_clocklock
 #pragma weak pthread_mutex_destroy
 #pragma weak pthread_mutex_init
 #pragma weak pthread_mutex_lock
@@ -48,10 +51,9 @@ inline bool threadsSupported() {
   return Thread::m_threadsSupported;
 }
 
-/// Whether any thread counts as active; while none does, mutexes are neither taken nor signalled.
-inline bool threadsActive() {
-  return Thread::m_threadsActive.load(std::memory_order_relaxed) > 0;
-}
+/// Takes `mutex` like Mutex::lock, but gives up when the monotonic clock has reached `deadline`. Never
+/// throws.
+bool lockUntil(Mutex& mutex, const timespec& deadline) FOKRAZO_TRY_ACQUIRE(true, mutex);
 
 /// Throws SystemException "OS call failed: …" with `error` as its code.
 [[noreturn]] void failOsCall(int error, const char* source, int line);

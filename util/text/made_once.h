@@ -1,0 +1,43 @@
+/// An object that is made when it is first asked for, and never destroyed. Internal.
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+namespace vesk {
+
+/// A static inside a function would do the same under a guard, and a child of a fork would wait for ever for
+/// a guard that another thread of its parent held. There is no guard here: two threads that come first at the
+/// same time both make an object, and one of the two is deleted. So making one must have no other effect.
+/// Thread-safety: any thread, at any time. Constant-initialised: costs nothing at load time.
+template <class T>
+class MadeOnce {
+ public:
+  constexpr MadeOnce() = default;
+  MadeOnce(const MadeOnce&) = delete;
+  MadeOnce& operator=(const MadeOnce&) = delete;
+
+  /// The object, made with `make` if need be: a function that returns a std::unique_ptr<T>.
+  template <class Make>
+  T& get(Make make) {
+    if (T* made = m_object.load(std::memory_order_acquire)) return *made;
+    std::unique_ptr<T> own = make();
+    T* first = nullptr;
+    if (m_object.compare_exchange_strong(first, own.get(), std::memory_order_acq_rel)) return *own.release();
+    return *first;
+  }
+  T& get() {
+    return get([] { return std::make_unique<T>(); });
+  }
+
+  /// The object if it has been made, else null.
+  T* ifMade() const { return m_object.load(std::memory_order_acquire); }
+  /// Lets go of the object without destroying it; the next get() makes another one. For the child of a fork,
+  /// in which another thread of the parent has left the object half changed.
+  void abandon() { m_object.store(nullptr, std::memory_order_release); }
+
+ private:
+  std::atomic<T*> m_object{nullptr};
+};
+
+}  // namespace vesk
