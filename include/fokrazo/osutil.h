@@ -41,8 +41,10 @@ FOKRAZO_API std::string PreW2KHostName();
 /// The account name of this host: PreW2KHostName and "$", in lower case.
 FOKRAZO_API std::string SamHostName();
 
-/// The Linux distribution, by `lsb_release` or else by the release files in /etc. The outputs are set only
-/// with the result true. @throws std::out_of_range a release file has a line too short for its kind
+/// The name and version of the Linux distribution: from /etc/os-release or /usr/lib/os-release, else from
+/// /usr/bin/lsb_release (run with an empty environment, for 10 seconds at most), else from the release files in
+/// /etc. Returns true if it found both; the outputs are set only then.
+/// @throws std::out_of_range a line of lsb_release or of a release file is too short for its kind
 FOKRAZO_API bool linuxDistro(std::string& os, std::string& version);
 /// The best name and version of this operating system there is: linuxDistro, else what the kernel says.
 /// @throws std::out_of_range as linuxDistro

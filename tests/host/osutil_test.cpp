@@ -20,6 +20,26 @@ using namespace vesk;
 
 namespace {
 
+std::string gCommand;
+
+const char* moved(const char* path) {
+  return strcmp(path, "/usr/bin/lsb_release") == 0 ? gCommand.c_str() : path;
+}
+
+}  // namespace
+
+// Linked in the place of the system's calls (-Wl,--wrap): the test's lsb_release stands in for the machine's.
+extern "C" int __real_access(const char* path, int mode);
+extern "C" int __wrap_access(const char* path, int mode) {
+  return __real_access(moved(path), mode);
+}
+extern "C" int __real_execve(const char* path, char* const* argv, char* const* environment);
+extern "C" int __wrap_execve(const char* path, char* const* argv, char* const* environment) {
+  return __real_execve(moved(path), argv, environment);
+}
+
+namespace {
+
 using Names = std::list<std::string>;
 
 class OsUtilTest : public WorldTest {
@@ -29,7 +49,8 @@ class OsUtilTest : public WorldTest {
     if (IsSkipped()) return;
     clearSettingsMap();
     clearReleaseFiles();
-    setenv("PATH", m_dir.c_str(), 1);
+    gCommand = in("lsb_release");
+    setenv("INJECTED", "by the caller", 1);
   }
 
   static void clearReleaseFiles() {
@@ -38,19 +59,26 @@ class OsUtilTest : public WorldTest {
       if (entry.filename().string().find("release") != std::string::npos ||
           entry.filename().string().find("version") != std::string::npos)
         std::filesystem::remove_all(entry);
+    put("/etc/os-release", "# or that of the machine in /usr/lib counts\n");
   }
 
   /// An lsb_release that prints that text; none for the empty text.
-  void installCommand(const std::string& output) {
-    unlink(in("lsb_release").c_str());
+  static void installCommand(const std::string& output) {
+    unlink(gCommand.c_str());
     if (!output.empty())
-      put(in("lsb_release"), "#!/bin/sh\nprintf '%s' '" + output + "'\necho noise >&2\nexit 1\n");
-    chmod(in("lsb_release").c_str(), 0755);
+      put(gCommand, "#!/bin/sh\nprintf '%s' '" + output + "'$INJECTED\necho noise >&2\nexit 1\n");
+    chmod(gCommand.c_str(), 0755);
   }
 };
 
 // What lsb_release prints, a file in /etc and its content; the system and its version, null for the kernel's.
 const char* const kReleases[][5] = {
+    {"", "os-release",
+     "# c\nNAME=\"Debian GNU/Linux\"\n VERSION_ID='12' \nVERSION_CODENAME=bookworm\nNAMES=x\n", "Debian",
+     "12 (bookworm)"},
+    {"", "os-release", "NAME=\"A \\\"\\$b\\\" c\"d\nVERSION_ID=9\\1", "A \"$b\" c", "9\\1"},
+    {"Distributor ID:\tArch\nRelease:\trolling\n", "os-release", "NAME=\"Arch Linux\"\n", "Arch", "rolling"},
+    {"", "os-release", "NAME=\nVERSION_ID=\nVERSION_CODENAME=x", nullptr, nullptr},
     {"", "mandrake-release", "Mandrake Linux release 10.1 for i586\n", "Mandrake Linux", "10.1 for i586"},
     {"", "SuSE-release", "SUSE Linux Server 11\nVERSION = 11\nPATCHLEVEL = 4\n", "SuSE Linux", "11"},
     {"", "SuSE-release", "openSUSE release 9 (i586)\nVERSION = 1\n", "openSUSE", "9 (i586)"},
@@ -100,6 +128,11 @@ TEST_F(OsUtilTest, PassesOverWhatIsNoFileAndThrowsForLinesTooShort) {
   }
   installCommand("Distributor ID:\tX\nRelease:");
   EXPECT_THROW(OSVersion(os, version), std::out_of_range);
+  put(in("planted"), "NAME=Planted\nVERSION_ID=1\n");
+  ASSERT_EQ(unlink("/etc/os-release") + symlink(in("planted").c_str(), "/etc/os-release"), 0);
+  installCommand("");
+  OSVersion(os, version);
+  EXPECT_NE(os, "Planted");
 }
 
 /// Writes login records: type, user, line. A name may fill its field.
