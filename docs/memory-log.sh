@@ -2,14 +2,14 @@
 # Prints the memory log of a process or of a core file, oldest entry first.
 #   memory-log.sh PID
 #   memory-log.sh FILE
-# It looks for nothing but the markers: "_cbuf " in front of an entry, "_cbuf_END__" behind the newest.
+# It searches for the markers: "_cbuf " begins an entry, "_cbuf_END__" follows the newest one.
 
 usage() {
   echo "usage: memory-log.sh PID | CORE-FILE" >&2
   exit 2
 }
 
-# The writable memory of a process, one mapping after the other; a mapping above a gigabyte holds no ring.
+# Prints the writable memory of a process, mapping by mapping. A mapping above a gigabyte has no ring.
 memory_of() {
   while read -r range permissions _; do
     case $permissions in rw*) ;; *) continue ;; esac
@@ -20,9 +20,9 @@ memory_of() {
   done < "/proc/$1/maps"
 }
 
-# In front of the end marker, back to the ring's start, stand the newest entries; behind it, up to the ring's
-# end, the oldest. Bytes that were never written are zero and end a line too. A marker with no entry in front
-# of it, or a second one, is the program's own constant. A ring lies within one mapping.
+# The newest entries precede the end marker, the oldest follow it up to the end of the ring. Bytes that were never written
+# are zero and end a line, too. A marker without an entry before it, or a second one, is a constant of the program. A ring
+# lies within one mapping.
 entries() {
   tr '\000' '\n' | LC_ALL=C grep -a -o -E '_cbuf [0-9]{4}-.*|^_cbuf_(MAPPING_)?END__$' | LC_ALL=C awk '
     $0 == "_cbuf_MAPPING_END__" { if (ended) exit; lines = ""; next }

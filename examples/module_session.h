@@ -173,8 +173,6 @@ vesk::Answer answer(Task task) noexcept {
   const int error = errno;
   vesk::Answer result = vesk::answerOf(vesk::VR_SUCCESS);
   try {
-    // The library locks nothing until it is told of threads, and a module cannot know what its program does.
-    [[maybe_unused]] static const bool isTold = (vesk::Thread::SetThreadsActive(true), true);
     task();
   } catch (...) {
     result = currentAnswer();

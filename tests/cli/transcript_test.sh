@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs the commands of transcript.txt, which are all that the tool has, and compares everything they print. Runs in the
-# private world. With --update it writes transcript.txt anew: review the difference.
-# usage: transcript_test.sh SOURCE_DIR BUILD_DIR [--update]
+# private world.
+# usage: transcript_test.sh SOURCE_DIR BUILD_DIR
 set -euo pipefail
 source_dir=$1 build_dir=$2
 # shellcheck source=tests/install/common.sh
@@ -32,4 +32,4 @@ configured() {  # configured TEXT: what doctor says about a configuration file o
 }
 
 cd /var/velmora
-transcript "$source_dir/tests/cli/transcript.txt" "${3-}"
+transcript "$source_dir/tests/cli/transcript.txt"

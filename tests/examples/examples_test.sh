@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # Builds the examples as a stranger would, against the installed package, and has the host's own programs use the two
-# modules: transcript.txt holds what each command prints. Runs in the private world. With --update it writes
-# transcript.txt anew: review the difference.
-# usage: examples_test.sh SOURCE_DIR BUILD_DIR CXX [--update]
+# modules: transcript.txt holds what each command prints. Runs in the private world.
+# usage: examples_test.sh SOURCE_DIR BUILD_DIR CXX
 set -euo pipefail
 source_dir=$1 build_dir=$2 cxx=$3
 # shellcheck source=tests/install/common.sh
@@ -38,7 +37,7 @@ login() {  # login USER "TASK ..." [LINE ...]: what the person types is LINE for
 }
 
 cd /var/velmora
-transcript "$source_dir/tests/examples/transcript.txt" "${4-}"
+transcript "$source_dir/tests/examples/transcript.txt"
 
 start_daemon "$build_dir" "$source_dir" /var/velmora/daemon
 touch "$place/file"

@@ -3,8 +3,8 @@
 # empty lines structure the text; a printed line that is empty or looks like a comment or a command follows ">".
 # shellcheck shell=bash
 
-# transcript FILE [--update]: runs the commands of FILE in this shell and compares; with --update, writes what they print
-# into FILE, for a person to review as a change.
+# transcript FILE: runs the commands of FILE in this shell and compares. With FOKRAZO_UPDATE in the environment it writes
+# what they print into FILE instead, for a person to review as a change.
 transcript() {
   local file=$1 actual output line status
   actual=$(mktemp) output=$(mktemp)
@@ -20,7 +20,7 @@ transcript() {
       '' | '# '*) echo "$line" ;;
     esac
   done <"$file" >"$actual"
-  if [ "${2-}" = --update ]; then
+  if [ -n "${FOKRAZO_UPDATE-}" ]; then
     cp "$actual" "$file"
   else
     diff -u "$file" "$actual" || { rm "$actual" "$output"; echo "FAILED: $file: something else was printed" >&2; return 1; }
