@@ -1,5 +1,5 @@
-// Searches the directory and prints name and DN of what it finds. However much that is, one page of it is in
-// memory. usage: paged_search SOCKET FILTER
+// Searches the directory and prints the name and DN of each object. Only one page of the result is in memory.
+// usage: paged_search SOCKET FILTER
 #include <fokrazo.h>
 
 #include <iostream>
@@ -24,7 +24,7 @@ int main(int argc, char** argv) try {
   }
   vesk::LocalRpcSession session(argv[1], false, false);
   const char* attributes[] = {AD_CN.c_str(), AD_DISTINGUISHED_NAME.c_str(), nullptr};
-  // The session must outlive the handle, and no base means the whole of this host's domain.
+  // The session must outlive the handle. An empty base means the whole of this host's domain.
   vesk::PagedSearchHandle found =
       session.ldapPagedSearch("", "", argv[2], attributes, kWholeTree, kPageSize, false);
   for (vesk::ADObject object = found.getNext(); !object.isEmpty(); object = found.getNext()) print(object);

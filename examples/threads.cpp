@@ -38,10 +38,6 @@ int main(int argc, char** argv) {
     std::cerr << "usage: threads SOCKET NAME...\n";
     return 2;
   }
-  // The library locks nothing until it knows of threads; it counts only those that its own class Thread
-  // starts.
-  vesk::Thread::SetThreadsActive(true);
-
   std::vector<Question> questions;
   for (int i = 2; i < argc; ++i) questions.push_back({argv[i], ""});
   std::atomic<size_t> next{0};
