@@ -247,12 +247,13 @@ int FileLogging::openLog(bool force) {
 int FileLogging::openFile() {
   Opened opened = openForAppending(m_path.c_str());
   const bool isPipe = S_ISFIFO(opened.status.st_mode);
+  if (!opened.file) return errno;
   // A cache is written as it stands, in one write.
   const bool cached = m_settings.cacheSize > 0 && !isPipe;
-  FILE* const stream = opened.file ? fdopen(opened.file.get(), "a") : nullptr;
+  auto buffer = cached ? nullptr : std::make_unique<char[]>(kStreamBuffer);
+  FILE* const stream = fdopen(opened.file.get(), "a");
   if (stream == nullptr) return errno;
   opened.file.release();
-  auto buffer = cached ? nullptr : std::make_unique<char[]>(kStreamBuffer);
   setvbuf(stream, buffer.get(), cached ? _IONBF : _IOFBF, cached ? 0 : kStreamBuffer);
   closeFile();
   m_file = stream;
