@@ -1,5 +1,6 @@
 if(FOKRAZO_SANITIZE)
-  add_compile_options(-fsanitize=${FOKRAZO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_compile_options(-fsanitize=${FOKRAZO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
+                      -g1)
   add_link_options(-fsanitize=${FOKRAZO_SANITIZE})
 endif()
 if(FOKRAZO_FUZZ)

@@ -2,12 +2,14 @@ find_package(GTest REQUIRED)
 add_executable(brondalt-standin ALIAS fokrazo_standin)
 add_library(standin_objects ALIAS fokrazo_standin_objects)
 
-# fokrazo_test(NAME [WORLD] [LABELS label...] SOURCES file...): one test program over the static objects.
+# fokrazo_test(NAME [WORLD] [LABELS label...] SOURCES file...): one test program over the library's objects, with the
+# system's headers of tests/support/prelude.h already included.
 # WORLD runs it in the private world: its own /etc/velmora, /var and /dev/log, and root's view.
-# The thread sanitizer is there for the programs that have threads, LABELS threads, and for no others.
+# LABELS: `threads` for programs with threads (the thread sanitizer's build has no others).
 function(fokrazo_test name)
   cmake_parse_arguments(T "WORLD" "" "SOURCES;LABELS;LIBS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
+  target_precompile_headers(${name} REUSE_FROM test_prelude)
   target_link_libraries(${name} PRIVATE fokrazo_static test_support GTest::gtest_main Threads::Threads ${T_LIBS})
   if(FOKRAZO_SANITIZE STREQUAL "thread" AND NOT "threads" IN_LIST T_LABELS)
     set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)

@@ -1,9 +1,6 @@
 /// The private world (see tests/support/private_world) as fuzz targets set it up.
 #pragma once
 
-#include <linux/magic.h>
-#include <sys/vfs.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -11,6 +8,7 @@
 #include <string>
 
 #include <fokrazo/fixed_paths.h>
+#include "tests/support/private_world.h"
 
 namespace fuzz {
 
@@ -24,12 +22,11 @@ inline std::string read(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// Makes `text` the configuration, before anything of the library is used. Ends the program outside of the
-/// private world: inputs become files under the system's own names.
+/// Makes `text` the configuration. Call it before the library is used. Ends the program outside the private
+/// world, because inputs become files under the system's own names.
 inline void enterWorld(const std::string& text) {
-  struct statfs info;
-  if (statfs(vesk::paths::kDataDir, &info) != 0 || info.f_type != TMPFS_MAGIC) {
-    fprintf(stderr, "To be run by private_world alone.\n");
+  if (!testsupport::inPrivateWorld()) {
+    fprintf(stderr, "Run this with tests/support/private_world.\n");
     exit(2);
   }
   write(vesk::paths::kConfigFile, text);

@@ -1,11 +1,9 @@
-// The private world's syslog daemon: reads what programs send to /dev/log as fast as it comes, so that nobody
-// who logs waits. Beside it how a test configures the library and reads a log file.
+// The private world's syslog daemon: reads what programs send to /dev/log as fast as it arrives, so that
+// logging never waits. Also: how a test configures the library and reads a log file.
 #pragma once
 
-#include <linux/magic.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -16,6 +14,7 @@
 #include <vector>
 
 #include <fokrazo/properties.h>
+#include "tests/support/private_world.h"
 
 using Texts = std::vector<std::string>;
 
@@ -27,10 +26,9 @@ struct SyslogLine {
 
 class SyslogSocket {
  public:
-  // Requires the private world: the host's socket is not to be replaced.
+  // Requires the private world, because it replaces the machine's socket.
   SyslogSocket() : m_socket(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
-    struct statfs info;  // the host's /dev/log is not to be replaced
-    if (statfs("/var/velmora", &info) != 0 || info.f_type != TMPFS_MAGIC) abort();
+    if (!testsupport::inPrivateWorld()) abort();
     strcpy(m_name.sun_path, "/dev/log");
     unlink(m_name.sun_path);
     if (bind(m_socket, reinterpret_cast<const sockaddr*>(&m_name), sizeof m_name) != 0) abort();
@@ -42,7 +40,7 @@ class SyslogSocket {
     unlink(m_name.sun_path);
   }
 
-  // While paused the kernel takes some lines, and then whoever logs waits.
+  // While paused, the kernel accepts a few lines; then logging blocks.
   void pause() {
     if (sendto(m_socket, "stop", 4, 0, reinterpret_cast<const sockaddr*>(&m_name), sizeof m_name) < 0)
       abort();
@@ -50,7 +48,7 @@ class SyslogSocket {
   }
   void resume() { m_reader = std::thread(&SyslogSocket::read, this); }
 
-  // What has been sent up to now.
+  // The lines sent since the last call.
   std::vector<SyslogLine> take() {
     pause();
     std::vector<SyslogLine> lines;
@@ -81,10 +79,10 @@ class SyslogSocket {
   const int m_socket;
   sockaddr_un m_name{AF_UNIX, {}};
   std::thread m_reader;
-  std::vector<SyslogLine> m_lines;  // the reader's, or the caller's while it is paused
+  std::vector<SyslogLine> m_lines;  // owned by the reader, or by the caller while it is paused
 };
 
-// Makes `text` the configuration, which takes effect at once. Requires the private world, as all here does.
+// Makes `text` the configuration; it takes effect at once. Requires the private world.
 inline void configure(const std::string& text) {
   std::ofstream("/etc/velmora/velmora.conf") << text;
   Props(false, true);

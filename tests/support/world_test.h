@@ -1,13 +1,12 @@
 /// A fixture for programs that run in the private world: an empty data directory, and the log in a file.
 #pragma once
 
-#include <sys/vfs.h>
-
 #include <filesystem>
 #include <string>
 
 #include <fokrazo/fixed_paths.h>
 #include <fokrazo/properties.h>
+#include "tests/support/private_world.h"
 #include "tests/support/scratch_test.h"
 
 namespace testsupport {
@@ -15,9 +14,7 @@ namespace testsupport {
 class WorldTest : public ScratchTest {
  protected:
   void SetUp() override {
-    struct statfs64 info;
-    if (statfs64("/var/velmora", &info) != 0 || info.f_type != 0x01021994 /* tmpfs */)
-      GTEST_SKIP() << "only in the private world";
+    if (!inPrivateWorld()) GTEST_SKIP() << "only in the private world";
     for (const auto& entry : std::filesystem::directory_iterator(vesk::paths::kDataDir))
       std::filesystem::remove_all(entry.path());
     std::filesystem::remove_all("/var/zantrel");
@@ -29,7 +26,7 @@ class WorldTest : public ScratchTest {
     if (!m_dir.empty()) ScratchTest::TearDown();
   }
 
-  /// Gives the process that configuration. Everything is logged, to a file.
+  /// Makes `text` the process's configuration. Everything is logged, to a file.
   static void configure(const std::string& text) {
     put(vesk::paths::kConfigFile,
         "log: TRACE\nlogger.destination: " + std::string(kLog) + "\nlogger.file.flush.frequency: 1\n" + text);

@@ -106,10 +106,13 @@ TEST_F(SettingTest, ReadsOneValueOrSaysWhatIsWrong) {
 TEST_F(SettingTest, WhatIsTooLargeIsRefusedAndChangesNothing) {
   save("site", "old");
   for (const bool defer : {false, true})
-    for (const auto& [name, limit] : {std::pair("site", 1024), std::pair("dc.a", 1048576)})
+    for (const auto& [key, size] : {std::pair("site", 1024), std::pair("dc.a", 1048576)}) {
+      const std::string name = key;
+      const int limit = size;
       EXPECT_FAILURE("IOException|Write kset." + std::string(name) + ": size(" + std::to_string(limit + 1) +
                          ") exceeds maximum (" + std::to_string(limit) + ")",
                      saveSetting(name, std::string(limit + 1, 'x'), SETTING_DEFAULT, defer, false));
+    }
   EXPECT_EQ(GetSetting("site", "") + get(kSite), "oldold");
 }
 
