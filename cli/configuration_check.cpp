@@ -100,6 +100,7 @@ const Key kKeys[] = {
     {PN::LOGGER_QUEUE_SIZE, number},
     {PN::LOGGER_SHOW_MORE, number, Key::PlainOrStem},
     {PN::LRPC_CONNECT_TIMEOUT, timeAboveZero},
+    {PN::LRPC_MESSAGE_MAXSIZE, number},
     {PN::LRPC_SESSION_TIMEOUT, number},
     {PN::LRPC_TIMEOUT, time},
     {PN::VESKD_STACKSIZE_CLIENT_THREADS, number},

@@ -120,8 +120,8 @@ class FOKRAZO_API IPCMessage {
   /// Blocks for at most `lrpc.timeout` seconds in each step. Memory is used as bytes come, whatever length is
   /// announced.
   /// @throws ConnectionBrokenException, TimeoutException as readN
-  /// @throws IOException an empty frame or no header (code 1), or a length for which there is no memory (code
-  /// ENOMEM; the rest of the frame is then still to come)
+  /// @throws IOException an empty frame or no header (code 1); a frame that is longer than
+  /// `lrpc.message.maxsize`, or for which there is no memory (code ENOMEM; its rest is then still to come)
   void get(int fd);
 
  protected:
@@ -129,13 +129,18 @@ class FOKRAZO_API IPCMessage {
   void dropElement();
 
  private:
+  friend class IPCRequest;
   friend class LocalRpcSession;
 
+  // send and get. `midExchange` becomes true before the first byte is sent, and false when a whole frame has
+  // been received, whatever it holds.
+  void transmit(int fd, bool& midExchange);
+  void receive(int fd, bool& midExchange);
+  void receiveBody(int fd, unsigned int length);
   bool makeRoom(size_t size);
   void put(const void* bytes, size_t size, const char* failure);
   void take(ReceivedText& received, const char* failure) const;
   void flatten();
-  void receive(int fd, unsigned int length);
   bool readHeader() const;
 
   BerElement* m_ber = nullptr;
@@ -164,6 +169,9 @@ class FOKRAZO_API IPCRequest : public IPCMessage {
   void execute(int fd, IPCReply* reply);
 
  private:
+  friend class LocalRpcSession;
+  void exchange(int fd, IPCReply& reply, bool& midExchange);  // execute, with the mark of transmit
+
   [[maybe_unused]] const int m_reserved[3] = {0, -1, -1};  // part of the class's shape, read by nobody here
 };
 

@@ -39,6 +39,7 @@ FOKRAZO_API extern const std::string& LOGGER_MEMORY_LOG_LEVEL;
 FOKRAZO_API extern const std::string& LRPC_CONNECT_TIMEOUT;
 FOKRAZO_API extern const std::string& LRPC_TIMEOUT;
 FOKRAZO_API extern const std::string& LRPC_SESSION_TIMEOUT;
+FOKRAZO_API extern const std::string& LRPC_MESSAGE_MAXSIZE;
 
 // pam.*: the login module and its messages
 FOKRAZO_API extern const std::string& PAM_SET_ENV;

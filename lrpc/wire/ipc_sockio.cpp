@@ -17,8 +17,8 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include <fokrazo/strutil.h>
+#include "lrpc/wire/private_connect.h"
 #include "util/error/throw.h"
-#include "util/file/unique_fd.h"
 
 namespace {
 
@@ -101,6 +101,10 @@ int connectTimeout() {
   return kDefaultConnectTimeout;
 }
 
+[[noreturn]] void failCreate() {
+  FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, errno, "ipc socket create");
+}
+
 [[noreturn]] void failConnect(int error) {
   FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, error, "ipc socket connect");
 }
@@ -111,6 +115,23 @@ void waitForConnection(int fd) {
   if (rc != 0) failConnect(errno);
   VESK_LOG_TO(kConnectLogger, Warn, "Timed out while waiting for socket connection");
   FOKRAZO_THROW(IOException, "IOException", 0, "ipc socket connect timed out");
+}
+
+UniqueFd newSocket(int flags) {
+  UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | flags, 0));
+  if (!socket) failCreate();
+  fcntl(socket.get(), F_SETFL, fcntl(socket.get(), F_GETFL) | O_NONBLOCK | O_WRONLY);
+  return socket;
+}
+
+void connectTo(int fd, const std::string& path) {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  SafeStrnCpy(address.sun_path, path.c_str(), sizeof address.sun_path);
+  const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + strlen(address.sun_path));
+  if (connect(fd, reinterpret_cast<sockaddr*>(&address), size) == 0) return;
+  if (errno != EINPROGRESS) failConnect(errno);
+  waitForConnection(fd);
 }
 
 // Neither name nor control data goes with the bytes.
@@ -142,19 +163,20 @@ void waitForRoom(int fd) {
 }  // namespace
 
 int IPCconnect(std::string path) {
-  UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM, 0));
-  if (!socket) FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, errno, "ipc socket create");
-  fcntl(socket.get(), F_SETFL, fcntl(socket.get(), F_GETFL) | O_NONBLOCK | O_WRONLY);
-
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  SafeStrnCpy(address.sun_path, path.c_str(), sizeof address.sun_path);
-  const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + strlen(address.sun_path));
-  if (connect(socket.get(), reinterpret_cast<sockaddr*>(&address), size) != 0) {
-    if (errno != EINPROGRESS) failConnect(errno);
-    waitForConnection(socket.get());
-  }
+  UniqueFd socket = newSocket(0);
+  connectTo(socket.get(), path);
   return socket.release();
+}
+
+// The low number is given back before anything is sent: an unconnected socket takes no bytes.
+UniqueFd connectPrivately(const std::string& path) {
+  UniqueFd socket = newSocket(SOCK_CLOEXEC);
+  if (socket.get() <= STDERR_FILENO) {
+    socket = UniqueFd(fcntl(socket.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    if (!socket) failCreate();
+  }
+  connectTo(socket.get(), path);
+  return socket;
 }
 
 void IPCdisconnect(int fd) {

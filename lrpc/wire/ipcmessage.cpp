@@ -10,6 +10,8 @@
 #include <fokrazo/ipc_exception.h>
 #include <fokrazo/ipc_sockio.h>
 #include <fokrazo/log.h>
+#include <fokrazo/properties.h>
+#include <fokrazo/propnames.h>
 #include <fokrazo/qtr_ber.h>
 #include "lrpc/wire/ipc_tables.h"
 #include "lrpc/wire/received_text.h"
@@ -28,6 +30,15 @@ constexpr size_t kAround = 16;  // a field's tag and length, and a byte more tha
 
 [[noreturn]] void failField(const char* failure) {
   FOKRAZO_THROW(IOException, "IOException", 0, "%s", failure);
+}
+
+// Frames of up to a megabyte are taken whatever is configured: the limit is there to save memory.
+constexpr uint32_t kUnlimitedLength = 1 << 20;
+constexpr unsigned int kDefaultMaxSize = 256;  // megabytes
+
+size_t longestMessage() {
+  const int megabytes = Props(false, false)->getInt(PN::LRPC_MESSAGE_MAXSIZE, kDefaultMaxSize);
+  return megabytes > 0 ? size_t{static_cast<unsigned>(megabytes)} << 20 : 0;
 }
 
 // A frame of which nothing, or nothing more, was read.
@@ -240,31 +251,44 @@ void IPCMessage::flatten() {
 }
 
 void IPCMessage::send(int fd) {
+  bool midExchange = false;
+  transmit(fd, midExchange);
+}
+
+void IPCMessage::transmit(int fd, bool& midExchange) {
   doHeader();
   if (!m_flattened) flatten();
   auto length = static_cast<uint32_t>(m_flattened->bv_len);
   if (length != m_flattened->bv_len)
     FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, EMSGSIZE, "ber flatten");
   VESK_LOG_TO(kLogger, Trace, "write size %d", static_cast<int>(length));
+  midExchange = true;
   writeN(fd, reinterpret_cast<unsigned char*>(&length), sizeof length);
   writeN(fd, reinterpret_cast<unsigned char*>(m_flattened->bv_val), length);
 }
 
 void IPCMessage::get(int fd) {
+  bool midExchange = true;
+  receive(fd, midExchange);
+}
+
+void IPCMessage::receive(int fd, bool& midExchange) {
   dropElement();
   uint32_t length = 0;
   errno = 0;
   readN(fd, reinterpret_cast<unsigned char*>(&length), sizeof length);
   VESK_LOG_TO(kLogger, Trace, "read size %d", static_cast<int>(length));
+  if (length > 0) receiveBody(fd, length);
+  midExchange = false;
   if (length == 0) failFrame(length, 1, errno);
-  receive(fd, length);
   if (readHeader()) return;
   const int error = errno;
   dropElement();
   FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, error, "ber_scanf failure (received garbled message?)");
 }
 
-void IPCMessage::receive(int fd, unsigned int length) {
+void IPCMessage::receiveBody(int fd, unsigned int length) {
+  if (length > kUnlimitedLength && length > longestMessage()) failFrame(length, ENOMEM, ENOMEM);
   std::unique_ptr<BerElement, FreeElement> element(qtr_ber_alloc_t(1));
   IncomingBytes bytes(length);
   if (!element || !bytes) failFrame(length, ENOMEM, ENOMEM);
@@ -289,11 +313,16 @@ IPCRequest::IPCRequest(IPC_OPCODE opcode) {
 }
 
 void IPCRequest::execute(int fd, IPCReply* reply) {
-  send(fd);
-  reply->get(fd);
-  if (reply->result() == IPC_SUCCESS) return;
-  FOKRAZO_THROW(SystemException, "SystemException", reply->result(), "Unsuccesful IPC execute: %s",
-                IPC_RESULTToStr(reply->result()));
+  bool midExchange = false;
+  exchange(fd, *reply, midExchange);
+}
+
+void IPCRequest::exchange(int fd, IPCReply& reply, bool& midExchange) {
+  transmit(fd, midExchange);
+  reply.receive(fd, midExchange);
+  if (reply.result() == IPC_SUCCESS) return;
+  FOKRAZO_THROW(SystemException, "SystemException", reply.result(), "Unsuccesful IPC execute: %s",
+                IPC_RESULTToStr(reply.result()));
 }
 
 }  // namespace vesk

@@ -30,6 +30,7 @@ NAME(LOGGER_MEMORY_LOG_LEVEL, "logger.memory.log");
 NAME(LRPC_CONNECT_TIMEOUT, "lrpc.connect.timeout");
 NAME(LRPC_TIMEOUT, "lrpc.timeout");
 NAME(LRPC_SESSION_TIMEOUT, "lrpc.session.timeout");
+NAME(LRPC_MESSAGE_MAXSIZE, "lrpc.message.maxsize");
 
 // pam.*: the login module and its messages
 NAME(PAM_SET_ENV, "pam.setenv");
