@@ -1,6 +1,6 @@
-// Replies as the session's operations read them. An input is the number of an operation, a byte that is odd
-// if what follows is the body of a successful reply and not a whole message, and that. An operation of
-// several exchanges gets it as each reply.
+// Replies as the operations of a session read them. An input is the number of an operation, a byte that is
+// odd if the rest is the body of a successful reply and even if it is a whole message, and that rest. An
+// operation of several exchanges gets it as each reply.
 
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -23,18 +23,24 @@ constexpr size_t kLargestMessage = 64 * 1024;  // what a socket takes without a 
 constexpr int kParts = 4;
 const std::string kSocket = paths::kDaemonSocket;
 
-// The daemon, without a thread of its own: it answers before it is asked, and nobody can connect a second
-// time.
+// The daemon, without a thread of its own: it answers while the session sends, and takes a connection only
+// between two operations.
 class Peer {
  public:
-  /// Has `frame` lie ready for each of the session's next requests.
-  void answer(LocalRpcSession& session, const std::string& frame, int requests) {
+  /// Lets the session have a connection, and `frame` as the reply to each of its next requests.
+  void prepare(LocalRpcSession& session, const std::string& frame, int replies) {
     if (session.socket() == -1) connect(session);
-    for (; requests > 0; --requests)
-      send(m_connection.get(), frame.data(), frame.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    m_frame = frame;
+    m_repliesLeft = replies;
   }
 
-  /// After an operation: forgets its request, and the connection if it is not back at rest.
+  /// For a request that has been sent.
+  void answer() {
+    if (m_repliesLeft-- > 0)
+      send(m_connection.get(), m_frame.data(), m_frame.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+  }
+
+  /// After an operation: forgets its requests, and the connection if anything is left on it.
   void settle(LocalRpcSession& session) {
     char bytes[4096];
     while (recv(m_connection.get(), bytes, sizeof bytes, MSG_DONTWAIT) > 0) {
@@ -58,6 +64,8 @@ class Peer {
   }
 
   UniqueFd m_connection;
+  std::string m_frame;
+  int m_repliesLeft = 0;
 };
 
 Peer& peer() {
@@ -80,6 +88,14 @@ bool prepare() {
 
 }  // namespace
 
+// Linked in the place of the system's own (-Wl,--wrap). A request goes out as its length and then its bytes.
+extern "C" ssize_t __real_sendmsg(int fd, const msghdr* message, int flags);
+extern "C" ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags) {
+  const ssize_t count = __real_sendmsg(fd, message, flags);
+  if (message->msg_iov->iov_len > sizeof(uint32_t)) peer().answer();
+  return count;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const bool prepared = prepare();
   static LocalRpcSession& session = *new LocalRpcSession(kSocket, false, false);
@@ -88,8 +104,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const Operation* operation = number < operations().size() ? &operations()[number] : nullptr;
   const std::string message = messageFrom(input);
   const auto length = static_cast<uint32_t>(message.size());
-  peer().answer(session, std::string(reinterpret_cast<const char*>(&length), sizeof length) + message,
-                operation && operation->sent == Sent::InParts ? kParts : 1);
+  peer().prepare(session, std::string(reinterpret_cast<const char*>(&length), sizeof length) + message,
+                 operation && operation->sent == Sent::InParts ? kParts : 1);
   if (operation)
     operation->make(session);
   else

@@ -48,7 +48,11 @@ constexpr char NEXT_ENTRY[] = "@#";
 /// The status code of a reply at the end of a listing.
 constexpr int END_OF_LIST = 10;
 
-/// How deep a search goes: a number of the daemon's, passed on as it is.
-enum LdapSearchScopeType : int {};
+/// How deep below its base a search goes.
+enum LdapSearchScopeType : int {
+  ScopeBase = 0,      ///< the base itself
+  ScopeOneLevel = 1,  ///< what is directly below the base
+  ScopeSubtree = 2,   ///< the base and all that is below it
+};
 
 }  // namespace vesk

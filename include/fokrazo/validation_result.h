@@ -1,5 +1,4 @@
-/// The results with which the daemon answers an operation that it carried out. The text of each is given by
-/// LocalRpcSession::errorString.
+/// What the daemon says of an operation that it has carried out. LocalRpcSession::errorString has the texts.
 #pragma once
 
 namespace vesk {
@@ -55,5 +54,8 @@ enum ValidationResult : int {
   VR_FIPS_NON_COMPLIANT = 46,
   VR_NAME_BLOCKED = 47,
 };
+
+/// The health of a session that has had no reply yet. No result of the daemon, and without a text.
+constexpr auto VR_NO_REPLY_YET = static_cast<ValidationResult>(48);
 
 }  // namespace vesk

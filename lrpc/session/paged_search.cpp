@@ -2,7 +2,7 @@
 
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/session.h>
-#include "lrpc/session/session_exchange.h"
+#include "lrpc/session/exchange.h"
 
 namespace vesk {
 
@@ -22,11 +22,9 @@ ADObject PagedSearchHandle::getNext() {
 
 // An empty page is the end.
 void PagedSearchHandle::fetchPage() {
-  IPCRequest request(IPC_OP_LDAP_PAGED_NEXT);
-  request += m_handle;
-  IPCReply reply;
-  if (ask(*m_session, request, reply) != VR_SUCCESS) reply.getAndThrowIPCException();
-  m_page = reply.getADObjectList();
+  Exchange exchange(*m_session, IPC_OP_LDAP_PAGED_NEXT, m_handle);
+  if (exchange.ask() != VR_SUCCESS) exchange.reply.getAndThrowIPCException();
+  m_page = exchange.reply.getADObjectList();
   m_position = m_page.begin();
   m_finished = m_page.empty();
 }

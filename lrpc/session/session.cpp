@@ -35,36 +35,13 @@ LocalRpcSession::LocalRpcSession(const std::string& socketPath, bool connectNow,
   } catch (const VESKException& error) {
     VESK_LOG_TO(kLogger, Warn, "LRPC connection failed: (%s) %s", error.className(), error.what());
   } catch (...) {
-    dropConnection();  // no destructor will
+    closeConnection();  // the destructor will not run
     throw;
   }
 }
 
 LocalRpcSession::~LocalRpcSession() {
-  dropConnection();
-}
-
-ValidationResult LocalRpcSession::updateVRErrInfo(IPCReply& reply) {
-  ValidationResult result = VR_SYSTEM_ERROR;
-  m_statusDetail = 0;
-  m_statusMessage.clear();
-  m_statusCode = 0;
-  m_healthResult = VR_SYSTEM_ERROR;
-  m_healthValue1 = 0;
-  m_healthValue2 = 0;
-  m_healthMessage.clear();
-  try {
-    result = static_cast<ValidationResult>(reply.getInt());
-    m_statusCode = reply.getInt();
-    m_statusDetail = reply.getInt();
-    m_statusMessage = reply.getString();
-    m_healthResult = static_cast<ValidationResult>(reply.getInt());
-    m_healthValue1 = reply.getInt();
-    m_healthValue2 = reply.getInt();
-    m_healthMessage = reply.getString();
-  } catch (const VESKException&) {  // a shorter block is none the worse
-  }
-  return result;
+  closeConnection();
 }
 
 std::string LocalRpcSession::errorString(ValidationResult value) {

@@ -1,9 +1,9 @@
-// The session's operations on the daemon itself: caches, policy, health, roles, names.
+// The operations on the daemon itself: caches, policy, health, roles, names.
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/session.h>
 #include <fokrazo/strutil.h>
-#include "lrpc/session/session_exchange.h"
+#include "lrpc/session/exchange.h"
 #include "util/error/throw.h"
 
 namespace vesk {
@@ -16,11 +16,9 @@ constexpr char kAllUsers[] = "all users";
 // Whose policy is refreshed. Wire values: never renumber.
 enum PolicyTarget : int { PolicyOfComputer = 0, PolicyOfUser = 1 };
 
-ValidationResult flush(LocalRpcSession& session, ADObject& object, int selectors, const std::string& key) {
-  IPCRequest request(IPC_OP_FLUSH_CACHE);
-  ((request += object) += selectors) += key;
-  IPCReply reply;
-  return ask(session, request, reply);
+ValidationResult flush(LocalRpcSession& session, ADObject& object, unsigned int selectors,
+                       const std::string& key) {
+  return Exchange(session, IPC_OP_FLUSH_CACHE, object, static_cast<int>(selectors), key).ask();
 }
 
 // The daemon's text is a format without arguments: "%%" is a per cent sign, and any other conversion stays as
@@ -35,26 +33,22 @@ std::string formatted(const std::string& text) {
   return out;
 }
 
-bool answerIsYes(LocalRpcSession& session, IPCRequest& request) {
-  IPCReply reply;
-  if (ask(session, request, reply) != VR_SUCCESS)
+bool isYes(Exchange exchange) {
+  if (exchange.ask() != VR_SUCCESS)
     FOKRAZO_THROW(SystemException, "SystemException", 0, "could do sandbox test");
-  return reply.getInt() != 0;
+  return exchange.reply.getInt() != 0;
 }
 
-ADObjectList roles(LocalRpcSession& session, IPCRequest& request) {
-  IPCReply reply;
-  if (ask(session, request, reply) != VR_SUCCESS)
+ADObjectList rolesIn(Exchange exchange) {
+  if (exchange.ask() != VR_SUCCESS)
     FOKRAZO_THROW(SystemException, "SystemException", 0, "could not get roles");
-  return reply.getADObjectList();
+  return exchange.reply.getADObjectList();
 }
 
 std::string domainName(LocalRpcSession& session, IPC_OPCODE opcode, const std::string& name) {
-  IPCRequest request(opcode);
-  request += name;
-  IPCReply reply;
-  if (askOnce(session, request, reply) != VR_SUCCESS) reply.getAndThrowIPCException();
-  return reply.getString();
+  Exchange exchange(session, opcode, name);
+  if (exchange.askOnce() != VR_SUCCESS) exchange.reply.getAndThrowIPCException();
+  return exchange.reply.getString();
 }
 
 }  // namespace
@@ -70,89 +64,69 @@ ValidationResult LocalRpcSession::flushCache(ADObject& object) {
 
 ValidationResult LocalRpcSession::flushCache(unsigned int selectors) {
   ADObject none;
-  return flush(*this, none, static_cast<int>(selectors), "");
+  return flush(*this, none, selectors, "");
 }
 
 ValidationResult LocalRpcSession::networkChange() {
-  IPCRequest request(IPC_OP_NETWORK_CHANGED);
-  IPCReply reply;
-  return ask(*this, request, reply);
+  return Exchange(*this, IPC_OP_NETWORK_CHANGED).ask();
 }
 
 std::string LocalRpcSession::updateUserPolicy(const std::string& user) {
-  IPCRequest request(IPC_OP_UPDATE_GP);
-  (request += PolicyOfUser) += user;
-  return refreshPolicy(request, "User Policy Refresh has completed.");
+  Exchange exchange(*this, IPC_OP_UPDATE_GP, PolicyOfUser, user);
+  return refreshPolicy(exchange, "User Policy Refresh has completed.");
 }
 
 std::string LocalRpcSession::updateMachinePolicy() {
-  IPCRequest request(IPC_OP_UPDATE_GP);
-  request += PolicyOfComputer;
-  return refreshPolicy(request, "Computer Policy Refresh has completed.");
+  Exchange exchange(*this, IPC_OP_UPDATE_GP, PolicyOfComputer);
+  return refreshPolicy(exchange, "Computer Policy Refresh has completed.");
 }
 
 // Every result but VR_EXTENDED_ERROR, failures too, is a text for people.
-std::string LocalRpcSession::refreshPolicy(IPCRequest& request, const char* done) {
-  IPCReply reply;
-  if (askOnce(*this, request, reply) != VR_EXTENDED_ERROR)
-    return m_statusMessage.empty() ? done : m_statusMessage;
+std::string LocalRpcSession::refreshPolicy(Exchange& exchange, const char* done) {
+  if (exchange.askOnce() != VR_EXTENDED_ERROR) return m_statusMessage.empty() ? done : m_statusMessage;
   if (m_statusMessage.empty()) m_statusMessage = "Unknown error";
   FOKRAZO_THROW(SystemException, "SystemException", m_statusDetail != 0 ? m_statusDetail : VR_EXTENDED_ERROR,
                 "%s", formatted(m_statusMessage).c_str());
 }
 
 std::string LocalRpcSession::getSystemInfo(unsigned int what) {
-  IPCRequest request(IPC_OP_READ_BRONDALT_STATE);
-  request += static_cast<int>(what);
-  IPCReply reply;
-  if (ask(*this, request, reply) != VR_SUCCESS)
+  Exchange exchange(*this, IPC_OP_READ_BRONDALT_STATE, static_cast<int>(what));
+  if (exchange.ask() != VR_SUCCESS)
     FOKRAZO_THROW(SystemException, "SystemException", 0, "could not get sysinfo");
-  return reply.getString();
+  return exchange.reply.getString();
 }
 
-ValidationResult LocalRpcSession::dumpCache(const std::string& s1, const std::string& s2,
-                                            const std::string& s3) {
-  IPCRequest request(IPC_OP_DUMP_CACHE);
-  ((request += s1) += s2) += s3;
-  IPCReply reply;
-  return ask(*this, request, reply);
+ValidationResult LocalRpcSession::dumpCache(const std::string& daemonText1, const std::string& daemonText2,
+                                            const std::string& daemonText3) {
+  return Exchange(*this, IPC_OP_DUMP_CACHE, daemonText1, daemonText2, daemonText3).ask();
 }
 
 bool LocalRpcSession::samEnabled() {
-  IPCRequest request(IPC_OP_SAM_TEST_ENABLED);
-  return answerIsYes(*this, request);
+  return isYes(Exchange(*this, IPC_OP_SAM_TEST_ENABLED));
 }
 
-bool LocalRpcSession::samIsSandboxed(const std::string& user, bool flag) {
-  IPCRequest request(IPC_OP_SAM_SANDBOX_TEST);
-  (request += user) += flag;
-  return answerIsYes(*this, request);
+bool LocalRpcSession::samIsSandboxed(const std::string& user, bool daemonFlag) {
+  return isYes(Exchange(*this, IPC_OP_SAM_SANDBOX_TEST, user, daemonFlag));
 }
 
-ADObjectList LocalRpcSession::samGetUserRoles(const std::string& user, bool flag) {
-  IPCRequest request(IPC_OP_SAM_GET_ROLES);
-  (request += user) += flag;
-  return roles(*this, request);
+ADObjectList LocalRpcSession::samGetUserRoles(const std::string& user, bool daemonFlag) {
+  return rolesIn(Exchange(*this, IPC_OP_SAM_GET_ROLES, user, daemonFlag));
 }
 
 ADObjectList LocalRpcSession::samGetUserRolesLocal(const std::string& user, unsigned int uid,
                                                    unsigned int gid) {
-  IPCRequest request(IPC_OP_SAM_GET_ROLES_LOCAL);
-  request += user;
-  if (user != kAllUsers) (request += uidtoa(uid)) += gidtoa(gid);
-  return roles(*this, request);
+  if (user == kAllUsers) return rolesIn(Exchange(*this, IPC_OP_SAM_GET_ROLES_LOCAL, user));
+  return rolesIn(Exchange(*this, IPC_OP_SAM_GET_ROLES_LOCAL, user, uidtoa(uid), gidtoa(gid)));
 }
 
-ValidationResult LocalRpcSession::mapDomain(const std::string& name, std::string& first, std::string& second,
-                                            unsigned int options) {
-  IPCRequest request(IPC_OP_MAP_DOMAIN);
-  (request += name) += static_cast<int>(options);
-  IPCReply reply;
-  const ValidationResult result = askOnce(*this, request, reply);
+ValidationResult LocalRpcSession::mapDomain(const std::string& name, std::string& dnsName,
+                                            std::string& shortName, unsigned int daemonOptions) {
+  Exchange exchange(*this, IPC_OP_MAP_DOMAIN, name, static_cast<int>(daemonOptions));
+  const ValidationResult result = exchange.askOnce();
   if (result != VR_SUCCESS) return result;
-  std::string readFirst = reply.getString();
-  second = reply.getString();
-  first.swap(readFirst);
+  std::string first = exchange.reply.getString();
+  shortName = exchange.reply.getString();
+  dnsName.swap(first);
   return result;
 }
 
@@ -165,15 +139,13 @@ std::string LocalRpcSession::getNtlmDomain(const std::string& name) {
 }
 
 ValidationResult LocalRpcSession::setSessionID(const std::string& id) {
-  IPCRequest request(IPC_OP_SET_SESSION_ID);
-  request += id;
-  IPCReply reply;
-  return ask(*this, request, reply);
+  return Exchange(*this, IPC_OP_SET_SESSION_ID, id).ask();
 }
 
 // The fetch is a probe: what counts is the status block that it leaves.
-int LocalRpcSession::systemHealthInfo(bool refresh, ValidationResult& health, int& a, int& b,
+int LocalRpcSession::systemHealthInfo(bool refresh, ValidationResult& health, int& value1, int& value2,
                                       std::string& text) {
+  const SessionHold hold(*this);
   if (refresh) {
     try {
       ldapFetch("", "", nullptr, false);
@@ -183,8 +155,8 @@ int LocalRpcSession::systemHealthInfo(bool refresh, ValidationResult& health, in
     }
   }
   health = m_healthResult;
-  a = m_healthValue1;
-  b = m_healthValue2;
+  value1 = m_healthValue1;
+  value2 = m_healthValue2;
   text = m_healthMessage;
   return 0;
 }

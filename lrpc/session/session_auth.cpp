@@ -1,4 +1,4 @@
-// The session's operations around logins: who is let in, and who is told of it.
+// The operations around logins: checking a person, and telling the daemon of logins.
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/log.h>
@@ -6,7 +6,7 @@
 #include <fokrazo/shredder.h>
 #include <fokrazo/strutil.h>
 #include <fokrazo/unixviews.h>
-#include "lrpc/session/session_exchange.h"
+#include "lrpc/session/exchange.h"
 #include "util/error/throw.h"
 
 namespace vesk {
@@ -16,94 +16,79 @@ namespace {
 constexpr char kSource[] = "lrpc/session";
 constexpr char kLogger[] = "lrpc.session";
 
-// How the daemon is told which names the groups have.
-int nameForm(int nameFlags) {
-  constexpr int both = UNIX_NAME | WINDOWS_NAME;
-  if ((nameFlags & both) == both) return 2;
-  return (nameFlags & both) == UNIX_NAME ? 0 : 1;
-}
+// The form of the groups' names. Wire values: never renumber.
+enum NameForm : int { UnixNames = 0, WindowsNames = 1, BothNames = 2 };
 
-bool notify(LocalRpcSession& session, IPC_OPCODE opcode, const std::string& user) {
-  IPCRequest request(opcode);
-  request += user;
-  IPCReply reply;
-  return askOnce(session, request, reply) != VR_SUCCESS;
+NameForm nameForm(int nameFlags) {
+  constexpr int both = UNIX_NAME | WINDOWS_NAME;
+  if ((nameFlags & both) == both) return BothNames;
+  return (nameFlags & both) == UNIX_NAME ? UnixNames : WindowsNames;
 }
 
 }  // namespace
 
 ValidationResult LocalRpcSession::validatePlainTextUser(const std::string& user, const Shredder& password,
-                                                        bool flag) {
-  IPCRequest request(IPC_OP_VALIDATE_PLAINTEXT);
-  ((request += user) += password) += flag;
-  IPCReply reply;
-  return ask(*this, request, reply);
+                                                        bool daemonFlag) {
+  return Exchange(*this, IPC_OP_VALIDATE_PLAINTEXT, user, password, daemonFlag).ask();
 }
 
-boost::shared_ptr<User> LocalRpcSession::validateKerberosUser(const std::string& first,
-                                                              const std::string& second) {
-  IPCRequest request(IPC_OP_VALIDATE_KERBEROS);
-  (request += first) += second;
-  IPCReply reply;
-  if (ask(*this, request, reply) != VR_SUCCESS)
+ValidationResult LocalRpcSession::validatePlainTextUserOnce(const std::string& user, const Shredder& password,
+                                                            bool daemonFlag) {
+  Exchange exchange(*this, IPC_OP_VALIDATE_PLAINTEXT, user, password, daemonFlag);
+  closeConnection();
+  return exchange.askOnce();
+}
+
+boost::shared_ptr<User> LocalRpcSession::validateKerberosUser(const std::string& principal,
+                                                              const std::string& token) {
+  Exchange exchange(*this, IPC_OP_VALIDATE_KERBEROS, principal, token);
+  if (exchange.ask() != VR_SUCCESS)
     FOKRAZO_THROW(SystemException, "SystemException", 0, "failed to validate Kerberos user");
-  return boost::shared_ptr<User>(new User(reply.getADObject()));
+  return boost::shared_ptr<User>(new User(exchange.reply.getADObject()));
 }
 
-std::string LocalRpcSession::getNtlmChallenge(const std::string& data) {
-  IPCRequest request(IPC_OP_NTLM_CHALLENGE);
-  request += data;
-  IPCReply reply;
-  if (ask(*this, request, reply) != VR_SUCCESS)
+std::string LocalRpcSession::getNtlmChallenge(const std::string& negotiation) {
+  Exchange exchange(*this, IPC_OP_NTLM_CHALLENGE, negotiation);
+  if (exchange.ask() != VR_SUCCESS)
     FOKRAZO_THROW(SystemException, "SystemException", 0, "failed to get NLTM challenge");
-  return reply.getString();
+  return exchange.reply.getString();
 }
 
-boost::shared_ptr<User> LocalRpcSession::validateNtlmUser(const std::string& data) {
-  IPCRequest request(IPC_OP_VALIDATE_NTLM);
-  request += data;
-  IPCReply reply;
-  if (askOnce(*this, request, reply) != VR_SUCCESS)
+boost::shared_ptr<User> LocalRpcSession::validateNtlmUser(const std::string& response) {
+  Exchange exchange(*this, IPC_OP_VALIDATE_NTLM, response);
+  if (exchange.askOnce() != VR_SUCCESS)
     FOKRAZO_THROW(SystemException, "SystemException", 0, "failed to validate NTLM user");
-  return boost::shared_ptr<User>(new User(reply.getADObject()));
+  return boost::shared_ptr<User>(new User(exchange.reply.getADObject()));
 }
 
 ValidationResult LocalRpcSession::validateUserGroup(const std::string& user,
-                                                    const std::vector<std::string>& groups, bool flag,
+                                                    const std::vector<std::string>& groups, bool daemonFlag,
                                                     int nameFlags) {
-  IPCRequest request(IPC_OP_VALIDATE_USER_GROUP);
-  request += user;
-  request += groups;
-  (request += flag) += nameForm(nameFlags);
-  IPCReply reply;
-  return ask(*this, request, reply);
+  return Exchange(*this, IPC_OP_VALIDATE_USER_GROUP, user, groups, daemonFlag, nameForm(nameFlags)).ask();
 }
 
 std::string LocalRpcSession::getServicePrincipal(const std::string& host, const std::string& service) {
-  IPCRequest request(IPC_OP_GET_SPN);
-  request += service + "/" + lower(host);
-  IPCReply reply;
-  if (ask(*this, request, reply) != VR_SUCCESS)
+  Exchange exchange(*this, IPC_OP_GET_SPN, service + "/" + lower(host));
+  if (exchange.ask() != VR_SUCCESS)
     FOKRAZO_THROW(NotFoundException, "NotFoundException", 0,
                   "failed to get canonicalized service principal name");
-  return reply.getString();
+  return exchange.reply.getString();
 }
 
 bool LocalRpcSession::userLogin(const std::string& user) {
-  return notify(*this, IPC_OP_USER_LOGIN, user);
+  return Exchange(*this, IPC_OP_USER_LOGIN, user).askOnce() != VR_SUCCESS;
 }
+
 bool LocalRpcSession::userLogout(const std::string& user) {
-  return notify(*this, IPC_OP_USER_LOGOUT, user);
+  return Exchange(*this, IPC_OP_USER_LOGOUT, user).askOnce() != VR_SUCCESS;
 }
 
 ValidationResult LocalRpcSession::renewCredentials(const std::string& user, int& count) {
   auto logger = Logger::GetThreadPrivateLogger(kLogger);
   VESK_LOG(logger, Debug, "I:LRPC::renewCredentials - user=%s", user.c_str());
-  IPCRequest request(IPC_OP_RENEW_CREDENTIALS);
-  request += user;
-  IPCReply reply;
-  const ValidationResult result = ask(*this, request, reply);
-  if (result == VR_SUCCESS) count = reply.getInt();
+  Exchange exchange(*this, IPC_OP_RENEW_CREDENTIALS, user);
+  const ValidationResult result = exchange.ask();
+  if (result == VR_SUCCESS) count = exchange.reply.getInt();
   VESK_LOG(logger, Debug, "O:LRPC::renewCredentials user=%s (count=%d) (rc=%d)", user.c_str(), count, result);
   return result;
 }

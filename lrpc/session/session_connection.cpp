@@ -1,5 +1,7 @@
-// The session's care of its connection: when to make a new one, and what a failed exchange means for it.
+// The connection of a session: when it may carry a request, and how a new one is made.
 
+#include <poll.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,8 +14,10 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include <fokrazo/session.h>
+#include "lrpc/session/own_sockets.h"
+#include "lrpc/session/session_hold.h"
+#include "lrpc/wire/private_connect.h"
 #include "util/error/throw.h"
-#include "util/file/unique_fd.h"
 #include "util/thread/clock.h"
 
 namespace vesk {
@@ -29,138 +33,141 @@ int idleTimeout() {
   return text.empty() ? kDefaultIdleTimeout : atoi(text.c_str());
 }
 
-void TestReplySuccess(IPCReply& reply) {
-  if (reply.result() == IPC_SUCCESS) return;
-  const MessageText text =
-      MessageText::format("Request failed with status %s", IPCMessage::IPC_RESULTToStr(reply.result()));
-  VESK_LOG_TO(kLogger, Debug, "%s", text.c_str());
-  FOKRAZO_THROW(SystemException, "SystemException", 0, "%s", text.c_str());
+// Whether there is anything to read, the end of the stream included. Between two exchanges that answers no
+// request.
+bool hasInput(int fd) {
+  pollfd entry = {fd, POLLIN, 0};
+  int rc;
+  do {
+    rc = poll(&entry, 1, 0);
+  } while (rc < 0 && errno == EINTR);
+  return rc != 0;
+}
+
+// Whether there are bytes to read. The end of a stream does no harm to a request, which then fails.
+bool hasBytes(int fd) {
+  char byte;
+  return recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
+}
+
+void checkPeer(int fd, uid_t trusted) {
+  uid_t uid;
+  gid_t gid;
+  if (get_peer_credential(fd, &uid, &gid) != 0)
+    FOKRAZO_THROW_ERRNO(IOException, "IOException", EACCES, errno, "ipc socket peer");
+  if (uid != trusted)
+    FOKRAZO_THROW(IOException, "IOException", EACCES, "ipc socket peer has uid %u instead of %u", uid,
+                  trusted);
 }
 
 }  // namespace
 
-// Whether the descriptor is still the socket that was opened; `inode` is what it is now, 0 if it is nothing.
-bool LocalRpcSession::ownsSocket(ino_t& inode) const {
-  struct stat status;
-  inode = fstat(m_socket, &status) == 0 ? status.st_ino : 0;
-  return inode != 0 && inode == m_socketInode && S_ISSOCK(status.st_mode);
+// --- One thread at a time ---
+
+SessionHold::SessionHold(LocalRpcSession& session) : m_session(session) {
+  const pthread_t self = pthread_self();
+  pthread_t holder = pthread_t{};
+  m_isOutermost = session.m_holder.compare_exchange_strong(holder, self, std::memory_order_acquire);
+  if (!m_isOutermost && !pthread_equal(holder, self))
+    FOKRAZO_THROW(SystemException, "SystemException", EBUSY, "session in use by another thread");
 }
+
+// --- The connection that there is ---
 
 bool LocalRpcSession::isConnectionGood(time_t now, pid_t pid) {
   if (now - m_lastUsed > idleTimeout()) {
     VESK_LOG_TO(kLogger, Debug, "dropping old lrpc connection");
     return false;
   }
-  if (pid != m_pid) {
+  if (pid != m_pid || m_forkGeneration != ownsockets::forkGeneration()) {
     VESK_LOG_TO(kLogger, Debug, "process forked, closing parent's connection");
     return false;
   }
   ino_t inode;
-  if (!ownsSocket(inode)) {
+  if (!ownsockets::isStill(m_socket, m_socketInode, &inode)) {
     VESK_LOG_TO(kLogger, Debug, "lrpc connection reopened %d != %d\n", static_cast<int>(inode),
                 static_cast<int>(m_socketInode));
     return false;
   }
-  if (m_midExchange) VESK_LOG_TO(kLogger, Debug, "dropping lrpc connection with an unfinished exchange");
-  return !m_midExchange;
-}
-
-void LocalRpcSession::connect(time_t now, pid_t pid) {
-  UniqueFd socket(IPCconnect(m_socketPath));
-  struct stat status;
-  const int rc = fstat(socket.get(), &status);
-  if (rc != 0) FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", rc, errno, "OS call failed");
-  m_pid = pid;
-  m_socketInode = status.st_ino;
-  m_lastUsed = now;
-  m_socket = socket.release();
-  VESK_LOG_TO(kLogger, Debug, "New socket %ld (%ld)", static_cast<long>(m_socket),
-              static_cast<long>(m_socketInode));
-}
-
-void LocalRpcSession::reConnect(bool authenticate) {
-  const time_t now = dayclock::now();
-  const pid_t pid = getpid();
-  if (m_socket != -1 && isConnectionGood(now, pid)) {
-    m_lastUsed = now;
-    return;
+  if (m_midExchange) {
+    VESK_LOG_TO(kLogger, Debug, "dropping lrpc connection with an unfinished exchange");
+    return false;
   }
-  dropConnection();
-  connect(now, pid);
-  if (authenticate && m_authenticateProcess && !m_processAuthenticated) authenticateProcess();
+  if (geteuid() != m_effectiveUid || getegid() != m_effectiveGid) {
+    VESK_LOG_TO(kLogger, Debug, "dropping lrpc connection of another user or group");
+    return false;
+  }
+  if (hasInput(m_socket)) {
+    VESK_LOG_TO(kLogger, Debug, "dropping lrpc connection that brondalt has closed or written to unasked");
+    return false;
+  }
+  return true;
 }
 
-void LocalRpcSession::lostConnection() {
+void LocalRpcSession::closeConnection() {
   if (m_socket == -1) return;
-  ino_t inode;
-  if (ownsSocket(inode)) IPCdisconnect(m_socket);
+  if (ownsockets::isStill(m_socket, m_socketInode)) IPCdisconnect(m_socket);
+  ownsockets::remove(m_socket, m_socketInode);
   m_socket = -1;
   m_processAuthenticated = false;
   m_midExchange = false;
+}
+
+void LocalRpcSession::lostConnection() {
+  const SessionHold hold(*this);
+  closeConnection();
 }
 
 void LocalRpcSession::dropConnection() {
   lostConnection();
 }
 
-// What leaves this in the middle leaves the next request's place in the stream unknown.
-void LocalRpcSession::exchange(IPCRequest& request, IPCReply& reply) {
-  m_midExchange = true;
-  try {
-    request.execute(m_socket, &reply);
-  } catch (const SystemException&) {
-    m_midExchange = false;
-    throw;
-  } catch (const IOException& error) {
-    m_midExchange = error.rc() == ENOMEM;
-    throw;
-  }
-  m_midExchange = false;
-  m_lastUsed = dayclock::now();
+// --- A new one ---
+
+void LocalRpcSession::connect(time_t now, pid_t pid) {
+  UniqueFd socket = connectPrivately(m_socketPath);
+  struct stat status;
+  const int rc = fstat(socket.get(), &status);
+  if (rc != 0) FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", rc, errno, "OS call failed");
+  if (m_trustedPeer) checkPeer(socket.get(), *m_trustedPeer);
+  m_pid = pid;
+  m_forkGeneration = ownsockets::forkGeneration();
+  m_effectiveUid = geteuid();
+  m_effectiveGid = getegid();
+  m_socketInode = status.st_ino;
+  m_lastUsed = now;
+  m_socket = socket.release();
+  ownsockets::add(m_socket, m_socketInode);
+  VESK_LOG_TO(kLogger, Debug, "New socket %ld (%ld)", static_cast<long>(m_socket),
+              static_cast<long>(m_socketInode));
 }
 
-void LocalRpcSession::execute(IPCRequest& request, IPCReply& reply, bool authenticate) {
-  reConnect(authenticate);
-  try {
-    exchange(request, reply);
-  } catch (const ConnectionBrokenException&) {
-    lostConnection();
-    request.dropElement();
-    throw;
+void LocalRpcSession::reConnect(bool authenticate) {
+  const SessionHold hold(*this);
+  const time_t now = dayclock::now();
+  const pid_t pid = getpid();
+  if (m_socket != -1 && isConnectionGood(now, pid)) {
+    m_lastUsed = now;
+    return;
   }
-  TestReplySuccess(reply);
+  closeConnection();
+  connect(now, pid);
+  if (!authenticate || !m_authenticateProcess || m_processAuthenticated) return;
+  authenticateProcess();
+  if (!hasBytes(m_socket)) return;
+  closeConnection();
+  FOKRAZO_THROW(ConnectionBrokenException, "ConnectionBrokenException", 0,
+                "brondalt sent more than the reply to an authentication");
 }
 
-void LocalRpcSession::executeWithRetry(IPCRequest& request, IPCReply& reply, bool authenticate) {
-  reConnect(authenticate);
-  try {
-    exchange(request, reply);
-  } catch (const VESKException& error) {
-    VESK_LOG_TO(kLogger, Debug, "Cannot communicate with brondalt: %s. Rconnecting...", error.what());
-    sendAgain(request, reply, authenticate);
-  }
-  TestReplySuccess(reply);
-}
-
-void LocalRpcSession::sendAgain(IPCRequest& request, IPCReply& reply, bool authenticate) {
-  lostConnection();
-  reConnect(authenticate);
-  try {
-    exchange(request, reply);
-    VESK_LOG_TO(kLogger, Debug, "Retried brondalt request succeeds");
-  } catch (const VESKException& error) {
-    VESK_LOG_TO(kLogger, Debug, "Reconnect to brondalt failed: %s", error.what());
-    lostConnection();
-    request.dropElement();
-    throw;
-  }
-}
-
-void LocalRpcSession::lrpc(IPCRequest& request, IPCReply& reply) {
-  execute(request, reply, true);
+void LocalRpcSession::setTrustedPeer(uid_t uid) {
+  const SessionHold hold(*this);
+  closeConnection();
+  m_trustedPeer = uid;
 }
 
 void LocalRpcSession::authenticateProcess() {
+  const SessionHold hold(*this);
   if (m_processAuthenticated) return;
   m_authenticateProcess = true;
   try {

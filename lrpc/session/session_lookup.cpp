@@ -1,4 +1,4 @@
-// The session's lookups of one directory object.
+// Lookups of one directory object.
 
 #include <boost/make_shared.hpp>
 
@@ -6,7 +6,7 @@
 #include <fokrazo/attrnames.h>
 #include <fokrazo/session.h>
 #include <fokrazo/unixviews.h>
-#include "lrpc/session/session_exchange.h"
+#include "lrpc/session/exchange.h"
 #include "util/error/throw.h"
 
 namespace vesk {
@@ -25,51 +25,39 @@ LookupScope scopeOf(int flags) {
   FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "%s", text);
 }
 
-// A request with the header that all lookups have in common; the key follows.
-class LookupRequest : public IPCRequest {
+// A lookup: the fields that all lookups have in common, and then the key.
+class Lookup : public Exchange {
  public:
-  LookupRequest(IPC_OPCODE opcode, DSObjectType type, LookupScope scope, KeyKind keyKind, int flags)
-      : IPCRequest(opcode) {
-    *this += type;
-    *this += scope;
-    *this += keyKind;
-    *this += (flags & CHECK_AD_FIRST) != 0;
-    *this += (flags & GROUP_MEMBERSHIP) != 0;
-  }
+  template <class Key>
+  Lookup(LocalRpcSession& session, IPC_OPCODE opcode, DSObjectType type, LookupScope scope, KeyKind keyKind,
+         const Key& key, int flags)
+      : Exchange(session, opcode, type, scope, keyKind, (flags & CHECK_AD_FIRST) != 0,
+                 (flags & GROUP_MEMBERSHIP) != 0, key) {}
+
+  // The next entry moves a place that the daemon keeps, so it is never asked for twice.
+  ValidationResult askByName(const std::string& name) { return name == NEXT_ENTRY ? askOnce() : ask(); }
 };
 
-// Asking for the next entry moves a cursor of the daemon, so that is never repeated.
-ValidationResult askByName(LocalRpcSession& session, const std::string& name, IPCRequest& request,
-                           IPCReply& reply) {
-  return name == NEXT_ENTRY ? askOnce(session, request, reply) : ask(session, request, reply);
-}
-
 ADObject objectById(LocalRpcSession& session, DSObjectType type, int id, int flags) {
-  LookupRequest request(IPC_OP_GET_OBJECT, type, UnixObjects, KeyId, flags);
-  request += id;
-  IPCReply reply;
-  return ask(session, request, reply) == VR_SUCCESS ? reply.getADObject() : ADObject();
+  Lookup lookup(session, IPC_OP_GET_OBJECT, type, UnixObjects, KeyId, id, flags);
+  return lookup.ask() == VR_SUCCESS ? lookup.reply.getADObject() : ADObject();
 }
 
 // By SID or GUID; any failure is reported as `notFound`.
 template <class Key>
 ADObject objectByKey(LocalRpcSession& session, DSObjectType type, KeyKind keyKind, const Key& key, int flags,
                      const char* notFound) {
-  LookupRequest request(IPC_OP_GET_OBJECT, type, scopeOf(flags), keyKind, flags);
-  request += key;
-  IPCReply reply;
-  if (ask(session, request, reply) != VR_SUCCESS) failNotFound(notFound);
-  return reply.getADObject();
+  Lookup lookup(session, IPC_OP_GET_OBJECT, type, scopeOf(flags), keyKind, key, flags);
+  if (lookup.ask() != VR_SUCCESS) failNotFound(notFound);
+  return lookup.reply.getADObject();
 }
 
 // The form of the listings.
 ADObject objectByName2(LocalRpcSession& session, DSObjectType type, const std::string& name, int flags,
                        const char* notFound) {
-  LookupRequest request(IPC_OP_GET_OBJECT2, type, scopeOf(flags), KeyName, flags);
-  request += name;
-  IPCReply reply;
-  if (askByName(session, name, request, reply) == VR_SUCCESS) return reply.getADObject();
-  if (reply.hasMore()) reply.getAndThrowIPCException();
+  Lookup lookup(session, IPC_OP_GET_OBJECT2, type, scopeOf(flags), KeyName, name, flags);
+  if (lookup.askByName(name) == VR_SUCCESS) return lookup.reply.getADObject();
+  if (lookup.reply.hasMore()) lookup.reply.getAndThrowIPCException();
   if (session.statusCode() == END_OF_LIST)
     FOKRAZO_THROW(EndOfListException, "EndOfListException", 0, "End of list");
   failNotFound(notFound);
@@ -84,11 +72,9 @@ boost::shared_ptr<View> viewOf(const ADObject& object, const char* notFound) {
 }  // namespace
 
 ADObject LocalRpcSession::getObject(const std::string& name, DSObjectType type, int flags) {
-  LookupRequest request(IPC_OP_GET_OBJECT, type, scopeOf(flags), KeyName, flags);
-  request += name;
-  IPCReply reply;
-  if (askByName(*this, name, request, reply) == VR_SUCCESS) return reply.getADObject();
-  if (reply.hasMore()) reply.getAndThrowIPCException();
+  Lookup lookup(*this, IPC_OP_GET_OBJECT, type, scopeOf(flags), KeyName, name, flags);
+  if (lookup.askByName(name) == VR_SUCCESS) return lookup.reply.getADObject();
+  if (lookup.reply.hasMore()) lookup.reply.getAndThrowIPCException();
   return ADObject();
 }
 
@@ -158,11 +144,9 @@ boost::shared_ptr<Group> LocalRpcSession::getGroup2(const std::string& name, int
 }
 
 boost::shared_ptr<User> LocalRpcSession::getShadow(const std::string& name, int flags) {
-  LookupRequest request(IPC_OP_GET_OBJECT, DSShadow, UnixObjects, KeyName, flags & ~GROUP_MEMBERSHIP);
-  request += name;
-  IPCReply reply;
-  if (askByName(*this, name, request, reply) != VR_SUCCESS) failNotFound(kUserNotFound);
-  return boost::make_shared<User>(reply.getADObject());
+  Lookup lookup(*this, IPC_OP_GET_OBJECT, DSShadow, UnixObjects, KeyName, name, flags & ~GROUP_MEMBERSHIP);
+  if (lookup.askByName(name) != VR_SUCCESS) failNotFound(kUserNotFound);
+  return boost::make_shared<User>(lookup.reply.getADObject());
 }
 
 }  // namespace vesk

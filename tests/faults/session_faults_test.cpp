@@ -99,6 +99,7 @@ TEST_F(SessionFaultsTest, EachCallOfStopFails) {
   put(in("nobody.ldif"), "");
   StandinProcess standin({}, in("nobody.ldif"));
   LocalRpcSession session(standin.socket(), false, true);
+  m_descriptors = openDescriptors();
   const unsigned failures = failEachCallOf(stop, session, [&] {
     standin.restart({});
     session.dropConnection();

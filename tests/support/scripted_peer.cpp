@@ -82,6 +82,7 @@ void ScriptedPeer::run() {
     } catch (const std::exception& error) {
       failure = error.what();
       m_connection.close();
+      m_listener.close();
     }
     lock.lock();
     m_working = false;

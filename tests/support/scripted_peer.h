@@ -23,7 +23,7 @@ namespace testsupport {
 ///   EXPECT_TRUE(peer.finished());
 ///
 /// Messages are given without their frame (see tests/support/wire.h). Every wait is bounded. A step that
-/// fails ends the script and closes the connection, so that the client does not wait.
+/// fails ends the script and closes the connection and the socket, so that the client does not wait.
 class ScriptedPeer {
  public:
   using Step = std::function<void()>;

@@ -17,7 +17,7 @@ class SessionTest : public WorldTest {
   void SetUp() override {
     WorldTest::SetUp();
     if (IsSkipped()) return;
-    configure("lrpc.timeout: 1\n");
+    configure("lrpc.timeout: 60\n");
     path = in("daemon");
     m_peer = std::make_unique<ScriptedPeer>(path);
     startSession(false);

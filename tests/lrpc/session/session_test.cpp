@@ -5,20 +5,59 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <ctime>
+#include <future>
+#include <thread>
 
 #include <fokrazo/ipcmessage.h>
+#include <fokrazo/shredder.h>
 #include "tests/support/session_test.h"
 #include "util/file/unique_fd.h"
 
 using namespace vesk;
 using namespace testsupport;
 
-// Linked in the place of time (-Wl,--wrap): the day's clock stands still but for its offset.
-extern "C" time_t __wrap_time(time_t* /*now*/) {
+// Linked in the place of the system's own (-Wl,--wrap).
+namespace {
+
+uid_t gOtherUid = 0;  // how far the effective ids are from the real ones
+gid_t gOtherGid = 0;
+uid_t gPeerUid = 0;   // how far the peer's user is from the real one
+int gSocketType = 0;  // of the last socket
+
+}  // namespace
+
+extern "C" {
+// The day's clock stands still but for its offset.
+time_t __wrap_time(time_t* /*now*/) {
   return 1000000000;
+}
+// A child has the number of its parent, as in another namespace of process ids.
+pid_t __wrap_getpid() {
+  return 77;
+}
+uid_t __real_geteuid();
+uid_t __wrap_geteuid() {
+  return __real_geteuid() + gOtherUid;
+}
+gid_t __real_getegid();
+gid_t __wrap_getegid() {
+  return __real_getegid() + gOtherGid;
+}
+int __real_socket(int domain, int type, int protocol);
+int __wrap_socket(int domain, int type, int protocol) {
+  gSocketType = type;
+  return __real_socket(domain, type, protocol);
+}
+int __real_getsockopt(int fd, int level, int name, void* value, socklen_t* size);
+int __wrap_getsockopt(int fd, int level, int name, void* value, socklen_t* size) {
+  const int rc = __real_getsockopt(fd, level, name, value, size);
+  if (name == SO_PEERCRED) static_cast<ucred*>(value)->uid += gPeerUid;
+  return rc;
+}
 }
 
 namespace {
@@ -65,7 +104,7 @@ TEST_F(SessionCoreTest, AnIdleConnectionIsReplaced) {
     bool kept;
   } rows[] = {{"", 30, true}, {"", 31, false}, {"abc", 0, true}, {"abc", 1, false}, {"7m", 7, true}};
   for (const auto& row : rows) {
-    configure("lrpc.timeout: 1\nlrpc.session.timeout: " + std::string(row.timeout) + "\n");
+    configure("lrpc.timeout: 60\nlrpc.session.timeout: " + std::string(row.timeout) + "\n");
     session().dropConnection();
     peer().accept();
     exchange();
@@ -90,7 +129,8 @@ TEST_F(SessionCoreTest, AChildOfForkTakesAConnectionOfItsOwn) {
   // The child finds nobody: its request must not go to the parent's connection.
   const std::string elsewhere = path + ".away";
   ASSERT_EQ(rename(path.c_str(), elsewhere.c_str()), 0);
-  checkInChild([this] {
+  checkInChild([&] {
+    EXPECT_EQ(fcntl(socket, F_GETFD), -1) << "the child's copy is closed at once";
     EXPECT_NE(pingThrows().find("ipc socket connect"), std::string::npos);
     EXPECT_EQ(session().socket(), -1);
   });
@@ -98,6 +138,116 @@ TEST_F(SessionCoreTest, AChildOfForkTakesAConnectionOfItsOwn) {
   EXPECT_TRUE(hasLogged("process forked, closing parent's connection"));
   exchange();
   EXPECT_EQ(session().socket(), socket);
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(SessionCoreTest, TheDescriptorIsPrivateAndAboveTheStandardOnes) {
+  peer().expect(ping).send(pong);
+  checkInChild([this] {
+    for (const int standard : {0, 1, 2}) close(standard);
+    session().ping();
+    EXPECT_GT(session().socket(), 2);
+    EXPECT_EQ(fcntl(session().socket(), F_GETFD), FD_CLOEXEC);
+    EXPECT_TRUE(gSocketType & SOCK_CLOEXEC) << "from birth";
+    for (const int standard : {0, 1, 2}) {
+      struct stat info;
+      EXPECT_FALSE(fstat(standard, &info) == 0 && S_ISSOCK(info.st_mode)) << standard;
+    }
+  });
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(SessionCoreTest, AnotherEffectiveUserOrGroupTakesANewConnection) {
+  for (gid_t* id : {&gOtherUid, &gOtherGid})
+    for (const gid_t other : {1, 0}) {  // rights that are given up, and taken back
+      peer().accept();
+      exchange();
+      peer().expectClosed().accept();
+      *id = other;
+      exchange();
+      EXPECT_TRUE(hasLogged("dropping lrpc connection of another user or group"));
+      EXPECT_TRUE(peer().finished());
+    }
+}
+
+// What was not asked for, or the end of the stream, by the time of the next request.
+TEST_F(SessionCoreTest, AConnectionWithSomethingToReadIsReplaced) {
+  const std::string spare[] = {framed(pong), framed(pong).substr(0, 3), ""};
+  for (const std::string& bytes : spare)
+    for (const bool isSentOnce : {true, false}) {
+      peer().accept().expect(ping).sendRaw(framed(pong) + bytes);
+      if (bytes.empty()) peer().endStream();
+      session().ping();
+      ASSERT_TRUE(bytes.empty() ? peer().finished() : testing::AssertionSuccess());
+      peer().expectClosed().accept().expect(isSentOnce ? request(1) : ping).send(pong);
+      if (isSentOnce)
+        session().stop();
+      else
+        session().ping();
+      EXPECT_TRUE(hasLogged("dropping lrpc connection that brondalt has closed or written to unasked"));
+      EXPECT_FALSE(hasLogged("Cannot communicate"));
+      EXPECT_TRUE(peer().finished());
+    }
+}
+
+TEST_F(SessionCoreTest, ATrustedPeerIsDemandedOfEachConnectionBeforeAnythingIsSent) {
+  const std::string own = std::to_string(getuid()), other = std::to_string(getuid() + 1);
+  exchange();
+  startSession(true);
+  session().setTrustedPeer(getuid() + 1);
+  peer().accept().expectClosed();
+  EXPECT_EQ(pingThrows(), "IOException 13 ipc socket peer has uid " + own + " instead of " + other);
+  EXPECT_EQ(session().socket(), -1);
+  ASSERT_TRUE(peer().finished());
+
+  startSession(false);
+  peer().accept().expect(ping).send(pong);
+  session().ping();
+  peer().expectClosed();
+  session().setTrustedPeer(getuid());
+  EXPECT_EQ(session().socket(), -1);
+  peer().accept();
+  exchange();
+  peer().expect(ping).then([] { gPeerUid = 1; }).hangUp().accept().expectClosed();  // at the second attempt
+  EXPECT_EQ(pingThrows(), "IOException 13 ipc socket peer has uid " + other + " instead of " + own);
+  gPeerUid = 0;
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(SessionCoreTest, APasswordForALoginGoesOnceToANewConnection) {
+  const std::string validate = request(3, octets("al") + octets("pw") + integer(0));
+  exchange();
+  peer().expectClosed().accept().expect(validate).hangUp();
+  EXPECT_NE(thrownBy([this] { session().validatePlainTextUserOnce("al", Shredder("pw"), false); }),
+            "nothing");
+  peer().accept().expect(validate).send(answer(2));
+  EXPECT_EQ(session().validatePlainTextUserOnce("al", Shredder("pw"), false), VR_INVALID_PASSWORD);
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(SessionCoreTest, ASecondThreadIsRefusedAndTheFirstIsUndisturbed) {
+  std::promise<void> asked, refused;
+  peer()
+      .expect(ping)
+      .then([&] {
+        asked.set_value();
+        refused.get_future().wait();
+      })
+      .send(pong);
+  std::string first;
+  std::thread thread([&] { first = pingThrows(); });
+  asked.get_future().wait();
+  const std::string busy = "SystemException 16 session in use by another thread";
+  const int socket = session().socket();
+  EXPECT_EQ(pingThrows(), busy);
+  EXPECT_EQ(stopThrows(), busy);
+  EXPECT_EQ(thrownBy([this] { session().dropConnection(); }), busy);
+  EXPECT_EQ(thrownBy([this] { session().setTrustedPeer(0); }), busy);
+  EXPECT_EQ(session().socket(), socket);
+  refused.set_value();
+  thread.join();
+  EXPECT_EQ(first, "nothing");
+  exchange();  // the next thread may use it
   EXPECT_TRUE(peer().finished());
 }
 
@@ -141,8 +291,8 @@ TEST_F(SessionCoreTest, TheSecondFailureIsTheCallers) {
       {hex("0000001030"), kBroken},
   };
   for (const auto& row : rows) {
-    for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(ping).sendRaw(row.frame).endStream();
-    peer().expectClosed();
+    for (int attempt = 0; attempt < 2; ++attempt)
+      peer().accept().expect(ping).sendRaw(row.frame).endStream().expectClosed();
     EXPECT_EQ(pingThrows().substr(0, row.failure.size()), row.failure);
     EXPECT_EQ(session().socket(), -1);
     EXPECT_TRUE(peer().finished());
@@ -151,19 +301,37 @@ TEST_F(SessionCoreTest, TheSecondFailureIsTheCallers) {
 
 TEST_F(SessionCoreTest, WhatIsSentOnceIsNotSentAgain) {
   exchange();
-  ASSERT_TRUE(peer().restart().finished());  // the connection is lost before the next request
+  peer().expect(request(1)).hangUp();
   EXPECT_EQ(stopThrows().substr(0, kBroken.size()), kBroken);
   EXPECT_EQ(session().socket(), -1);
-  exchange();
-  ASSERT_TRUE(peer().restart().finished());
-  exchange();
+  ASSERT_TRUE(peer().finished());
+
+  // What may be sent twice goes over a second connection, and the first is closed.
+  peer().accept().expect(ping).send("x").expectClosed().accept().expect(ping).send(pong);
+  session().ping();
   EXPECT_TRUE(hasLogged("Retried brondalt request succeeds"));
 
   // Whole replies leave the connection as it is.
-  peer().expect(request(1)).send(reply(2)).expect(request(1)).send("x");
+  peer().expect(request(1)).send(reply(2)).expect(request(1)).send("x").expect(request(1)).send("");
   EXPECT_EQ(stopThrows(), kBadData);
   EXPECT_NE(stopThrows().find("garbled"), std::string::npos);
+  EXPECT_NE(stopThrows().find("read 0 bytes"), std::string::npos);
   exchange();
+  EXPECT_TRUE(peer().finished());
+}
+
+// The rest of the reply may still come: it must not be taken for the next answer.
+TEST_F(SessionCoreTest, AReplyThatIsTooLongLeavesItsConnection) {
+  configure("lrpc.message.maxsize: 2\n");
+  const std::string tooLong = "IOException 12 read 2097153 bytes from IPC: Cannot allocate memory";
+  peer().expect(request(1)).sendRaw(hex("01002000"));
+  EXPECT_EQ(stopThrows(), tooLong);
+  const std::string longest(2 << 20, '\0');
+  peer().expectClosed().accept().expect(request(1)).send(pong + longest.substr(pong.size()));
+  EXPECT_EQ(stopThrows(), "nothing");
+  configure("lrpc.message.maxsize: -1\n");
+  peer().expect(request(1)).send(pong + longest.substr(pong.size() + (1 << 20)));
+  EXPECT_EQ(stopThrows(), "nothing") << "a megabyte is always taken";
   EXPECT_TRUE(peer().finished());
 }
 
@@ -177,8 +345,8 @@ TEST_F(SessionCoreTest, ALateReplyIsNoAnswerToTheNextRequest) {
   EXPECT_EQ(stopThrows(), "TimeoutException 0 RecvWait out");
   EXPECT_NE(session().socket(), -1);
   EXPECT_TRUE(peer().send(pong).finished());
-  configure("lrpc.timeout: 1\n");
-  peer().accept().expect(request(1)).send(reply(2));
+  configure("lrpc.timeout: 60\n");
+  peer().expectClosed().accept().expect(request(1)).send(reply(2));
   EXPECT_EQ(stopThrows(), kBadData);
   EXPECT_TRUE(peer().finished());
 }
@@ -224,6 +392,12 @@ TEST_F(SessionCoreTest, EachNewConnectionIsAuthenticatedBeforeItIsUsed) {
   EXPECT_EQ(pingThrows(), "SystemException 0 client failed to provide correct credentials");
   EXPECT_TRUE(hasLogged("process authentication request failed: client failed to"));
   EXPECT_FALSE(session().processAuthenticated());
+  EXPECT_TRUE(peer().finished());
+  exchange();  // over the same connection, which stays open
+
+  session().dropConnection();
+  peer().accept().expect(authenticate).sendRaw(framed(answer(0)) + framed(pong)).expectClosed();
+  EXPECT_EQ(pingThrows(), kBroken + " 0 brondalt sent more than the reply to an authentication");
   EXPECT_TRUE(peer().finished());
 }
 

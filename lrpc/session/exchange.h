@@ -1,0 +1,48 @@
+/// How the operations of a session are carried out. Internal.
+#pragma once
+
+#include <fokrazo/ipcmessage.h>
+#include <fokrazo/session.h>
+#include "lrpc/session/session_hold.h"
+
+namespace vesk {
+
+/// One operation: its request, and then its reply.
+///
+///   Exchange exchange(*this, IPC_OP_RENEW_CREDENTIALS, user);
+///   const ValidationResult result = exchange.ask();
+///   if (result == VR_SUCCESS) count = exchange.reply.getInt();
+///
+/// It keeps the session to the calling thread, so that the status fields stay those of its reply. Fields are
+/// written straight into the message: no copy of a secret is made.
+class Exchange {
+ public:
+  template <class... Fields>
+  Exchange(LocalRpcSession& session, IPC_OPCODE opcode, Fields&&... fields)
+      : request(opcode), m_hold(session), m_session(session) {
+    static_cast<void>((request += ... += fields));
+  }
+
+  /// Sends the request and returns the result in the status block of the reply, which is then at its first
+  /// field after that block. If the exchange fails, the request is sent once more.
+  /// @throws what LocalRpcSession::executeWithRetry throws
+  ValidationResult ask() {
+    m_session.executeWithRetry(request, reply, true);
+    return m_session.updateVRErrInfo(reply);
+  }
+  /// The same for a request that must not be carried out twice.
+  /// @throws what LocalRpcSession::execute throws
+  ValidationResult askOnce() {
+    m_session.execute(request, reply, true);
+    return m_session.updateVRErrInfo(reply);
+  }
+
+  IPCRequest request;
+  IPCReply reply;
+
+ private:
+  SessionHold m_hold;
+  LocalRpcSession& m_session;
+};
+
+}  // namespace vesk

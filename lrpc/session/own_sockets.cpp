@@ -1,0 +1,63 @@
+#include "lrpc/session/own_sockets.h"
+
+#include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+
+namespace vesk {
+namespace ownsockets {
+
+namespace {
+
+std::atomic<ino_t> gInodes[kHighest + 1];  // by descriptor; 0 for one that is no session's
+std::atomic<int> gEnd{0};                  // no descriptor from here on has ever been marked
+std::atomic<unsigned long> gForkGeneration{0};
+
+// In the child, where only calls that are safe in a signal handler may be made.
+void closeCopies() {
+  const int error = errno;
+  gForkGeneration.fetch_add(1, std::memory_order_relaxed);
+  for (int fd = 0; fd < gEnd.load(std::memory_order_relaxed); ++fd) {
+    const ino_t inode = gInodes[fd].exchange(0, std::memory_order_relaxed);
+    if (inode != 0 && isStill(fd, inode)) close(fd);
+  }
+  errno = error;
+}
+
+// While the library is loaded: a later moment could coincide with a fork by another thread, whose child would
+// then have it half done.
+__attribute__((constructor)) void watchForks() {
+  pthread_atfork(nullptr, nullptr, closeCopies);
+}
+
+}  // namespace
+
+void add(int fd, ino_t inode) {
+  if (fd > kHighest) return;
+  gInodes[fd].store(inode, std::memory_order_relaxed);
+  int end = gEnd.load(std::memory_order_relaxed);
+  while (end <= fd && !gEnd.compare_exchange_weak(end, fd + 1, std::memory_order_relaxed)) {
+  }
+}
+
+// By now another thread may have marked the same number for a socket of its own.
+void remove(int fd, ino_t inode) {
+  if (fd <= kHighest) gInodes[fd].compare_exchange_strong(inode, 0, std::memory_order_relaxed);
+}
+
+bool isStill(int fd, ino_t inode, ino_t* found) {
+  struct stat status;
+  const ino_t now = fstat(fd, &status) == 0 ? status.st_ino : 0;
+  if (found) *found = now;
+  return now != 0 && now == inode && S_ISSOCK(status.st_mode);
+}
+
+unsigned long forkGeneration() {
+  return gForkGeneration.load(std::memory_order_relaxed);
+}
+
+}  // namespace ownsockets
+}  // namespace vesk
