@@ -1,0 +1,106 @@
+#include "daemon/listening_socket.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/standin_process.h"
+
+namespace brondalt {
+namespace {
+
+int connectTo(const std::string& path) {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  const Descriptor fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  return connect(fd.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
+}
+
+class ListeningSocketTest : public testing::Test {
+ protected:
+  bool exists(const std::string& name) const { return std::filesystem::exists(m_scratch.path(name)); }
+  std::string open() {
+    try {
+      m_socket.emplace(m_path);
+      return "open";
+    } catch (const Error& error) {
+      return error.what();
+    }
+  }
+  /// A socket file at which nobody listens.
+  void leaveSocket(const std::string& name) {
+    {
+      ListeningSocket gone(m_scratch.path("gone"));
+      std::filesystem::create_hard_link(m_scratch.path("gone"), m_scratch.path(name));
+    }
+    ASSERT_EQ(connectTo(m_scratch.path(name)), ECONNREFUSED);
+  }
+
+  ScratchDirectory m_scratch;
+  const std::string m_path = m_scratch.path("daemon");
+  std::optional<ListeningSocket> m_socket;
+};
+
+TEST_F(ListeningSocketTest, IsForEverybodyAndForNoChild) {
+  const mode_t before = umask(0077);
+  EXPECT_EQ(open(), "open");
+  umask(before);
+  struct stat file = {};
+  EXPECT_EQ(stat(m_path.c_str(), &file), 0);
+  EXPECT_EQ(file.st_mode, S_IFSOCK | 0666u);
+  EXPECT_EQ(fcntl(m_socket->fd(), F_GETFD), FD_CLOEXEC);
+  EXPECT_TRUE(fcntl(m_socket->fd(), F_GETFL) & O_NONBLOCK);
+  EXPECT_FALSE(exists("daemon.new"));
+}
+
+TEST_F(ListeningSocketTest, TakesThePlaceOfALeftoverAndOfNothingElse) {
+  leaveSocket("daemon");
+  leaveSocket("daemon.new");
+  EXPECT_EQ(open(), "open");
+  EXPECT_EQ(connectTo(m_path), 0);
+  const std::string inUse = m_path + ": Address already in use";
+  EXPECT_THROW(ListeningSocket{m_path}, Error);
+  EXPECT_EQ(connectTo(m_path), 0) << "a daemon that could not start has taken the socket of another one";
+  m_socket.reset();
+  EXPECT_FALSE(exists("daemon"));
+
+  std::ofstream(m_path) << "kept";
+  EXPECT_EQ(open(), inUse);
+  EXPECT_EQ(std::filesystem::file_size(m_path), 4u);
+  std::filesystem::remove(m_path);
+  std::filesystem::create_symlink("nowhere", m_path);
+  EXPECT_EQ(open(), inUse);
+}
+
+TEST_F(ListeningSocketTest, IsReplacedAndRemovesOnlyItsOwnFile) {
+  EXPECT_EQ(open(), "open");
+  const int first = m_socket->fd();
+  m_socket->replace();
+  EXPECT_NE(m_socket->fd(), first);
+  EXPECT_EQ(connectTo(m_path), 0);
+  std::filesystem::create_directory(m_scratch.path("daemon.new"));  // nothing can be made there
+  EXPECT_THROW(m_socket->replace(), Error);
+  EXPECT_EQ(connectTo(m_path), 0);
+
+  std::filesystem::remove(m_path);
+  std::ofstream(m_path) << "of another program";
+  m_socket->close();
+  EXPECT_TRUE(exists("daemon"));
+}
+
+TEST_F(ListeningSocketTest, HasAPathThatFits) {
+  const auto create = [&](size_t size) { ListeningSocket socket("/tmp/" + std::string(size - 5, 'x')); };
+  EXPECT_NO_THROW(create(ListeningSocket::kLongestPath));
+  EXPECT_THROW(create(ListeningSocket::kLongestPath + 1), Error);
+  EXPECT_THROW(ListeningSocket(""), Error);
+}
+
+}  // namespace
+}  // namespace brondalt

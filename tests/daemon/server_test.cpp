@@ -1,0 +1,344 @@
+// A server on a loop in a thread of its own, with a back end that answers as the tests say, and clients that
+// write down their bytes.
+
+#include "daemon/server.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <atomic>
+#include <filesystem>
+#include <future>
+#include <optional>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <fokrazo/adserializer.h>
+#include "tests/support/standin_process.h"
+#include "tests/support/wire.h"
+
+namespace {
+
+std::atomic<int> acceptCalls{0};
+std::atomic<bool> noDescriptors{false};
+
+}  // namespace
+
+extern "C" int __real_accept4(int fd, sockaddr* address, socklen_t* length, int flags);
+extern "C" int __wrap_accept4(int fd, sockaddr* address, socklen_t* length, int flags) {
+  ++acceptCalls;
+  if (!noDescriptors) return __real_accept4(fd, address, length, flags);
+  errno = EMFILE;
+  return -1;
+}
+
+namespace brondalt {
+namespace {
+
+using namespace testsupport;
+
+constexpr int kPatienceMs = 100 * 1000;        // bounds a hang; no test depends on it
+const std::string kPong = framed(request(0));  // the reply is the same bytes
+
+Object objectOf(size_t size) {
+  vesk::ADObject object("CN=x");
+  object["description"].addVal(std::string(size, 'x'), false, false);
+  return vesk::ADSerializer::serialize(object);
+}
+
+/// One and the same, because an object says when it was made.
+Object object() {
+  static const Object made = objectOf(1);
+  return made;
+}
+
+class PagesOfNothing : public Search {
+ public:
+  explicit PagesOfNothing(std::vector<size_t>& limits) : m_limits(limits) {}
+  void next(size_t limit, Done<Objects> done) override {
+    m_limits.push_back(limit);
+    done(limit == 1 ? Objects() : Objects(1, object()));
+  }
+
+ private:
+  std::vector<size_t>& m_limits;
+};
+
+/// Answers a lookup as its name says.
+class ScriptedBackend : public Backend {
+ public:
+  Health health() const override { return {vesk::VR_DISCONNECTED_MODE, 7, 8, "offline"}; }
+
+  void find(const Caller&, const Selection&, const LookupKey& key, Done<Object> done) override {
+    const std::string& name = std::get<std::string>(key);
+    if (name == "throw") throw std::runtime_error("fault");
+    if (name == "drop") return;
+    if (name == "away") return done(Status::away("no server"));
+    if (name == "twice") done(object());
+    if (name == "later") return later.push_back(std::move(done));
+    if (name == "large") return done(large);
+    done(object());
+  }
+  void openSearch(const Caller&, const SearchQuery&, Done<std::unique_ptr<Search>> done) override {
+    done(std::unique_ptr<Search>(std::make_unique<PagesOfNothing>(limits)));
+  }
+
+  const Object large = objectOf(8 << 20);  // more than a socket takes
+  std::vector<Done<Object>> later;
+  std::vector<size_t> limits;
+};
+
+std::string lookup(const std::string& name) {
+  return framed(request(11, integer(0) + integer(2) + integer(0) + integer(0) + integer(0) + octets(name)));
+}
+
+/// A reply of the scripted back end: the status, its health, and what follows.
+std::string answered(int result, const std::string& message, const std::string& rest = "", int opcode = 11) {
+  const std::string health = integer(19) + integer(7) + integer(8) + octets("offline");
+  std::string bytes = request(opcode, integer(result) + integer(0) + integer(0) + octets(message) + health);
+  return framed(bytes + rest);
+}
+
+/// The header of a reply without a body.
+std::string refused(int opcode, int result) {
+  std::string bytes = request(opcode);
+  bytes.back() = static_cast<char>(result);
+  return framed(bytes);
+}
+
+class RawClient {
+ public:
+  explicit RawClient(const std::string& path) : m_fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(connect(m_fd.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  }
+
+  RawClient& send(const std::string& bytes) {
+    EXPECT_EQ(::send(m_fd.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(bytes.size()));
+    return *this;
+  }
+  /// So many bytes, or those before the end of the stream.
+  std::string receive(size_t size) {
+    std::string bytes(size, '\0');
+    size_t have = 0;
+    for (pollfd polled = {m_fd.get(), POLLIN, 0}; have < size && poll(&polled, 1, kPatienceMs) > 0;) {
+      const ssize_t count = recv(m_fd.get(), &bytes[have], size - have, 0);
+      if (count <= 0) break;
+      have += static_cast<size_t>(count);
+    }
+    bytes.resize(have);
+    return bytes;
+  }
+  std::string ask(const std::string& bytes, const std::string& expected) {
+    return send(bytes).receive(expected.size());
+  }
+  bool isEnded() { return receive(1).empty(); }
+  bool isQuiet() const {
+    pollfd polled = {m_fd.get(), POLLIN, 0};
+    return poll(&polled, 1, 0) == 0;
+  }
+
+ private:
+  Descriptor m_fd;
+};
+
+class ServerTest : public testing::Test {
+ protected:
+  ~ServerTest() override {
+    noDescriptors = false;
+    if (!m_thread.joinable()) return;
+    m_loop.post([this] { m_loop.stop(); });
+    m_thread.join();
+  }
+
+  void start(const Limits& limits = {}) {
+    m_server.emplace(m_loop, m_socket, m_service, m_traffic, limits);
+    m_thread = std::thread([this] { m_loop.run(); });
+  }
+  /// Runs a task on the loop and waits for it.
+  void onLoop(const std::function<void()>& task) {
+    std::promise<void> done;
+    m_loop.post([&] {
+      task();
+      done.set_value();
+    });
+    done.get_future().wait();
+  }
+  void answerLater() {
+    onLoop([this] {
+      for (const Done<Object>& done : m_backend.later) done(object());
+      m_backend.later.clear();
+    });
+  }
+  RawClient client() const { return RawClient(m_path); }
+
+  ScratchDirectory m_scratch;
+  const std::string m_path = m_scratch.path("daemon");
+  const std::string m_ping = framed(request(0));
+  const std::string m_found = answered(0, "", octets({object()->data(), object()->size()}));
+  Statistics m_statistics;
+  ScriptedBackend m_backend;
+  Service m_service{m_backend, m_statistics};
+  Traffic m_traffic;
+  ListeningSocket m_socket{m_path};
+  EventLoop m_loop;
+  std::optional<Server> m_server;
+  std::thread m_thread;
+};
+
+TEST_F(ServerTest, EveryAnswerOfTheBackEndReachesTheClient) {
+  start();
+  const struct {
+    const char* what;
+    std::string request, reply;
+  } kRows[] = {
+      {"success", lookup("now"), m_found},
+      {"away", lookup("away"), answered(16, "no server")},
+      {"a completion called twice counts once", lookup("twice") + m_ping, m_found + kPong},
+      {"a completion that is dropped", lookup("drop"), refused(11, 1)},
+      {"an exception", lookup("throw"), refused(11, 1)},
+      {"not supported", framed(request(20, octets("host/x"))),
+       answered(9, "This daemon does not support the operation", "", 20)},
+      {"not supported, with an exception", framed(request(39, octets("x"))),
+       answered(9, "This daemon does not support the operation",
+                integer(1) + octets("This daemon does not support the operation"), 39)},
+      {"a listing that cannot be opened", framed(request(13, integer(0) + integer(0) + integer(0))),
+       answered(9, "This daemon does not support the operation", "", 13)},
+      {"an unknown opcode", framed(request(48)), refused(48, 2)},
+      {"a field that is missing", framed(request(20)), refused(20, 2)},
+  };
+  RawClient client = this->client();
+  for (const auto& row : kRows) EXPECT_EQ(client.ask(row.request, row.reply), row.reply) << row.what;
+  EXPECT_TRUE(client.send(framed("no message at all")).isEnded());
+}
+
+TEST_F(ServerTest, ALateAnswerHoldsUpNobodyElseAndKeepsItsPlace) {
+  start();
+  RawClient patient = client(), gone = client(), other = client();
+  patient.send(lookup("later") + m_ping);
+  gone.send(lookup("later"));
+  while (true) {
+    size_t asked = 0;
+    EXPECT_EQ(other.ask(lookup("now"), m_found), m_found);
+    onLoop([&] { asked = m_backend.later.size(); });
+    if (asked == 2) break;
+  }
+  EXPECT_TRUE(patient.isQuiet());
+  { const RawClient end = std::move(gone); }
+  answerLater();
+  EXPECT_EQ(patient.receive((m_found + kPong).size()), m_found + kPong);
+  EXPECT_EQ(other.ask(m_ping, kPong), kPong);
+}
+
+TEST_F(ServerTest, ClientsThatMakeNoProgressAreLeftAndOthersStay) {
+  Limits limits;
+  limits.step = std::chrono::milliseconds(20);
+  start(limits);
+  RawClient idle = client(), half = client(), deaf = client(), waiting = client();
+  EXPECT_EQ(idle.ask(m_ping, kPong), kPong);
+  deaf.send(lookup("large"));
+  half.send(m_ping.substr(0, 5));
+  const std::string away = answered(16, "The directory does not answer");
+  EXPECT_EQ(waiting.ask(lookup("later"), away), away);
+  EXPECT_TRUE(half.isEnded());
+  onLoop([] {});
+  answerLater();
+  EXPECT_EQ(waiting.ask(m_ping, kPong), kPong) << "a late answer after one in its place";
+  EXPECT_EQ(idle.ask(m_ping, kPong), kPong);
+}
+
+TEST_F(ServerTest, ARequestHasItsLargestSize) {
+  Limits limits;
+  limits.frameBytes = 1000;
+  start(limits);
+  const auto padded = [](size_t size) {
+    return framed(request(20, octets(std::string(size - request(20).size() - 4, 'x'))));
+  };
+  const std::string reply = answered(9, "This daemon does not support the operation", "", 20);
+  ASSERT_EQ(padded(1000).size(), 1004u);
+  EXPECT_EQ(client().ask(padded(1000), reply), reply);
+  EXPECT_TRUE(client().send(padded(1001)).isEnded());
+  EXPECT_TRUE(client().send(std::string(4, '\0')).isEnded());
+  EXPECT_TRUE(client().send(word(UINT32_MAX)).isEnded());
+}
+
+TEST_F(ServerTest, AClientHasSoManySearchesOpenAndPagesOfAUsualSize) {
+  start();
+  const auto open = [](int pageSize) {
+    return framed(request(22, octets("") + octets("") + octets("") + sequence("") + integer(2) +
+                                  integer(pageSize) + integer(0)));
+  };
+  const auto page = [](int handle) { return framed(request(23, integer(handle))); };
+  const std::string unknown =
+      answered(33, "No such paged search", integer(1) + octets("No such paged search"), 23);
+  const std::string one = answered(0, "", integer(1) + octets({object()->data(), object()->size()}), 23);
+  const std::string none = answered(0, "", integer(0), 23);
+  RawClient client = this->client();
+  for (int handle = 1; handle <= 65; ++handle) {
+    const std::string opened = answered(0, "", integer(handle), 22);
+    EXPECT_EQ(client.ask(open(handle == 65 ? 1 : handle == 64 ? 0 : 500), opened), opened);
+  }
+  EXPECT_EQ(client.ask(page(1), unknown), unknown) << "the oldest of 65 is still open";
+  EXPECT_EQ(client.ask(page(2), one), one);
+  EXPECT_EQ(client.ask(page(64), one), one);
+  EXPECT_EQ(client.ask(page(65), none), none);
+  EXPECT_EQ(client.ask(page(65), unknown), unknown) << "a search is closed after its last page";
+  EXPECT_EQ(this->client().ask(page(64), unknown), unknown) << "the search of another client";
+  EXPECT_EQ(m_backend.limits, (std::vector<size_t>{500, 100, 1}));
+}
+
+// Each ping is a round of the loop, in which a waiting client that is looked at would cost a call.
+TEST_F(ServerTest, AcceptingPausesWhileThereAreNoDescriptors) {
+  constexpr int kRounds = 500;
+  start();
+  RawClient first = client();
+  EXPECT_EQ(first.ask(m_ping, kPong), kPong);
+  noDescriptors = true;
+  RawClient waiting = client();
+  waiting.send(m_ping);
+  const int before = acceptCalls;
+  for (int i = 0; i < kRounds; ++i) ASSERT_EQ(first.ask(m_ping, kPong), kPong);
+  EXPECT_LT(acceptCalls - before, kRounds / 2);
+  EXPECT_GT(acceptCalls - before, 0);
+  EXPECT_TRUE(waiting.isQuiet());
+  noDescriptors = false;
+  { const RawClient freesDescriptor = std::move(first); }
+  EXPECT_EQ(waiting.receive(kPong.size()), kPong);
+}
+
+TEST_F(ServerTest, ARestartEndsEveryConnectionAndIsCounted) {
+  start();
+  RawClient idle = client(), waiting = client();
+  EXPECT_EQ(idle.ask(m_ping, kPong), kPong);
+  waiting.send(lookup("later"));
+  for (size_t asked = 0; asked == 0;) onLoop([&] { asked = m_backend.later.size(); });
+  onLoop([this] { m_server->restart(); });
+  EXPECT_TRUE(idle.isEnded() && waiting.isEnded());
+  answerLater();  // nobody waits for it any more
+  EXPECT_EQ(client().ask(m_ping, kPong), kPong);
+  EXPECT_EQ(m_statistics.restarts, 1u);
+}
+
+TEST_F(ServerTest, StopDeliversRepliesThatAreUnderWayFirst) {
+  start();
+  RawClient reader = client(), administrator = client();
+  reader.send(lookup("large"));
+  const std::string large = answered(0, "", octets({m_backend.large->data(), m_backend.large->size()}));
+  const std::string first = reader.receive(100);
+  EXPECT_EQ(administrator.ask(framed(request(1)), refused(1, 0)), refused(1, 0));
+  EXPECT_TRUE(first + reader.receive(large.size() - first.size()) == large);
+  m_thread.join();
+  m_server.reset();
+  EXPECT_FALSE(std::filesystem::exists(m_path));
+  EXPECT_TRUE(reader.isEnded() && administrator.isEnded());
+}
+
+}  // namespace
+}  // namespace brondalt
