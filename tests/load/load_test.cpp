@@ -1,6 +1,6 @@
 // Many clients at once, each with its session, while the daemon is restarted, away, slow and wrong by turns:
-// every answer is right, every failure is reported, and nothing piles up. A round takes some seconds; the
-// environment variable FOKRAZO_LOAD_ROUNDS asks for more of them.
+// every answer is right, every failure is reported, and nothing piles up. One round takes some seconds; the
+// environment variable FOKRAZO_LOAD_ROUNDS sets how many there are.
 
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -15,12 +15,14 @@
 #include <new>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
+#include <fokrazo/error_util.h>
 #include <fokrazo/session.h>
 #include <fokrazo/thread.h>
-#include "tests/support/standin_process.h"
 #include "tests/support/operations.h"
+#include "tests/support/standin_process.h"
 #include "tests/support/world_test.h"
 #include "util/thread/pause.h"
 
@@ -36,18 +38,23 @@ constexpr unsigned kProcesses = kSanitized ? 16 : 64;
 constexpr unsigned kThreads = kSanitized ? 16 : 64;
 constexpr long kAnswersOfPhase = kSanitized ? 500 : 3000;
 constexpr const char* kHugeReply = kSanitized ? "short%131" : "huge%131";
-constexpr long kPauseAfterFailure = 2;  // milliseconds
-constexpr long kMayGrow = 8 * 1024;     // KiB a process
+constexpr long kPauseAfterFailure = 2;        // milliseconds
+constexpr long kMayGrow = 8 * 1024;           // KiB for each process
+constexpr unsigned long kRestartEvery = 500;  // requests
+constexpr unsigned long kSignals = 20;
 
-// What the daemon does, one after the other.
-const std::vector<std::string> kPhases[] = {
-    {},
-    {"--fault", "restart%500"},
+// How the daemon misbehaves, one phase after the other.
+const std::vector<std::string> kFaults[] = {
     {"--fault", "drop%61", "--fault", "lose%47"},
     {"--fault", "garbage%41", "--fault", "empty%53"},
     {"--fault", "short%37", "--fault", "cut%43", "--fault", kHugeReply},
     {"--fault", "trickle%40", "--fault", "refuse%29"},
     {"--fault", "stall%300"},
+};
+
+// Counted by the daemon itself.
+struct DaemonState {
+  unsigned long requests, restarts;
 };
 
 // Shared by all processes.
@@ -118,11 +125,69 @@ class LoadTest : public WorldTest {
     _exit(isFlat ? 0 : 1);
   }
 
-  // Waits until the number has grown by so much.
-  void await(long growth, const std::atomic<long>& count) {
-    const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(100);
-    for (const long end = count + growth; count < end; pause::forMilliseconds(5))
-      if (std::chrono::steady_clock::now() > patience) FAIL() << "the clients come to a halt";
+  // Waits until `isReached`. Fails only if the clients get no answer at all for a long time.
+  template <class Condition>
+  void await(Condition isReached) {
+    using Clock = std::chrono::steady_clock;
+    const auto patience = std::chrono::seconds(100);
+    long moves = -1;
+    for (auto end = Clock::now() + patience; !isReached(); pause::forMilliseconds(5)) {
+      const long now = m_totals->right + m_totals->failures;
+      if (now != std::exchange(moves, now)) end = Clock::now() + patience;
+      ASSERT_LT(Clock::now(), end) << "the clients come to a halt";
+    }
+  }
+  void awaitGrowth(const std::atomic<long>& count, long growth) {
+    await([&count, end = count + growth] { return count >= end; });
+  }
+
+  // Asks until the daemon answers.
+  DaemonState state() {
+    LocalRpcSession session(m_standin->socket(), false, false);
+    std::string text;
+    await([&] {
+      try {
+        text = session.getSystemInfo(0);
+      } catch (const VESKException&) {
+        return false;
+      }
+      return true;
+    });
+    const auto number = [&](const std::string& title) {
+      const size_t start = text.find("\n" + title + ": ");
+      return start == std::string::npos ? 0 : std::stoul(text.substr(start + title.size() + 3));
+    };
+    return {number("requests"), number("restarts")};
+  }
+
+  // The daemon restarts at every so many requests. Those that it meets with a restart are not carried out.
+  void restartByRequests() {
+    m_standin->restart({"--fault", "restart%" + std::to_string(kRestartEvery)});
+    awaitGrowth(m_totals->right, kAnswersOfPhase);
+    const DaemonState now = state();
+    EXPECT_GT(now.restarts, 0u);
+    EXPECT_EQ(now.restarts, (now.requests + now.restarts) / kRestartEvery);
+  }
+
+  // Each signal reaches the daemon at its work, and makes it restart once.
+  void restartBySignals() {
+    m_standin->restart({});
+    for (unsigned long sent = 1; sent <= kSignals; ++sent) {
+      awaitGrowth(m_totals->right, kAnswersOfPhase / static_cast<long>(kSignals));
+      m_standin->signal(SIGHUP);
+      await([&] { return state().restarts >= sent; });
+      EXPECT_EQ(state().restarts, sent);
+    }
+  }
+
+  // Under each kind of misbehaviour clients get answers; they fail while there is no daemon.
+  void misbehave() {
+    for (const auto& arguments : kFaults) {
+      m_standin->restart(arguments);
+      awaitGrowth(m_totals->right, kAnswersOfPhase);
+      m_standin->kill();
+      awaitGrowth(m_totals->failures, kProcesses);
+    }
   }
 
   Totals* m_totals = nullptr;
@@ -135,13 +200,11 @@ TEST_F(LoadTest, EveryAnswerIsRightWhateverTheDaemonDoes) {
   fflush(nullptr);
   for (unsigned i = 0; i < kProcesses; ++i) inProcess([this, i] { ask(i); });
   inProcess([this] { askInThreads(); });
-  for (int left = wanted ? atoi(wanted) : 1; left > 0; --left)
-    for (const auto& arguments : kPhases) {
-      m_standin->restart(arguments);
-      await(kAnswersOfPhase, m_totals->right);
-      m_standin->kill();
-      await(kProcesses, m_totals->failures);
-    }
+  for (int left = wanted ? atoi(wanted) : 1; left > 0 && !HasFailure(); --left) {
+    restartByRequests();
+    restartBySignals();
+    misbehave();
+  }
   m_standin->restart({});
   m_totals->over = true;
   for (const pid_t child : m_children) {
