@@ -16,7 +16,7 @@ ExitStatus auth(Invocation& invocation) {
   SecretSource secrets(invocation.arguments);
   const std::string user = invocation.arguments.operand("a user");
   invocation.arguments.done();
-  LocalRpcSession& session = invocation.daemon.session();
+  LocalRpcSession& session = invocation.daemon.sessionForSecrets();
   const Shredder password = secrets.read("Password: ");
   return report(invocation.output, session, session.validatePlainTextUser(user, password, false));
 }
@@ -27,7 +27,7 @@ ExitStatus passwd(Invocation& invocation) {
   const bool reset = invocation.arguments.option("--admin", admin);
   const std::string user = invocation.arguments.operand("a user");
   invocation.arguments.done();
-  LocalRpcSession& session = invocation.daemon.session();
+  LocalRpcSession& session = invocation.daemon.sessionForSecrets();
   const Shredder current = secrets.read(reset ? "Administrator's password: " : "Current password: ");
   const Shredder wanted = secrets.read("New password: ");
   const int result = reset ? session.setPassword(user, wanted, admin, current)

@@ -16,15 +16,22 @@ namespace cli {
 /// The one session of a run, connected when a command first asks for it.
 class Daemon {
  public:
-  explicit Daemon(std::string socketPath);
+  /// With `peer`, the daemon must run as that user.
+  Daemon(std::string socketPath, std::optional<uid_t> peer);
   ~Daemon();
 
   /// A connected session. @throws NoDaemonError
   vesk::LocalRpcSession& session();
+  /// A connected session for a request with a password: the daemon must run as root if the constructor was
+  /// given no user. @throws NoDaemonError
+  vesk::LocalRpcSession& sessionForSecrets();
   const std::string& socketPath() const { return m_socketPath; }
 
  private:
+  vesk::LocalRpcSession& connect(std::optional<uid_t> peer);
+
   std::string m_socketPath;
+  std::optional<uid_t> m_peer;
   boost::scoped_ptr<vesk::LocalRpcSession> m_session;
 };
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <optional>
 
 #include <fokrazo/error_util.h>
 #include <fokrazo/fixed_paths.h>
@@ -33,10 +34,11 @@ const Command* findCommand(const std::string& name) {
 
 void printHelp() {
   printf(
-      "usage: fokrazo [--socket PATH] [--json] [--timeout S] COMMAND …\n\n"
+      "usage: fokrazo [--socket PATH] [--json] [--timeout S] [--peer-uid UID] COMMAND …\n\n"
       "  --socket PATH  the daemon's socket (default %s)\n"
       "  --json         print one JSON object per line\n"
-      "  --timeout S    wait at most S seconds for the daemon in each step\n",
+      "  --timeout S    wait at most S seconds for the daemon in each step\n"
+      "  --peer-uid UID talk only to a daemon that runs as this user (default for passwords: 0)\n",
       vesk::paths::kDaemonSocket);
   for (const Family& family : families()) {
     printf("\n%s:\n", family.title);
@@ -58,12 +60,20 @@ struct Settings {
   std::string socketPath = vesk::paths::kDaemonSocket;
   std::string timeout;
   bool hasTimeout = false;
+  std::optional<uid_t> peer;
   bool json = false;
   bool help = false;
 };
 
+uid_t readUid(const std::string& text) {
+  unsigned uid = 0;
+  if (!readNumber(text, uid)) throw UsageError("option --peer-uid needs a user's number, not '" + text + "'");
+  return uid;
+}
+
 Settings takeSettings(Arguments& arguments) {
   Settings settings;
+  std::string uid;
   for (;;) {
     if (arguments.leadingFlag("--json"))
       settings.json = true;
@@ -71,6 +81,8 @@ Settings takeSettings(Arguments& arguments) {
       settings.help = true;
     else if (arguments.leadingOption("--timeout", settings.timeout))
       settings.hasTimeout = true;
+    else if (arguments.leadingOption("--peer-uid", uid))
+      settings.peer = readUid(uid);
     else if (!arguments.leadingOption("--socket", settings.socketPath))
       return settings;
   }
@@ -109,7 +121,7 @@ ExitStatus runCommand(int argc, char** argv) {
   refuseLongPath(settings.socketPath);
   if (settings.hasTimeout) applyTimeout(settings.timeout);
   Output output(settings.json);
-  Daemon daemon(settings.socketPath);
+  Daemon daemon(settings.socketPath, settings.peer);
   Invocation invocation{arguments, output, daemon, settings.hasTimeout};
   return command->run(invocation);
 }

@@ -1,10 +1,9 @@
-/// What the two modules of these folders have in common: a session that tells "not found" from every other
-/// failure, and the frame in which a module's task runs so that nothing comes out of it but an answer.
+/// What the two modules share: a session that distinguishes "not found" from every other failure, and a frame
+/// for a module's task that turns every exception into an answer.
 #pragma once
 
 #include <fokrazo.h>
 
-#include <fcntl.h>
 #include <pthread.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -14,10 +13,10 @@
 
 namespace example {
 
-/// The one socket that modules speak to. They run inside logins, so they take no path from anywhere else.
+/// The one socket that modules use. They run inside logins, so they accept a path from nowhere else.
 constexpr char kSocket[] = "/var/velmora/daemon";
 
-/// Thrown where a task has its answer and it is not success.
+/// Ends a task with an answer that is not success.
 struct Failure {
   vesk::Answer answer;
 };
@@ -30,25 +29,25 @@ inline void succeedOrFail(vesk::ValidationResult result) {
   if (result != vesk::VR_SUCCESS) fail(result);
 }
 
-/// A session of the modules.
+/// A session of the modules, which talks only to a daemon of root.
 /// Thread-safety and fork: as LocalRpcSession.
 class ModuleSession {
  public:
-  /// Runs `task` with the connected session and returns what it returns, unless the peer was or has become
-  /// somebody who is not to be believed.
-  /// @throws Failure, and what the session throws
+  ModuleSession() { m_session.setTrustedPeer(0); }
+
+  /// Runs `task` with the connected session and returns what it returns.
+  /// @throws Failure this very process is the daemon
+  /// @throws what the session throws
   template <class Task>
   auto with(Task task) {
     m_session.reConnect(false);
-    checkPeer();
-    auto result = task(m_session);
-    checkPeer();  // the session may have made a new connection
-    return result;
+    refuseOwnProcess();
+    return task(m_session);
   }
 
   /// Looks up one object. LocalRpcSession's own lookups report some failures of the daemon as "not found",
-  /// and a file's owner or a login must not depend on that: so this sends their request itself and has a look
-  /// at the result. `flags` are those of LocalRpcSession's lookups.
+  /// and a file's owner or a login must not depend on that. So this sends the request itself and examines the
+  /// result. `flags` are those of LocalRpcSession's lookups.
   /// @throws Failure there is no such object, or the daemon cannot say
   template <class Key>
   vesk::ADObject find(vesk::DSObjectType type, vesk::KeyKind kind, const Key& key, int flags) {
@@ -58,8 +57,8 @@ class ModuleSession {
     return objectOf(reply);
   }
 
-  /// Start a listing and advance it. A connection that is lost meanwhile ends it.
-  /// @throws Failure refused; at its end, "not found"
+  /// Start a listing and advance it. If the connection is lost, the listing ends.
+  /// @throws Failure refused; at the end, "not found"
   void startListing(vesk::DSObjectType type) {
     vesk::IPCRequest request(vesk::IPC_OP_START_LIST);
     for (const int field : {static_cast<int>(type), 0, 0}) request += field;
@@ -71,16 +70,15 @@ class ModuleSession {
     Lookup request(vesk::IPC_OP_GET_OBJECT2, type, vesk::KeyName, std::string(vesk::NEXT_ENTRY),
                    vesk::UNIX_ONLY);
     vesk::IPCReply reply;
-    // Sent twice it would lose an entry.
+    // Sent twice, it would skip an entry.
     const vesk::ValidationResult result = ask(request, reply, &vesk::LocalRpcSession::execute);
     const bool isEnd = result != vesk::VR_SUCCESS && m_session.statusCode() == vesk::END_OF_LIST;
     succeedOrFail(isEnd ? vesk::VR_NO_MORE : result);
     return objectOf(reply);
   }
 
-  /// Whether the daemon is never asked for a name. One has a meaning of its own in a lookup. The other is the
-  /// host's, of which programs ask all sources of groups when root logs in: that must not wait for the
-  /// daemon.
+  /// Whether the daemon is never asked for a name. NEXT_ENTRY has a meaning of its own in a lookup. "root" is
+  /// the host's: programs ask all sources of groups when root logs in, and that must not wait for the daemon.
   static bool isReserved(const std::string& name) { return name == vesk::NEXT_ENTRY || name == "root"; }
 
  private:
@@ -99,7 +97,7 @@ class ModuleSession {
 
   using Carrier = void (vesk::LocalRpcSession::*)(vesk::IPCRequest&, vesk::IPCReply&, bool);
 
-  /// One exchange, and the result that its reply begins with.
+  /// Makes one exchange and returns the result in its reply.
   vesk::ValidationResult ask(vesk::IPCRequest& request, vesk::IPCReply& reply, Carrier carry) {
     return with([&](vesk::LocalRpcSession& session) {
       (session.*carry)(request, reply, false);
@@ -113,22 +111,19 @@ class ModuleSession {
     return object;
   }
 
-  /// Believes root alone, and never waits for this very process, which is the daemon then. Keeps the
-  /// connection from programs that this one starts.
-  void checkPeer() {
+  /// The daemon's own lookups of names come back to it through a module: it would wait for itself.
+  void refuseOwnProcess() {
     ucred peer = {};
     socklen_t size = sizeof peer;
     if (getsockopt(m_session.socket(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 || peer.pid == getpid())
       fail(vesk::VR_DAEMON_NOT_RUNNING);
-    if (peer.uid != 0) fail(vesk::VR_PROCESS_AUTH_FAILED);
-    fcntl(m_session.socket(), F_SETFD, FD_CLOEXEC);
   }
 
   vesk::LocalRpcSession m_session{kSocket, false, false};
 };
 
-/// While this is there, the thread is inside a module and cannot be cancelled: a cancellation is an exception
-/// that must not be caught, and would pass through functions of C.
+/// Marks the thread as inside a module, where it cannot be cancelled: a cancellation is an exception that
+/// must not be caught, and would pass through functions of C.
 class Inside {
  public:
   Inside() {
@@ -142,7 +137,7 @@ class Inside {
   Inside(const Inside&) = delete;
   Inside& operator=(const Inside&) = delete;
 
-  /// Whether this is the thread's only one. Otherwise something that the library called has come back here.
+  /// Whether this is the thread's only mark. If not, something that the library called has called a module.
   bool isFirst() const { return depth() == 1; }
 
  private:
@@ -154,7 +149,7 @@ class Inside {
   int m_cancelState;
 };
 
-/// The answer to what a `catch (...)` has caught.
+/// The answer to the exception being handled.
 inline vesk::Answer currentAnswer() noexcept {
   try {
     throw;
@@ -165,7 +160,7 @@ inline vesk::Answer currentAnswer() noexcept {
   }
 }
 
-/// Runs a module's task. Nothing is thrown, and errno is what it was.
+/// Runs a module's task. Throws nothing and keeps errno.
 template <class Task>
 vesk::Answer answer(Task task) noexcept {
   const Inside inside;

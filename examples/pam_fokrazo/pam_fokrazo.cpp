@@ -77,9 +77,10 @@ Verdict ask(const std::string& user, Question question) {
   return verdict;
 }
 
+// The password goes over a connection of its own, and once: no late reply can be taken for the answer to it.
 Verdict validate(const std::string& user, const Shredder& password) {
   return ask(user, [&](vesk::LocalRpcSession& session, const vesk::User&) {
-    return session.validatePlainTextUser(user, password, false);
+    return session.validatePlainTextUserOnce(user, password, false);
   });
 }
 

@@ -33,3 +33,15 @@ configured() {  # configured TEXT: what doctor says about a configuration file o
 
 cd /var/velmora
 transcript "$source_dir/tests/cli/transcript.txt"
+
+if setpriv --reuid=10060 --clear-groups true 2>/dev/null; then
+  start_impostor "$build_dir" "$source_dir" /var/velmora/daemon 10060
+  status=0
+  said=$(fokrazo auth --password-fd 0 lquispe <<<Paper-boat-42 2>&1) || status=$?
+  [ "$status $said" = "3 fokrazo: no daemon at $PWD/daemon: ipc socket peer has uid 10060 instead of 0" ] || fail "$status $said"
+  fokrazo --peer-uid 10060 auth --password-fd 0 lquispe <<<Paper-boat-42 >/dev/null || fail "a user's own daemon"
+  findings=$(fokrazo doctor) || true
+  [[ $findings == *"find out who that is first"*"a stand-in or an impostor"* ]] || fail "doctor does not see an impostor"
+else
+  echo "an impostor: not tried, only the host's root can play one"
+fi

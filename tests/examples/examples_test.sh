@@ -46,6 +46,14 @@ if chown 10060:20002 "$place/file" 2>/dev/null; then
 else
   echo "a file of the directory's user: not tried, only the host's root can make one"
 fi
+
+if setpriv --reuid=10060 --clear-groups true 2>/dev/null; then
+  start_impostor "$build_dir" "$source_dir" /var/velmora/daemon 10060
+  [ -z "$(getent passwd mgruber)" ] || fail "a name of an impostor's"
+  ! login lquispe authenticate Paper-boat-42 >"$place/login" 2>&1 || fail "an impostor's word for a password"
+else
+  echo "an impostor: not tried, only the host's root can play one"
+fi
 stop_daemon
 
 "$build_dir/tests/examples/nss_module_test" "$place/examples/libnss_fokrazo.so.2"

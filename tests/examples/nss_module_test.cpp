@@ -1,9 +1,7 @@
-// The name-service module as the C library calls it, in the private world: what it answers, down to status
-// and errno, when buffers, names, descriptors or the daemon are not as they should be. usage: nss_module_test
-// MODULE
+// The name-service module as the C library calls it, in the private world: its status and errno when buffers,
+// descriptors, threads or the daemon are not as they should be. usage: nss_module_test MODULE
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <nss.h>
@@ -29,7 +27,7 @@ using testsupport::openDescriptors;
 
 constexpr char kSocket[] = "/var/velmora/daemon";
 const std::vector<std::string> kAtTheSocket = {"--socket", kSocket};
-constexpr char kUser[] = "lquispe";  // in no group but the primary one
+constexpr char kUser[] = "lquispe";  // only in the primary group
 constexpr char kUserLine[] = "lquispe:x:Liên Quispe:/home/lquispe:/bin/false:10060:20004";
 constexpr char kGroup[] = "Büro";
 constexpr size_t kLarge = 4096;
@@ -62,15 +60,15 @@ std::string lineOf(const group& group) {
   return line;
 }
 
-/// "SUCCESS", or the status with the errno that goes with it.
+/// "SUCCESS", or the status with its errno.
 std::string text(nss_status status, int error) {
   const char* const names[] = {"TRYAGAIN", "UNAVAIL", "NOTFOUND", "SUCCESS"};
   const std::string name = names[status + 2];
   return status == NSS_STATUS_SUCCESS ? name : name + " " + strerrorname_np(error);
 }
 
-/// Calls with ever larger buffers until one is large enough, and gives the entry, or the status with the
-/// errno that goes with it; a smaller buffer changes nothing but itself.
+/// Calls with ever larger buffers until the entry fits, and returns it, or the status with its errno. A
+/// buffer that is too small must be all that changes.
 template <class Entry, class Call>
 std::string growUntilItFits(Call call, size_t first) {
   for (size_t size = first; size <= kLarge; ++size) {
@@ -98,20 +96,20 @@ std::string askFor(const char* user) {
   return askFor<passwd>("getpwnam_r", user);
 }
 
-/// In a thread that has no session yet, and leaves none.
+/// In a thread of its own, which begins and ends without a session.
 std::string askAnew(const char* name) {
   std::string answer;
   std::thread([&] { answer = askFor(name); }).join();
   return answer;
 }
 
-TEST(NssModule, TooSmallABufferIsSaidToBeThat) {
+TEST(NssModule, ABufferThatIsTooSmallIsReported) {
   const StandinProcess daemon(kAtTheSocket);
   EXPECT_EQ(askFor<passwd>("getpwnam_r", kUser, 0), kUserLine);
   EXPECT_EQ(askFor<group>("getgrnam_r", kGroup, 0), "Büro:x:20002,dgruber,mgruber,ygruber,rquispe");
 }
 
-/// All entries and, as the last two, how the listing ended; in buffers of that size at first.
+/// All entries and, as the last two, how the listing ended; begins each with a buffer of size `first`.
 template <class Entry>
 std::vector<std::string> listAll(const std::string& name, size_t first) {
   auto* const next = function<Next<Entry>>(("get" + name + "_r").c_str());
@@ -145,8 +143,8 @@ TEST(NssModule, AFailureEndsAnEnumerationForGood) {
   EXPECT_EQ(listAll<passwd>("pwent", kLarge).back(), "NOTFOUND ENOENT");
 }
 
-// In front of one account that can: the first count is what the module skips, the second one more.
-TEST(NssModule, AListingEndsThoughNoEntryCanAppearOnTheHost) {
+// One usable account follows the unusable ones. The module skips as many as the first row has.
+TEST(NssModule, AListingOfUnusableEntriesEnds) {
   const struct {
     int unusable;
     const char* first;
@@ -183,7 +181,7 @@ TEST(NssModule, EachMisbehaviourHasItsAnswer) {
 }
 
 TEST(NssModule, ADaemonThatIsAwayIsUnavailableUntilItIsBack) {
-  EXPECT_EQ(askFor("root"), "NOTFOUND ENOENT");  // of whom it is not asked
+  EXPECT_EQ(askFor("root"), "NOTFOUND ENOENT");  // the daemon is not asked for root
   EXPECT_EQ(askFor(kUser), "UNAVAIL EIO");
   {
     const StandinProcess daemon(kAtTheSocket);
@@ -194,7 +192,7 @@ TEST(NssModule, ADaemonThatIsAwayIsUnavailableUntilItIsBack) {
   EXPECT_EQ(askFor(kUser), kUserLine);
 }
 
-TEST(NssModule, TheDaemonItselfNeverWaitsForItself) {
+TEST(NssModule, TheDaemonDoesNotWaitForItself) {
   const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
   sockaddr_un address = {AF_UNIX, {}};
   strcpy(address.sun_path, kSocket);
@@ -205,7 +203,7 @@ TEST(NssModule, TheDaemonItselfNeverWaitsForItself) {
   unlink(kSocket);
 }
 
-TEST(NssModule, WhatComesBackFromInsideTheLibraryIsNotAskedAgain) {
+TEST(NssModule, ACallFromInsideTheLibraryIsRefused) {
   const StandinProcess daemon(kAtTheSocket);
   std::string inner;
   g_atConnect = [&] { inner = askFor(kUser); };
@@ -277,19 +275,6 @@ TEST(NssModule, NamesAreLookedUpAtTheEndOfAThreadAndOfTheProgram) {
   checkInChild(askAtTheEnd);
 }
 
-TEST(NssModule, AStartedProgramInheritsNoConnection) {
-  const StandinProcess daemon(kAtTheSocket);
-  ASSERT_EQ(askFor(kUser), kUserLine);
-  int sockets = 0;
-  for (int fd = 3; fd < 100; ++fd) {
-    struct stat status;
-    if (fstat(fd, &status) != 0 || !S_ISSOCK(status.st_mode)) continue;
-    ++sockets;
-    EXPECT_TRUE(fcntl(fd, F_GETFD) & FD_CLOEXEC) << fd;
-  }
-  EXPECT_GE(sockets, 1);
-}
-
 TEST(NssModule, ACancelledThreadIsNotCancelledInside) {
   const StandinProcess daemon(kAtTheSocket);
   std::string answer;
@@ -318,7 +303,7 @@ TEST(NssModule, GroupsAreAddedToTheCallersArray) {
     const char* answer;
     Groups after;
   } rows[] = {
-      {"mgruber", 1, -1, {1}, "SUCCESS", {1, 20002}},  // in a place that has to be made
+      {"mgruber", 1, -1, {1}, "SUCCESS", {1, 20002}},  // the array has to grow
       {"mgruber", 1, 2, {1}, "SUCCESS", {1, 20002}},   {"mgruber", 1, 1, {1}, "SUCCESS", {1}},
       {"mgruber", 1, -1, {20002}, "SUCCESS", {20002}}, {"mgruber", 20002, -1, {}, "SUCCESS", {}},
       {"nosuch", 1, -1, {1}, "NOTFOUND ENOENT", {1}},
@@ -348,7 +333,7 @@ TEST(NssModule, GroupsAreAddedToTheCallersArray) {
 
 }  // namespace
 
-// Takes the C library's place for the module, so that a test is in the middle of a lookup.
+// Replaces the C library's function for the module, so that a test can act in the middle of a lookup.
 extern "C" __attribute__((visibility("default"))) int connect(int fd, const sockaddr* address,
                                                               socklen_t size) {
   if (g_atConnect) g_atConnect();

@@ -32,6 +32,15 @@ start_daemon() {
   rm "$place/ready"
 }
 
+# start_impostor BUILD_DIR SOURCE_DIR SOCKET UID: the stand-in as another user than root.
+start_impostor() {
+  stop_daemon
+  printf '#!/bin/sh\nexec setpriv --reuid=%s --clear-groups %s "$@"\n' "$4" "$1/bin/brondalt-standin" >"$place/impostor"
+  mkdir -p "$place/bin" && install -m 755 "$place/impostor" "$place/bin/brondalt-standin"
+  rm -f "$3" && chown "$4" "$(dirname "$3")"
+  start_daemon "$place" "$2" "$3"
+}
+
 stop_daemon() {
   [ -z "$daemon_pid" ] || { kill "$daemon_pid" && wait "$daemon_pid"; } 2>/dev/null || true
   daemon_pid=
