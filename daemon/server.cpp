@@ -113,12 +113,12 @@ void Server::answer(const ConnectionPtr& connection, std::string_view bytes) {
   try {
     vesk::IPCMessage request;
     decode(bytes, request);
+    if (m_log) logRequest(*connection, request.opcode());
     if (admission.verdict == Traffic::Verdict::Refuse) {
       refuse(connection, request.opcode(), admission.mark);
     } else {
       carryOut(connection, request, admission.mark);
     }
-    if (m_log) logRequest(*connection, request.opcode());
   } catch (const VESKException& exception) {
     // Bytes that are no message cannot be answered.
     if (m_log) m_log("connection " + std::to_string(connection->fd()) + ": " + exception.what());
@@ -177,7 +177,7 @@ bool Server::isServed(const ConnectionPtr& connection) const {
 }
 
 void Server::logRequest(const Connection& connection, vesk::IPC_OPCODE opcode) const {
-  m_log("request " + std::to_string(m_service.statistics.requests) + ", connection " +
+  m_log("request " + std::to_string(m_service.statistics.requests + 1) + ", connection " +
         std::to_string(connection.fd()) + " " + ::printable(connection.client()->caller.sessionId) + ": " +
         vesk::IPCMessage::IPC_OPCODEToStr(opcode));
 }

@@ -1,13 +1,15 @@
-// The stand-in as a program, driven by client sessions and by clients that do not behave.
+// The stand-in as a program, driven by client sessions and by misbehaving clients.
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +23,7 @@
 #include <fokrazo/ipc_sockio.h>
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/session.h>
+#include <fokrazo/shredder.h>
 #include "standin/directory.h"
 #include "standin/unix_profile.h"
 #include "tests/support/command_line.h"
@@ -46,7 +49,7 @@ class StandinTest : public testing::Test {
  protected:
   StandinTest() { m_directory.load(kSample + "accounts.ldif"); }
 
-  // The DNs of a listing, which ends in that way; with those that it has given before.
+  // The DNs in the rest of a listing that ends with `end`, added to `names`.
   template <class Next>
   static Names rest(Next next, const std::string& end, Names names = {}) {
     EXPECT_EQ(thrownBy([&] {
@@ -160,7 +163,62 @@ TEST_F(StandinTest, SearchesByPagesWithAttributesAndErrors) {
   EXPECT_EQ(told([&] { return lost.getNext(); }), " 0 No such paged search");
 }
 
-TEST_F(StandinTest, StopsWhenItIsToldTo) {
+TEST_F(StandinTest, RestartsAtASignalAndWaitsForDescriptors) {
+  m_session.ping();
+  m_standin.signal(SIGHUP);
+  RecvWait(m_session.socket(), 100);
+  EXPECT_EQ(m_session.getSystemInfo(9), "1");
+
+  // Nobody can be accepted; then there is room again, and at last there is none when it has to end.
+  rlimit before = {};
+  ASSERT_EQ(prlimit(m_standin.pid(), RLIMIT_NOFILE, nullptr, &before), 0);
+  const rlimit none = {3, before.rlim_max};
+  ASSERT_EQ(prlimit(m_standin.pid(), RLIMIT_NOFILE, &none, nullptr), 0);
+  const UniqueFd waiting(IPCconnect(m_standin.socket()));
+  const std::string ping = framed(request(0));
+  (void)send(waiting.get(), ping.data(), ping.size(), MSG_NOSIGNAL);
+  m_session.ping();
+  m_session.dropConnection();
+  ASSERT_EQ(prlimit(m_standin.pid(), RLIMIT_NOFILE, &before, nullptr), 0);
+  IPCReply reply;
+  reply.get(waiting.get());
+  EXPECT_EQ(reply.result(), IPC_SUCCESS);
+  ASSERT_EQ(prlimit(m_standin.pid(), RLIMIT_NOFILE, &none, nullptr), 0);
+  const UniqueFd last(IPCconnect(m_standin.socket()));
+  m_standin.signal(SIGTERM);
+  EXPECT_EQ(m_standin.wait(), 0);
+}
+
+// Once another client has its answer, the request before it has been dealt with.
+TEST(StandinFaults, AStalledRequestHasNeitherAnswerNorEnd) {
+  const StandinProcess standin({"--fault", "stall@1", "--fault", "huge@3"});
+  const std::string ping = framed(request(0));
+  const UniqueFd stalled(IPCconnect(standin.socket()));
+  (void)send(stalled.get(), ping.data(), ping.size(), MSG_NOSIGNAL);
+  LocalRpcSession session(standin.socket(), false, false);
+  session.ping();
+  pollfd polled = {stalled.get(), POLLIN, 0};
+  EXPECT_EQ(poll(&polled, 1, 0), 0);
+
+  const UniqueFd other(IPCconnect(standin.socket()));
+  (void)send(other.get(), ping.data(), ping.size(), MSG_NOSIGNAL);
+  unsigned char length[4] = {};
+  readN(other.get(), length, sizeof length);
+  EXPECT_EQ(std::string(std::begin(length), std::end(length)), word(UINT32_MAX));
+}
+
+TEST(StandinFaults, VerboseLinesNameRequestsAndNoSecrets) {
+  StandinProcess standin({"--verbose"});
+  LocalRpcSession session(standin.socket(), false, false);
+  session.setSessionID("a\nb");
+  session.validatePlainTextUser("lquispe", Shredder("Paper-boat-42"), false);
+  const std::string lines = standin.errors();
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 2) << lines;
+  EXPECT_EQ(lines.find("request 1, connection "), 0u) << lines;
+  EXPECT_EQ(lines.find("Paper"), std::string::npos) << lines;
+}
+
+TEST_F(StandinTest, StopsWhenAClientAsksForIt) {
   m_session.stop();
   EXPECT_TRUE(m_session.processAuthenticated());
   EXPECT_EQ(m_standin.wait(), 0);

@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <sstream>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
@@ -89,6 +90,12 @@ void StandinProcess::launch(const std::vector<std::string>& arguments) {
   throw std::runtime_error("the stand-in does not start");
 }
 
+std::string StandinProcess::errors() const {
+  std::ostringstream text;
+  text << std::ifstream(m_scratch.path("stderr")).rdbuf();
+  return text.str();
+}
+
 void StandinProcess::signal(int number) const {
   ::kill(m_pid, number);
 }
@@ -117,6 +124,6 @@ int StandinProcess::wait() {
   const bool ended = waitpid(m_pid, &status, 0) == m_pid;
   m_pid = -1;
   const bool killed = ended && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
-  if (!killed && status != 0) std::cerr << std::ifstream(m_scratch.path("stderr")).rdbuf();
+  if (!killed && status != 0) std::cerr << errors();
   return ended && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
