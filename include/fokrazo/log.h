@@ -1,5 +1,6 @@
-/// The logger: one process-wide tree of named loggers. What a logger does not set for itself it takes from
-/// its nearest ancestor; the root has the empty name. Logging never reports failure to its caller.
+/// The logger: one process-wide tree of named loggers. A setting that a logger does not have itself it takes
+/// from its nearest ancestor; the root has the empty name. Logging never reports a failure to its caller.
+/// Each sink escapes control characters and the like in the finished message, so that any text may be logged.
 ///
 /// A component logs like this; a disabled message costs two comparisons and evaluates none of its arguments:
 ///   boost::shared_ptr<Logger> logger = getLogger("lrpc.session", false);
@@ -22,20 +23,20 @@ class Properties;
 template <unsigned Size>
 class CharAccumulator;
 
-/// One named logger. Instances are held through boost::shared_ptr alone and stay valid after Logger::close.
+/// One named logger. Instances exist only in boost::shared_ptr, and stay valid after Logger::close.
 /// Thread-safety: every operation may be called from any thread. Fork: parent and child both go on logging.
 class FOKRAZO_API Logger {
  public:
-  /// How much a message matters, lowest first.
+  /// The severity of a message, lowest first.
   enum LogLevel : int { Trace = 0, Debug, Diag, Info, Warn, Error, Fatal, Disabled };
-  /// In a logger's fields: taken from the parent.
+  /// A setting that is taken from the parent.
   static constexpr int kInherit = -1;
-  /// Bits of `showMore`: what a message tells of its source position.
+  /// Bits of `showMore`: what a message shows of its source position.
   enum ShowMore : int { ShowFile = 1, ShowLine = 2, ShowFunction = 4 };
 
-  /// The logger of that dotted name, made with its missing ancestors if need be; empty after close().
+  /// The logger of that dotted name, made if need be, with its missing ancestors. Empty after close().
   static boost::shared_ptr<Logger> GetLogger(const std::string& name);
-  /// As GetLogger, by the calling thread's own table: no global lock once the thread knows the name.
+  /// As GetLogger, but through a table of the calling thread: no global lock once the thread knows the name.
   static boost::shared_ptr<Logger> GetThreadPrivateLogger(const std::string& name);
 
   /// Whether a message of that level goes anywhere. Remembers inherited levels in the logger's own fields.
@@ -46,20 +47,20 @@ class FOKRAZO_API Logger {
            isEnabledOrInherits(level);
   }
 
-  /// Another number as soon as a level may have changed, of any logger.
+  /// A number that changes whenever the level of any logger may have changed.
   static unsigned levelGeneration() { return m_levelGeneration.load(std::memory_order_acquire); }
 
-  /// Writes a message (printf). The prefix and the format are cut at 511 characters together, and each sink
-  /// has a limit of its own. `file` and `function` may be null or empty.
+  /// Writes a message (printf). Prefix and format together are cut at 511 characters, and each sink has a
+  /// limit of its own for the finished message. `file` and `function` may be null or empty.
   void log(LogLevel level, const char* file, int line, const char* function, const char* format, ...)
       FOKRAZO_PRINTF(6, 7);
-  /// As log, with ": " and the system's text for `errnum` behind. Never goes to the memory log.
+  /// As log, followed by ": " and the system's text for `errnum`. Never goes to the memory log.
   void logSysErr(LogLevel level, int errnum, const char* file, int line, const char* function,
                  const char* format, ...) FOKRAZO_PRINTF(7, 8);
   /// Logs `caption` and then a hexadecimal dump, sixteen bytes a row.
   void hexData(LogLevel level, const char* caption, const unsigned char* data, unsigned int length);
 
-  /// The nearest value set from this logger up. They change nothing.
+  /// The logger's own setting, or that of its nearest ancestor that has one.
   int getEffectiveLevel() const;
   int getEffectiveMemoryLevel() const;
   int getEffectiveFacility() const;
@@ -71,15 +72,16 @@ class FOKRAZO_API Logger {
   bool ignoreProgram(const char* name);
   /// Sets the name that messages of the calling thread show; null clears it. Returns the name it had.
   static std::string SetThreadName(const char* name);
-  /// Ends logging for good: from here on GetLogger gives empty pointers.
+  /// Ends logging for good: from here on GetLogger returns empty pointers.
   static void close();
 
-  /// Starts and stops the background thread that writes what is logged. `logger` takes the reports of these
-  /// operations and may be empty. stopThread writes out what is queued before it returns.
+  /// Start and stop the background thread that writes what is logged. They report to `logger`, which may be
+  /// empty. stopThread writes out what is queued before it returns.
   static void startThread(boost::shared_ptr<Logger> logger);
   static void stopThread(boost::shared_ptr<Logger> logger);
 
-  /// Allows the memory log in this process; the configuration then decides whether it runs.
+  /// Allows or forbids the memory log in this process. Where it is allowed the configuration decides whether
+  /// it runs; one that runs already is not stopped.
   static void SetBufferActive(bool active);
   /// Sets the memory log's level and, with `enable`, starts it.
   static void ReconfigureBuffer(bool enable, std::string level);
@@ -92,9 +94,9 @@ class FOKRAZO_API Logger {
 
   Logger(const std::string& name, boost::shared_ptr<Logger> parent);
 
-  // The rest of isEnabled, for what is enabled by a level of the logger's own or may be by an inherited one.
+  // The rest of isEnabled, for a message that one of the logger's own fields does not rule out.
   bool isEnabledOrInherits(LogLevel level);
-  // Look upwards and remember what was found.
+  // Look for the level among the ancestors and remember it.
   int inheritLevel();
   int inheritMemoryLevel();
   void appendPrefix(CharAccumulator<512>& text, LogLevel level, const char* file, int line,
@@ -102,7 +104,7 @@ class FOKRAZO_API Logger {
   int nearest(std::atomic<int> Logger::*field) const;
 
   std::string m_fullName;
-  std::string m_displayName;  // what a message's format begins with: "%" is doubled, a blank stands behind
+  std::string m_displayName;  // as it appears in a message's format: with "%" doubled, and a blank at the end
   boost::shared_ptr<Logger> m_parent;  // empty in the root alone
   std::atomic<int> m_level{kInherit};  // what isEnabled found, until the next configuration
   std::atomic<int> m_configuredLevel{kInherit};
@@ -130,10 +132,11 @@ FOKRAZO_API int TextToLevel(const std::string& text);
 FOKRAZO_API int TextToFacility(const std::string& text);
 /// The calling thread's name, null if it has none. Owned by the thread.
 FOKRAZO_API const char* GetThreadName();
-/// Makes the prefix of a line that no syslog daemon completes: `lead`, local time, host, program and process.
-/// Returns the bytes written, at most `size`.
+/// Makes the prefix of a line that does not go to syslog: `lead`, local time, host, program and process.
+/// Returns the length that was wanted, at most `size`.
 FOKRAZO_API int BuildMessagePrefix(char* buffer, int size, const char* lead);
-/// Sends a finished format with its arguments to the destination, by the background queue if there is one.
+/// Sends a finished format with its arguments to the destination, through the background queue if there is
+/// one.
 FOKRAZO_API void WriteMessage(int facility, Logger::LogLevel level, CharAccumulator<512>& format,
                               va_list args);
 
@@ -146,9 +149,8 @@ FOKRAZO_API void WriteMessage(int facility, Logger::LogLevel level, CharAccumula
     if (veskLogger_ && veskLogger_->isEnabled(::vesk::Logger::level))                     \
       veskLogger_->log(::vesk::Logger::level, __FILE__, __LINE__, __func__, __VA_ARGS__); \
   } while (false)
-/// Logs to the logger of a name, which is a literal or another constant; for a name that is made at run time
-/// there is VESK_LOG. A place that has found its message disabled looks the logger up again when a level has
-/// changed, and not before.
+/// Logs to the logger of that name, which is a constant; for a name made at run time there is VESK_LOG. A
+/// place that has found its message disabled looks the logger up again only after a level has changed.
 #define VESK_LOG_TO(name, level, ...)                                                     \
   do {                                                                                    \
     static constexpr const char* veskName_ = name;                                        \
@@ -161,7 +163,7 @@ FOKRAZO_API void WriteMessage(int facility, Logger::LogLevel level, CharAccumula
     else                                                                                  \
       veskDisabledIn_.store(veskLevels_, std::memory_order_relaxed);                      \
   } while (false)
-/// As VESK_LOG, with the system's text for `errnum` behind the message.
+/// As VESK_LOG, with ": " and the system's text for `errnum` after the message.
 #define VESK_LOG_SYSERR(logger, level, errnum, ...)                                                     \
   do {                                                                                                  \
     const auto& veskLogger_ = (logger);                                                                 \

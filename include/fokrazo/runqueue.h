@@ -21,41 +21,42 @@ using ::MAIN_RUN_QUEUE;
 
 class Thread;
 
-/// Something that can be run, once or many times.
+/// An action that can be run, once or many times.
 class FOKRAZO_API Runnable {
  public:
-  /// Does it. What it throws is its caller's to handle.
+  /// Does it. The caller handles what it throws.
   virtual void run() = 0;
   virtual ~Runnable();
 };
 
-/// What a queue takes, with what the queue asks of it. A queue asks under its lock, and is not to be used by
-/// the answer; it runs an item without.
+/// An item of a queue. The queue calls run() without its lock, and everything else with its lock held: those
+/// functions must not use the queue.
 class FOKRAZO_API QueueAble : public Runnable {
  public:
-  /// Whether the queue looks for duplicates of this item.
+  /// Whether the queue is to look for duplicates of this item.
   virtual bool dedupMe();
   /// Items with the same text are duplicates; owned by the item.
   virtual const std::string& getID() const;
-  /// When the item falls due, in seconds since the epoch.
+  /// The time at which the item is due, in seconds since the epoch.
   virtual long getTimeout();
   /// Sets it.
   virtual void setTimeout(long timeout);
   /// Whether a TimeQueue posts the item again after it has run.
   virtual bool periodic();
-  /// Sets the next time the item falls due.
+  /// Sets the next time at which the item is due.
   virtual void updateTimeout();
-  /// Asked of a queued item when a duplicate with that timeout arrives: true keeps this one and drops the
-  /// new.
+  /// Asked of a queued item when a duplicate with that timeout arrives: true keeps the queued one and drops
+  /// the new one.
   virtual bool keepQueuedItem(long timeout);
 };
 
-/// A named first-in, first-out queue of work. A queue that is half full slows its posters down, and a full
-/// one makes them wait a bounded time. Thread-safety: any number of posters and runners. Items run with no
-/// lock held. Several queues may be locked by one thread; the registry's lock is held with none of them.
+/// A named first-in, first-out queue of work. A queue that is half full slows its posters down; at a full one
+/// they wait for a bounded time. Items run with no lock held.
+/// Thread-safety: any number of posters and runners. One thread may hold the locks of several queues; the
+/// registry's lock is held with none of them.
 class FOKRAZO_API RunQueue {
  public:
-  /// Queues by name, behind one lock.
+  /// Queues by name, under one lock.
   using Registry = Wrapper::Check<Wrapper::Locked, Map<std::string, RunQueue*>>;
 
   /// A queue outside the registry. `maxSize` 0 means no limit. `isLogQueue` marks the queue of the background
@@ -65,33 +66,35 @@ class FOKRAZO_API RunQueue {
   virtual ~RunQueue();
 
   /// Adds an item at the back and wakes the runners. Requires: not null.
-  /// Blocks for 10 ms on a queue that is half full, and for at most 49.5 seconds on a full one; never in the
-  /// queue's first runner, which is never refused either.
+  /// Blocks for 10 ms on a queue that is half full, and for at most 49.5 seconds on a full one. Neither
+  /// blocks nor refuses the queue's first runner, in runQueue or after it has returned: nobody else would
+  /// make room. Another thread becomes the first runner when it serves the queue while the first one does
+  /// not.
   /// @throws EndOfFileException (-1) the queue is shutting down.
   /// @throws BufferFullException (-1) the queue stayed full; std::out_of_range if it is the log's.
   virtual void post(boost::shared_ptr<QueueAble> item);
-  /// Looks for a queued duplicate of `item`, and drops it unless it wants to stay. True: `item` is not to be
-  /// queued. Requires: the queue's lock is held.
-  virtual bool doDeDup(boost::shared_ptr<QueueAble> item);
-  /// Serves the queue in the calling thread: without end if `seconds` is 0, otherwise until the queue is
-  /// empty when that time is over; -1 drains it. A VESKException out of an item is logged; any other passes
-  /// through.
+  /// Looks for a queued duplicate of `item`, and drops it unless its keepQueuedItem says otherwise. True if
+  /// `item` is not to be queued. Requires: the queue's lock is held.
+  virtual bool doDeDup(boost::shared_ptr<QueueAble> item) FOKRAZO_REQUIRES(m_mutex);
+  /// Serves the queue in the calling thread: without end if `seconds` is 0, otherwise until that time is over
+  /// and the queue is empty; -1 drains it. A VESKException that an item throws is logged; any other exception
+  /// passes through.
   /// @throws QueueInterrupted one call for each interrupt.
   virtual void runQueue(int seconds);
   /// runQueue(0).
   virtual void runQueue();
-  /// Makes one runner leave with QueueInterrupted, the next that looks.
+  /// Makes one runner leave with QueueInterrupted: the next one that looks for an item.
   virtual void interrupt();
   /// Removes the newest item.
   virtual void pop_back();
-  /// Takes no lock.
+  /// Whether nothing is queued. Takes no lock.
   virtual bool isEmpty();
   /// Closes the queue for good, interrupts and joins its one runner, and runs what is left.
   /// Requires: `thread` leaves its routine on QueueInterrupted.
   virtual void shutdown(Thread& thread);
 
-  /// Finds the queue of that name, of any kind; `maxSize` counts for a new one alone. Null if there is none
-  /// and `create` is false. The queue lives to the end of the process.
+  /// Finds the queue of that name, of any kind, or makes it; `maxSize` is for a new queue only. Null if there
+  /// is none and `create` is false. The queue lives to the end of the process.
   static RunQueue* getRunQueue(const std::string& name, bool create, unsigned int maxSize);
 
   RunQueue(const RunQueue&) = delete;
@@ -102,47 +105,47 @@ class FOKRAZO_API RunQueue {
   using Item = boost::shared_ptr<QueueAble>;
   using Items = std::deque<Item>;
 
-  /// The registry's queue of that name; `make` makes it if it is missing and `make` is not null.
+  /// The registry's queue of that name. A missing one is made by `make`, unless that is null.
   static RunQueue* find(const std::string& name, unsigned int maxSize,
                         RunQueue* (*make)(const std::string& name, unsigned int maxSize), const char* kind);
 
-  // What follows requires m_mutex to be held.
-
   /// Throws, with `lock` released, if the queue is shutting down.
-  void refuseIfShuttingDown(Lock& lock);
+  void refuseIfShuttingDown(Lock& lock) FOKRAZO_REQUIRES(m_mutex);
   /// Put an item into the queue, and take one out.
-  void insert(Items::iterator before, Item item);
-  Item take(Items::iterator place);
-  /// Throws QueueInterrupted, for this runner alone.
-  void leaveIfInterrupted();
+  void insert(Items::iterator before, Item item) FOKRAZO_REQUIRES(m_mutex);
+  Item take(Items::iterator place) FOKRAZO_REQUIRES(m_mutex);
+  /// Throws QueueInterrupted if a runner is to leave: this one does.
+  void leaveIfInterrupted() FOKRAZO_REQUIRES(m_mutex);
 
   const std::string m_name;
   const unsigned int m_maxSize;  // 0 means no limit
   const bool m_isLogQueue;
 
-  Mutex m_mutex;  // guards what follows; recursive, because items are destroyed under it. Its condition wakes
-                  // runners.
-  Items m_items;  // in the order in which they are run
-  bool m_interrupted = false;   // the runners are to leave
-  bool m_shuttingDown = false;  // and nothing is taken any more
+  Mutex m_mutex;  // recursive, because items are destroyed under it; its condition wakes runners
+  Items m_items FOKRAZO_GUARDED_BY(m_mutex);                // in the order in which they are run
+  bool m_interrupted FOKRAZO_GUARDED_BY(m_mutex) = false;   // a runner is to leave
+  bool m_shuttingDown FOKRAZO_GUARDED_BY(m_mutex) = false;  // nothing is accepted any more
 
  private:
   class Seat;
 
   static Registry& gQueues();
 
-  bool isFull() const { return m_maxSize != 0 && m_items.size() >= m_maxSize; }
-  bool isRunner() const;
-  void wakeRunners();
-  void waitForRoom(Lock& lock);
-  void reportFull(Lock& lock);
+  bool isFull() const FOKRAZO_REQUIRES(m_mutex) { return m_maxSize != 0 && m_items.size() >= m_maxSize; }
+  bool isRunner() const FOKRAZO_REQUIRES(m_mutex);
+  void wakeRunners() FOKRAZO_REQUIRES(m_mutex);
+  void waitForRoom(Lock& lock) FOKRAZO_REQUIRES(m_mutex);
+  void reportFull(Lock& lock) FOKRAZO_REQUIRES(m_mutex);
   Item next(int seconds, time_t deadline);
   void runItem(QueueAble& item);
 
-  bool m_congested = false;    // from half full until drained to a third
-  bool m_runnersWait = false;  // since the last time that they were woken
-  bool m_fullPending = false;  // a poster found the queue full; the next runner reports it
-  Thread* m_runner = nullptr;  // the first runner, while it serves the queue; not owned
+  bool m_congested FOKRAZO_GUARDED_BY(m_mutex) = false;    // from half full until drained to a third
+  bool m_runnersWait FOKRAZO_GUARDED_BY(m_mutex) = false;  // since they were last woken
+  bool m_fullPending FOKRAZO_GUARDED_BY(m_mutex) =
+      false;  // a poster found the queue full; the next runner reports it
+  unsigned long m_runner FOKRAZO_GUARDED_BY(m_mutex) =
+      0;  // number of the thread that is the first runner; 0: none yet
+  bool m_runnerIsServing FOKRAZO_GUARDED_BY(m_mutex) = false;  // whether it is in runQueue now
   std::atomic<bool> m_empty{true};
 };
 

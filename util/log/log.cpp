@@ -14,8 +14,8 @@ namespace {
 constexpr char kDiagPrefix[] = "diag.";
 constexpr size_t kInitialBuckets = 11;
 
-boost::shared_ptr<Logger>* gRootLogger = nullptr;  // this and the table guarded by gNamedLoggersProtect
-LoggerTable* gNamedLoggers = nullptr;
+boost::shared_ptr<Logger>* gRootLogger FOKRAZO_GUARDED_BY(gNamedLoggersProtect()) = nullptr;
+LoggerTable* gNamedLoggers FOKRAZO_GUARDED_BY(gNamedLoggersProtect()) = nullptr;
 std::atomic<bool> gIsLogShutdown{false};
 
 // "client" and its descendants do not show their names.
@@ -36,7 +36,8 @@ std::string displayName(const std::string& fullName) {
 
 // The child of a fork that came while another thread was changing the tree begins with the root alone.
 // Loggers that it holds already stay as they are.
-void LoggerTree::inChild(bool intact) {
+// (There is no other thread whose lock it could be.)
+void LoggerTree::inChild(bool intact) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   if (Logger::m_levelGeneration % 2 != 0) ++Logger::m_levelGeneration;
   if (intact || gNamedLoggers == nullptr) return;
   const bool begins = gRootLogger == nullptr || isShutDown();

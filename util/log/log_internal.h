@@ -1,14 +1,15 @@
 /// What the sources of the logger share. Internal.
 ///
 /// Order of locks, outermost first: the configuration's, a work queue's, gNamedLoggersProtect,
-/// gLogMessageProtect, the log file's. So nobody reads the configuration or posts to a queue with one of the
-/// loggers' locks in hand.
+/// gLogMessageProtect, the log file's, the one for syslog. So no code that holds one of the loggers' locks
+/// reads the configuration or posts to a queue. Only the last two are held while a line is written.
 /// Everything here is made on first use and never destroyed: other threads and static destructors may log to
 /// the very end of the process.
 #pragma once
 
 #include <atomic>
 #include <cerrno>
+#include <cstdarg>
 #include <string>
 #include <string_view>
 
@@ -29,8 +30,8 @@ constexpr char kLoggingLogger[] = "com.zantrel.logger";
 
 /// Guards the tree of loggers. Recursive: finding a logger makes its ancestors, configuring logs.
 Mutex& gNamedLoggersProtect();
-/// Puts the output in one order; guards the background queue and the memory log. Recursive: who holds it
-/// logs.
+/// Guards the way that a message takes: the choice of the destination, the background queue, the memory log.
+/// Recursive: code that holds it logs.
 Mutex& gLogMessageProtect();
 /// Whether a memory log has ever been started: until then messages are not offered to it. Set by the sinks.
 extern std::atomic<bool> gMemoryLogStarted;
@@ -42,20 +43,24 @@ struct LoggerSettings {
   int showMore = Logger::kInherit;
 };
 
-/// The tree from the inside.
+/// The tree, for the sources of the logger.
 struct LoggerTree {
-  /// Makes the root and the memory log, once, unless logging has ended. The other operations require this
-  /// and gNamedLoggersProtect.
-  static void init();
+  /// Makes the root and the memory log, once, unless logging has ended. The other operations require that it
+  /// was called.
+  static void init() FOKRAZO_REQUIRES(gNamedLoggersProtect());
   static bool isShutDown();
   /// For the child of a fork, see inForkedChild.
   static void inChild(bool intact);
-  static const boost::shared_ptr<Logger>& root();
-  static LoggerTable& table();
+  static const boost::shared_ptr<Logger>& root() FOKRAZO_REQUIRES(gNamedLoggersProtect());
+  static LoggerTable& table() FOKRAZO_REQUIRES(gNamedLoggersProtect());
+
+  /// Logger::log, with the arguments in a list.
+  static void log(Logger& logger, Logger::LogLevel level, const char* file, int line, const char* function,
+                  const char* format, va_list args) __attribute__((format(printf, 6, 0)));
 
   static void setMemoryLevel(Logger& logger, int level);
   static void setSettings(Logger& logger, const LoggerSettings& settings);
-  /// While one stands levels are changed: isEnabled remembers none that may be out of date.
+  /// Exists while levels are changed: meanwhile isEnabled remembers none, because it might be an old one.
   class LevelChange {
    public:
     LevelChange();
@@ -63,17 +68,17 @@ struct LoggerTree {
   };
 };
 
-/// What BuildMessagePrefix writes without a lead; a 0 stands behind it. Good until the thread asks again.
+/// What BuildMessagePrefix writes without a lead, followed by a 0. Valid until the thread calls it again.
 std::string_view whenAndWho();
 
 /// The syslog priority of a level, without facility.
 int syslogPriority(Logger::LogLevel level);
 
-/// __progname, found by other means if it is empty.
+/// __progname, or what detect_progname finds if that is empty.
 const char* programName();
 
-/// Keeps `errno` as it was over a log call, and tells when log calls have come to nest too deeply: an
-/// exception thrown within a log call logs too.
+/// Restores `errno` after a log call, and counts how deeply log calls are nested: an exception that is thrown
+/// within a log call logs too.
 class LogCall {
  public:
   LogCall() : m_errno(errno), m_depth(depth) { ++m_depth; }

@@ -14,7 +14,7 @@ struct Level {
   int syslogPriority;
 };
 
-// A level's number is its place.
+// In the order of their numbers.
 constexpr Level kLevels[] = {
     {"TRACE", LOG_DEBUG},  {"DEBUG", LOG_DEBUG}, {"DIAG", LOG_DEBUG},  {"INFO", LOG_INFO},
     {"WARN", LOG_WARNING}, {"ERROR", LOG_ERR},   {"FATAL", LOG_EMERG}, {"DISABLED", LOG_EMERG},

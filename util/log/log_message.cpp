@@ -1,4 +1,4 @@
-// How a message is built: the prefix and the caller's format become one format, which each sink expands.
+// Building a message: the prefix and the caller's format become one format, which each sink expands.
 
 #include <unistd.h>
 
@@ -35,7 +35,7 @@ bool isEmpty(const char* text) {
   return text == nullptr || *text == '\0';
 }
 
-// What does not change while the process lives; a child after a fork shows its parent's number.
+// Read once: the child of a fork goes on showing its parent's process id.
 struct ProcessIdentity {
   char host[64];
   int pid = static_cast<int>(getpid());
@@ -116,8 +116,8 @@ const char* programName() {
   return __progname;
 }
 
-// Local time, host, program and process. The system looks at the time zone's file each time it is asked, so
-// the text serves a thread for a whole second.
+// Local time, host, program and process. localtime_r looks at the time zone's file in each call, so a thread
+// keeps the text for a whole second.
 std::string_view whenAndWho() {
   thread_local struct {
     time_t second;
@@ -164,17 +164,23 @@ void Logger::appendPrefix(Text& text, LogLevel level, const char* file, int line
   appendPosition(text, getShowMore(), file, line, function);
 }
 
-void Logger::log(LogLevel level, const char* file, int line, const char* function, const char* format, ...) {
-  if (!isEnabled(level)) return;
+void LoggerTree::log(Logger& logger, Logger::LogLevel level, const char* file, int line, const char* function,
+                     const char* format, va_list args) {
+  if (!logger.isEnabled(level)) return;
   const LogCall call;
   if (call.isTooDeep()) return;
   Text text;
-  appendPrefix(text, level, file, line, function);
+  logger.appendPrefix(text, level, file, line, function);
   text.append(format);
+  if (gMemoryLogStarted && level >= logger.getEffectiveMemoryLevel())
+    kHooks.writeToMemory(text.terminate(), args);
+  if (level >= logger.getEffectiveLevel()) WriteMessage(logger.getEffectiveFacility(), level, text, args);
+}
+
+void Logger::log(LogLevel level, const char* file, int line, const char* function, const char* format, ...) {
   va_list args;
   va_start(args, format);
-  if (gMemoryLogStarted && level >= getEffectiveMemoryLevel()) kHooks.writeToMemory(text.terminate(), args);
-  if (level >= getEffectiveLevel()) WriteMessage(getEffectiveFacility(), level, text, args);
+  LoggerTree::log(*this, level, file, line, function, format, args);
   va_end(args);
 }
 

@@ -1,4 +1,4 @@
-// What the logger keeps for each thread: its name and its own table of loggers.
+// What the logger keeps for each thread: the thread's name and its table of loggers.
 
 #include <atomic>
 #include <cstdlib>
@@ -19,7 +19,7 @@ pthread_key_t gTSDKey;
 pthread_once_t gTSDKeyOnce = PTHREAD_ONCE_INIT;
 std::atomic<bool> gTSDKeyMade{false};
 bool gLoggerTableKeyMade = false;
-char* gName = nullptr;  // the name where there is no thread support
+char* gName = nullptr;  // the name in a process without the threads interface
 
 void TSDKeyAlloc() {
   gTSDKeyMade = pthread_key_create(&gTSDKey, free) == 0;
@@ -54,7 +54,7 @@ void Logger::MakeLoggerTableKey() {
 
 boost::shared_ptr<Logger> Logger::GetThreadPrivateLogger(const std::string& name) {
   if (LoggerTree::isShutDown()) return {};
-  if (Thread::m_threadsActive < 1) return GetLogger(name);
+  if (!Thread::locksCount()) return GetLogger(name);
   pthread_once(&g_LoggerTableKeyOnce, MakeLoggerTableKey);
   if (!gLoggerTableKeyMade) return GetLogger(name);
   auto* table = static_cast<LoggerTable*>(pthread_getspecific(g_LoggerTableKey));

@@ -50,20 +50,20 @@ bool QueueAble::keepQueuedItem(long) {
   return false;
 }
 
-/// The first runner's place, for as long as it serves the queue: its Thread object may be gone afterwards. A
-/// cancel strikes neither when the place is taken nor when it is given up, or it would stay taken.
+/// The first runner's place while it serves the queue. Only a thread of the class Thread takes it. No
+/// cancellation takes effect while the place is taken or left, or it would stay taken.
 class RunQueue::Seat {
  public:
   explicit Seat(RunQueue& queue) : m_queue(queue) {
     const BriefHold hold(m_queue.m_mutex);
-    if (m_queue.m_runner) return;
-    m_queue.m_runner = Thread::getSelf();
-    m_taken = m_queue.m_runner != nullptr;
+    if (m_queue.m_runnerIsServing || Thread::getSelf() == nullptr) return;
+    m_queue.m_runner = threadNumber();
+    m_queue.m_runnerIsServing = m_taken = true;
   }
   ~Seat() {
     if (!m_taken) return;
     const BriefHold hold(m_queue.m_mutex);
-    m_queue.m_runner = nullptr;
+    m_queue.m_runnerIsServing = false;
   }
   bool taken() const { return m_taken; }
   Seat(const Seat&) = delete;
@@ -77,7 +77,7 @@ class RunQueue::Seat {
 RunQueue::RunQueue(const std::string& name, unsigned int maxSize, bool isLogQueue)
     : m_name(name), m_maxSize(maxSize), m_isLogQueue(isLogQueue) {}
 
-// Lets a poster or runner out that has just woken the destroying thread. A cancel does not strike here.
+// A poster or runner that has just woken the destroying thread may still hold the lock.
 RunQueue::~RunQueue() {
   const BriefHold lastOneOut(m_mutex);
 }
@@ -128,18 +128,19 @@ void RunQueue::post(boost::shared_ptr<QueueAble> item) {
   if (!fromRunner) pause::forMilliseconds(kPauseStep);
 }
 
-// The lock is released before the throw, because a throw may log.
-void RunQueue::refuseIfShuttingDown(Lock& lock) {
+// The lock is released before the throw, because a throw may log. (The compiler cannot follow a lock that is
+// passed in, here and below.)
+void RunQueue::refuseIfShuttingDown(Lock& lock) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   if (!m_shuttingDown) return;
   lock.unLock();
   FOKRAZO_THROW(EndOfFileException, "EndOfFileException", -1, "Queue is shutting down");
 }
 
 bool RunQueue::isRunner() const {
-  return m_runner && pthread_equal(m_runner->id(), pthread_self());
+  return m_runner == threadNumber();
 }
 
-void RunQueue::waitForRoom(Lock& lock) {
+void RunQueue::waitForRoom(Lock& lock) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   if (!isFull()) return;
   m_fullPending = true;
   for (long pauseTime = 0; m_congested && pauseTime < kPauseEnd; pauseTime += kPauseStep) {
@@ -168,8 +169,8 @@ bool RunQueue::doDeDup(boost::shared_ptr<QueueAble> item) {
   return false;
 }
 
-// Each of them is woken once: until it has the lock again it needs no second call. While threads do not count
-// as active a call goes nowhere.
+// Once is enough: until a runner has the lock again it needs no second call. In a process with one thread
+// nobody waits.
 void RunQueue::wakeRunners() {
   if (!m_runnersWait || !Thread::locksCount()) return;
   m_runnersWait = false;
@@ -181,7 +182,7 @@ void RunQueue::insert(Items::iterator before, Item item) {
   m_empty.store(false, std::memory_order_release);
 }
 
-// The item outlives its place in the queue: what it does when it is destroyed may be a post.
+// The item outlives its place in the queue: its destructor may post to the queue.
 RunQueue::Item RunQueue::take(Items::iterator place) {
   Item item;
   item.swap(*place);
@@ -201,8 +202,8 @@ void RunQueue::runQueue(int seconds) {
   while (const Item item = next(seconds, deadline)) runItem(*item);
 }
 
-// The next item; empty when it is time to leave.
-RunQueue::Item RunQueue::next(int seconds, time_t deadline) {
+// The next item; empty when it is time to leave. (Nor can the compiler follow a lock that may hold nothing.)
+RunQueue::Item RunQueue::next(int seconds, time_t deadline) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   Lock lock(m_mutex);
   if (m_fullPending) reportFull(lock);
   if (m_maxSize != 0 && m_items.size() <= m_maxSize / 3) m_congested = false;
@@ -213,13 +214,13 @@ RunQueue::Item RunQueue::next(int seconds, time_t deadline) {
     m_runnersWait = true;
     m_mutex.wait(seconds == 0 ? nullptr : &end);
     if (seconds != 0 && dayclock::now() >= deadline) return {};
-    // The first thread may have come up during a wait that held nothing.
+    // In a process with one thread the wait held nothing; a second thread may have been started meanwhile.
     lock.doLock();
   }
 }
 
-// A log sink may wait for a lock that a poster holds: nothing is held while it writes.
-void RunQueue::reportFull(Lock& lock) {
+// Without the lock: a log sink may wait for a lock that a poster holds.
+void RunQueue::reportFull(Lock& lock) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   m_fullPending = false;
   lock.unLock();
   VESK_LOG_TO(kLogger, Warn, "%s queue is full.  You may need to increase the value of %s in velmora.conf.",

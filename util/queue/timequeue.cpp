@@ -81,8 +81,9 @@ void TimeQueue::runQueue(int seconds) {
   }
 }
 
-// Runs what is due, until the deadline or an interrupt. Items run with the lock released.
-void TimeQueue::runDue(Lock& lock, time_t deadline) {
+// Runs what is due, until the deadline or an interrupt. `lock` is released while an item runs,
+// which the compiler cannot follow.
+void TimeQueue::runDue(Lock& lock, time_t deadline) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   while (!m_items.empty() && !m_interrupted && m_items.front()->getTimeout() <= dayclock::now()) {
     const Item item = take(m_items.begin());
     lock.unLock();
@@ -102,7 +103,7 @@ void TimeQueue::runCaught(QueueAble& item) {
   } catch (const std::exception& e) {
     if (!m_isLogQueue) VESK_LOG_TO(kLogger, Debug, "unhandled exception %s", e.what());
   } catch (const abi::__forced_unwind&) {
-    throw;  // the thread's cancellation is no exception to swallow
+    throw;  // the thread is being cancelled
   } catch (...) {
     VESK_LOG_TO(kLogger, Debug, "Timequeue::runQueue: got unknown exception");
   }

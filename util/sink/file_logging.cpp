@@ -409,7 +409,8 @@ void FileLogging::flushFromNowOn() {
   giveToSyslog(unwritten);
 }
 
-void FileLogging::forgetAfterFork() {
+// There is no other thread whose lock it could be.
+void FileLogging::forgetAfterFork() FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   if (m_cache) forgetCache();
 }
 

@@ -14,9 +14,9 @@
 namespace vesk {
 namespace {
 
-// One run over the configuration. Requires: both locks of the logger are held. The loggers have their new
-// settings only at its end, so that other threads go on logging by the old ones; but for the logger that
-// takes the complaints.
+// One run over the configuration. Requires: both locks of the logger are held. All loggers get their new
+// settings at its end, so that other threads go on logging by the old ones; only the logger that takes the
+// complaints gets its own at once.
 class Reconfiguration {
  public:
   explicit Reconfiguration(Properties& properties);
@@ -24,22 +24,22 @@ class Reconfiguration {
   void readLevels();
   void readFacilities();
   void readShowMore();
-  void publish();
-  void readMemoryLevels();
+  void publish() FOKRAZO_REQUIRES(gNamedLoggersProtect());
+  void readMemoryLevels() FOKRAZO_REQUIRES(gNamedLoggersProtect());
   void startMemoryLog(CircularBuffer& buffer, unsigned int ringSize);
 
  private:
   using Entry = std::pair<const std::string, std::string>;
 
-  // Calls `apply` with the name behind the prefix and the entry, for every property under the prefix. A name
-  // that is empty gives `complaint`, a format of the whole key.
+  // Calls `apply` with the rest of the name and the entry, for every property with the prefix. Where nothing
+  // is left of the name, logs `complaint` instead, a format that takes the whole key.
   template <class Apply>
   void forEach(const std::string& prefix, const char* complaint, Apply apply);
   void set(const std::string& name, int LoggerSettings::*field, int value);
   void readFacility(const std::string& program);
   int rootFacility(const std::string& key);
 
-  Logger& root() { return *LoggerTree::root(); }
+  Logger& root() FOKRAZO_REQUIRES(gNamedLoggersProtect()) { return *LoggerTree::root(); }
 
   Properties& m_properties;
   boost::shared_ptr<Logger> m_logger;  // takes the complaints
@@ -47,7 +47,7 @@ class Reconfiguration {
   boost::unordered_map<std::string, LoggerSettings> m_settings;  // of the loggers that have any
 };
 
-// The root keeps its facility where nothing names another.
+// The root keeps its facility unless a property names another one.
 Reconfiguration::Reconfiguration(Properties& properties)
     : m_properties(properties), m_logger(Logger::GetLogger(kLoggingLogger)) {
   m_rootSettings.facility = root().getEffectiveFacility();
@@ -144,7 +144,7 @@ void Reconfiguration::publish() {
   }
 }
 
-// A memory level that a logger has remembered stays as it is, if nothing names the logger.
+// A memory level that a logger has remembered stays as it is, unless a property names the logger.
 void Reconfiguration::readMemoryLevels() {
   LoggerTree::setMemoryLevel(root(), memoryLevel(m_properties.getString(PN::ROOT_MEMORY_NAME), m_logger));
   forEach(PN::ROOT_MEMORY_NAME + ".", "Illegal log.memory name: '%s'",

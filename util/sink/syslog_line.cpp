@@ -22,6 +22,7 @@
 namespace vesk {
 namespace {
 
+constexpr char kMonths[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
 constexpr int kLowestDescriptor = 3;  // 0 to 2 are the program's streams
 constexpr int kPatience = 100;        // milliseconds that a child waits for a stalled syslog
 
@@ -66,10 +67,9 @@ void sendLine(int priority, const char* text) {
   char process[16] = "";
   if (gShowsProcess) snprintf(process, sizeof process, "[%d]", static_cast<int>(getpid()));
   char line[768];
-  const int wanted =
-      snprintf(line, sizeof line, "<%d>%.3s %2d %02d:%02d:%02d %s%s: %s", priority,
-               "JanFebMarAprMayJunJulAugSepOctNovDec" + 3 * local.tm_mon, local.tm_mday, local.tm_hour,
-               local.tm_min, local.tm_sec, Identity().set().text, process, text);
+  const int wanted = snprintf(line, sizeof line, "<%d>%.3s %2d %02d:%02d:%02d %s%s: %s", priority,
+                              &kMonths[3 * local.tm_mon], local.tm_mday, local.tm_hour, local.tm_min,
+                              local.tm_sec, Identity().set().text, process, text);
   const size_t length = std::min(static_cast<size_t>(std::max(wanted, 0)), sizeof line - 1);
   const UniqueFd socket = connectToSyslog();
   pollfd writable{socket.get(), POLLOUT, 0};

@@ -19,7 +19,7 @@ vesk::Mutex& gMutex() {
   return vesk::forkedLock(vesk::ForkOrder::ActiveThreads);
 }
 
-// Guards the end of every thread's running against those who act on a running thread: its id is good as long.
+// Held while a thread's running ends, and by whoever acts on a running thread: its id is valid for so long.
 vesk::Mutex& gRunningMutex() {
   return vesk::forkedLock(vesk::ForkOrder::RunningThreads);
 }
@@ -29,7 +29,7 @@ pthread_key_t gTSDKey;
 pthread_once_t gTSDKeyOnce = PTHREAD_ONCE_INIT;
 std::atomic<bool> gTSDKeyMade{false};
 
-// How a new thread is to be made, as the configuration wants it.
+// How a new thread is made, by the configuration.
 class Attributes {
  public:
   Attributes() { FOKRAZO_CHECK_OS_CALL(pthread_attr_init(&m_attributes)); }
@@ -56,6 +56,9 @@ class Attributes {
   pthread_attr_t m_attributes;
 };
 
+std::atomic<unsigned long> gLastNumber{0};
+thread_local unsigned long gNumber = 0;
+
 void testCancel() {
   if (vesk::threadsSupported()) pthread_testcancel();
 }
@@ -63,6 +66,11 @@ void testCancel() {
 }  // namespace
 
 namespace vesk {
+
+unsigned long threadNumber() {
+  if (gNumber == 0) gNumber = ++gLastNumber;
+  return gNumber;
+}
 
 std::atomic<bool> Thread::m_threadSupportKnown{false};
 std::atomic<bool> Thread::m_threadsSupported{false};
@@ -99,7 +107,7 @@ void Thread::start(const char* name, void* (*routine)(void*), void* argument, in
   m_id = pthread_t{};
   m_joined = false;
   m_cancelled = false;
-  // From here on, so that a cancel right after start is not lost on a thread that has not come round yet.
+  // From here on, so that a cancel right after start is not lost on a thread that has not begun yet.
   m_running = true;
   pthread_t id;
   const int error = pthread_create(&id, attributes.get(), ThreadStart, this);

@@ -1,6 +1,6 @@
 /// The threads interface of the system. Internal. It is reached through weak references alone, so that the
-/// library works in a program that has no threads library; a call is made only where threadsSupported or a
-/// running thread vouches for it.
+/// library works in a program that has no threads library; a function is called only after threadsSupported
+/// said yes, or in a thread.
 #pragma once
 
 #include <pthread.h>
@@ -45,11 +45,14 @@
 
 namespace vesk {
 
-/// Whether the interface is there at all.
+/// Whether the process has the interface.
 inline bool threadsSupported() {
   if (!Thread::m_threadSupportKnown) Thread::DetermineThreadSupport();
   return Thread::m_threadsSupported;
 }
+
+/// The calling thread's own number, from 1: no other thread of the process ever has the same.
+unsigned long threadNumber();
 
 /// Takes `mutex` like Mutex::lock, but gives up when the monotonic clock has reached `deadline`. Never
 /// throws.
@@ -62,12 +65,12 @@ inline void checkOsCall(int error, const char* source, int line) {
   if (error != 0) failOsCall(error, source, line);
 }
 
-/// Holds a mutex around a few instructions with no cancellation point among them. Unlike Lock it counts in a
-/// process with no Thread object too, and it is never the place where a cancel strikes.
+/// Holds a mutex around a few instructions with no cancellation point among them. Unlike Lock it takes the
+/// mutex in a process with a single thread too, and is never the place where a cancellation takes effect.
 class FOKRAZO_SCOPED_CAPABILITY BriefHold {
  public:
   explicit BriefHold(Mutex& mutex) FOKRAZO_ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.lock(); }
-  // What is held can be given back. NOLINTNEXTLINE(bugprone-exception-escape)
+  // Releasing a held mutex does not fail. NOLINTNEXTLINE(bugprone-exception-escape)
   ~BriefHold() FOKRAZO_RELEASE() { m_mutex.unLock(); }
   BriefHold(const BriefHold&) = delete;
   BriefHold& operator=(const BriefHold&) = delete;
@@ -76,8 +79,8 @@ class FOKRAZO_SCOPED_CAPABILITY BriefHold {
   Mutex& m_mutex;
 };
 
-/// Keeps cancellation off to the end of the scope: where files are closed a cancel must not strike, because
-/// destructors close them too.
+/// Keeps cancellation off to the end of the scope. Needed around the closing of files, which is a
+/// cancellation point: destructors close them too.
 class CancelKeptOff {
  public:
   CancelKeptOff() {
@@ -95,5 +98,5 @@ class CancelKeptOff {
 
 }  // namespace vesk
 
-/// For a call that gives its error as the result.
+/// Checks a call whose result is its error.
 #define FOKRAZO_CHECK_OS_CALL(error) ::vesk::checkOsCall(error, kSource, __LINE__)

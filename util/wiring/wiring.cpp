@@ -5,6 +5,7 @@
 #include <fokrazo/log.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
+#include "util/log/log_internal.h"
 #include "util/setting/host_variables.h"
 #include "util/sink/sink_internal.h"
 
@@ -14,13 +15,11 @@ namespace {
 __attribute__((format(printf, 5, 6))) void logDebug(const char* channel, const char* file, int line,
                                                     const char* function, const char* format, ...) {
   const auto logger = Logger::GetThreadPrivateLogger(channel);
-  if (!logger || !logger->isEnabled(Logger::Debug)) return;
-  char text[1024];
+  if (!logger) return;
   va_list args;
   va_start(args, format);
-  static_cast<void>(vsnprintf(text, sizeof text, format, args));
+  LoggerTree::log(*logger, Logger::Debug, file, line, function, format, args);
   va_end(args);
-  logger->log(Logger::Debug, file, line, function, "%s", text);
 }
 
 ThreadPolicy threadPolicy() {
