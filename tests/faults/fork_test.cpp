@@ -1,6 +1,8 @@
-// A program whose threads log, read and reload the configuration, read and save settings, ask the daemon and
-// use the queues, while it forks: every child does all of that too, and none hangs.
+// Forks of a program whose threads use the library: for the first time, all of it at once, or stuck in a log
+// that nobody reads. Every child can do the same, and none hangs.
 
+#include <fcntl.h>
+#include <syslog.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -14,9 +16,12 @@
 #include <fokrazo/runqueue.h>
 #include <fokrazo/session.h>
 #include <fokrazo/setting.h>
+#include <fokrazo/stringdict.h>
 #include <fokrazo/thread.h>
 #include <fokrazo/unixviews.h>
 #include "tests/support/standin_process.h"
+#include "tests/support/syslog_socket.h"
+#include "tests/support/workers.h"
 #include "tests/support/world_test.h"
 
 using namespace testsupport;
@@ -32,9 +37,13 @@ void expect(const std::string& value, const char* expected) {
   if (value != expected) throw std::runtime_error(value + " instead of " + expected);
 }
 
+void logLine() {
+  VESK_LOG_TO("fork.test", Info, "a line of %d", static_cast<int>(getpid()));
+}
+
 // What threads do at any time, and children too.
 constexpr void (*kWorks[])() = {
-    [] { VESK_LOG_TO("fork.test", Info, "a line of %d", static_cast<int>(getpid())); },
+    logLine,
     [] { expect(Props(false, false)->getString("fork.key"), "value"); },
     [] { expect(Props(false, true)->getString("fork.key"), "value"); },
     [] { Props(false, false)->reload(); },
@@ -47,6 +56,39 @@ constexpr void (*kWorks[])() = {
     [] { RunQueue::getRunQueue("fork.queue", true, 10); },
 };
 
+// Runs in processes that have not used the library yet, so it comes first. Nothing says that there are
+// threads.
+TEST(FirstUse, IsSafeInSeveralThreadsAndOverForks) {
+  if (strstr(SANITIZERS, "address"))
+    GTEST_SKIP() << "the address sanitizer cannot be forked by a busy program";
+  struct statfs info;
+  if (statfs("/var/velmora", &info) != 0 || info.f_type != TMPFS_MAGIC)
+    GTEST_SKIP() << "only in the private world";
+  constexpr int kProcesses = 150, kThreads = 3;
+  constexpr void (*kUses[])() = {logLine, [] { GetDictionaryMap(); },
+                                 [] { GetSetting(SETTING_DOMAIN_NAME, ""); },
+                                 [] { RunQueue::getRunQueue("fork.queue", true, 10); }};
+  const auto useAll = [&](int first) {
+    for (int i = 0; i < 4; ++i) kUses[(first + i) % 4]();
+  };
+  std::ofstream(paths::kConfigFile) << "logger.destination: /var/log/first.log\n";
+  const auto process = [&] {
+    alarm(kPatience);
+    std::atomic<int> started{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i)
+      threads.emplace_back([&, i] {
+        for (++started; started < kThreads + 1;) {
+        }
+        useAll(i);
+      });
+    ++started;
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(inChild([&] { alarm(kPatience), useAll(i); }), 0);
+    for (std::thread& thread : threads) thread.join();
+  };
+  for (int i = 0; i < kProcesses && !HasFailure(); ++i) EXPECT_EQ(inChild(process), 0) << "process " << i;
+}
+
 class ForkTest : public WorldTest {
  protected:
   void SetUp() override {
@@ -55,10 +97,8 @@ class ForkTest : public WorldTest {
     configure("fork.key: value\n");
     put(std::string(paths::kDataDir) + "kset.domain", "example.com\n");
     m_standin = std::make_unique<StandinProcess>();
-    Thread::SetThreadsActive(true);
   }
   void TearDown() override {
-    Thread::SetThreadsActive(false);
     m_standin.reset();
     WorldTest::TearDown();
   }
@@ -66,6 +106,11 @@ class ForkTest : public WorldTest {
   void ask() {
     LocalRpcSession session(m_standin->socket(), false, true);
     expect(session.getUser(kUser, 0)->unixName(), kUser);
+  }
+
+  // Whether the thread sleeps in a system call.
+  static bool isAsleep(pid_t thread) {
+    return get("/proc/self/task/" + std::to_string(thread) + "/stat").find(") S ") != std::string::npos;
   }
 
   // Runs the work over and over in a thread of its own.
@@ -114,6 +159,45 @@ TEST_F(ForkTest, AHolderMayFork) {
     properties.unLock();
     EXPECT_EQ(mutex.owner(), pthread_t{});
   });
+}
+
+// The kernel takes some lines, and then the thread that logs waits, with the C library's lock on syslog. The
+// fork does not wait for it. The child must not use that lock, but its line arrives.
+TEST_F(ForkTest, AStalledSyslogHoldsUpNoForkAndNoChild) {
+  alarm(kPatience);
+  SyslogSocket syslogd;
+  ::configure("");
+  syslogd.pause();
+  std::atomic<pid_t> logger{0};
+  std::thread busy([&] {
+    logger = gettid();
+    for (int i = 0; i < 100; ++i) logLine();
+  });
+  while (logger == 0 || !isAsleep(logger)) sched_yield();
+  int resumed[2];
+  ASSERT_EQ(pipe2(resumed, O_CLOEXEC), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(kPatience);
+    logLine();  // lost
+    char byte;
+    _exit(read(resumed[0], &byte, 1) == 1 ? (logLine(), 0) : 1);
+  }
+  syslogd.resume();
+  busy.join();
+  syslogd.texts();
+  EXPECT_EQ(write(resumed[1], "x", 1), 1);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  const std::vector<SyslogLine> lines = syslogd.take();
+  ASSERT_EQ(lines.size(), 1u);
+  const std::string number = std::to_string(child);
+  EXPECT_EQ(lines[0].text, "INFO  fork.test a line of " + number);
+  EXPECT_EQ(lines[0].sender, "fork_test[" + number + "]");
+  EXPECT_EQ(lines[0].priority, LOG_AUTH | LOG_INFO);
+  for (const int end : resumed) close(end);
+  alarm(0);
 }
 
 }  // namespace

@@ -148,8 +148,32 @@ TEST(RunQueueThreads, TheRunnerPostsPastTheLimitAndIsNeverHeldUp) {
   EXPECT_EQ(pauses.taken().size(), 1u) << "the first poster's own";
   queue.interrupt();
   runner.reset();
-  fill(queue, 1);  // nobody counts as the runner now
+  fill(queue, 1);  // by a thread that is no runner
   EXPECT_EQ(pauses.taken().size(), 2u);
+}
+
+TEST(RunQueueThreads, TheFirstRunnerIsRememberedUntilAnotherOneServesInItsPlace) {
+  RunQueue queue("limited", 2, false);
+  RecordedPauses pauses;
+  Gate first, second;
+  Worker early([&] {
+    queue.runQueue(-1);
+    fill(queue, 20);  // nobody but this thread would make room
+    EXPECT_EQ(pauses.taken().size(), 0u);
+    first.open();
+    second.wait();
+    fill(queue, 1);
+  });
+  first.wait();
+  Worker([&] {
+    queue.runQueue(-1);
+    fill(queue, 5);
+  });
+  EXPECT_EQ(pauses.taken().size(), 0u);
+  queue.runQueue(-1);
+  second.open();
+  early.join();
+  EXPECT_EQ(pauses.taken(), std::vector<long>{10});
 }
 
 TEST(RunQueueThreads, ACancelledRunnerLeavesItsPlace) {
@@ -311,6 +335,16 @@ TEST_F(TimeQueueTest, EventsGoToTheDaemonsQueueAndReplaceTheirDuplicates) {
   EXPECT_EQ(ran, "cb");
 }
 
+/// An event that tells when a thread of the class Thread has asked for its time.
+struct Asked : TimedEvent {
+  Asked(long delay, Event& event) : TimedEvent("", delay, runEvent, &event, false, false) {}
+  long getTimeout() override {
+    if (vesk::Thread::getSelf() != nullptr) askedByRunner.open();
+    return TimedEvent::getTimeout();
+  }
+  Gate askedByRunner;
+};
+
 TEST(TimeQueueThreads, AnEarlierItemWakesASleepingRunner) {
   TimeQueue queue("threads", 0, false);
   MovedDay day;
@@ -319,7 +353,10 @@ TEST(TimeQueueThreads, AnEarlierItemWakesASleepingRunner) {
   Worker runner([&] { queue.runQueue(20'000); });
   schedule(queue, 0, start);
   started.wait();
-  schedule(queue, 10'000, openLate);
+  const auto lateEvent = boost::make_shared<Asked>(10'000, openLate);
+  queue.post(lateEvent);
+  lateEvent->askedByRunner.wait(
+      2);  // the second time to know how long to sleep: it does, once the lock is free
   schedule(queue, 0, openEarly);
   early.wait();
   day.moveTo(15'000);

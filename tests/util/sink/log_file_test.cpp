@@ -6,8 +6,10 @@
 #include <sys/mount.h>
 #include <syslog.h>
 
+#include <atomic>
 #include <cstdarg>
 #include <map>
+#include <thread>
 #include <tuple>
 
 #include <fokrazo/log.h>
@@ -30,6 +32,12 @@ __attribute__((format(printf, 2, 3))) void write(FileLogging& file, const char* 
 
 class LogFileTest : public testsupport::ScratchTest {
  protected:
+  void TearDown() override {
+    configure("");
+    closelog();
+    ScratchTest::TearDown();
+  }
+
   // Where the text of a file stands: a compressed one is expanded.
   std::string plain(const fs::path& path) {
     if (path.extension() != ".gz") return path;
@@ -47,7 +55,14 @@ class LogFileTest : public testsupport::ScratchTest {
     return all;
   }
 
-  // How often each line stands in the files.
+  // Whether a file's name has that part.
+  bool files(const std::string& part) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(m_dir))
+      if (entry.path().filename().string().find(part) != std::string::npos) return true;
+    return false;
+  }
+
+  // How often each line is in the files.
   std::map<std::string, int> lines() {
     std::map<std::string, int> all;
     for (const fs::directory_entry& entry : fs::directory_iterator(m_dir))
@@ -66,7 +81,8 @@ TEST_F(LogFileTest, SettingsHaveTheirLimits) {
       {"-1", "x", "-1", {0xFFF00000, 0, false, 10, 10240}},
   };
   const auto tied = [](const FileLogging::Settings& settings) {
-    return std::make_tuple(settings.maxSize, settings.maxCount, settings.flushFrequency, settings.cacheSize);
+    return std::make_tuple(settings.maxSize, settings.maxCount, settings.zipBackup, settings.flushFrequency,
+                           settings.cacheSize);
   };
   for (const auto& [frequency, count, size, wanted] : rows) {
     const std::string stem = "\nlogger.file.";
@@ -123,25 +139,92 @@ TEST_F(LogFileTest, RotationMovesTheOldFilesUp) {
   }
 }
 
-// None of these may block, be written through, or change another file's mode.
+// None of these may block, be written through, or change another file's mode. What is open is close-on-exec.
 TEST_F(LogFileTest, TrapsInPlaceOfTheFileAreRefused) {
   ASSERT_EQ(mkfifo(in("fifo").c_str(), 0666) + mkdir(in("directory").c_str(), 0755), 0);
   put(in("target"), "");
   fs::permissions(in("target"), fs::perms::owner_read);
   fs::create_symlink(in("fifo"), in("link to fifo"));
   fs::create_symlink(in("target"), in("link"));
+  fs::create_hard_link(in("target"), in("hard link"));
   FileLogging file;
-  const std::pair<const char*, int> rows[] = {
-      {"fifo", ENXIO}, {"link to fifo", ENXIO}, {"directory", EISDIR}, {"missing/log", ENOENT}};
+  const std::pair<const char*, int> rows[] = {{"fifo", ENXIO},
+                                              {"link to fifo", ENXIO},
+                                              {"directory", EISDIR},
+                                              {"missing/log", ENOENT},
+                                              {"hard link", EMLINK}};
   for (const auto& [name, error] : rows) EXPECT_EQ(file.init(in(name).c_str()), error) << name;
   const UniqueFd reader(open(in("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   EXPECT_EQ(file.init(in("fifo").c_str()), ENXIO) << "with a reader";
+  fs::remove(in("hard link"));
   if (lchown(in("link").c_str(), testsupport::kOrdinaryUser, 0) == 0) {
     EXPECT_EQ(file.init(in("link").c_str()), ELOOP);
-    EXPECT_EQ(modeOf(in("target")) & 07777, 0400u);
     ASSERT_EQ(lchown(in("link").c_str(), 0, 0), 0);
   }
+  EXPECT_EQ(modeOf(in("target")) & 07777, 0400u);
+  EXPECT_FALSE(file.isOpened());
+  const int next = dup(0);
+  close(next);
   EXPECT_EQ(file.init(in("link").c_str()), 0);
+  EXPECT_EQ(fcntl(next, F_GETFD), FD_CLOEXEC);
+}
+
+// As a container's /dev/stdout. Where the reader is gone or does not read, syslog takes over.
+TEST_F(LogFileTest, APipeThatALinkOfRootsLeadsToGetsEachLineAtOnce) {
+  SyslogSocket syslogd;
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
+  fs::create_symlink("/proc/self/fd/" + std::to_string(ends[1]), in("stdout"));
+  configure("logger.destination: " + in("stdout") + "\n");
+  const auto logger = Logger::GetLogger("pipe");
+  VESK_LOG(logger, Info, "one");
+  char text[4096] = "";
+  EXPECT_GT(read(ends[0], text, sizeof text - 1), 0);
+  EXPECT_NE(strstr(text, "]: INFO  pipe one\n"), nullptr) << text;
+  const std::string filling(100'000, 'x');
+  EXPECT_GT(::write(ends[1], filling.data(), filling.size()), 0);
+  VESK_LOG(logger, Info, "full");
+  close(ends[0]);
+  VESK_LOG(logger, Info, "gone");
+  EXPECT_EQ(syslogd.texts(), (Texts{"INFO  pipe full", "INFO  pipe gone"}));
+  close(ends[1]);
+}
+
+// Whatever a message quotes, it stays one line and drives no terminal; a newline of the format's own stays.
+// All destinations and the memory log write the same.
+TEST_F(LogFileTest, OutsideTextIsEscapedInEverySink) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"plain \t\x7f D\xc3\xa9j\xc3\xa0 \xe2\x82\xac \xf0\x9f\x94\x91 \\x1b", ""},
+      {"a\nroot: fine\r\b\x1b[2J", "a\\x0aroot: fine\\x0d\\x08\\x1b[2J"},
+      {"\xc2\x9b 31m \xe2\x80\xae \xe2\x81\xa6", "\\xc2\\x9b 31m \\xe2\\x80\\xae \\xe2\\x81\\xa6"},
+      {"\x9b \xff \xc0\x8a \xed\xa0\x80 \xe2\x82", "\\x9b \\xff \\xc0\\x8a \\xed\\xa0\\x80 \\xe2\\x82"},
+      {"line\n", "line\\x0a"},
+  };
+  const auto logger = Logger::GetLogger("client.x");
+  const std::string destination = "logger.destination: " + in("log") + "\nlogger.file.flush.frequency: ";
+  for (const std::string& configuration :
+       {destination + "1\n", destination + "2\n", std::string(), std::string("logger.queue.size: 1000\n")}) {
+    SyslogSocket syslogd;
+    configure(configuration);
+    if (configuration[0] == 'l' && configuration[7] == 'q') Logger::startThread({});
+    Texts expected;
+    for (const auto& [text, escaped] : rows) {
+      VESK_LOG(logger, Info, "%s.", text.c_str());
+      expected.push_back("INFO  " + (escaped.empty() ? text : escaped) + ".");
+    }
+    VESK_LOG(logger, Info, "%s\n", std::string(600, '\1').c_str());
+    VESK_LOG(logger, Info, "%s", "end\n");
+    Logger::stopThread({});
+    const bool toFile = configuration.find(in("log")) != std::string::npos;
+    if (toFile) configure("");
+    Texts written = toFile ? linesOf(in("log")) : syslogd.texts();
+    ASSERT_GE(written.size(), 7u) << configuration;
+    EXPECT_EQ(Texts(written.begin(), written.begin() + 5), expected) << configuration;
+    EXPECT_EQ(written[5].compare(0, 14, "INFO  \\x01\\x01"), 0) << written[5];
+    EXPECT_LE(written[5].size(), configuration == destination + "1\n" ? 3000u : 1023u);
+    EXPECT_EQ(written.back(), "INFO  end\\x0a") << configuration;
+    fs::remove(in("log"));
+  }
 }
 
 TEST_F(LogFileTest, ADestinationThatFailsFallsBackOnSyslogAndCanChange) {
@@ -161,7 +244,54 @@ TEST_F(LogFileTest, ADestinationThatFailsFallsBackOnSyslogAndCanChange) {
   EXPECT_EQ(linesOf("/var/log/velmora.log"), Texts{"INFO  dest third"});
   VESK_LOG(logger, Info, "fourth");
   EXPECT_EQ(syslogd.texts(), Texts{"INFO  dest fourth"});
-  closelog();
+}
+
+// The lines that wait for a flush go to syslog too, and a new directory gets a new file.
+TEST_F(LogFileTest, AFileWhoseDirectoryIsGoneFallsBackOnSyslog) {
+  const auto logger = Logger::GetLogger("gone");
+  for (const int frequency : {1, 3}) {
+    SyslogSocket syslogd;
+    fs::create_directory(in("sub"));
+    configure("logger.destination: " + in("sub/log") +
+              "\nlogger.file.flush.frequency: " + std::to_string(frequency) + "\n");
+    fs::remove_all(in("sub"));
+    Texts expected;
+    for (int i = 0; i < 7; ++i) {
+      VESK_LOG(logger, Info, "%d", i);
+      expected.push_back("INFO  gone " + std::to_string(i));
+    }
+    EXPECT_EQ(syslogd.texts(), expected) << frequency;
+    fs::create_directory(in("sub"));
+    for (int i = 0; i < 2 * frequency; ++i) VESK_LOG(logger, Info, "back");
+    configure("");
+    EXPECT_EQ(linesOf(in("sub/log")).size() + syslogd.texts().size(), 2u * frequency);
+    EXPECT_EQ(linesOf(in("sub/log")).back(), "INFO  gone back");
+    fs::remove_all(in("sub"));
+  }
+}
+
+// The compression of a large file takes long; meanwhile the log is free for others.
+TEST_F(LogFileTest, NobodyWaitsForACompression) {
+  constexpr unsigned int kSize = 256 << 20;
+  put(in("log"), "");
+  fs::resize_file(in("log"), kSize);  // takes no room
+  FileLogging file;
+  ASSERT_EQ(file.init(in("log").c_str(), {kSize, 2, true, 1, 0}), 0);
+  const auto isCompressing = [&] { return files(".rotated.") && files(".1.gz"); };
+  std::atomic<bool> over{false};
+  std::thread writer([&] {
+    write(file, "rotates");
+    over = true;
+  });
+  while (!over && !isCompressing()) sched_yield();
+  bool gotIt = false;
+  while (!gotIt && isCompressing())
+    if (file.mutex.tryLock()) {
+      gotIt = true;
+      file.mutex.unLock();
+    }
+  EXPECT_TRUE(gotIt);
+  writer.join();
 }
 
 // What a cache holds of a compressed log waits for the new file.
@@ -175,7 +305,6 @@ TEST_F(LogFileTest, AFileThatCannotBeOpenedAgainIsTriedAgain) {
   fs::create_directory(m_dir);
   write(cached, "4");
   EXPECT_EQ(linesOf(in("cached")), (Texts{"1", "2", "3", "4"}));
-  write(file, "into nothing");
   write(file, "moves to the first backup");
   EXPECT_EQ(linesOf(in("log.1")), Texts{"moves to the first backup"});
 }

@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <stdexcept>
+#include <thread>
 
 #include "tests/support/thrown.h"
 #include "tests/support/workers.h"
@@ -32,6 +33,18 @@ TEST(LockWithoutThreads, HoldsNothingAndWaitsOutItsTime) {
   mutex.lock();
   EXPECT_TRUE(mutex.tryLock());
   EXPECT_EQ(mutex.lockDepth(), 0u);
+}
+
+TEST(LockWithoutThreads, CountsOnceTheProcessHasASecondThreadWhoeverStartsIt) {
+  Mutex mutex;
+  Lock before(mutex);
+  std::thread([&] { EXPECT_TRUE(Lock(mutex).isLocked()); }).join();
+  EXPECT_EQ(Thread::m_threadsActive, 0);
+  EXPECT_FALSE(before.isLocked()) << "a lock that held nothing holds nothing to its end";
+  Lock after(mutex);
+  EXPECT_TRUE(after.isLocked());
+  before.unLock();
+  EXPECT_EQ(mutex.lockDepth(), 1u);
 }
 
 TEST_F(LockTest, RecursiveHoldsAreCountedAndTheLastOneFrees) {
