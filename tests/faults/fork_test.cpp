@@ -61,9 +61,7 @@ constexpr void (*kWorks[])() = {
 TEST(FirstUse, IsSafeInSeveralThreadsAndOverForks) {
   if (strstr(SANITIZERS, "address"))
     GTEST_SKIP() << "the address sanitizer cannot be forked by a busy program";
-  struct statfs info;
-  if (statfs("/var/velmora", &info) != 0 || info.f_type != TMPFS_MAGIC)
-    GTEST_SKIP() << "only in the private world";
+  if (!inPrivateWorld()) GTEST_SKIP() << "only in the private world";
   constexpr int kProcesses = 150, kThreads = 3;
   constexpr void (*kUses[])() = {logLine, [] { GetDictionaryMap(); },
                                  [] { GetSetting(SETTING_DOMAIN_NAME, ""); },
