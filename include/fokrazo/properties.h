@@ -16,6 +16,7 @@
 #include <fokrazo/mutex.h>
 #include <fokrazo/property_syntax.h>
 #include <fokrazo/strutil.h>
+#include <fokrazo/thread_annotations.h>
 
 namespace vesk {
 
@@ -170,30 +171,32 @@ class FOKRAZO_API Properties : public PropertySyntax {
   /// What variables may add to the values in one load: values that multiply each other stay bounded.
   static constexpr size_t kMaxExpansion = 16 * 1024 * 1024;
 
-  // All below expect `mutex` to be held.
-  void loadText(const std::string& text, bool expand);
-  void begin(bool expand);
-  void parse(const std::string& file, bool expand);
-  void loadVariables();
-  Table::iterator assign(Table::iterator near, const std::string& key, std::string& text);
-  void expandEnvVariables(std::string& value);
-  void unexpandEnvVariables(std::string& value) const;
-  std::string replacement(const std::string& name);
-  /// Whether the list may be kept for the next call.
-  bool makeList(const std::string& key, const std::string& fallback, ValueList& list);
-  ValueList markItems(const ValueList& list, bool keepDollar) const;
-  std::string makeRawList(const ValueList& list, bool keepDollar);
-  void change(const std::string& key, const std::string& raw);
-  void changed(const std::string& key);
-  int saveUnder(LockFile& lockFile, const std::string& path);
+  void loadText(const std::string& text, bool expand) FOKRAZO_REQUIRES(mutex);
+  void begin(bool expand) FOKRAZO_REQUIRES(mutex);
+  void parse(const std::string& file, bool expand) FOKRAZO_REQUIRES(mutex);
+  void loadVariables() FOKRAZO_REQUIRES(mutex);
+  Table::iterator assign(Table::iterator near, const std::string& key, std::string& text)
+      FOKRAZO_REQUIRES(mutex);
+  void expandEnvVariables(std::string& value) FOKRAZO_REQUIRES(mutex);
+  void unexpandEnvVariables(std::string& value) const FOKRAZO_REQUIRES(mutex);
+  std::string replacement(const std::string& name) FOKRAZO_REQUIRES(mutex);
+  /// Makes a list for getValueList. Returns whether it may be kept for the next call.
+  bool makeList(const std::string& key, const std::string& fallback, ValueList& list) FOKRAZO_REQUIRES(mutex);
+  ValueList markItems(const ValueList& list, bool keepDollar) const FOKRAZO_REQUIRES(mutex);
+  std::string makeRawList(const ValueList& list, bool keepDollar) FOKRAZO_REQUIRES(mutex);
+  void change(const std::string& key, const std::string& raw) FOKRAZO_REQUIRES(mutex);
+  void changed(const std::string& key) FOKRAZO_REQUIRES(mutex);
+  int saveUnder(LockFile& lockFile, const std::string& path) FOKRAZO_REQUIRES(mutex);
 
-  Table m_table;
-  std::map<std::string, ValueListPtr> m_listCache;
-  std::map<std::string, std::string> m_variables;  // the special variables, and names looked up
-  size_t m_expansionLeft = kMaxExpansion;          // what variables may still add in this load
-  bool m_loaded = false;
-  bool m_modified = false;
-  bool m_expandVariables;
+  Table m_table FOKRAZO_GUARDED_BY(mutex);
+  std::map<std::string, ValueListPtr> m_listCache FOKRAZO_GUARDED_BY(mutex);
+  /// The special variables, and names that were looked up.
+  std::map<std::string, std::string> m_variables FOKRAZO_GUARDED_BY(mutex);
+  /// How much text variables may still add in this load.
+  size_t m_expansionLeft FOKRAZO_GUARDED_BY(mutex) = kMaxExpansion;
+  bool m_loaded FOKRAZO_GUARDED_BY(mutex) = false;
+  bool m_modified FOKRAZO_GUARDED_BY(mutex) = false;
+  bool m_expandVariables FOKRAZO_GUARDED_BY(mutex);
   const bool m_debugDump;
 };
 

@@ -10,6 +10,7 @@
 
 #include <fokrazo/mutex.h>
 #include <fokrazo/osport.h>
+#include <fokrazo/thread_annotations.h>
 #include "util/process/descriptors.h"
 #include "util/text/made_once.h"
 #include "util/thread/fork_locks.h"
@@ -28,10 +29,12 @@ constexpr long kPollInterval = 500;  // milliseconds; there are two polls to a s
 
 struct Child {
   pid_t pid;
-  bool awaited;  // a caller waits for it; it is none of spawnfv_reap's
+  bool awaited;  // a caller waits for it, so spawnfv_reap leaves it alone
 };
 
-vesk::MadeOnce<std::vector<Child>> gSpawnPidList;
+using Children = std::vector<Child>;
+
+vesk::MadeOnce<Children> gSpawnPidList;
 
 // Guards the list, and keeps fork from copying it half changed.
 vesk::Mutex& gSpawnMutex() {
@@ -39,6 +42,10 @@ vesk::Mutex& gSpawnMutex() {
     if (!intact) gSpawnPidList.abandon();
   });
   return vesk::forkedLock(vesk::ForkOrder::SpawnedChildren);
+}
+
+Children& spawnedChildren() FOKRAZO_REQUIRES(gSpawnMutex()) {
+  return gSpawnPidList.get();
 }
 
 int maxfd() {
@@ -49,7 +56,7 @@ bool hasEnded(int status) {
   return WIFEXITED(status) || WIFSIGNALED(status);
 }
 
-/// What is to run, with everything that it needs made ready: after fork there is no taking of memory.
+/// A program to run. All memory that it takes to start is allocated here, before the fork.
 class Program {
  public:
   Program(int count, const int* fds, const char* path, char** argv, bool emptyEnvironment, void (*callback)())
@@ -93,19 +100,20 @@ class Program {
   int m_limit;
 };
 
-// Gives the process id and enters the child into the list; -1 with errno. A cancel does not strike here,
-// where nobody would look after the child.
+// Returns the process id, which is then in the list, or -1 with errno. A cancelled thread goes on to the end
+// of this function: otherwise nobody would collect the child.
 pid_t startChild(Program& program, bool awaited) {
   const vesk::BriefHold hold(gSpawnMutex());
-  gSpawnPidList.get().reserve(gSpawnPidList.get().size() + 1);
+  Children& children = spawnedChildren();
+  children.reserve(children.size() + 1);
   const pid_t pid = fork();
   if (pid == 0) program.become();
-  if (pid > 0) gSpawnPidList.get().push_back({pid, awaited});
+  if (pid > 0) children.push_back({pid, awaited});
   return pid;
 }
 
-/// A child that is waited for. One that is given up, because of the time or because the waiting thread is
-/// cancelled, is left to spawnfv_reap.
+/// A child that its caller waits for. If the time is up, or the waiting thread is cancelled, it is left to
+/// spawnfv_reap.
 class AwaitedChild {
  public:
   explicit AwaitedChild(pid_t pid) : m_pid(pid) {}
@@ -140,7 +148,7 @@ class AwaitedChild {
   AwaitedChild& operator=(const AwaitedChild&) = delete;
 
  private:
-  // Somebody else has collected the child, or the system does it.
+  // Another part of the program has collected the child, or the system does.
   int endUnknown() {
     const int error = errno;
     forget();
@@ -148,32 +156,35 @@ class AwaitedChild {
     return -1;
   }
 
-  std::vector<Child>::iterator entry() {
-    auto& children = gSpawnPidList.get();
+  // Its place in the list, which is the end if spawnfv_reap has dropped it.
+  Children::iterator find(Children& children) const {
     return std::find_if(children.begin(), children.end(),
-                        [&](const Child& child) { return child.pid == m_pid; });
+                        [this](const Child& child) { return child.pid == m_pid; });
   }
 
   void forget() {
     m_done = true;
     vesk::Lock lock(gSpawnMutex());
-    const auto found = entry();
-    if (found != gSpawnPidList.get().end()) gSpawnPidList.get().erase(found);
+    Children& children = spawnedChildren();
+    const auto found = find(children);
+    if (found != children.end()) children.erase(found);
   }
 
   void giveUp() {
     if (m_done) return;
     m_done = true;
     vesk::Lock lock(gSpawnMutex());
-    const auto found = entry();
-    if (found != gSpawnPidList.get().end()) found->awaited = false;
+    Children& children = spawnedChildren();
+    const auto found = find(children);
+    if (found != children.end()) found->awaited = false;
   }
 
   pid_t m_pid;
   bool m_done = false;
 };
 
-// An entry that is no child of ours (any more) is dropped too: it was inherited by a fork, or collected.
+// True also for a process that is not a child of this one: it was collected elsewhere, or a fork copied the
+// list.
 bool isGone(const Child& child) {
   if (child.awaited) return false;
   int status;
@@ -216,6 +227,6 @@ int spawnfv_time_with_callback(int mode, int count, int* fds, const char* path, 
 
 void spawnfv_reap() {
   vesk::Lock lock(gSpawnMutex());
-  auto& children = gSpawnPidList.get();
+  Children& children = spawnedChildren();
   children.erase(std::remove_if(children.begin(), children.end(), isGone), children.end());
 }

@@ -86,8 +86,9 @@ class Properties::Saver {
   Saver(Properties& properties, const std::string& text)
       : m_properties(properties), m_text(text), m_lines(text) {}
 
-  /// False, with a message in the log, if a key in memory is one that no file can hold.
-  bool run(std::string& out) {
+  /// False, with a message in the log, if a key in memory is one that no file can hold. The caller holds the
+  /// properties' lock, which the compiler cannot know by the name that it has here.
+  bool run(std::string& out) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
     std::string line;
     std::string extra;
     bool afterEmpty = false;
@@ -115,7 +116,7 @@ class Properties::Saver {
 
  private:
   // One that names a property whose value is missing becomes that property.
-  void takeComment(std::string& line) {
+  void takeComment(std::string& line) FOKRAZO_REQUIRES(m_properties.mutex) {
     line.erase(0, line.find_first_not_of("#!"));
     std::string key;
     std::string value;
@@ -126,7 +127,7 @@ class Properties::Saver {
     m_written.insert(key);
   }
 
-  void takeLine(const std::string& line) {
+  void takeLine(const std::string& line) FOKRAZO_REQUIRES(m_properties.mutex) {
     std::string key;
     std::string value;
     if (!getPropertyFromLine(line, key, value)) return copyLine();
@@ -144,7 +145,7 @@ class Properties::Saver {
   }
 
   /// Whether the key has a value that has not been written yet.
-  bool isAwaited(const std::string& key) const {
+  bool isAwaited(const std::string& key) const FOKRAZO_REQUIRES(m_properties.mutex) {
     return m_properties.m_table.count(key) != 0 && m_written.count(key) == 0;
   }
 
@@ -154,7 +155,7 @@ class Properties::Saver {
   /// No reader takes the next line for a part of a comment. Where such a line is a property that would undo
   /// what is written already, or that only the end of the file can hold, the comment at hand ends in front of
   /// it, and it is taken next. Gives whether that is so.
-  bool cutComment() {
+  bool cutComment() FOKRAZO_REQUIRES(m_properties.mutex) {
     TextLines lines(m_text, m_begin);
     std::string line;
     std::string extra;
@@ -173,7 +174,7 @@ class Properties::Saver {
 
   // Texts of one value may still be different lists, and in rewriting mode their dollar signs references or
   // not.
-  bool means(const Property& own, const Property& held) const {
+  bool means(const Property& own, const Property& held) const FOKRAZO_REQUIRES(m_properties.mutex) {
     if (own.value() != held.value()) return false;
     if (!held.raw() || *own.raw() == *held.raw()) return true;
     const bool marked = !m_properties.m_expandVariables && held.value().find('$') != std::string::npos;
@@ -193,7 +194,7 @@ class Properties::Saver {
     }
   }
 
-  void writeProperty(const Table::value_type& entry) {
+  void writeProperty(const Table::value_type& entry) FOKRAZO_REQUIRES(m_properties.mutex) {
     std::string line;
     if (!makeLine(entry.first, entry.second, line)) {
       VESK_LOG(logger(), Error, "No line of a property file can hold the key '%s'", entry.first.c_str());
@@ -220,7 +221,8 @@ class Properties::Saver {
   }
 
   // The text as it was, as far as it comes back the same from one line.
-  bool makeLine(const std::string& key, const Property& property, std::string& line) {
+  bool makeLine(const std::string& key, const Property& property, std::string& line)
+      FOKRAZO_REQUIRES(m_properties.mutex) {
     std::string head;
     if (!putPropertyToLine(head, key, std::string(), true)) return false;
     if (property.raw()) {
@@ -234,7 +236,7 @@ class Properties::Saver {
     return putPropertyToLine(line, key, property.value(), m_properties.m_expandVariables);
   }
 
-  bool readsBack(const std::string& line, const std::string& raw) {
+  bool readsBack(const std::string& line, const std::string& raw) FOKRAZO_REQUIRES(m_properties.mutex) {
     std::string key;
     std::string value;
     if (!isSingleLine(line) || !getPropertyFromLine(line, key, value)) return false;

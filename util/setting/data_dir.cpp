@@ -6,13 +6,10 @@
 #include <fokrazo/file_util.h>
 #include <fokrazo/log.h>
 #include <fokrazo/path.h>
-#include <fokrazo/properties.h>
 #include <fokrazo/setting.h>
 #include "util/error/throw.h"
 #include "util/file/file_io.h"
 #include "util/setting/setting_store.h"
-#include "util/text/made_once.h"
-#include "util/thread/fork_locks.h"
 
 namespace vesk {
 namespace {
@@ -61,36 +58,6 @@ void openToAllUsers(const Path& dir) {
 
 }  // namespace
 
-namespace {
-
-MadeOnce<SettingStore> gStore;
-
-// The directory stays: it is set before anything else happens.
-void abandonSettings(bool intact) {
-  SettingStore* const store = gStore.ifMade();
-  if (intact || store == nullptr) return;
-  new (&store->gSettingsMap) decltype(store->gSettingsMap);
-  new (&store->gRewriteSettings) decltype(store->gRewriteSettings);
-}
-
-}  // namespace
-
-SettingStore& SettingStore::instance() {
-  SettingStore& store = gStore.get();
-  heldOverFork(ForkOrder::Settings, store.gMapLock);
-  inForkedChild(ForkOrder::Settings, abandonSettings);
-  return store;
-}
-
-thread_local int LockedStore::Hold::gHolds = 0;
-
-LockedStore::Hold::Hold() {
-  if (gHolds == 0) Props(false, false);
-  ++gHolds;
-}
-
-LockedStore::LockedStore() : m_store(SettingStore::instance()), m_lock(m_store.gMapLock) {}
-
 bool isRootUser() {
   return ::geteuid() == 0;
 }
@@ -106,37 +73,37 @@ std::vector<std::string> listKSetDirectory(const std::string& dir) {
 
 std::string getDataDir() {
   const LockedStore store;
-  return store->gDataDir;
+  return store->dataDir;
 }
 
 void chgDataDir(const std::string& dir) {
   const LockedStore store;
-  if (!store->gSettingsMap.empty()) {
+  if (!store->values.empty()) {
     VESK_LOG_TO(kLogger, Warn, "Settings Map already been created, cannot change root of data directory.");
     FOKRAZO_THROW(AlreadyException, "AlreadyException", 0, "change data dir");
   }
   VESK_LOG_TO(kLogger, Info, "Change Root of Data directory to %s.", dir.c_str());
-  store->gDataDir = dir;
+  store->dataDir = dir;
 }
 
 void createDataDir() {
   const LockedStore store;
   const std::string precreate = precreateDir();
   if (!isRootUser()) {
-    if (store->gDataDir != precreate) return;
-    refuseForeignDirectory(store->gDataDir);
+    if (store->dataDir != precreate) return;
+    refuseForeignDirectory(store->dataDir);
   }
-  const Path userDir(store->gDataDir + kUserDir);
-  if (Path::exists(store->gDataDir))
+  const Path userDir(store->dataDir + kUserDir);
+  if (Path::exists(store->dataDir))
     openToAllUsers(userDir);
   else
-    makeDirectory(store->gDataDir, kDataDirMode);
+    makeDirectory(store->dataDir, kDataDirMode);
   if (!Path::exists(userDir)) makeDirectory(userDir, kUserDirMode);
 }
 
 void deleteDataDir() {
   const LockedStore store;
-  Path::remove(store->gDataDir, true);
+  Path::remove(store->dataDir, true);
 }
 
 }  // namespace vesk

@@ -37,7 +37,7 @@ std::string shortZoneName(const std::string& zone) {
 // A machine that has not joined lacks all of them: to look first costs less than five exceptions.
 bool isThere(const char* name) {
   const LockedStore store;
-  return store->gSettingsMap.count(name) != 0 || SettingExists(name);
+  return store->values.count(name) != 0 || SettingExists(name);
 }
 
 std::string readSetting(const char* name) {

@@ -22,7 +22,7 @@ bool filesDisabled() {
   return Props(false, false)->getBool(PN::DISABLE_KSET_FILES, false);
 }
 
-// Whoever asks tries first what his own kind has written.
+// Root first reads what root wrote, other users what users wrote.
 std::string readFromFiles(const std::string& name) {
   const std::string dataDir = getDataDir();
   if (!isDCSetting(name)) return readSettingFile(name, dataDir);
@@ -38,21 +38,21 @@ bool isUnchanged(const std::string& name, const std::string& value) {
   return trimWhiteSpace(value) == trimWhiteSpace(internalGetSetting(name, std::string()));
 }
 
-bool isWaiting(const SettingStore& store, const std::string& name) {
-  return std::find(store.gRewriteSettings.begin(), store.gRewriteSettings.end(), name) !=
-         store.gRewriteSettings.end();
+bool isWaiting(const SettingStore& store, const std::string& name) FOKRAZO_REQUIRES(settingsMutex()) {
+  return std::find(store.waiting.begin(), store.waiting.end(), name) != store.waiting.end();
 }
 
-void cleanUpOnce(SettingStore& store, const std::string& dir) {
+void cleanUpOnce(SettingStore& store, const std::string& dir) FOKRAZO_REQUIRES(settingsMutex()) {
   if (store.cleanedUp) return;
   CleanTempSettingFiles(dir);
   store.cleanedUp = true;
 }
 
-// False if the name has to wait on.
-bool rewrite(const SettingStore& store, const std::string& name, const std::string& dir) {
-  const auto entry = store.gSettingsMap.find(name);
-  if (entry == store.gSettingsMap.end()) return true;
+// False if the name has to go on waiting.
+bool rewrite(const SettingStore& store, const std::string& name, const std::string& dir)
+    FOKRAZO_REQUIRES(settingsMutex()) {
+  const auto entry = store.values.find(name);
+  if (entry == store.values.end()) return true;
   try {
     writeSettingFile(name, entry->second.first, entry->second.second, dir);
     return true;
@@ -61,14 +61,15 @@ bool rewrite(const SettingStore& store, const std::string& name, const std::stri
   }
 }
 
-// A value that could not be written is not kept for the file's, or saving it once more would do nothing.
-void forgetUnlessWaiting(SettingStore& store, const std::string& name) {
-  if (!isWaiting(store, name)) store.gSettingsMap.erase(name);
+// A value that could not be written must not stay in memory as if the file had it: saving it again would do
+// nothing.
+void forgetUnlessWaiting(SettingStore& store, const std::string& name) FOKRAZO_REQUIRES(settingsMutex()) {
+  if (!isWaiting(store, name)) store.values.erase(name);
 }
 
 void writeOrDefer(SettingStore& store, const std::string& name, const std::string& value,
-                  SettingAccess access, bool deferOnFailure) {
-  const std::string dir = isRootUser() ? store.gDataDir : store.gDataDir + kUserDir;
+                  SettingAccess access, bool deferOnFailure) FOKRAZO_REQUIRES(settingsMutex()) {
+  const std::string dir = isRootUser() ? store.dataDir : store.dataDir + kUserDir;
   try {
     writeSettingFile(name, value, access, dir);
     rewriteSettingFiles();
@@ -77,7 +78,7 @@ void writeOrDefer(SettingStore& store, const std::string& name, const std::strin
       forgetUnlessWaiting(store, name);
       throw;
     }
-    if (!isWaiting(store, name)) store.gRewriteSettings.push_back(name);
+    if (!isWaiting(store, name)) store.waiting.push_back(name);
   }
 }
 
@@ -108,10 +109,10 @@ std::string loadSetting(const std::string& name, bool fromFileOnly) {
                     "No property found for %s and file I/O disabled in properties file", name.c_str());
   }
   const LockedStore store;
-  const auto held = store->gSettingsMap.find(name);
-  if (held != store->gSettingsMap.end()) return held->second.first;
+  const auto held = store->values.find(name);
+  if (held != store->values.end()) return held->second.first;
   const std::string value = readFromFiles(name);
-  store->gSettingsMap[name] = {value, SETTING_DEFAULT};
+  store->values[name] = {value, SETTING_DEFAULT};
   return value;
 }
 
@@ -128,19 +129,19 @@ void saveSetting(const std::string& name, const std::string& value, SettingAcces
   if (!value.empty() && !force && isUnchanged(name, value)) return;
   // No later attempt helps a value that is too large, so it is never deferred.
   if (toFile) refuseTooLarge("Write", name, trimWhiteSpace(value).size());
-  store->gSettingsMap[name] = {value, access};
+  store->values[name] = {value, access};
   VESK_LOG_TO(kLogger, Debug, "Setting %s to %s\n", name.c_str(), value.c_str());
   if (toFile) writeOrDefer(*store, name, value, access, deferOnFailure);
 }
 
 int rewriteSettingFiles() {
   const LockedStore store;
-  const std::string dir = isRootUser() ? store->gDataDir : store->gDataDir + kUserDir;
+  const std::string dir = isRootUser() ? store->dataDir : store->dataDir + kUserDir;
   cleanUpOnce(*store, dir);
-  std::vector<std::string>& waiting = store->gRewriteSettings;
+  std::vector<std::string>& waiting = store->waiting;
   if (waiting.empty()) return 0;
-  const auto failed = std::find_if_not(waiting.begin(), waiting.end(),
-                                       [&](const std::string& name) { return rewrite(*store, name, dir); });
+  auto failed = waiting.begin();
+  while (failed != waiting.end() && rewrite(*store, *failed, dir)) ++failed;
   waiting.erase(waiting.begin(), failed);
   CleanTempSettingFiles(dir);
   return static_cast<int>(waiting.size());
@@ -148,7 +149,7 @@ int rewriteSettingFiles() {
 
 void clearSettingsMap() {
   const LockedStore store;
-  store->gSettingsMap.clear();
+  store->values.clear();
 }
 
 bool joined() {

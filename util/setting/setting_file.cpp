@@ -51,8 +51,9 @@ struct stat statOf(const UniqueFd& fd, const std::string& path) {
 }
 
 // Anyone may put a file in "user/", and root's decisions must not rest on what others put there.
-bool isForeign(const struct stat& info, const std::string& dir, const SettingStore& store) {
-  return isRootUser() && info.st_uid != 0 && dir == store.gDataDir + kUserDir;
+bool isForeign(const struct stat& info, const std::string& dir, const SettingStore& store)
+    FOKRAZO_REQUIRES(settingsMutex()) {
+  return isRootUser() && info.st_uid != 0 && dir == store.dataDir + kUserDir;
 }
 
 [[noreturn]] void throwTooLarge(const char* operation, const std::string& name, long long size, int limit) {
@@ -139,7 +140,7 @@ void refuseTooLarge(const char* operation, const std::string& name, long long si
 
 std::string readSettingFile(const std::string& name, const std::string& dir) {
   const LockedStore store;
-  const std::string directory = dir.empty() ? store->gDataDir : dir;
+  const std::string directory = dir.empty() ? store->dataDir : dir;
   const std::string path = settingPath(directory, name);
   const UniqueFd fd = openForReading(path);
   const struct stat info = statOf(fd, path);
@@ -154,7 +155,7 @@ void writeSettingFile(const std::string& name, const std::string& value, Setting
                       const std::string& dir) {
   const LockedStore store;
   const std::string text = trimWhiteSpace(value);
-  const std::string directory = dir.empty() ? store->gDataDir : dir;
+  const std::string directory = dir.empty() ? store->dataDir : dir;
   const std::string path = settingPath(directory, name);
   createDataDir();
   if (text.empty()) {

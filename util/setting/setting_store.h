@@ -9,33 +9,39 @@
 #include <fokrazo/fixed_paths.h>
 #include <fokrazo/mutex.h>
 #include <fokrazo/setting.h>
+#include <fokrazo/thread_annotations.h>
 #include "util/file/replacement_file.h"
 
 namespace vesk {
 
-/// The settings in memory. One object, made at first use and never destroyed.
-struct SettingStore {
-  static SettingStore& instance();
+/// Guards the store and all work on the files. Recursive: saveSetting holds it through its own reads.
+Mutex& settingsMutex();
 
-  /// Guards the rest and all work on the files. Recursive: saveSetting holds it through its own reads.
-  Mutex gMapLock;
-  std::string gDataDir = paths::kDataDir;
-  std::map<std::string, std::pair<std::string, SettingAccess>> gSettingsMap;
-  std::vector<std::string> gRewriteSettings;  // names whose write failed and is to be repeated
-  bool cleanedUp = false;                     // this process has removed what killed writers left
+/// The settings in memory. One object, made at first use and never destroyed; only LockedStore gives it out.
+struct SettingStore {
+  using Value = std::pair<std::string, SettingAccess>;
+
+  Mutex mutex;
+  std::string dataDir FOKRAZO_GUARDED_BY(settingsMutex()) = paths::kDataDir;
+  std::map<std::string, Value> values FOKRAZO_GUARDED_BY(settingsMutex());
+  /// The names of settings whose write failed and is to be repeated.
+  std::vector<std::string> waiting FOKRAZO_GUARDED_BY(settingsMutex());
+  /// Whether this process has removed what killed writers left.
+  bool cleanedUp FOKRAZO_GUARDED_BY(settingsMutex()) = false;
 };
 
-/// The store, held for as long as the object lives. May be nested in one thread.
-class LockedStore {
+/// Holds the store. May be nested in one thread.
+class FOKRAZO_SCOPED_CAPABILITY LockedStore {
  public:
-  LockedStore();
+  LockedStore() FOKRAZO_ACQUIRE(settingsMutex());
+  ~LockedStore() noexcept(false) FOKRAZO_RELEASE();
 
   SettingStore* operator->() const { return &m_store; }
   SettingStore& operator*() const { return m_store; }
 
  private:
-  /// One thread's nested holds. The first one has the configuration loaded, and thereby the log opened:
-  /// reading the configuration takes locks that must not be waited for under the store's.
+  /// Counts one thread's nested holds. The first one has the configuration loaded, and thereby the log
+  /// opened: that takes locks which must not be waited for while the store is held.
   class Hold {
    public:
     Hold();
