@@ -22,7 +22,7 @@ class ADSerializer;
 namespace brondalt {
 
 /// A directory object in serialized form; never null unless an operation says so. A cache and any number of
-/// replies may share it, and nobody changes it.
+/// replies may share it; it must not be changed.
 using Object = std::shared_ptr<vesk::ADSerializer>;
 using Objects = std::vector<Object>;
 
@@ -31,7 +31,7 @@ struct Caller {
   unsigned uid = UINT32_MAX;  ///< effective ids of the peer when it connected; the largest if unknown
   unsigned gid = UINT32_MAX;
   bool mayAdminister = false;  ///< root, or the user that the daemon runs as
-  std::string sessionId;       ///< the client's own name for its connection; for logs alone
+  std::string sessionId;       ///< the client's own name for its connection; only for logs
 };
 
 /// Which objects a lookup or a listing is about.
@@ -105,11 +105,11 @@ class Search {
   virtual void next(size_t limit, Done<Objects> done) = 0;
 };
 
-/// What a directory can be asked. Each operation calls its completion (daemon/status.h) with a result; the
-/// default of each is "not supported", so a back end overrides what it has. Arguments are valid until the
+/// The operations of a directory. Each calls its completion (daemon/status.h) with a result. The default
+/// of each answers "not supported", so a back end overrides what it has. Arguments are valid until the
 /// operation returns.
 /// An operation may throw instead of completing: the client's answer is then "system error".
-/// Thread-safety: called on the loop's thread alone. An operation that could block works elsewhere, and
+/// Thread-safety: called only on the loop's thread. An operation that could block works elsewhere, and
 /// completes later.
 class Backend {
  public:

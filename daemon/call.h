@@ -63,7 +63,7 @@ class Call : public std::enable_shared_from_this<Call> {
   void completeAndThrow(const Status& status);
   /// Replies that a listing has ended.
   void endListing();
-  /// Replies with the header alone.
+  /// Replies with just the header.
   void completeBare(vesk::IPC_RESULT result);
   bool isComplete() const { return !m_send; }
 

@@ -94,7 +94,7 @@ void rolesEnabled(Call& call, Request request);
 void rolesSandboxed(Call& call, Request request);
 /// user or "all users", int; list of objects.
 void getRoles(Call& call, Request request);
-/// user, uid, gid, or "all users" alone; list of objects.
+/// user, uid, gid, or just "all users"; list of objects.
 void getRolesLocal(Call& call, Request request);
 
 }  // namespace handlers

@@ -31,7 +31,7 @@ sockaddr_un addressOf(const std::string& path) {
   return address;
 }
 
-/// Whether there is a socket at which nobody listens.
+/// Whether there is a socket without a listener.
 bool isLeftover(const std::string& path) {
   struct stat status = {};
   if (lstat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode)) return false;
@@ -41,7 +41,7 @@ bool isLeftover(const std::string& path) {
          errno == ECONNREFUSED;
 }
 
-/// Listens at a file that did not exist before, or was left over.
+/// Listens at `path`, where there must be no file, or a socket without a listener.
 Descriptor listenAt(const std::string& path) {
   if (isLeftover(path)) unlink(path.c_str());
   const sockaddr_un address = addressOf(path);
@@ -92,7 +92,7 @@ void ListeningSocket::close() {
   struct stat now = {};
   const bool isOurs =
       lstat(m_path.c_str(), &now) == 0 && now.st_ino == m_file.st_ino && now.st_dev == m_file.st_dev;
-  // The name goes first: a client that sees its connection end finds no socket that nobody serves.
+  // The file goes first, so that a client that loses its connection does not connect again in vain.
   if (isOurs) unlink(m_path.c_str());
   m_fd = Descriptor();
 }

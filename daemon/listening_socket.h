@@ -17,7 +17,7 @@ class ListeningSocket {
   /// The longest path, which leaves room for the suffix of a new file.
   static const size_t kLongestPath;
 
-  /// Takes the place of a socket file at which nobody listens. Anything else at `path` stays as it is.
+  /// Replaces a socket file without a listener. Anything else at `path` is left as it is.
   /// @throws Error the path is empty or too long, another process listens there, or the system fails.
   explicit ListeningSocket(std::string path);
   /// Removes the file, unless another one has taken its place.

@@ -14,10 +14,10 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// How long the daemon stays for clients to read their last replies.
+/// How long the daemon waits for clients to read their last replies before it ends.
 constexpr int kDeliveryRounds = 100;
 constexpr milliseconds kDeliveryRound(5);
-/// How often connections are looked through for those that make no progress.
+/// How many times in each Limits::step connections are checked for progress.
 constexpr int kSweepsOfStep = 10;
 
 /// Requests of one connection in a round; further ones have to wait for the other connections' turn.
@@ -40,7 +40,7 @@ Server::Server(EventLoop& loop, ListeningSocket& socket, Service& service, Traff
 
 Server::~Server() {
   m_self.reset();
-  // The name goes first: a client that sees its connection end finds no socket that nobody serves.
+  // The file goes first, so that a client that loses its connection does not connect again in vain.
   m_acceptor.close();
   for (const auto& entry : m_connections) m_loop.forget(entry.first);
 }
@@ -56,7 +56,7 @@ void Server::restart() {
   m_connections.clear();
 }
 
-// A client for whom the system has no room is sent away.
+// Closes the connection if the system cannot serve it.
 void Server::add(Descriptor descriptor) {
   const int fd = descriptor.get();
   try {
@@ -69,7 +69,7 @@ void Server::add(Descriptor descriptor) {
   }
 }
 
-// If one connection wants more memory than there is, that ends this connection alone.
+// Running out of memory ends only the connection that needed it.
 void Server::handle(const ConnectionPtr& connection, unsigned events) {
   try {
     if (events != 0) connection->handle(events);
@@ -157,7 +157,7 @@ void Server::deliver(const ConnectionPtr& connection, vesk::IPCReply* reply, int
   }
 }
 
-/// Waits for what the connection wants next, or closes it.
+/// Waits for the next event of the connection, or closes it.
 void Server::settle(const ConnectionPtr& connection) {
   if (!isServed(connection)) return;
   if (connection->isFinished()) return remove(connection);
@@ -167,7 +167,7 @@ void Server::settle(const ConnectionPtr& connection) {
 void Server::remove(const ConnectionPtr& connection) {
   m_loop.forget(connection->fd());
   m_connections.erase(connection->fd());
-  // The descriptor is closed when the last of the callers lets go of the connection, before the next round.
+  // The descriptor is closed with the last reference to the connection, before the next round.
   if (!m_isStopping && m_acceptor.isPaused()) m_acceptor.resume();
 }
 

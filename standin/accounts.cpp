@@ -27,7 +27,7 @@ constexpr char kComputedControl[] = "msDS-User-Account-Control-Computed";
 constexpr int64_t kComplexityWanted = 1;
 constexpr int kClassesWanted = 3;
 
-/// How many of upper case, lower case, digits and the rest a password uses.
+/// How many of the classes upper case, lower case, digits and others a password uses.
 int countClasses(const std::string& password) {
   bool upperCase = false, lowerCase = false, digit = false, other = false;
   for (char c : password) {
@@ -37,7 +37,7 @@ int countClasses(const std::string& password) {
   return upperCase + lowerCase + digit + other;
 }
 
-/// Shorter names would forbid too much by being found in a password.
+/// Shorter names occur in too many passwords to be forbidden there.
 constexpr size_t kShortestForbiddenName = 3;
 
 bool containsName(const std::string& password, const std::string& name) {

@@ -13,31 +13,31 @@ namespace standin {
 
 class Directory;
 
-/// Checks and changes passwords. They are kept in plain text, in memory alone: throw-away passwords for
-/// development. An account without one is refused whatever it tries.
-/// What the directory says about an account counts: disabled, locked, expired, must change its password. The
-/// domain's policy counts for new passwords (length, complexity) and for wrong ones (lockout), but not the
-/// ages of passwords, so that a sample directory does not grow stale.
-/// Thread-safety: one thread at a time.
+/// Checks and changes passwords. They are kept in plain text and only in memory: throw-away passwords for
+/// development. An account without a password cannot log in.
+/// An account that the directory marks as disabled, locked or expired is refused. So is one that has to
+/// change its password, with a result of its own. The domain's policy applies to new passwords (length,
+/// complexity) and to wrong ones (lockout). Ages of passwords are ignored, so that a sample directory does
+/// not grow stale. Thread-safety: one thread at a time.
 class Accounts {
  public:
   /// `directory` must outlive this object, which changes it: times of change, lockouts.
   explicit Accounts(Directory& directory);
 
-  /// Reads a file of lines "name:password", where empty lines and those that begin with "#" count for
-  /// nothing. Returns the names that are nobody's.
+  /// Reads a file of lines "name:password", ignoring empty lines and those that begin with "#". Returns the
+  /// names that no account has.
   /// @throws Error the file cannot be read, or a line has no colon.
   std::vector<std::string> load(const std::string& path);
 
-  /// Gives an account a password as it is, without the domain's policy.
+  /// Sets an account's password without checking the domain's policy.
   void give(EntryId account, const std::string& password);
 
-  /// Whether that is the account's password and it may be used. Wrong ones are counted and lock the account
-  /// at the domain's threshold.
+  /// Whether this is the account's password and the account may be used. Wrong passwords are counted, and
+  /// lock the account at the domain's threshold.
   vesk::ValidationResult validate(EntryId account, const std::string& password);
   /// Whether the account may be used at all: not locked, disabled or expired.
   vesk::ValidationResult state(EntryId account) const;
-  /// The account's own change: as validate, except that a password that has to be changed may be.
+  /// Changes a password on behalf of its owner: as validate, but an expired password is accepted.
   vesk::ValidationResult change(EntryId account, const std::string& old, const std::string& wanted);
   /// Sets a password on behalf of an administrator, which also ends a lockout.
   vesk::ValidationResult reset(EntryId account, const std::string& wanted);
@@ -48,7 +48,7 @@ class Accounts {
 
   /// Counts a login; there is no limit.
   void login(EntryId account);
-  /// Counts a logout. False: nobody of that name is logged in.
+  /// Counts a logout; false if the account is not logged in.
   bool logout(EntryId account);
   unsigned logins(EntryId account) const;
 

@@ -17,10 +17,10 @@ namespace {
 
 using Values = std::vector<std::string>;
 
-/// Bits of the kinds of entries that an attribute is made for.
+/// Kinds of entries that have a derived attribute; bits.
 enum Kinds : unsigned { ForAccounts = 1, ForGroups = 2, ForBoth = 3 };
 
-/// An attribute of accounts that repeats another one, or the second where the first is missing.
+/// An attribute of accounts that copies `first`, or `second` if the first is missing.
 struct CopyRow {
   const std::string* name;
   const std::string* first;
@@ -33,14 +33,14 @@ const CopyRow kCopies[] = {
     {&VESK_GECOS, &AD_R2_GECOS, &SFU_GECOS},
 };
 
-/// What an attribute is made of.
+/// What an attribute is derived from.
 struct Source {
   const Directory& directory;
   EntryId id;
   const Entry& entry;
 };
 
-/// An attribute that has to be worked out. No values: the object has no such attribute.
+/// An attribute that is computed. If there are no values, the object does not have the attribute.
 struct MadeRow {
   const std::string* name;
   unsigned kinds;
@@ -55,7 +55,7 @@ Values makeUnixName(const Source& source) {
   return oneValue(unixName(source.entry));
 }
 
-/// A number as the views read it: without the leading zeros that would make it an octal one.
+/// A number without leading zeros, which would make it octal for the views.
 Values makeNumber(const std::string& text) {
   if (!toUnixId(text)) return {};
   return oneValue(std::to_string(strtoll(text.c_str(), nullptr, 10)));
@@ -102,7 +102,7 @@ Values makeComputers(const Source& source) {
   return membersOf(source, EntryKind::Computer);
 }
 
-/// The domain's own entry; an empty one if it is not in the directory.
+/// The entry of the domain, or an empty one if it is not in the directory.
 const Entry& domainEntry(const Source& source) {
   static const Entry none("");
   EntryId domain = source.directory.domain().entry;
@@ -117,14 +117,14 @@ Values makeMaxAge(const Source& source) {
   return oneValue(domainEntry(source).first("maxPwdAge"));
 }
 
-/// Days since the epoch of a directory time, for Unix accounts alone. "Never" makes no value.
+/// A directory time in days since the epoch, for Unix accounts only; no value for "never".
 Values makeDay(const Source& source, const std::string& attribute) {
   FileTime time = source.entry.number(attribute);
   if (!unixId(source.entry) || isNever(time)) return {};
   return oneValue(std::to_string(toUnixTime(time) / kSecondsPerDay));
 }
 
-/// A duration in days, for Unix accounts alone. "Never" makes no value.
+/// A duration in days, for Unix accounts only; no value for "never".
 Values makeDays(const Source& source, const char* attribute) {
   FileTime duration = domainEntry(source).number(attribute);
   if (!unixId(source.entry) || duration >= 0 || duration == kNeverEnds) return {};
@@ -132,7 +132,7 @@ Values makeDays(const Source& source, const char* attribute) {
 }
 
 Values makeShadowChange(const Source& source) {
-  // Zero means in both worlds that the password must be changed.
+  // Zero means that the password must be changed, both in the directory and in shadow.
   bool mustChange = unixId(source.entry) && source.entry.first(AD_PWCHG_LAST) == "0";
   return mustChange ? oneValue("0") : makeDay(source, AD_PWCHG_LAST);
 }
@@ -191,7 +191,7 @@ void append(vesk::ADObject& object, const std::string& name, const Values& value
   for (const std::string& value : values) attribute.addVal(value, false, false);
 }
 
-/// The object with name, GUID and SID alone.
+/// An object with name, GUID and SID only.
 vesk::ADObject bareObject(const Entry& entry) {
   vesk::Guid guid;
   const std::string& guidBytes = entry.first("objectGUID");

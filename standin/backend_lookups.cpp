@@ -42,7 +42,7 @@ bool fits(const Directory& directory, EntryId id, const Selection& selection) {
   return !selection.isUnixOnly || unixId(directory[id]);
 }
 
-/// Whether an entry belongs in a listing. Computers have accounts, but nobody wants them among the users.
+/// Whether an entry belongs in a listing. Computers have accounts, but are not listed as users.
 bool isListed(const Directory& directory, EntryId id, const Selection& selection) {
   const EntryKind kind = selection.type == vesk::DSGroup ? EntryKind::Group : EntryKind::User;
   return directory.kind(id) == kind && (!selection.isUnixOnly || unixId(directory[id]));

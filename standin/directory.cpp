@@ -80,7 +80,7 @@ EntryId Directory::add(Entry entry) {
   }
   EntryId id = static_cast<EntryId>(m_entries.size());
   auto [place, isNew] = m_byDn.try_emplace(dnKey(entry.dn()), id);
-  if (!isNew) throw Error("there are two entries of the name " + entry.dn());
+  if (!isNew) throw Error("there are two entries with the DN " + entry.dn());
   EntryKind kind = entry.kind();
   m_entries.push_back({std::move(entry), kind, &place->first});
   index(id);
@@ -249,7 +249,7 @@ void Directory::linkMember(EntryId member, Membership& membership) const {
   };
   const Entry& entry = (*this)[member];
   forEachValue(entry, AD_MEMBEROF, [&](const std::string& dn) { take(byDn(dn)); });
-  // What the directory itself has worked out, also by way of groups that are not in the file.
+  // Computed by the directory that was exported, possibly through groups that are not in the file.
   forEachValue(entry, AD_TOKEN_GROUPS, [&](const std::string& sid) { take(bySid(sid)); });
   take(bySid(primaryGroupSid(entry)));
 }

@@ -18,22 +18,22 @@ namespace standin {
 
 /// The domain that the entries belong to.
 struct Domain {
-  std::string dnsName;       ///< "example.com", in lower case; empty for a directory without a domain's DN
+  std::string dnsName;       ///< "example.com", in lower case; empty if no entry's DN names a domain
   std::string netbiosName;   ///< "EXAMPLE"
   std::string realm;         ///< "EXAMPLE.COM"
   std::string baseDn;        ///< DN of the domain
   EntryId entry = kNoEntry;  ///< the domain's own entry, if it is in the directory
 };
 
-/// Finds entries by name: any case of ASCII letters, though an entry that is spelled as asked for goes first,
-/// and else the one that was loaded first.
+/// Finds entries by name, ignoring the case of ASCII letters. Of several matches the one with the exact
+/// spelling wins, otherwise the one that was loaded first.
 class NameIndex {
  public:
-  /// The empty name is no name.
+  /// Does nothing for the empty name.
   void add(const std::string& name, EntryId id);
-  /// kNoEntry if there is none.
+  /// kNoEntry if nothing matches.
   EntryId find(std::string_view name) const;
-  /// The name as it was added; null if there is none.
+  /// The matching name as it was added; null if nothing matches.
   const std::string* findName(std::string_view name) const;
 
  private:
@@ -46,10 +46,10 @@ class NameIndex {
   std::unordered_map<std::string, std::vector<Named>> m_byFoldedName;
 };
 
-/// Which families of entries a lookup takes into account.
+/// The families of entries that a lookup considers.
 enum class Family { Accounts, Groups, Both };
 
-/// The entries, kept in the order of loading. Every finder takes constant time, bar the walk over equal
+/// The entries, in the order of loading. Every lookup takes constant time, except for a walk over equal
 /// names. Thread-safety: one thread at a time.
 class Directory {
  public:
@@ -58,8 +58,8 @@ class Directory {
   Directory(const Directory&) = delete;
   Directory& operator=(const Directory&) = delete;
 
-  /// Takes an entry in. The entry with the empty DN becomes the root entry and has no number.
-  /// @throws Error there is an entry of that DN.
+  /// Adds an entry and returns its number. The entry with the empty DN becomes the root entry, which has
+  /// none: kNoEntry. @throws Error there is an entry with this DN already.
   EntryId add(Entry entry);
   /// Loads all entries of an LDIF file. @throws as readLdif and add.
   void load(const std::string& ldifPath);
@@ -70,37 +70,37 @@ class Directory {
   /// The key of an entry's DN (standin/dn_key.h).
   const std::string& key(EntryId id) const { return *m_entries[id].key; }
   const Domain& domain() const;
-  /// What a search at the empty base gives: the LDIF's own entry of that name, else one made of the domain.
+  /// What a search at the empty base returns: the LDIF's own entry with the empty DN, or else one made from
+  /// the domain.
   const Entry& rootEntry() const;
 
   EntryId byDn(std::string_view dn) const;
-  /// By an account's or a group's Unix name, account name, user principal name, DOMAIN\name or DN, in this
-  /// order.
+  /// Tries the Unix name, account name, user principal name, DOMAIN\name and DN, in this order.
   EntryId byName(std::string_view name, Family family) const;
-  /// By name as byName, but with only the names that Unix hosts use, or only those of the directory.
+  /// As byName, with only the names that Unix hosts use, or only those of the directory.
   EntryId byUnixName(std::string_view name, Family family) const;
   EntryId byWindowsName(std::string_view name, Family family) const;
   EntryId byUnixId(uint32_t id, Family family) const;
   /// By the binary SID and by the 16 bytes of a GUID.
   EntryId bySid(std::string_view sid) const;
   EntryId byGuid(std::string_view guid) const;
-  /// A service principal name as its entry spells it; null if no entry has it.
+  /// The service principal name as its entry spells it; null if no entry has it.
   const std::string* findService(std::string_view name) const;
 
-  /// Whether an entry is an account or a group, as `family` says.
+  /// Whether an entry belongs to the family.
   bool isOf(EntryId id, Family family) const;
   /// Whether `name` names the domain: its DNS or its short name, in any case.
   bool isDomainName(std::string_view name) const;
 
   const Membership& membership() const;
-  /// The binary SIDs of all groups of an account: of those in the directory, then of those that only the
-  /// account names.
+  /// The binary SIDs of all groups of an account: first those in the directory, then those that only the
+  /// account's own tokenGroups name.
   std::vector<std::string> groupSids(EntryId account) const;
 
-  /// Replaces an attribute's values by one, and brings the entry's sequence number and time of change
-  /// forward. Not for attributes by which entries are found.
+  /// Replaces an attribute's values by one, and updates the entry's sequence number and time of change. Not
+  /// for attributes by which entries are found.
   void set(EntryId id, std::string_view attribute, const std::string& value);
-  /// Rises with every change; what was made of an entry holds as long as it stays the same.
+  /// Rises with every change. Whatever was derived from an entry is valid while it stays the same.
   unsigned long generation() const { return m_generation; }
   /// The highest sequence number of any entry.
   int64_t highestUsn() const { return m_usn; }
@@ -141,7 +141,7 @@ class Directory {
   unsigned long m_generation = 1;
   int64_t m_usn = 0;
 
-  // Made of the entries when first asked for, and again after new entries.
+  // Derived from the entries on first use, and again after new entries.
   mutable std::unique_ptr<const Domain> m_domain;
   mutable std::unique_ptr<const Membership> m_membership;
   mutable std::unique_ptr<const Entry> m_madeRoot;
@@ -149,13 +149,13 @@ class Directory {
 
 /// Whether bytes are one complete binary SID.
 bool isSid(const std::string& bytes);
-/// The SID of its binary form; the null SID of no bytes.
+/// The SID with this binary form; the null SID for no bytes.
 vesk::SID toSid(const std::string& bytes);
 /// The binary SID of an entry; empty if it has none or a damaged one.
 std::string entrySid(const Entry& entry);
 /// The SID of the entry's primary group; empty if it has none.
 std::string primaryGroupSid(const Entry& entry);
-/// The time in the directory's own form, "YYYYMMDDhhmmss.0Z".
+/// The time in the directory's format, "YYYYMMDDhhmmss.0Z".
 std::string directoryTime(time_t time);
 
 }  // namespace standin

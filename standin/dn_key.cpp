@@ -17,17 +17,17 @@ bool isSeparator(char c) {
   return c == ',' || c == ';' || c == '=' || c == '+';
 }
 
-/// What stands between two separators, without escapes.
+/// The text between two separators, unescaped.
 class Part {
  public:
-  /// Blanks at the edges count only where they were escaped.
+  /// Blanks at the edges are dropped unless they were escaped.
   void add(char c, bool wasEscaped) {
     if (c == ' ' && !wasEscaped && m_text.empty()) return;
     m_text += c;
     if (c != ' ' || wasEscaped) m_end = m_text.size();
   }
 
-  /// Appends the part to a key and begins the next one.
+  /// Appends the part to a key and clears it for the next one.
   void moveTo(std::string& key) {
     m_text.resize(m_end);
     size_t first = m_text.find_first_not_of(' '), last = m_text.find_last_not_of(' ');
@@ -38,7 +38,8 @@ class Part {
   }
 
  private:
-  /// One character: folded, and escaped if it could be read as a separator or is a blank at an edge.
+  /// Appends one character in lower case, escaped if it could be read as a separator or is a blank at an
+  /// edge.
   static void appendLiteral(std::string& key, unsigned char c, bool isAtEdge) {
     if ((c == ' ' && !isAtEdge) || isalnum(c) || c >= 0x80) {
       key += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : static_cast<char>(c);
@@ -50,7 +51,7 @@ class Part {
   }
 
   std::string m_text;
-  size_t m_end = 0;  // behind the last character that is no plain blank
+  size_t m_end = 0;  // after the last character that is no plain blank
 };
 
 }  // namespace
@@ -63,7 +64,7 @@ std::string dnKey(std::string_view dn) {
   for (size_t i = 0; i < dn.size(); ++i) {
     char c = dn[i];
     if (isSeparator(c) && !(c == '=' && inValue)) {
-      // Within a value an equals sign is a character like any other.
+      // An equals sign within a value is no separator.
       part.moveTo(key);
       key += c == ';' ? ',' : c;
       inValue = c == '=';

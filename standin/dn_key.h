@@ -1,4 +1,4 @@
-/// DNs as keys: two spellings of one DN have one key.
+/// DNs as keys: all spellings of a DN have the same key.
 #pragma once
 
 #include <string>
@@ -6,15 +6,15 @@
 
 namespace standin {
 
-/// The key of a DN (RFC 4514): letters in lower case (ASCII alone), blanks around "," "=" "+" taken away,
-/// every character that could be mistaken for a separator written as a backslash and two digits. A comma in a
-/// key is therefore always a separator. Text that is no DN gives a key of its own; nothing fails.
+/// The key of a DN (RFC 4514): ASCII letters in lower case, no blanks around "," "=" "+", and every character
+/// that could be mistaken for a separator as a backslash and two hexadecimal digits. A comma in a key is
+/// therefore always a separator. Text that is no DN has a key too; nothing fails.
 std::string dnKey(std::string_view dn);
 
-/// The key of the parent; empty for a DN of one part.
+/// The key of the parent; empty for a DN with one part.
 std::string_view parentKey(std::string_view key);
 
-/// Whether the entry of `key` stands at or below the entry of `base`. The empty base is above all.
+/// Whether the entry with `key` is the one with `base` or below it. Everything is below the empty base.
 bool isWithin(std::string_view key, std::string_view base);
 
 }  // namespace standin

@@ -12,7 +12,7 @@ struct ClassRow {
   EntryKind kind;
 };
 
-// In order of precedence: a computer is a user, too, by its classes.
+// In order of precedence: a computer has the class "user" as well.
 constexpr ClassRow kClasses[] = {
     {"computer", EntryKind::Computer}, {"user", EntryKind::User},        {"posixAccount", EntryKind::User},
     {"group", EntryKind::Group},       {"posixGroup", EntryKind::Group},
@@ -21,7 +21,7 @@ constexpr ClassRow kClasses[] = {
 }  // namespace
 
 bool equalFolded(std::string_view a, std::string_view b) {
-  // The length first: values may hold NUL bytes, where strncasecmp stops.
+  // Not strncasecmp, which stops at the NUL bytes of binary values.
   if (a.size() != b.size()) return false;
   for (size_t i = 0; i < a.size(); ++i) {
     unsigned char x = a[i], y = b[i];
@@ -61,7 +61,7 @@ bool Entry::has(std::string_view name, std::string_view value) const {
 }
 
 Attribute& Entry::obtain(std::string_view name) {
-  // Records list the values of an attribute one behind the other, so the last one is nearly always it.
+  // Records list the values of an attribute one after the other, so it is nearly always the last attribute.
   if (!m_attributes.empty() && equalFolded(m_attributes.back().name, name)) return m_attributes.back();
   for (Attribute& attribute : m_attributes)
     if (equalFolded(attribute.name, name)) return attribute;

@@ -1,4 +1,4 @@
-/// One entry of the directory, as its LDIF record tells it.
+/// One entry of the directory, as read from its LDIF record.
 #pragma once
 
 #include <cstdint>
@@ -8,13 +8,13 @@
 
 namespace standin {
 
-/// One attribute of an entry: the name in the record's own spelling, and the values' raw bytes in order.
+/// One attribute of an entry: its name as the record spells it, and the raw bytes of its values in order.
 struct Attribute {
   std::string name;
   std::vector<std::string> values;
 };
 
-/// What an entry is to a Unix host. Contacts, organizational units and all the rest are `Other`.
+/// What an entry is to a Unix host. Contacts, organizational units and so on are `Other`.
 enum class EntryKind { User, Computer, Group, Other };
 
 /// A directory entry: a DN and attributes in the order of the record. Attribute names ignore the case of
@@ -27,13 +27,13 @@ class Entry {
   const std::string& dn() const { return m_dn; }
   const std::vector<Attribute>& attributes() const { return m_attributes; }
 
-  /// The attribute of that name, null if the entry has none.
+  /// The attribute, or null if the entry does not have it.
   const Attribute* find(std::string_view name) const;
-  /// Its first value, the empty string if there is none.
+  /// The attribute's first value, or the empty string.
   const std::string& first(std::string_view name) const;
-  /// Its first value as a whole number, as far as there are digits; 0 if there are none, or too many.
+  /// The number at the start of the attribute's first value; 0 if there is none, or it is too large.
   int64_t number(std::string_view name) const;
-  /// Whether the attribute has that value; the case of ASCII letters is ignored.
+  /// Whether the attribute has this value, ignoring the case of ASCII letters.
   bool has(std::string_view name, std::string_view value) const;
 
   /// Appends a value.
@@ -41,9 +41,9 @@ class Entry {
   /// Replaces all values by one.
   void set(std::string_view name, const std::string& value);
 
-  /// By its object classes.
+  /// Decided by the object classes.
   EntryKind kind() const;
-  /// A user or a computer: what has a password and a list of groups.
+  /// Whether it is a user or a computer, which have passwords and groups.
   bool isAccount() const;
 
  private:
@@ -53,7 +53,7 @@ class Entry {
   std::vector<Attribute> m_attributes;
 };
 
-/// Whether two texts are equal but for the case of ASCII letters.
+/// Whether two texts are equal, ignoring the case of ASCII letters.
 bool equalFolded(std::string_view a, std::string_view b);
 
 }  // namespace standin

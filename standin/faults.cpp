@@ -18,14 +18,14 @@ constexpr FaultRow kFaults[] = {
     {"drop", Fault::Drop, "close the connection; the request is not carried out"},
     {"lose", Fault::Lose, "carry the request out, then close without a reply"},
     {"stall", Fault::Stall, "never reply, and leave the connection open"},
-    {"garbage", Fault::Garbage, "reply with bytes that are no message"},
+    {"garbage", Fault::Garbage, "reply with bytes that are not a message"},
     {"empty", Fault::Empty, "reply with a frame of length 0"},
     {"huge", Fault::Huge, "announce a reply of four gigabytes and send none of it"},
     {"short", Fault::Short, "close in the middle of the reply"},
     {"cut", Fault::Cut, "close between the reply's length and its message"},
     {"trickle", Fault::Trickle, "send the reply one byte at a time"},
     {"refuse", Fault::Refuse, "reply with the result \"not authorized\""},
-    {"restart", Fault::Restart, "close all connections and make the socket anew"},
+    {"restart", Fault::Restart, "close all connections and replace the socket, as a restart would"},
 };
 
 const FaultRow* findRow(std::string_view word) {
@@ -44,8 +44,8 @@ void Faults::add(const std::string& text) {
   if (mark != std::string::npos) {
     rule.repeats = text[mark] == '%';
     const char* end = text.data() + text.size();
-    auto [behind, error] = std::from_chars(text.data() + mark + 1, end, rule.number);
-    if (error != std::errc() || behind != end || rule.number == 0)
+    auto [stop, error] = std::from_chars(text.data() + mark + 1, end, rule.number);
+    if (error != std::errc() || stop != end || rule.number == 0)
       throw Error("the number in the fault \"" + text + "\" is not 1 or more");
   }
   m_rules.push_back(rule);

@@ -1,4 +1,4 @@
-/// Misbehaviour on demand, so that a person or a test can see how a client takes it.
+/// Misbehaviour on demand, to see how a client copes.
 #pragma once
 
 #include <string>
@@ -11,29 +11,29 @@ enum class Fault {
   None,
   Drop,     ///< the connection is closed; the request is not carried out
   Lose,     ///< the request is carried out, and the connection is closed without a reply
-  Stall,    ///< neither a reply nor an end
-  Garbage,  ///< the reply is bytes that are no message
+  Stall,    ///< there is no reply, and the connection stays open
+  Garbage,  ///< the reply is not a message
   Empty,    ///< the reply is a frame of length 0
-  Huge,     ///< the reply announces four gigabytes, of which none come
+  Huge,     ///< the reply announces four gigabytes and ends there
   Short,    ///< the connection is closed in the middle of the reply
   Cut,      ///< the connection is closed between the reply's length and its message
-  Trickle,  ///< the reply comes one byte at a time
+  Trickle,  ///< the reply is sent one byte at a time
   Refuse,   ///< the reply's result is "not authorized"
-  Restart,  ///< every connection is closed and the socket made anew, as by a restart
+  Restart,  ///< all connections are closed and the socket is replaced, as by a restart
 };
 
-/// Which request is hit by what. Requests are counted from 1, over all connections.
+/// Decides which request meets which fault. Requests are counted from 1, over all connections.
 /// Thread-safety: one thread at a time.
 class Faults {
  public:
-  /// Adds the fault that a text tells: "WHAT" hits every request, "WHAT@N" the Nth alone, "WHAT%N" every Nth.
-  /// @throws Error the text tells none.
+  /// Adds a fault: "WHAT" hits every request, "WHAT@N" only the Nth, "WHAT%N" every Nth.
+  /// @throws Error the text is not one of these.
   void add(const std::string& text);
 
-  /// Counts one request and tells what hits it: of several faults the first that was added.
+  /// Counts a request and returns the fault that hits it; of several, the one that was added first.
   Fault next();
 
-  /// One line for each word that add() takes, for the help text.
+  /// The help text: one line for each word that add() accepts.
   static std::string help();
 
  private:

@@ -1,4 +1,4 @@
-/// The directory's times: ticks of 100 nanoseconds since the year 1601. Durations are negative.
+/// The directory's times: ticks of 100 nanoseconds since 1601-01-01. Durations are negative.
 #pragma once
 
 #include <cstdint>
@@ -12,10 +12,10 @@ constexpr int64_t kTicksPerSecond = 10000000;
 constexpr int64_t kSecondsPerDay = 86400;
 /// Seconds from 1601 to the Unix epoch.
 constexpr int64_t kSecondsBeforeEpoch = 11644473600;
-/// The duration that has no end.
+/// The duration that never ends.
 constexpr FileTime kNeverEnds = INT64_MIN;
 
-/// 0, -1 and the largest number all say "never".
+/// 0, -1 and the largest number all mean "never".
 inline bool isNever(FileTime time) {
   return time <= 0 || time == INT64_MAX;
 }

@@ -34,7 +34,7 @@ bool toNumber(std::string_view text, long long& number) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
-/// The short name in a category's DN: what stands between its first "=" and the comma.
+/// The short name in a category's DN: the text between its first "=" and the comma.
 std::string_view shortCategory(std::string_view dn) {
   size_t equals = dn.find('=');
   if (equals == std::string_view::npos) return dn;
@@ -81,7 +81,7 @@ class ValueNode : public Node {
  public:
   explicit ValueNode(std::string attribute) : m_attribute(std::move(attribute)) {}
   bool matches(const Entry& entry) const override {
-    // The name of an entry is an attribute in every directory, also where the record does not spell it out.
+    // Every entry has its DN as an attribute, even if the record does not list it.
     if (equalFolded(m_attribute, "distinguishedName") && !entry.find(m_attribute)) return test(entry.dn());
     const Attribute* attribute = entry.find(m_attribute);
     if (!attribute) return false;
@@ -200,7 +200,7 @@ NodePtr nothing() {
   return std::make_unique<OrNode>(NodeList());
 }
 
-/// Reads the text from left to right, once.
+/// A recursive-descent parser.
 class Parser {
  public:
   explicit Parser(std::string_view text) : m_text(text) {}
@@ -293,7 +293,7 @@ class Parser {
     return std::make_unique<BitNode>(std::move(attribute), mask, wantAll);
   }
 
-  /// The pieces of a value between its asterisks, unescaped; one piece if there is none.
+  /// The pieces of a value between its asterisks, unescaped; one piece if it has no asterisk.
   std::vector<std::string> value() {
     std::vector<std::string> pieces(1);
     for (; !atEnd() && peek() != ')'; ++m_position) {
@@ -310,8 +310,8 @@ class Parser {
     return pieces;
   }
 
-  /// The character of a backslash and two digits, or of a backslash and one of the filter's own characters,
-  /// as older clients write them. The position then stands on the last character.
+  /// The character that a backslash escapes: two digits, or, as older clients write, one of the filter's own
+  /// characters. Leaves the position on the last character of the escape.
   char escaped() {
     if (m_text.size() - m_position > 1 &&
         std::string_view("*()\\").find(m_text[m_position + 1]) != std::string_view::npos)

@@ -9,22 +9,22 @@ namespace standin {
 
 class Entry;
 
-/// A parsed filter. Values are compared without regard to the case of ASCII letters; ">=" and "<=" compare as
-/// numbers where both sides are whole numbers; "~=" is "=". Three comforts of real directories: objectSid
-/// also takes a SID's text form, objectCategory also takes the class's short name, and the bit rules
-/// 1.2.840.113556.1.4.803 (all bits) and .804 (any bit) work on whole numbers. Any other matching rule
-/// matches nothing. An attribute that an entry does not have matches nothing, so its negation matches.
-/// Thread-safety: immutable once parsed.
+/// A parsed filter. Comparisons ignore the case of ASCII letters; ">=" and "<=" compare as numbers if both
+/// sides are whole numbers; "~=" means "=". As in real directories, objectSid also accepts a SID in text
+/// form, objectCategory also accepts the short name of a class, and the bit rules 1.2.840.113556.1.4.803 (all
+/// bits) and .804 (any bit) work on whole numbers. Any other matching rule matches nothing. A test of an
+/// attribute that the entry does not have fails, so its negation matches. Thread-safety: immutable once
+/// parsed.
 class LdapFilter {
  public:
-  /// How deep filters may be nested; deeper ones are refused, because reading and matching recurse.
+  /// The deepest nesting that is accepted; parsing and matching recurse.
   static constexpr int kMaxDepth = 100;
 
   /// One node of the tree.
   class Node;
 
-  /// The empty text is the filter that every entry matches; the outermost parentheses may be missing.
-  /// @throws Error the text is no filter; what() tells where reading stopped.
+  /// The empty text matches every entry; the outermost parentheses may be missing.
+  /// @throws Error the text is not a filter; what() says where parsing stopped.
   explicit LdapFilter(std::string_view text);
   ~LdapFilter();
   LdapFilter(LdapFilter&&) noexcept;

@@ -19,7 +19,7 @@ struct CloseLdif {
   void operator()(LDIFFP* file) const { ldif_close(file); }
 };
 
-/// The buffer of a record, which the package enlarges as it needs.
+/// The buffer of a record, which the LDIF functions enlarge as needed.
 struct RecordBuffer {
   char* text = nullptr;
   int size = 0;
@@ -30,7 +30,7 @@ struct RecordBuffer {
   ~RecordBuffer() { ber_memfree(text); }
 };
 
-/// One line of a record: name and value point into the line, unless the value had to be fetched.
+/// One line of a record. Name and value point into the line, unless the value was decoded elsewhere.
 class Line {
  public:
   /// False if the line is malformed.
@@ -49,7 +49,7 @@ class Line {
   int m_ownsValue = 0;
 };
 
-/// Makes an entry of a record, or nothing of one that holds only the version line.
+/// Parses a record into an entry; a record with only the version line has none.
 class RecordParser {
  public:
   RecordParser(const std::string& path, unsigned long line) : m_path(path), m_line(line) {}
@@ -78,7 +78,7 @@ class RecordParser {
     if (!equalFolded(name, "changetype")) {
       m_entry->add(name, std::move(value));
     } else if (!equalFolded(value, "add")) {
-      fail("it is a change and no content");
+      fail("it is a change, not content");
     }
   }
 

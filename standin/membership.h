@@ -1,4 +1,4 @@
-/// Who is in which group, nested groups included.
+/// Who belongs to which group, nested groups included.
 #pragma once
 
 #include <cstddef>
@@ -7,21 +7,20 @@
 
 namespace standin {
 
-/// The number of an entry in its directory, in the order of loading; it never changes.
+/// The number of an entry in its directory, in the order of loading. It never changes.
 using EntryId = uint32_t;
 constexpr EntryId kNoEntry = UINT32_MAX;
 
-/// A graph with an edge from each member to each group that names it directly. Groups may contain each other
-/// in circles: every walk visits an entry once.
-/// Thread-safety: none needed for reading.
+/// A graph with an edge from each member to each group that contains it directly. Groups may contain each
+/// other in circles; every walk visits an entry once. Thread-safety: none needed for reading.
 class Membership {
  public:
-  /// For that many entries, with no edges.
+  /// A graph of `count` entries without edges.
   explicit Membership(size_t count);
 
-  /// Takes an edge in; the same one twice counts once.
+  /// Adds an edge; duplicates count once.
   void add(EntryId member, EntryId group);
-  /// To be called once, behind the last edge.
+  /// Call it once, after the last edge and before the first walk.
   void finish();
 
   /// All groups above an entry, nearest first, without the entry itself.

@@ -1,11 +1,11 @@
-/// Results in the words of the directory's own protocols.
+/// Results as NT status codes.
 #pragma once
 
 #include <fokrazo/validation_result.h>
 
 namespace standin {
 
-/// The NT status of a result (MS-ERREF, section 2.3.1); "logon failure" for one that has none of its own.
+/// The NT status for a result (MS-ERREF, section 2.3.1); "logon failure" for a result without one.
 int ntStatus(vesk::ValidationResult result);
 
 }  // namespace standin

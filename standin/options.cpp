@@ -21,56 +21,55 @@ const option kOptions[] = {
     {},
 };
 
-constexpr char kHelpHead[] = R"(brondalt-standin - serve a directory from LDIF files in the daemon's place
+constexpr char kHelpHead[] = R"(brondalt-standin - serve a directory from LDIF files in place of the daemon
 
 Usage: brondalt-standin --socket PATH --ldif FILE [OPTION]...
 
 The stand-in speaks the daemon's protocol on a unix-domain socket and answers every
-operation of a client session from a directory in memory. It is made for development,
-demonstrations and tests. It is no product daemon: it reaches no directory server, checks
-no ticket, protects no password, and forgets all changes when it ends.
+operation of a client session from a directory in memory. It is meant for development,
+demonstrations and tests, and is not a product daemon: it contacts no directory server,
+checks no tickets, does not protect passwords, and loses all changes when it ends.
 
-Once its socket takes connections it prints a line "ready" to its standard output, and
-without --foreground goes to the background.
+Once its socket accepts connections it prints a line "ready" to its standard output and,
+without --foreground, goes to the background.
 
 Options:
-  --socket PATH      where to listen; a socket left over from a dead process is replaced.
-                     Every user may ask there
-  --ldif FILE        entries to serve (LDIF version 1); may be given more than once
+  --socket PATH      where to listen. Every user may connect. A socket left over from a
+                     dead process is replaced
+  --ldif FILE        entries to serve (LDIF version 1); may be repeated
   --passwords FILE   lines "name:password"; "#" begins a comment line. Accounts without a
-                     line are refused whatever they try
+                     password cannot log in
   -f, --foreground   stay in the foreground
-  -v, --verbose      a line for each request on standard error; never a secret
-  --pid-file FILE    write the process id there
-  --fault WHAT       misbehave, see below; may be given more than once
-  -h, --help         this text
+  -v, --verbose      print a line for each request to standard error, without secrets
+  --pid-file FILE    write the process id to FILE
+  --fault WHAT       misbehave, see below; may be repeated
+  -h, --help         print this text
 
 What clients see:
-  An entry's own attributes as they stand, and beside them the names that Unix views read:
+  All attributes of an entry unchanged, and in addition the names that Unix views read:
   _UnixName from uid, else sAMAccountName; _Uid and _Gid from uidNumber and gidNumber;
   _LoginShell, _HomeDirectory, _GECOS from loginShell, unixHomeDirectory, gecos; _Members
   and _groupSidList with nested groups; _SID and others.
   Accounts and groups are found by Unix name, account name, user principal name,
-  DOMAIN\name, DN, Unix id, SID and GUID, names in any case of letters.
+  DOMAIN\name, DN, Unix id, SID and GUID; the case of letters in names does not matter.
   Searches take domain, base DN, filter, attributes and a scope: 0 base, 1 one level,
   2 subtree. The limit of a paged search is the size of its pages (100 if it is 0).
-  The password itself stands for what a client would derive from it: as the second string
-  of a Kerberos validation, behind challenge, user name and a NUL byte in the answer to an
-  NTLM challenge, and as the third string of a logon by remote procedure call, behind user
-  and domain.
-  A new user is told by name, password, uid, gid, full name, home, shell and container.
-  An administrator is a member of Domain Admins or Administrators; root and the user that
-  the stand-in runs as need none.
+  The password itself takes the place of what a client would derive from it. A Kerberos
+  token is the password; so is the token of a logon by remote procedure call. The answer
+  to an NTLM challenge is the challenge, the user name, a NUL byte and the password.
+  A new user has a name, password, uid, gid, full name, home, shell and container.
+  Administrators are the members of Domain Admins or Administrators. Root and the user
+  that runs the stand-in may do everything without being one.
 
-Faults: WHAT hits every request, WHAT@N the Nth alone, WHAT%N every Nth. Requests are
+Faults: WHAT hits every request, WHAT@N only the Nth, WHAT%N every Nth. Requests are
 counted from 1 over all connections.
 )";
 
 constexpr char kHelpTail[] = R"(
-Signals: SIGTERM and SIGINT end the stand-in; SIGHUP makes it close all connections and
-its socket and begin anew, as a restarted daemon would.
+Signals: SIGTERM and SIGINT end the stand-in. SIGHUP makes it close all connections and
+replace its socket, as a restart would; the directory stays as it is.
 
-Exit status: 0 ended by a signal or by a client, 2 wrong usage, 4 any other failure.
+Exit status: 0 ended by a signal or a client, 2 wrong usage, 4 any other failure.
 
 Example:
   brondalt-standin --socket /tmp/daemon --ldif accounts.ldif --passwords passwords -f \

@@ -1,4 +1,4 @@
-/// Bytes that nobody can guess.
+/// Unpredictable bytes.
 #pragma once
 
 #include <random>

@@ -26,7 +26,7 @@ Search::Search(const Directory& directory, const std::string& base, int scope, c
 
 void Search::checkBase() const {
   if (m_directory.byDn(m_baseKey) != kNoEntry) return;
-  // A file may hold a part of a directory: entries without those above them.
+  // A file may hold a part of a directory: entries whose parents are missing.
   if (m_scope != SearchScope::Base)
     for (EntryId id = 0; id < m_directory.size(); ++id)
       if (isWithin(m_directory.key(id), m_baseKey)) return;

@@ -1,4 +1,4 @@
-/// One LDAP search over the directory, taken in portions.
+/// One LDAP search over the directory, read in portions.
 #pragma once
 
 #include <string>
@@ -14,19 +14,19 @@ class Directory;
 /// How far below its base a search looks. Wire values: never renumber.
 enum class SearchScope : int { Base = 0, OneLevel = 1, Subtree = 2 };
 
-/// A search that remembers how far it has come. Entries that join the directory meanwhile may still be found.
-/// The empty base is the directory's root entry with the scope Base, and the domain with any other.
-/// Thread-safety: one thread at a time.
+/// A search that remembers its position. Entries that are added meanwhile may still be found. The empty base
+/// means the root entry with scope Base, and the domain with any other scope. Thread-safety: one thread at a
+/// time.
 class Search {
  public:
   /// `directory` must outlive the search.
-  /// @throws Error an unknown scope, a bad filter, or a base with nothing at or below it.
+  /// @throws Error the scope is unknown, the filter is bad, or no entry is at or below the base.
   Search(const Directory& directory, const std::string& base, int scope, const std::string& filter);
 
   /// The next matches, at most `limit`; none at the end.
   std::vector<EntryId> next(size_t limit);
-  /// Whether the search is for the root entry, which has no number, and matches it: next() gives nothing
-  /// then.
+  /// Whether the search is for the root entry, and matches it. The root entry has no number, so next()
+  /// returns nothing then.
   bool findsRoot() const;
 
  private:
