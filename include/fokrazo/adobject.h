@@ -73,8 +73,8 @@ class FOKRAZO_API ADObject {
   long getUnixTime(const std::string& name, long fallback);
   /// Whether the first values are equal, a missing one counting as empty; `bothAbsent` if both are missing.
   bool compareAttribute(ADObject& other, const std::string& name, bool bothAbsent);
-  /// The attributes that are in the body: all of them after deSerialize, else those asked for so far.
-  ADAttributeMap& attributes();
+  /// The attributes that are in the body: all of them after deSerialize, otherwise those asked for so far. To
+  /// read alone: attributes are added by operator[], which gives each its name, and removed by erase.
   const ADAttributeMap& attributes() const;
 
   /// The SID, taken from `_SID` or else `securityIdentifier` when first asked for; may stay null.
@@ -127,7 +127,9 @@ class FOKRAZO_API ADObject {
   void sdump(std::ostream& out) const;
 
  private:
+  friend class ADSerializer;
   ADObjectImpl& body() const;
+  void markSerialized();
   void copyInAnyCase(ADObject& to, const char* name);
   void mergeHashes(const ADAttribute::Values& hashes);
   long convertTime(const std::string& name, long fallback, long (ADAttribute::*convert)() const);

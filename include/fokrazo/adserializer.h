@@ -150,7 +150,7 @@ class FOKRAZO_API ADSerializer {
   void skipValues(const Dictionary& dictionary);
 
   void putHeader(ADObject& object);
-  void putAttribute(ADAttribute& attribute);
+  void putAttribute(const ADAttribute& attribute);
   void putText(const std::string& text);
   void putWord(uint32_t word);
 

@@ -22,10 +22,7 @@ constexpr char kSource[] = "lrpc/adattribute";
 time_t utcSeconds(const std::string& text) {
   tm fields{};
   if (!strptime(text.c_str(), "%Y:%m:%d:%H:%M:%S.0Z", &fields)) return -1;
-  fields.tm_isdst = 0;
-  tzset();
-  time_t local = mktime(&fields);
-  return local - timezone;
+  return timegm(&fields);
 }
 
 const char* marksText(bool dirty, bool serialized) {

@@ -212,10 +212,6 @@ bool ADObject::compareAttribute(ADObject& other, const std::string& name, bool b
   return (own ? *own : EMPTY_STRING) == (others ? *others : EMPTY_STRING);
 }
 
-ADAttributeMap& ADObject::attributes() {
-  return body().attributes;
-}
-
 const ADAttributeMap& ADObject::attributes() const {
   return body().attributes;
 }
@@ -326,6 +322,10 @@ ADSerializer* ADObject::getSerialized() {
 
 ADSerializer* ADObject::serializer() const {
   return body().serializer.get();
+}
+
+void ADObject::markSerialized() {
+  for (auto& entry : body().attributes) entry.second.setMarks(entry.second.dirty(), true);
 }
 
 bool ADObject::serializedClean() const {

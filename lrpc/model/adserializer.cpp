@@ -414,10 +414,11 @@ std::unique_ptr<ADSerializer> ADSerializer::serialize(ADObject& object) {
   blob->putHeader(object);
   blob->m_cursor = blob->m_data + kHeaderSize + kWord * object.attributes().size();
   uint32_t position = 0;
-  for (auto& entry : object.attributes()) {
+  for (const auto& entry : object.attributes()) {
     blob->setSlot(position++, blob->m_cursor - blob->m_data);
     blob->putAttribute(entry.second);
   }
+  object.markSerialized();
   return blob;
 }
 
@@ -432,11 +433,10 @@ void ADSerializer::putHeader(ADObject& object) {
   setHeader(kCount, static_cast<uint32_t>(object.attributes().size()));
 }
 
-void ADSerializer::putAttribute(ADAttribute& attribute) {
+void ADSerializer::putAttribute(const ADAttribute& attribute) {
   putText(attribute.name());
   putWord(attribute.size());
   for (const std::string& value : attribute) putText(value);
-  attribute.setMarks(attribute.dirty(), true);
 }
 
 void ADSerializer::putText(const std::string& text) {
