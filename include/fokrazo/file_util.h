@@ -69,6 +69,9 @@ FOKRAZO_API int GetZantrelTempDirForCurrentUser(char* dst, size_t size);
 
 namespace vesk {
 
+/// The bytes of a file, as many as it has when the call begins. A failure's code is the result of the call.
+FOKRAZO_API std::string readFile(std::string path);
+
 using ::CopyFile;
 using ::CopyFiles;
 using ::GetFileSize;

@@ -345,10 +345,6 @@ class FOKRAZO_API LocalRpcSession {
   std::atomic<pthread_t> m_holder{};   // the thread whose operation is under way
 };
 
-/// The bytes of a file, as many as it has when the call begins.
-/// @throws SystemException "OS call failed" with the system's text
-FOKRAZO_API std::string readFile(std::string path);
-
 }  // namespace vesk
 
 /// Asks the daemon for the canonical service principal of a host's service, for Kerberos libraries.

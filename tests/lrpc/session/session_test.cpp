@@ -12,6 +12,7 @@
 #include <future>
 #include <thread>
 
+#include <fokrazo/file_util.h>
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/shredder.h>
 #include "tests/support/session_test.h"

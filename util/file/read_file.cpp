@@ -1,0 +1,39 @@
+#include <fokrazo/file_util.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "util/error/throw.h"
+#include "util/file/unique_fd.h"
+
+namespace vesk {
+
+namespace {
+
+constexpr char kSource[] = "lrpc/session";  // as logs have always named it
+
+void checkCall(bool worked, long result) {
+  if (!worked)
+    FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", static_cast<int>(result), errno,
+                        "OS call failed");
+}
+
+}  // namespace
+
+std::string readFile(std::string path) {
+  struct stat status;
+  const int rc = stat(path.c_str(), &status);
+  checkCall(rc == 0, rc);
+  std::string bytes(static_cast<size_t>(status.st_size), '\0');
+  const UniqueFd file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  checkCall(static_cast<bool>(file), file.get());
+  errno = 0;  // too few bytes are no error of the system's
+  const ssize_t count = read(file.get(), bytes.data(), bytes.size());
+  checkCall(count == status.st_size, count);
+  return bytes;
+}
+
+}  // namespace vesk
