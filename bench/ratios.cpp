@@ -89,9 +89,7 @@ void compareExchanges() {
   }
   {
     Pair pair(listReply(sampleBlobs(kListed)));
-    auto ours = [&] {
-      keep(pair.session.ldapSearch("", "", "", nullptr, vesk::LdapSearchScopeType{}, 0, false).size());
-    };
+    auto ours = [&] { keep(pair.session.ldapSearch("", "", "", nullptr, vesk::ScopeBase, 0, false).size()); };
     auto plain = [&] { keep(plainSearch(pair.fd).size()); };
     printRow("an object of a list of 300", compare(ours, plain, kListBatchMs, kListBatches), kListed);
   }

@@ -55,8 +55,7 @@ void measureListLengths() {
     vesk::LocalRpcSession session(peer.path(), false, false);
     const int fd = connectTo(plainPeer.path());
     auto search = [&] {
-      if (session.ldapSearch("", "", "", nullptr, vesk::LdapSearchScopeType{}, 0, false).size() != length)
-        die("search");
+      if (session.ldapSearch("", "", "", nullptr, vesk::ScopeBase, 0, false).size() != length) die("search");
     };
     const std::string key = "curve.list." + std::to_string(length);
     print(key, nanosecondsOf(search, kBatchMs, kBatches) / length, "ns/entry");

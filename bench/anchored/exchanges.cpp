@@ -47,8 +47,7 @@ void measureList() {
   const CannedPeer peer(listReply(sampleBlobs(kListed)), kCpu);
   vesk::LocalRpcSession session(peer.path(), false, false);
   auto search = [&] {
-    const vesk::ADObjectList found =
-        session.ldapSearch("", "", "", nullptr, vesk::LdapSearchScopeType{}, 0, false);
+    const vesk::ADObjectList found = session.ldapSearch("", "", "", nullptr, vesk::ScopeBase, 0, false);
     if (found.size() != kListed) die("search");
   };
   printMicroseconds("ours.list300.1cpu", nanosecondsOf(search, 60, 7) / kListed);

@@ -27,8 +27,8 @@
 #include "standin/directory.h"
 #include "standin/unix_profile.h"
 #include "tests/support/command_line.h"
+#include "tests/support/outcome_text.h"
 #include "tests/support/standin_process.h"
-#include "tests/support/told.h"
 #include "tests/support/wire.h"
 #include "util/file/unique_fd.h"
 
@@ -42,7 +42,6 @@ using standin::EntryId;
 using standin::EntryKind;
 using Names = std::set<std::string>;
 
-constexpr auto kSubtree = static_cast<LdapSearchScopeType>(2);
 const std::string kSample = TEST_SOURCE_DIR "/standin/sample/";
 
 class StandinTest : public testing::Test {
@@ -73,12 +72,12 @@ TEST_F(StandinTest, FindsEveryAccountAndGroupByEachKey) {
     if (!isGroup && !entry.isAccount()) {
       for (const int flags : {0, UNIX_ONLY})
         EXPECT_TRUE(sid.isNull() ||
-                    told([&] { return m_session.getObject(sid, flags); }).find("NotFound") == 0);
+                    outcomeOf([&] { return m_session.getObject(sid, flags); }).find("NotFound") == 0);
       continue;
     }
     const auto find = [&](const auto& key) {
-      return isGroup ? told([&] { return m_session.getGroup(key, 0); })
-                     : told([&] { return m_session.getUser(key, 0); });
+      return isGroup ? outcomeOf([&] { return m_session.getGroup(key, 0); })
+                     : outcomeOf([&] { return m_session.getUser(key, 0); });
     };
     const std::string account = entry.first(AD_USERNAME);
     const std::optional<uint32_t> number = standin::unixId(entry);
@@ -108,10 +107,10 @@ TEST_F(StandinTest, ListsEachKindToItsOwnEnd) {
     users.insert(entry.dn());
     if (standin::unixId(entry)) shadows.insert(entry.dn());
   }
-  EXPECT_EQ(told(user), closed);
+  EXPECT_EQ(outcomeOf(user), closed);
   EXPECT_FALSE(m_session.startListUser() || m_session.startListGroup(true));
   // Two listings at once, and other requests between their entries.
-  Names listed = {told(user)}, listedGroups = {told(group)};
+  Names listed = {outcomeOf(user)}, listedGroups = {outcomeOf(group)};
   m_session.getUser("lquispe", 0);
   EXPECT_EQ(rest(user, end, listed), users);
   EXPECT_EQ(rest(group, end, listedGroups), groups);
@@ -120,7 +119,7 @@ TEST_F(StandinTest, ListsEachKindToItsOwnEnd) {
   EXPECT_FALSE(m_session.startListShadow());
   EXPECT_EQ(rest(shadow, "NotFoundException 0 User not found"), shadows);
   EXPECT_FALSE(m_session.endListUser() || m_session.endListGroup() || m_session.endListShadow());
-  EXPECT_EQ(told(group), closed);
+  EXPECT_EQ(outcomeOf(group), closed);
   EXPECT_FALSE(m_session.startListUser());
   EXPECT_EQ(rest([&] { return m_session.getUser2(NEXT_ENTRY, UNIX_ONLY); }, end), shadows);
 }
@@ -128,16 +127,17 @@ TEST_F(StandinTest, ListsEachKindToItsOwnEnd) {
 TEST_F(StandinTest, SearchesByPagesWithAttributesAndErrors) {
   const char *base = "OU=Corp,DC=example,DC=com", *filter = "(objectClass=group)";
   const char* wanted[] = {"CN", "_Members", nullptr};
-  PagedSearchHandle handle = m_session.ldapPagedSearch("EXAMPLE", base, filter, wanted, kSubtree, 2, false);
+  PagedSearchHandle handle =
+      m_session.ldapPagedSearch("EXAMPLE", base, filter, wanted, ScopeSubtree, 2, false);
   Names names;
   for (ADObject object = handle.getNext(); !object.isEmpty(); object = handle.getNext()) {
     EXPECT_TRUE(names.insert(text(object)).second);
     EXPECT_TRUE(object.attributeExists("cn", true));
     EXPECT_FALSE(object.attributeExists("name", false));
   }
-  EXPECT_EQ(names.size(), m_session.ldapSearch("", base, filter, nullptr, kSubtree, 0, false).size());
+  EXPECT_EQ(names.size(), m_session.ldapSearch("", base, filter, nullptr, ScopeSubtree, 0, false).size());
   EXPECT_TRUE(handle.getNext().isEmpty());
-  EXPECT_EQ(m_session.ldapSearch("", "", "(cn=*)", nullptr, kSubtree, 5, false).size(), 5u);
+  EXPECT_EQ(m_session.ldapSearch("", "", "(cn=*)", nullptr, ScopeSubtree, 5, false).size(), 5u);
 
   const struct {
     const char *domain, *base, *filter;
@@ -150,7 +150,7 @@ TEST_F(StandinTest, SearchesByPagesWithAttributesAndErrors) {
   for (const auto& bad : kBad) {
     const auto search = [&](auto operation) {
       const auto scope = static_cast<LdapSearchScopeType>(bad.scope);
-      return told(
+      return outcomeOf(
           [&] { return (m_session.*operation)(bad.domain, bad.base, bad.filter, nullptr, scope, 0, false); });
     };
     EXPECT_EQ(search(&LocalRpcSession::ldapSearch), bad.failure);
@@ -158,9 +158,9 @@ TEST_F(StandinTest, SearchesByPagesWithAttributesAndErrors) {
   }
 
   // A handle belongs to its connection: the next one does not know it.
-  PagedSearchHandle lost = m_session.ldapPagedSearch("", "", "", nullptr, kSubtree, 10, false);
+  PagedSearchHandle lost = m_session.ldapPagedSearch("", "", "", nullptr, ScopeSubtree, 10, false);
   m_session.dropConnection();
-  EXPECT_EQ(told([&] { return lost.getNext(); }), " 0 No such paged search");
+  EXPECT_EQ(outcomeOf([&] { return lost.getNext(); }), " 0 No such paged search");
 }
 
 TEST_F(StandinTest, RestartsAtASignalAndWaitsForDescriptors) {

@@ -7,44 +7,15 @@
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/session.h>
 #include <fokrazo/shredder.h>
-#include "tests/support/told.h"
+#include "tests/support/out_arguments.h"
 
 using namespace vesk;
 
 namespace testsupport {
 
-std::string renew(LocalRpcSession& session, const char* user) {
-  int count = -1;
-  const std::string result = told([&] { return session.renewCredentials(user, count); });
-  return result + " " + text(count);
-}
-
-std::string mapDomain(LocalRpcSession& session, const char* name) {
-  std::string first, second;
-  const std::string result = told([&] { return session.mapDomain(name, first, second, 0); });
-  return result + " " + first + " " + second;
-}
-
-std::string logon(LocalRpcSession& session, const char* user, const char* domain, const char* token) {
-  int status = -1;
-  std::string key, why;
-  const std::string result =
-      told([&] { return session.netLogonSamLogon(user, domain, token, 0, key, status, why); });
-  return result + " " + text(status) + " " + std::to_string(key.size());
-}
-
-std::string samChange(LocalRpcSession& session, const char* user, const char* wanted) {
-  int status = -1;
-  std::string why;
-  const std::string result =
-      told([&] { return session.samChangeUserPassword2(user, wanted, "bad", "", "", status, why); });
-  return result + " " + text(status) + " " + why;
-}
-
 namespace {
 
 constexpr char kNext[] = "@#";
-constexpr auto kTree = static_cast<LdapSearchScopeType>(2);
 const char* kNames[] = {"cn", nullptr};
 
 SID sid(const char* account) {
@@ -59,7 +30,7 @@ Guid guid(const char* text) {
 
 // With all attributes: an answer that is cut or mixed with another one would show.
 std::string whole(LocalRpcSession& session) {
-  return told([&] {
+  return outcomeOf([&] {
     ADObject object = session.getUserObj("xbjork", GROUP_MEMBERSHIP);
     uLong sum = crc32(0, nullptr, 0);
     for (const auto& entry : object.attributes())
@@ -70,9 +41,9 @@ std::string whole(LocalRpcSession& session) {
 }
 
 std::string pages(LocalRpcSession& session) {
-  return told([&] {
+  return outcomeOf([&] {
     PagedSearchHandle handle =
-        session.ldapPagedSearch("", "", "(objectClass=group)", nullptr, kTree, 5, false);
+        session.ldapPagedSearch("", "", "(objectClass=group)", nullptr, ScopeSubtree, 5, false);
     int count = 0;
     while (!handle.getNext().isEmpty()) ++count;
     return count;
@@ -87,24 +58,31 @@ std::string ownRequest(LocalRpcSession& session) {
   });
 }
 
+// The key is one of random bytes.
+std::string logon(LocalRpcSession& session) {
+  const std::string outcome = loggedOn(session, "xbjork", "", "Grüne-Lampe-2", 0);
+  constexpr size_t kStart = sizeof "0 0  " - 1;
+  return outcome.substr(0, kStart) + std::to_string(outcome.size() - kStart);
+}
+
 std::string health(LocalRpcSession& session) {
   ValidationResult health = VR_VALUE_NOT_SET;
   int a = 0, b = 0;
   std::string why;
-  return told([&] { return session.systemHealthInfo(true, health, a, b, why); });
+  return outcomeOf([&] { return session.systemHealthInfo(true, health, a, b, why); });
 }
 
 std::string flushObject(LocalRpcSession& session) {
   ADObject object("CN=x,DC=y");
-  return told([&] { return session.flushCache(object); });
+  return outcomeOf([&] { return session.flushCache(object); });
 }
 
 // clang-format off
 #define ASK(...) #__VA_ARGS__, [](LocalRpcSession& session) { return __VA_ARGS__; }
-#define CALL(...) ASK(told([&] { return session.__VA_ARGS__; }))
+#define CALL(...) ASK(outcomeOf([&] { return session.__VA_ARGS__; }))
 #define LISTING(start, next) \
   #start " " #next, [](LocalRpcSession& session) { \
-    return told([&] { return session.start ? "true" : text(session.next); }); }
+    return outcomeOf([&] { return session.start ? "true" : text(session.next); }); }
 #define DOMAIN "DC=example,DC=com"
 #define USER "CN=Ximena Björk,OU=People,OU=Corp," DOMAIN
 #define GROUP "CN=Büro,OU=Groups,OU=Corp," DOMAIN
@@ -143,7 +121,7 @@ const std::vector<Operation> kOperations = {
     {CALL(endListUser()), "false", Sent::Once},
     {CALL(endListGroup()), "false", Sent::Once},
     {CALL(endListShadow()), "false", Sent::Once},
-    {CALL(ldapSearch("", "", "(sAMAccountName=xbjork)", kNames, kTree, 0, false)), "1 " USER},
+    {CALL(ldapSearch("", "", "(sAMAccountName=xbjork)", kNames, ScopeSubtree, 0, false)), "1 " USER},
     {"ldapPagedSearch", pages, "11", Sent::InParts},
     {CALL(ldapFetch("EXAMPLE", USER, nullptr, false)), USER},
     {CALL(validatePlainTextUser("xbjork", Shredder("Grüne-Lampe-2"), false)), "0"},
@@ -155,7 +133,7 @@ const std::vector<Operation> kOperations = {
     {CALL(getServicePrincipal("DC1", "host")), "HOST/DC1@EXAMPLE.COM"},
     {CALL(userLogin("nobody")), "true", Sent::Once},
     {CALL(userLogout("nobody")), "true", Sent::Once},
-    {ASK(renew(session, "xbjork")), "0 0"},
+    {ASK(renewed(session, "xbjork")), "0 0"},
     {CALL(changePassword("nobody", Shredder("x"), Shredder("y"), false)), "1", Sent::Once},
     {CALL(setPassword("nobody", Shredder("y"), "Administrator", Shredder("Turn-the-key-1"))), "1", Sent::Once},
     {CALL(setPasswordKrb5("nobody", Shredder("y"))), "1", Sent::Once},
@@ -163,8 +141,8 @@ const std::vector<Operation> kOperations = {
     {CALL(addUserKrb5("xbjork", Shredder("Good-enough-1"), "", "", "", "", "", "")), "33", Sent::Once},
     {CALL(setMachinePassword("linux04", Shredder("Machine-Secret-5"), "", Shredder())), "0"},
     {CALL(setMachinePassword(Shredder("Machine-Secret-5"))), "0"},
-    {ASK(logon(session, "xbjork", "", "Grüne-Lampe-2")), "0 0 16"},
-    {ASK(samChange(session, "nobody", "x")), "1 -1073741724 Invalid principal"},
+    {"netLogonSamLogon", logon, "0 0  16"},
+    {ASK(samChanged(session, "nobody", "x", "bad", "", "")), "1 -1073741724 Invalid principal"},
     {CALL(flushCache("xbjork")), "0"},
     {"flushCache(object)", flushObject, "0"},
     {CALL(flushCache(FLUSH_OBJ_CACHE | FLUSH_PMON)), "0"},
@@ -177,7 +155,7 @@ const std::vector<Operation> kOperations = {
     {CALL(samIsSandboxed("xbjork", false)), "false"},
     {CALL(samGetUserRoles("asharma", false)), "1 CN=Release crew,CN=Containers,OU=Corp," DOMAIN},
     {CALL(samGetUserRolesLocal("nobody", 5, 6)), "0"},
-    {ASK(mapDomain(session, "EXAMPLE")), "0 example.com EXAMPLE", Sent::Once},
+    {ASK(mapped(session, "EXAMPLE", 0)), "0 example.com EXAMPLE", Sent::Once},
     {CALL(getADDomain("EXAMPLE")), "example.com", Sent::Once},
     {CALL(getNtlmDomain("xbjork")), "EXAMPLE", Sent::Once},
     {CALL(setSessionID("17")), "0"},

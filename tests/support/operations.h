@@ -20,17 +20,11 @@ enum class Sent {
 
 struct Operation {
   const char* call;
-  /// What it returns or throws and its out arguments, as one line (see tests/support/told.h).
+  /// What it returns or throws and its out arguments, as one line (see tests/support/outcome_text.h).
   std::string (*make)(vesk::LocalRpcSession& session);
   const char* outcome;
   Sent sent = Sent::Again;
 };
-
-/// Operations with out arguments, as one line each: the result, and what came out.
-std::string renew(vesk::LocalRpcSession& session, const char* user);
-std::string mapDomain(vesk::LocalRpcSession& session, const char* name);
-std::string logon(vesk::LocalRpcSession& session, const char* user, const char* domain, const char* token);
-std::string samChange(vesk::LocalRpcSession& session, const char* user, const char* wanted);
 
 /// All but stop, which ends the daemon.
 const std::vector<Operation>& operations();

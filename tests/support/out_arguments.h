@@ -1,43 +1,44 @@
-/// The operations of a session that have out arguments. Each tells what the call returns or throws, and its
-/// out arguments behind that; those that are left alone are 5 and "key", "why", "first" or "second".
+/// The operations of a session that have out arguments. Each returns one line: what the call returns or
+/// throws, and then its out arguments. One that is left alone is 5, "key", "why", "first" or "second".
 #pragma once
 
 #include <string>
 
 #include <fokrazo/session.h>
-#include "tests/support/told.h"
+#include "tests/support/outcome_text.h"
 
 namespace testsupport {
 
 inline std::string renewed(vesk::LocalRpcSession& session, const std::string& user) {
   int count = 5;
-  const std::string result = told([&] { return session.renewCredentials(user, count); });
+  const std::string result = outcomeOf([&] { return session.renewCredentials(user, count); });
   return result + " " + text(count);
 }
 
 inline std::string mapped(vesk::LocalRpcSession& session, const std::string& name, unsigned options) {
   std::string first = "first", second = "second";
-  const std::string result = told([&] { return session.mapDomain(name, first, second, options); });
+  const std::string result = outcomeOf([&] { return session.mapDomain(name, first, second, options); });
   return result + " " + first + " " + second;
 }
 
-inline std::string samChanged(vesk::LocalRpcSession& session, const std::string& user, const std::string& s2,
-                              const std::string& s3, const std::string& s4, const std::string& s5) {
+inline std::string samChanged(vesk::LocalRpcSession& session, const std::string& user,
+                              const std::string& newPassword, const std::string& oldPassword,
+                              const std::string& text1, const std::string& text2) {
   int status = 5;
   std::string why = "why";
-  const std::string result =
-      told([&] { return session.samChangeUserPassword2(user, s2, s3, s4, s5, status, why); });
+  const std::string result = outcomeOf([&] {
+    return session.samChangeUserPassword2(user, newPassword, oldPassword, text1, text2, status, why);
+  });
   return result + " " + text(status) + " " + why;
 }
 
-/// The key is one of random bytes, and not told.
-inline std::string loggedOn(vesk::LocalRpcSession& session, const std::string& user, const std::string& s2,
-                            const std::string& s3, unsigned n, std::string& key) {
+inline std::string loggedOn(vesk::LocalRpcSession& session, const std::string& user,
+                            const std::string& domain, const std::string& token, unsigned option) {
   int status = 5;
-  std::string why = "why";
+  std::string key = "key", why = "why";
   const std::string result =
-      told([&] { return session.netLogonSamLogon(user, s2, s3, n, key, status, why); });
-  return result + " " + text(status) + " " + why;
+      outcomeOf([&] { return session.netLogonSamLogon(user, domain, token, option, key, status, why); });
+  return result + " " + text(status) + " " + why + " " + key;
 }
 
 }  // namespace testsupport

@@ -188,19 +188,6 @@ ScriptedPeer& ScriptedPeer::send(const std::string& message) {
   return sendRaw(framed(message));
 }
 
-ScriptedPeer& ScriptedPeer::sendFirst(size_t count, const std::string& message) {
-  return sendRaw(framed(message).substr(0, count));
-}
-
-ScriptedPeer& ScriptedPeer::trickle(const std::string& message) {
-  return then([this, message] {
-    for (const char byte : framed(message)) {
-      sendNow(std::string(1, byte));
-      waitUntilTaken(m_connection.get());
-    }
-  });
-}
-
 ScriptedPeer& ScriptedPeer::sendRaw(const std::string& bytes) {
   return then([this, bytes] { sendNow(bytes); });
 }

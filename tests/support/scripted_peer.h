@@ -17,7 +17,7 @@ namespace testsupport {
 /// Listens on a unix socket and works through a script in a thread of its own, one connection at a time. The
 /// calls below add a step to the script, also while it runs, and return at once:
 ///
-///   peer.expect(request(0)).sendFirst(3, reply(0)).hangUp();
+///   peer.expect(request(0)).sendRaw("cut").hangUp();
 ///   peer.accept().expect(request(0)).send(reply(0));
 ///   session.ping();
 ///   EXPECT_TRUE(peer.finished());
@@ -38,11 +38,8 @@ class ScriptedPeer {
   /// The client closes the connection, without a further byte.
   ScriptedPeer& expectClosed();
 
-  /// Sends the message in its frame; the first `count` bytes of that; or all of it, each byte when the client
-  /// has taken the one before.
+  /// Sends the message in its frame.
   ScriptedPeer& send(const std::string& message);
-  ScriptedPeer& sendFirst(size_t count, const std::string& message);
-  ScriptedPeer& trickle(const std::string& message);
   /// Sends bytes as they are.
   ScriptedPeer& sendRaw(const std::string& bytes);
 

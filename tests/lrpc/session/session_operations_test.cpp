@@ -11,8 +11,8 @@
 #include <fokrazo/shredder.h>
 #include <fokrazo/strutil.h>
 #include "tests/support/out_arguments.h"
+#include "tests/support/outcome_text.h"
 #include "tests/support/session_test.h"
-#include "tests/support/told.h"
 
 using namespace vesk;
 using namespace testsupport;
@@ -55,8 +55,6 @@ const std::string kBinary("p\0\xff%s\n", 6);
 const Shredder kSecret(kBinary);
 const Shredder kLong(std::string(1 << 20, '\x80'));
 const char* kNames[] = {"cn", "", nullptr};
-constexpr auto kBase = static_cast<LdapSearchScopeType>(0);
-constexpr auto kTree = static_cast<LdapSearchScopeType>(2);
 const std::string kSystem = "SystemException 0 ";
 const std::string kNull = kSystem + "Null adobject";
 const std::string kNoUser = "NotFoundException 0 User not found";
@@ -87,12 +85,6 @@ Answers value(const std::string& fields, const std::string& told) {
       {answer(0, fields), told}, {answer(33, kRemote), kRemoteText}, {answer(33), none}, {reply(0), none}};
 }
 
-std::string logon(LocalRpcSession& session) {
-  std::string key = "key";
-  const std::string outcome = loggedOn(session, "al", kBinary, "", 0xffffffff, key);
-  return outcome + " " + key;
-}
-
 std::string flushObject(LocalRpcSession& session) {
   std::string blob = kObject.substr(2);
   ADObject object(blob.size(), &blob[0], false, nullptr);
@@ -101,7 +93,7 @@ std::string flushObject(LocalRpcSession& session) {
 
 // clang-format off
 #define ASK(...) #__VA_ARGS__, [](LocalRpcSession& session) { return __VA_ARGS__; }
-#define CALL(...) ASK(told([&] { return session.__VA_ARGS__; }))
+#define CALL(...) ASK(outcomeOf([&] { return session.__VA_ARGS__; }))
 
 // A lookup's header is the object's type, scope, kind of key, whether to ask the directory first, memberships.
 std::string lookup(int opcode, const char* header, const std::string& key) {
@@ -163,9 +155,9 @@ const Operations kSearches = {
     {CALL(endListUser()),                                     request(14, i(0) + i(0)),        false, kFailure},
     {CALL(endListGroup()),                                    request(14, i(1) + i(0)),        false, kFailure},
     {CALL(endListShadow()),                                   request(14, i(2) + i(0)),        false, kFailure},
-    {CALL(ldapSearch("D", "OU=x", "(cn=*)", kNames, kTree, 9, true)), request(16, kSearch),    true, kLists},
-    {CALL(ldapSearch("", "", "", nullptr, kBase, -1, false)), request(16, kSearchAll),         true, kLists},
-    {CALL(ldapPagedSearch("D", "OU=x", "(cn=*)", kNames, kTree, 9, true)), request(22, kSearch), true,
+    {CALL(ldapSearch("D", "OU=x", "(cn=*)", kNames, ScopeSubtree, 9, true)), request(16, kSearch),    true, kLists},
+    {CALL(ldapSearch("", "", "", nullptr, ScopeBase, -1, false)), request(16, kSearchAll),         true, kLists},
+    {CALL(ldapPagedSearch("D", "OU=x", "(cn=*)", kNames, ScopeSubtree, 9, true)), request(22, kSearch), true,
      value(i(7), "handle") + Answers{{answer(0), kUnread + "int"}}},
     {CALL(ldapFetch("D", kDn, kNames, true)), request(21, s("D") + s(kDn) + sequence(s("cn") + s("")) + i(1)), true,
      value(kObject, kDn) + Answers{{answer(0, s("")), "empty"}}},
@@ -215,7 +207,7 @@ const Operations kChanges = {
     {CALL(addUserKrb5("al", kSecret, "1", "2", "3", "4", "5", "")), request(18, s("al") + s(kBinary) + kSix),           false, kResult},
     {CALL(setMachinePassword("al", kSecret, "root", kSecret)), request(29, s("al") + s(kBinary) + s("root") + s(kBinary)), true, kMachineResult},
     {CALL(setMachinePassword(kSecret)),                       request(29, s("") + s(kBinary) + s("") + s("")),          true, kMachineResult},
-    {"netLogonSamLogon", logon,                               request(36, s("al") + s(kBinary) + s("") + i(-1)),        true,
+    {ASK(loggedOn(session, "al", kBinary, "", 0xffffffff)),                               request(36, s("al") + s(kBinary) + s("") + i(-1)),        true,
      {{answer(0, s(kBinary)), "0 0  " + kBinary,                    kLoggedOn + "(rc=0) (ntStatus=0x0)\n"},
       {kRefused,              "36 -1073741715 Logon failure key",   kLoggedOn + "(rc=36) (ntStatus=0xc000006d)\n"},
       {reply(0),              "11 0  key",                          kLoggedOn + "(rc=11) (ntStatus=0x0)\n"},
@@ -273,15 +265,15 @@ const Operations kAdministration = {
 
 class OperationsTest : public SessionTest {
  protected:
-  std::string outcomeOf(const Operation& operation) {
+  std::string make(const Operation& operation) {
     forgetLog();
-    return told([&] { return operation.make(session()); });
+    return outcomeOf([&] { return operation.make(session()); });
   }
 
   void checkAnswers(const Operation& operation) {
     for (const Answer& each : operation.answers) {
       peer().expect(operation.request).send(each.message);
-      EXPECT_EQ(outcomeOf(operation), each.outcome);
+      EXPECT_EQ(make(operation), each.outcome);
       EXPECT_TRUE(isLogged(operation.logged)) << logged();
       EXPECT_TRUE(isLogged(each.logged)) << logged();
     }
@@ -292,12 +284,12 @@ class OperationsTest : public SessionTest {
     peer().accept().expect(operation.request).hangUp();
     if (operation.resent) {
       peer().accept().expect(operation.request).send(good.message);
-      EXPECT_EQ(outcomeOf(operation), good.outcome);
+      EXPECT_EQ(make(operation), good.outcome);
       ASSERT_TRUE(peer().finished());
       for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(operation.request).hangUp();
       session().dropConnection();
     }
-    const std::string failure = outcomeOf(operation);
+    const std::string failure = make(operation);
     EXPECT_EQ(failure.find("ConnectionBrokenException"), 0u) << failure;
     EXPECT_EQ(failure.substr(failure.size() - operation.untouched.size()), operation.untouched);
     EXPECT_TRUE(good.logged.empty() || !isLogged(good.logged));
@@ -310,7 +302,7 @@ class OperationsTest : public SessionTest {
     const bool hasFields = good.message.size() > answer(0).size();
     for (size_t size = reply(0).size(); size < good.message.size(); ++size) {
       peer().expect(operation.request).send(good.message.substr(0, size));
-      const std::string outcome = outcomeOf(operation);
+      const std::string outcome = make(operation);
       EXPECT_TRUE(!hasFields || outcome != good.outcome) << size;
     }
   }
@@ -382,7 +374,7 @@ TEST_F(OperationsTest, ASearchIsAskedForPageByPageAndOutlivesFailures) {
       .expect(request(22, s("") + s("") + s("") + sequence("") + i(0) + i(0) + i(0)))
       .send(answer(0, i(-7)))
       .hangUp();
-  PagedSearchHandle handle = session().ldapPagedSearch("", "", "", nullptr, kBase, 0, false);
+  PagedSearchHandle handle = session().ldapPagedSearch("", "", "", nullptr, ScopeBase, 0, false);
   const struct {
     std::string reply, told;
   } pages[] = {{answer(9, kRemote), kRemoteText},
@@ -392,13 +384,13 @@ TEST_F(OperationsTest, ASearchIsAskedForPageByPageAndOutlivesFailures) {
   for (const auto& page : pages) {
     ASSERT_TRUE(peer().finished());  // nothing has been asked for yet
     peer().accept().expect(next).send(page.reply);
-    std::string all = told([&] { return handle.getNext(); });
+    std::string all = outcomeOf([&] { return handle.getNext(); });
     if (page.told == "a b") all += " " + text(handle.getNext());
     EXPECT_EQ(all, page.told);
     peer().hangUp();  // the next page is asked for on a new connection, with the old number
   }
   for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(next).hangUp();
-  EXPECT_EQ(told([&] { return handle.getNext(); }).find("ConnectionBrokenException"), 0u);
+  EXPECT_EQ(outcomeOf([&] { return handle.getNext(); }).find("ConnectionBrokenException"), 0u);
   peer().accept().expect(next).send(answer(0, i(0)));
   for (int again = 0; again < 3; ++again) EXPECT_TRUE(handle.getNext().isEmpty());
   EXPECT_TRUE(peer().finished());

@@ -39,7 +39,7 @@ inline std::string text(const vesk::PagedSearchHandle&) {
 
 /// The text of what it returns, or what it throws.
 template <class Action>
-std::string told(Action action) {
+std::string outcomeOf(Action action) {
   std::string value;
   const std::string thrown = thrownBy([&] { value = text(action()); });
   return thrown == "nothing" ? value : thrown;

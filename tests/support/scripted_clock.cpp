@@ -1,1 +1,0 @@
-#include "util/thread/clock.h"
