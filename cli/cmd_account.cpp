@@ -30,8 +30,8 @@ ExitStatus passwd(Invocation& invocation) {
   LocalRpcSession& session = invocation.daemon.sessionForSecrets();
   const Shredder current = secrets.read(reset ? "Administrator's password: " : "Current password: ");
   const Shredder wanted = secrets.read("New password: ");
-  const int result = reset ? session.setPassword(user, wanted, admin, current)
-                           : session.changePassword(user, current, wanted, false);
+  const ValidationResult result = reset ? session.setPassword(user, wanted, admin, current)
+                                        : session.changePassword(user, current, wanted, false);
   return report(invocation.output, session, result);
 }
 

@@ -72,7 +72,7 @@ ExitStatus domain(Invocation& invocation) {
                      }));
   std::string first;
   std::string second;
-  const int result = session.mapDomain(name, first, second, 0);
+  const ValidationResult result = session.mapDomain(name, first, second, 0);
   if (result != VR_SUCCESS) return report(invocation.output, session, result);
   invocation.output.record(Record().text("first", first).text("second", second),
                            shown(first) + ' ' + shown(second));
@@ -110,7 +110,7 @@ ExitStatus flush(Invocation& invocation) {
   for (const std::string& name : invocation.arguments.operands()) selectors |= selectorOf(name);
   if (one && selectors != 0) throw UsageError("flush takes --key or caches, not both");
   LocalRpcSession& session = invocation.daemon.session();
-  const int result =
+  const ValidationResult result =
       one ? session.flushCache(key) : session.flushCache(selectors ? selectors : FLUSH_OBJ_CACHE);
   return report(invocation.output, session, result);
 }

@@ -70,9 +70,9 @@ std::vector<const char*> nullTerminated(const std::vector<std::string>& names) {
 LdapSearchScopeType takeScope(Arguments& arguments) {
   std::string text = "sub";
   arguments.option("--scope", text);
-  const char* const names[] = {"base", "one", "sub"};
-  for (int value = 0; value < 3; ++value)
-    if (text == names[value]) return static_cast<LdapSearchScopeType>(value);
+  if (text == "base") return ScopeBase;
+  if (text == "one") return ScopeOneLevel;
+  if (text == "sub") return ScopeSubtree;
   throw UsageError("option --scope takes base, one or sub, not '" + text + "'");
 }
 

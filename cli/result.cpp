@@ -7,8 +7,8 @@
 
 namespace cli {
 
-ExitStatus report(Output& output, const vesk::LocalRpcSession& session, int result) {
-  const std::string text = vesk::LocalRpcSession::errorString(static_cast<vesk::ValidationResult>(result));
+ExitStatus report(Output& output, const vesk::LocalRpcSession& session, vesk::ValidationResult result) {
+  const std::string text = vesk::LocalRpcSession::errorString(result);
   const std::string& message = session.statusMessage();
   Record record;
   record.number("result", result).text("text", text).text("message", message);

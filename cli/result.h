@@ -3,6 +3,7 @@
 
 #include <fokrazo/error_util.h>
 #include <fokrazo/ipc_exception.h>
+#include <fokrazo/validation_result.h>
 #include "cli/exit_status.h"
 
 namespace vesk {
@@ -15,7 +16,7 @@ class Output;
 
 /// Prints a result with the daemon's own message, if it sent one. Result 0 is success; any other is a
 /// refusal.
-ExitStatus report(Output& output, const vesk::LocalRpcSession& session, int result);
+ExitStatus report(Output& output, const vesk::LocalRpcSession& session, vesk::ValidationResult result);
 
 /// Returns what `question` returns. If it finds nothing, the message begins with `name`.
 /// @throws RefusedError

@@ -7,7 +7,6 @@
 namespace {
 
 constexpr int kPageSize = 20;
-constexpr auto kWholeTree = static_cast<vesk::LdapSearchScopeType>(2);
 
 void print(vesk::ADObject object) {
   const std::string* name = object.firstValue(AD_CN);
@@ -26,7 +25,7 @@ int main(int argc, char** argv) try {
   const char* attributes[] = {AD_CN.c_str(), AD_DISTINGUISHED_NAME.c_str(), nullptr};
   // The session must outlive the handle. An empty base means the whole of this host's domain.
   vesk::PagedSearchHandle found =
-      session.ldapPagedSearch("", "", argv[2], attributes, kWholeTree, kPageSize, false);
+      session.ldapPagedSearch("", "", argv[2], attributes, vesk::ScopeSubtree, kPageSize, false);
   for (vesk::ADObject object = found.getNext(); !object.isEmpty(); object = found.getNext()) print(object);
 } catch (const VESKException& error) {
   std::cerr << error.what() << '\n';

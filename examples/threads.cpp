@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kThreads = 4;
 
-/// One name and what came of it; written by one thread, read when all have ended.
+/// A name and its answer: written by one thread, read after all have ended.
 struct Question {
   std::string name;
   std::string answer;

@@ -11,18 +11,18 @@
 
 namespace example {
 
-/// Hands out the buffer from its beginning on. Too small a buffer throws the Failure that makes the caller
-/// come again with a larger one: "try again" with ERANGE.
+/// Hands out the buffer from its beginning. If it is too small, throws the Failure that makes the caller come
+/// again with a larger one: "try again" with ERANGE.
 class CallerBuffer {
  public:
   CallerBuffer(char* buffer, size_t size) : m_next(buffer), m_left(size) {}
 
-  /// A terminated copy.
+  /// Copies a text, with its terminator.
   char* text(const std::string& text) {
     return static_cast<char*>(memcpy(take(text.size() + 1, 1), text.c_str(), text.size() + 1));
   }
 
-  /// Copies of all, and a null behind them.
+  /// Copies all texts into an array that ends with null.
   char** texts(const std::list<std::string>& texts) {
     auto** const array = static_cast<char**>(take((texts.size() + 1) * sizeof(char*), alignof(char*)));
     char** next = array;

@@ -1,5 +1,5 @@
-/// Whether a directory's account may be used, told from its attributes. For logins that ask no password of
-/// the daemon, such as those with a key.
+/// Whether a directory's account may be used, according to its attributes: for logins that do not send the
+/// daemon a password, such as those with a key.
 #pragma once
 
 #include <fokrazo.h>
@@ -8,8 +8,8 @@
 
 namespace example {
 
-/// The first of these that is so: disabled, expired, locked, to change its password; else VR_SUCCESS. `now`
-/// are seconds since the epoch.
+/// The first that applies: disabled, expired, locked, password must be changed; otherwise VR_SUCCESS. `now`
+/// is in seconds since the epoch.
 vesk::ValidationResult accountState(const vesk::User& account, time_t now);
 
 }  // namespace example

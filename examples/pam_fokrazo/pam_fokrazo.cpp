@@ -1,7 +1,7 @@
-// A login module: the directory's passwords and accounts for every program that uses PAM. A service's file in
-// /etc/pam.d names it on lines of the kinds auth, account and password.
+// A login module: the directory's passwords and accounts for every program that uses PAM. Name it in a
+// service's file in /etc/pam.d, in lines of the types auth, account and password.
 //
-// Each task makes a session of its own, so that no descriptor stays in the program between them.
+// Each task has a session of its own, so that no descriptor is left in the program between them.
 
 #include <pwd.h>
 #include <security/pam_ext.h>
@@ -34,15 +34,15 @@ int toCode(LoginAnswer answer) {
   return kCodes[static_cast<int>(answer)];
 }
 
-// --- What is asked of the daemon ---
+// --- Questions to the daemon ---
 
-// What became of a question: the daemon's result, VR_SYSTEM_ERROR where there is none, and what to answer.
+// The outcome of a question: the daemon's result, or VR_SYSTEM_ERROR if there is none, and what to answer.
 struct Verdict {
   ValidationResult result;
   vesk::Answer answer;
 };
 
-// The id that the host's sources of names give, in their order.
+// The user's id according to all of the host's sources of names, in their order.
 uid_t hostUid(const std::string& user) {
   constexpr size_t kLargestEntry = 1 << 20;
   passwd entry, *found = nullptr;
@@ -55,7 +55,7 @@ uid_t hostUid(const std::string& user) {
   return found->pw_uid;
 }
 
-// The directory's account, if it is the one that the login will be: the host may have a user of that name.
+// The directory's account, if the login will be that account: the host may have a user of the same name.
 vesk::User accountOf(ModuleSession& module, const std::string& user) {
   const vesk::User account(module.find(vesk::DSUser, vesk::KeyName, user, vesk::UNIX_ONLY));
   const uid_t uid = hostUid(user);
@@ -63,7 +63,7 @@ vesk::User accountOf(ModuleSession& module, const std::string& user) {
   return account;
 }
 
-// `question` gives a result, from a session and the account.
+// Calls `question` with a session and the account; it returns the daemon's result.
 template <class Question>
 Verdict ask(const std::string& user, Question question) {
   Verdict verdict = {vesk::VR_SYSTEM_ERROR, {}};
@@ -84,7 +84,7 @@ Verdict validate(const std::string& user, const Shredder& password) {
   });
 }
 
-// Sets `isOpen` if the change may have been made or not: it was sent, and no result came.
+// Sets `isOpen` if nobody knows whether the password has changed: the request was sent, and no result came.
 Verdict change(const std::string& user, const Shredder& old, const Shredder& wanted, bool& isOpen) {
   const Verdict verdict = ask(user, [&](vesk::LocalRpcSession& session, const vesk::User&) {
     isOpen = true;
@@ -92,7 +92,7 @@ Verdict change(const std::string& user, const Shredder& old, const Shredder& wan
     isOpen = false;
     return result;
   });
-  if (verdict.answer.outcome == Outcome::Refused) isOpen = false;  // the daemon may say so without a result
+  if (verdict.answer.outcome == Outcome::Refused) isOpen = false;  // a refusal may come without a result
   return verdict;
 }
 
@@ -103,14 +103,14 @@ Verdict stateOf(const std::string& user, bool isPasswordExpired) {
   });
 }
 
-// --- What is asked of the person, and told ---
+// --- Conversation with the person ---
 
-// A non-blocking program's conversation is not over yet.
+// The conversation of a non-blocking program may not be over yet.
 int codeOf(int conversation) {
   return conversation == PAM_CONV_AGAIN ? PAM_INCOMPLETE : conversation;
 }
 
-// As PAM gives it: kept by PAM for other modules, and asked for if it is not there yet.
+// Gets the secret from PAM, which asks for it if it does not have it yet, and keeps it for other modules.
 int getSecret(pam_handle_t* handle, int item, Shredder& secret) {
   const char* text = nullptr;
   const int rc = pam_get_authtok(handle, item, &text, nullptr);
@@ -118,8 +118,7 @@ int getSecret(pam_handle_t* handle, int item, Shredder& secret) {
   return codeOf(rc);
 }
 
-// A reason that the person can do something about. Whether name or password is wrong remains the daemon's
-// secret.
+// Shows a reason for a refusal, unless it would tell whether the name or the password is wrong.
 void tell(pam_handle_t* handle, int flags, const Verdict& verdict) {
   const bool isWrong =
       verdict.result == vesk::VR_INVALID_PASSWORD || verdict.result == vesk::VR_LOGON_FAILURE;
@@ -128,7 +127,7 @@ void tell(pam_handle_t* handle, int flags, const Verdict& verdict) {
   answer([&] { pam_error(handle, "%s", vesk::LocalRpcSession::errorString(verdict.result).c_str()); });
 }
 
-// --- What one task leaves for the next: that the daemon took a password for right but expired ---
+// --- One task's note for the next: the password was right but has expired ---
 
 constexpr char kExpired[] = "fokrazo_password_expired";
 
@@ -147,11 +146,11 @@ int authenticate(pam_handle_t* handle, int flags, const std::string& user) {
   Shredder password;
   const int rc = getSecret(handle, PAM_AUTHTOK, password);
   if (rc != PAM_SUCCESS) return rc;
-  if (password.empty()) return PAM_AUTH_ERR;  // directories are known to take none for a guest's
+  if (password.empty()) return PAM_AUTH_ERR;  // some directories take an empty password for a guest's login
   const Verdict verdict = validate(user, password);
   const bool isExpired = verdict.result == vesk::VR_PASSWORD_EXPIRED;
   const int marked = markExpired(handle, isExpired);
-  if (isExpired && marked == PAM_SUCCESS) return PAM_SUCCESS;  // the account task demands a new one
+  if (isExpired && marked == PAM_SUCCESS) return PAM_SUCCESS;  // the account task will demand a new password
   tell(handle, flags, verdict);
   return toCode(verdict.answer.authenticate);
 }
@@ -162,7 +161,7 @@ int checkAccount(pam_handle_t* handle, int flags, const std::string& user) {
   return toCode(state.answer.account);
 }
 
-// Both rounds: the first sees whether the second can be made, and asks for the old password.
+// Both rounds. The first finds out whether the second is possible, and asks for the old password.
 int changePassword(pam_handle_t* handle, int flags, const std::string& user) {
   const bool isFirstRound = flags & PAM_PRELIM_CHECK;
   const Verdict state = stateOf(user, isMarkedExpired(handle));
@@ -179,7 +178,7 @@ int changePassword(pam_handle_t* handle, int flags, const std::string& user) {
   Shredder old, wanted;
   int rc = getSecret(handle, PAM_OLDAUTHTOK, old);
   if (rc != PAM_SUCCESS || isFirstRound) return rc;
-  rc = getSecret(handle, PAM_AUTHTOK, wanted);  // asks twice and compares
+  rc = getSecret(handle, PAM_AUTHTOK, wanted);  // PAM asks twice and compares
   if (rc != PAM_SUCCESS) return rc;
   bool isOpen = false;
   const Verdict verdict = change(user, old, wanted, isOpen);
@@ -190,7 +189,7 @@ int changePassword(pam_handle_t* handle, int flags, const std::string& user) {
   return toCode(verdict.answer.password);
 }
 
-// Runs a task for the user whose login it is. Nothing is thrown into PAM but a cancellation.
+// Runs a task for the user who logs in. Only a cancellation is thrown into PAM.
 template <class Task>
 int run(pam_handle_t* handle, int flags, Task task) {
   try {
@@ -210,7 +209,7 @@ int pam_sm_authenticate(pam_handle_t* handle, int flags, int /*argc*/, const cha
   return run(handle, flags, authenticate);
 }
 
-// There are no credentials beside the password.
+// There are no credentials but the password.
 int pam_sm_setcred(pam_handle_t* /*handle*/, int /*flags*/, int /*argc*/, const char** /*argv*/) {
   return PAM_SUCCESS;
 }
@@ -221,7 +220,7 @@ int pam_sm_acct_mgmt(pam_handle_t* handle, int flags, int /*argc*/, const char**
 
 int pam_sm_chauthtok(pam_handle_t* handle, int flags, int /*argc*/, const char** /*argv*/) {
   const int code = run(handle, flags, changePassword);
-  // Of the second round PAM_TRY_AGAIN would say that the first has failed.
+  // In the second round PAM_TRY_AGAIN would mean that the first has failed.
   return code == PAM_TRY_AGAIN && !(flags & PAM_PRELIM_CHECK) ? PAM_AUTHTOK_ERR : code;
 }
 }
