@@ -117,9 +117,9 @@ class FOKRAZO_API RunQueue {
   /// Throws QueueInterrupted if a runner is to leave: this one does.
   void leaveIfInterrupted() FOKRAZO_REQUIRES(m_mutex);
 
-  const std::string m_name;
+  const std::string m_name;      // as logged
   const unsigned int m_maxSize;  // 0 means no limit
-  const bool m_isLogQueue;
+  const bool m_isLogQueue;       // its own messages are not logged
 
   Mutex m_mutex;  // recursive, because items are destroyed under it; its condition wakes runners
   Items m_items FOKRAZO_GUARDED_BY(m_mutex);                // in the order in which they are run

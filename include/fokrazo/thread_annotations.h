@@ -9,6 +9,7 @@
 #if defined(__clang__)
 #define FOKRAZO_THREAD_ANNOTATION(...) __attribute__((__VA_ARGS__))
 #else
+/// What the other marks are made of.
 #define FOKRAZO_THREAD_ANNOTATION(...)
 #endif
 
