@@ -1,5 +1,5 @@
-/// The memory log: the newest messages as plain text in one ring of the process's memory, marked so that
-/// whoever has only that memory (a core file) finds them. docs/memory-log.md shows how.
+/// The memory log: the newest messages, as plain text in a ring in the process's memory. They are marked so
+/// that they can be found in a core file; docs/memory-log.md shows how.
 #pragma once
 
 #include <atomic>
@@ -14,11 +14,11 @@ namespace vesk {
 
 class Logger;
 
-/// An entry is "_cbuf ", time, host, program and process, the text and a newline; behind the newest entry
-/// stands "_cbuf_END__" and a newline. An entry has at most 1023 characters and is never split at the end of
-/// the ring, which is filled with blanks instead; bytes that were never written are zero.
-/// Off until the program allows it and the configuration starts it; never off again.
-/// Thread-safety: every operation may be called from any thread.
+/// An entry is "_cbuf ", time, host, program and process, the text with control characters escaped, and a
+/// newline; after the newest entry comes "_cbuf_END__" and a newline. An entry has at most 1023 characters.
+/// It is never split at the end of the ring, which is filled with blanks instead. Bytes that were never
+/// written are zero. Off until the program allows it and the configuration starts it; then on to the end of
+/// the process. Thread-safety: every operation may be called from any thread.
 class FOKRAZO_API CircularBuffer {
  public:
   CircularBuffer();
@@ -28,24 +28,25 @@ class FOKRAZO_API CircularBuffer {
 
   /// The process's memory log; empty before the first logger is made and after Logger::close.
   static boost::shared_ptr<CircularBuffer> GetCircularBuffer();
-  /// Bytes that the configuration wants for the ring (`logger.memory.bufsize`, in kilobytes): 128 kilobytes
-  /// if it says nothing, never less than 10.
+  /// The configured size of the ring in bytes (`logger.memory.bufsize`, in kilobytes): 128 kilobytes by
+  /// default, never less than 10.
   static unsigned int configuredSize();
 
   /// Makes the ring, of the configured size or of `bytes`, never less than 10 kilobytes. True if the memory
-  /// log runs afterwards; false if it is not allowed or there is no memory. Reports go to `logger`, which may
+  /// log is on afterwards; false if it is not allowed or there is no memory. Reports to `logger`, which may
   /// be empty, at WARN.
   bool init(boost::shared_ptr<Logger> logger);
   bool init(boost::shared_ptr<Logger> logger, unsigned int bytes);
-  /// Adds an entry; one comparison and nothing else while the memory log is off.
+  /// Adds an entry. Costs one comparison while the memory log is off.
   void log(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
-  /// Sets the root logger's memory level and, with `enable`, makes the ring. False stops nothing.
+  /// Sets the root logger's memory level and, with `enable`, makes the ring. Without, a ring goes on being
+  /// written.
   void reconfigure(bool enable, std::string level);
 
   /// Whether there is a ring, and whether the process allows one.
   bool isEnabled() const { return m_enabled.load(std::memory_order_relaxed); }
   bool isActive() const { return m_active.load(std::memory_order_relaxed); }
-  /// Allows the memory log, or lets later configurations pass it over.
+  /// Allows the memory log, or has later configurations ignore it.
   void setActive(bool active) { m_active.store(active, std::memory_order_relaxed); }
 
   /// Begins with an empty ring, in a child process whose parent was writing an entry. Requires: no other
@@ -57,7 +58,7 @@ class FOKRAZO_API CircularBuffer {
   void put(unsigned int length);
 
   char* m_start = nullptr;    // the ring
-  char* m_current = nullptr;  // where the next entry goes: over the end marker, behind its first newline
+  char* m_current = nullptr;  // where the next entry goes: over the end marker, after its first newline
   unsigned int m_size = 0;
   char* m_scratch;  // where an entry is built
   std::atomic<bool> m_enabled{false};

@@ -7,8 +7,8 @@
 
 #include <fokrazo/export.h>
 
-/// Root of all that the library throws.
-/// Thread-safety: a plain value; the text tables behind it are constant.
+/// Root of everything that the library throws.
+/// Thread-safety: a plain value.
 class FOKRAZO_API VESKException : public std::exception {
  public:
   /// Copies both texts. A "vesk::" in front of `className` is dropped.
@@ -19,9 +19,10 @@ class FOKRAZO_API VESKException : public std::exception {
   const char* what() const noexcept override;
   /// The code given by the throw site: an errno, a result of the daemon, or 0.
   virtual int rc() const noexcept;
-  /// The class as text without namespace, such as "IOException"; owned by the exception.
+  /// The name of the class without namespace, such as "IOException"; owned by the exception.
   virtual const char* className() const noexcept;
-  /// Number of the class in the family's one list of exception classes; 0 for a class that is not in it.
+  /// The number of the class in the list of exception classes that all programs of the family share; 0 for a
+  /// class that is not in it.
   virtual int classID() const noexcept;
 
  protected:
@@ -71,14 +72,14 @@ class FOKRAZO_API Base_Exception : public VESKException {
   ~Base_Exception() noexcept override;
 };
 
-/// What is asked for has been done already and cannot be done twice.
+/// The operation was done already and cannot be done twice.
 class FOKRAZO_API AlreadyException : public Base_Exception {
  public:
   using Base_Exception::Base_Exception;
   ~AlreadyException() noexcept override;
 };
 
-/// Bytes or text that do not have the form they should have.
+/// Bytes or text that are not well-formed.
 class FOKRAZO_API BadDataException : public Base_Exception {
  public:
   using Base_Exception::Base_Exception;
@@ -99,7 +100,7 @@ class FOKRAZO_API ConnectionBrokenException : public Base_Exception {
   ~ConnectionBrokenException() noexcept override;
 };
 
-/// The end of a stream or the closing of a queue; the one class whose throw leaves no log line.
+/// The end of a stream or the closing of a queue. The only class whose throw leaves no log line.
 class FOKRAZO_API EndOfFileException : public Base_Exception {
  public:
   using Base_Exception::Base_Exception;
@@ -127,7 +128,7 @@ class FOKRAZO_API NotFoundException : public Base_Exception {
   ~NotFoundException() noexcept override;
 };
 
-/// A system call or the daemon's carrying out of a request failed.
+/// A system call failed, or the daemon could not do what it was asked for.
 class FOKRAZO_API SystemException : public Base_Exception {
  public:
   using Base_Exception::Base_Exception;
@@ -148,7 +149,7 @@ class FOKRAZO_API TryAgainException : public Base_Exception {
   ~TryAgainException() noexcept override;
 };
 
-/// Tells a runner of a queue to leave; no failure.
+/// Makes a runner leave its queue. Not a failure.
 class FOKRAZO_API QueueInterrupted : public VESKException {
  public:
   QueueInterrupted();

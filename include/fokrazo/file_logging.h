@@ -52,7 +52,7 @@ class FOKRAZO_API FileLogging {
   void open(bool force);
   /// Writes out what is left, and closes the file.
   void close();
-  /// Closes the file and gives the cache back.
+  /// Closes the file and frees the cache.
   void destroy();
   /// Whether lines go to the file.
   bool isOpened();

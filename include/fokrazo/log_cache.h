@@ -10,15 +10,15 @@
 
 namespace vesk {
 
-/// Collects text and writes it to a stream in one piece. Inactive, with every operation a no-op, if its size
-/// is 0 or there was no memory. Failures of writing are not reported.
-/// Thread-safety: none; its owner locks.
+/// Collects text and writes it to a stream in one piece. It is inactive, and no operation does anything, if
+/// its size is 0 or there was no memory. Failures of writing are not reported. Thread-safety: none; its owner
+/// locks it.
 class FOKRAZO_API LogCache {
  public:
   /// Where vsappend cuts, in characters.
   static constexpr size_t kLongestText = 1023;
 
-  /// A cache of `size` bytes, in front of `file`, which stays the caller's and may be null.
+  /// A cache of `size` bytes in front of `file`, which the caller owns and which may be null.
   explicit LogCache(unsigned int size);
   LogCache(unsigned int size, FILE* file);
   /// Writes out what is left.
@@ -28,10 +28,10 @@ class FOKRAZO_API LogCache {
 
   /// False: every operation does nothing.
   bool isActive() const { return m_buffer != nullptr; }
-  /// Replaces the stream, which stays the caller's and may be null: what is flushed then is lost.
+  /// Replaces the stream, which the caller owns. With a null stream, what is flushed is lost.
   void setFileFP(FILE* file) { m_file = file; }
 
-  /// Add text; a full cache is flushed as often as need be.
+  /// Add text; a full cache is flushed, as often as necessary.
   void append(const char* text);
   void append(const char* text, size_t length);
   void append(char c);
@@ -48,11 +48,11 @@ class FOKRAZO_API LogCache {
   void write() const;
   /// Does so and empties the cache.
   void flush();
-  /// Flushes; another size gives a new buffer. A null `file` leaves the stream as it is.
+  /// Flushes, and makes a new buffer if the size differs. A null `file` leaves the stream as it is.
   void reconfigure(unsigned int size, FILE* file);
   /// Makes the buffer. 0, or -1 if there is no memory. Requires: there is none yet.
   int initBuf(unsigned int size);
-  /// Flushes and gives the buffer back.
+  /// Flushes and frees the buffer.
   void destroyBuf();
 
  private:

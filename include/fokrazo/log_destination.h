@@ -7,12 +7,13 @@
 
 namespace vesk {
 
-/// Chooses the destination by `logger.destination`, once; `reopen` chooses again. A log file that cannot be
-/// opened falls back on syslog. Reads the configuration, so that its callers hold no lock that is taken under
-/// the configuration's own. Thread-safe.
+/// Chooses the destination by `logger.destination`, once; with `reopen`, again. If a log file cannot be
+/// opened, syslog is the destination. Reads the configuration: callers must not hold a lock that is taken
+/// after the configuration's. Thread-safe.
 FOKRAZO_API void openLog(bool reopen);
 
-/// Writes one message, at once. `priority` is facility and priority together. Thread-safe.
+/// Writes one message at once, with control characters escaped. `priority` is facility and priority together.
+/// Thread-safe.
 FOKRAZO_API void FinalRendering(int priority, const char* format, va_list args)
     __attribute__((format(printf, 2, 0)));
 

@@ -1,5 +1,5 @@
 /// Locks: a recursive mutex with its own condition variable, and the scoped guard through which all code
-/// takes it. In a process with no Thread object a guard costs one comparison and does nothing.
+/// takes it. In a process with a single thread a guard costs two comparisons and does nothing.
 #pragma once
 
 #include <pthread.h>
@@ -13,32 +13,33 @@
 
 namespace vesk {
 
-/// A recursive mutex and one condition. Code takes it through Lock.
+/// A recursive mutex and one condition variable. Take it through Lock.
 /// Every failure of the threads interface throws SystemException "OS call failed: …" with the error as code.
+/// Thread-safety: any thread, except where a held mutex is required.
 class FOKRAZO_CAPABILITY("mutex") FOKRAZO_API Mutex {
  public:
-  /// Makes the mutex and the condition. A failure is only reported to syslog.
+  /// Makes a free mutex. A failure is only reported to syslog.
   Mutex();
   /// Requires: nobody holds it. Never throws.
   virtual ~Mutex();
 
-  /// Blocks until the mutex is held once more by the caller.
+  /// Blocks until the caller holds the mutex, once more than before.
   virtual void lock() FOKRAZO_ACQUIRE();
-  /// Gives back one hold.
+  /// Releases one hold.
   virtual void unLock() FOKRAZO_RELEASE();
-  /// As lock, but false at once if another thread holds it.
+  /// As lock, but returns false at once if another thread holds it.
   virtual bool tryLock() FOKRAZO_TRY_ACQUIRE(true);
 
-  /// Gives up all holds, waits for a signal, and takes the same number of holds again. `deadline` is
-  /// absolute, by the day's clock; null waits without limit. False on time-out, true if woken, perhaps for
-  /// nothing. On a mutex that is not held, because no thread is active, nobody could signal: sleeps out the
-  /// time and gives false, or true after a second if there is no limit.
+  /// Releases all holds, waits for a signal, and takes the same number of holds again. `deadline` is
+  /// absolute, by the day's clock; null waits without limit. False on time-out, true if woken, perhaps for no
+  /// reason. In a process with a single thread the mutex is not held and nobody can signal: then it sleeps
+  /// until the deadline and returns false, or sleeps a second and returns true if there is no deadline.
   bool wait(const timespec* deadline);
-  /// Wake one or all waiters; nothing while no thread is active.
+  /// Wake one waiter, or all. Do nothing in a process with a single thread.
   void signalOne();
   void signalAll();
 
-  /// Number of the owner's holds. Requires: held by the caller, or by nobody.
+  /// The number of holds. Requires: held by the caller, or free.
   unsigned int lockDepth() const { return m_lockDepth; }
   /// The holder, 0 while the mutex is free.
   pthread_t owner() const { return m_owner.load(std::memory_order_relaxed); }
@@ -47,8 +48,8 @@ class FOKRAZO_CAPABILITY("mutex") FOKRAZO_API Mutex {
   Mutex& operator=(const Mutex&) = delete;
 
  protected:
-  /// Whether the calling thread holds it. Needs no hold: only the thread that set the owner finds itself
-  /// there.
+  /// Whether the calling thread holds it. May be asked at any time: no other thread sets the owner to the
+  /// caller.
   bool isOwner() const;
 
  private:
@@ -62,13 +63,14 @@ class FOKRAZO_CAPABILITY("mutex") FOKRAZO_API Mutex {
   std::atomic<pthread_t> m_owner{};
 };
 
-/// A mutex that refuses callers once too many of them are queued. Does nothing while no thread is active.
+/// A mutex that refuses callers when too many are waiting. Does nothing in a process with a single thread.
 class FOKRAZO_API MaxWaitMutex : public Mutex {
  public:
-  /// Lets `maxWaiters` callers queue; 0 means no limit.
+  /// Lets `maxWaiters` callers wait; 0 means no limit.
   explicit MaxWaitMutex(int maxWaiters);
 
-  /// As Mutex. @throws TryAgainException (EAGAIN) too many callers wait already. A holder is never refused.
+  /// As Mutex. @throws TryAgainException (EAGAIN) too many callers are waiting already. The holder is never
+  /// refused.
   void lock() override FOKRAZO_ACQUIRE();
   bool tryLock() override FOKRAZO_TRY_ACQUIRE(true);
 
@@ -80,26 +82,28 @@ class FOKRAZO_API MaxWaitMutex : public Mutex {
   int m_waiters FOKRAZO_GUARDED_BY(m_waitersProtect) = 0;  // callers now in lock or tryLock
 };
 
-/// Holds a mutex from here to the end of the scope, with the thread's cancellation kept off meanwhile.
-/// Does nothing at all in a process with no Thread object. Belongs to one thread.
+/// Holds a mutex to the end of the scope; meanwhile the thread cannot be cancelled. Belongs to one thread.
+/// Does nothing if Thread::locksCount() is false when it is made: then it holds nothing to its end, even if
+/// another thread is started meanwhile. doLock asks again.
 class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API Lock {
  public:
-  /// Takes `mutex`, which must outlive the guard. A cancel that is pending stays so until unLock.
+  /// Takes `mutex`, which must outlive the guard. A pending cancellation stays pending until unLock.
   explicit Lock(Mutex& mutex) FOKRAZO_ACQUIRE(mutex) : Lock(mutex, Thread::locksCount()) {}
-  /// Takes `mutex` by polling at that interval (0 and 0: 10 ms), without end.
+  /// Takes `mutex` by trying again and again at that interval (0 and 0: 10 ms); it never gives up.
   Lock(Mutex& mutex, long seconds, long nanoseconds) FOKRAZO_ACQUIRE(mutex);
-  /// unLock. While an exception unwinds the stack, a pending cancel is left to the next cancellation point.
+  /// As unLock. While an exception unwinds the stack, a pending cancellation is left to the next cancellation
+  /// point.
   /// A cancelled thread unwinds from here. NOLINTNEXTLINE(bugprone-exception-escape)
   ~Lock() noexcept(false) FOKRAZO_RELEASE() {
     if (isLocked()) unLock();
   }
 
-  /// Takes the mutex again after unLock; no effect on a guard that holds it.
+  /// Takes the mutex again after unLock. No effect if the guard holds it.
   void doLock() FOKRAZO_ACQUIRE();
-  /// Gives the mutex back; a cancel that came meanwhile is acted on here. A second call has no effect.
+  /// Releases the mutex, and acts on a cancellation that came meanwhile. A second call has no effect.
   void unLock() FOKRAZO_RELEASE();
-  /// Waits on the mutex's condition until the clock's current second plus `seconds`, at `nanoseconds` (below
-  /// one second) into it. Mutex::wait tells the rest.
+  /// Mutex::wait, until `nanoseconds` (below one second) after the start of the second that comes `seconds`
+  /// after the current one.
   bool wait(long seconds, long nanoseconds);
   /// Whether the guard holds the mutex.
   bool isLocked() const { return m_oldCancelState != kNotLocked; }
@@ -108,12 +112,11 @@ class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API Lock {
   Lock& operator=(const Lock&) = delete;
 
  protected:
-  /// The mutex that the guard is for.
+  /// The mutex that the guard was made for.
   Mutex& mutex() const { return *m_mutex; }
 
  private:
-  // Asked before a field is set, the question costs one comparison in all: the compiler then knows what the
-  // destructor will find.
+  // The question is asked before a field is set: then the compiler knows what the destructor will find.
   Lock(Mutex& mutex, bool locksCount) FOKRAZO_ACQUIRE(mutex) : m_mutex(&mutex) {
     if (__builtin_expect(locksCount, false)) doLock();
   }
@@ -124,13 +127,14 @@ class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API Lock {
   int m_oldCancelState = kNotLocked;  // to put back in unLock
 };
 
-/// A Lock over a mutex that is made on first demand, through a slot that the caller owns and never frees.
+/// A Lock on a mutex that is made on first use. The caller owns the slot with the pointer to it, and never
+/// frees it.
 class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API AllocatingLock : public Lock {
  public:
   /// Requires: no two threads race for one empty slot.
   explicit AllocatingLock(Mutex** slot) FOKRAZO_ACQUIRE(*slot) : Lock(*allocateMutex(slot)) {}
   ~AllocatingLock() noexcept(false) FOKRAZO_RELEASE() = default;
-  /// The slot's mutex, made if the slot is null.
+  /// The slot's mutex; made first if the slot is null.
   static Mutex* allocateMutex(Mutex** slot);
 };
 

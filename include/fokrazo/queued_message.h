@@ -12,7 +12,8 @@ namespace vesk {
 /// Thread-safety: made by one thread, run by another.
 class FOKRAZO_API QueuedMessage : public QueueAble {
  public:
-  /// `priority` is facility and priority together, as syslog wants it. The text is cut at 511 characters.
+  /// `priority` is facility and priority together, as for syslog. The text is escaped, and cut at 511
+  /// characters.
   QueuedMessage(int priority, const char* format, va_list args) __attribute__((format(printf, 3, 0)));
   ~QueuedMessage() override;
 

@@ -1,4 +1,4 @@
-/// Threads, and the question whether the process has any.
+/// Threads, and whether the process has more than one.
 #pragma once
 
 #include <pthread.h>
@@ -21,38 +21,40 @@ class FOKRAZO_API Thread {
   /// Neither joins nor cancels. Requires: the thread has ended or was never started.
   virtual ~Thread();
 
-  /// Starts the thread in `routine(argument)`; `argument` stays the caller's. A null `name` keeps the earlier
-  /// one. `priority` has no effect.
+  /// Starts the thread, which calls `routine(argument)`. The caller owns `argument`. A null `name` keeps the
+  /// earlier one. `priority` has no effect.
   void start(const char* name, void* (*routine)(void*), void* argument, int priority);
-  /// Waits for the end. Nothing on a second call or after detach.
+  /// Waits for the thread's end. Does nothing on a second call or after detach.
   void join();
   /// Lets the thread end by itself; it cannot be joined any more.
   void detach();
-  /// Asks a running thread to end at its next cancellation point; nothing if it has ended.
+  /// Asks a running thread to end at its next cancellation point. Does nothing if it has ended.
   void cancel();
   /// cancel, then join.
   void kill();
-  /// Moves the scheduling priority, if `brondalt.clients.threads.priority` allows it. Reports to the log
-  /// alone.
+  /// Changes the scheduling priority by `delta`, if `brondalt.clients.threads.priority` allows it. Failures
+  /// only go to the log.
   void changePriority(int delta);
-  /// Called in the thread when it ends by cancellation or pthread_exit.
+  /// Called in the thread when it ends by cancellation or by pthread_exit.
   virtual void unexpectedTermination();
 
-  /// What was given to start; empty before.
+  /// The name given to start; empty before.
   const std::string& name() const { return m_name; }
-  /// From start to the routine's end; whether cancel was called; the system's id of the thread.
+  /// Whether the thread has been started and its routine has not ended; whether cancel was called; the
+  /// system's id of the thread, 0 before start.
   bool isRunning() const { return m_running; }
   bool isCancelled() const { return m_cancelled; }
   pthread_t id() const { return m_id; }
 
-  /// The calling thread's object, null if this class did not start it.
+  /// The calling thread's object; null in a thread that this class did not start.
   static Thread* getSelf();
-  /// A cancellation point at both ends. True if the time passed in full, false if a signal cut it short.
+  /// Sleep; a cancellation point at the beginning and at the end. True if all of the time passed, false if a
+  /// signal cut it short. The second form adds up its parts, which must stay below one second together.
   static bool sleep(long seconds, long nanoseconds);
   static bool sleep(long seconds, int milliseconds, int microseconds, int nanoseconds);
   /// Lets other threads run.
   static void yield();
-  /// Switch the calling thread's cancellation.
+  /// Allow and forbid the calling thread's cancellation.
   static void enableKill();
   static void disableKill();
   /// Whether locks are taken: the process has, or once had, a second thread, or a Thread object exists, or
@@ -68,12 +70,12 @@ class FOKRAZO_API Thread {
   /// makes them count already before that, for a program that starts its first thread while it holds a Lock;
   /// each call adds one to m_threadsActive. False sets m_threadsActive to 0.
   static void SetThreadsActive(bool active);
-  /// Finds out whether the process has a threads library.
+  /// Finds out whether the process has a threads library; called by the first Mutex.
   static void DetermineThreadSupport();
   /// No effect on this platform.
   static void SetMonoProcessor(bool mono);
 
-  /// What DetermineThreadSupport has found out.
+  /// Whether DetermineThreadSupport was called, and what it found.
   static std::atomic<bool> m_threadSupportKnown;
   static std::atomic<bool> m_threadsSupported;
   /// Number of Thread objects, and of calls of SetThreadsActive(true).
@@ -89,7 +91,8 @@ class FOKRAZO_API Thread {
   /// @throws SystemException (ESRCH) never started.
   pthread_t startedId() const;
   void ended();
-  /// Calls with the id while the thread surely runs. Gives the call's error, ESRCH if the thread has ended.
+  /// Calls `call` with the thread's id while it is certain to be running. Returns the call's error, or ESRCH
+  /// if the thread has ended.
   template <class Call>
   int whileRunning(Call call);
 

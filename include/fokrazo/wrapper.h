@@ -1,4 +1,4 @@
-/// The family's small container vocabulary: standard containers with a virtual destructor, and with a lock.
+/// Standard containers with a virtual destructor, and with a lock.
 #pragma once
 
 #include <functional>
@@ -12,20 +12,20 @@ namespace vesk {
 
 namespace Wrapper {
 
-/// What all the containers have in common.
+/// The common base of the containers.
 class Base {};
 
-/// A container `C` that each access has to lock: see Check<Locked, C>.
+/// The policy of a container whose every access takes a lock: see Check<Locked, C>.
 struct Locked {};
 
 template <class Policy, class C>
 class Check;
 
-/// `C` with a mutex beside it. The mutex guards every access; the one who accesses holds it.
+/// `C` with a mutex. Hold the mutex during each access.
 template <class C>
 class Check<Locked, C> : public C {
  public:
-  /// The mutex that guards it.
+  /// The mutex that guards the container.
   Mutex& mutex() FOKRAZO_RETURN_CAPABILITY(m_mutex) { return m_mutex; }
 
  private:

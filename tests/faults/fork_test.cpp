@@ -1,7 +1,7 @@
 // Forks of a program whose threads use the library: for the first time, all of it at once, or stuck in a log
 // that nobody reads. Every child can do the same, and none hangs.
 
-#include <fcntl.h>
+#include <sys/socket.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -172,19 +172,21 @@ TEST_F(ForkTest, AStalledSyslogHoldsUpNoForkAndNoChild) {
     for (int i = 0; i < 100; ++i) logLine();
   });
   while (logger == 0 || !isAsleep(logger)) sched_yield();
-  int resumed[2];
-  ASSERT_EQ(pipe2(resumed, O_CLOEXEC), 0);
+  int ends[2];
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+  char byte = 0;
   const pid_t child = fork();
   if (child == 0) {
     alarm(kPatience);
-    logLine();  // lost
-    char byte;
-    _exit(read(resumed[0], &byte, 1) == 1 ? (logLine(), 0) : 1);
+    logLine();  // nobody reads: lost
+    const bool goesOn = write(ends[0], "x", 1) == 1 && read(ends[0], &byte, 1) == 1;
+    _exit(goesOn ? (logLine(), 0) : 1);
   }
+  EXPECT_EQ(read(ends[1], &byte, 1), 1);
   syslogd.resume();
   busy.join();
   syslogd.texts();
-  EXPECT_EQ(write(resumed[1], "x", 1), 1);
+  EXPECT_EQ(write(ends[1], "x", 1), 1);
   int status = -1;
   waitpid(child, &status, 0);
   EXPECT_EQ(status, 0);
@@ -194,7 +196,7 @@ TEST_F(ForkTest, AStalledSyslogHoldsUpNoForkAndNoChild) {
   EXPECT_EQ(lines[0].text, "INFO  fork.test a line of " + number);
   EXPECT_EQ(lines[0].sender, "fork_test[" + number + "]");
   EXPECT_EQ(lines[0].priority, LOG_AUTH | LOG_INFO);
-  for (const int end : resumed) close(end);
+  for (const int end : ends) close(end);
   alarm(0);
 }
 

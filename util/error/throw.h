@@ -1,6 +1,5 @@
-/// How the library's own code throws: the message is formatted into 512 bytes, so it is cut at 511
-/// characters. Internal. A source file names itself once, in a constant `kSource` ("lrpc/session"), and then
-/// says
+/// How the library's own code throws. Internal. The message is cut at 511 characters. A source file defines
+/// its own name once, as `kSource` ("lrpc/session"), and then writes
 ///   FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "User not found");
 ///   FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, errno, "ipc socket connect");
 #pragma once
@@ -20,7 +19,7 @@ class MessageText {
   /// printf into the buffer; what does not fit is cut.
   static MessageText format(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-  /// The literal (a format of `args`), a colon, a blank and the system's text for `error`.
+  /// The literal (a format for `args`), ": " and the system's text for `error`.
   template <class... Args>
   static MessageText withSystemText(int error, const char* literal, Args... args) {
     MessageText withPlaceholder = format("%s: %%s", literal);

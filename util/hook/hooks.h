@@ -1,8 +1,8 @@
-/// What the low rooms ask of the rooms above them. Internal.
+/// What lower rooms need from higher ones. Internal.
 ///
-/// Layers point down only: a mutex that fails to lock throws, a throw is logged, and the log takes locks.
-/// Where such a circle would close, the lower room calls through this table. The rooms at the top fill it in
-/// once, at link time (util/wiring/wiring.cpp), so it is complete before any code runs and never changes.
+/// Includes point down only. But a mutex that fails to lock throws, a throw is logged, and the log takes
+/// locks. To break such circles the lower room calls through this table. util/wiring/wiring.cpp defines it as
+/// a constant, so it is complete before any code runs.
 #pragma once
 
 #include <cstdarg>
@@ -34,15 +34,15 @@ struct Hooks {
   void (*writeToMemory)(const char* format, va_list args);
 
   // The configuration, for rooms below it.
-  /// What the configuration says of threads.
+  /// The configured policy for new threads.
   ThreadPolicy (*threadPolicy)();
   /// The configured file name of libselinux; empty if none is.
   std::string (*selinuxLibrary)();
 
-  // What follows a load of the configuration.
+  // For the configuration.
   /// The values of the `$` variables that the host's settings define, by name.
   std::map<std::string, std::string> (*hostVariables)();
-  /// Has the log follow what has just been loaded.
+  /// Called after each load: applies the configuration to the log.
   void (*configurationLoaded)(Properties& properties);
 };
 

@@ -22,7 +22,7 @@ constexpr char kMoniker[] = "\n_cbuf_END__\n";
 constexpr unsigned int kMonikerLength = sizeof kMoniker - 1;
 static_assert(kMonikerLength == 13, "the end marker with both its newlines");
 
-constexpr unsigned int kScratchSize = 1024;  // and one byte behind, always 0
+constexpr unsigned int kScratchSize = 1024;  // followed by one byte that is always 0
 constexpr int kPrefixSize = 256;
 constexpr unsigned int kDefaultSize = 0x20000;
 constexpr unsigned int kSmallestSize = 10240;

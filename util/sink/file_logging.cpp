@@ -248,7 +248,7 @@ int FileLogging::openFile() {
   Opened opened = openForAppending(m_path.c_str());
   const bool isPipe = S_ISFIFO(opened.status.st_mode);
   if (!opened.file) return errno;
-  // A cache is written as it stands, in one write.
+  // A cache is written with a single write.
   const bool cached = m_settings.cacheSize > 0 && !isPipe;
   auto buffer = cached ? nullptr : std::make_unique<char[]>(kStreamBuffer);
   FILE* const stream = fdopen(opened.file.get(), "a");

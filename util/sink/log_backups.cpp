@@ -27,13 +27,13 @@ bool exists(const std::string& path) {
   return ::lstat(path.c_str(), &ignored) == 0;
 }
 
-// As the system's call: with RENAME_NOREPLACE nothing is overwritten (EEXIST).
+// renameat2: with RENAME_NOREPLACE nothing is overwritten (EEXIST).
 bool moveFile(const std::string& from, const std::string& to, unsigned int flags) {
   return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0;
 }
 
-// Whether the file under this name is one that no living process works on, and no stranger's trap. An empty
-// one is just being made.
+// Whether no living process works on the file of this name, and another user cannot have put it there. An
+// empty file is just being made.
 bool isLeftover(const std::string& name, int file) {
   struct stat status;
   return ::fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1 &&
@@ -76,8 +76,8 @@ std::vector<LogBackups::Taken> LogBackups::leftovers() const {
   return found;
 }
 
-// Of several processes that take one log, one gets it. Another one may get the log that has followed, and
-// gives it back.
+// If several processes try to take one log, one of them gets it. Another one may get the next log instead,
+// and puts it back.
 LogBackups::Taken LogBackups::claim(UniqueFd wanted) const {
   Taken log{m_log + kTakenMarker + "XXXXXX", std::move(wanted), {}};
   if (!openTemporaryFile(log.name.data())) return {};
@@ -89,13 +89,13 @@ LogBackups::Taken LogBackups::claim(UniqueFd wanted) const {
   return log;
 }
 
-// Where there is a new log by now the taken one becomes a backup all the same.
+// If there is a new log by now, the one that was taken becomes a backup after all.
 void LogBackups::giveBack(Taken& log) const {
   if (moveFile(log.name, m_log, RENAME_NOREPLACE)) log.name.clear();
 }
 
-// A place that is taken again when it has just been made free is another process's. If that goes on, a backup
-// cannot be moved: then others are overwritten.
+// If the place that was just freed is occupied again, another process is rotating too. If that does not end,
+// a backup cannot be moved, and the next one is overwritten.
 bool LogBackups::makePlace(Taken& taken) const {
   constexpr int kAttempts = 16;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
@@ -127,7 +127,7 @@ bool LogBackups::occupyFirst(Taken& taken, unsigned int flags) const {
   return static_cast<bool>(taken.place);
 }
 
-// A copy that has no room is given up, for the next rotation to try.
+// A copy for which there is no room is removed; the next rotation tries again.
 void LogBackups::compress() {
   if (!m_compressed) return;
   for (const Taken& taken : m_placed) {

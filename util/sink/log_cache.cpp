@@ -66,7 +66,7 @@ void LogCache::append(char c) {
   *m_position++ = c;
 }
 
-// Straight into the cache where any text has room. What stands in front of the first conversion is copied.
+// Formats straight into the cache if every text has room there. What precedes the first conversion is copied.
 void LogCache::vsappend(const char* format, va_list args) {
   if (!isActive()) return;
   const size_t plain = strcspn(format, "%");

@@ -41,8 +41,8 @@ void appendEscaped(const char* text, size_t length, Append append) {
   }
 }
 
-/// Escapes in place what stands in a buffer of `size` bytes; what then has no room is cut. Returns the new
-/// length; a 0 follows.
+/// Escapes the text in a buffer of `size` bytes. What then has no room is cut. Returns the new length; a 0
+/// follows.
 size_t escapeInPlace(char* text, size_t length, size_t size);
 
 /// vsnprintf, escaped. A newline at the end of `format` itself stays. Returns the length; a 0 follows.

@@ -1,5 +1,4 @@
-/// The day's clock in whole seconds, as the library sees it. Internal: tests move it, so that no test has to
-/// wait for real seconds.
+/// The clock of the day in whole seconds. Internal: tests move it, so that no test has to wait.
 #pragma once
 
 #include <atomic>
@@ -9,7 +8,7 @@
 namespace vesk {
 namespace dayclock {
 
-/// Seconds by which the library's day is ahead of the system's; 0 but in tests.
+/// Seconds by which this clock is ahead of the system's; 0 except in tests.
 extern std::atomic<long> offset;
 
 /// Seconds since the epoch. Thread-safe.
@@ -17,7 +16,7 @@ inline time_t now() {
   return ::time(nullptr) + offset.load(std::memory_order_relaxed);
 }
 
-/// The time that many seconds from now, kept from wrapping into the past.
+/// The time that many seconds from now. It does not wrap around.
 inline time_t in(long seconds) {
   time_t then;
   return __builtin_add_overflow(now(), seconds, &then) ? std::numeric_limits<time_t>::max() : then;

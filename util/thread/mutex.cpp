@@ -24,7 +24,7 @@ void report(int error, int line) {
   if (error != 0) syslog(LOG_WARNING, "%s:%d OS system call returned: %d", kSource, line, error);
 }
 
-// The deadline where the system's clock has it; the day's clock may have been moved.
+// The same moment by the system's clock; a test may have moved the day's.
 timespec onSystemClock(const timespec& deadline) {
   return {deadline.tv_sec - vesk::dayclock::offset.load(std::memory_order_relaxed), deadline.tv_nsec};
 }
@@ -60,7 +60,7 @@ int lockByClock(pthread_mutex_t& mutex, const timespec& deadline) {
 }
 #endif
 
-// A condition gives up a single hold of a recursive mutex: the others are given up around the wait.
+// A wait on a condition releases only one hold of a recursive mutex: this releases the others around it.
 class OtherHolds {
  public:
   OtherHolds(pthread_mutex_t& mutex, unsigned int depth) : m_mutex(mutex), m_count(depth - 1) {
@@ -123,7 +123,7 @@ void Mutex::taken() {
 
 void Mutex::unLock() {
   if (!Thread::m_threadsSupported) return;
-  // The depth is 0 where a wait has failed; the hold is there all the same.
+  // After a failed wait the depth is 0, although the mutex is held.
   if (m_lockDepth > 0 && --m_lockDepth == 0) m_owner.store({}, std::memory_order_relaxed);
   FOKRAZO_CHECK_OS_CALL(pthread_mutex_unlock(&m_mutex));
 }
@@ -182,7 +182,7 @@ class MaxWaitMutex::Waiter {
       FOKRAZO_THROW(TryAgainException, "vesk::TryAgainException", EAGAIN,
                     "too many clients waiting for mutex (configure more threads?)");
   }
-  // It has been locked before. NOLINTNEXTLINE(bugprone-exception-escape)
+  // It was locked before, so locking it does not fail. NOLINTNEXTLINE(bugprone-exception-escape)
   ~Waiter() {
     const BriefHold hold(m_mutex.m_waitersProtect);
     --m_mutex.m_waiters;
@@ -191,7 +191,7 @@ class MaxWaitMutex::Waiter {
   Waiter& operator=(const Waiter&) = delete;
 
  private:
-  // Nothing is held when a refusal is thrown: a throw may log, and a log may be slow.
+  // Returns instead of throwing: a throw may log, and nothing may be held meanwhile.
   bool enter() {
     const BriefHold hold(m_mutex.m_waitersProtect);
     if (m_mutex.m_waiters >= m_mutex.m_maxWaiters) return false;
@@ -220,14 +220,14 @@ bool MaxWaitMutex::tryLock() {
 
 namespace {
 
-// Keeps cancellation off while a mutex is being taken, and puts it back if that fails.
+// Turns cancellation off while a mutex is being taken, and restores its state if that fails.
 class CancelOff {
  public:
   CancelOff() { FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_oldState)); }
   ~CancelOff() {
     if (!m_kept) pthread_setcancelstate(m_oldState, nullptr);
   }
-  /// Cancellation stays off; gives the state to put back later.
+  /// Leaves cancellation off. Returns the state to restore later.
   int keep() {
     m_kept = true;
     return m_oldState;
@@ -264,7 +264,7 @@ void Lock::unLock() {
   m_mutex->unLock();
   if (oldCancelState != PTHREAD_CANCEL_ENABLE) return;
   FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr));
-  // A second unwinding on top of an exception's would end the process.
+  // A cancellation while an exception unwinds the stack would end the process.
   if (std::uncaught_exceptions() == 0) pthread_testcancel();
 }
 

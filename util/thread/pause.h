@@ -1,5 +1,5 @@
-/// The library's own short pauses between two attempts. Internal: tests put a function of theirs in the place
-/// of the sleep, so that no test waits and each can act while the library "sleeps".
+/// Short pauses between two attempts. Internal: tests replace the sleep by a function of their own, so that
+/// no test waits, and can act while the library "sleeps".
 #pragma once
 
 #include <atomic>
@@ -7,7 +7,7 @@
 namespace vesk {
 namespace pause {
 
-/// Called instead of sleeping; null but in tests.
+/// Called instead of sleeping; null except in tests.
 extern std::atomic<void (*)(long milliseconds)> replacement;
 
 /// Thread::sleep: a cancellation point at both ends. A signal may cut it short.

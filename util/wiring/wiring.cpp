@@ -1,4 +1,4 @@
-// The one place that knows all rooms of util: it answers what low rooms ask of high ones.
+// The only place that knows all rooms of util: it defines what lower rooms need from higher ones.
 
 #include "util/hook/hooks.h"
 

@@ -38,7 +38,7 @@ class LogFileTest : public testsupport::ScratchTest {
     ScratchTest::TearDown();
   }
 
-  // Where the text of a file stands: a compressed one is expanded.
+  // A file with the plain text: a compressed one is expanded.
   std::string plain(const fs::path& path) {
     if (path.extension() != ".gz") return path;
     EXPECT_EQ(system(("gzip -t " + path.string()).c_str()), 0);
