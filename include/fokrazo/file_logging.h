@@ -107,9 +107,9 @@ class FOKRAZO_API FileLogging {
   FILE* m_file FOKRAZO_GUARDED_BY(mutex) = nullptr;
   std::string m_path FOKRAZO_GUARDED_BY(mutex);
   Settings m_settings FOKRAZO_GUARDED_BY(mutex);
-  int m_unflushed FOKRAZO_GUARDED_BY(mutex) = 0;  // messages since the last flush
-  bool m_isPipe FOKRAZO_GUARDED_BY(mutex) = false;
-  bool m_isGone FOKRAZO_GUARDED_BY(mutex) = false;  // the file was removed, and none can be made in its place
+  unsigned int m_unflushed : 30 FOKRAZO_GUARDED_BY(mutex);  // messages since the last flush
+  bool m_isPipe : 1 FOKRAZO_GUARDED_BY(mutex);
+  bool m_isGone : 1 FOKRAZO_GUARDED_BY(mutex);  // the file was removed, and none can be made in its place
   std::unique_ptr<LogCache> m_cache FOKRAZO_GUARDED_BY(mutex);
   std::unique_ptr<char[]> m_streamBuffer FOKRAZO_GUARDED_BY(mutex);  // of m_file, where there is no cache
 };

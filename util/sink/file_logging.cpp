@@ -176,9 +176,9 @@ FileLogging::Settings FileLogging::Settings::read() {
   return settings;
 }
 
-FileLogging::FileLogging() = default;
+FileLogging::FileLogging() : m_unflushed(0), m_isPipe(false), m_isGone(false) {}
 
-FileLogging::FileLogging(const char* path) {
+FileLogging::FileLogging(const char* path) : FileLogging() {
   init(path);
 }
 
@@ -308,7 +308,7 @@ bool FileLogging::logIfOpened(const char* format, va_list args) {
 }
 
 bool FileLogging::isFlushDue() {
-  if (!m_isPipe && ++m_unflushed < m_settings.flushFrequency) return false;
+  if (!m_isPipe && static_cast<int>(++m_unflushed) < m_settings.flushFrequency) return false;
   m_unflushed = 0;
   return true;
 }
