@@ -1,4 +1,4 @@
-/// Test of one TCP endpoint. Internal: tests give it a shorter limit than TestConnect has.
+/// Test of one TCP endpoint. Internal: for tests, with a limit that is shorter than TestConnect's.
 #pragma once
 
 struct sockaddr_in;

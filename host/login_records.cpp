@@ -54,7 +54,7 @@ utmpx* fromOldInterface() {
   return record;
 }
 
-/// A walk over the records; none may run beside it.
+/// A walk over the records; only one runs at a time.
 class RecordWalk {
  public:
   RecordWalk() : m_lock(mutex()) { internal_setutxent(); }

@@ -51,7 +51,7 @@ std::string replaceAll(std::string_view text, std::string_view from, std::string
   return result.append(text, start);
 }
 
-// The first comma at or behind `from` that no backslash escapes; npos if there is none.
+// The first comma at or after `from` that no backslash escapes; npos if there is none.
 size_t endOfPart(const std::string& dn, size_t from) {
   size_t comma = dn.find(',', from);
   while (comma != dn.npos && endsEscaped(std::string_view(dn).substr(0, comma)))
@@ -153,7 +153,7 @@ std::string DN::domainFromDN(const std::string& dn) {
 
 std::string DN::canonicalFromDN(const std::string& dn) {
   const std::string upperDn = upper(dn);
-  std::string values;  // one behind the other, leaf first
+  std::string values;  // concatenated, leaf first
   values.reserve(dn.size());
   std::vector<size_t> starts;
   starts.reserve(kUsualDepth);

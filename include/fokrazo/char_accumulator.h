@@ -39,8 +39,8 @@ class CharAccumulator {
     append(text);
   }
 
-  /// Ends the text and gives it. A conversion that the cut has left without its end is taken off, so that
-  /// what remains is a format of the same arguments.
+  /// Terminates the text and returns it. If it was cut inside a conversion, that is removed, so that the rest
+  /// is still a format for the same arguments.
   const char* terminate() {
     *m_current = '\0';
     if (m_current == m_last) *unfinishedConversion(m_text) = '\0';

@@ -6,8 +6,7 @@
 
 #include <fokrazo/export.h>
 
-/// What the names that the system makes up hold: those of users across a one-way trust, and of private
-/// groups.
+/// What names contain that the system makes up for users across a one-way trust and for private groups.
 FOKRAZO_API extern const std::string VESK_CN_FOREIGN_USER;
 FOKRAZO_API extern const std::string PRIVATE_GROUP_CN;
 
@@ -30,8 +29,8 @@ class FOKRAZO_API DN {
   /// Whether an odd run of backslashes stands before `position`. The first byte of the text takes no part, so
   /// position 1 is never escaped.
   static bool isEscaped(const std::string& text, unsigned int position);
-  /// Whether the name is one that the system made up for an object without an entry of its own. Both names of
-  /// the question get the same answer.
+  /// Whether the name is one that the system made up for an object without an entry of its own. Both
+  /// functions are the same.
   static bool isFakeObjDN(const std::string& dn);
   static bool isFakeUserDN(const std::string& dn);
 
@@ -68,7 +67,7 @@ class FOKRAZO_API DN {
   /// Values in LDAP text; unprintable bytes are escaped too.
   static std::string escapeLDAPString(const std::string& text);
   static std::string unescapeLDAPString(const std::string& text);
-  /// Values in LDAP filters (RFC 4515's characters, each behind a backslash).
+  /// Values in LDAP filters: a backslash before each of RFC 4515's characters.
   static std::string escapeLDAPFilter(const std::string& text);
   /// Parts of canonical names.
   static std::string escapeCanonicalString(const std::string& text);

@@ -1,7 +1,7 @@
-/// File work that the family's programs share. Log channel "util.file".
-/// Unless said otherwise a failure throws SystemException "OS call failed: " and the system's text, with
-/// errno as code. No function waits for the other end of a named pipe. Thread-safety: all may be called from
-/// any thread.
+/// File operations. Log channel "util.file".
+/// Unless a comment says otherwise, a failure throws SystemException "OS call failed: " and the system's
+/// text, with errno as code. No function waits for the other end of a FIFO, and all descriptors are
+/// close-on-exec. Any thread may call all of them.
 #pragma once
 
 #include <sys/types.h>
@@ -15,8 +15,8 @@
 
 /// Renames. Returns 0. @throws IOException
 FOKRAZO_API int MoveFile(const std::string& from, const std::string& to);
-/// Renames and gives the file the security label of its new place. Returns 0, or -1 with a line on standard
-/// error; never throws. Nothing is done if both texts are equal.
+/// Renames, and sets the security label that the policy has for the new path. Returns 0, or -1 with errno and
+/// a line on standard error; never throws. Does nothing if both paths are the same text.
 FOKRAZO_API int renameFile(std::string from, std::string to);
 
 /// Size in bytes.
@@ -26,43 +26,45 @@ FOKRAZO_API off_t GetFileSize(const std::string& path);
 FOKRAZO_API int GetPerms(const char* path);
 FOKRAZO_API int GetPerms(const std::string& path);
 
-/// Makes a temporary file; `templ` ends in "XXXXXX" and is given the name. Returns the descriptor, the
-/// caller's to close, or -1 with errno; the file named by the template itself is then removed.
+/// Makes a temporary file. `templ` ends in "XXXXXX" and becomes the file's name. Returns the descriptor,
+/// which is the caller's to close, or -1 with errno; then a file with the very name of the template is
+/// removed.
 FOKRAZO_API int mkstemp(std::string& templ);
-/// As above, with mode and owner. @throws SystemException (code -1) they cannot be set; no file is left
+/// As above, with a mode and an owner. @throws SystemException (code -1) they cannot be set; no file is left
 FOKRAZO_API int mkstemp(std::string& templ, unsigned mode, unsigned uid, unsigned gid);
 
-/// Makes a temporary file with that mode and opens `out` on it; the name stands in `templ`. `out` has its
-/// fail bit set if it cannot be opened. Returns what closing the first descriptor gave.
+/// Makes a temporary file with that mode and opens `out` for it; `templ` becomes its name. If `out` cannot be
+/// opened, its fail bit is set. Returns 0, or -1 if closing the descriptor that made the file failed.
 /// @throws SystemException (code -1) the file cannot be made; none is left
 FOKRAZO_API int OpenTempFile(char* templ, int mode, std::ofstream& out);
 /// As above, with an owner.
 FOKRAZO_API int OpenTempFile(char* templ, int mode, unsigned uid, unsigned gid, std::ofstream& out);
 
-/// Follows a chain of links, relative ones included, to a path that is no link. `depth` counts the links
-/// passed, 0 at first. False, with `out` empty, for a missing path and for more than 100 links.
+/// Follows a chain of symbolic links to a path that is not one, and puts it into `out`. `depth` is the number
+/// of links followed so far: 0 for the caller. Returns false, with `out` empty, for a missing path or after
+/// 100 links.
 FOKRAZO_API bool GetSymLinkPath(const char* path, std::string& out, int depth);
 
 /// Free space of the file system in KiB. Returns 0, or errno with `kilobytes` untouched.
 FOKRAZO_API int GetFreeSpaceSize(const char* path, unsigned long long& kilobytes);
 FOKRAZO_API int GetFreeSpaceSize(const std::string& path, unsigned long long& kilobytes);
 
-/// The whole file. `mode`, if not null, is given its nine permission bits.
+/// Reads a whole file. Sets `*mode`, unless null, to its nine permission bits.
 FOKRAZO_API std::string ReadFile(const std::string& path, int* mode);
-/// Writes the whole file in place. `mode`, if not null, is what its permission bits become.
+/// Overwrites a file in place, or makes it. Its mode becomes `*mode` unless that is null.
 FOKRAZO_API void WriteFile(const std::string& path, const std::string& content, int* mode);
 
-/// Copies a file's bytes, not its mode. A symbolic link at `to` is replaced, never written through. Reading
-/// and writing that fail end the copy without a word.
+/// Copies the content of a file, not its mode. A symbolic link at `to` is replaced, never written through. If
+/// opening, reading or writing fails, the copy ends and no error is reported.
 FOKRAZO_API void CopyFile(const std::string& from, const std::string& to);
-/// Copies each file whose name matches the extended regular expression, in which "^" and "$" match nowhere.
-/// Returns what closing the directory gave.
-/// @throws BadDataException the pattern is wrong
+/// Copies each file whose name matches an extended regular expression, in which "^" and "$" match nothing.
+/// Returns 0, or -1 if closing the directory failed.
+/// @throws BadDataException the pattern does not compile
 FOKRAZO_API int CopyFiles(const std::string& fromDir, const std::string& toDir, const std::string& pattern);
 
-/// Puts the directory for a user's temporary files into `dst`. Root's is made if it is missing, and what
-/// others may have planted in its place is removed. Returns 0, or -1 with errno: ERANGE if `size` bytes are
-/// too few, EFAULT if `dst` is null.
+/// Puts the path of the directory for a user's temporary files into `dst`. Root's directory is made if it is
+/// missing; anything that is not a directory in its place is removed, never followed. Returns 0, or -1 with
+/// errno: ERANGE if `size` bytes are too few, EFAULT if `dst` is null.
 FOKRAZO_API int GetZantrelTempDir(unsigned uid, char* dst, size_t size);
 /// The same for the effective user.
 FOKRAZO_API int GetZantrelTempDirForCurrentUser(char* dst, size_t size);

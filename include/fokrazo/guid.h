@@ -78,7 +78,7 @@ FOKRAZO_API extern const Guid NULL_GUID;
 struct GuidListImpl;
 
 /// A list of identifiers without duplicates unless it was made with some. A handle: copies share one list. A
-/// null list reads as an empty one; the first insert gives it a body.
+/// null list reads as an empty one; the first insert makes it a real one.
 /// Thread-safety: one thread at a time for all handles of a list.
 class FOKRAZO_API GuidList {
  public:

@@ -1,4 +1,4 @@
-/// The key set files of a directory as one set: copied, removed, or remembered and put back, so that a join
+/// Operations on all key set files of a directory: copying, removing, and remembering them so that a join
 /// that fails can be rolled back.
 #pragma once
 
@@ -11,19 +11,18 @@
 
 namespace vesk {
 
-/// One remembered file.
+/// A file that is remembered.
 struct FOKRAZO_API KSetData {
-  /// All that the file holds.
+  /// Of the whole file.
   std::string content;
   int mode = 0;  ///< permission bits
 };
 
-/// Works on directories of key set files, and holds at most one snapshot. In every operation an empty
-/// directory means the default one. Only regular files are read; a link or a pipe that somebody planted
-/// under the name of a key set is never followed, and is replaced by what is written there.
-/// Each file is replaced by rename, whole. Other processes may save settings meanwhile: what they have not
-/// finished is no key set, and is left alone. A file of more than 1 MiB is refused (SystemException, EFBIG).
-/// Thread-safety: one thread at a time.
+/// Operations on directories of key set files, and at most one snapshot. In every operation an empty
+/// directory means the default one. Only regular files are read. A link or a FIFO under the name of a key set
+/// is never followed, and is replaced by what is written there. Files are replaced by rename, whole. Other
+/// processes may save settings at the same time: what they have not finished is no key set, and is left
+/// alone. A file of more than 1 MiB is refused (SystemException, EFBIG). Thread-safety: one thread at a time.
 /// @throws NotFoundException (all that list) the directory cannot be listed
 /// @throws IOException, SystemException a file cannot be read, written or removed
 class FOKRAZO_API KSets {
@@ -41,14 +40,14 @@ class FOKRAZO_API KSets {
   void copy(const std::string& toDir, const std::string& fromDir, const std::string& fileName) const;
   /// Copies all key set files.
   void copy(const std::string& toDir, const std::string& fromDir) const;
-  /// Copies those of domain controllers.
+  /// Copies the key set files of domain controllers.
   void copyDCs(const std::string& toDir, const std::string& fromDir) const;
 
   /// Removes all key set files, and forgets the settings in memory.
   void clean(const std::string& dir) const;
   /// Remembers all key set files; a file remembered earlier under the same name is replaced.
   void snapShot(const std::string& dir);
-  /// Makes the directory's key set files what the snapshot holds, and empties the snapshot.
+  /// Restores the files of the snapshot, removes all other key set files, and empties the snapshot.
   void rollBack(const std::string& dir);
 
  private:

@@ -17,9 +17,9 @@ struct utmpx;
 /// Returns 0 if it does, -1 if nothing answers in time, and 1 otherwise.
 FOKRAZO_API int TestConnect(sockaddr_in& address);
 
-/// The login records, over utmpx or the older utmp, whichever the system has; the first call decides. As the
-/// system's calls of similar names. What the older interface gives always looks like a user's process. The
-/// record is valid until the next call. Not thread-safe.
+/// The login records, through utmpx or the older utmp, whichever the system has; the first call decides. They
+/// work as the system's calls of similar names. Every record of the older interface is shown as a user's
+/// process. The record is valid until the next call. Not thread-safe.
 FOKRAZO_API void internal_setutxent();
 FOKRAZO_API utmpx* internal_getutxent();
 FOKRAZO_API void internal_endutxent();
@@ -35,18 +35,19 @@ FOKRAZO_API std::string longLocalHostName();
 /// @throws IOException the host is not joined
 FOKRAZO_API std::string shortJoinedHostName();
 FOKRAZO_API std::string longJoinedHostName();
-/// The name of before Windows 2000, by the setting, else the short joined name; root then stores it.
+/// The name in the style before Windows 2000: of the setting, or else the short joined name, which root then
+/// stores.
 /// @throws IOException the host is not joined
 FOKRAZO_API std::string PreW2KHostName();
 /// The account name of this host: PreW2KHostName and "$", in lower case.
 FOKRAZO_API std::string SamHostName();
 
 /// The name and version of the Linux distribution: from /etc/os-release or /usr/lib/os-release, else from
-/// /usr/bin/lsb_release (run with an empty environment, for 10 seconds at most), else from the release files in
-/// /etc. Returns true if it found both; the outputs are set only then.
+/// /usr/bin/lsb_release (run with an empty environment, for 10 seconds at most), else from the release files
+/// in /etc. Returns true if it found both; the outputs are set only then.
 /// @throws std::out_of_range a line of lsb_release or of a release file is too short for its kind
 FOKRAZO_API bool linuxDistro(std::string& os, std::string& version);
-/// The best name and version of this operating system there is: linuxDistro, else what the kernel says.
+/// The name and version of this operating system: from linuxDistro, or else from the kernel.
 /// @throws std::out_of_range as linuxDistro
 FOKRAZO_API void OSVersion(std::string& os, std::string& version);
 

@@ -1,4 +1,4 @@
-/// File paths by components, and the work on the file system that goes with them.
+/// File paths as lists of components, and operations on what they name.
 #pragma once
 
 #include <dirent.h>
@@ -13,31 +13,32 @@
 namespace vesk {
 
 /// A path: its directory components in order (the list itself), a leaf that may be empty, and whether it
-/// starts at the root. "/" and "\" both separate, on every platform; doubled separators count once. A path
-/// with none of the three is the empty path, and no operation on files takes it.
+/// starts at the root. "/" and "\" both separate, on every platform; repeated separators count as one. A path
+/// with none of the three is the empty path.
 ///
-/// Operations on files take paths of any length. They throw, with errno as code and the system's text behind
-/// the message; @throws BadDataException "Empty path" where told.
+/// Operations on files take paths of any length, longer than the system's limit too. Failures throw with
+/// errno as code and end their message with the system's text. The empty path is refused with
+/// BadDataException "Empty path" where a comment says so.
 class FOKRAZO_API Path : public std::list<std::string> {
  public:
-  /// The root's text, and what a blank becomes in string().
+  /// The text of the root, and of a blank that string() replaces.
   static constexpr char ROOT[] = "/";
   static constexpr char SPACE_REPLACEMENT[] = "_";
 
   /// The empty path.
   Path() = default;
-  /// As parsePath.
+  /// Parses text, as parsePath does.
   Path(const char* text);
   Path(const std::string& text);
 
   /// Sets this path from text.
   void parsePath(const std::string& text);
-  /// The text with that separator, without one at the end. Unless `keepSpaces`, each blank becomes "_".
+  /// The text with that separator, and none at the end. Each blank becomes "_" unless `keepSpaces`.
   std::string string(char separator, bool keepSpaces) const;
   /// The text with backslashes.
   std::string winString() const;
 
-  /// What stands behind the last separator, and whether the path begins at the root.
+  /// The text after the last separator; whether the path starts at the root.
   const std::string& leaf() const { return m_leaf; }
   bool isRoot() const { return m_isRoot; }
   /// Whether this is the empty path. (A list without components may still have a leaf or be the root.)
@@ -48,7 +49,7 @@ class FOKRAZO_API Path : public std::list<std::string> {
   /// Whether all components are the same.
   bool operator==(const Path& other) const;
   bool operator!=(const Path& other) const { return !(*this == other); }
-  /// Goes on with `right` below this path. @throws BadDataException `right` starts at the root
+  /// Appends `right`. @throws BadDataException `right` starts at the root
   Path& operator/=(const Path& right);
   Path operator/(const Path& right) const;
   /// The path of the entry `name` in this directory; every byte of the name is taken as it is.
@@ -59,7 +60,7 @@ class FOKRAZO_API Path : public std::list<std::string> {
   /// Links are followed. @throws BadDataException "Empty path" @throws NotFoundException it is not there
   static bool is_directory(const Path& path);
 
-  /// Enters the directory one component at a time; when it throws, the process stands where it got to.
+  /// Changes the working directory, one component at a time: after a failure it is where that got to.
   /// @throws IOException
   void chdir() const;
   /// @throws IOException
@@ -69,16 +70,17 @@ class FOKRAZO_API Path : public std::list<std::string> {
   /// @throws BadDataException "Empty path" @throws IOException
   static void rename(const Path& from, const Path& to);
 
-  /// Makes the directory and its missing parents, all with that mode, whatever the umask. A directory that is
-  /// there already gets the mode, and then IOException is thrown ("Cannot create directory …"); one that
-  /// cannot be made is told of by the mode that cannot be set. The first component of a relative path must
-  /// exist. @throws BadDataException "Empty path" @throws IOException
+  /// Makes a directory and its missing parents, all with that mode, whatever the umask. If the directory
+  /// exists, it gets the mode, and IOException "Cannot create directory …" is thrown. If it cannot be made,
+  /// the exception says that its mode cannot be set. The first component of a relative path must exist.
+  /// @throws BadDataException "Empty path" @throws IOException
   static void createDirectories(const Path& path, unsigned mode);
-  /// As above, and gives what it makes to that owner and group.
+  /// As above; the directories also get that owner and group.
   static void createDirectories(const Path& path, unsigned uid, unsigned gid, unsigned mode);
 
-  /// Removes a file or a directory, with `recursive` all that is below it. What is not there is no failure.
-  /// A symbolic link is removed itself and never followed, also if others change the tree meanwhile.
+  /// Removes a file or a directory, with `recursive` a directory that is not empty. A missing path is no
+  /// failure. Symbolic links are removed and never followed, even if other processes change the tree at the
+  /// same time.
   /// @throws BadDataException "Empty path" @throws IOException @throws SystemException a directory cannot be
   /// read
   static void remove(const Path& path, bool recursive);
@@ -91,11 +93,11 @@ class FOKRAZO_API Path : public std::list<std::string> {
 /// Writes the text with "/".
 FOKRAZO_API std::ostream& operator<<(std::ostream& stream, const Path& path);
 
-/// Walks the entries of a directory other than "." and "..", in the system's order. Holds a descriptor until
-/// it reaches the end or is destroyed. Can be moved, not copied.
+/// Iterates over the entries of a directory except "." and "..", in the system's order. Holds a descriptor
+/// until it reaches the end or is destroyed. Can be moved, not copied.
 class FOKRAZO_API directory_iterator {
  public:
-  /// Stands on the first entry.
+  /// Starts at the first entry.
   /// @throws NotFoundException there is no such directory @throws SystemException it cannot be opened
   explicit directory_iterator(const Path& path);
   directory_iterator(directory_iterator&&) = default;
@@ -104,13 +106,13 @@ class FOKRAZO_API directory_iterator {
   /// The end: one shared iterator.
   static const directory_iterator& end();
 
-  /// The entry with its directory in front. Requires: not at the end.
+  /// The path of the entry: the directory's, and its name. Requires: not at the end.
   const Path& operator*() const { return m_entry; }
   const Path* operator->() const { return &m_entry; }
-  /// Goes on to the next entry, or to the end.
+  /// Moves to the next entry, or to the end.
   directory_iterator& operator++();
 
-  /// Whether both are at the end, or on one directory being read.
+  /// Whether both are at the end, or are the same iterator.
   bool operator==(const directory_iterator& other) const { return m_handle == other.m_handle; }
   bool operator!=(const directory_iterator& other) const { return !(*this == other); }
 

@@ -35,13 +35,14 @@ struct StringCaseLessThan {
 /// One value, in the two forms that matter.
 class FOKRAZO_API Property {
  public:
-  /// Without quotes and escapes: what a lookup gives.
+  /// Without quotes and escapes, as lookups return it.
   const std::string& value() const { return m_value; }
-  /// With them, after the variables: lists are cut from this. Null if only an earlier load had the key.
+  /// With quotes and escapes, but with variables replaced: lists are made of this. Null if only an earlier
+  /// load had the key.
   const std::string* raw() const { return !m_hasRaw ? nullptr : m_raw ? m_raw.get() : &m_value; }
   /// Sets both.
   void set(const std::string& raw);
-  /// The value stays, of an earlier load: raw() gives null.
+  /// Keeps the value as that of an earlier load: raw() is null from then on.
   void forgetRaw() { m_hasRaw = false; }
 
  private:
@@ -52,102 +53,103 @@ class FOKRAZO_API Property {
 
 /// Keys with their values, as one file holds them. Keys ignore case; the first spelling stays.
 ///
-/// A load expands `$` variables for a program that reads the file. For a program that changes it, a load
-/// without expansion (rewriting mode) keeps the references: values then carry marks that saveProperty takes
-/// off again, and the file comes back as it was.
+/// A program that only reads the file loads it with expansion, which replaces `$` variables. A program that
+/// changes it loads it without (rewriting mode): the values keep the references to variables, with marks that
+/// saveProperty removes, so that lines without a change are written as they were.
 ///
-/// Thread-safety: each operation holds the object's own lock; a reader sees the old file or the new one
-/// whole. Nothing here throws for a bad file: what is wrong goes to the log ("util.properties"), and the
-/// callers' defaults answer.
+/// Thread-safety: each operation holds the object's own lock; a reader sees the old file or the new one,
+/// whole. A bad file throws nothing: the fault is logged ("util.properties"), and lookups return the callers'
+/// defaults.
 class FOKRAZO_API Properties : public PropertySyntax {
  public:
-  /// Keys with their final values; a shared list; all that is held of the keys, and a place in that.
+  /// Keys with their final values; a shared list; all entries by key, and a place among them.
   using Map = std::map<std::string, std::string, StringCaseLessThan>;
   using ValueListPtr = boost::shared_ptr<const ValueList>;
   using Table = std::map<std::string, Property, StringCaseLessThan>;
   using iterator = Table::const_iterator;
 
-  /// Holds nothing yet. `debugDump`: what is read is logged at DEBUG instead of TRACE.
+  /// Empty. With `debugDump` what is read is logged at DEBUG instead of TRACE.
   explicit Properties(bool expandVariables = true, bool debugDump = false);
   ~Properties();
 
-  /// Reads a plain file, over what is held already: its keys replace older ones, others stay. `expand`
-  /// false is the rewriting mode. Reconfigures the loggers from the result.
+  /// Reads a regular file. Its keys replace those of earlier loads; other keys stay. With `expand` false it
+  /// is loaded in rewriting mode. Then reconfigures the loggers.
   void load(const char* path, bool expand);
   /// The same from a stream that the caller has opened.
   void load(std::istream& stream, bool expand);
-  /// Forgets everything and reads /etc/velmora/velmora.conf with expansion. Returns loaded().
+  /// Forgets all entries and reads /etc/velmora/velmora.conf with expansion. Returns loaded().
   bool reload();
-  /// Whether the last load reached the end of its file.
+  /// Whether the last load read its file to the end.
   bool loaded();
   /// Whether a value was changed here since the last load or save.
   bool modified();
 
   /// The value, empty if the key is missing.
   std::string getString(const std::string& key);
-  /// The value through atoi; `fallback` if it is empty or missing.
+  /// The value as a decimal number, as atoi reads it; `fallback` if it is empty or missing.
   int getInt(const std::string& key, int fallback);
-  /// true, yes, 1 or false, no, 0 in any case; anything else gives `fallback`.
+  /// True for "true", "yes" and "1", false for "false", "no" and "0", in upper or lower case; else
+  /// `fallback`.
   bool getBool(const std::string& key, bool fallback);
-  /// A duration in seconds. The value is a number and perhaps a unit letter of s, m, h, d, w, M, y; `unit`
-  /// counts where it has none, and for `fallback`. -1 stands for itself.
+  /// A duration in seconds. The value is a number, with or without a unit: s, m, h, d, w, M or y. `unit` is
+  /// the unit of a number without one, and of `fallback`. The value -1 is returned as it is, without a unit.
   long getTime(const std::string& key, char unit, unsigned int fallback);
-  /// Looks the final value up in one step; false if the key is missing, with `value` untouched.
+  /// Copies the final value; false, with `value` untouched, if the key is missing.
   bool lookup(const std::string& key, std::string& value);
-  /// The items of a list, else those of `fallback`, which is written as a value of the file. Either may be
-  /// "file:" and a path: the items are then the lines of that file, if SecureOpenForReading lets it pass.
-  /// Never null. A list of the file's own is parsed once and shared until the next load.
+  /// The items of a list, or those of `fallback`, which has the syntax of a value in the file. Either may be
+  /// "file:" and a path: the items are then the lines of that file, if SecureOpenForReading opens it. Never
+  /// null. A list from the file is parsed once and shared until the next load.
   ValueListPtr getValueList(const std::string& key, const std::string& fallback);
   /// The items of a values file that is open already.
   static boost::shared_ptr<ValueList> getValueList(std::istream& stream);
 
   /// All entries whose key has the prefix in any case, with their whole keys; null if there is none.
   std::unique_ptr<Map> getMap(const std::string& prefix);
-  /// The range of those entries; false if it is empty. The caller holds `mutex` as long as it uses them, and
-  /// so for findPrefix.
+  /// The range of those entries; false if it is empty. The caller holds `mutex` for as long as it uses the
+  /// iterators, as with findPrefix.
   bool filter(const std::string& prefix, iterator& begin, iterator& end);
-  /// The first key that begins with the prefix, case counting. If there is none, the end of all entries,
-  /// which filter with an empty prefix gives as its `end`.
+  /// The first key that begins with exactly that prefix. If there is none, the end of all entries: the `end`
+  /// that filter sets for an empty prefix.
   iterator findPrefix(const std::string& prefix);
-  /// Whether the key is there in just this spelling.
+  /// Whether the key is there in exactly this spelling.
   bool keyExists(const std::string& key);
   /// prefix.key or prefix.key.suffix; an empty prefix becomes "brondalt".
   static std::string makeKey(const std::string& prefix, const std::string& key, const std::string& suffix);
 
-  /// Sets a value in memory: any text, which lookups give back as it is. In rewriting mode each "$" of it
-  /// comes back doubled, as from a file that escapes it.
-  /// False for a key that no file can hold, with nothing changed.
+  /// Sets a value in memory. Any text: lookups return it unchanged, but in rewriting mode with each "$"
+  /// doubled, as for an escaped one in a file. False, with nothing changed, for a key that no file can hold.
   bool setString(const std::string& key, const std::string& value);
-  /// Sets a value in memory as if the file had the line "key: text": quotes, escapes, variables and
-  /// references to files count. False for a key or a text that is no single line.
+  /// Sets a value in memory as if the file had the line "key: text", with the meaning of quotes, escapes,
+  /// variables and references to files. False if that is not a single line.
   bool setText(const std::string& key, const std::string& text);
-  /// Sets a list in memory: its items joined by blanks, escaped only where an item would not be read back.
-  /// Without `keepDollar` a "$" in an item is a reference to a variable where the file is written.
+  /// Sets a list in memory: its items joined by blanks, escaped only if they would not be read back
+  /// otherwise. With `keepDollar` a "$" in an item is text; without, it is a reference to a variable once the
+  /// file is written.
   void setValueList(const std::string& key, const ValueList& list, bool keepDollar);
   /// Adds items that are not there yet, and sorts the list. False if that changes nothing.
   bool addValueList(const std::string& key, const ValueList& list, bool keepDollar);
-  /// Removes items; case counts. False if none was there.
+  /// Removes items, which are compared with case. False if the list had none of them.
   bool delValueList(const std::string& key, const ValueList& list, bool keepDollar);
-  /// Removes a key from memory; a save then makes a comment of its line. False if it is not there.
+  /// Removes a key from memory; a save then turns its line into a comment. False if there is no such key.
   bool remove(const std::string& key);
 
-  /// Brings the file in line with the values in memory. Comments, order and the lines that mean the same
-  /// stay; a key that is gone becomes a comment, a new one takes the place of its commented-out line
-  /// or goes to the end. One process at a time, by a lock file beside it (path + ".lock"), for which this
-  /// waits a second. The file is replaced by rename: whoever reads it sees the old or the new one, also if
-  /// this process is killed. Its mode becomes 0644. 0, or -1 with a message in the log and the old file
-  /// untouched, also for a key in memory that no line can hold. There must be a file to begin with.
+  /// Writes the values in memory to a file that exists. Comments, the order of lines, and lines whose meaning
+  /// is unchanged stay as they are. The line of a removed key becomes a comment; a new key takes the place of
+  /// its commented-out line, or goes to the end. A lock file (path + ".lock") keeps other processes from
+  /// saving at the same time; this waits a second for it. The file is replaced by rename, so that a reader
+  /// sees the old content or the new one, even if this process is killed, and its mode becomes 0644. Returns
+  /// 0, or -1 with a message in the log and the old file untouched; a key in memory that no line can hold is
+  /// such a failure.
   int saveProperty(const std::string& path);
-  /// Changes a file as one step against other processes that save it: loads it in rewriting mode into an
-  /// object of its own, calls `change` with that, and saves, all under the lock file. Nothing is written if
-  /// `change` gives false. Result as of saveProperty. What `change` throws is passed on, with the lock file
-  /// gone.
+  /// Loads a file in rewriting mode into a new object, calls `change` with it, and saves it, all under the
+  /// lock file: no other process can save in between. Nothing is written if `change` returns false. Returns
+  /// what saveProperty does. An exception from `change` is passed on after the lock file was removed.
   static int update(const std::string& path, const std::function<bool(Properties&)>& change);
 
-  /// Makes a lock file that must not exist yet, after a second at most. One that is older than a minute is
-  /// taken for left behind. A descriptor, or -1 with errno.
+  /// Makes a lock file. Waits up to a second for another process to remove its own; one that is older than a
+  /// minute counts as abandoned and is replaced. Returns a descriptor, or -1 with errno.
   static int createLockFile(const std::string& lockPath);
-  /// Closes and removes it. 0, or -1 if either fails.
+  /// Closes and removes the lock file. Returns 0, or -1 if either fails.
   static int releaseLockFile(const std::string& lockPath, int descriptor);
 
   /// Writes "#", `header` and a newline, unless the header is empty, and then every entry as key=value.
@@ -155,12 +157,12 @@ class FOKRAZO_API Properties : public PropertySyntax {
   /// store on the standard error stream.
   void dump();
 
-  /// Guards all the maps; recursive. Order: gPropMtx, this, then the loggers' locks.
+  /// Guards all fields; recursive. Order: gPropMtx, this one, then the loggers' locks.
   Mutex mutex;
 
   /// The object of Props; null before its first call.
   static Properties* gVeskProperties;
-  /// Guards its making. Never destroyed: what runs at the process's end may still read properties.
+  /// Guards its making. Never destroyed: code that runs as the process ends may still read properties.
   static Mutex& gPropMtx;
 
  private:
@@ -168,7 +170,7 @@ class FOKRAZO_API Properties : public PropertySyntax {
   class Saver;
   class LockFile;
 
-  /// What variables may add to the values in one load: values that multiply each other stay bounded.
+  /// How much text variables may add in one load, so that values which multiply each other stay bounded.
   static constexpr size_t kMaxExpansion = 16 * 1024 * 1024;
 
   void loadText(const std::string& text, bool expand) FOKRAZO_REQUIRES(mutex);
@@ -202,8 +204,9 @@ class FOKRAZO_API Properties : public PropertySyntax {
 
 }  // namespace vesk
 
-/// The process-wide object, made and loaded at the first call and never freed. With `reload` the file is read
-/// again. `debugDump` counts at the first call: whether what was read is logged at DEBUG instead of TRACE.
+/// The process-wide object, made and loaded by the first call and never freed. With `reload` the file is read
+/// again. `debugDump` of the first call decides whether what is read is logged at DEBUG instead of TRACE.
+/// Thread-safe.
 FOKRAZO_API vesk::Properties* Props(bool debugDump, bool reload);
 
 namespace vesk {

@@ -1,10 +1,10 @@
-/// The syntax of the configuration file, as far as it concerns single texts: keys, values, quotes, escapes,
-/// list items. Pure functions, linear in their text, which may hold any bytes.
+/// The syntax of single texts in the configuration file: keys, values, quotes, escapes, list items. Pure
+/// functions that take time in proportion to their text, which may hold any bytes.
 ///
 /// A value passes these stages as it is read:
 ///   line     `key: "a  b"\tc`         as it stands in the file
 ///   raw      removeWhitespaces, replaceSpecials, and then the `$` variables: lists are cut from this
-///   final    removeEscapes, unescapeValue: what a lookup gives
+///   final    removeEscapes, unescapeValue: what a lookup returns
 ///
 /// White space is blank, tab, newline, carriage return, vertical tab and form feed, in any locale. A
 /// character is escaped if an odd number of backslashes stands right before it. A quoted region runs from an
@@ -56,20 +56,20 @@ struct FOKRAZO_API PropertySyntax {
   static void replaceSpecials(std::string& value);
   /// The text in which replaceSpecials would have made these control characters.
   static std::string restoreSpecials(const std::string& value);
-  /// Removes each backslash outside quotes and keeps the character behind it.
+  /// Removes each backslash outside quotes and keeps the character after it.
   static void removeEscapes(std::string& value);
-  /// removeQuotes, if one quoted region is the whole value. `flag` has no effect.
-  static void unescapeValue(std::string& value, bool flag = false);
-  /// Removes all unescaped quotes, and inside double quotes the backslashes. `flag` has no effect.
-  static void removeQuotes(std::string& value, bool flag = false);
-  /// The opposite: control characters, quotes and backslashes are escaped, and so are blanks and commas,
-  /// unless there is a blank: then double quotes go around the whole. With `keepDollar` each "$" is text and
-  /// escaped; without it the marks of a load without expansion are undone, and `$name` is a reference.
+  /// removeQuotes, if the whole value is one quoted region. `unused` has no effect.
+  static void unescapeValue(std::string& value, bool unused = false);
+  /// Removes all unescaped quotes, and inside double quotes the backslashes. `unused` has no effect.
+  static void removeQuotes(std::string& value, bool unused = false);
+  /// The opposite: escapes control characters, quotes, backslashes, blanks and commas; a value with a blank
+  /// gets double quotes around it, and its blanks and commas stay. With `keepDollar` each "$" is text and
+  /// escaped; without, the marks of a load without expansion are removed, and `$name` is a reference.
   static std::string escapeValue(const std::string& value, bool keepDollar);
 
-  /// As escapeValue, but with quotes also around a value that would lose its own when it is read back.
+  /// As escapeValue, but with quotes around a value that would otherwise lose its own when it is read back.
   static std::string encodeValue(const std::string& value, bool keepDollar);
-  /// Items that splitList gives back, whatever they hold, joined by blanks.
+  /// The items, whatever they hold, escaped for splitList and joined by blanks.
   static std::string encodeList(const ValueList& list, bool keepDollar);
 
   /// The items of a raw value: cut at runs of white space and commas, unless quoted or escaped.
@@ -82,7 +82,7 @@ struct FOKRAZO_API PropertySyntax {
 
   /// Whether a value, without its escapes, names a values file: it begins with "file:".
   static bool isFileReference(const std::string& value);
-  /// The path behind "file:", trimmed.
+  /// The path after "file:", trimmed.
   static std::string getFileNameFromFileReference(const std::string& value);
 
   /// Seconds in a unit: s, m, h, d, w, M, y. 0, with a warning in the log, for any other letter.

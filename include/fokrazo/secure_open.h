@@ -1,4 +1,4 @@
-/// Opening files that must not have been planted by somebody else.
+/// Opening files that only root can have put there.
 #pragma once
 
 #include <cstdio>
@@ -14,13 +14,14 @@ enum SecureOpenStatus : int {
   SECURE_OPEN_HARDLINKED = 6,      ///< it has another name
   SECURE_OPEN_FOREIGN_OWNER = 2,   ///< not root's
   SECURE_OPEN_WORLD_WRITABLE = 3,  ///< anybody may write to it
-  SECURE_OPEN_FAILED = 7,          ///< anything else: no plain file, or exchanged while it was opened
+  SECURE_OPEN_FAILED = 7,          ///< anything else: not a regular file, or replaced while it was opened
 };
 
-/// Opens a plain file for reading if it is safe from everybody but root. Never waits for a named pipe.
-/// The caller closes the stream. Null on refusal, with the reason in `status`, which is 0 on success alone.
+/// Opens a regular file for reading if nobody but root can have written to it. Never waits for a FIFO.
+/// Returns a stream that the caller closes, and sets `*status` to SECURE_OPEN_OK; otherwise returns null,
+/// with the reason.
 FOKRAZO_API FILE* SecureOpenForReading(const char* path, int* status);
-/// As SecureOpenForReading; with `secure` 0 any file that can be opened will do.
+/// As SecureOpenForReading; with `secure` 0 it opens any file.
 FOKRAZO_API FILE* OpenForReading(const char* path, int* status, int secure);
 
 namespace vesk {

@@ -12,8 +12,8 @@
 
 namespace vesk {
 
-/// libselinux, loaded: its entry points by their own names. The structures behind the pointers are the
-/// library's. One instance, never unloaded.
+/// libselinux's functions, under their own names. The structures that pointers lead to are libselinux's. One
+/// instance, which is never unloaded.
 class FOKRAZO_API SELinuxModule {
  public:
   /// The instance, loaded at first use; a failure is tried again at the next call. Thread-safe.

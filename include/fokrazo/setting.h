@@ -3,12 +3,12 @@
 /// alone, so a reader in any process sees the old value or the new one, whole, also if the writer dies
 /// half-way.
 ///
-/// A setting once read stays in this process's memory until clearSettingsMap(). A property "kset." + name of
-/// the configuration beats the file.
+/// Once read, a setting stays in this process's memory until clearSettingsMap(). A property "kset." + name of
+/// the configuration takes precedence over the file.
 ///
-/// Every function may be called from any thread: one recursive lock is held over each operation, files
-/// included. It is taken after the locks of the properties and never around them.
-/// Unless said otherwise a failure is an IOException, with errno as code where a system call failed.
+/// Any thread may call all functions: one recursive lock is held over each operation, its work on files
+/// included. It is taken after the locks of the properties, never before them. Unless said otherwise a
+/// failure is an IOException, with errno as code where a system call failed.
 #pragma once
 
 #include <ctime>
@@ -66,19 +66,19 @@ FOKRAZO_API std::string getDataDir();
 /// Moves the data directory. Requires: `dir` ends in "/".
 /// @throws AlreadyException settings are in memory: two machines' states would mix.
 FOKRAZO_API void chgDataDir(const std::string& dir);
-/// Makes the data directory and its "user/". Without root rights only the private "precreate" directory is
-/// made; any other is left to root, without a word.
+/// Makes the data directory and its "user/". Without root rights it makes only the private "precreate"
+/// directory, and does nothing for any other.
 FOKRAZO_API void createDataDir();
 /// Removes the data directory with all that is in it.
 FOKRAZO_API void deleteDataDir();
 
-/// The value of a setting, or `fallback` if there is none to be had.
+/// The value of a setting, or `fallback` if it has none or cannot be read.
 FOKRAZO_API std::string GetSetting(const std::string& name, const std::string& fallback);
-/// As GetSetting, but no property beats the file.
+/// As GetSetting, without looking at properties.
 FOKRAZO_API std::string internalGetSetting(const std::string& name, const std::string& fallback);
-/// The value of a setting: property, memory, file, whichever has it first. With `fromFileOnly` no property is
-/// looked at. Names that begin with "dc." are also read from "user/", where every user may write: by root
-/// only if the file belongs to root.
+/// The value of a setting: of the property, in memory, or in the file, in this order. With `fromFileOnly` no
+/// property is looked at. Names that begin with "dc." are also read from "user/", where every user may write:
+/// by root only if the file belongs to root.
 /// @throws IOException there is no file, or the configuration forbids files
 /// @throws BadDataException as readSettingFile
 FOKRAZO_API std::string loadSetting(const std::string& name, bool fromFileOnly);
@@ -95,16 +95,17 @@ FOKRAZO_API std::string readSettingFile(const std::string& name, const std::stri
 /// stands.
 FOKRAZO_API void writeSettingFile(const std::string& name, const std::string& value, SettingAccess access,
                                   const std::string& dir);
-/// Sets a setting in memory and in its file; an empty value removes the file. Nothing is touched if the value
-/// is there already, unless `force`. Without root rights only names that begin with "dc." reach a file, the
-/// one in "user/". With `deferOnFailure` a write to the system's data directory that fails counts as success
-/// and is repeated by later calls.
+/// Sets a setting in memory and in its file; an empty value removes the file. Does nothing if the value is
+/// unchanged, unless `force`. Without root rights only names that begin with "dc." are written to a file, the
+/// one in "user/". With `deferOnFailure` a failing write to the system's data directory counts as success and
+/// is repeated by later calls.
 FOKRAZO_API void saveSetting(const std::string& name, const std::string& value, SettingAccess access,
                              bool deferOnFailure, bool force);
-/// Repeats deferred writes. The first call of a process also cleans up what killed writers left.
-/// Returns how many names still wait.
+/// Repeats deferred writes. The first call of a process also removes the temporary files of killed writers.
+/// Returns how many writes are still to be repeated.
 FOKRAZO_API int rewriteSettingFiles();
-/// Removes the temporary files of unfinished writes, as far as the caller may; not those of a live writer.
+/// Removes the temporary files of killed writers, as far as the caller has the right to; those of live
+/// writers stay.
 /// @throws NotFoundException `dir` cannot be listed
 FOKRAZO_API void CleanTempSettingFiles(const std::string& dir);
 
@@ -112,10 +113,10 @@ FOKRAZO_API void CleanTempSettingFiles(const std::string& dir);
 FOKRAZO_API bool SettingExists(const std::string& name);
 /// Time of the file's last change, 0 if there is none.
 FOKRAZO_API time_t SettingModTime(const std::string& name);
-/// Forgets what was read or set, so that the files count again.
+/// Forgets what was read or set: the next calls read the files again.
 FOKRAZO_API void clearSettingsMap();
-/// Refuses a size that the setting must not have: all but "trusts" and "dc." names are limited to 1024 bytes.
-/// `operation` is the first word of the message.
+/// Refuses a value of more than 1024 bytes, unless the name is "trusts" or begins with "dc.". `operation` is
+/// the first word of the message.
 FOKRAZO_API void CheckFileSize(const char* operation, const std::string& name, long long size);
 
 /// Whether this machine is joined to a domain and no join is under way. Never throws for missing settings.

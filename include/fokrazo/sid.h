@@ -27,7 +27,7 @@ class FOKRAZO_API SID {
 
   /// The null SID.
   SID() = default;
-  /// Reads any spelling. Never throws for bad text: the SID is then null, and a log line tells.
+  /// Reads any spelling. Never throws for bad text: the SID is then null, and a line is logged.
   explicit SID(const std::string& text);
   /// As of plain values.
   SID(const SID&) = default;
@@ -55,7 +55,7 @@ class FOKRAZO_API SID {
   void fromB64String(const std::string& text);
   /// The text is that of an LDAP filter: a backslash and two digits for each byte.
   void fromEscapedString(const std::string& text);
-  /// Reads what stands behind "<SID=". The digits are not checked.
+  /// Reads the text after "<SID=". The digits are not checked.
   void fromExtendedDN(const std::string& text);
 
   /// The text form; "<NULL>" for the null SID.
@@ -71,10 +71,10 @@ class FOKRAZO_API SID {
   std::string toDN() const;
   /// 0 if there is no such sub-authority.
   unsigned int getSubAuthority(unsigned int index) const;
-  /// Grows the SID if need be. Setting the last sub-authority or one behind it makes it the last.
+  /// Extends the SID if necessary. Setting the last sub-authority, or one after it, makes that the last.
   /// @throws BaseException an index above 4.
   void setSubAuthority(unsigned int index, unsigned int value);
-  /// The sub-authority that tells objects of one domain apart; 0 in a domain's own SID.
+  /// The sub-authority that identifies an object within its domain; 0 in a domain's own SID.
   unsigned int getObjectRid() const { return getSubAuthority(WELL_KNOWN_RID::OBJECT_INDEX); }
   void setObjectRid(unsigned int rid) { setSubAuthority(WELL_KNOWN_RID::OBJECT_INDEX, rid); }
   /// The SID of the domain that issued this one; a null SID if it was no domain.
@@ -107,8 +107,8 @@ FOKRAZO_API extern const SID NULL_SID;
 
 }  // namespace vesk
 
-/// Reads an unsigned number as strtoul does and moves the cursor behind it, and behind one "-" or backslash
-/// that follows. 0 without moving if there are no digits; the largest unsigned number if it does not fit.
+/// Reads an unsigned number as strtoul does, and moves the cursor past it and past one "-" or backslash after
+/// it. Returns 0 without moving if there are no digits, and the largest unsigned number if it does not fit.
 FOKRAZO_API unsigned int NextNumber(const char** cursor, int base);
 
 namespace vesk {

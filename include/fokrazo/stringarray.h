@@ -16,14 +16,14 @@ namespace vesk {
 /// Thread-safety: read-only; any number of threads.
 class FOKRAZO_API StringArray {
  public:
-  /// What a view is over.
+  /// The list and the map.
   using Map = boost::unordered_map<std::string, int, murhash>;
   using Vector = std::vector<std::string>;
 
   /// Over a list and its map; the list is counted here.
   StringArray(const Map* indexes, const Vector* strings);
-  /// Over what these give, which is asked for when it is first needed: for a view that is ready before any
-  /// code runs, over a list that few programs need.
+  /// Over the list and map that a function returns, which is called when they are first needed: for a view
+  /// that is ready before any code runs, over a list that few programs need.
   constexpr StringArray(const Map& (*findMap)(), const Vector& (*findVector)())
       : m_findMap(findMap), m_findVector(findVector) {}
   virtual ~StringArray();
@@ -32,7 +32,7 @@ class FOKRAZO_API StringArray {
   int count() const { return m_vector ? m_count : static_cast<int>(m_findVector().size()); }
   /// The string of an index; one shared empty string for an index out of range.
   const std::string& operator[](int index) const;
-  /// The index of a string, -1 if it is no entry.
+  /// The index of a string; -1 if the list does not have it.
   int operator[](const std::string& text) const;
 
  private:

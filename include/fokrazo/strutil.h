@@ -1,6 +1,8 @@
 /// Helpers for text: numbers, case, searching, splitting, printable and hexadecimal forms, and the character
-/// and string functions of C for arguments that may be null or out of range.
-/// All are pure functions on their arguments; character classes are those of the C locale in force.
+/// and string functions of C for arguments that may be null or out of range. All are pure functions. Letters,
+/// blanks and printable characters are those of ASCII in every locale, except in the tests of a single
+/// character (IsAlphaChar and the like), in SafeToUpper and SafeToLower, and in 16-bit text, which go by the
+/// locale of the program.
 #pragma once
 
 #include <sys/types.h>
@@ -18,8 +20,8 @@
 FOKRAZO_API extern const std::string STRCLS_TRUE;
 FOKRAZO_API extern const std::string STRCLS_FALSE;
 
-// Numbers to text. Radix 16 gives lower-case hexadecimal, 8 octal, anything else decimal. Of a negative int,
-// hexadecimal and octal show the two's complement.
+// Numbers to text. Radix 16 is lower-case hexadecimal, 8 is octal, and anything else decimal. A negative int
+// is shown in two's complement in hexadecimal and octal.
 
 FOKRAZO_API std::string itoa(int value, int radix);
 FOKRAZO_API std::string uitoa(unsigned int value, int radix);
@@ -31,8 +33,8 @@ FOKRAZO_API std::string uidtoa(unsigned int uid);
 FOKRAZO_API std::string gidtoa(unsigned int gid);
 /// STRCLS_TRUE or STRCLS_FALSE.
 FOKRAZO_API const std::string& booltostr(bool value);
-/// Text to a number as strtoul reads it with base 0: "0x10" is 16 and "010" is 8. The largest number for one
-/// that does not fit; "-2" is 4294967294.
+/// Text to a number, as strtoul reads it with base 0: "0x10" is 16 and "010" is 8. A number that does not fit
+/// becomes the largest one; "-2" is 4294967294.
 FOKRAZO_API unsigned int atoui(const char* text);
 
 // Case and white space.
@@ -81,8 +83,8 @@ FOKRAZO_API bool EndsWith(const std::string& text, const std::string& suffix, bo
 FOKRAZO_API std::string concat(const std::list<std::string>& list, const std::string& separator);
 /// concat with ", ".
 FOKRAZO_API std::string StringListToString(const std::list<std::string>& list);
-/// Counts a value and appends it behind ", ". If `count` has reached `limit`, appends ",...<truncated>"
-/// instead and answers true.
+/// Appends a value, after ", " unless `text` is empty, and counts it. If `count` has reached `limit`, appends
+/// ",...<truncated>" instead and returns true.
 FOKRAZO_API bool AddValue(std::string& text, const std::string& value, int& count, int limit);
 /// The first `limit` values, the rest shown as ",...<truncated>".
 FOKRAZO_API std::string PrettyPrint(const std::list<std::string>& values, int limit);
@@ -97,7 +99,7 @@ FOKRAZO_API std::string strtime(const time_t* time);
 
 /// The name up to the first occurrence of `suffix`, which may be in the middle; all of it if there is none.
 FOKRAZO_API std::string StripSuffix(const std::string& name, const std::string& suffix);
-/// The name, with separator and suffix behind it unless it contains the separator already.
+/// The name, with separator and suffix appended unless it contains the separator already.
 FOKRAZO_API std::string AddSuffix(const std::string& name, const std::string& separator,
                                   const std::string& suffix);
 
@@ -109,24 +111,24 @@ FOKRAZO_API bool isprintable(const std::string& text);
 FOKRAZO_API std::string tohex(const std::string& bytes);
 /// The text as it is if it is printable, else tohex.
 FOKRAZO_API std::string printable(const std::string& text);
-/// The text as a value of the configuration file: "$" and backslash behind a backslash, control characters as
-/// \n, \t, \f, \r, other unprintable bytes as \0x and their hexadecimal number, blanks at both ends behind a
-/// backslash.
+/// The text as a value of the configuration file: "$", backslashes, and blanks at both ends after a
+/// backslash, control characters as \n, \t, \f, \r, and other unprintable bytes as \0x and their hexadecimal
+/// number.
 FOKRAZO_API std::string EscapeSpecialChars(const std::string& text);
 
 // Hexadecimal digits and bytes.
 
 /// The value of a digit of either case; 0 for any other character.
 FOKRAZO_API uint8_t HexToUint8(char digit);
-/// The first byte is the lowest. 0 for `n` below 1; bytes behind the eighth are ignored.
+/// A little-endian number of `n` bytes. 0 for `n` below 1; bytes after the eighth are ignored.
 FOKRAZO_API uint64_t Uint8ArrayToUint64(const unsigned char* bytes, int n);
-/// Fills all `n` bytes of `out` from pairs of digits, from the last pair backwards if `fromEnd`; where there
-/// are no digits left, with 0.
+/// Fills all `n` bytes of `out` from pairs of digits, from the last pair backwards if `fromEnd`; with 0 once
+/// there are no digits left.
 FOKRAZO_API void HexToUint8Array(const std::string& hex, unsigned char* out, unsigned int n,
                                  bool fromEnd = true);
 /// Two upper-case digits for each byte, from the last byte to the first if `fromEnd`.
 FOKRAZO_API std::string Uint8ArrayToHex(const unsigned char* bytes, int n, bool fromEnd = true);
-/// A backslash before each pair of digits: AB12 gives \AB\12.
+/// A backslash before each pair of digits: \AB\12 for AB12.
 FOKRAZO_API std::string HexToHexEscaped(const std::string& hex);
 /// Whether the text is six hexadecimal numbers up to ff between colons.
 /// @throws std::out_of_range a field is empty.

@@ -158,7 +158,7 @@ void writeRecords(const std::string& path) {
 
 TEST_F(OsUtilTest, CountsWhoIsLoggedInAndTheOlderInterfaceShowsEveryNameAsAUsers) {
   writeRecords("/var/run/utmp");
-  checkInChild([this] {
+  checkInChild([] {
     const long descriptors = openDescriptors();
     const std::string longName(32, 'n');
     EXPECT_EQ(currentUsers(false), (Names{"bob", "alice", longName, "alice"}));

@@ -51,7 +51,7 @@ struct Owner {
   unsigned gid;
 };
 
-// Sets the mode of a new temporary file, and its owner if there is one to set; otherwise removes it and
+// Sets the mode of a new temporary file, and its owner unless null. If that fails, removes the file and
 // throws.
 void finishTempFile(UniqueFd& fd, const char* name, unsigned mode, const Owner* owner) {
   if (::fchmod(fd.get(), mode) == 0 && (!owner || ::fchown(fd.get(), owner->uid, owner->gid) == 0)) return;
@@ -65,7 +65,7 @@ int openTempFile(char* templ, int mode, const Owner* owner, std::ofstream& out) 
   UniqueFd fd = vesk::openTemporaryFile(templ);
   if (!fd) throwNoTempFile(errno);
   finishTempFile(fd, templ, mode, owner);
-  // The stream takes the file by its name, which nobody else can replace in a directory with the sticky bit.
+  // By its name, which other users cannot replace in a directory with the sticky bit.
   try {
     out.open(templ, std::ios::out | std::ios::trunc);
   } catch (...) {  // no memory for the stream
@@ -80,7 +80,7 @@ bool noPath(std::string& out) {
   return false;
 }
 
-// Puts what the link points at in its place. False if that cannot be read.
+// Replaces the path of a link by the path that the link points at. False if the link cannot be read.
 bool followLink(std::string& path) {
   std::string target(PATH_MAX - 1, '\0');
   const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());

@@ -65,8 +65,8 @@ Path parentOf(const Path& path) {
   return parent;
 }
 
-// The mode and the owner are set before the result of mkdir counts: a directory that was there gets them too,
-// and where there is none, because it cannot be made, setting them is what fails.
+// Sets mode and owner before it looks at the result of mkdir: a directory that existed gets them too, and if
+// none could be made, setting them is what fails.
 void makeDirectory(const Path& path, unsigned mode, const Owner* owner) {
   const int made =
       callAt(path, [=](int directory, const char* name) { return ::mkdirat(directory, name, mode); });
@@ -82,7 +82,7 @@ void makeDirectories(const Path& path, unsigned mode, const Owner* owner) {
   Path directory = parentOf(path);
   while (!Path::exists(directory)) {
     refuseEmpty(directory);
-    if (directory.empty() && directory.leaf().empty()) break;  // not even the root can be seen
+    if (directory.empty() && directory.leaf().empty()) break;  // not even the root is accessible
     missing.push_back(lastOf(directory));
     directory = parentOf(directory);
   }

@@ -1,4 +1,4 @@
-/// How operations on paths reach the file system. Internal.
+/// Paths of any length for the system's calls. Internal.
 #pragma once
 
 #include <string>
@@ -8,11 +8,11 @@
 
 namespace vesk {
 
-/// A path as the system's "at" calls take it: a directory and a name. The directory is opened only for a
-/// path that is too long for one call; links on the way are followed as the system follows them.
+/// A path as the system's "at" calls take it: a directory and a name. The directory is opened only for a path
+/// that is too long for one call. Links to directories are followed, as the system does.
 class PathLocation {
  public:
-  /// A failure shows in error().
+  /// Check error() afterwards.
   explicit PathLocation(const Path& path);
 
   /// An errno, or 0 if the path can be used.

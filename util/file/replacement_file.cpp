@@ -15,7 +15,7 @@ namespace vesk {
 namespace {
 
 constexpr char kSharedSuffix[] = ".new";
-constexpr char kUniqueSuffix[] = ".XXXXXX";  // behind paths::kKSetTemporary
+constexpr char kUniqueSuffix[] = ".XXXXXX";  // after paths::kKSetTemporary
 constexpr mode_t kSharedMode = 0644;
 
 }  // namespace

@@ -157,7 +157,8 @@ SELinuxModule& SELinuxModule::Instance() {
   if (instance) return *instance;
   if (!isSystemWithSELinux())
     FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "The system does not have SELinux");
-  // Before the lock: whoever saves the configuration holds its lock when he comes here for a label.
+  // Before the lock: a thread that saves the configuration holds the configuration's lock when it asks for a
+  // label.
   const std::string library = libraryName();
   Lock lock(gSelinuxInstanceMutex());
   instance = pInstance.load(std::memory_order_relaxed);

@@ -31,8 +31,8 @@ int copyTo(char* dst, size_t size, const char* path) {
   return -1;
 }
 
-// Whatever stands there and is no directory is removed; a link is not followed. Another process may make the
-// directory at the same time. False with errno.
+// Removes anything in the directory's place that is not one; a link is not followed. Another process may make
+// the directory at the same time. False with errno.
 bool makeWayForDirectory(const UniqueFd& parent, const char* name) {
   struct stat info;
   const bool there = ::fstatat(parent.get(), name, &info, AT_SYMLINK_NOFOLLOW) == 0;
@@ -41,8 +41,8 @@ bool makeWayForDirectory(const UniqueFd& parent, const char* name) {
   return ::mkdirat(parent.get(), name, kMode) == 0 || errno == EEXIST;
 }
 
-// Works on the descriptor, so that nobody can put something else in the directory's place meanwhile. The mode
-// is set afterwards rather than by a umask of 0, which other threads would share. None with errno.
+// Works on the descriptor, so that another process cannot replace the directory in between. The mode is set
+// afterwards: a umask of 0 would be that of all threads. Empty with errno.
 UniqueFd openSafeDirectory(const UniqueFd& parent, const char* name) {
   if (!makeWayForDirectory(parent, name)) return UniqueFd();
   UniqueFd directory = openFileAt(parent.get(), name, Open::Directory | Open::Unfollowed);
@@ -53,7 +53,7 @@ UniqueFd openSafeDirectory(const UniqueFd& parent, const char* name) {
   return directory;
 }
 
-// The first component, "/var", is the system's and is taken as it is. False with errno.
+// The first component, "/var", is the system's and is not touched. False with errno.
 bool makeRootTempDir() {
   const Path prefixes(std::string(vesk::paths::kRootTempDir) + "/");
   UniqueFd directory;

@@ -1,4 +1,4 @@
-/// Removal of what a directory holds. Internal.
+/// Emptying a directory. Internal.
 #pragma once
 
 #include <string>
@@ -11,9 +11,9 @@
 
 namespace vesk {
 
-/// Empties a directory to any depth. Works from descriptor to descriptor and never follows a link, so that
-/// nothing outside is touched, whatever others do to the tree meanwhile. Each directory is listed once, two
-/// descriptors are open at a time, and no recursion takes place.
+/// Empties a directory to any depth. It goes from descriptor to descriptor and never follows a link, so that
+/// nothing outside is touched whatever other processes do to the tree at the same time. Each directory is
+/// listed once, two descriptors are open at a time, and there is no recursion.
 class TreeRemover {
  public:
   /// `location` is that of `root`; both must outlive the object.
@@ -34,7 +34,7 @@ class TreeRemover {
   void enter(const std::string& name);
   void leave();
   void removeDirectory(const std::string& name);
-  /// The path of an entry of the directory at hand, for messages.
+  /// The path of an entry of m_directory, for messages.
   Path pathOf(const std::string& name) const;
 
   const Path& m_root;

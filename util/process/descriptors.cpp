@@ -57,7 +57,7 @@ void closeListed(const char* entries, long size, const int* kept, std::size_t co
 
 bool closeByRange([[maybe_unused]] const int* kept, [[maybe_unused]] std::size_t count) {
 #if defined(SYS_close_range)
-  // The open end first: it tells whether the kernel knows the call, before anything is closed.
+  // The open end first: if the kernel does not know the call, nothing has been closed yet.
   if (!closeRange(count == 0 ? 0 : kept[count - 1] + 1u, ~0u)) return false;
   unsigned int first = 0;
   for (std::size_t i = 0; i < count; ++i) {

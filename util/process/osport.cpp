@@ -15,7 +15,7 @@ extern "C" const char* __progname;
 
 namespace {
 
-// No call reads the id: setting it tells the one before.
+// No call reads the id, but setting it returns the old one.
 uid_t readFsId(uid_t effective, int (*set)(uid_t)) {
   const uid_t before = set(effective);
   if (before != effective) set(before);

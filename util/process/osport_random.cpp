@@ -18,7 +18,7 @@ namespace {
 
 bool gSeeded = false;  // guarded by the mutex below
 
-// Counts in every program, also in one whose threads are none of Thread's.
+// Taken in every program, also in one whose threads are not made by Thread.
 vesk::Mutex& gRandomMutex() {
   return vesk::forkedLock(vesk::ForkOrder::RandomNumbers);
 }

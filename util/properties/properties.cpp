@@ -24,7 +24,7 @@ namespace {
 
 constexpr char kLogger[] = "util.properties";
 constexpr char kDefaultPrefix[] = "brondalt";
-/// A number of seconds that is no duration: the default takes its place.
+/// A number of seconds that counts as no duration: the default replaces it.
 constexpr long kNoTime = 0x7FFF573F;
 constexpr size_t kBlockSize = 16 * 1024;
 
@@ -47,8 +47,8 @@ TimeText scanTime(const std::string& text) {
   return time;
 }
 
-// The object of Props. Once it is made, it is had without gPropMtx, which comes before its own mutex: a load,
-// which holds that one, asks for the object too.
+// The object of Props. Once it is made, Props returns it without gPropMtx, which comes before its own mutex:
+// a load, which holds that one, asks for the object too.
 std::atomic<Properties*> gMade{nullptr};
 
 // The child of a fork that came in the middle of a load loads for itself.
@@ -197,8 +197,8 @@ void Properties::parse(const std::string& file, bool expand) {
   m_loaded = true;
 }
 
-// `text` comes from getPropertyFromLine and is raw afterwards. The key is looked for behind `near` first, as
-// files tend to have neighbours together; the result is where it stands.
+// `text` comes from getPropertyFromLine and is raw afterwards. The search for the key starts after `near`, as
+// files tend to have related keys together. Returns the place of the key.
 Properties::Table::iterator Properties::assign(Table::iterator near, const std::string& key,
                                                std::string& text) {
   expandEnvVariables(text);

@@ -16,14 +16,14 @@ namespace {
 
 constexpr char kLogger[] = "util.properties";
 
-/// What to tell of a values file that is refused: a format that takes its path and the property's key.
+/// How the refusal of a values file is logged: a format that takes its path and the property's key.
 struct Refusal {
   int status;
   Logger::LogLevel level;
   const char* text;
 };
 
-// The last row answers for every other status.
+// The last row is for every other status.
 constexpr Refusal kRefusals[] = {
     {SECURE_OPEN_MISSING, Logger::Debug, "Config file [%s] does not exist."},
     {SECURE_OPEN_FOREIGN_OWNER, Logger::Warn,
@@ -87,7 +87,7 @@ FileResult readValuesFile(const std::string& path, const std::string& key, bool 
   return FileResult::Unusable;
 }
 
-/// Whether a line can hold the text and gives it back.
+/// Whether a line can hold the text so that it is read back unchanged.
 bool isTextOfLine(const std::string& text) {
   std::string key;
   std::string back;

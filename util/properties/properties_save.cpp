@@ -69,7 +69,7 @@ class Properties::LockFile {
   LockFile& operator=(const LockFile&) = delete;
 
   bool isHeld() const { return m_descriptor >= 0; }
-  /// Leaves the file behind, for a later save to find it stale.
+  /// Does not remove the file: a later save finds it stale.
   void leave() {
     ::close(m_descriptor);
     m_descriptor = -1;
@@ -115,7 +115,7 @@ class Properties::Saver {
   }
 
  private:
-  // One that names a property whose value is missing becomes that property.
+  // A comment with a property that is still to be written becomes that property.
   void takeComment(std::string& line) FOKRAZO_REQUIRES(m_properties.mutex) {
     line.erase(0, line.find_first_not_of("#!"));
     std::string key;
@@ -149,12 +149,12 @@ class Properties::Saver {
     return m_properties.m_table.count(key) != 0 && m_written.count(key) == 0;
   }
 
-  /// Whether the lines at hand are the last, and a backslash at their end continues nothing.
+  /// Whether the current lines are the last ones and end in a backslash, which continues nothing.
   bool isOpenEnd() const { return m_end == m_text.size() && isEscaped(m_text); }
 
-  /// No reader takes the next line for a part of a comment. Where such a line is a property that would undo
-  /// what is written already, or that only the end of the file can hold, the comment at hand ends in front of
-  /// it, and it is taken next. Gives whether that is so.
+  /// Readers do not continue comments: for them the next line starts afresh. If such a line is a property
+  /// that would undo what is written already, or that only the end of the file can hold, the current comment
+  /// is ended before it. Returns whether it was.
   bool cutComment() FOKRAZO_REQUIRES(m_properties.mutex) {
     TextLines lines(m_text, m_begin);
     std::string line;
@@ -172,8 +172,8 @@ class Properties::Saver {
     return false;
   }
 
-  // Texts of one value may still be different lists, and in rewriting mode their dollar signs references or
-  // not.
+  // Different texts of one value may be different lists, and in rewriting mode their dollar signs may be
+  // references or not.
   bool means(const Property& own, const Property& held) const FOKRAZO_REQUIRES(m_properties.mutex) {
     if (own.value() != held.value()) return false;
     if (!held.raw() || *own.raw() == *held.raw()) return true;
@@ -182,7 +182,7 @@ class Properties::Saver {
            splitList(*own.raw()) == splitList(*held.raw());
   }
 
-  /// Copies the physical lines at hand as they are.
+  /// Copies the current physical lines unchanged.
   void copyLine() { m_out.append(m_text, m_begin, m_end - m_begin); }
 
   void commentLineOut() {
@@ -205,14 +205,14 @@ class Properties::Saver {
     m_out += line + '\n';
   }
 
-  /// Makes what is there end in a newline, behind which nothing is continued.
+  /// Makes the output end in a newline that no backslash continues.
   void endLastLine() {
     if (m_out.empty()) return;
     if (m_out.back() == '\n') m_out.pop_back();
     m_out += isEscaped(m_out) ? "\n\n" : "\n";
   }
 
-  /// A backslash at the very end of a file continues nothing: its line has to stay the last.
+  /// A backslash at the very end of a file continues nothing, so its line has to stay the last.
   std::string cutOpenEnd() {
     if (!isEscaped(m_out)) return std::string();
     const std::string last = m_out.substr(m_last);
@@ -220,7 +220,7 @@ class Properties::Saver {
     return last;
   }
 
-  // The text as it was, as far as it comes back the same from one line.
+  // The old text if it is read back unchanged from one line.
   bool makeLine(const std::string& key, const Property& property, std::string& line)
       FOKRAZO_REQUIRES(m_properties.mutex) {
     std::string head;
@@ -247,9 +247,9 @@ class Properties::Saver {
   Properties& m_properties;
   const std::string& m_text;
   TextLines m_lines;
-  size_t m_begin = 0;  // the physical lines at hand
+  size_t m_begin = 0;  // of the current physical lines
   size_t m_end = 0;
-  size_t m_last = 0;  // where in the output what they become begins
+  size_t m_last = 0;  // where their output begins
   std::set<std::string, StringCaseLessThan> m_written;
   std::string m_out;
   bool m_hasBadKey = false;

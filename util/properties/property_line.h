@@ -1,4 +1,4 @@
-/// How the configuration file's text falls into lines, quoted regions and names. Internal.
+/// Lines, quoted regions and names in the text of the configuration file. Internal.
 #pragma once
 
 #include <algorithm>
@@ -52,8 +52,8 @@ class QuoteTracker {
   bool m_escaped = false;
 };
 
-/// The physical lines of a text in memory. A text that ends in a newline has an empty last line behind it, as
-/// a stream would see it.
+/// The physical lines of a text in memory. After a newline at its end comes an empty last line, as with
+/// std::getline.
 class TextLines {
  public:
   explicit TextLines(const std::string& text, size_t position = 0) : m_text(text), m_position(position) {}
@@ -88,7 +88,7 @@ inline bool isSingleLine(const std::string& text) {
   return text.find('\n') == std::string::npos && !PropertySyntax::isEscaped(text);
 }
 
-/// One logical line from TextLines or anything like it; PropertySyntax::getLine tells the rules.
+/// One logical line from TextLines or a similar class, by the rules of PropertySyntax::getLine.
 template <class Lines>
 void readLogicalLine(Lines& lines, std::string& line, std::string& extra, bool skipComments) {
   lines.next(line);

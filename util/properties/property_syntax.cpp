@@ -22,7 +22,7 @@ constexpr Special kSpecials[] = {
     {'t', '\t'}, {'n', '\n'}, {'r', '\r'}, {'v', '\v'}, {'f', '\f'},
 };
 
-/// The control character that a letter means behind a backslash, 0 if none.
+/// The control character that a letter stands for after a backslash, 0 if none.
 char controlOf(char letter) {
   for (const Special& special : kSpecials)
     if (special.letter == letter) return special.control;
@@ -289,8 +289,8 @@ void PropertySyntax::removeEscapes(std::string& value) {
   value.resize(out);
 }
 
-void PropertySyntax::unescapeValue(std::string& value, bool flag) {
-  if (isOneQuotedRegion(value)) removeQuotes(value, flag);
+void PropertySyntax::unescapeValue(std::string& value, bool unused) {
+  if (isOneQuotedRegion(value)) removeQuotes(value, unused);
 }
 
 void PropertySyntax::removeQuotes(std::string& value, bool) {

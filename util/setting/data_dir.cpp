@@ -32,7 +32,7 @@ std::string precreateDir() {
   return std::string(tempDir) + kPrecreateDir;
 }
 
-// Others may write where an ordinary user's precreate directory is, and may have put one of theirs there.
+// An ordinary user's precreate directory is in a place where others write: it may be another user's.
 void refuseForeignDirectory(const std::string& dir) {
   struct stat info;
   if (::lstat(dir.substr(0, dir.size() - 1).c_str(), &info) != 0) return;
@@ -50,7 +50,7 @@ void makeDirectory(const Path& dir, unsigned mode) {
   }
 }
 
-// No failure counts: a directory that is missing is made afterwards. A link is not followed.
+// Failures are ignored: a missing directory is made afterwards. A link is not followed.
 void openToAllUsers(const Path& dir) {
   const UniqueFd fd = openFile(dir.string('/', true), Open::Directory | Open::Unfollowed);
   if (fd) ::fchmod(fd.get(), kUserDirMode);

@@ -34,7 +34,7 @@ std::string shortZoneName(const std::string& zone) {
   return zone.substr(begin, zone.find(',', begin) - begin);
 }
 
-// A machine that has not joined lacks all of them: to look first costs less than five exceptions.
+// A machine that has not joined has none of them: looking first is cheaper than five exceptions.
 bool isThere(const char* name) {
   const LockedStore store;
   return store->values.count(name) != 0 || SettingExists(name);

@@ -20,21 +20,22 @@ namespace {
 constexpr char kDCFilePrefix[] = "kset.dc.";
 constexpr size_t kMaxSize = 1024 * 1024;
 
-// S_IFREG and its like; 0 if it cannot be told.
+// S_IFREG and the like; 0 if it is unknown.
 mode_t typeOf(const std::string& path) {
   struct stat info;
   return ::lstat(path.c_str(), &info) == 0 ? info.st_mode & S_IFMT : 0;
 }
 
-// Whether opening failed because there is no such regular file. What is closed to the caller can be anything.
+// Whether opening failed because there is no such regular file. Without the right to open it, its type
+// decides.
 bool isNoFile(const std::string& path, int error) {
   if (error != EACCES) return error == ENOENT || error == ENOTDIR || isNeverRegular(error);
   const mode_t type = typeOf(path);
   return type != 0 && type != S_IFREG;
 }
 
-// Null if there is no such regular file. All is asked of what was opened: the programs that own the directory
-// go on, and others may write there.
+// Null if there is no such regular file. Checks the open file, not the path: others may change the directory
+// at any time.
 boost::shared_ptr<KSetData> read(const std::string& path) {
   const UniqueFd fd = openFile(path, Open::Unfollowed);
   if (!fd) {
@@ -58,7 +59,7 @@ void write(const std::string& path, const KSetData& data) {
   commitReplacement(file, path);
 }
 
-// A directory under the name of a key set is none, and what a live writer writes is not yet one.
+// A directory is not a key set, nor is a temporary file whose writer is alive.
 void removeEntry(const std::string& path) {
   if (ReplacementFile::isTemporary(path))
     ReplacementFile::removeLeftover(path);

@@ -68,8 +68,7 @@ void refuseControlCharacters(const char* data, size_t size, const std::string& p
                   path.c_str());
 }
 
-// Memory grows with what arrives and not with what the file claims to hold: some files have no limit, and
-// their size may be another user's word.
+// The memory grows with what is read, not with the size that the file claims.
 std::string readText(const UniqueFd& fd, off_t size, const std::string& path) {
   std::string text;
   while (static_cast<off_t>(text.size()) < size) {
@@ -146,7 +145,7 @@ std::string readSettingFile(const std::string& name, const std::string& dir) {
   const struct stat info = statOf(fd, path);
   if (isForeign(info, directory, *store)) throwFileFailure(EPERM, kCannotRead, path);
   refuseTooLarge("Read", name, info.st_size);
-  // A pipe or a device that somebody put there holds no value; a directory fails to read by itself.
+  // A FIFO or a device that another user put there has no value.
   if (!S_ISREG(info.st_mode)) throwFileFailure(S_ISDIR(info.st_mode) ? EISDIR : EINVAL, kCannotRead, path);
   return trimWhiteSpace(readText(fd, info.st_size, path));
 }
@@ -164,7 +163,7 @@ void writeSettingFile(const std::string& name, const std::string& value, Setting
     refuseTooLarge("Write", name, text.size());
     replaceFile(path, text, modeOf(access));
   }
-  // A copy that some user wrote must not outlive the new value.
+  // A user's copy of the old value must not outlive it.
   if (isRootUser()) ::unlink(settingPath(directory + kUserDir, name).c_str());
 }
 

@@ -1,4 +1,4 @@
-/// What the settings' source files share. Internal.
+/// The settings in memory, and helpers of the source files that read and write them. Internal.
 #pragma once
 
 #include <map>
@@ -17,7 +17,7 @@ namespace vesk {
 /// Guards the store and all work on the files. Recursive: saveSetting holds it through its own reads.
 Mutex& settingsMutex();
 
-/// The settings in memory. One object, made at first use and never destroyed; only LockedStore gives it out.
+/// The settings in memory. One object, made at first use and never destroyed; only LockedStore hands it out.
 struct SettingStore {
   using Value = std::pair<std::string, SettingAccess>;
 

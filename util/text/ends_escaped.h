@@ -6,7 +6,7 @@
 
 namespace vesk {
 
-/// Whether the text ends in an odd number of backslashes, so that a character behind it would be escaped.
+/// Whether the text ends in an odd number of backslashes, so that a character after it would be escaped.
 inline bool endsEscaped(std::string_view text) {
   const size_t last = text.find_last_not_of('\\');
   const size_t run = last == text.npos ? text.size() : text.size() - last - 1;

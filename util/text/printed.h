@@ -8,7 +8,7 @@
 
 namespace vesk {
 
-/// Writes to `file` what `print` puts into the stream that it is given.
+/// Calls `print` with a stream, and writes what it puts there to `file`.
 template <class Print>
 void printTo(FILE* file, Print print) {
   std::ostringstream stream;

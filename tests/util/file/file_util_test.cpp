@@ -21,6 +21,14 @@ const std::string kCallFailed = "SystemException|OS call failed";
 constexpr char kDir[] = "/var/zantrel";
 constexpr char kTempDir[] = "/var/zantrel/tmp";
 
+using Owner = std::pair<uid_t, gid_t>;
+
+Owner ownerOf(const std::string& path) {
+  struct stat info = {};
+  lstat(path.c_str(), &info);
+  return {info.st_uid, info.st_gid};
+}
+
 class FileUtilTest : public WorldTest {};
 
 TEST_F(FileUtilTest, ReadsAndWritesWholeFiles) {
@@ -73,6 +81,13 @@ TEST_F(FileUtilTest, TemporaryFilesAreBornWithModeAndOwnerOrNotAtAll) {
   unlink(name.c_str());
   EXPECT_FAILURE(kCallFailed + kGone, OpenTempFile((name = in("no/c.XXXXXX")).data(), 0600, out));
   if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed for the rest";
+  close(mkstemp(name = in("o.XXXXXX"), 0600, kOrdinaryUser, 7));
+  EXPECT_EQ(ownerOf(name), (Owner{kOrdinaryUser, 7}));
+  unlink(name.c_str());
+  EXPECT_EQ(OpenTempFile((name = in("p.XXXXXX")).data(), 0600, kOrdinaryUser, 7, out), 0);
+  EXPECT_EQ(ownerOf(name), (Owner{kOrdinaryUser, 7}));
+  out.close();
+  unlink(name.c_str());
   ASSERT_EQ(chmod(m_dir.c_str(), 0777), 0);
   const auto work = [&] {
     const long descriptors = openDescriptors();

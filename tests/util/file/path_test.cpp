@@ -81,6 +81,16 @@ TEST_F(PathTest, CreatesDirectoriesWhateverTheUmask) {
   EXPECT_FAILURE("IOException|Cannot create directory " + in("a/b: File exists"),
                  Path::createDirectories(in("a/b"), 0750));
   EXPECT_EQ(modeOf(in("a/b")), S_IFDIR | 0750u) << "a directory that is there gets the mode all the same";
+  if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed for the rest";
+  Path::createDirectories(in("c/d"), kOrdinaryUser, 7, 0700);
+  Path(in("a")).chown(7, kOrdinaryUser);
+  const std::tuple<const char*, uid_t, gid_t> owners[] = {
+      {"c", kOrdinaryUser, 7}, {"c/d", kOrdinaryUser, 7}, {"a", 7, kOrdinaryUser}};
+  for (const auto& [name, user, group] : owners) {
+    struct stat info = {};
+    ASSERT_EQ(stat(in(name).c_str(), &info), 0);
+    EXPECT_TRUE(info.st_uid == user && info.st_gid == group) << name;
+  }
 }
 
 TEST_F(PathTest, WalksNamesOfAnyBytes) {
