@@ -1,4 +1,4 @@
-// The configuration file beside what a program could do instead: 500 lines, of which 400 hold a key.
+// The configuration file compared with what a program could do instead: 500 lines, 400 of them with a key.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kLines = 500;
 
-/// The same keys as properties and as an INI file, removed at the end.
+/// The same keys as a properties file and as an INI file; both are removed at the end.
 class Files {
  public:
   Files() : m_dir("/tmp/bench-config-XXXXXX") {
@@ -104,7 +104,7 @@ void loadByBoostPropertyTree(benchmark::State& state) {
 }
 BENCHMARK(loadByBoostPropertyTree);
 
-/// A load of `state.range(0)` keys: the time for a key shows whether the cost grows with their number.
+/// Loads `state.range(0)` keys; the time per key shows whether the cost grows with their number.
 void loadManyKeys(benchmark::State& state) {
   const std::string path = files().properties() + ".many";
   {
@@ -121,7 +121,7 @@ void loadManyKeys(benchmark::State& state) {
 }
 BENCHMARK(loadManyKeys)->Arg(10)->Arg(1000)->Arg(100000);
 
-/// A lookup among `state.range(0)` keys.
+/// Looks up one of `state.range(0)` keys.
 void findAmongManyKeys(benchmark::State& state) {
   Properties properties;
   for (int i = 0; i < state.range(0); i++) properties.setString("key." + std::to_string(i), "value");
@@ -130,7 +130,7 @@ void findAmongManyKeys(benchmark::State& state) {
 }
 BENCHMARK(findAmongManyKeys)->Arg(10)->Arg(1000)->Arg(100000);
 
-/// A data directory with `count` settings, in place of the machine's.
+/// A data directory with `count` settings that replaces the machine's.
 class Settings {
  public:
   explicit Settings(long count) {
@@ -153,7 +153,7 @@ class Settings {
   std::vector<std::string> m_names;
 };
 
-/// The first reading of each setting, from its file; the time for an item is that of one.
+/// Reads each setting for the first time, from its file; an item is one setting.
 void readSettings(benchmark::State& state) {
   const Settings settings(state.range(0));
   for (auto _ : state) {

@@ -1,5 +1,5 @@
-// What a log call costs its caller: disabled, into the file, and by the background thread. Beside it spdlog,
-// where the machine has it, with the same format, file system and number of messages between flushes.
+// What a log call costs its caller: disabled, to the file, and through the background thread; compared with
+// spdlog, where it is installed, with the same format, file system and number of messages between flushes.
 // Allocations are counted per message.
 
 #include <benchmark/benchmark.h>
@@ -26,7 +26,7 @@ std::atomic<long> gAllocations{0};
 
 }  // namespace
 
-// In front of the C library's own, so that everybody's allocations count.
+// These replace the C library's own, so that all allocations are counted.
 extern "C" void* __libc_malloc(size_t size);
 extern "C" void* malloc(size_t size) noexcept {
   gAllocations.fetch_add(1, std::memory_order_relaxed);
@@ -39,7 +39,7 @@ using vesk::Logger;
 
 constexpr int kMessages = 40000;  // per thread and run
 constexpr int kMessagesPerFlush = 10;
-constexpr int kQueueSize = 1 << 19;  // above what a run logs, twice: a half full queue slows its posters down
+constexpr int kQueueSize = 1 << 19;  // twice what a run logs: a half full queue slows down its posters
 
 std::string logFile(const char* name) {
   const char* directory = getenv("TMPDIR");
@@ -69,7 +69,7 @@ void DisabledHere(benchmark::State& state) {
 }
 BENCHMARK(DisabledHere);
 
-// By name: with a table of the thread's own.
+// By name, through the thread's own table.
 void DisabledByNameHere(benchmark::State& state) {
   const vesk::Thread counted;
   vesk::getLogger("lrpc.session", false);
@@ -79,7 +79,7 @@ void DisabledByNameHere(benchmark::State& state) {
 }
 BENCHMARK(DisabledByNameHere);
 
-/// A tree of `state.range(0)` loggers, three names deep. It only grows.
+/// A tree of `state.range(0)` loggers, three levels deep. It never shrinks.
 std::string loggerName(long number) {
   return "tree.branch" + std::to_string(number / 100) + ".leaf" + std::to_string(number);
 }

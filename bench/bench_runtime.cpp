@@ -1,4 +1,4 @@
-// Locks, queues and the start of processes, each beside the plain thing that it is more than.
+// Locks, queues and the start of processes, each compared with the plain call that it builds on.
 #include <benchmark/benchmark.h>
 #include <pthread.h>
 #include <sys/resource.h>
@@ -99,8 +99,8 @@ void postsThroughARunQueue(benchmark::State& state) {
 }
 BENCHMARK(postsThroughARunQueue)->Arg(1)->Arg(4)->UseRealTime();
 
-/// What a queue's lock owes here beside keeping others out: its holder may take it again, and is not
-/// cancelled meanwhile.
+/// What a queue's lock does besides excluding others: its holder may lock it again, and is not cancelled
+/// while holding it.
 class GuardedMutex {
  public:
   GuardedMutex() {
@@ -137,7 +137,7 @@ class PlainQueue {
     if (m_waiting) pthread_cond_broadcast(&m_posted);
     m_waiting = false;
   }
-  /// Until an empty item comes.
+  /// Runs until it gets an empty item.
   void serve() {
     while (const auto item = next()) item->run();
   }
@@ -156,7 +156,7 @@ class PlainQueue {
 
   Mutex m_mutex;
   pthread_cond_t m_posted = PTHREAD_COND_INITIALIZER;
-  bool m_waiting = false;  // since the last time that somebody was woken
+  bool m_waiting = false;  // since the last wake-up
   std::deque<boost::shared_ptr<vesk::QueueAble>> m_items;
 };
 
@@ -176,7 +176,7 @@ void postsThroughAPlainQueue(benchmark::State& state) {
 BENCHMARK_TEMPLATE(postsThroughAPlainQueue, GuardedMutex)->Arg(1)->Arg(4)->UseRealTime();
 BENCHMARK_TEMPLATE(postsThroughAPlainQueue, std::mutex)->Arg(1)->Arg(4)->UseRealTime();
 
-/// A child with one descriptor and the others closed, under a limit of so many descriptors.
+/// Starts a child that keeps one descriptor and closes all others, under a given limit of descriptors.
 void spawnUnderALimit(benchmark::State& state) {
   rlimit before;
   getrlimit(RLIMIT_NOFILE, &before);
@@ -191,7 +191,7 @@ void spawnUnderALimit(benchmark::State& state) {
 }
 BENCHMARK(spawnUnderALimit)->Arg(1024)->Arg(1'000'000)->UseRealTime();
 
-/// The ways of closing the others in a child: by the kernel's range call, by its listing, one by one.
+/// Three ways to close the others: the kernel's range call, its listing, and one by one.
 void closeAMillion(benchmark::State& state) {
   using namespace vesk::descriptors;
   const int kept = 0;

@@ -1,5 +1,5 @@
-// Prints one table: what the library costs beside the least that could do the same, as ratios of times that
-// are taken in turn in this one run; and how many allocations it makes.
+// Prints one table: the library's time divided by that of the least code that does the same, measured in turn
+// in this run; and how many allocations it makes.
 
 #include <unistd.h>
 
@@ -24,7 +24,8 @@
 namespace bench {
 namespace {
 
-constexpr int kCpu = 0;  // client and peer share it: how two processors wake each other is none of ours
+constexpr int kCpu =
+    0;  // shared by client and peer: how two processors wake each other is not the library's doing
 constexpr int kListed = 300;
 constexpr double kListBatchMs = 10;
 constexpr int kListBatches = 41;
@@ -46,7 +47,7 @@ void printCount(const char* what, double count) {
   fflush(stdout);
 }
 
-/// A session and a descriptor, each with a peer of its own that gives the same reply.
+/// A session and a plain descriptor, each with a peer of its own; both peers send the same reply.
 struct Pair {
   explicit Pair(const std::string& reply)
       : peer(reply, kCpu),
@@ -152,7 +153,7 @@ void compareLoading() {
   printRow("dlopen, beside libldap", {median(ours), median(other), median(ratios)});
 }
 
-// With large messages, so that no copy could hide among the small allocations.
+// Messages are large, so that a copy cannot hide among the small allocations.
 double largeAllocationsOfExchange() {
   constexpr size_t kSize = 1 << 20;
   vesk::IPCReply large(vesk::IPC_OP_PING);

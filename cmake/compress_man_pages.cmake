@@ -1,4 +1,4 @@
-# Run by cpack over the packages' files: manual pages are compressed, as Debian has them.
+# cpack runs this on the packages' files: it compresses the manual pages, as Debian policy demands.
 file(GLOB_RECURSE pages ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*.[1-9])
 list(FILTER pages INCLUDE REGEX "/man/man[1-9]/[^/]*$")
 if(pages)

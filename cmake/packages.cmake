@@ -16,8 +16,8 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-# What a binary links is found out from the binary; its maintainer scripts tell ldconfig of the library. That packed
-# addresses want a loader that knows them (glibc 2.36) is not found out.
+# Dependencies are read from the binaries, and the maintainer scripts run ldconfig. That packed relocations need glibc
+# 2.36 is not detected, so it is added below.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)

@@ -1,4 +1,4 @@
-/// What all fuzz targets need: the input cut into parts, and a check that ends the program.
+/// What all fuzz targets need: an input that can be cut into parts, and a check that ends the program.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 namespace fuzz {
 
-/// Hands out an input from its front. What is asked for behind its end is 0 or empty.
+/// Hands out an input from its front. Past its end there are zeros and empty strings.
 class Input {
  public:
   Input(const uint8_t* data, size_t size) : m_left(reinterpret_cast<const char*>(data), size) {}
@@ -28,7 +28,7 @@ class Input {
     m_left.remove_prefix(part.size());
     return part;
   }
-  /// Up to the next byte of that value, which belongs to neither part.
+  /// Everything before the next byte `end`, which is dropped; all that is left if there is none.
   std::string upTo(char end) {
     const std::string part = bytes(std::min(m_left.find(end), m_left.size()));
     bytes(1);
@@ -42,7 +42,7 @@ class Input {
 
 }  // namespace fuzz
 
-/// What must hold for every input.
+/// Ends the program if `condition` does not hold.
 #define FUZZ_CHECK(condition)                                                       \
   do {                                                                              \
     if (!(condition)) {                                                             \

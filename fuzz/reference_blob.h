@@ -1,5 +1,5 @@
-/// The blob of a directory object (see <fokrazo/adserializer.h>) once more, read in the plainest way: from
-/// front to back, into copies. What the library's readers say is held against it.
+/// A second reader for the blob of a directory object (see <fokrazo/adserializer.h>), as plain as possible:
+/// front to back, into copies. The library's readers are compared with it.
 #pragma once
 
 #include <cstdint>
@@ -16,13 +16,13 @@ struct ReferenceBlob {
     std::vector<std::string> values;
   };
 
-  /// Reads any bytes. Records are read up to the first that is damaged.
+  /// Reads any bytes, up to the first damaged record.
   explicit ReferenceBlob(const std::string& bytes);
 
-  /// The records fill all that stands behind the index, and every text and reference can be read.
+  /// The records fill everything after the index, and every text and reference can be read.
   bool readable = false;
-  /// As a writer makes it: also the index is what the records say, and the names rise. A count below 0 counts
-  /// as 0.
+  /// As a writer makes it: readable, the index matches the records, and the names ascend. A negative count
+  /// counts as 0.
   bool wellFormed = false;
   std::vector<Record> records;
 

@@ -25,7 +25,7 @@ bool tellsOfRelease(const std::string& name) {
   return name.find("release") != std::string::npos || name.find("version") != std::string::npos;
 }
 
-// Of the world's release files only ours are left.
+// Removes the world's own release files.
 void clearReleaseFiles() {
   std::vector<fs::path> found;
   for (const fs::directory_entry& entry : fs::directory_iterator("/etc"))

@@ -1,4 +1,4 @@
-// Stands in for libFuzzer: tries each file of the directories that are given once.
+// Stands in for libFuzzer: runs every file of the given directories once.
 
 #include <filesystem>
 #include <fstream>

@@ -1,5 +1,4 @@
-// Files of settings. An input is a file's content, which is read as it stands, and then a value that is
-// written.
+// Setting files. An input is read as a file's content, and then written as a value.
 
 #include <sys/stat.h>
 
@@ -18,7 +17,7 @@ bool isAllowed(char c) {
   return c == '\n' || !IsCntrlChar(static_cast<unsigned char>(c));
 }
 
-// What a file of these bytes gives; whether it gives anything.
+// Sets `value` to what a file of these bytes holds; returns false if the library must refuse it.
 bool valueOf(const std::string& name, const std::string& content, std::string& value) {
   if (content.size() > 1024 && name != SETTING_TRUSTS) return false;
   if (!std::all_of(content.begin(), content.end(), isAllowed)) return false;

@@ -1,4 +1,4 @@
-/// The private world (see tests/support/private_world) as fuzz targets set it up.
+/// How fuzz targets set up the private world (see tests/support/private_world).
 #pragma once
 
 #include <cstdio>

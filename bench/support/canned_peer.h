@@ -1,4 +1,4 @@
-/// A daemon that thinks nothing: what is measured against it is the client.
+/// A daemon that does no work, so that measurements show the client.
 #pragma once
 
 #include <sys/types.h>
@@ -17,7 +17,7 @@ namespace bench {
 /// The bytes of a finished message, without its frame.
 std::string bytesOf(vesk::IPCMessage& message);
 
-/// The reply to a ping, and one with the status block of a success alone.
+/// The reply to a ping, and a reply with nothing but the status block of a success.
 std::string emptyReply();
 std::string statusReply();
 /// The reply to the lookup of one object.
@@ -25,10 +25,10 @@ std::string objectReply(const Entry& entry);
 /// The reply to a search that finds these objects, given as blobs.
 std::string listReply(const std::vector<std::string>& blobs);
 
-/// A process that answers every request with the same message, and ends with this object.
+/// A process that answers every request with the same message. The destructor ends it.
 class CannedPeer {
  public:
-  /// With `cpu` -1 it runs where it likes.
+  /// `cpu`: the processor it is pinned to, -1 for any.
   CannedPeer(const std::string& reply, int cpu);
   ~CannedPeer();
   CannedPeer(const CannedPeer&) = delete;

@@ -16,7 +16,7 @@ struct alignas(64) Counters {
 
 Counters gAllocations;
 
-// No read-modify-write, which would cost the measured code more than the allocation it counts.
+// Not an atomic increment, which would cost more than the allocation it counts.
 void increment(Counter& counter) {
   counter.store(counter.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
@@ -28,7 +28,7 @@ void countAllocation(size_t size) {
 
 }  // namespace
 
-// In front of the C library's own functions, for the whole process.
+// These replace the C library's functions in the whole process.
 extern "C" {
 void* __libc_malloc(size_t);
 void* __libc_calloc(size_t, size_t);

@@ -1,4 +1,4 @@
-/// What the programs with figures of their own measure with. One thread at a time.
+/// How `ratios` and `compared` measure. Not thread-safe.
 #pragma once
 
 #include <ctime>
@@ -26,13 +26,13 @@ void keep(const T& value) {
 
 double median(std::vector<double> values);
 
-/// Heap allocations of the process so far, by whichever library. Those of two threads at once may be lost.
+/// Heap allocations of the process so far, in all libraries. Simultaneous ones may be counted once.
 unsigned long allocationCount();
-/// Those of at least kLargeAllocation bytes.
+/// Allocations of at least kLargeAllocation bytes.
 unsigned long largeAllocationCount();
 constexpr size_t kLargeAllocation = 32 * 1024;
 
-/// Heap allocations of one call, after a first one that does not count.
+/// Heap allocations of one call, after a first call that is not counted.
 template <class Work>
 double allocationsOf(Work&& work, int calls = 100) {
   work();
@@ -41,7 +41,7 @@ double allocationsOf(Work&& work, int calls = 100) {
   return static_cast<double>(allocationCount() - before) / calls;
 }
 
-/// Repeats work until it has run long enough to be timed, and knows the time of one call.
+/// Repeats work until it has run long enough to be timed, and computes the time of one call.
 template <class Work>
 class Timed {
  public:
@@ -52,7 +52,7 @@ class Timed {
     while ((total = batch() * m_calls) < kLongEnough) m_calls *= 4;
     m_calls = std::max<uint64_t>(1, static_cast<uint64_t>(batchMs * 1e6 * m_calls / total));
   }
-  /// Nanoseconds of one call in a batch of them.
+  /// Nanoseconds per call in one batch.
   double batch() {
     const uint64_t begin = now();
     for (uint64_t i = 0; i < m_calls; ++i) m_work();
@@ -73,8 +73,7 @@ double nanosecondsOf(Work&& work, double batchMs = 8, int batches = 15) {
   return median(values);
 }
 
-/// How one thing's time compares with another's: batches of both in turn, so that whatever else the machine
-/// does meets both.
+/// Compares two times: batches of both in turn, so that whatever else the machine does affects both.
 struct Comparison {
   double ours;   // nanoseconds, medians
   double other;  // nanoseconds, medians
@@ -94,7 +93,7 @@ Comparison compare(Ours&& ours, Other&& other, double batchMs = 1, int batches =
   return {median(all[0]), median(all[1]), median(all[2])};
 }
 
-/// One figure on one line of standard output: key, value and unit, separated by tabs.
+/// Prints a figure on a line of standard output: key, value and unit, separated by tabs.
 void print(const std::string& key, double value, const char* unit);
 
 }  // namespace bench

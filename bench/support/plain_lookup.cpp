@@ -23,7 +23,7 @@ uint32_t wordAt(const char* position) {
   return word;
 }
 
-/// Walks over the records of a serialized object.
+/// Iterates over the records of a serialized object.
 class Reader {
  public:
   Reader(const char* blob, size_t size)

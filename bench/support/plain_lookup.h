@@ -1,5 +1,5 @@
-/// What a lookup must do at least, written by hand for these bytes alone: nothing is logged, checked, retried
-/// or thrown. The floors of the benchmarks.
+/// The least that a lookup must do, written by hand for exactly these bytes: no logging, checks, retries or
+/// exceptions. These are the floors of the benchmarks.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +24,7 @@ PlainObject plainUnpack(const char* blob, size_t size);
 /// The same into names and values alone.
 std::map<std::string, std::vector<std::string>> plainMap(const char* blob, size_t size);
 
-/// Asks for one object by name and unpacks what comes.
+/// Asks for one object by name and unpacks the reply.
 PlainObject plainGetUser(int fd, const std::string& name);
 /// Asks for a list of objects and unpacks them.
 std::vector<PlainObject> plainSearch(int fd);

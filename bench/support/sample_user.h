@@ -1,4 +1,4 @@
-/// A directory's user as the benchmarks know him: 45 attributes, 2.9 kB in a message.
+/// The user that the benchmarks look up: 45 attributes, 2.9 kB in a message.
 #pragma once
 
 #include <map>
@@ -13,10 +13,10 @@ namespace bench {
 
 using Entry = std::map<std::string, std::vector<std::string>>;
 
-/// Variant 0 has all attributes. The others differ in the lengths of their values and lack some attributes,
-/// so that a processor does not learn one object by heart.
+/// Variant 0 has all attributes. The others lack some and have values of other lengths, so that a processor's
+/// branch predictor cannot learn one object.
 Entry sampleUser(int variant = 0);
-/// The complete one, with his DN where the daemon puts it and typed views look for it.
+/// Variant 0 with its DN where the daemon puts it and typed views look for it.
 Entry daemonUser();
 
 vesk::ADObject objectOf(const Entry& entry);

@@ -1,5 +1,5 @@
-# Sourced by the tests that use the library as a stranger would. Makes a scratch folder, $place, which goes with the
-# test, as do all programs that it starts.
+# Sourced by the tests that use the installed library as its users do. Makes a scratch folder, $place; the folder and all
+# programs that were started go away with the test.
 # shellcheck shell=bash
 place=$(mktemp -d)
 daemon_pid=
@@ -7,10 +7,11 @@ trap 'stop_daemon; rm -rf "$place"' EXIT
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-# Installs what BUILD_DIR holds, and finds it: $place/root, its folder $lib, and both for compilers and programs.
+# install_package BUILD_DIR: installs the build into $place/root, sets $lib to its library folder, and lets compilers and
+# programs find it.
 install_package() {
   cmake --install "$1" --prefix "$place/first" >/dev/null
-  mv "$place/first" "$place/root"  # what is installed finds itself wherever it is put
+  mv "$place/first" "$place/root"  # the installed tree can be moved
   lib=$(dirname "$(find "$place/root" -name 'fokrazo.so.0')")
   export PKG_CONFIG_PATH=$lib/pkgconfig LD_LIBRARY_PATH=$lib
 }

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What the completion offers at the end of a command line.
+# What the shell's completion offers at the end of a command line.
 # usage: completion_test.sh SOURCE_DIR TOOL
 set -euo pipefail
 # shellcheck source=/dev/null

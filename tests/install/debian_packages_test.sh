@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes the Debian packages, installs them into an empty root, uses them, and removes them without a trace. Wants
-# root's view (the private world gives it).
+# Makes the Debian packages, installs them into an empty root, uses them, and removes them without a trace. Needs to be
+# root, as in the private world.
 # usage: debian_packages_test.sh BUILD_DIR
 set -euo pipefail
 build_dir=$1
@@ -15,13 +15,13 @@ package() { echo "$place/$1"_*.deb; }
 field() { dpkg-deb -f "$(package "$1")" "$2"; }
 
 [[ $(field fokrazo0 Depends) =~ ^"libc6 (>= ".*"zlib1g (>= " ]] || fail "what fokrazo0 depends on"
-! grep -q GLIBC_ABI_DT_RELR "$build_dir/fokrazo.so.0" || [[ $(field fokrazo0 Depends) == *"libc6 (>= 2.36)"* ]] || fail "its loader"
+! grep -q GLIBC_ABI_DT_RELR "$build_dir/fokrazo.so.0" || [[ $(field fokrazo0 Depends) == *"libc6 (>= 2.36)"* ]] || fail "fokrazo0 does not depend on a loader for its relocations"
 [[ $(field fokrazo-tools Depends) =~ ^"fokrazo0 (= "[0-9.]+"), libbsd0 (>= ".*"), libc6 (>= ".*"libldap-2.5-0" ]] || fail "fokrazo-tools"
 [[ $(field fokrazo-dev Depends) =~ ^"fokrazo0 (= "[0-9.]+"), libboost-dev, libldap-dev" ]] || fail "fokrazo-dev"
 dpkg-deb -I "$(package fokrazo0)" shlibs | grep -x 'fokrazo 0 fokrazo0 (>= .*)' >/dev/null || fail "shlibs"
-dpkg-deb -I "$(package fokrazo0)" postinst | grep ldconfig >/dev/null || fail "ldconfig is not told"
+dpkg-deb -I "$(package fokrazo0)" postinst | grep ldconfig >/dev/null || fail "no script runs ldconfig"
 
-# The scripts' ldconfig is not to look at the root that the tests run in.
+# The maintainer scripts must not run the real ldconfig.
 mkdir -p "$place/bin" "$place/root/var/lib/dpkg/"{info,updates}
 ln -s /bin/true "$place/bin/ldconfig"
 touch "$place/root/var/lib/dpkg/"{status,available}
@@ -36,5 +36,5 @@ in_root --install "$place"/*.deb
 [ "$("$place/root/usr/bin/fokrazo" sid S-1-5-32-544 | head -1)" = "text: S-1-5-32-544" ] || fail "the tool does not run"
 [ -z "$(find "$place/root" -name '*.[1-9]' -path '*/man/*')" ] || fail "manual pages are not compressed"
 in_root --purge fokrazo-tools fokrazo-dev fokrazo0
-files | diff "$place/before" - || fail "traces"
+files | diff "$place/before" - || fail "the packages leave files behind"
 echo "Debian packages: all as expected"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The reference of the public headers can be made, with nothing left undocumented; and the guides are true where that can
-# be seen: what they name exists, and the protocol's numbers are those of the headers.
+# The reference of the public headers can be made and documents everything. The guides name only files that exist, and
+# the protocol's numbers are those of the headers.
 # usage: docs_test.sh SOURCE_DIR BUILD_DIR
 # shellcheck disable=SC2016
 set -euo pipefail
@@ -9,8 +9,8 @@ build_dir=$2
 failures=0
 complain() { echo "FAILED: $*" >&2; failures=$((failures + 1)); }
 
-# The links of a guide, and the files of this tree that it names. A word in capitals stands for a name, and a program
-# for its source.
+# The links of a guide, and the files of this tree that it names. A word in capitals is a placeholder, and a program
+# stands for its source.
 links() { sed -n 's/](\([^)#:]*\))/\n\1\n/gp' "$1" | sed -n '/^[^ ]*\.[a-z]*$/p'; }
 folders='ber|bench|cli|cmake|daemon|docs|examples|fuzz|host|include|lrpc|man|scripts|standin|tests|util|values'
 files() { tr '`' '\n' <"$1" | grep -E "^($folders)/[A-Za-z0-9_./-]+\$" | grep -Ev '/[A-Z]+(\.[a-z]+)?$'; }

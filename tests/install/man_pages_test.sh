@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The manual pages: well-formed, and true of the programs and of the sources.
+# The manual pages are well-formed and agree with the programs and the sources.
 # usage: man_pages_test.sh SOURCE_DIR BIN_DIR
 set -euo pipefail
 cd "$1"
@@ -7,7 +7,7 @@ bin=$2
 place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
 failures=0
-# same WHAT LEFT RIGHT: two lists, a word a line.
+# same WHAT LEFT RIGHT: compares two lists, with one word per line.
 same() {
   diff <(LC_ALL=C sort -u "$2") <(LC_ALL=C sort -u "$3") >"$place/difference" && return
   echo "FAILED: $1" >&2
@@ -18,7 +18,7 @@ same() {
 if command -v mandoc >/dev/null; then
   mandoc -T lint -W warning man/* || failures=$((failures + 1))
 else
-  echo "mandoc is not installed: the pages' form was not looked at"
+  echo "mandoc is not installed: the form of the pages was not checked"
 fi
 
 # Commands, options, faults.
@@ -39,7 +39,7 @@ sed -n '/^Faults:/,/^Signals/s/^    \([a-z]*\) .*/\1/p' "$place/help" >"$place/f
 sed -n 's/^\.It Cm \([a-z]*\)$/\1/p' man/brondalt-standin.1 >"$place/told"
 same "faults of brondalt-standin(1)" "$place/faults" "$place/told"
 
-# The keys that the library's sources read, by the table of their names; what doctor judges; what the page tells.
+# The keys that the library's sources read, those that doctor checks, and those that the page documents.
 keys_in() {
   grep -oh '\bPN::[A-Z0-9_]*' "$@" | sort -u | while read -r name; do
     sed -n "s/^NAME(${name#PN::}, \"\(.*\)\");/\1/p" util/properties/propnames.cpp

@@ -1,5 +1,5 @@
-// A program over the shared library alone, with no hidden symbol in reach: what the library throws is caught
-// here by its class, so the classes on both sides are one.
+// A program that links only the shared library, without access to hidden symbols. It catches what the library
+// throws by class, which shows that both sides share the classes.
 
 #include <sys/socket.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-/// Runs a program of this project as a person does: by a shell's command line.
+/// Runs a program of this project from a shell's command line.
 #pragma once
 
 #include <sys/wait.h>
@@ -10,10 +10,10 @@ namespace testsupport {
 
 struct Ran {
   int status;
-  std::string out;  // what it printed on both streams
+  std::string out;  // its output, of both streams
 };
 
-/// The program's name and what stands behind it, with `input` (escapes as of printf) on its standard input.
+/// Runs `line`, a program's name and its arguments, with `input` (printf escapes allowed) as standard input.
 inline Ran run(const std::string& line, const std::string& input = "") {
   FILE* pipe = popen(("printf '" + input + "' | " TEST_BINARY_DIR "/bin/" + line + " 2>&1").c_str(), "r");
   Ran ran{-1, ""};

@@ -25,14 +25,14 @@ using testsupport::Fault;
 
 struct Plan {
   Call call = Call::Count;
-  unsigned left = 0;  // calls up to the one that fails, that one included; 0 when it has failed
+  unsigned left = 0;  // calls until the one that fails, inclusive; 0 once it has failed
   int error = 0;
   bool lasting = false;
   bool struck = false;
 };
 thread_local Plan gPlan;
 
-// Counts a call. Whether it is to fail, with errno set.
+// Counts a call. Returns whether it must fail, and sets errno then.
 bool fails(Call call) {
   Plan& plan = gPlan;
   if (plan.call != call) return false;
@@ -43,7 +43,7 @@ bool fails(Call call) {
   return true;
 }
 
-// The bytes that a transfer moves.
+// How many bytes a transfer may move.
 size_t share(Call call, size_t size) {
   const bool isShort = gPlan.call == call && gPlan.struck && gPlan.left == 0 && gPlan.error == Fault::kShort;
   return isShort && size > 1 ? 1 : size;
@@ -51,7 +51,7 @@ size_t share(Call call, size_t size) {
 
 }  // namespace
 
-// One line for each call that only fails or does its work.
+// A call that either fails or does its work.
 #define FOKRAZO_FAULTY(kind, failure, Result, name, parameters, arguments) \
   extern "C" Result __real_##name parameters;                              \
   extern "C" Result __wrap_##name parameters {                             \
@@ -110,7 +110,7 @@ FOKRAZO_FAULTY(Change, -1, int, fsync, (int fd), (fd))
 FOKRAZO_FAULTY(Change, -1, int, flock, (int fd, int operation), (fd, operation))
 FOKRAZO_FAULTY(Wait, -1, pid_t, waitpid, (pid_t pid, int* status, int options), (pid, status, options))
 FOKRAZO_FAULTY(Wait, -1, int, poll, (pollfd* entries, nfds_t count, int timeout), (entries, count, timeout))
-// Called as if what their declarations leave open were declared.
+// Variadic functions, called with their one optional argument.
 FOKRAZO_FAULTY(Open, -1, int, open, (const char* path, int flags, mode_t mode), (path, flags, mode))
 FOKRAZO_FAULTY(Open, -1, int, openat, (int fd, const char* path, int flags, mode_t mode), (fd, path, flags, mode))
 FOKRAZO_FAULTY(Change, -1, int, fcntl, (int fd, int operation, void* argument), (fd, operation, argument))
@@ -154,7 +154,7 @@ ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags) {
 
 }  // extern "C"
 
-// A sanitizer has its own for arrays, and matching ones to delete them.
+// A sanitizer brings its own array versions, with matching deletes.
 void* operator new(size_t size) {
   void* memory = __wrap_malloc(size ? size : 1);
   if (!memory) throw std::bad_alloc();

@@ -1,5 +1,5 @@
-/// Failures of the system on demand, for programs that are linked with test_faults: there the library's own
-/// calls come by here.
+/// System failures on demand, for programs linked with test_faults: there the library's own calls pass
+/// through here.
 #pragma once
 
 #include <atomic>
@@ -7,22 +7,22 @@
 
 namespace testsupport {
 
-/// Kinds of calls, each counted by itself.
+/// Kinds of calls, each counted separately.
 enum class Call {
-  Allocate,  ///< operator new, malloc and calloc, and what liblber is asked for
-  Open,      ///< whatever makes a descriptor
+  Allocate,  ///< operator new, malloc and calloc, and liblber's allocations
+  Open,      ///< every call that makes a descriptor
   Close,
   Read,
   Write,
-  Inspect,  ///< stat and its like, lists of names
-  Change,   ///< whatever changes names, modes and sizes; locks, fsync
+  Inspect,  ///< stat and its relatives, directory listings
+  Change,   ///< changes of names, modes and sizes; locks, fsync
   Wait,     ///< poll, waitpid
   Count
 };
 
-/// While it lives, the nth call of one kind fails by its thread, or with `lasting` that one and all behind
-/// it. The error is as in errno; with kShort a transfer moves one byte alone, and nothing else fails. A
-/// failed close has closed. One at a time in a thread.
+/// During its lifetime the nth call of one kind by its thread fails, with `lasting` also all later ones.
+/// `error` is the errno; with kShort a transfer moves a single byte instead, and nothing else fails. A failed
+/// close still closes. One object at a time per thread.
 class Fault {
  public:
   static constexpr int kShort = -1;
@@ -32,12 +32,12 @@ class Fault {
   Fault(const Fault&) = delete;
   Fault& operator=(const Fault&) = delete;
 
-  /// Whether there were that many calls while the thread's latest one lived.
+  /// Whether the thread's latest fault was reached.
   static bool struck();
 };
 
-/// While it lives, a timer of the system's interrupts the process some ten thousand times a second, by a
-/// signal that restarts no call.
+/// During its lifetime a timer interrupts the process some ten thousand times a second, with a signal that
+/// restarts no call.
 class Interruptions {
  public:
   Interruptions();
@@ -45,11 +45,11 @@ class Interruptions {
   Interruptions(const Interruptions&) = delete;
   Interruptions& operator=(const Interruptions&) = delete;
 
-  /// How many have come so far.
+  /// How many interruptions there have been so far.
   static unsigned long count();
 };
 
-/// The name of a kind, for the traces of a test.
+/// The name of a kind, for a test's traces.
 std::string nameOf(Call call);
 
 }  // namespace testsupport

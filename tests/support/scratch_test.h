@@ -1,8 +1,9 @@
-/// A fixture with a directory of its own, which also sees to it that a test leaves no descriptor open and the
-/// umask as it was; and children that look at the world as another user.
+/// A fixture with a directory of its own, which also checks that a test leaves no descriptor open and does
+/// not change the umask; and children that run as another user.
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -31,7 +32,7 @@ inline long openDescriptors() {
   return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
 }
 
-/// The wait status of a child that has run `work`, as that user if it is not 0: 0 if no expectation failed.
+/// Runs `work` in a child, as `user` if that is not 0. Returns its wait status: 0 if no expectation failed.
 template <class Work>
 int inChild(Work work, uid_t user = 0) {
   fflush(nullptr);
@@ -51,13 +52,13 @@ int inChild(Work work, uid_t user = 0) {
   return status;
 }
 
-/// Runs `work` in a child, as that user if it is not 0. What fails there fails here.
+/// Runs `work` in a child, as `user` if that is not 0. A failure in the child fails the test.
 template <class Work>
 void checkInChild(Work work, uid_t user = 0) {
   EXPECT_EQ(inChild(work, user), 0) << "in the child";
 }
 
-/// The class and the message of what `call` throws, as "IOException|Cannot …"; empty if it throws nothing.
+/// The class and message of what `call` throws, as "IOException|Cannot …"; empty if it throws nothing.
 template <class Call>
 std::string failureOf(Call call) {
   try {
@@ -68,12 +69,19 @@ std::string failureOf(Call call) {
   return "";
 }
 
-/// Expects the statement behind `text` to throw what failureOf tells.
+/// Expects the statement after `text` to throw: `text` is what failureOf returns for it.
 #define EXPECT_FAILURE(text, ...) EXPECT_EQ(::testsupport::failureOf([&] { __VA_ARGS__; }), text)
 
-/// Whether children may become an ordinary user: only where the tests run as the system's own root.
+/// Whether children can become an ordinary user: only if the tests run as the system's own root.
 inline bool canBeOrdinaryUser() {
   return inChild([] {}, kOrdinaryUser) == 0;
+}
+
+/// Whether tests can mount file systems, as they can in the private world unless it is a container's own.
+inline bool canMount() {
+  return inChild([] {
+           if (unshare(CLONE_NEWNS) != 0) _exit(1);
+         }) == 0;
 }
 
 class ScratchTest : public ::testing::Test {

@@ -1,4 +1,4 @@
-/// What an action throws, as one line for comparisons.
+/// What an action throws, as one line of text for comparisons.
 #pragma once
 
 #include <string>

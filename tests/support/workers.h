@@ -1,5 +1,5 @@
-/// Threads and meeting points for the tests of the runtime, and the library's clock and pauses in their
-/// hands.
+/// Threads and meeting points for the tests of the runtime, which also control the library's clock and
+/// pauses.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@
 #include "util/thread/clock.h"
 #include "util/thread/pause.h"
 
-/// Closed until it has been opened as often as one waits for.
+/// wait() blocks until open() has been called as often as it asks for.
 class Gate {
  public:
   void open() {
@@ -34,7 +34,7 @@ class Gate {
   int m_openings = 0;
 };
 
-/// A thread that runs `body`; joined at the end of the scope.
+/// A thread that runs `body`. The destructor joins it.
 class Worker : public vesk::Thread {
  public:
   explicit Worker(std::function<void()> body) : m_body(std::move(body)) { start("worker", run, this, 0); }
@@ -49,8 +49,8 @@ class Worker : public vesk::Thread {
   std::function<void()> m_body;
 };
 
-/// Runs `body(point)` in a thread that is cancelled while it is in point(), and waits for its end. (The
-/// thread sanitizer is blind to locks after a cancel inside a blocking system call: let none strike there.)
+/// Runs `body(point)` in a thread that is cancelled inside point(), and waits for its end. (After a cancel
+/// inside a blocking system call the thread sanitizer loses track of locks, so keep those out of point().)
 inline void cancelAt(const std::function<void(const std::function<void()>& point)>& body) {
   Gate reached, cancelled;
   Worker worker([&] {
@@ -66,7 +66,7 @@ inline void cancelAt(const std::function<void(const std::function<void()>& point
   EXPECT_EQ(worker.unexpectedEnds, 1);
 }
 
-/// A queue that tells of its interrupts.
+/// A queue that reports its interrupts.
 template <class Queue>
 struct Watched : Queue {
   using Queue::Queue;
@@ -77,14 +77,14 @@ struct Watched : Queue {
   Gate interrupted;
 };
 
-/// Moves the library's day for the length of a scope.
+/// Shifts the library's clock during a scope.
 struct MovedDay {
   explicit MovedDay(long seconds = 0) { moveTo(seconds); }
   ~MovedDay() { moveTo(0); }
   void moveTo(long seconds) { vesk::dayclock::offset = seconds; }
 };
 
-/// Takes the library's pauses down instead of sleeping, for the length of a scope. One at a time.
+/// Records the library's pauses instead of sleeping, during a scope. One object at a time.
 class RecordedPauses {
  public:
   explicit RecordedPauses(std::function<void(long)> during = [](long) {}) : m_during(std::move(during)) {

@@ -1,4 +1,4 @@
-/// A fixture for programs that run in the private world: an empty data directory, and the log in a file.
+/// A fixture for tests in the private world: an empty data directory, and the log in a file.
 #pragma once
 
 #include <filesystem>

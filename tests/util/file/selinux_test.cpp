@@ -15,6 +15,11 @@ const std::string kDefault = "user:role:default_t:s0";
 
 class SELinuxTest : public WorldTest {
  protected:
+  void SetUp() override {
+    if (!canMount()) GTEST_SKIP() << "mounts are needed";
+    WorldTest::SetUp();
+  }
+
   /// Runs `work` in a child whose system has SELinux and whose configuration names that library: a process
   /// loads it once.
   template <class Work>

@@ -172,6 +172,7 @@ TEST_F(SettingTest, AnOrdinaryUserWritesOnlyHisCopyOfDomainControllers) {
 }
 
 TEST_F(SettingTest, AnUnprivilegedToolHasAPrivateDataDirectory) {
+  if (!canMount()) GTEST_SKIP() << "mounts are needed";
   if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed";
   const auto works = [] {
     save("dc.a", "x");
@@ -203,6 +204,7 @@ TEST_F(SettingTest, AnUnprivilegedToolHasAPrivateDataDirectory) {
 }
 
 TEST_F(SettingTest, AWriteThatFailsIsRepeatedLater) {
+  if (!canMount()) GTEST_SKIP() << "mounts are needed";
   checkInChild([] {
     const char* dir = kDir.c_str();
     save("site", "old");

@@ -7,7 +7,7 @@
 #include <fokrazo/mutex.h>
 #include <fokrazo/runqueue.h>
 #include <fokrazo/thread.h>
-#include "bench/anchored/parts.h"
+#include "bench/compared/parts.h"
 #include "bench/support/measure.h"
 
 namespace bench {

@@ -1,7 +1,7 @@
 #include <fokrazo/dn.h>
 #include <fokrazo/guid.h>
 #include <fokrazo/sid.h>
-#include "bench/anchored/parts.h"
+#include "bench/compared/parts.h"
 #include "bench/support/measure.h"
 
 namespace bench {

@@ -1,7 +1,7 @@
 #include <fokrazo/adobject.h>
 #include <fokrazo/session.h>
 #include <fokrazo/unixviews.h>
-#include "bench/anchored/parts.h"
+#include "bench/compared/parts.h"
 #include "bench/support/canned_peer.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
@@ -10,7 +10,7 @@
 namespace bench {
 namespace {
 
-constexpr int kCpu = 0;  // of both processes
+constexpr int kCpu = 0;  // for both processes
 constexpr double kBatchMs = 20;
 constexpr int kBatches = 11;
 constexpr int kListed = 300;

@@ -4,7 +4,7 @@
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/qtr_ber.h>
 #include <fokrazo/session.h>
-#include "bench/anchored/parts.h"
+#include "bench/compared/parts.h"
 #include "bench/support/canned_peer.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
@@ -15,7 +15,7 @@ namespace {
 const std::string kName = "alice.example@corp.example.com";
 const std::string kDomain = "corp.example.com";
 
-/// A request of six fields, as the bytes that a send would take.
+/// A request of six fields, encoded as it would be sent.
 void buildRequest() {
   vesk::IPCRequest request(vesk::IPC_OP_ADD_SPN);
   (((((request += kName) += 3) += kDomain) += 0) += 300) += 1;
@@ -25,7 +25,7 @@ void buildRequest() {
   qtr_ber_bvfree(bytes);
 }
 
-/// Puts a reply into a message as if it had come from the daemon.
+/// Puts a reply into a message as if the daemon had sent it.
 void receiveReply(const std::string& bytes, vesk::IPCReply& reply) {
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) die("socketpair");
@@ -43,8 +43,8 @@ void measureMessages() {
   vesk::LocalRpcSession session("", false, false);
   vesk::IPCReply reply;
   receiveReply(statusReply(), reply);
-  session.updateVRErrInfo(reply);  // what has been read once can be read again
-  // Header and status block, from bytes that are there already.
+  session.updateVRErrInfo(reply);  // it can be read again
+  // Header and status block, from bytes that have already arrived.
   auto parse = [&] {
     reply.rewind();
     if (session.updateVRErrInfo(reply) != vesk::VR_SUCCESS || session.healthMessage().empty())

@@ -5,7 +5,7 @@
 #include <fstream>
 
 #include <fokrazo/properties.h>
-#include "bench/anchored/parts.h"
+#include "bench/compared/parts.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
 

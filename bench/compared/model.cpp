@@ -7,7 +7,7 @@
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/stringdict.h>
-#include "bench/anchored/parts.h"
+#include "bench/compared/parts.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
 #include "bench/support/sample_user.h"
@@ -21,7 +21,7 @@ void measure(const std::string& key, Work&& work) {
   print(key + ".allocs", allocationsOf(work), "allocs");
 }
 
-/// Blobs that stay where they are, each with its reader.
+/// Blobs that stay in place, each with its reader.
 class Blobs {
  public:
   explicit Blobs(std::vector<std::string> bytes) : m_bytes(std::move(bytes)) {
@@ -87,8 +87,8 @@ double timeOfDictionary(int checksum) {
   return static_cast<double>(now() - begin);
 }
 
-/// Leaves memory as a list needs it, which the process has touched already: what a fork makes its pages cost
-/// is none of the list's.
+/// Touches and frees as much memory as a list needs, so that the page faults after a fork do not count as the
+/// list's cost.
 void touchMemory(int checksum) {
   const vesk::DictionaryVector entries = vesk::GetDictionaryVector(checksum);
   const vesk::DictionaryMap indexes = vesk::GetDictionaryMap(checksum);
@@ -96,7 +96,7 @@ void touchMemory(int checksum) {
   keep(&indexes);
 }
 
-// A list is made once in a process, so each is timed in one of its own that has made two others before.
+// A process makes the list once, so each is timed in a process of its own that has made two others before.
 double timeOfFirstUse() {
   constexpr int kWarmUps[] = {0x45829, 0x36361};
   constexpr int kTouches = 5;
@@ -117,7 +117,7 @@ double timeOfFirstUse() {
   return time;
 }
 
-// The same texts in the standard library's containers: many are too long to stand inside of a string.
+// The same texts in the standard library's containers; many are too long for the small-string buffer.
 void makeStandardContainers() {
   const std::vector<std::string> entries = vesk::GetDictionaryVector();
   std::unordered_map<std::string, int> indexes;

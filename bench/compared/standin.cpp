@@ -9,14 +9,14 @@
 
 #include <fokrazo/session.h>
 #include <fokrazo/unixviews.h>
-#include "bench/anchored/parts.h"
+#include "bench/compared/parts.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
 
 namespace bench {
 namespace {
 
-constexpr int kCpu = 0;  // of both processes
+constexpr int kCpu = 0;  // for both processes
 constexpr int kAccounts = 300;
 constexpr double kBatchMs = 60;
 constexpr int kBatches = 9;
@@ -40,7 +40,7 @@ void writeAccounts(const std::string& path) {
   }
 }
 
-/// The stand-in with its accounts, in a folder of its own; ends with this object.
+/// The stand-in with its accounts, in a folder of its own. The destructor ends it.
 class Standin {
  public:
   explicit Standin(const std::string& program)

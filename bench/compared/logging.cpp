@@ -8,7 +8,7 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include <fokrazo/thread.h>
-#include "bench/anchored/parts.h"
+#include "bench/compared/parts.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
 
@@ -17,12 +17,12 @@ namespace {
 
 using vesk::Logger;
 
-constexpr int kCalls = 60'000;  // of each thread
+constexpr int kCalls = 60'000;  // per thread
 constexpr int kRuns = 7;
 constexpr char kLargestCache[] = "512";   // messages between flushes
-constexpr char kAmpleQueue[] = "200000";  // a queue that is half full slows its posters down
+constexpr char kAmpleQueue[] = "200000";  // a half full queue slows down its posters
 
-/// Sends the log to a file of its own as long as it lives.
+/// Sends the log to a file of its own during the object's lifetime.
 class LogFile {
  public:
   explicit LogFile(const std::string& flushFrequency) {
@@ -51,7 +51,7 @@ void logCalls(Logger& logger) {
   for (int i = 0; i < kCalls; ++i) VESK_LOG(&logger, Info, "write size %d, waiting for the reply", i);
 }
 
-/// Nanoseconds of a call as each of several threads sees it.
+/// Nanoseconds per call, as each of several threads sees it.
 double timeOfCalls(int threadCount) {
   const auto logger = vesk::getLogger("lrpc.ipcmessage", false);
   std::vector<std::thread> threads;

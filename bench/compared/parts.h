@@ -1,4 +1,4 @@
-/// The parts of the program `anchored`. Each prints its figures; none depends on another.
+/// The parts of the program `compared`. Each prints its figures; none depends on another.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@ namespace bench {
 
 /// Sessions against a canned peer, both on one processor.
 void measureExchanges();
-/// Sessions against the stand-in daemon that is that program, with 300 accounts, both on one processor.
+/// Sessions against `program`, the stand-in daemon, with 300 accounts; both on one processor.
 void measureStandin(const std::string& program);
-/// How these grow with the size of an object and the length of a list.
+/// How exchanges grow with the size of an object and the length of a list.
 void measureCurves();
 /// Messages without a socket.
 void measureMessages();

@@ -1,5 +1,5 @@
-// Prints figures of the library, one on a line: key, value and unit, separated by tabs. It uses the public
-// interface of the shared library alone. See bench/README.md for the keys.
+// Prints figures of the library, one per line: key, value and unit, separated by tabs. It uses only the
+// public interface of the shared library. bench/README.md lists the keys.
 
 #include <getopt.h>
 #include <sys/wait.h>
@@ -10,7 +10,7 @@
 #include <exception>
 #include <string>
 
-#include "bench/anchored/parts.h"
+#include "bench/compared/parts.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ constexpr Part kParts[] = {
     {"runtime", bench::measureRuntime},     {"logging", bench::measureLogging},
 };
 
-// In a process of its own: none finds the memory, the threads and the configuration that another has left.
+// In a process of its own, so that no part inherits memory, threads or configuration from another.
 template <class Measure>
 bool measureApart(Measure measure) {
   fflush(stdout);
@@ -39,18 +39,18 @@ bool measureApart(Measure measure) {
     measure();
     exit(0);
   } catch (const std::exception& error) {
-    fprintf(stderr, "anchored: %s\n", error.what());
+    fprintf(stderr, "compared: %s\n", error.what());
     exit(1);
   }
 }
 
 int usage(FILE* out, int status) {
   fputs(
-      "Usage: anchored [--only PART] [--standin PROGRAM]\n\nPrints KEY, VALUE and UNIT of each "
+      "Usage: compared [--only PART] [--standin PROGRAM]\n\nPrints KEY, VALUE and UNIT of each "
       "figure.\nParts:",
       out);
   for (const Part& part : kParts) fprintf(out, " %s", part.name);
-  fputs("\nwith --standin also the figures against PROGRAM, which is brondalt-standin\n", out);
+  fputs("\nwith --standin also measures against PROGRAM, the brondalt-standin\n", out);
   return status;
 }
 

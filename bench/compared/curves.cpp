@@ -4,7 +4,7 @@
 #include <fokrazo/attrnames.h>
 #include <fokrazo/session.h>
 #include <fokrazo/unixviews.h>
-#include "bench/anchored/parts.h"
+#include "bench/compared/parts.h"
 #include "bench/support/canned_peer.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_lookup.h"
@@ -14,13 +14,13 @@
 namespace bench {
 namespace {
 
-constexpr int kCpu = 0;  // of both processes
+constexpr int kCpu = 0;  // for both processes
 constexpr double kBatchMs = 30;
 constexpr int kBatches = 5;
 
-/// A user of about that many bytes: what a login needs, and memberships for the rest.
+/// A user of about `size` bytes: what a login needs, filled up with memberships.
 Entry userOfSize(size_t bytes) {
-  constexpr size_t kPlain = 150;  // the blob of what a login needs
+  constexpr size_t kPlain = 150;  // size of the blob with what a login needs
   constexpr size_t kMembership = 64;
   Entry user = {{AD_DN, {"CN=alice,DC=example,DC=com"}},
                 {"gidNumber", {"20017"}},
@@ -45,7 +45,7 @@ void measureObjectSizes() {
   }
 }
 
-// Beside the least that could do it, as a long list leaves every cache.
+// Compared with the least code that does it, because a long list does not fit into any cache.
 void measureListLengths() {
   constexpr size_t kEntry = 200;
   for (size_t length : {1, 10, 100, 1'000, 10'000, 100'000}) {
