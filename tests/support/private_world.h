@@ -1,4 +1,5 @@
-/// Whether the program runs in the private world (see the script private_world), where it may change the system's files.
+/// Whether the program runs in the private world (see the script private_world), where it may change the
+/// system's files.
 #pragma once
 
 #include <unistd.h>

@@ -88,10 +88,12 @@ inline void configure(const std::string& text) {
   Props(false, true);
 }
 
-// The lines of a log file without their prefix. A message that ends with a newline of its own leaves an empty one.
+// The lines of a log file without their prefix. A message that ends with a newline of its own leaves an empty
+// one.
 inline Texts linesOf(const std::string& path) {
   Texts lines;
   std::ifstream file(path);
-  for (std::string line; std::getline(file, line);) lines.push_back(line.empty() ? line : line.substr(line.find("]: ") + 3));
+  for (std::string line; std::getline(file, line);)
+    lines.push_back(line.empty() ? line : line.substr(line.find("]: ") + 3));
   return lines;
 }
