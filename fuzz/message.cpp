@@ -1,5 +1,5 @@
-// Replies: every typed reader of <fokrazo/ipcmessage.h> on any bytes. An input is a script of readers, one a
-// byte and ended by 0xff, and the message behind it.
+// Replies: every typed reader of <fokrazo/ipcmessage.h> on any bytes. An input is a script of readers, one
+// per byte and ended by 0xff, and then the message.
 
 #include <sys/socket.h>
 

@@ -38,7 +38,7 @@ class FOKRAZO_API ADAttribute : public std::list<std::string> {
   bool dirty() const { return m_dirty; }
   /// The values are what the object's current blob holds.
   bool serialized() const { return m_serialized; }
-  /// For whoever makes the attribute.
+  /// For the owner of the attribute.
   void setName(std::string_view name);
   void setMarks(bool dirty, bool serialized);
 

@@ -24,10 +24,10 @@ struct ADObjectListImpl;
 
 /// A directory entry: named attributes with text values, a GUID, a SID, an update sequence number and the
 /// time it was acquired. A handle: copies share one body, clone() makes the only deep copy. An object over a
-/// blob (<fokrazo/adserializer.h>) reads each attribute when it is first asked for; a blob is made again only
-/// when it is wanted and the attributes have moved on. On a null handle every operation but isNull, isEmpty,
-/// toString and the dumps throws SystemException "Null adobject". Thread-safety: one thread at a time for all
-/// handles of a body, since reading writes.
+/// blob (<fokrazo/adserializer.h>) reads each attribute when it is first asked for; a blob is rebuilt only
+/// when it is asked for and the attributes have changed. On a null handle every operation but isNull,
+/// isEmpty, toString and the dumps throws SystemException "Null adobject". Thread-safety: one thread at a
+/// time for all handles of a body, since reading writes.
 class FOKRAZO_API ADObject {
  public:
   /// A null handle.
@@ -94,7 +94,7 @@ class FOKRAZO_API ADObject {
   /// What the constructor was given.
   VeskCache* cache() const;
 
-  /// The kind of object in one word, remembered in `_objectCategory`; empty if it cannot be told.
+  /// The kind of object in one word, kept in `_objectCategory`; empty if it is unknown.
   std::string category();
   /// The extended DN, which the constructor reads; "(null ADObject)" for an empty object.
   std::string toString();
@@ -161,7 +161,7 @@ class FOKRAZO_API ADObjectList {
   iterator begin() const;
   iterator end() const;
 
-  /// Prints each object behind its number. Standard output by default.
+  /// Prints each object after its number, to standard output by default.
   void dump() const;
   void dump(std::ostream& out) const;
 

@@ -1,4 +1,4 @@
-/// Exceptions of the daemon that reach the caller of an operation by its reply.
+/// Exceptions that the daemon puts into a reply, for the caller of the operation.
 #pragma once
 
 #include <string>
@@ -11,9 +11,8 @@ typedef struct berelement BerElement;
 
 namespace vesk {
 
-/// What went wrong in the daemon, in its own words. Beside the message it has no class text, no number and no
-/// code, and it leaves no log line.
-/// In a message it is two fields: its type (INTEGER) and its text (OCTET STRING).
+/// What went wrong in the daemon, in its own words. It has a message only: no class text, no number, no code.
+/// Its throw is not logged. In a message it is two fields: its type (INTEGER) and its text (OCTET STRING).
 /// Thread-safety: a plain value.
 class FOKRAZO_API IPCException : public VESKException {
  public:
@@ -26,13 +25,13 @@ class FOKRAZO_API IPCException : public VESKException {
 
   /// The daemon's text; owned by the exception.
   const char* what() const noexcept override;
-  /// What it is in a message.
+  /// Its type in a message.
   virtual IPCExceptionTypeID getTypeCode();
   /// Appends type and text, up to its first NUL byte, to a message that is being written.
   /// @throws IOException the message takes no more.
   virtual void encode(BerElement* ber);
 
-  /// Reads both fields and throws what they stand for; an unknown type gives an IPCException "Unknown error".
+  /// Reads both fields and throws that exception; for an unknown type, an IPCException "Unknown error".
   /// `ber` may be null. @throws IOException the two fields are not there.
   [[noreturn]] static void decodeAndThrow(BerElement* ber);
 

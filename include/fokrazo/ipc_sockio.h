@@ -1,5 +1,5 @@
 /// The unix-domain stream socket between a client and the daemon: opening, waiting, and moving bytes on a
-/// non-blocking descriptor. Nothing here raises SIGPIPE, and an interrupted call is taken up again with the
+/// non-blocking descriptor. Nothing here raises SIGPIPE. A call that a signal interrupts is resumed with the
 /// time that is left.
 /// Thread-safety: no shared state; one thread at a time for a descriptor.
 #pragma once
@@ -15,8 +15,8 @@
 
 namespace vesk {
 
-/// Opens a connected, non-blocking socket, without O_CLOEXEC. The caller closes it with IPCdisconnect. A path
-/// of more than 107 bytes is cut. Blocks for at most `lrpc.connect.timeout` seconds.
+/// Opens a connected, non-blocking socket, without FD_CLOEXEC. The caller closes it with IPCdisconnect. A
+/// path of more than 107 bytes is cut. Blocks for at most `lrpc.connect.timeout` seconds.
 /// @throws IOException; no descriptor is left open then.
 FOKRAZO_API int IPCconnect(std::string path);
 /// Closes what IPCconnect has opened.
@@ -35,8 +35,8 @@ FOKRAZO_API unsigned int readMsg(int fd, void* buffer, unsigned int size, int* r
 /// Sends once, waiting only if the socket is full; the number of bytes, at least 1. `reserved` is false.
 FOKRAZO_API unsigned int writeMsg(int fd, void* buffer, unsigned int size, bool reserved);
 
-/// The effective ids of the process at the other end, when it connected; false, with both untouched, if they
-/// cannot be told.
+/// The effective ids of the process at the other end, as they were when it connected or began to listen.
+/// False, with both untouched, if the system does not know them.
 FOKRAZO_API bool read_peer_cred(int fd, unsigned int& uid, unsigned int& gid);
 
 }  // namespace vesk

@@ -1,9 +1,9 @@
 /// The messages between the library and the daemon.
 ///
-/// A message is a plain row of BER elements. The first is the header, a SEQUENCE of two INTEGERs, opcode and
-/// result, with a length field of four bytes; the body fields stand behind it, not inside. A field has
-/// neither name nor type: it is read in the order in which it was written. On the socket, 4 bytes of length
-/// in the host's byte order stand in front of the message.
+/// A message is a sequence of BER elements. The first is the header, a SEQUENCE of two INTEGERs, opcode and
+/// result, with a length field of four bytes. The fields of the body follow it; they are not inside. A field
+/// has neither name nor type: the reader asks for the fields in the order in which they were written. On the
+/// socket each message follows 4 bytes with its length, in the host's byte order.
 #pragma once
 
 #include <cstddef>
@@ -27,23 +27,22 @@ class IPCException;
 class ReceivedText;
 class SID;
 
-/// One message, written or received. Every failure of a field is thrown at once and nothing is rolled back: a
-/// message that failed is not to be sent. A field that cannot be read, whatever the peer sent, is an
+/// One message, to be written or received. A field that cannot be written throws at once, and nothing is
+/// rolled back: do not send such a message. A field that cannot be read, whatever the peer sent, is an
 /// IOException.
 /// Thread-safety: one thread at a time.
 class FOKRAZO_API IPCMessage {
  public:
-  /// An empty message, to be received, or to be written with `opcode` and `result` as they are at its first
-  /// field.
+  /// An empty message, to be received, or to be written. Its first field fixes opcode and result.
   IPCMessage() = default;
   virtual ~IPCMessage();
   IPCMessage(const IPCMessage&) = delete;
   IPCMessage& operator=(const IPCMessage&) = delete;
 
-  /// What the header says, or will say.
+  /// The contents of the header.
   IPC_OPCODE opcode() const { return m_opcode; }
   IPC_RESULT result() const { return m_result; }
-  /// These count until the header is written, which happens with the first field or when the message is sent.
+  /// Set before the header is written, which happens with the first field or when the message is sent.
   void setOpcode(IPC_OPCODE opcode) { m_opcode = opcode; }
   void setResult(IPC_RESULT result) { m_result = result; }
 
@@ -88,7 +87,7 @@ class FOKRAZO_API IPCMessage {
   berval* getBerString() const;
   /// Null for no strings; the caller frees it with ber_memvfree.
   char** getCharStringArray() const;
-  /// A count below 1 gives none.
+  /// Empty if the count is below 1.
   std::vector<std::string> getStringVector() const;
   /// As long as its own count says; bytes that did not come are 0, and no bytes make a null SID.
   SID getSid() const;

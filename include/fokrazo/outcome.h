@@ -10,8 +10,8 @@
 
 namespace vesk {
 
-/// The one distinction that matters to whoever asked. "Not found" is said of the name that was asked for and
-/// of nothing else: a daemon that is away, or a directory that it cannot reach, knows of no name.
+/// The one distinction that matters to the caller. "Not found" is about the name that was asked for and
+/// nothing else: while the daemon is away, or cannot reach its directory, no name is "not found".
 enum class Outcome : int {
   Success,      ///< done
   NotFound,     ///< the daemon knows that there is no such user or group, or no further one
@@ -70,7 +70,7 @@ struct FOKRAZO_API Answer {
 FOKRAZO_API Answer answerOf(ValidationResult result) noexcept;
 /// For an exception, of this library or not. A few are told apart by their texts. Thread-safe.
 FOKRAZO_API Answer answerOf(const std::exception& error) noexcept;
-/// For whatever a `catch (...)` has caught: the last line of a function that lets nothing through.
+/// For the exception in a `catch (...)`: the last line of a function that must not throw.
 /// Requires: called in a handler, with thread cancellation off (a cancellation must not be caught).
 FOKRAZO_API Answer answerOfCurrentException() noexcept;
 

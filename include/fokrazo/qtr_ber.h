@@ -29,9 +29,9 @@ inline constexpr auto& qtr_ber_sockbuf_free = ber_sockbuf_free;
 inline constexpr auto& qtr_ber_sockbuf_remove_io = ber_sockbuf_remove_io;
 inline constexpr auto& qtr_ber_write = ber_write;
 
-/// Hands the bytes of a finished element over without a copy. `*out` is then the caller's, who frees it with
-/// qtr_ber_bvfree; no NUL stands behind the bytes. The element has no buffer any more and is still the
-/// caller's to free. 0, or -1 with nothing changed: a null argument, a sequence left open, no memory.
+/// Moves the bytes of a finished element to `*out` without a copy. The caller frees `*out` with
+/// qtr_ber_bvfree, and still frees the element, which has no buffer any more. The bytes do not end with a
+/// NUL. Returns 0, or -1 with nothing changed: a null argument, a sequence left open, no memory.
 FOKRAZO_API int qtr_fast_ber_flatten(BerElement* ber, berval** out);
 
 // A socket buffer of the system has a read time-out, 0 at first, and a non-blocking mark. Both live in a

@@ -1,4 +1,4 @@
-/// Text that is not left behind in memory.
+/// Text that is wiped from memory.
 #pragma once
 
 #include <cstring>

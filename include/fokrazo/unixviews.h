@@ -1,4 +1,4 @@
-/// Users and groups as a Unix host wants to see them. A view is built once from a directory object;
+/// Users and groups as a Unix host needs them. A view is built once from a directory object;
 /// afterwards it never goes back to the attributes, though it keeps a handle on the object.
 ///
 /// An object with a Unix id (`_Uid` for a user, `_Gid` for a group) is a Unix account and takes its Unix

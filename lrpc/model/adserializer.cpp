@@ -201,13 +201,14 @@ const char* ADSerializer::getName(unsigned int offset, unsigned int& length) con
 inline stringdict::Key ADSerializer::keyAt(uint32_t offset) const {
   if (offset < m_size && m_size - offset >= kWord) {
     const uint32_t index =
-        load<uint32_t>(m_data + offset) ^ kReference;  // huge where the text stands in place
+        load<uint32_t>(m_data + offset) ^ kReference;  // huge where the text itself follows
     if (index < CurrentDictionary::count()) return stringdict::kCurrent[index];
   }
   return stringdict::Key(nameAt(offset));
 }
 
-// The slot of that name and, in `found`, the name as the blob has it; the number of slots if it is not there.
+// Returns the slot of that name, the number of slots if the blob lacks it. `found` is the name as the blob
+// has it.
 uint32_t ADSerializer::search(std::string_view name, Text& found) const {
   const uint32_t end = indexCount();
   const stringdict::Key wanted(name);

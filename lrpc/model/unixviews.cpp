@@ -44,7 +44,7 @@ unsigned int idProperty(const std::string& key) {
   return value.empty() ? kNobodyId : atoui(value.c_str());
 }
 
-// A key with an empty value is there and gives the empty text.
+// A key whose value is empty yields the empty text, not the default.
 std::string textProperty(const std::string& key, const std::string& fallback) {
   std::string value;
   return Props(false, false)->lookup(key, value) ? value : fallback;

@@ -1,4 +1,4 @@
-/// The tables behind the answers of modules. Internal.
+/// The tables from which the answers of modules are made. Internal.
 #pragma once
 
 #include <fokrazo/outcome.h>

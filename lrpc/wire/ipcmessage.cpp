@@ -24,9 +24,9 @@ namespace {
 constexpr char kSource[] = "lrpc/ipcmessage";
 constexpr char kLogger[] = "lrpc.ipcmessage";
 
-// Bytes for a new message. An element would take four times as much, which the C library has not at hand.
+// The buffer of a new message, in bytes. By default an element allocates four times as much, which is slower.
 constexpr ber_len_t kFirstBuffer = 1024;
-constexpr size_t kAround = 16;  // a field's tag and length, and a byte more than is ever wanted
+constexpr size_t kAround = 16;  // more than a field's tag and length ever need
 
 [[noreturn]] void failField(const char* failure) {
   FOKRAZO_THROW(IOException, "IOException", 0, "%s", failure);
@@ -46,8 +46,8 @@ size_t longestMessage() {
   FOKRAZO_THROW_ERRNO(IOException, "IOException", code, error, "read %u bytes from IPC", length);
 }
 
-// An element whose bytes were handed over gives null for none, and to clear no bytes at a bad address takes a
-// processor long.
+// An element that has handed its bytes over returns null for them, and clearing no bytes at a bad address is
+// slow on some processors.
 void wipe(const berval& bytes) {
   if (bytes.bv_len > 0) explicit_bzero(bytes.bv_val, bytes.bv_len);
 }
@@ -56,10 +56,10 @@ struct FreeElement {
   void operator()(BerElement* element) const { qtr_ber_free(element, 1); }
 };
 
-// The message of a frame that is coming in.
+// The bytes of a frame while it is being received.
 class IncomingBytes {
  public:
-  // Zeroed memory comes from the system page by page, as it is touched. One byte more ends a last text.
+  // The system provides zeroed memory page by page, as it is touched. One more byte ends a text at the end.
   explicit IncomingBytes(unsigned int length)
       : m_bytes{length, static_cast<char*>(qtr_ber_memcalloc(1, size_t{length} + 1))} {}
   ~IncomingBytes() {
@@ -76,7 +76,7 @@ class IncomingBytes {
     const auto length = static_cast<unsigned int>(m_bytes.bv_len);
     while (m_received < length) m_received += readMsg(fd, bytes + m_received, length - m_received, nullptr);
   }
-  // They are the caller's from here on.
+  // The caller owns them from here on.
   berval release() { return std::exchange(m_bytes, berval{}); }
 
  private:
@@ -86,7 +86,7 @@ class IncomingBytes {
 
 }  // namespace
 
-// What goes out may hold secrets, and so may what has come in.
+// Requests and replies may both hold secrets.
 
 IPCMessage::~IPCMessage() {
   dropElement();
@@ -97,7 +97,7 @@ IPCMessage::~IPCMessage() {
 
 void IPCMessage::dropElement() {
   if (!m_ber) return;
-  berval bytes = {};  // what was written or read so far, and then what was not
+  berval bytes = {};  // first what has been written or read, then also the rest
   ber_len_t left = 0;
   if (qtr_ber_flatten2(m_ber, &bytes, 0) == 0) {
     qtr_ber_get_option(m_ber, LBER_OPT_BER_REMAINING_BYTES, &left);
@@ -119,8 +119,8 @@ BerElement* IPCMessage::doHeader() {
   return m_ber;
 }
 
-// An element that grows by itself leaves the bytes of its earlier buffer behind, secrets and all; so it is
-// given a larger one in time. One in which a caller has left a sequence open has to grow by itself.
+// An element that grows frees its old buffer without wiping it, so it gets a larger one before it has to
+// grow. While a caller has a sequence open, that is not possible.
 bool IPCMessage::makeRoom(size_t size) {
   ber_len_t left = 0;
   qtr_ber_get_option(doHeader(), LBER_OPT_BER_REMAINING_BYTES, &left);
@@ -242,7 +242,7 @@ const char* IPCMessage::IPC_RESULTToStr(IPC_RESULT result) {
   return textOf(IPC_RESULT_STRS, result, "(unknown)");
 }
 
-// The element goes, whatever comes of it.
+// Frees the element, also on failure.
 void IPCMessage::flatten() {
   const int rc = qtr_fast_ber_flatten(m_ber, &m_flattened);
   const int error = errno;

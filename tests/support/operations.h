@@ -1,5 +1,5 @@
-/// Every operation of a session, as one asks it of a stand-in with the sample directory: over and over, by
-/// any number of clients, with the same outcome, whatever the others ask.
+/// Every operation of a session, against a stand-in with the sample directory. Each has the same outcome
+/// however often it is repeated, and whatever other clients do at the same time.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ class LocalRpcSession;
 
 namespace testsupport {
 
-/// How an operation meets a connection that is lost.
+/// What happens to an operation whose connection is lost.
 enum class Sent {
   Again,    ///< it is sent once more, on a new one
   Once,     ///< it fails
@@ -29,7 +29,7 @@ struct Operation {
 /// All but stop, which ends the daemon.
 const std::vector<Operation>& operations();
 
-/// Whether an outcome tells that the exchange failed, on this side, on the way or at the daemon.
+/// Whether an outcome means that the exchange failed: here, on the way or in the daemon.
 bool isFailure(const Operation& operation, const std::string& outcome);
 
 }  // namespace testsupport

@@ -1,4 +1,4 @@
-/// A daemon for tests that says exactly what it is told to.
+/// A daemon for tests that follows a script, byte by byte.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -27,10 +27,10 @@ std::string request(int opcode, const std::string& body = std::string());
 std::string reply(int result, const std::string& body = std::string());
 /// The status block, with a health of 0, 0, 0 and no text.
 std::string status(int result, int code = 0, int detail = 0, const std::string& message = std::string());
-/// A reply that was carried out, with that status and the fields behind it.
+/// The reply to an operation that was carried out: that status, then these fields.
 std::string answer(int result, const std::string& rest = std::string());
 
-/// The message behind its length in the host's order.
+/// The frame of a message: its length in the host's order, then the message.
 std::string framed(const std::string& message);
 
 }  // namespace testsupport

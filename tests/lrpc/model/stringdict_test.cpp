@@ -29,7 +29,7 @@ TEST(StringDict, EveryListIsTheOneThatItsReleaseWroteWith) {
     const DictionaryVector& (*vector)();
     const DictionaryMap& (*map)();
     int (*sum)();
-    uint64_t digest;  // of all entries, each with a newline behind
+    uint64_t digest;  // of all entries, a newline after each
   } rows[] = {
       {LIST(15487), 0x9ad08e8f6d69a2e4}, {LIST(15667), 0xaa1d5c9b781f1d42}, {LIST(12258), 0x39ca3028e88e7370},
       {LIST(27271), 0x39ca3028e88e7370}, {LIST(30618), 0x3091f45b07eed954}, {LIST(60690), 0x2302bb873d0c5d8e},

@@ -21,14 +21,14 @@ namespace {
 
 struct Answer {
   std::string message;
-  std::string outcome;  // what the call returns or throws, and its out arguments behind that
+  std::string outcome;  // what the call returns or throws, then its out arguments
   std::string logged{};
 };
 using Answers = std::vector<Answer>;
 
 struct Operation {
   const char* call;
-  std::string (*make)(LocalRpcSession& session);  // gives the outcome
+  std::string (*make)(LocalRpcSession& session);  // returns the outcome
   std::string request;
   bool resent;
   Answers answers;          // the first is that of success

@@ -1,4 +1,4 @@
-// The session's core: the exchange, the care of the connection, the retry, and the status block.
+// The core of a session: its connection, the exchange, the second attempt, and the status block.
 
 #include <fokrazo/session.h>
 
@@ -32,7 +32,7 @@ int gSocketType = 0;  // of the last socket
 }  // namespace
 
 extern "C" {
-// The day's clock stands still but for its offset.
+// The day's clock stands still, except for its offset.
 time_t __wrap_time(time_t* /*now*/) {
   return 1000000000;
 }
@@ -352,7 +352,7 @@ TEST_F(SessionCoreTest, ALateReplyIsNoAnswerToTheNextRequest) {
   EXPECT_TRUE(peer().finished());
 }
 
-// The thread is cancelled, and comes to a place where that counts, before or behind its exchange.
+// The thread is cancelled, and reaches a cancellation point before or after its exchange.
 TEST_F(SessionCoreTest, AThreadThatIsCancelledClosesItsConnectionAndUnwinds) {
   static bool early;
   for (const bool row : {true, false}) {
