@@ -114,9 +114,10 @@ class LoadTest : public WorldTest {
   // In a process of its own: work, and no more descriptors and memory than at its start.
   template <class Work>
   void inProcess(Work work) {
-    const pid_t pid = fork();
+    const pid_t parent = getpid(), pid = fork();
     if (pid != 0) return m_children.push_back(pid);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent) _exit(1);  // the parent ended before the line above
     const long descriptors = openDescriptors(), memory = residentKilobytes();
     work();
     const long opened = openDescriptors() - descriptors, grown = residentKilobytes() - memory;
