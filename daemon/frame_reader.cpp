@@ -20,13 +20,18 @@ std::string frame(std::string_view message) {
 }
 
 void FrameReader::append(std::string_view bytes) {
+  dropServed();
+  if (m_bytes.empty() && m_bytes.capacity() > kKeptBytes) m_bytes.shrink_to_fit();
+  m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
+}
+
+void FrameReader::dropServed() {
+  if (m_served == 0) return;
   const size_t left = m_bytes.size() - m_served;
   memmove(m_bytes.data(), m_bytes.data() + m_served, left);
   explicit_bzero(m_bytes.data() + left, m_served);
   m_bytes.resize(left);
   m_served = 0;
-  if (m_bytes.empty() && m_bytes.capacity() > kKeptBytes) m_bytes.shrink_to_fit();
-  m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
 }
 
 FrameReader::Result FrameReader::next(std::string_view& message) {

@@ -30,6 +30,8 @@ class FrameReader {
   bool hasPartOfFrame() const { return m_served < m_bytes.size(); }
 
  private:
+  void dropServed();
+
   size_t m_mostBytes;
   WipedBytes m_bytes;
   size_t m_served = 0;  // bytes at the front that next() has returned
