@@ -15,7 +15,7 @@ struct Ran {
 
 /// Runs `line`, a program's name and its arguments, with `input` (printf escapes allowed) as standard input.
 inline Ran run(const std::string& line, const std::string& input = "") {
-  FILE* pipe = popen(("printf '" + input + "' | " TEST_BINARY_DIR "/bin/" + line + " 2>&1").c_str(), "r");
+  FILE* pipe = popen(("printf '" + input + "' | '" TEST_BINARY_DIR "'/bin/" + line + " 2>&1").c_str(), "r");
   Ran ran{-1, ""};
   if (!pipe) return ran;
   char buffer[4096];
