@@ -3,8 +3,8 @@
 
 #include <fokrazo/session.h>
 #include "tests/faults/fault_plans.h"
-#include "tests/support/standin_process.h"
 #include "tests/support/operations.h"
+#include "tests/support/standin_process.h"
 #include "tests/support/world_test.h"
 
 using namespace testsupport;

@@ -33,7 +33,8 @@ offers 'fokrazo user --b' '--by'
 offers 'fokrazo user --by s' 'sid'
 offers 'fokrazo search --scope ' 'base one sub'
 offers 'fokrazo flush --key a d' 'dns'
-offers "fokrazo blob $1/READ" "$1/README.md"
+cd "$1"
+offers "fokrazo blob READ" README.md
 offers 'fokrazo doctor ' '--help'
 offers 'fokrazo conf get --t' '--text --time'
 offers 'fokrazo nosuch ' '--help'

@@ -251,7 +251,8 @@ TEST(NewProcess, DISABLED_LogsOneLine) {
 TEST_F(LogTest, AProgramMayHideItsNumberFromSyslog) {
   std::ofstream("/etc/velmora/velmora.conf") << "logger.openlog.log_test: false\n";
   const std::string self = std::filesystem::read_symlink("/proc/self/exe");
-  EXPECT_EQ(system((self + " --gtest_also_run_disabled_tests --gtest_filter=NewProcess.* >&2").c_str()), 0);
+  EXPECT_EQ(
+      system(("'" + self + "' --gtest_also_run_disabled_tests --gtest_filter=NewProcess.* >&2").c_str()), 0);
   const auto lines = syslogd.take();
   ASSERT_EQ(lines.size(), 1u);
   EXPECT_EQ(lines[0].sender, "log_test");

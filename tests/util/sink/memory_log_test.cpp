@@ -25,7 +25,7 @@ Texts memoryLogOf(Work work) {
     raise(SIGSTOP);
   }
   waitpid(child, nullptr, WUNTRACED);
-  const std::string script = "sh " TEST_SOURCE_DIR "/docs/memory-log.sh ";
+  const std::string script = "sh '" TEST_SOURCE_DIR "/docs/memory-log.sh' ";
   EXPECT_EQ(system((script + std::to_string(child) + " > /var/log/memory").c_str()), 0);
   kill(child, SIGKILL);
   waitpid(child, nullptr, 0);
