@@ -13,21 +13,21 @@
 
 namespace {
 
-/// What a socket buffer of the system has and the package's has not.
+/// Options that the system's socket buffer has and the package's lacks.
 struct SockbufFields {
   int timeout[2] = {0, 0};  // seconds, microseconds
   bool nonBlocking = false;
 };
 
 constexpr int kFieldsLevel = 10 * LBER_SBIOD_LEVEL_APPLICATION;
-constexpr int kGetFieldsOption = 0x7172;  // far from the package's numbers
+constexpr int kGetFieldsOption = 0x7172;  // cannot collide with the package's numbers
 constexpr int kReadRetries = 3;
 // Bits of the package's debug level.
 constexpr int kLogPackets = 0x2;
 constexpr int kLogConnections = 0x8;
 constexpr int kLogRetries = 0x4000;
 
-// To standard error, as all of the package's debugging. Leaves errno as it is.
+// Writes to standard error, like the package's debug output. Leaves errno as it is.
 __attribute__((format(printf, 2, 3))) void log(int mask, const char* format, ...) {
   int enabled = 0;
   ber_get_option(nullptr, LBER_OPT_BER_DEBUG, &enabled);

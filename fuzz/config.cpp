@@ -83,8 +83,8 @@ Keys keysOf(const std::string& content, bool skipComments) {
   return keys;
 }
 
-// Whether a save may move a line, to an earlier one with its key or from behind a comment that goes on: what
-// its variables stand for may be another thing there.
+// Whether a save may move a line: to an earlier one with its key, or out of a comment that continues. Its
+// variables may have other values there.
 bool movesVariables(const std::string& content) {
   if (content.find('$') == std::string::npos) return false;
   const Keys seen = keysOf(content, false);

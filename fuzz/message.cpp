@@ -24,13 +24,13 @@ namespace {
 constexpr char kEndOfScript = '\xff';
 constexpr size_t kLargestMessage = 64 * 1024;  // what a socket takes without a reader
 
-std::string told(const ADObject& object) {
+std::string dumped(const ADObject& object) {
   std::ostringstream out;
   object.dump(out);
   return out.str();
 }
 
-std::string told(const ADObjectList& objects) {
+std::string dumped(const ADObjectList& objects) {
   std::ostringstream out;
   objects.dump(out);
   return out.str();
@@ -74,8 +74,8 @@ constexpr Reader kReaders[] = {
     strings,
     [](IPCReply& reply) { return reply.getSid().toMSString(); },
     [](IPCReply& reply) { return reply.getGuid().toString(); },
-    [](IPCReply& reply) { return told(reply.getADObject()); },
-    [](IPCReply& reply) { return told(reply.getADObjectList()); },
+    [](IPCReply& reply) { return dumped(reply.getADObject()); },
+    [](IPCReply& reply) { return dumped(reply.getADObjectList()); },
     [](IPCReply& reply) -> std::string { reply.getAndThrowIPCException(); },
     [](IPCReply& reply) { return std::to_string(reply.hasMore()); },
     status,

@@ -113,7 +113,7 @@ std::list<std::string> currentUsers(int flags) {
   std::string os;
   std::string version;
   OSVersion(os, version);
-  // This system's fast user switching leaves records of users who do not sit there.
+  // Fast user switching leaves records of users who are not at the machine.
   const bool consoleOnly =
       (flags & CURRENT_USERS_CONSOLE_ONLY) && os == "Mac OS X" && version.compare(0, 4, "10.4") == 0;
   std::list<std::string> users = loggedInUsers(consoleOnly, os, version);

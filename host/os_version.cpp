@@ -27,7 +27,7 @@ constexpr size_t kMaxText = 64 * 1024;  // of each text that is read; the rest d
 constexpr char kReleaseDir[] = "/etc";
 constexpr char kUnknown[] = "UNKNOWN";
 
-// In /etc stands the administrator's, or a link to the distribution's, which is then read under its own name.
+// /etc/os-release is the administrator's file or a link. Links are not followed, so the target is listed too.
 constexpr const char* kOsReleaseFiles[] = {"/etc/os-release", "/usr/lib/os-release"};
 
 // Links are not followed. False with errno.
@@ -77,7 +77,7 @@ bool distroByProgram(Distribution& found) {
   return false;
 }
 
-// A file whose name says nothing, and one that is empty, are passed over without a word.
+// Skips files with other names, and empty ones, without logging.
 bool readCandidate(const std::string& name, const std::string& path, Distribution& found) {
   const bool isRelease = name.find("release") != std::string::npos;
   if (isRelease ? name.find("lsb-release") != std::string::npos : name.find("version") == std::string::npos)

@@ -33,7 +33,7 @@ int probeEndpoint(const sockaddr_in& address, int milliseconds) {
   const UniqueFd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!fd || !setNonBlocking(fd)) return kRefuses;
   const auto* endpoint = reinterpret_cast<const sockaddr*>(&address);
-  // A connection that stands at once counts as a refusal, as it always has.
+  // A connection that succeeds at once counts as refused, as it always has.
   if (::connect(fd.get(), endpoint, sizeof address) == 0 || errno != EINPROGRESS) return kRefuses;
   pollfd wait{fd.get(), POLLOUT, 0};
   const int ready = ::poll(&wait, 1, milliseconds);

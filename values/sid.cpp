@@ -79,7 +79,7 @@ void SID::read(const std::string& text) {
     case kRevision:
       return init(reinterpret_cast<const unsigned char*>(text.data()), text.size());
     default:
-      // An extended DN of an object without a SID is nothing to complain of.
+      // An extended DN may have no SID: not worth a log line.
       if (text.find("<GUID=") == text.npos) VESK_LOG_TO(kLogger, Error, "Bad SID string: %s", text.c_str());
   }
 }

@@ -36,7 +36,7 @@ bool Users::isUsable(const View& user) {
 }
 
 passwd Users::write(const View& user, CallerBuffer& buffer) {
-  std::string gecos = user.gecos();  // only for people: changed, and no reason to refuse the user
+  std::string gecos = user.gecos();  // shown to people only: unsafe characters are replaced, the user stays
   std::replace_if(gecos.begin(), gecos.end(), isUnfit, ' ');
   passwd entry = {};
   entry.pw_name = buffer.text(user.unixName());

@@ -17,12 +17,11 @@ namespace vesk {
 /// Whether a text can be the name of a user or a group:
 ///
 /// - well-formed UTF-8 of 1 to 255 bytes, the longest login name and file name of the system;
-/// - characters: ASCII letters and digits, `_ . - + @`, and everything outside ASCII that can be seen, so
-/// that
-///   "Büro" and "Søren" are names. No blanks, slashes, backslashes, quotes, control characters, and none of
-///   the other ASCII characters that a shell or a line of fields gives a meaning to. No invisible characters
-///   and no marks that change the direction of text: two names must not look the same. (Letters that look
-///   alike, such as a Latin and a Cyrillic "a", are not told apart.)
+/// - characters: ASCII letters and digits, `_ . - + @`, and every visible character outside ASCII, as in
+///   "Büro" and "Søren". No blanks, slashes, backslashes, quotes, control characters, and none of the other
+///   ASCII characters that have a meaning to a shell or in a line of fields. No invisible characters and no
+///   marks that change the direction of text: two names must not look the same. (Letters that look alike,
+///   such as a Latin and a Cyrillic "a", are not distinguished.)
 /// - the first character is a letter, a digit or `_`: not the sign of an option, of a hidden file or of a
 ///   netgroup;
 /// - `$` is allowed as the last character, where computer accounts have it;

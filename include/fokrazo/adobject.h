@@ -64,7 +64,7 @@ class FOKRAZO_API ADObject {
   const std::string* firstValue(const std::string& name);
   /// Removes the attribute from body and blob; 1 if it was in either, else 0.
   unsigned int erase(const std::string& name);
-  /// Gives `to` this object's values, if there are any; whether there were.
+  /// Copies this object's values to `to`. Returns whether it has any.
   bool copyAttribute(ADObject& to, const char* name);
   /// Takes over what `other` has and this object has not; `_AttrHash` becomes the sorted union of both.
   void merge(ADObject& other);
@@ -73,8 +73,8 @@ class FOKRAZO_API ADObject {
   long getUnixTime(const std::string& name, long fallback);
   /// Whether the first values are equal, a missing one counting as empty; `bothAbsent` if both are missing.
   bool compareAttribute(ADObject& other, const std::string& name, bool bothAbsent);
-  /// The attributes that are in the body: all of them after deSerialize, otherwise those asked for so far. To
-  /// read alone: attributes are added by operator[], which gives each its name, and removed by erase.
+  /// The attributes in the body: all of them after deSerialize, otherwise those asked for so far. For reading
+  /// only. Use operator[] to add and erase to remove.
   const ADAttributeMap& attributes() const;
 
   /// The SID, taken from `_SID` or else `securityIdentifier` when first asked for; may stay null.

@@ -39,8 +39,8 @@ class FOKRAZO_API CircularBuffer {
   bool init(boost::shared_ptr<Logger> logger, unsigned int bytes);
   /// Adds an entry. Costs one comparison while the memory log is off.
   void log(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
-  /// Sets the root logger's memory level and, with `enable`, makes the ring. Without, a ring goes on being
-  /// written.
+  /// Sets the root logger's memory level and, with `enable`, makes the ring. Without it, an existing ring is
+  /// still written.
   void reconfigure(bool enable, std::string level);
 
   /// Whether there is a ring, and whether the process allows one.

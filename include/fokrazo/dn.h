@@ -6,7 +6,7 @@
 
 #include <fokrazo/export.h>
 
-/// What names contain that the system makes up for users across a one-way trust and for private groups.
+/// Markers in names that the system invents for users across a one-way trust and for private groups.
 FOKRAZO_API extern const std::string VESK_CN_FOREIGN_USER;
 FOKRAZO_API extern const std::string PRIVATE_GROUP_CN;
 

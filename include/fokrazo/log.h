@@ -126,7 +126,7 @@ FOKRAZO_API boost::shared_ptr<Logger> getLogger(const char* name, bool diag);
 
 /// The name of a level, "" for a number above 7. Constant storage.
 FOKRAZO_API const char* LevelToText(Logger::LogLevel level);
-/// The level of a name, case counting: -1 for an unknown one, INFO for the empty text.
+/// The level of a name (case-sensitive): -1 for an unknown one, INFO for the empty text.
 FOKRAZO_API int TextToLevel(const std::string& text);
 /// The syslog facility of a name in any case, already shifted as syslog wants it; -1 for an unknown one.
 FOKRAZO_API int TextToFacility(const std::string& text);

@@ -26,7 +26,7 @@ class FOKRAZO_API LogCache {
   LogCache(const LogCache&) = delete;
   LogCache& operator=(const LogCache&) = delete;
 
-  /// False: every operation does nothing.
+  /// If false, every operation does nothing.
   bool isActive() const { return m_buffer != nullptr; }
   /// Replaces the stream, which the caller owns. With a null stream, what is flushed is lost.
   void setFileFP(FILE* file) { m_file = file; }
@@ -46,7 +46,7 @@ class FOKRAZO_API LogCache {
   std::string_view content() const { return {m_buffer, static_cast<size_t>(m_position - m_buffer)}; }
   /// Writes the content to the stream, through to the system.
   void write() const;
-  /// Does so and empties the cache.
+  /// Writes, and then empties the cache.
   void flush();
   /// Flushes, and makes a new buffer if the size differs. A null `file` leaves the stream as it is.
   void reconfigure(unsigned int size, FILE* file);

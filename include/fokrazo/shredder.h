@@ -6,9 +6,9 @@
 
 namespace vesk {
 
-/// A string for secrets: its destructor overwrites the text, and what a longer one has left behind it. Only
-/// the object's own memory is wiped. What was copied from it or moved out by string's own operations, and
-/// memory that it gave up while it grew, is not: make it at its full length, and hand it on by reference.
+/// A string for secrets: its destructor overwrites the text, and also what a longer earlier text left after
+/// it. Only the object's own memory is wiped. Copies, text moved out by string's own operations, and memory
+/// released while it grew are not: make it at its full length, and pass it by reference.
 /// Thread-safety: as string.
 class Shredder : public std::string {
  public:

@@ -150,7 +150,7 @@ void ADSerializer::setIndexed(bool indexed) {
   setHeader(kFlags, indexed ? others | kIsIndexed : others);
 }
 
-// Reading at random. Whatever is asked for, no reader leaves the blob.
+// Random access. No reader leaves the blob, whatever is asked.
 
 // The number of index slots; 0 if the blob is too short for what its header says.
 inline uint32_t ADSerializer::indexCount() const {
@@ -197,7 +197,7 @@ const char* ADSerializer::getName(unsigned int offset, unsigned int& length) con
   return name.data();
 }
 
-// What the name at an offset sorts by; that of the empty name where there is none to read.
+// The sort key of the name at an offset; that of the empty name if it is unreadable.
 inline stringdict::Key ADSerializer::keyAt(uint32_t offset) const {
   if (offset < m_size && m_size - offset >= kWord) {
     const uint32_t index =
@@ -251,8 +251,7 @@ inline const unsigned char* ADSerializer::valueCountBehind(const Text& name) con
   return remaining(name.next) >= kWord ? name.next : nullptr;
 }
 
-// Gives each value behind `valueCount` to `take`. Returns where they end, or null if they do not end in the
-// blob.
+// Calls `take` with each value after `valueCount`. Returns where they end, or null if they run past the blob.
 template <class Take>
 inline const unsigned char* ADSerializer::walkValues(const unsigned char* valueCount, Take take) const {
   Text value;
@@ -264,7 +263,7 @@ inline const unsigned char* ADSerializer::walkValues(const unsigned char* valueC
   return value.next;
 }
 
-// Appends the values behind `valueCount`, as far as they stand in the blob, and returns where they end.
+// Appends the values after `valueCount` that lie inside the blob. Returns as walkValues.
 const unsigned char* ADSerializer::readValues(const unsigned char* valueCount, ADAttribute& attribute) const {
   const unsigned char* end =
       walkValues(valueCount, [&](std::string_view value) { attribute.emplace_back(value); });
@@ -319,7 +318,7 @@ unsigned int ADSerializer::erase(std::string_view name) {
 
 // Reading everything.
 
-// The first record, behind the index; the blob's end if the index does not end in the blob.
+// The first record, after the index; the end of the blob if the index runs past it.
 const unsigned char* ADSerializer::recordsBegin(unsigned int indexOffset) const {
   uint64_t offset = indexOffset + uint64_t{kWord} * header<uint32_t>(kCount);
   return m_data + std::min<uint64_t>(offset, m_size);

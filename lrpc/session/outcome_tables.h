@@ -20,7 +20,7 @@ struct ExceptionRow {
   Answer answer;
 };
 
-/// A result's row is at the index that the result is.
+/// Row i belongs to result i.
 extern const ResultRow kResultRows[48];
 /// The first row that fits counts; the last one fits every exception.
 extern const ExceptionRow kExceptionRows[25];

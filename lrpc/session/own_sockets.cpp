@@ -27,8 +27,7 @@ void closeCopies() {
   errno = error;
 }
 
-// While the library is loaded: a later moment could coincide with a fork by another thread, whose child would
-// then have it half done.
+// At load time: later, another thread could fork while this is half done.
 __attribute__((constructor)) void watchForks() {
   pthread_atfork(nullptr, nullptr, closeCopies);
 }

@@ -44,7 +44,7 @@ bool hasInput(int fd) {
   return rc != 0;
 }
 
-// Whether there are bytes to read. The end of a stream does no harm to a request, which then fails.
+// Whether there are bytes to read. End of stream is harmless: the next request fails.
 bool hasBytes(int fd) {
   char byte;
   return recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;

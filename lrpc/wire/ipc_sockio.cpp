@@ -202,7 +202,7 @@ unsigned int writeMsg(int fd, void* buffer, unsigned int size, bool /*reserved*/
   const msghdr message = messageOf(bytes);
   for (;;) {
     VESK_LOG_TO(kLogger, Trace, "sending message. Flag %x", static_cast<unsigned int>(MSG_NOSIGNAL));
-    errno = 0;  // nothing sent is no error of its own
+    errno = 0;  // a result of 0 sets no errno
     const ssize_t count = sendmsg(fd, &message, MSG_NOSIGNAL);
     const int error = errno;
     if (count > 0) return static_cast<unsigned int>(count);

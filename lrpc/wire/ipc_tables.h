@@ -9,7 +9,7 @@
 
 namespace vesk {
 
-// A value's row is at the index that the value is; a row whose value differs is a gap.
+// Row i belongs to value i; a row with another value is a gap.
 
 extern const std::pair<IPC_OPCODE, const char*> IPC_OPCODE_STRS[IPC_OP_UNKNOWN + 1];
 extern const std::pair<IPC_RESULT, const char*> IPC_RESULT_STRS[4];

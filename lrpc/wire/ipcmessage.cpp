@@ -46,8 +46,7 @@ size_t longestMessage() {
   FOKRAZO_THROW_ERRNO(IOException, "IOException", code, error, "read %u bytes from IPC", length);
 }
 
-// An element that has handed its bytes over returns null for them, and clearing no bytes at a bad address is
-// slow on some processors.
+// An emptied element has no buffer, and clearing 0 bytes at null is slow on some processors.
 void wipe(const berval& bytes) {
   if (bytes.bv_len > 0) explicit_bzero(bytes.bv_val, bytes.bv_len);
 }
@@ -97,7 +96,7 @@ IPCMessage::~IPCMessage() {
 
 void IPCMessage::dropElement() {
   if (!m_ber) return;
-  berval bytes = {};  // first what has been written or read, then also the rest
+  berval bytes = {};  // the part written or read so far; then the rest
   ber_len_t left = 0;
   if (qtr_ber_flatten2(m_ber, &bytes, 0) == 0) {
     qtr_ber_get_option(m_ber, LBER_OPT_BER_REMAINING_BYTES, &left);

@@ -88,9 +88,9 @@ class CrashTest : public WorldTest {
   }
 
  private:
-  /// Has the tracer told in front of each call that changes names, contents, modes or locks. What others see
-  /// is the same between two of them, so no other moment is worth a kill. False where the kernel does not
-  /// offer that.
+  /// Makes the kernel notify the tracer before each call that changes names, contents, modes or locks.
+  /// Between two such calls nothing changes for other processes, so a kill at any other moment shows nothing
+  /// new. False if the kernel does not support it.
   static bool stopBeforeChanges() {
     std::vector<sock_filter> filter = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
     for (const unsigned call : {

@@ -45,9 +45,9 @@ void inAnotherThread(Work work) {
   alarm(0);
 }
 
-/// Runs `attempt` with the first call of that kind failing, then the second, and so on until there is none
-/// left to fail. Each run stands between `before` and `after`, which are told what it came to: "nothing", "no
-/// memory" or what it threw. Gives the number of runs with a failure.
+/// Runs `attempt` with the first call of that kind failing, then the second, and so on until none is left to
+/// fail. Calls `before` ahead of each run and `after` with its outcome: "nothing", "no memory" or the class
+/// of the exception. Returns the number of runs with a failure.
 template <class Before, class Attempt, class After>
 unsigned failEachCall(const FaultPlan& plan, Before before, Attempt attempt, After after) {
   constexpr unsigned kEnough = 10000;

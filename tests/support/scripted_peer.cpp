@@ -124,7 +124,7 @@ std::string ScriptedPeer::receive(size_t size) {
   for (size_t done = 0; done < size;) {
     waitFor(m_connection.get());
     const ssize_t count = recv(m_connection.get(), &bytes[done], size - done, 0);
-    if (count <= 0) fail("the client has gone behind " + tohex(bytes.substr(0, done)));
+    if (count <= 0) fail("the client closed the connection after " + tohex(bytes.substr(0, done)));
     done += count;
   }
   return bytes;
@@ -137,7 +137,7 @@ void ScriptedPeer::acceptNow() {
   if (!m_connection) fail(withError("accept"));
 }
 
-// A client that has gone is no failure of the script.
+// A client that has closed its connection is no failure of the script.
 void ScriptedPeer::sendNow(const std::string& bytes) {
   for (size_t done = 0; done < bytes.size();) {
     const ssize_t count = ::send(m_connection.get(), &bytes[done], bytes.size() - done, MSG_NOSIGNAL);

@@ -17,7 +17,7 @@ struct CodeText {
   const char* text;
 };
 
-// Every exception class of the family of programs in one numbering: a row's id is its place.
+// All exception classes of the program family. A row's position is its id.
 constexpr CodeText kClassIds[] = {
     {0, "Unknown"},
     {1, "LogicException"},
@@ -126,7 +126,7 @@ std::string withoutNamespace(const char* className) {
   return strstr(className, kNamespace) ? className + strlen(kNamespace) : className;
 }
 
-// "IOException" is "IO" in the log: the length of that.
+// Length of the class name without "Exception", as the log shows it.
 int shortLength(const char* className) {
   const char* end = strstr(className, "Exception");
   return static_cast<int>(end ? end - className : strlen(className));

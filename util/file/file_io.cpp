@@ -22,8 +22,7 @@ bool isFileOf(const struct stat& named, int fd) {
   return ::fstat(fd, &opened) == 0 && FileId(named) == FileId(opened);
 }
 
-// Room for a small file and for the read that meets its end. What a file claims to hold is not believed
-// further.
+// A small file and its end fit into one read. A larger claimed size is not trusted.
 size_t firstBlock(int fd) {
   struct stat info;
   const bool isKnown = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode);

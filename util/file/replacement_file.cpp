@@ -35,7 +35,7 @@ bool ReplacementFile::openUnique() {
       m_fd = std::move(fd);
       return true;
     }
-    // Before it was locked, another process took it for a killed writer's.
+    // Another process took it for a leftover before it was locked.
     ::unlink(m_name.c_str());
   }
   errno = EWOULDBLOCK;

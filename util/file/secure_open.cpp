@@ -20,7 +20,7 @@ int statusOfError(int error) {
   }
 }
 
-// The order is that in which an administrator hears of the faults.
+// In the order in which faults are reported.
 int checkFile(const struct stat& info) {
   if (S_ISLNK(info.st_mode)) return SECURE_OPEN_SYMLINK;
   if (info.st_nlink > 1) return SECURE_OPEN_HARDLINKED;
@@ -56,7 +56,7 @@ FILE* SecureOpenForReading(const char* path, int* status) {
 
 FILE* OpenForReading(const char* path, int* status, int secure) {
   if (secure) return SecureOpenForReading(path, status);
-  // Any file will do, so this may also be a FIFO whose writer has still to come.
+  // Any file type is accepted; a FIFO without a writer blocks.
   FILE* const stream = ::fopen(path, "re");
   *status = stream ? SECURE_OPEN_OK : statusOfError(errno);
   return stream;

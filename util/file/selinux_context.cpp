@@ -134,7 +134,7 @@ void AdjustSELinuxLabelType(std::string& path, const char* type) {
   } catch (const SystemException& failure) {
     VESK_LOG_TO(kLogger, Warn, "%s. Please run 'restorecon' on the file '%s'", failure.what(), path.c_str());
   } catch (const std::exception&) {
-    // Most of all a system without SELinux, where there is nothing to do.
+    // Usually the system has no SELinux, and there is nothing to do.
   }
 }
 

@@ -41,8 +41,8 @@ bool makeWayForDirectory(const UniqueFd& parent, const char* name) {
   return ::mkdirat(parent.get(), name, kMode) == 0 || errno == EEXIST;
 }
 
-// Works on the descriptor, so that another process cannot replace the directory in between. The mode is set
-// afterwards: a umask of 0 would be that of all threads. Empty with errno.
+// Works on the descriptor, so that another process cannot replace the directory in between. Sets the mode
+// afterwards: changing the umask would affect all threads. Empty with errno.
 UniqueFd openSafeDirectory(const UniqueFd& parent, const char* name) {
   if (!makeWayForDirectory(parent, name)) return UniqueFd();
   UniqueFd directory = openFileAt(parent.get(), name, Open::Directory | Open::Unfollowed);

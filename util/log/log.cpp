@@ -173,7 +173,7 @@ int Logger::inheritLevel() {
   int own = kInherit;
   if (before % 2 != 0 || !m_level.compare_exchange_strong(own, level)) return level;
   own = level;
-  // Out of date already; and so is what a place has read here meanwhile.
+  // A level has changed meanwhile: forget what was remembered here and at the call sites.
   if (m_levelGeneration != before && m_level.compare_exchange_strong(own, m_configuredLevel))
     m_levelGeneration += 2;
   return level;

@@ -60,7 +60,7 @@ struct LoggerTree {
 
   static void setMemoryLevel(Logger& logger, int level);
   static void setSettings(Logger& logger, const LoggerSettings& settings);
-  /// Exists while levels are changed: meanwhile isEnabled remembers none, because it might be an old one.
+  /// While this lives, isEnabled remembers no level.
   class LevelChange {
    public:
     LevelChange();

@@ -57,7 +57,7 @@ void closeListed(const char* entries, long size, const int* kept, std::size_t co
 
 bool closeByRange([[maybe_unused]] const int* kept, [[maybe_unused]] std::size_t count) {
 #if defined(SYS_close_range)
-  // The open end first: if the kernel does not know the call, nothing has been closed yet.
+  // Closes the open-ended range first, so that an unsupported call fails before anything is closed.
   if (!closeRange(count == 0 ? 0 : kept[count - 1] + 1u, ~0u)) return false;
   unsigned int first = 0;
   for (std::size_t i = 0; i < count; ++i) {
@@ -97,8 +97,7 @@ void closeAllBut(const int* kept, std::size_t count, int limit) {
 }
 
 void arrange(const int* entries, int* scratch, int count) {
-  // What is not open is left out before anything is moved: it could be moved onto the number of such an
-  // entry.
+  // Drops closed entries first, so that nothing is moved onto their numbers.
   for (int i = 0; i < count; ++i) scratch[i] = fcntl(entries[i], F_GETFD) < 0 ? -1 : entries[i];
   for (int i = 0; i < count; ++i)
     if (scratch[i] >= 0) scratch[i] = fcntl(entries[i], F_DUPFD, count);

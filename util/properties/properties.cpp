@@ -272,7 +272,7 @@ long Properties::getTime(const std::string& key, char unit, unsigned int fallbac
                 key.c_str());
   } else if (time.hasNumber) {
     const long ownFactor = time.hasUnit ? timeFactor(time.unit) : factor;
-    // A bad unit makes the default of it, a bad unit of the caller's nothing.
+    // A bad unit in the file selects the default; a bad unit from the caller makes the time 0.
     if (ownFactor != 0 || !time.hasUnit) seconds = multiply(time.number, ownFactor);
     if (seconds == kNoTime) seconds = fallbackSeconds;
   }

@@ -141,8 +141,8 @@ bool Properties::makeList(const std::string& key, const std::string& fallback, V
   return !refused;
 }
 
-// The items stand in the text as they are, unless they would not come back from it so. In rewriting mode the
-// text has the marks of such a load.
+// Items are written as they are if they read back unchanged, otherwise escaped. In rewriting mode the result
+// carries the dollar marks of a load without expansion.
 std::string Properties::makeRawList(const ValueList& list, bool keepDollar) {
   std::string raw = valueListToString(list, false, keepDollar, ' ');
   const bool dollarsCount = (keepDollar || !m_expandVariables) && raw.find('$') != std::string::npos;
@@ -188,7 +188,7 @@ bool Properties::delValueList(const std::string& key, const ValueList& list, boo
   const size_t before = rest.size();
   for (const std::string& item : markItems(list, keepDollar)) rest.remove(item);
   if (rest.size() == before) return false;
-  // What is left carries its marks already.
+  // The rest is already marked.
   setValueList(key, rest, keepDollar && m_expandVariables);
   return true;
 }

@@ -263,7 +263,7 @@ int Properties::saveProperty(const std::string& path) {
 
 int Properties::update(const std::string& path, const std::function<bool(Properties&)>& change) {
   Properties file(false);
-  Lock lock(file.mutex);  // keeps a cancel away until the lock file is gone
+  Lock lock(file.mutex);  // no cancellation until the lock file is removed
   LockFile lockFile(path);
   if (!lockFile.isHeld()) return -1;
   std::string text;
@@ -287,7 +287,7 @@ int Properties::saveUnder(LockFile& lockFile, const std::string& path) {
     lockFile.leave();
     return -1;
   }
-  // Read only now: another writer may have been waited for.
+  // Read under the lock: another writer may have changed the file.
   std::string text;
   if (!readPropertyFile(path, text)) {
     VESK_LOG(logger(), Error, "Unable to open config file %s", path.c_str());

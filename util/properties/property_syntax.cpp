@@ -82,7 +82,7 @@ size_t endOfKey(const std::string& line, size_t begin) {
   return line.size();
 }
 
-// In a key a backslash is one only before a separator or another backslash.
+// In a key, a backslash escapes only a separator or another backslash.
 void unescapeKey(std::string& key) {
   size_t out = 0;
   for (size_t i = 0; i < key.size(); i++) {
@@ -115,8 +115,8 @@ bool isOneQuotedRegion(const std::string& value) {
   return false;
 }
 
-// The marks of a load without expansion: "$$" is a dollar sign, "$name$" a reference. Gives the index of the
-// last character that it has taken.
+// Copies one mark left by a load without expansion: "$$" is a dollar sign, "$name$" a reference. Returns the
+// index of its last character.
 size_t appendUnmarked(const std::string& value, size_t dollar, std::string& out) {
   if (dollar + 1 < value.size() && value[dollar + 1] == '$') {
     out += "\\$";
@@ -125,7 +125,7 @@ size_t appendUnmarked(const std::string& value, size_t dollar, std::string& out)
   const size_t end = dollar + 1 + variableNameLength(value, dollar + 1);
   out.append(value, dollar, end - dollar);
   if (end >= value.size() || value[end] != '$') return end - 1;
-  // The name must not grow when its end mark goes.
+  // Without its end mark, the name must not absorb the next letter.
   if (end + 1 < value.size() && isVariableLetter(value[end + 1])) out += '\\';
   return end;
 }
@@ -148,7 +148,7 @@ std::string escapeCharacters(const std::string& value, bool keepDollar, bool wra
   return out;
 }
 
-/// Where a text first has anything but single blanks and unquoted, unescaped characters.
+/// The first position that is not plain: a double blank, a quote or an escape.
 size_t endOfPlainText(const std::string& value) {
   size_t i = 0;
   for (; i < value.size(); i++) {

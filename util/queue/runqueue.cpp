@@ -169,8 +169,7 @@ bool RunQueue::doDeDup(boost::shared_ptr<QueueAble> item) {
   return false;
 }
 
-// Once is enough: until a runner has the lock again it needs no second call. In a process with one thread
-// nobody waits.
+// One signal is enough until a runner has taken the lock. In a process with one thread nobody waits.
 void RunQueue::wakeRunners() {
   if (!m_runnersWait || !Thread::locksCount()) return;
   m_runnersWait = false;

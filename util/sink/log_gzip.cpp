@@ -30,7 +30,7 @@ bool exists(const char* path) {
   return path != nullptr && stat(path, &ignored) == 0;
 }
 
-// From where the last copy ended.
+// Continues where the last call stopped.
 bool compress(FILE* source, gzFile target) {
   const Block block = makeBlock();
   if (!block) return false;
@@ -51,8 +51,7 @@ void gzip(const char* from, const char* to) {
   if (target) compress(source.get(), target.get());
 }
 
-// The second copy has what was written before the file was removed. Whoever writes later can see that it is
-// gone.
+// Copies again after removing the file, to catch lines written meanwhile. Later writers notice the removal.
 bool moveCompressed(const char* from, int to) {
   const CancelKeptOff cancelKeptOff;
   UniqueFd owned(to);

@@ -12,7 +12,7 @@ QueuedMessage::QueuedMessage(int priority, const char* format, va_list args) : m
 
 QueuedMessage::~QueuedMessage() = default;
 
-// A newline in the text is the format's own: any other one was escaped.
+// A newline here comes from the format; all others are escaped.
 void QueuedMessage::run() {
   if (!m_text.empty() && m_text.back() == '\n')
     writeMessage("%.*s\n", static_cast<int>(m_text.size() - 1), m_text.c_str());

@@ -35,7 +35,7 @@ bool gOpened FOKRAZO_GUARDED_BY(gSyslogProtect()) = false;
 std::atomic<bool> gUsesOwnSocket{false};  // in a child that must not call the C library's functions
 std::atomic<bool> gShowsProcess{false};   // whether openlog was called
 
-// Whoever starts a program chooses its name.
+// The name is untrusted: the caller of exec chooses it.
 struct Identity {
   char text[128];
 

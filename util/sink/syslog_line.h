@@ -1,4 +1,4 @@
-/// The one way of the library's lines to syslog. Internal.
+/// All output to syslog goes through here. Internal.
 #pragma once
 
 namespace vesk {

@@ -7,8 +7,7 @@
 
 namespace vesk {
 
-/// A string that is made when the library is loaded and never destroyed: nothing is noted for the process's
-/// end.
+/// A string built at load time and never destroyed, so no exit handler is registered.
 class LastingText {
  public:
   LastingText(const char* text, size_t size) { new (m_place) std::string(text, size); }

@@ -19,7 +19,7 @@ vesk::Mutex& gMutex() {
   return vesk::forkedLock(vesk::ForkOrder::ActiveThreads);
 }
 
-// Held while a thread's running ends, and by whoever acts on a running thread: its id is valid for so long.
+// Held while a thread ends, and while another acts on it, so its id stays valid.
 vesk::Mutex& gRunningMutex() {
   return vesk::forkedLock(vesk::ForkOrder::RunningThreads);
 }
