@@ -21,7 +21,7 @@ vesk::LocalRpcSession& Daemon::sessionForSecrets() {
 }
 
 vesk::LocalRpcSession& Daemon::connect(std::optional<uid_t> peer) {
-  if (m_session) return *m_session;
+  if (m_session && (!peer || peer == m_checkedPeer)) return *m_session;
   boost::scoped_ptr<vesk::LocalRpcSession> session(new vesk::LocalRpcSession(m_socketPath, false, false));
   if (peer) session->setTrustedPeer(*peer);
   try {
@@ -30,6 +30,7 @@ vesk::LocalRpcSession& Daemon::connect(std::optional<uid_t> peer) {
     throw NoDaemonError("no daemon at " + m_socketPath + ": " + error.what());
   }
   m_session.swap(session);
+  m_checkedPeer = peer;
   return *m_session;
 }
 

@@ -32,6 +32,7 @@ class Daemon {
 
   std::string m_socketPath;
   std::optional<uid_t> m_peer;
+  std::optional<uid_t> m_checkedPeer;  // of m_session
   boost::scoped_ptr<vesk::LocalRpcSession> m_session;
 };
 

@@ -105,7 +105,9 @@ void receiveBytes(int fd, char* bytes, size_t size) {
 void checkConnection(int fd) {
   static const pid_t self = getpid();
   struct stat status;
-  if (getpid() != self || fstat(fd, &status) != 0 || time(nullptr) == 0) die("checkConnection");
+  pollfd input = {fd, POLLIN, 0};
+  if (getpid() != self || fstat(fd, &status) != 0 || time(nullptr) == 0 || poll(&input, 1, 0) != 0)
+    die("checkConnection");
 }
 
 }  // namespace bench

@@ -22,7 +22,7 @@ bool receiveFrame(int fd, std::vector<char>& bytes, size_t& size);
 size_t receiveLength(int fd);
 void receiveBytes(int fd, char* bytes, size_t size);
 
-/// What a session checks before each request: still the same process, and still the same descriptor?
+/// What a session checks before each request: still the same process and descriptor, and nothing to read?
 void checkConnection(int fd);
 
 }  // namespace bench

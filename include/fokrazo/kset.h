@@ -22,7 +22,8 @@ struct FOKRAZO_API KSetData {
 /// directory means the default one. Only regular files are read. A link or a FIFO under the name of a key set
 /// is never followed, and is replaced by what is written there. Files are replaced by rename, whole. Other
 /// processes may save settings at the same time: what they have not finished is no key set, and is left
-/// alone. A file of more than 1 MiB is refused (SystemException, EFBIG). Thread-safety: one thread at a time.
+/// alone. A file of more than 1 MiB is refused (SystemException, EFBIG). In the data directory's "user/",
+/// where every user may write, root reads only its own files. Thread-safety: one thread at a time.
 /// @throws NotFoundException (all that list) the directory cannot be listed
 /// @throws IOException, SystemException a file cannot be read, written or removed
 class FOKRAZO_API KSets {

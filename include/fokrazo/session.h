@@ -318,6 +318,7 @@ class FOKRAZO_API LocalRpcSession {
 
   bool isConnectionGood(time_t now, pid_t pid);
   void connect(time_t now, pid_t pid);
+  void checkTrustedPeer();
   void closeConnection();
   void exchange(IPCRequest& request, IPCReply& reply);
   void sendAgain(IPCRequest& request, IPCReply& reply, bool authenticate);

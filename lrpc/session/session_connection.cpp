@@ -50,16 +50,6 @@ bool hasBytes(int fd) {
   return recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
 }
 
-void checkPeer(int fd, uid_t trusted) {
-  uid_t uid;
-  gid_t gid;
-  if (get_peer_credential(fd, &uid, &gid) != 0)
-    FOKRAZO_THROW_ERRNO(IOException, "IOException", EACCES, errno, "ipc socket peer");
-  if (uid != trusted)
-    FOKRAZO_THROW(IOException, "IOException", EACCES, "ipc socket peer has uid %u instead of %u", uid,
-                  trusted);
-}
-
 }  // namespace
 
 // --- One thread at a time ---
@@ -125,21 +115,33 @@ void LocalRpcSession::dropConnection() {
 // --- A new one ---
 
 void LocalRpcSession::connect(time_t now, pid_t pid) {
+  m_effectiveUid = geteuid();
+  m_effectiveGid = getegid();
   UniqueFd socket = connectPrivately(m_socketPath);
   struct stat status;
   const int rc = fstat(socket.get(), &status);
   if (rc != 0) FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", rc, errno, "OS call failed");
-  if (m_trustedPeer) checkPeer(socket.get(), *m_trustedPeer);
   m_pid = pid;
   m_forkGeneration = ownsockets::forkGeneration();
-  m_effectiveUid = geteuid();
-  m_effectiveGid = getegid();
   m_socketInode = status.st_ino;
   m_lastUsed = now;
   m_socket = socket.release();
   ownsockets::add(m_socket, m_socketInode);
+  if (m_trustedPeer) checkTrustedPeer();
   VESK_LOG_TO(kLogger, Debug, "New socket %ld (%ld)", static_cast<long>(m_socket),
               static_cast<long>(m_socketInode));
+}
+
+void LocalRpcSession::checkTrustedPeer() {
+  uid_t uid = 0;
+  gid_t gid = 0;
+  const int rc = get_peer_credential(m_socket, &uid, &gid);
+  const int error = errno;
+  if (rc == 0 && uid == *m_trustedPeer) return;
+  closeConnection();
+  if (rc != 0) FOKRAZO_THROW_ERRNO(IOException, "IOException", EACCES, error, "ipc socket peer");
+  FOKRAZO_THROW(IOException, "IOException", EACCES, "ipc socket peer has uid %u instead of %u", uid,
+                *m_trustedPeer);
 }
 
 void LocalRpcSession::reConnect(bool authenticate) {

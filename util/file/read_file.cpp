@@ -1,13 +1,12 @@
 #include <fokrazo/file_util.h>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
 #include "util/error/throw.h"
-#include "util/file/unique_fd.h"
+#include "util/file/open_file.h"
 
 namespace vesk {
 
@@ -28,7 +27,7 @@ std::string readFile(std::string path) {
   const int rc = stat(path.c_str(), &status);
   checkCall(rc == 0, rc);
   std::string bytes(static_cast<size_t>(status.st_size), '\0');
-  const UniqueFd file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  const UniqueFd file = openFile(path);
   checkCall(static_cast<bool>(file), file.get());
   errno = 0;  // too few bytes are no error of the system's
   const ssize_t count = read(file.get(), bytes.data(), bytes.size());

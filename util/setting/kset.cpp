@@ -9,6 +9,7 @@
 #include <cstring>
 #include <vector>
 
+#include <fokrazo/fixed_paths.h>
 #include <fokrazo/setting.h>
 #include "util/file/file_io.h"
 #include "util/file/replacement_file.h"
@@ -34,8 +35,14 @@ bool isNoFile(const std::string& path, int error) {
   return type != 0 && type != S_IFREG;
 }
 
-// Null if there is no such regular file. Checks the open file, not the path: others may change the directory
-// at any time.
+// Whether root must not read it: anyone may put a file into "user/".
+bool isForeign(const struct stat& info, const std::string& path) {
+  const std::string userDir = getDataDir() + paths::kUserDir;
+  return isRootUser() && info.st_uid != 0 && path.compare(0, userDir.size(), userDir) == 0;
+}
+
+// Null if there is no such regular file, or none that may be read. Checks the open file, not the path: others
+// may change the directory at any time.
 boost::shared_ptr<KSetData> read(const std::string& path) {
   const UniqueFd fd = openFile(path, Open::Unfollowed);
   if (!fd) {
@@ -45,7 +52,7 @@ boost::shared_ptr<KSetData> read(const std::string& path) {
   }
   struct stat info;
   if (::fstat(fd.get(), &info) != 0) throwCallFailed(errno);
-  if (!S_ISREG(info.st_mode)) return boost::shared_ptr<KSetData>();
+  if (!S_ISREG(info.st_mode) || isForeign(info, path)) return boost::shared_ptr<KSetData>();
   auto data = boost::make_shared<KSetData>();
   data->mode = info.st_mode & kPermissionBits;
   if (!readAll(fd.get(), data->content, kMaxSize)) throwCallFailed(errno);

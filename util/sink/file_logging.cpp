@@ -1,6 +1,5 @@
 #include <fokrazo/file_logging.h>
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
 #include <syslog.h>
@@ -21,6 +20,7 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include "util/file/file_io.h"
+#include "util/file/open_file.h"
 #include "util/file/unique_fd.h"
 #include "util/log/log_internal.h"
 #include "util/sink/log_backups.h"
@@ -58,14 +58,14 @@ bool isAcceptable(const struct stat& status, bool throughLinkOfRoot) {
 
 // Another user's link, FIFO or socket in place of the log is an error, never a wait.
 Opened openForAppending(const char* path) {
-  constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-  Opened opened{UniqueFd(::open(path, kFlags | O_NOFOLLOW, kEverybody))};
+  constexpr unsigned kOptions = Open::Append | Open::Create;
+  Opened opened{openFile(path, kOptions | Open::Unfollowed, kEverybody)};
   struct stat link {};
   if (!opened.file && errno == ELOOP) {
     const bool isTrusted =
         lstat(path, &link) == 0 && S_ISLNK(link.st_mode) && (link.st_uid == 0 || link.st_uid == geteuid());
     if (isTrusted)
-      opened.file = UniqueFd(::open(path, kFlags, kEverybody));
+      opened.file = openFile(path, kOptions, kEverybody);
     else
       errno = ELOOP;
   }
@@ -434,7 +434,7 @@ void FileLogging::fileRotate() {
 std::unique_ptr<LogBackups> FileLogging::rotate() {
   if (!checkFileSizeByFP()) return nullptr;
   flushCache();
-  UniqueFd turn(::open(m_path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  UniqueFd turn = vesk::openFile(m_path, Open::Write);
   if (turn && !tryLock(turn.get()) && !isFarTooLarge(turn.get())) {
     // Another process is rotating. A file that it has moved already can be left without the lock.
     if (!leadsTo(m_path, fileno(m_file))) openFile();

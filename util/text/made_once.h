@@ -4,6 +4,16 @@
 #include <atomic>
 #include <memory>
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#include <sanitizer/lsan_interface.h>
+#define FOKRAZO_LEAKS_ON_PURPOSE(object) __lsan_ignore_object(object)
+#endif
+#endif
+#ifndef FOKRAZO_LEAKS_ON_PURPOSE
+#define FOKRAZO_LEAKS_ON_PURPOSE(object) static_cast<void>(object)
+#endif
+
 namespace vesk {
 
 /// A static inside a function would do the same under a guard, and a child of a fork would wait for ever for
@@ -34,7 +44,10 @@ class MadeOnce {
   T* ifMade() const { return m_object.load(std::memory_order_acquire); }
   /// Lets go of the object without destroying it; the next get() makes another one. For the child of a fork,
   /// in which another thread of the parent has left the object half changed.
-  void abandon() { m_object.store(nullptr, std::memory_order_release); }
+  void abandon() {
+    T* const abandoned = m_object.exchange(nullptr, std::memory_order_acq_rel);
+    if (abandoned) FOKRAZO_LEAKS_ON_PURPOSE(abandoned);
+  }
 
  private:
   std::atomic<T*> m_object{nullptr};

@@ -50,7 +50,8 @@ extern "C" int __wrap_connect(int fd, const sockaddr* address, socklen_t size) {
   errno = EINPROGRESS;
   return -1;
 }
-extern "C" Clock::time_point __wrap__ZNSt6chrono3_V212steady_clock3nowEv() {
+Clock::time_point wrappedNow() __asm__("__wrap__ZNSt6chrono3_V212steady_clock3nowEv");
+Clock::time_point wrappedNow() {
   return gNow;
 }
 extern "C" int __real_poll(pollfd* entries, nfds_t count, int timeout);

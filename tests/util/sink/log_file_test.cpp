@@ -169,6 +169,20 @@ TEST_F(LogFileTest, TrapsInPlaceOfTheFileAreRefused) {
   EXPECT_EQ(fcntl(next, F_GETFD), FD_CLOEXEC);
 }
 
+TEST_F(LogFileTest, TheLogTakesNoStandardStream) {
+  const auto logsWithoutStreams = [this] {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::close(stream);
+    FileLogging file(in("log").c_str());
+    const int written = static_cast<int>(::write(STDOUT_FILENO, "output", 6));
+    _exit(file.isOpened() && written < 0 ? 0 : 1);
+  };
+  const pid_t child = fork();
+  if (child == 0) logsWithoutStreams();
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
 // As a container's /dev/stdout. Where the reader is gone or does not read, syslog takes over.
 TEST_F(LogFileTest, APipeThatALinkOfRootsLeadsToGetsEachLineAtOnce) {
   SyslogSocket syslogd;
