@@ -73,6 +73,8 @@ class FOKRAZO_API MaxWaitMutex : public Mutex {
   /// refused.
   void lock() override FOKRAZO_ACQUIRE();
   bool tryLock() override FOKRAZO_TRY_ACQUIRE(true);
+  /// Does nothing for a hold that was taken before locks counted.
+  void unLock() override FOKRAZO_RELEASE();
 
  private:
   class Waiter;

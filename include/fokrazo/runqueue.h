@@ -54,6 +54,7 @@ class FOKRAZO_API QueueAble : public Runnable {
 /// they wait for a bounded time. Items run with no lock held.
 /// Thread-safety: any number of posters and runners. One thread may hold the locks of several queues; the
 /// registry's lock is held with none of them.
+/// Fork: if another thread was using a queue during the fork, the child must not use it.
 class FOKRAZO_API RunQueue {
  public:
   /// Queues by name, under one lock.

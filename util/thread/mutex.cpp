@@ -211,6 +211,10 @@ void MaxWaitMutex::lock() {
   Mutex::lock();
 }
 
+void MaxWaitMutex::unLock() FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {  // there may be nothing to release
+  if (isOwner()) Mutex::unLock();
+}
+
 bool MaxWaitMutex::tryLock() {
   if (!Thread::locksCount()) return true;
   if (m_maxWaiters == 0 || isOwner()) return Mutex::tryLock();

@@ -33,6 +33,7 @@ TEST(LockWithoutThreads, HoldsNothingAndWaitsOutItsTime) {
   mutex.lock();
   EXPECT_TRUE(mutex.tryLock());
   EXPECT_EQ(mutex.lockDepth(), 0u);
+  EXPECT_NO_THROW(mutex.unLock());
 }
 
 TEST(LockWithoutThreads, CountsOnceTheProcessHasASecondThreadWhoeverStartsIt) {
