@@ -148,6 +148,7 @@ TEST_F(ForkTest, ChildrenOfABusyProgramWork) {
 
 // The child's holds are those of the thread that forked: it can go on and give them back.
 TEST_F(ForkTest, AHolderMayFork) {
+  const Thread soThatLocksCount;
   Mutex& mutex = Props(false, false)->mutex;
   Lock properties(mutex);
   Lock twice(mutex);
