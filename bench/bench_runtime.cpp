@@ -99,8 +99,8 @@ void postsThroughARunQueue(benchmark::State& state) {
 }
 BENCHMARK(postsThroughARunQueue)->Arg(1)->Arg(4)->UseRealTime();
 
-/// What a queue's lock does besides excluding others: its holder may lock it again, and is not cancelled
-/// while holding it.
+/// What a queue's lock does besides mutual exclusion: a thread may lock it again, and is not cancelled while
+/// it holds the lock.
 class GuardedMutex {
  public:
   GuardedMutex() {

@@ -138,7 +138,7 @@ ExitStatus list(Arguments& arguments, const ConfFile& file) {
   return kFound;
 }
 
-// What a configuration file gets for the variables of the joined state.
+// The values that a configuration file gets for the variables of the joined state.
 ExitStatus variables(Arguments& arguments, const ConfFile& file) {
   arguments.done();
   for (const char* name : {"JOINNAME", "PREW2KNAME", "SITE", "DOMAIN", "ZONE"}) {

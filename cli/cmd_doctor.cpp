@@ -30,7 +30,7 @@ using namespace vesk;
 constexpr char kLongestWait[] = "10";  // seconds, without --timeout
 constexpr double kSlowPing = 1000;     // milliseconds
 
-// Says who a user is without looking up the name, which would ask the very daemon that is examined.
+// Describes a user without looking up the name, which would ask the very daemon that is examined.
 std::string userText(uid_t uid) {
   if (uid == 0) return "root";
   return "user " + std::to_string(uid) + (uid == geteuid() ? " (you)" : "");

@@ -115,7 +115,7 @@ const Key kKeys[] = {
     {PN::NSS_NOLOGIN_SHELL, text},
 };
 
-// Every key that begins like this is the library's own.
+// Every key with one of these prefixes belongs to the library.
 constexpr const char* kOwnFamilies[] = {"log", "log.", "logger.", "lrpc."};
 
 bool beginsWith(const std::string& key, const std::string& prefix) {

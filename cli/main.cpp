@@ -88,7 +88,7 @@ Settings takeSettings(Arguments& arguments) {
   }
 }
 
-// A session would cut the path, and connect to another socket than the one that was named.
+// A session would cut the path and connect to a different socket.
 void refuseLongPath(const std::string& path) {
   constexpr size_t kLongest = sizeof sockaddr_un::sun_path - 1;
   if (path.size() > kLongest)

@@ -19,7 +19,7 @@ bool isText(const std::string& value) {
   return true;
 }
 
-// The text with "?" for what a terminal would obey and for bytes that are not UTF-8, except for `kept`.
+// The text with "?" in place of terminal controls and of bytes that are not UTF-8, except for `kept`.
 std::string withoutControls(const std::string& text, char kept = '\0') {
   std::string out;
   for (size_t i = 0; i < text.size();) {

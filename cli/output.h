@@ -1,6 +1,6 @@
 /// What a command prints: one record at a time, as a line for people and cut(1), or as a JSON object.
-/// Nothing that came from outside reaches a terminal as a command to it: control characters, marks that
-/// change the direction of text, and bytes that are not UTF-8 are replaced, in names as well as in values.
+/// No text from outside can control a terminal: control characters, marks that change the direction of text,
+/// and bytes that are not UTF-8 are replaced, in names as well as in values.
 #pragma once
 
 #include <list>
@@ -41,8 +41,8 @@ class Output {
   explicit Output(bool json) : m_json(json) {}
 
   bool json() const { return m_json; }
-  /// Prints the record as a JSON line, or `text` and a newline. In `text`, which may have several lines, what
-  /// a terminal would obey appears as "?".
+  /// Prints the record as a JSON line, or `text` and a newline. In `text`, which may have several lines,
+  /// terminal controls appear as "?".
   void record(const Record& record, const std::string& text);
   /// Prints text as the first form of record() does, without adding a newline, whether --json is given or
   /// not.
@@ -60,9 +60,10 @@ class Output {
 std::string shown(const std::string& value);
 /// A text of several lines, each as shown() returns it.
 std::string shownLines(const std::string& text);
-/// A field of a passwd- or group-style line: what would break the line, or be obeyed by a terminal, is "?".
+/// A field of a passwd- or group-style line: separators and terminal controls are replaced with "?".
 std::string lineField(const std::string& value);
-/// Prints a message to standard error, after everything printed so far. What a terminal would obey is "?".
+/// Prints a message to standard error, after everything printed so far. Terminal controls are replaced with
+/// "?".
 void complain(const std::string& message);
 
 }  // namespace cli

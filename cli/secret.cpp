@@ -36,7 +36,7 @@ vesk::Shredder readLine(int descriptor) {
   }
 }
 
-// Returns what a person types. The terminal gets its settings back before a signal is handled.
+// Returns what the user types. The terminal gets its settings back before a signal is handled.
 vesk::Shredder ask(const char* prompt) {
   vesk::Shredder typed(
       std::string(kLongestPassword + 2, '\0'));  // room for one byte too many, and for the terminator

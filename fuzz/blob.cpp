@@ -1,4 +1,4 @@
-// Serialized objects: every reader of <fokrazo/adserializer.h> on any bytes, held against the reference
+// Serialized objects: every reader of <fokrazo/adserializer.h> on any bytes, compared with the reference
 // reader where that can read them. An input is a blob, or (first byte odd) the attributes of an object to be
 // written.
 
@@ -26,12 +26,12 @@ Values valuesOf(const ADAttribute& attribute) {
   return {attribute.begin(), attribute.end()};
 }
 
-// A blob in memory of just its size, for the sanitizers.
+// A blob in memory of exactly its size, for the sanitizers.
 std::unique_ptr<ADSerializer> hold(const std::string& bytes) {
   std::unique_ptr<char, void (*)(void*)> data(static_cast<char*>(malloc(bytes.size() + bytes.empty())), free);
   std::copy(bytes.begin(), bytes.end(), data.get());
   auto blob = std::make_unique<ADSerializer>(static_cast<unsigned int>(bytes.size()), data.get(), true);
-  (void)data.release();  // the blob's now
+  (void)data.release();  // the blob owns it now
   return blob;
 }
 
@@ -45,7 +45,7 @@ bool isInside(const ADSerializer& blob, const void* position, size_t size) {
   return !position || (at >= begin && at + size <= begin + blob.size());
 }
 
-// The names to look for: those that are there, their neighbours, and some that are everywhere.
+// The names to look for: those present, their neighbours, and some common ones.
 Values namesFor(const ReferenceBlob& reference) {
   Values names = {"", AD_DN, AD_OBJECT_CLASS, "zzz"};
   for (const auto& record : reference.records) {
@@ -198,7 +198,7 @@ void readBlob(const std::string& bytes) {
   }
 }
 
-// Attributes from the input: a name and values, by number from the dictionary or as they stand.
+// Attributes from the input: a name and values, each a number in the dictionary or literal text.
 std::string textFrom(fuzz::Input& input) {
   const uint8_t kind = input.byte();
   const auto& dictionary = GetDictionaryVector();

@@ -21,7 +21,7 @@ Properties::Map valuesOf(Properties& properties) {
   return all ? *all : Properties::Map();
 }
 
-// Whether the file now gives these values; says what differs.
+// Whether the file now has these values; prints what differs.
 bool gives(const Properties::Map& expected) {
   Properties reading;
   reading.load(kFile.c_str(), true);
@@ -51,7 +51,7 @@ void lookUp(Properties& properties) {
   properties.store(out, "header");
 }
 
-// The lines of the value; none that a program would take for a reference to a file.
+// The lines of the value; none that looks like a reference to a file.
 Properties::ValueList listOf(const std::string& value) {
   std::istringstream stream(value);
   Properties::ValueList list = *Properties::getValueList(stream);

@@ -22,7 +22,7 @@ using namespace vesk;
 namespace {
 
 constexpr char kEndOfScript = '\xff';
-constexpr size_t kLargestMessage = 64 * 1024;  // what a socket takes without a reader
+constexpr size_t kLargestMessage = 64 * 1024;  // what a socket buffers without a reader
 
 std::string dumped(const ADObject& object) {
   std::ostringstream out;
@@ -121,7 +121,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   read(reply, script);
   try {
-    reply.rewind();  // of the message only what has been read is left
+    reply.rewind();  // leaves only the part of the message that was read
   } catch (const IOException&) {
     return 0;
   }

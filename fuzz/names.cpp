@@ -91,7 +91,8 @@ void trySid(const std::string& text) {
   again.fromEscapedString(any.toEscapedString());
   FUZZ_CHECK(again == any);
   again.fromExtendedDN(any.toDN());
-  FUZZ_CHECK(again == any || any.bytes()[0] != 1);  // bytes that are all printable stand in it as they are
+  FUZZ_CHECK(again == any ||
+             any.bytes()[0] != 1);  // if all bytes are printable, the text contains them unchanged
 }
 
 // Numbers make a SID, whose text is that of the numbers.

@@ -19,7 +19,7 @@ using namespace vesk;
 
 namespace {
 
-constexpr size_t kLargestMessage = 64 * 1024;  // what a socket takes without a reader
+constexpr size_t kLargestMessage = 64 * 1024;  // what a socket buffers without a reader
 constexpr int kParts = 4;
 const std::string kSocket = paths::kDaemonSocket;
 
@@ -27,7 +27,7 @@ const std::string kSocket = paths::kDaemonSocket;
 // between two operations.
 class Peer {
  public:
-  /// Lets the session have a connection, and `frame` as the reply to each of its next requests.
+  /// Offers the session a connection, and `frame` as the reply to each of its next requests.
   void prepare(LocalRpcSession& session, const std::string& frame, int replies) {
     if (session.socket() == -1) connect(session);
     m_frame = frame;

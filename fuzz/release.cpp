@@ -31,7 +31,7 @@ void clearReleaseFiles() {
   for (const fs::directory_entry& entry : fs::directory_iterator("/etc"))
     if (tellsOfRelease(entry.path().filename())) found.push_back(entry.path());
   for (const fs::path& path : found) fs::remove_all(path);
-  fuzz::write("/etc/os-release", "");  // the machine's own is not looked for
+  fuzz::write("/etc/os-release", "");  // hides the machine's own file
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ namespace {
 constexpr char kLogger[] = "base.osutil";
 constexpr char kRecordFile[] = "/var/run/utmp";
 
-/// Which interface the records come by.
+/// The interface that supplies the records.
 enum UtmpType { Undecided = 0, OldUtmp = 1, Utmpx = 2 };
 std::atomic<int> utmpType{Undecided};
 

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kConnectTimeout = 10 * 1000;  // milliseconds
 
-// What TestConnect answers.
+// The results of TestConnect.
 constexpr int kAnswers = 0;
 constexpr int kRefuses = 1;
 constexpr int kSilent = -1;

@@ -113,7 +113,7 @@ Distribution readLsbRelease(const std::string& text) {
   Distribution found;
   for (Lines lines(text); !lines.atEnd();) {
     const std::string line = lines.next();
-    // The values stand at fixed columns.
+    // The values start at fixed columns.
     if (holds(line, "Distributor ID:")) found.os = trimWhiteSpace(line.substr(16));
     if (holds(line, "Release:")) found.version = trimWhiteSpace(line.substr(9));
     if (holds(line, "Codename:")) found.version += " (" + trimWhiteSpace(line.substr(10)) + ")";

@@ -1,4 +1,4 @@
-/// What the texts that describe a distribution say. Internal. Pure functions; texts may hold any bytes.
+/// Parsers for the texts that describe a distribution. Internal. Pure functions; texts may hold any bytes.
 #pragma once
 
 #include <string>

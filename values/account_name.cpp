@@ -11,8 +11,8 @@ namespace {
 
 constexpr size_t kLongestName = 255;  // LOGIN_NAME_MAX without its terminator, and NAME_MAX
 
-// Characters outside ASCII that nobody sees, or that look like a blank: Unicode's controls, separators,
-// format characters and fillers, private use, and what is no character at all.
+// Characters outside ASCII that are invisible or look like a blank: Unicode's controls, separators, format
+// characters and fillers, private use, and noncharacters.
 constexpr struct {
   char32_t first;
   char32_t last;

@@ -59,7 +59,7 @@ size_t endOfPart(const std::string& dn, size_t from) {
   return comma;
 }
 
-// As endOfPart for canonical names, which never take the first byte for an escape.
+// As endOfPart for canonical names, in which the first byte is never an escape.
 size_t endOfValue(const std::string& upperDn, size_t start) {
   size_t comma = upperDn.find(',', start);
   while (comma != upperDn.npos && DN::isEscaped(upperDn, static_cast<unsigned int>(comma)))
@@ -69,7 +69,7 @@ size_t endOfValue(const std::string& upperDn, size_t start) {
   return comma;
 }
 
-// The domain's name in a DN whose letters are capital in `upperDn`.
+// The domain's name in a DN. `upperDn` is `dn` in capital letters.
 std::string domainIn(const std::string& upperDn, const std::string& dn) {
   const size_t domain = upperDn.find(kDomainPart);
   if (domain != upperDn.npos)

@@ -1,5 +1,5 @@
-// The texts of <fokrazo/dn.h> that are made when the library is loaded. Apart from the code, what makes them
-// stands beside the rest that runs then.
+// The texts of <fokrazo/dn.h> that are built at load time. In a file of their own, their initialisation code
+// lies next to the other code that runs then.
 
 #include <fokrazo/dn.h>
 

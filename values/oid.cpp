@@ -41,7 +41,7 @@ bool Oid::isNull() const {
 }
 
 void Oid::setNull() {
-  explicit_bzero(m_value, sizeof m_value);  // a plain memset would vanish from the destructor
+  explicit_bzero(m_value, sizeof m_value);  // the compiler would remove a plain memset from the destructor
   m_size = 0;
 }
 

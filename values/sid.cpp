@@ -204,7 +204,7 @@ unsigned int SID::getSubAuthority(unsigned int index) const {
   return subAuthority(index);
 }
 
-// Bytes that are missing count as 0.
+// Missing bytes count as 0.
 unsigned int SID::subAuthority(unsigned int index) const {
   const size_t begin = sizeFor(index);
   if (begin + kSubAuthoritySize <= m_bytes.size()) return GetLoHi32(&m_bytes[begin]);

@@ -43,7 +43,7 @@ void measureMessages() {
   vesk::LocalRpcSession session("", false, false);
   vesk::IPCReply reply;
   receiveReply(statusReply(), reply);
-  session.updateVRErrInfo(reply);  // it can be read again
+  session.updateVRErrInfo(reply);  // now it can be read again
   // Header and status block, from bytes that have already arrived.
   auto parse = [&] {
     reply.rewind();

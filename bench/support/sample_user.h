@@ -28,7 +28,7 @@ std::vector<std::string> sampleBlobs(int count);
 using Triple = std::vector<std::string>;
 const std::vector<Triple>& sampleTriples();
 
-/// Goes through numbers without an order that could be learnt.
+/// Runs through numbers in an order that no predictor can learn.
 class Scatter {
  public:
   unsigned next() {

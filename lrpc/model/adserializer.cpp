@@ -82,7 +82,7 @@ struct CurrentDictionary {
 
 const StringArray ADSerializer::m_dictionary(GetDictionaryMap, GetDictionaryVector);
 
-/// A text field: what it says and where it ends.
+/// A text field: its text and its end.
 struct ADSerializer::Text {
   std::string_view text;
   const unsigned char* next = nullptr;
@@ -109,7 +109,7 @@ std::unique_ptr<ADSerializer> ADSerializer::clone() const {
   return copy;
 }
 
-// Header. All of it reads as 0 where there is no blob.
+// Header. All of it reads as 0 if there is no blob.
 
 template <class T>
 T ADSerializer::header(size_t offset) const {
@@ -200,8 +200,7 @@ const char* ADSerializer::getName(unsigned int offset, unsigned int& length) con
 // The sort key of the name at an offset; that of the empty name if it is unreadable.
 inline stringdict::Key ADSerializer::keyAt(uint32_t offset) const {
   if (offset < m_size && m_size - offset >= kWord) {
-    const uint32_t index =
-        load<uint32_t>(m_data + offset) ^ kReference;  // huge where the text itself follows
+    const uint32_t index = load<uint32_t>(m_data + offset) ^ kReference;  // huge if the text itself follows
     if (index < CurrentDictionary::count()) return stringdict::kCurrent[index];
   }
   return stringdict::Key(nameAt(offset));
@@ -478,7 +477,7 @@ void ADSerializer::dumpHeader(std::ostream& out) const {
       << "    isIndexed: " << (getIndexed() ? 1 : 0) << '\n';
 }
 
-// Returns where the record ends, or null after a damaged one. A name of no bytes can only be damage.
+// Returns where the record ends, or null after a damaged one. An empty name is always damage.
 const unsigned char* ADSerializer::dumpRecord(const unsigned char* record, std::ostream& out) const {
   const unsigned char* valueCount = findAttributeData(record);
   const unsigned char* end = nullptr;

@@ -434,7 +434,7 @@ NAME(AD_OC_PERSON, "person");
 NAME(AD_OC_ORG_PERSON, "organizationalPerson");
 NAME(AD_OC_COMPUTER, "computer");
 
-// Fixed GUIDs, each in the form in which its users want it: containers by the digits of the text form; schema
+// Fixed GUIDs, each in the form that its users expect: containers by the digits of the text form; schema
 // entries by the digits of the stored bytes (AD_GUID_RESET_PASSWORD with hyphens in them); interfaces and
 // enrolment rights with hyphens.
 NAME(AD_GUID_COMPUTERS_CONTAINER, "aa312825768811d1aded00c04fd8d5cd");

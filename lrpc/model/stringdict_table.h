@@ -31,15 +31,15 @@ enum Lists : uint16_t {
   kFrom16090 = k16090,
 };
 
-/// An entry of each of `lists`. Its index in a list is the number of entries of that list in front of it, so
-/// the order of the rows is part of the format: never reorder.
+/// An entry of each of `lists`. Its index in a list is the number of entries of that list before it, so the
+/// order of the rows is part of the format: never reorder.
 struct Entry {
   std::string_view text;
   uint16_t lists;
 };
 
 constexpr size_t kEntryCount = 399;
-/// The length of the longest entry: no longer text is worth a search.
+/// The length of the longest entry: longer texts need no search.
 constexpr size_t kLongestEntry = 35;
 extern const Entry kEntries[kEntryCount];
 

@@ -13,8 +13,8 @@ namespace vesk {
 ///   const ValidationResult result = exchange.ask();
 ///   if (result == VR_SUCCESS) count = exchange.reply.getInt();
 ///
-/// It keeps the session to the calling thread, so that the status fields stay those of its reply. Fields are
-/// written straight into the message: no copy of a secret is made.
+/// It reserves the session for the calling thread, so that the status fields stay those of its reply. Fields
+/// are written straight into the message: no copy of a secret is made.
 class Exchange {
  public:
   template <class... Fields>

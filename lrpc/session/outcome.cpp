@@ -45,7 +45,7 @@ Answer answerOf(ValidationResult result) noexcept {
 
 Answer answerOf(const std::exception& error) noexcept {
   const ExceptionRow* row = kExceptionRows;
-  while (!fits(*row, error)) ++row;  // the last one fits
+  while (!fits(*row, error)) ++row;  // the last row matches everything
   return row->answer;
 }
 

@@ -1,4 +1,4 @@
-/// The tables from which the answers of modules are made. Internal.
+/// Tables that turn results and exceptions into the answers of modules. Internal.
 #pragma once
 
 #include <fokrazo/outcome.h>
@@ -10,8 +10,8 @@ struct ResultRow {
   Answer answer;
 };
 
-/// A class of exceptions, or with a text those of them whose message begins with it, or with an error those
-/// whose message is the text followed by the system's text for it.
+/// A class of exceptions. With a text: only those whose message begins with it. With an error too: only those
+/// whose message is the text followed by the system's text for that error.
 struct ExceptionRow {
   const char* className;
   bool (*isOne)(const std::exception* exception);
@@ -22,7 +22,7 @@ struct ExceptionRow {
 
 /// Row i belongs to result i.
 extern const ResultRow kResultRows[48];
-/// The first row that fits counts; the last one fits every exception.
+/// The first matching row counts; the last one matches every exception.
 extern const ExceptionRow kExceptionRows[25];
 
 }  // namespace vesk

@@ -12,11 +12,11 @@ namespace ownsockets {
 
 namespace {
 
-std::atomic<ino_t> gInodes[kHighest + 1];  // by descriptor; 0 for one that is no session's
+std::atomic<ino_t> gInodes[kHighest + 1];  // by descriptor; 0 if it is no session's
 std::atomic<int> gEnd{0};                  // no descriptor from here on has ever been marked
 std::atomic<unsigned long> gForkGeneration{0};
 
-// In the child, where only calls that are safe in a signal handler may be made.
+// Runs in the child, where only calls that are safe in a signal handler are allowed.
 void closeCopies() {
   const int error = errno;
   gForkGeneration.fetch_add(1, std::memory_order_relaxed);

@@ -13,10 +13,10 @@ namespace ownsockets {
 /// session closes it in the child with its next request.
 constexpr int kHighest = (1 << 14) - 1;
 void add(int fd, ino_t inode);
-/// Takes the mark back. To be called after the descriptor has been closed.
+/// Removes the mark. Call it after closing the descriptor.
 void remove(int fd, ino_t inode);
 
-/// Whether the descriptor is the socket with that inode, and nothing that took its number since. With
+/// Whether the descriptor is still the socket with that inode, not something that has reused its number. With
 /// `found`, stores the inode that the descriptor has now, 0 if it is closed.
 bool isStill(int fd, ino_t inode, ino_t* found = nullptr);
 

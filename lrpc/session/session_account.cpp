@@ -38,7 +38,7 @@ ValidationResult LocalRpcSession::addUser(const std::string& user, const Shredde
       .askOnce();
 }
 
-// The daemon tells this form from the other by the number of fields.
+// The daemon distinguishes the two forms by the number of fields.
 ValidationResult LocalRpcSession::addUserKrb5(const std::string& user, const Shredder& password,
                                               const std::string& uid, const std::string& gid,
                                               const std::string& fullName, const std::string& home,

@@ -1,4 +1,4 @@
-// The operations around logins: checking a person, and telling the daemon of logins.
+// The operations around logins: checking a user, and reporting logins to the daemon.
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/log.h>

@@ -20,7 +20,7 @@ bool endList(LocalRpcSession& session, DSObjectType kind) {
   return Exchange(session, IPC_OP_END_LIST, kind, kUnused).askOnce() != VR_SUCCESS;
 }
 
-// For a failure the reply holds the daemon's exception.
+// After a failure the reply contains the daemon's exception.
 IPCReply& successOf(Exchange& exchange) {
   if (exchange.ask() != VR_SUCCESS) exchange.reply.getAndThrowIPCException();
   return exchange.reply;

@@ -34,7 +34,7 @@ class Lookup : public Exchange {
       : Exchange(session, opcode, type, scope, keyKind, (flags & CHECK_AD_FIRST) != 0,
                  (flags & GROUP_MEMBERSHIP) != 0, key) {}
 
-  // The next entry moves a place that the daemon keeps, so it is never asked for twice.
+  // Asking for the next entry advances a position in the daemon, so the request is never repeated.
   ValidationResult askByName(const std::string& name) { return name == NEXT_ENTRY ? askOnce() : ask(); }
 };
 

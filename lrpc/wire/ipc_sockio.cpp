@@ -24,7 +24,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Milliseconds until then as poll takes them; not less than 0.
+// Milliseconds until then, for poll; at least 0.
 int millisecondsUntil(Clock::time_point end) {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
   return static_cast<int>(std::clamp<decltype(left)>(left, 0, INT_MAX));
@@ -84,7 +84,7 @@ constexpr char kConnectLogger[] = "lrpc.ipcmessage";
 constexpr int kDefaultConnectTimeout = 5;
 constexpr int kDefaultTimeout = 300;
 
-// A configured number of seconds as the waits take it.
+// A configured number of seconds, limited to the range of int.
 int seconds(long configured) {
   return static_cast<int>(std::clamp<long>(configured, INT_MIN, INT_MAX));
 }
@@ -134,7 +134,7 @@ void connectTo(int fd, const std::string& path) {
   waitForConnection(fd);
 }
 
-// Neither name nor control data goes with the bytes.
+// A message of these bytes, without an address or control data.
 msghdr messageOf(iovec& bytes) {
   msghdr message = {};
   message.msg_iov = &bytes;
@@ -168,7 +168,7 @@ int IPCconnect(std::string path) {
   return socket.release();
 }
 
-// The low number is given back before anything is sent: an unconnected socket takes no bytes.
+// A low number is released before connecting: until then the socket accepts no bytes.
 UniqueFd connectPrivately(const std::string& path) {
   UniqueFd socket = newSocket(SOCK_CLOEXEC);
   if (socket.get() <= STDERR_FILENO) {

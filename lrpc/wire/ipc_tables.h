@@ -1,4 +1,4 @@
-/// The texts of the numbers that travel in messages. Internal.
+/// Texts for the numbers that messages contain. Internal.
 #pragma once
 
 #include <cstddef>

@@ -32,7 +32,7 @@ constexpr size_t kAround = 16;  // more than a field's tag and length ever need
   FOKRAZO_THROW(IOException, "IOException", 0, "%s", failure);
 }
 
-// Frames of up to a megabyte are taken whatever is configured: the limit is there to save memory.
+// Frames of up to a megabyte are accepted whatever is configured: the limit is there to save memory.
 constexpr uint32_t kUnlimitedLength = 1 << 20;
 constexpr unsigned int kDefaultMaxSize = 256;  // megabytes
 
@@ -41,7 +41,7 @@ size_t longestMessage() {
   return megabytes > 0 ? size_t{static_cast<unsigned>(megabytes)} << 20 : 0;
 }
 
-// A frame of which nothing, or nothing more, was read.
+// Reports a frame that could not be read, or not completely.
 [[noreturn]] void failFrame(uint32_t length, int code, int error) {
   FOKRAZO_THROW_ERRNO(IOException, "IOException", code, error, "read %u bytes from IPC", length);
 }
@@ -58,7 +58,8 @@ struct FreeElement {
 // The bytes of a frame while it is being received.
 class IncomingBytes {
  public:
-  // The system provides zeroed memory page by page, as it is touched. One more byte ends a text at the end.
+  // The system provides zeroed memory page by page, as it is touched. One extra byte terminates a text at the
+  // end.
   explicit IncomingBytes(unsigned int length)
       : m_bytes{length, static_cast<char*>(qtr_ber_memcalloc(1, size_t{length} + 1))} {}
   ~IncomingBytes() {

@@ -9,7 +9,7 @@
 
 namespace vesk {
 
-/// Wipes the bytes and frees them when it goes. Belongs to one thread.
+/// Wipes and frees the bytes when destroyed. Belongs to one thread.
 class ReceivedText {
  public:
   ReceivedText() = default;

@@ -1,4 +1,4 @@
-/// Directory objects as a person writes them down.
+/// Directory objects in a readable notation.
 #pragma once
 
 #include <algorithm>

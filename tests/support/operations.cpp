@@ -28,7 +28,7 @@ Guid guid(const char* text) {
   return guid;
 }
 
-// With all attributes: an answer that is cut or mixed with another one would show.
+// With all attributes, to reveal an answer that is cut short or mixed with another.
 std::string whole(LocalRpcSession& session) {
   return outcomeOf([&] {
     ADObject object = session.getUserObj("xbjork", GROUP_MEMBERSHIP);
@@ -172,7 +172,7 @@ const std::vector<Operation>& operations() {
 
 bool isFailure(const Operation& operation, const std::string& outcome) {
   static const std::set<std::string> kClasses = {
-      "",  // the daemon's own have no name; so it tells of a listing that it does not know
+      "",  // the daemon's exceptions have no class name: it sends one for an unknown listing
       "ConnectionBrokenException",
       "TimeoutException",
       "IOException",

@@ -1,5 +1,5 @@
 /// The operations of a session that have out arguments. Each returns one line: what the call returns or
-/// throws, and then its out arguments. One that is left alone is 5, "key", "why", "first" or "second".
+/// throws, and then its out arguments. An untouched one is 5, "key", "why", "first" or "second".
 #pragma once
 
 #include <string>

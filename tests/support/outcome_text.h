@@ -1,4 +1,4 @@
-/// What a call comes to, as one line for comparisons.
+/// The outcome of a call, as one line for comparisons.
 #pragma once
 
 #include <string>
@@ -37,7 +37,7 @@ inline std::string text(const vesk::PagedSearchHandle&) {
   return "handle";
 }
 
-/// The text of what it returns, or what it throws.
+/// What it returns or throws, as text.
 template <class Action>
 std::string outcomeOf(Action action) {
   std::string value;

@@ -33,9 +33,9 @@ class ScriptedPeer {
 
   /// Closes the connection, if there is one, and takes the next.
   ScriptedPeer& accept();
-  /// Reads one frame, which must be that message. Accepts a connection before, if there is none.
+  /// Reads one frame, which must be that message. Accepts a connection first if there is none.
   ScriptedPeer& expect(const std::string& message);
-  /// The client closes the connection, without a further byte.
+  /// Waits until the client closes the connection; it must not send another byte.
   ScriptedPeer& expectClosed();
 
   /// Sends the message in its frame.
@@ -43,20 +43,21 @@ class ScriptedPeer {
   /// Sends bytes as they are.
   ScriptedPeer& sendRaw(const std::string& bytes);
 
-  /// Keeps the connection and says nothing.
+  /// Keeps the connection open and sends nothing.
   ScriptedPeer& stall() { return *this; }
   /// Does anything else.
   ScriptedPeer& then(Step step);
-  /// Closes the connection, when the client has taken what was sent; ends only the direction to the client.
+  /// hangUp closes the connection once the client has received everything; endStream ends only the direction
+  /// to the client.
   ScriptedPeer& hangUp();
   ScriptedPeer& endStream();
   /// A new listener takes the place of the old one, without a moment in between, and the connection is
   /// closed.
   ScriptedPeer& restart();
-  /// Nobody listens from here on until restart.
+  /// Stops listening until restart.
   ScriptedPeer& down();
 
-  /// Waits for the script. Success if every step was, and the client has sent or opened nothing more.
+  /// Waits for the script. Succeeds if every step did, and the client has sent or opened nothing more.
   ::testing::AssertionResult finished();
 
  private:

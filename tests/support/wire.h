@@ -1,4 +1,4 @@
-/// Bytes of the protocol as a person writes them down; made without the library, so that both ends of a test
+/// Bytes of the protocol in a readable notation, made without the library so that the two ends of a test
 /// cannot share a fault.
 #pragma once
 
@@ -7,7 +7,7 @@
 
 namespace testsupport {
 
-/// The bytes of hexadecimal digits; blanks count for nothing.
+/// The bytes of hexadecimal digits; blanks are ignored.
 std::string hex(const std::string& digits);
 
 /// A number in the host's order.

@@ -13,10 +13,10 @@
 
 namespace vesk {
 
-/// The bits of a file's mode that say who may read, write and execute.
+/// The permission bits of a file's mode.
 constexpr mode_t kPermissionBits = 0777;
 
-/// How long a process waits for another one's lock on a file: a second, in so many attempts.
+/// How long a process waits for another process's lock on a file: one second, in this many attempts.
 constexpr int kLockAttempts = 100;
 constexpr long kLockPauseMilliseconds = 10;
 
@@ -32,7 +32,7 @@ bool writeAll(int fd, const std::string& content);
 /// Appends the names of a directory's entries without "." and "..", in the system's order. False on failure.
 bool listDirectory(const UniqueFd& directory, std::vector<std::string>& names);
 
-/// Identifies a file whatever names it has. A default one identifies none.
+/// Identifies a file, whatever its names. A default-constructed one identifies none.
 struct FileId {
   FileId() = default;
   explicit FileId(const struct stat& info) : device(info.st_dev), inode(info.st_ino) {}
@@ -45,14 +45,14 @@ struct FileId {
 
 /// Whether both descriptors are of one file.
 bool isSameFile(int fd, int other);
-/// Whether the name is still one of the open file. It is not if it is a symbolic link, or belongs to another
-/// file by now, or is gone.
+/// Whether the name still belongs to the open file. False if it is a symbolic link, now names another file,
+/// or is gone.
 bool isNameOf(const std::string& name, int fd);
-/// Whether the path, its symbolic links followed, leads to the open file.
+/// Whether the path leads to the open file. Symbolic links are followed.
 bool leadsTo(const std::string& path, int fd);
 
-/// Takes the lock of an open file, which ends with the descriptor and with the process. False if another
-/// process holds it; never waits. True, without a lock, where the file system has none.
+/// Locks an open file until its descriptor is closed or the process ends. False if another process holds it;
+/// never waits. True, without a lock, where the file system has none.
 bool tryLock(int fd);
 
 /// Throws SystemException "OS call failed: " and the system's text, with `error` as its code.

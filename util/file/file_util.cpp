@@ -33,9 +33,9 @@ constexpr char kSource[] = "util/file_util";
 constexpr char kLogger[] = "util.file";
 constexpr int kMaxLinks = 100;
 constexpr size_t kBlockSize = 16 * 1024;
-constexpr mode_t kNewFileMode = 0666;  // as far as the umask lets it
+constexpr mode_t kNewFileMode = 0666;  // less the umask
 
-// The functions that make temporary files fail with the code -1.
+// Failures to make a temporary file have the code -1.
 [[noreturn]] void throwNoTempFile(int error) {
   FOKRAZO_THROW_CALL_FAILED(-1, error);
 }
@@ -80,7 +80,7 @@ bool noPath(std::string& out) {
   return false;
 }
 
-// Replaces the path of a link by the path that the link points at. False if the link cannot be read.
+// Replaces the path of a link with the path of its target. False if the link cannot be read.
 bool followLink(std::string& path) {
   std::string target(PATH_MAX - 1, '\0');
   const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());

@@ -10,7 +10,7 @@
 
 namespace {
 
-// A lock may be free again by the time its holder is asked for: then it is tried once more.
+// A lock may be released before its holder is looked up: then it is tried once more.
 constexpr int kLockAttempts = 10;
 
 struct flock wholeFile(short type) {

@@ -65,8 +65,8 @@ Path parentOf(const Path& path) {
   return parent;
 }
 
-// Sets mode and owner before it looks at the result of mkdir: a directory that existed gets them too, and if
-// none could be made, setting them is what fails.
+// Sets mode and owner before checking the result of mkdir: an existing directory gets them too, and if mkdir
+// failed, setting them fails.
 void makeDirectory(const Path& path, unsigned mode, const Owner* owner) {
   const int made =
       callAt(path, [=](int directory, const char* name) { return ::mkdirat(directory, name, mode); });

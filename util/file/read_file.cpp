@@ -29,7 +29,7 @@ std::string readFile(std::string path) {
   std::string bytes(static_cast<size_t>(status.st_size), '\0');
   const UniqueFd file = openFile(path);
   checkCall(static_cast<bool>(file), file.get());
-  errno = 0;  // too few bytes are no error of the system's
+  errno = 0;  // too few bytes are not a system error
   const ssize_t count = read(file.get(), bytes.data(), bytes.size());
   checkCall(count == status.st_size, count);
   return bytes;

@@ -49,7 +49,7 @@ bool ReplacementFile::openShared() {
     if (!fd) return false;
     if (!tryLock(fd.get())) {
       pause::forMilliseconds(kLockPauseMilliseconds);
-    } else if (isNameOf(m_name, fd.get())) {  // the writer before may have renamed or removed it
+    } else if (isNameOf(m_name, fd.get())) {  // the previous writer may have renamed or removed it
       m_fd = std::move(fd);
       return true;
     }
@@ -59,7 +59,7 @@ bool ReplacementFile::openShared() {
 }
 
 bool ReplacementFile::write(const std::string& content, mode_t mode) {
-  // What a killed writer left in the shared file may be longer.
+  // A killed writer may have left a longer text in the shared file.
   return ::ftruncate(m_fd.get(), 0) == 0 && writeAll(m_fd.get(), content) && ::fchmod(m_fd.get(), mode) == 0;
 }
 

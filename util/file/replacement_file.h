@@ -10,11 +10,12 @@
 namespace vesk {
 
 /// The next content of a file, in a temporary file beside it that takes the file's place by rename. A reader
-/// sees the old content or the new one, whole, also if the writer is killed or the machine crashes. Whatever
-/// stands in the file's place is replaced: a symbolic link is not followed.
+/// sees the old content or the new one, whole, even if the writer is killed or the machine crashes. Anything
+/// with the file's name is replaced: a symbolic link is not followed.
 ///
 /// A live object holds the lock of its temporary file, so that other processes can tell it from one that a
-/// killed writer left. What fails returns false with the reason in errno, and the file is as it was.
+/// killed writer left. An operation that fails returns false with the reason in errno, and leaves the file as
+/// it was.
 class ReplacementFile {
  public:
   explicit ReplacementFile(std::string path);
@@ -29,20 +30,20 @@ class ReplacementFile {
   /// writer (EWOULDBLOCK).
   bool openShared();
 
-  /// The name of the temporary file, or what it was to be if it could not be opened.
+  /// The name of the temporary file, or the intended name if it could not be opened.
   const std::string& name() const { return m_name; }
   int fd() const { return m_fd.get(); }
 
   /// Makes this the whole content of the temporary file, and sets its mode.
   bool write(const std::string& content, mode_t mode);
-  /// Brings what was written to the disk.
+  /// Flushes what was written to the disk.
   bool sync();
   /// Takes the file's place.
   bool replace();
   /// As replace, and gives the file the security label that its path demands; see renameFile.
   bool replaceAndLabel();
 
-  /// Whether a path is one of openUnique's. Only its last component counts.
+  /// Whether a path names a temporary file of openUnique. Only its last component counts.
   static bool isTemporary(const std::string& path);
   /// Removes such a temporary file unless its writer is alive, or may be. Failures are ignored.
   static void removeLeftover(const std::string& path);

@@ -31,8 +31,8 @@ int copyTo(char* dst, size_t size, const char* path) {
   return -1;
 }
 
-// Removes anything in the directory's place that is not one; a link is not followed. Another process may make
-// the directory at the same time. False with errno.
+// Removes anything with the directory's name that is not a directory, and makes it. Links are not followed.
+// Another process may make the directory at the same time. False with errno.
 bool makeWayForDirectory(const UniqueFd& parent, const char* name) {
   struct stat info;
   const bool there = ::fstatat(parent.get(), name, &info, AT_SYMLINK_NOFOLLOW) == 0;

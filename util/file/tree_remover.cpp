@@ -80,7 +80,7 @@ void TreeRemover::leave() {
   struct stat info;
   UniqueFd parent = openFileAt(m_directory.get(), "..", Open::Location | Open::Directory);
   if (!parent || ::fstat(parent.get(), &info) != 0 || FileId(info) != done.parent)
-    // Somebody has moved the directory away: what is above it now is not ours to touch.
+    // The directory was moved: what is above it now must not be touched.
     throwPathFailure(ESTALE, "Cannot remove directory %s", pathOf(done.name));
   m_directory = std::move(parent);
   removeDirectory(done.name);

@@ -19,7 +19,7 @@ class TreeRemover {
   /// `location` is that of `root`; both must outlive the object.
   TreeRemover(const Path& root, const PathLocation& location);
 
-  /// Removes all below the root, not the root itself.
+  /// Removes everything below the root, but not the root itself.
   /// @throws IOException, SystemException as Path::remove
   void removeContents();
 

@@ -6,7 +6,7 @@
 
 namespace vesk {
 
-/// Closes its descriptor at the end of its life and leaves errno as it is. Belongs to one thread.
+/// Closes its descriptor when destroyed, without changing errno. Belongs to one thread.
 class UniqueFd {
  public:
   UniqueFd() = default;
@@ -25,7 +25,7 @@ class UniqueFd {
 
   explicit operator bool() const { return m_fd >= 0; }
   int get() const { return m_fd; }
-  /// Returns the descriptor, which is the caller's from then on.
+  /// Returns the descriptor, which the caller then owns.
   int release() { return std::exchange(m_fd, -1); }
   /// As the system's call, but not a cancellation point, because destructors call it. 0 if there is no
   /// descriptor.

@@ -34,9 +34,8 @@ std::string displayName(const std::string& fullName) {
 
 }  // namespace
 
-// The child of a fork that came while another thread was changing the tree begins with the root alone.
-// Loggers that it holds already stay as they are.
-// (There is no other thread whose lock it could be.)
+// If another thread was changing the tree during a fork, the child starts again with the root alone. Loggers
+// that were already handed out stay as they are. (Takes no lock: the child has no other thread.)
 void LoggerTree::inChild(bool intact) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   if (Logger::m_levelGeneration % 2 != 0) ++Logger::m_levelGeneration;
   if (intact || gNamedLoggers == nullptr) return;

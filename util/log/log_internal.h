@@ -30,13 +30,13 @@ constexpr char kLoggingLogger[] = "com.zantrel.logger";
 
 /// Guards the tree of loggers. Recursive: finding a logger makes its ancestors, configuring logs.
 Mutex& gNamedLoggersProtect();
-/// Guards the way that a message takes: the choice of the destination, the background queue, the memory log.
+/// Guards the path of a message: the choice of the destination, the background queue, the memory log.
 /// Recursive: code that holds it logs.
 Mutex& gLogMessageProtect();
 /// Whether a memory log has ever been started: until then messages are not offered to it. Set by the sinks.
 extern std::atomic<bool> gMemoryLogStarted;
 
-/// What a configuration says of one logger.
+/// What a configuration says about one logger.
 struct LoggerSettings {
   int level = Logger::kInherit;
   int facility = Logger::kInherit;

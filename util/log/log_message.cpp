@@ -35,7 +35,7 @@ bool isEmpty(const char* text) {
   return text == nullptr || *text == '\0';
 }
 
-// Read once: the child of a fork goes on showing its parent's process id.
+// Read once: a forked child keeps showing its parent's process id.
 struct ProcessIdentity {
   char host[64];
   int pid = static_cast<int>(getpid());
@@ -116,7 +116,7 @@ const char* programName() {
   return __progname;
 }
 
-// Local time, host, program and process. localtime_r looks at the time zone's file in each call, so a thread
+// Local time, host, program and process. localtime_r checks the time zone's file in each call, so a thread
 // keeps the text for a whole second.
 std::string_view whenAndWho() {
   thread_local struct {

@@ -18,7 +18,7 @@ bool isKept(const int* kept, std::size_t count, int fd) {
   return std::binary_search(kept, kept + count, fd);
 }
 
-// The number that `text` is, -1 if it is none, as "." and "..".
+// The number in `text`; -1 if it is not a number, such as "." and "..".
 int parseDescriptor(const char* text) {
   if (*text < '0' || *text > '9') return -1;
   int fd = 0;
@@ -76,7 +76,7 @@ bool closeByListing([[maybe_unused]] const int* kept, [[maybe_unused]] std::size
   if (listing < 0) return false;
   alignas(8) char entries[4096];
   long size;
-  // The listing goes by number, so that closing as it goes skips none.
+  // The listing is ordered by number, so closing descriptors during it skips none.
   while ((size = syscall(SYS_getdents64, listing, entries, sizeof entries)) > 0)
     closeListed(entries, size, kept, count, listing);
   close(listing);

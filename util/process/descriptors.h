@@ -1,5 +1,5 @@
 /// Closing and moving descriptors between fork and exec: every function here is safe in a signal handler,
-/// takes no lock and no memory. Internal.
+/// takes no lock and allocates no memory. Internal.
 #pragma once
 
 #include <cstddef>
@@ -7,12 +7,14 @@
 namespace vesk {
 namespace descriptors {
 
-/// Closes all descriptors but the `count` ones of `kept`, which is sorted in rising order, without duplicates
-/// and without negative numbers. The time depends on how many are open, not on how many could be; `limit`,
-/// the number of the first descriptor that cannot be, counts only for a system that cannot tell.
+/// Closes all descriptors but the `count` ones of `kept`, which is sorted in ascending order, without
+/// duplicates and without negative numbers. The time depends on how many are open, not on how many could be.
+/// `limit`, one more than the highest possible descriptor, is used only on a system that cannot list the open
+/// ones.
 void closeAllBut(const int* kept, std::size_t count, int limit);
 
-/// The ways of closeAllBut, best first. False: this system does not offer it, nothing is closed.
+/// The methods of closeAllBut, best first. False if the system does not support the method; then nothing is
+/// closed.
 bool closeByRange(const int* kept, std::size_t count);
 bool closeByListing(const int* kept, std::size_t count);
 void closeOneByOne(const int* kept, std::size_t count, int limit);

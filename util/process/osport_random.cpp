@@ -1,4 +1,4 @@
-// Thread-safe generators in the place of the system's. They bear the system's names for the linker alone:
+// Thread-safe replacements for the system's generators. They have the system's names only for the linker:
 // <stdlib.h> promises that its functions throw nothing, which a failing mutex would break.
 #include <cstdlib>
 
@@ -18,7 +18,7 @@ namespace {
 
 bool gSeeded = false;  // guarded by the mutex below
 
-// Taken in every program, also in one whose threads are not made by Thread.
+// Locked in every program, even one whose threads are not made by Thread.
 vesk::Mutex& gRandomMutex() {
   return vesk::forkedLock(vesk::ForkOrder::RandomNumbers);
 }
@@ -39,7 +39,7 @@ int drawRand() {
   return static_cast<int>(drawRandom());
 }
 
-// The generator does not count as seeded: the first number drawn replaces this seed by the clock's.
+// This does not count as seeding: the first number drawn replaces the seed with the clock's.
 void seedRandom(unsigned int seed) {
   const vesk::BriefHold hold(gRandomMutex());
   srand48(seed);

@@ -25,7 +25,7 @@ constexpr int kDoNotWait = 1;
 constexpr int kReplace = 2;
 
 constexpr int kNoTimeout = -1;
-constexpr long kPollInterval = 500;  // milliseconds; there are two polls to a second
+constexpr long kPollInterval = 500;  // milliseconds: two polls per second
 
 struct Child {
   pid_t pid;
@@ -73,7 +73,7 @@ class Program {
     m_kept.erase(std::unique(m_kept.begin(), m_kept.end()), m_kept.end());
   }
 
-  /// Becomes the program, or ends the process with the negated errno.
+  /// Executes the program, or exits with the negated errno.
   [[noreturn]] void become() noexcept {
     if (m_count > 0) {
       vesk::descriptors::closeAllBut(m_kept.data(), m_kept.size(), m_limit);
@@ -100,8 +100,8 @@ class Program {
   int m_limit;
 };
 
-// Returns the process id, which is then in the list, or -1 with errno. A cancelled thread goes on to the end
-// of this function: otherwise nobody would collect the child.
+// Returns the process id, which is then in the list, or -1 with errno. A cancelled thread completes this
+// function: otherwise nobody would collect the child.
 pid_t startChild(Program& program, bool awaited) {
   const vesk::BriefHold hold(gSpawnMutex());
   Children& children = spawnedChildren();
@@ -148,7 +148,7 @@ class AwaitedChild {
   AwaitedChild& operator=(const AwaitedChild&) = delete;
 
  private:
-  // Another part of the program has collected the child, or the system does.
+  // Another part of the program, or the system, has collected the child.
   int endUnknown() {
     const int error = errno;
     forget();
@@ -156,7 +156,7 @@ class AwaitedChild {
     return -1;
   }
 
-  // Its place in the list, which is the end if spawnfv_reap has dropped it.
+  // Its position in the list; the end if spawnfv_reap has dropped it.
   Children::iterator find(Children& children) const {
     return std::find_if(children.begin(), children.end(),
                         [this](const Child& child) { return child.pid == m_pid; });

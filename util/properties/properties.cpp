@@ -35,7 +35,7 @@ struct TimeText {
   char unit = 0;
 };
 
-// What is too large for a number counts as the largest.
+// A number that is too large counts as the largest.
 TimeText scanTime(const std::string& text) {
   TimeText time;
   char* end;
@@ -47,11 +47,11 @@ TimeText scanTime(const std::string& text) {
   return time;
 }
 
-// The object of Props. Once it is made, Props returns it without gPropMtx, which comes before its own mutex:
-// a load, which holds that one, asks for the object too.
+// The object of Props. Once it exists, Props returns it without locking gPropMtx, which must be taken before
+// the object's own mutex: a load holds the latter and calls Props too.
 std::atomic<Properties*> gMade{nullptr};
 
-// The child of a fork that came in the middle of a load loads for itself.
+// A child that was forked during a load loads again.
 void abandonInstance(bool intact) {
   if (intact) return;
   gMade.store(nullptr, std::memory_order_release);
@@ -66,14 +66,14 @@ Properties* makeInstance(bool debugDump) {
   if (instance) return instance;
   instance = new Properties(true, debugDump);
   vesk::heldOverFork(vesk::ForkOrder::Properties, instance->mutex);
-  // Others find it from here on, and wait for the load.
+  // From here on, other threads find it and wait for the load.
   Lock loading(instance->mutex);
   gMade.store(instance, std::memory_order_release);
   instance->load(vesk::paths::kConfigFile, true);
   return instance;
 }
 
-// All that is left of the stream. False if reading fails or there is too much of it.
+// The rest of the stream. False if reading fails or there is too much of it.
 bool readStream(std::istream& stream, std::string& text) {
   std::string block(kBlockSize, '\0');
   while (stream.good() && text.size() <= vesk::kMaxPropertyFile) {
@@ -171,7 +171,7 @@ bool Properties::reload() {
   return m_loaded;
 }
 
-// What an earlier load left in the final values stays: a second load merges over the first.
+// Keeps the final values of an earlier load: a second load merges over the first.
 void Properties::begin(bool expand) {
   m_expandVariables = expand;
   m_loaded = false;
@@ -198,7 +198,7 @@ void Properties::parse(const std::string& file, bool expand) {
 }
 
 // `text` comes from getPropertyFromLine and is raw afterwards. The search for the key starts after `near`, as
-// files tend to have related keys together. Returns the place of the key.
+// files tend to have related keys together. Returns the key's position.
 Properties::Table::iterator Properties::assign(Table::iterator near, const std::string& key,
                                                std::string& text) {
   expandEnvVariables(text);
@@ -290,7 +290,7 @@ std::unique_ptr<Properties::Map> Properties::getMap(const std::string& prefix) {
   return map;
 }
 
-// All keys with the prefix stand together, as the order ignores case like the prefix does.
+// All keys with the prefix are adjacent, because both the order and the prefix ignore case.
 bool Properties::filter(const std::string& prefix, iterator& begin, iterator& end) {
   Lock lock(mutex);
   begin = m_table.lower_bound(prefix);

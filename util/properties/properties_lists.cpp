@@ -95,7 +95,7 @@ bool isTextOfLine(const std::string& text) {
          back == text;
 }
 
-/// Dollar signs as a load without expansion marks them.
+/// Marks dollar signs as a load without expansion does.
 std::string markDollars(const std::string& text) {
   std::string marked;
   for (char c : text) marked.append(c == '$' ? 2 : 1, c);

@@ -37,8 +37,8 @@ bool refersToFile(std::string raw) {
   return PropertySyntax::isFileReference(raw);
 }
 
-/// True if the lock file may be there no longer, so that a new one is worth trying at once; false with errno
-/// if nothing can be done about it. Waits a little for a fresh one.
+/// True if the lock file may be gone, so that a new one is worth trying at once; false with errno if nothing
+/// can be done about it. Waits a little for a fresh one.
 bool getPastLock(const std::string& lockPath) {
   struct stat info;
   if (::stat(lockPath.c_str(), &info) != 0) return errno == ENOENT;
@@ -86,8 +86,8 @@ class Properties::Saver {
   Saver(Properties& properties, const std::string& text)
       : m_properties(properties), m_text(text), m_lines(text) {}
 
-  /// False, with a message in the log, if a key in memory is one that no file can hold. The caller holds the
-  /// properties' lock, which the compiler cannot know by the name that it has here.
+  /// False, with a message in the log, if a key in memory cannot be written to any file. The caller holds the
+  /// properties' lock, but the compiler does not recognise it by its name here.
   bool run(std::string& out) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
     std::string line;
     std::string extra;

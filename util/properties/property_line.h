@@ -11,7 +11,7 @@
 
 namespace vesk {
 
-/// No file of properties or of list items is read beyond this, so that a wrong path costs no more.
+/// The most that is read of a file of properties or list items. Limits the cost of a wrong path.
 constexpr size_t kMaxPropertyFile = 64 * 1024 * 1024;
 
 /// Characters of the syntax, whatever the locale.

@@ -104,7 +104,7 @@ std::string escapeKey(const std::string& key) {
   return escaped;
 }
 
-/// Whether unescapeValue would take quotes off.
+/// Whether unescapeValue would remove quotes.
 bool isOneQuotedRegion(const std::string& value) {
   if (value.size() < 2 || (value[0] != '"' && value[0] != '\'')) return false;
   bool escaped = false;
@@ -130,7 +130,7 @@ size_t appendUnmarked(const std::string& value, size_t dollar, std::string& out)
   return end;
 }
 
-/// The body of escapeValue, which puts no quotes around. `wrapped`: the caller does.
+/// The body of escapeValue, without enclosing quotes. `wrapped`: the caller adds them.
 std::string escapeCharacters(const std::string& value, bool keepDollar, bool wrapped) {
   std::string out;
   out.reserve(value.size() + 8);

@@ -50,8 +50,8 @@ bool QueueAble::keepQueuedItem(long) {
   return false;
 }
 
-/// The first runner's place while it serves the queue. Only a thread of the class Thread takes it. No
-/// cancellation takes effect while the place is taken or left, or it would stay taken.
+/// The first runner's seat while it serves the queue. Only a thread of the class Thread takes it. Taking and
+/// leaving the seat cannot be cancelled, or it would stay taken.
 class RunQueue::Seat {
  public:
   explicit Seat(RunQueue& queue) : m_queue(queue) {
@@ -201,7 +201,7 @@ void RunQueue::runQueue(int seconds) {
   while (const Item item = next(seconds, deadline)) runItem(*item);
 }
 
-// The next item; empty when it is time to leave. (Nor can the compiler follow a lock that may hold nothing.)
+// The next item; empty when it is time to leave. (The compiler cannot follow a lock that may hold nothing.)
 RunQueue::Item RunQueue::next(int seconds, time_t deadline) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   Lock lock(m_mutex);
   if (m_fullPending) reportFull(lock);
@@ -213,7 +213,7 @@ RunQueue::Item RunQueue::next(int seconds, time_t deadline) FOKRAZO_NO_THREAD_SA
     m_runnersWait = true;
     m_mutex.wait(seconds == 0 ? nullptr : &end);
     if (seconds != 0 && dayclock::now() >= deadline) return {};
-    // In a process with one thread the wait held nothing; a second thread may have been started meanwhile.
+    // In a process with one thread the lock holds nothing; a second thread may have been started meanwhile.
     lock.doLock();
   }
 }

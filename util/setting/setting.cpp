@@ -48,7 +48,7 @@ void cleanUpOnce(SettingStore& store, const std::string& dir) FOKRAZO_REQUIRES(s
   store.cleanedUp = true;
 }
 
-// False if the name has to go on waiting.
+// False if the name must keep waiting.
 bool rewrite(const SettingStore& store, const std::string& name, const std::string& dir)
     FOKRAZO_REQUIRES(settingsMutex()) {
   const auto entry = store.values.find(name);

@@ -11,7 +11,7 @@ namespace {
 
 MadeOnce<SettingStore> gStore;
 
-// In the child of a fork that came while the store was being changed. The directory stays: it is set before
+// For a child that was forked while the store was being changed. The directory stays: it is set before
 // anything else happens. No other thread is left to guard against.
 void abandonSettings(bool intact) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   SettingStore* const store = gStore.ifMade();

@@ -40,8 +40,8 @@ class FOKRAZO_SCOPED_CAPABILITY LockedStore {
   SettingStore& operator*() const { return m_store; }
 
  private:
-  /// Counts one thread's nested holds. The first one has the configuration loaded, and thereby the log
-  /// opened: that takes locks which must not be waited for while the store is held.
+  /// Counts one thread's nested holds. The first one loads the configuration, and so opens the log: that
+  /// takes locks that a thread must not wait for while it holds the store.
   class Hold {
    public:
     Hold();

@@ -32,8 +32,8 @@ bool moveFile(const std::string& from, const std::string& to, unsigned int flags
   return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0;
 }
 
-// Whether no living process works on the file of this name, and another user cannot have put it there. An
-// empty file is just being made.
+// Whether no running process is working on the file and no other user can have put it there. An empty file is
+// still being made.
 bool isLeftover(const std::string& name, int file) {
   struct stat status;
   return ::fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1 &&

@@ -29,8 +29,8 @@ class LogBackups {
 
  private:
   struct Taken {
-    std::string name;  // one that nobody else uses; empty if there is nothing
-    UniqueFd lock;     // keeps others from taking it for left over
+    std::string name;  // used by nobody else; empty if there is nothing
+    UniqueFd lock;     // keeps others from taking it for a leftover
     UniqueFd place;    // where the compressed file goes
   };
 

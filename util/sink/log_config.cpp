@@ -15,8 +15,8 @@ namespace vesk {
 namespace {
 
 // One run over the configuration. Requires: both locks of the logger are held. All loggers get their new
-// settings at its end, so that other threads go on logging by the old ones; only the logger that takes the
-// complaints gets its own at once.
+// settings at its end, so that other threads keep logging by the old ones; only the logger for complaints
+// gets its own at once.
 class Reconfiguration {
  public:
   explicit Reconfiguration(Properties& properties);
@@ -31,8 +31,8 @@ class Reconfiguration {
  private:
   using Entry = std::pair<const std::string, std::string>;
 
-  // Calls `apply` with the rest of the name and the entry, for every property with the prefix. Where nothing
-  // is left of the name, logs `complaint` instead, a format that takes the whole key.
+  // Calls `apply` with the rest of the name and the entry, for every property with the prefix. If nothing is
+  // left of the name, logs `complaint` instead, a format for the whole key.
   template <class Apply>
   void forEach(const std::string& prefix, const char* complaint, Apply apply);
   void set(const std::string& name, int LoggerSettings::*field, int value);
@@ -42,7 +42,7 @@ class Reconfiguration {
   Logger& root() FOKRAZO_REQUIRES(gNamedLoggersProtect()) { return *LoggerTree::root(); }
 
   Properties& m_properties;
-  boost::shared_ptr<Logger> m_logger;  // takes the complaints
+  boost::shared_ptr<Logger> m_logger;  // for complaints
   LoggerSettings m_rootSettings;
   boost::unordered_map<std::string, LoggerSettings> m_settings;  // of the loggers that have any
 };

@@ -34,8 +34,8 @@ void flushAtExit() {
   if (!gFlushesAtExit.exchange(true)) atexit([] { gFileLogging().flushFromNowOn(); });
 }
 
-// The parent writes what the cache holds. A file that another thread was working on is left to the parent
-// altogether: the child's next message opens it anew.
+// The parent writes what the cache holds. A file that another thread was using is left entirely to the
+// parent: the child's next message opens it again.
 void fileInChild(bool intact) {
   FileLogging* const file = gFile.ifMade();
   if (file == nullptr) return;

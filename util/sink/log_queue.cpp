@@ -1,4 +1,4 @@
-// The way of a finished message: straight to the destination, or through the background queue.
+// The path of a finished message: directly to the destination, or through the background queue.
 
 #include "util/sink/log_queue.h"
 
@@ -128,7 +128,7 @@ void joinQuietly(Thread& thread) {
   try {
     thread.join();
   } catch (const VESKException&) {
-    // The throw has left a log line; the queue is written out all the same.
+    // The throw has logged itself; the queue is still written out.
   }
 }
 
@@ -138,7 +138,7 @@ unsigned int queueSize(int configured) {
   return logger && logger->isEnabled(Logger::Debug) ? size * kDebugFactor : size;
 }
 
-// From here on what is logged is held. Returns the queue, to which other threads may still be posting.
+// From here on, new messages are held. Returns the queue, to which other threads may still be posting.
 boost::shared_ptr<RunQueue> beginStop() {
   LogRoute& current = route();
   Lock lock(gLogMessageProtect());
@@ -158,8 +158,8 @@ QueuedMessages takeHeld() {
   return std::exchange(current.held, {});
 }
 
-// Writes what was held, and opens the direct way. The bulk is written without the lock; only what has come
-// meanwhile is written under it, so that it stays in front of what comes later.
+// Writes the held messages, and then lets new ones go directly. Most are written without the lock; only those
+// that arrived meanwhile are written under it, so that they stay ahead of later ones.
 void finishStop() {
   writeNow(takeHeld());
   LogRoute& current = route();

@@ -25,7 +25,7 @@ class HeldMessages {
   HeldMessages(const HeldMessages&) = delete;
   HeldMessages& operator=(const HeldMessages&) = delete;
 
-  /// Until the end of this scope messages are held. Requires: gLogMessageProtect is held throughout.
+  /// Holds messages until the end of this scope. Requires: gLogMessageProtect is held throughout.
   class Scope {
    public:
     explicit Scope(HeldMessages& held) FOKRAZO_REQUIRES(gLogMessageProtect());

@@ -32,7 +32,7 @@ struct Range {
   uint32_t first, last;
 };
 
-// Terminal controls, marks and overrides of the direction of writing, separators of lines.
+// Terminal controls, marks and overrides of the text direction, line separators.
 constexpr Range kUnsafe[] = {
     {0x80, 0x9F}, {0x61C, 0x61C}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
 
@@ -41,7 +41,7 @@ bool isUnsafe(uint32_t character) {
                      [&](const Range& range) { return character >= range.first && character <= range.last; });
 }
 
-// The length of the character of several bytes that the text begins with; 0 if it has to be escaped.
+// The length of the multi-byte character that the text begins with; 0 if it has to be escaped.
 size_t multibyteLength(const unsigned char* text, size_t length) {
   for (const Lead& lead : kLeads) {
     if (text[0] < lead.first || text[0] > lead.last) continue;

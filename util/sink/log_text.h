@@ -1,8 +1,8 @@
 /// The text of a finished message, safe to write. Internal.
 ///
-/// Messages quote what comes from outside: user names, answers of the daemon, arguments. Nothing of that may
-/// end a line, begin a false one, or drive the terminal of the person who reads the log. So each sink passes
-/// the finished message through here, whatever it was made of.
+/// Messages quote what comes from outside: user names, answers of the daemon, arguments. None of it may end a
+/// line, forge one, or control the terminal on which the log is read. So each sink passes every finished
+/// message through here.
 #pragma once
 
 #include <cstdarg>
@@ -13,7 +13,7 @@
 namespace vesk {
 
 /// How many bytes at the start of the text can be written as they are. Escaped are: control characters but
-/// the tab (0x7F stays, as a dump of bytes shows it), bytes that are not UTF-8, and characters that order a
+/// the tab (0x7F stays, as a dump of bytes shows it), bytes that are not UTF-8, and characters that control a
 /// terminal (U+0080 to U+009F), separate lines (U+2028, U+2029) or change the direction of writing.
 size_t plainLength(const char* text, size_t length);
 
@@ -41,7 +41,7 @@ void appendEscaped(const char* text, size_t length, Append append) {
   }
 }
 
-/// Escapes the text in a buffer of `size` bytes. What then has no room is cut. Returns the new length; a 0
+/// Escapes the text in a buffer of `size` bytes. What no longer fits is cut. Returns the new length; a 0
 /// follows.
 size_t escapeInPlace(char* text, size_t length, size_t size);
 

@@ -27,13 +27,12 @@ struct DestinationSettings {
 
   /// Reads the process's configuration. Requires: none of the logger's locks is held.
   static DestinationSettings read();
-  /// Opens the destination. Where a log file cannot be opened, that is syslog, and root's message about it is
+  /// Opens the destination. If a log file cannot be opened, syslog is used, and root's message about it is
   /// held. Requires: a HeldMessages::Scope.
   void apply() const FOKRAZO_REQUIRES(gLogMessageProtect());
 };
 
-/// The memory log's level as a configuration has it. An illegal one counts as INFO, with a warning to
-/// `logger`.
+/// The memory log's level in a configuration. An illegal one counts as INFO, with a warning to `logger`.
 int memoryLevel(const std::string& text, const boost::shared_ptr<Logger>& logger);
 
 /// For the child of a fork: leaves the background queue to the parent.

@@ -17,7 +17,7 @@ namespace {
 MadeOnce<boost::shared_ptr<CircularBuffer>> gBuffer;
 
 // The queue is the parent's: the child writes straight to the destination, and may start a thread of its own.
-// An entry of the memory log that another thread was writing is half there, so the ring begins anew.
+// If another thread was writing an entry of the memory log, it is incomplete, so the ring starts over.
 void outputInChild(bool intact) {
   forgetQueueAfterFork();
   const boost::shared_ptr<CircularBuffer>* const buffer = gBuffer.ifMade();

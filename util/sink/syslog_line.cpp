@@ -58,7 +58,7 @@ UniqueFd connectToSyslog() {
   return made;
 }
 
-// As the C library does it, but never for long.
+// Sends a line as the C library does, but never waits long.
 void sendLine(int priority, const char* text) {
   if ((priority & LOG_FACMASK) == 0) priority |= gShowsProcess ? LOG_AUTH : LOG_USER;
   const time_t now = time(nullptr);

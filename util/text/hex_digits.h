@@ -6,7 +6,7 @@ namespace vesk {
 constexpr char kLowerDigits[] = "0123456789abcdef";
 constexpr char kUpperDigits[] = "0123456789ABCDEF";
 
-/// Writes the two digits of a byte and returns the place after them.
+/// Writes the two digits of a byte and returns the position after them.
 inline char* putHex(char* out, unsigned char byte, const char* digits = kLowerDigits) {
   *out++ = digits[byte >> 4];
   *out++ = digits[byte & 0xf];

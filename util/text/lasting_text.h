@@ -1,4 +1,4 @@
-/// The constants that are texts, hundreds of them in every process that loads the library. Internal.
+/// Text constants: every process that loads the library has hundreds of them. Internal.
 #pragma once
 
 #include <cstddef>

@@ -16,9 +16,9 @@
 
 namespace vesk {
 
-/// A static inside a function would do the same under a guard, and a child of a fork would wait for ever for
-/// a guard that another thread of its parent held. There is no guard here: two threads that come first at the
-/// same time both make an object, and one of the two is deleted. So making one must have no other effect.
+/// A static inside a function would need a guard, and a forked child would wait for ever for a guard that
+/// another thread of its parent held. Here there is no guard: if two threads come first at the same time,
+/// both make an object, and one of the two is deleted. So making one must have no other effect.
 /// Thread-safety: any thread, at any time. Constant-initialised: costs nothing at load time.
 template <class T>
 class MadeOnce {
@@ -27,7 +27,7 @@ class MadeOnce {
   MadeOnce(const MadeOnce&) = delete;
   MadeOnce& operator=(const MadeOnce&) = delete;
 
-  /// The object, made with `make` if need be: a function that returns a std::unique_ptr<T>.
+  /// The object, made with `make` if necessary: a function that returns a std::unique_ptr<T>.
   template <class Make>
   T& get(Make make) {
     if (T* made = m_object.load(std::memory_order_acquire)) return *made;
@@ -43,7 +43,7 @@ class MadeOnce {
   /// The object if it has been made, else null.
   T* ifMade() const { return m_object.load(std::memory_order_acquire); }
   /// Lets go of the object without destroying it; the next get() makes another one. For the child of a fork,
-  /// in which another thread of the parent has left the object half changed.
+  /// in which another thread of the parent may have left the object half changed.
   void abandon() {
     T* const abandoned = m_object.exchange(nullptr, std::memory_order_acq_rel);
     if (abandoned) FOKRAZO_LEAKS_ON_PURPOSE(abandoned);

@@ -7,7 +7,7 @@
 
 namespace {
 
-// What the system's character table is defined for.
+// The range for which the system's character table is defined.
 bool inTable(int c) {
   return c >= -1 && c <= 255;
 }

@@ -1,4 +1,4 @@
-/// The clock of the day in whole seconds. Internal: tests move it, so that no test has to wait.
+/// Wall-clock time in whole seconds. Internal: tests move it, so that no test has to wait.
 #pragma once
 
 #include <atomic>

@@ -39,8 +39,8 @@ timespec endOfPatience() {
   return end;
 }
 
-// A thread that holds one of the locks must not wait for those that come before it: their holder may be
-// waiting for that one.
+// A thread that holds one of the locks must not wait for an earlier one, whose holder may be waiting for this
+// thread's lock.
 void beforeFork() {
   const size_t waitFrom = pastOwn();
   const timespec end = endOfPatience();

@@ -13,8 +13,8 @@
 
 namespace vesk {
 
-/// The locks of which the process has one each, in the order in which they are taken, outermost first. A
-/// thread that holds one of them may take those further down.
+/// The locks that exist once per process, in the order in which they are taken, outermost first. A thread
+/// that holds one of them may take those further down.
 enum class ForkOrder {
   SpawnedChildren,   // held while the library itself forks
   LoginRecords,      //
@@ -35,18 +35,18 @@ enum class ForkOrder {
   Count
 };
 
-/// The lock of that place, where it is not part of another object. Any thread, at any time.
+/// The lock at that place, if it is not part of another object. Any thread, at any time.
 Mutex& forkedLock(ForkOrder place);
-/// Gives the place to a lock that is part of another object, and returns it. Called each time before the lock
-/// is taken, so that there is no moment at which a fork could overlook it. The lock must outlive the
+/// Assigns the place to a lock that is part of another object, and returns it. Called each time before the
+/// lock is taken, so that there is no moment at which a fork could overlook it. The lock must outlive the
 /// process's last fork.
 Mutex& heldOverFork(ForkOrder place, Mutex& mutex);
 
 /// What a child does about the state under one lock. `intact` is false if the fork did not get the lock: then
 /// the state may be half changed, and the function replaces it without reading it.
 using ForkedChild = void (*)(bool intact);
-/// Has `function` called in each child, once all locks are fresh; one function for each place. It must not
-/// wait for anything.
+/// Registers `function` to be called in each child, once all locks are fresh; one function for each place. It
+/// must not wait for anything.
 void inForkedChild(ForkOrder place, ForkedChild function);
 
 }  // namespace vesk

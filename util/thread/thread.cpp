@@ -29,7 +29,7 @@ pthread_key_t gTSDKey;
 pthread_once_t gTSDKeyOnce = PTHREAD_ONCE_INIT;
 std::atomic<bool> gTSDKeyMade{false};
 
-// How a new thread is made, by the configuration.
+// The attributes of a new thread, as configured.
 class Attributes {
  public:
   Attributes() { FOKRAZO_CHECK_OS_CALL(pthread_attr_init(&m_attributes)); }

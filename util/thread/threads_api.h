@@ -1,6 +1,6 @@
-/// The threads interface of the system. Internal. It is reached through weak references alone, so that the
+/// The threads interface of the system. Internal. It is reached only through weak references, so that the
 /// library works in a program that has no threads library; a function is called only after threadsSupported
-/// said yes, or in a thread.
+/// returned true, or in a thread.
 #pragma once
 
 #include <pthread.h>

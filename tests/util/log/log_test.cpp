@@ -81,7 +81,7 @@ TEST_F(LogTest, EachLoggerHasWhatTheNearestSettingSays) {
     }
     EXPECT_EQ(level, Logger::Disabled + 1) << name;
   }
-  configure("");  // the root keeps its facility where nothing names one
+  configure("");  // the root keeps its facility if nothing names another
   EXPECT_EQ(Logger::GetLogger("tree")->getEffectiveFacility(), LOG_LOCAL2);
 }
 
@@ -198,7 +198,7 @@ TEST_F(LogTest, BadSettingsGetTheirWords) {
       {"logger.facility.: mail\n",
        {"Illegal facility name: 'logger.facility.'", "Illegal facility name: 'logger.facility.'"}},
       {"logger.showmore.: 7\n", {"Illegal log name: 'logger.showmore.'"}},
-      // What follows is read only where a program has allowed the memory log.
+      // The rest is read only if a program has allowed the memory log.
       {"logger.memory.log: NONE\nlogger.memory.log.: x\nlogger.memory.enabled: true\n", {}},
       {"log.a%s%n: %s%n\n", {"Illegal log level. Property: 'log.a%s%n', value: '%s%n'"}},
   };

@@ -15,7 +15,7 @@ std::vector<long> draw(std::size_t count, long (*source)() = random) {
   return numbers;
 }
 
-/// What the generator under the library gives for a seed.
+/// What the underlying generator returns for a seed.
 std::vector<long> sequenceOf(long seed, std::size_t count) {
   srand48(seed);
   return draw(count, lrand48);

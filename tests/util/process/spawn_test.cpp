@@ -51,7 +51,7 @@ class SpawnTest : public testsupport::ScratchTest {
     const std::string text = get(in("output"));
     return lseek(output, ftruncate(output, 0), SEEK_SET) == 0 ? text : "";
   }
-  /// Lets a child go on that reads a line.
+  /// Lets a child that is reading a line continue.
   void answer() { EXPECT_EQ(write(input[1], "\n", 1), 1); }
 
   int null = -1, output = -1, input[2] = {-1, -1};

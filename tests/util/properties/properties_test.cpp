@@ -325,7 +325,7 @@ TEST_F(PropertiesTest, AnUnsafeFileOfItemsIsReportedInItsOwnWordsAndTheDefaultTa
     EXPECT_EQ(list("l", "a b"), (List{"a", "b"})) << name;
     EXPECT_EQ(timesLogged(begin + in(name) + end), 1) << logged();
   }
-  // Once the file is mended it counts, as a refusal is not remembered.
+  // A refusal is not remembered: once the file is corrected, it is used.
   load("l: file:" + in("late"));
   EXPECT_TRUE(list("l").empty());
   put(in("late"), "item");
@@ -482,7 +482,7 @@ TEST_F(PropertiesSaveTest, OneChangeChangesOneLine) {
   }
 }
 
-// What the lookup of a single value would not tell.
+// Changes that the lookup of a single value would not show.
 TEST_F(PropertiesSaveTest, AChangeOfMeaningIsSavedAlsoWhereTheValueStays) {
   using Change = std::function<void(Properties&)>;
   const auto list = [](const Properties::ValueList& items, bool keepDollar = true) -> Change {

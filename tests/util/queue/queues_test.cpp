@@ -43,7 +43,7 @@ void fill(RunQueue& queue, int count) {
   for (int i = 0; i < count; ++i) post(queue, [] {});
 }
 
-/// A runner's look at the flags of a queue and nothing more.
+/// A runner that only checks the queue's flags.
 void glance(RunQueue& queue) {
   queue.interrupt();
   EXPECT_THROW(queue.runQueue(-1), vesk::QueueInterrupted);
@@ -107,7 +107,7 @@ TEST(RunQueueTest, PostersSlowDownFromHalfFullOn) {
 }
 
 TEST(RunQueueTest, APosterAtAFullQueueGivesUpAfterABoundedTime) {
-  std::vector<long> expected(6, 10);  // from half full on, then the wait of the last one
+  std::vector<long> expected(6, 10);  // from half full on, then the last one's wait
   for (long pause = 0; pause < 1000; pause += 10) expected.push_back(pause);
   for (const bool isLogQueue : {false, true}) {
     RunQueue queue("limited", 10, isLogQueue);
@@ -158,7 +158,7 @@ TEST(RunQueueThreads, TheFirstRunnerIsRememberedUntilAnotherOneServesInItsPlace)
   Gate first, second;
   Worker early([&] {
     queue.runQueue(-1);
-    fill(queue, 20);  // nobody but this thread would make room
+    fill(queue, 20);  // only this thread could make room
     EXPECT_EQ(pauses.taken().size(), 0u);
     first.open();
     second.wait();
@@ -272,10 +272,10 @@ void schedule(TimeQueue& queue, long delay, Event& event, bool periodic = false)
 
 }  // namespace
 
-/// One thread alone, and a day that the tests move.
+/// A single thread, and a clock that the tests move.
 class TimeQueueTest : public testing::Test {
  protected:
-  /// What runs when the day has come to `seconds` after the start.
+  /// What runs when the clock reaches `seconds` after the start.
   std::string runAt(long seconds) {
     day.moveTo(seconds);
     // One item at most for each call: the time is over when it has run.
@@ -335,7 +335,7 @@ TEST_F(TimeQueueTest, EventsGoToTheDaemonsQueueAndReplaceTheirDuplicates) {
   EXPECT_EQ(ran, "cb");
 }
 
-/// An event that tells when a thread of the class Thread has asked for its time.
+/// An event that signals when a thread of the class Thread has asked for its time.
 struct Asked : TimedEvent {
   Asked(long delay, Event& event) : TimedEvent("", delay, runEvent, &event, false, false) {}
   long getTimeout() override {

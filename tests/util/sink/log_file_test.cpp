@@ -55,7 +55,7 @@ class LogFileTest : public testsupport::ScratchTest {
     return all;
   }
 
-  // Whether a file's name has that part.
+  // Whether a file's name contains that part.
   bool files(const std::string& part) {
     for (const fs::directory_entry& entry : fs::directory_iterator(m_dir))
       if (entry.path().filename().string().find(part) != std::string::npos) return true;
@@ -183,7 +183,7 @@ TEST_F(LogFileTest, TheLogTakesNoStandardStream) {
   EXPECT_EQ(status, 0);
 }
 
-// As a container's /dev/stdout. Where the reader is gone or does not read, syslog takes over.
+// As with a container's /dev/stdout. If the reader is gone or does not read, the lines go to syslog.
 TEST_F(LogFileTest, APipeThatALinkOfRootsLeadsToGetsEachLineAtOnce) {
   SyslogSocket syslogd;
   int ends[2];
@@ -204,7 +204,7 @@ TEST_F(LogFileTest, APipeThatALinkOfRootsLeadsToGetsEachLineAtOnce) {
   close(ends[1]);
 }
 
-// Whatever a message quotes, it stays one line and drives no terminal; a newline of the format's own stays.
+// Whatever a message quotes, it stays one line and cannot control a terminal; the format's own newline stays.
 // All destinations and the memory log write the same.
 TEST_F(LogFileTest, OutsideTextIsEscapedInEverySink) {
   const std::pair<std::string, std::string> rows[] = {
@@ -284,7 +284,7 @@ TEST_F(LogFileTest, AFileWhoseDirectoryIsGoneFallsBackOnSyslog) {
   }
 }
 
-// The compression of a large file takes long; meanwhile the log is free for others.
+// Compressing a large file takes long; meanwhile others can use the log.
 TEST_F(LogFileTest, NobodyWaitsForACompression) {
   constexpr unsigned int kSize = 256 << 20;
   put(in("log"), "");
@@ -308,7 +308,7 @@ TEST_F(LogFileTest, NobodyWaitsForACompression) {
   writer.join();
 }
 
-// What a cache holds of a compressed log waits for the new file.
+// With compression, cached lines wait until a new file can be opened.
 TEST_F(LogFileTest, AFileThatCannotBeOpenedAgainIsTriedAgain) {
   FileLogging file, cached;
   ASSERT_EQ(file.init(in("log").c_str(), {4, 5, false, 1, 0}), 0);
@@ -349,8 +349,8 @@ TEST_F(LogFileTest, AFullDiskCostsOnlyTheLinesAndDelaysABackup) {
   ASSERT_EQ(umount(m_dir.c_str()), 0);
 }
 
-// Both processes write and rotate: every line is in one of the files, whole. A block that a process was just
-// writing while the other one compressed the file may be there twice.
+// Both processes write and rotate: every line is in one of the files, whole. A block that one process wrote
+// while the other compressed the file may appear twice.
 TEST_F(LogFileTest, TwoProcessesShareAFile) {
   constexpr int kLines = 1500;
   for (const bool zip : {false, true}) {
@@ -391,7 +391,7 @@ TEST_F(LogFileTest, WhatIsWrittenIntoACompressedFileIsWrittenAgain) {
   }
 }
 
-// What a process has not flushed at a fork is its own to write.
+// What a process has not flushed before a fork is written by that process alone.
 TEST_F(LogFileTest, AForkLeavesTheCacheToTheParentAndTheEndFlushesIt) {
   configure("logger.destination: " + in("log") + "\nlogger.file.flush.frequency: 100\n");
   const auto logger = Logger::GetLogger("fork");

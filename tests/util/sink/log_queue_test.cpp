@@ -53,7 +53,7 @@ TEST_F(LogQueueTest, StartAndStopTellWhatTheyDo) {
   EXPECT_EQ(linesOf(kFile).back(), "WARN  own LogQueue disabled.  Recommended for debugging only.");
 }
 
-// Nobody reads the socket: the runner waits in syslog, and after some lines the queue is full.
+// Nothing reads the socket: the runner waits in syslog, and after some lines the queue is full.
 void overflow(const char* configuration) {
   configure(configuration);
   SyslogSocket syslogd;
@@ -92,8 +92,9 @@ void writeLines(const char* name, int lines) {
   for (int i = 0; i < lines; ++i) VESK_LOG_TO("many", Info, "%d", i);
 }
 
-// The queue comes and goes while threads log, and the configuration changes with complaints of its own. With
-// a small queue lines are dropped, but posters, the runner's report and the reload never wait for each other.
+// The queue is switched on and off while threads log, and the configuration changes with complaints of its
+// own. With a small queue lines are dropped, but posters, the runner's report and the reload never wait for
+// each other.
 TEST_F(LogQueueTest, EveryLineIsWrittenOnceAndInItsThreadsOrder) {
   for (const char* size : {"2", "100000"}) {
     unlink(kFile);
@@ -128,7 +129,7 @@ TEST_F(LogQueueTest, AForkLeavesBothSidesWriting) {
   const auto logger = Logger::GetLogger("fork");
   Logger::startThread({});
   Worker busy([] { writeLines("busy", 1000); });
-  while (linesOf(kFile).empty()) sched_yield();  // the background thread has come up
+  while (linesOf(kFile).empty()) sched_yield();  // the background thread is running
   constexpr int kChildren = 10;
   for (int i = 0; i < kChildren; ++i) {
     checkInChild([&] {

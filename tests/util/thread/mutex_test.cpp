@@ -13,7 +13,7 @@ using vesk::MaxWaitMutex;
 using vesk::Mutex;
 using vesk::Thread;
 
-/// With a Thread object about, so that locks count.
+/// With a Thread object, so that locks take effect.
 class LockTest : public testing::Test {
  protected:
   bool freeForOthers() {
@@ -162,7 +162,7 @@ TEST_F(LockTest, PollingLockGetsTheMutexInTheEnd) {
 TEST_F(LockTest, MaxWaitMutexRefusesTheCallerOverTheLimit) {
   MaxWaitMutex limited(2);
   limited.lock();
-  // A waiter may meet the one who only asks below, and then tries again.
+  // A waiter may collide with the brief attempt below, and then tries again.
   const auto waitInLine = [&] {
     for (bool got = false; !got;) try {
         got = Lock(limited).isLocked();
