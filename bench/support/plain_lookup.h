@@ -21,7 +21,7 @@ using PlainObject = std::map<std::string, PlainAttribute>;
 
 /// Reads a serialized object completely.
 PlainObject plainUnpack(const char* blob, size_t size);
-/// The same into names and values alone.
+/// The same, keeping only names and values.
 std::map<std::string, std::vector<std::string>> plainMap(const char* blob, size_t size);
 
 /// Asks for one object by name and unpacks the reply.

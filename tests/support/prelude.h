@@ -1,5 +1,5 @@
 /// The headers of the C++ library, GoogleTest and the system that tests use, precompiled for all of them:
-/// what stands here need not be included in a test source.
+/// test sources need not include the headers listed here.
 #pragma once
 
 #include <gtest/gtest.h>

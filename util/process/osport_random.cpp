@@ -25,7 +25,7 @@ vesk::Mutex& gRandomMutex() {
 
 }  // namespace
 
-// The generator is used under that mutex alone.
+// The generator is used only under that mutex.
 // NOLINTBEGIN(concurrency-mt-unsafe)
 
 long drawRandom() {

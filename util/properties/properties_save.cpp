@@ -1,4 +1,4 @@
-// Bringing a configuration file in line with the values in memory.
+// Writes the values in memory into a configuration file, and keeps the rest of its text.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -69,7 +69,7 @@ class Properties::LockFile {
   LockFile& operator=(const LockFile&) = delete;
 
   bool isHeld() const { return m_descriptor >= 0; }
-  /// Does not remove the file: a later save finds it stale.
+  /// Leaves the file in place: a later save finds it stale.
   void leave() {
     ::close(m_descriptor);
     m_descriptor = -1;
@@ -80,7 +80,7 @@ class Properties::LockFile {
   int m_descriptor;
 };
 
-/// Makes the new text of a file out of the old one and the values in memory.
+/// Makes the new text of a file from the old one and the values in memory.
 class Properties::Saver {
  public:
   Saver(Properties& properties, const std::string& text)
@@ -152,9 +152,9 @@ class Properties::Saver {
   /// Whether the current lines are the last ones and end in a backslash, which continues nothing.
   bool isOpenEnd() const { return m_end == m_text.size() && isEscaped(m_text); }
 
-  /// Readers do not continue comments: for them the next line starts afresh. If such a line is a property
-  /// that would undo what is written already, or that only the end of the file can hold, the current comment
-  /// is ended before it. Returns whether it was.
+  /// Readers end a comment with its physical line. If a later line of the current comment is a property that
+  /// would undo what is already written, or that can only be at the end of the file, ends the comment before
+  /// that line. Returns whether it did.
   bool cutComment() FOKRAZO_REQUIRES(m_properties.mutex) {
     TextLines lines(m_text, m_begin);
     std::string line;
@@ -172,8 +172,8 @@ class Properties::Saver {
     return false;
   }
 
-  // Different texts of one value may be different lists, and in rewriting mode their dollar signs may be
-  // references or not.
+  // The raw texts of equal values may be different lists, and in rewriting mode their dollar signs may or may
+  // not be references.
   bool means(const Property& own, const Property& held) const FOKRAZO_REQUIRES(m_properties.mutex) {
     if (own.value() != held.value()) return false;
     if (!held.raw() || *own.raw() == *held.raw()) return true;

@@ -32,7 +32,7 @@ std::string precreateDir() {
   return std::string(tempDir) + kPrecreateDir;
 }
 
-// An ordinary user's precreate directory is in a place where others write: it may be another user's.
+// An ordinary user's precreate directory lies where others can write: it may be another user's.
 void refuseForeignDirectory(const std::string& dir) {
   struct stat info;
   if (::lstat(dir.substr(0, dir.size() - 1).c_str(), &info) != 0) return;
@@ -50,7 +50,7 @@ void makeDirectory(const Path& dir, unsigned mode) {
   }
 }
 
-// Failures are ignored: a missing directory is made afterwards. A link is not followed.
+// Ignores failures: a missing directory is made afterwards. Does not follow a link.
 void openToAllUsers(const Path& dir) {
   const UniqueFd fd = openFile(dir.string('/', true), Open::Directory | Open::Unfollowed);
   if (fd) ::fchmod(fd.get(), kUserDirMode);

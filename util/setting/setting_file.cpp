@@ -25,7 +25,7 @@ constexpr char kCannotOpen[] = "Cannot open file %s";
 constexpr char kCannotRead[] = "Cannot read file %s";
 constexpr char kCannotWrite[] = "Cannot write file %s";
 constexpr int kMaxSize = 1024;
-constexpr int kMaxUnlimitedSize = 1024 * 1024;  // of the settings that CheckFileSize lets pass
+constexpr int kMaxUnlimitedSize = 1024 * 1024;  // for settings that CheckFileSize does not limit
 constexpr size_t kBlockSize = 4096;
 
 constexpr mode_t kPrivateMode = 0600;
@@ -68,7 +68,7 @@ void refuseControlCharacters(const char* data, size_t size, const std::string& p
                   path.c_str());
 }
 
-// The memory grows with what is read, not with the size that the file claims.
+// Memory grows with what is read, not with the size that the file claims.
 std::string readText(const UniqueFd& fd, off_t size, const std::string& path) {
   std::string text;
   while (static_cast<off_t>(text.size()) < size) {

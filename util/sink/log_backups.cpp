@@ -94,8 +94,8 @@ void LogBackups::giveBack(Taken& log) const {
   if (moveFile(log.name, m_log, RENAME_NOREPLACE)) log.name.clear();
 }
 
-// If the place that was just freed is occupied again, another process is rotating too. If that does not end,
-// a backup cannot be moved, and the next one is overwritten.
+// If the place that was just freed is occupied again, another process is rotating too. If that persists, a
+// backup cannot be moved: then the moves may overwrite.
 bool LogBackups::makePlace(Taken& taken) const {
   constexpr int kAttempts = 16;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {

@@ -136,7 +136,8 @@ TEST_F(FileUtilTest, FollowsLinksByHand) {
                                  {"loop", "loop", ""}};
   put(in("file"), "");
   ASSERT_EQ(mkdir(in("sub").c_str(), 0755), 0);
-  configure("brondalt.clients.threads.stacksize: 262144\n");  // a chain costs no stack
+  configure(
+      "brondalt.clients.threads.stacksize: 262144\n");  // a small stack: chains of links must not need more
   Worker([&] {
     for (const auto& [link, target, result] : rows) {
       EXPECT_EQ(symlink(target.c_str(), in(link).c_str()), 0);
@@ -173,7 +174,7 @@ TEST_F(FileUtilTest, CopiesFilesByPatternAndNeverThroughALink) {
 
 TEST_F(FileUtilTest, WhateverStandsInTheTemporaryDirectorysWayIsReplaced) {
   const bool owners = canBeOrdinaryUser();
-  const std::string victim = "/var/log/victim";  // on the file system of the plants
+  const std::string victim = "/var/log/victim";  // on the same file system as the plants
   put(victim, "stays");
   ASSERT_EQ(chmod(victim.c_str(), 0600), 0);
   const std::function<int(const char*)> plants[] = {

@@ -242,7 +242,7 @@ TEST_F(LogTest, AChangeReachesLoggersThatHaveRememberedTheirLevel) {
   });
 }
 
-// openlog is called once in a process: the test below starts a new one for this alone.
+// openlog is called once per process, so the test below starts a new process.
 TEST(NewProcess, DISABLED_LogsOneLine) {
   Props(false, true);
   VESK_LOG_TO("a", Info, "line");

@@ -1,4 +1,4 @@
-// Links the shared library and nothing else of the project: the numbers must come from it all the same.
+// Links the shared library and nothing else of the project: the numbers must still come from it.
 #include <gtest/gtest.h>
 
 #include <algorithm>

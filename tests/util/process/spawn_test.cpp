@@ -117,7 +117,7 @@ TEST_F(SpawnTest, EveryWayOfClosingKeepsWhatItShould) {
       bool right = way(kept, 3);
       for (int fd = 0; fd < 400; ++fd)
         right = right && (fcntl(fd, F_GETFD) >= 0) == (fd == 0 || fd == 5 || fd == 300);
-      if (!right) _exit(1);  // there is nowhere left to say more
+      if (!right) _exit(1);  // no stream is left to report to
     });
 }
 

@@ -127,7 +127,7 @@ TEST(RunQueueTest, CongestionEndsWhenAThirdIsLeft) {
     RecordedPauses ignored;
     fill(queue, 10);
   }
-  // The poster goes on waiting when a runner sees five items and four, and posts when it sees three.
+  // The poster keeps waiting while a runner sees five or four items, and posts when it sees three.
   RecordedPauses pauses([&](long pause) {
     for (int i = 0; i < (pause == 0 ? 5 : 1); ++i) queue.pop_back();
     glance(queue);
