@@ -136,8 +136,7 @@ TEST_F(FileUtilTest, FollowsLinksByHand) {
                                  {"loop", "loop", ""}};
   put(in("file"), "");
   ASSERT_EQ(mkdir(in("sub").c_str(), 0755), 0);
-  configure(
-      "brondalt.clients.threads.stacksize: 262144\n");  // a small stack: chains of links must not need more
+  configure("brondalt.clients.threads.stacksize: 262144\n");  // enough for chains of any length
   Worker([&] {
     for (const auto& [link, target, result] : rows) {
       EXPECT_EQ(symlink(target.c_str(), in(link).c_str()), 0);
