@@ -91,8 +91,7 @@ void trySid(const std::string& text) {
   again.fromEscapedString(any.toEscapedString());
   FUZZ_CHECK(again == any);
   again.fromExtendedDN(any.toDN());
-  FUZZ_CHECK(again == any ||
-             any.bytes()[0] != 1);  // if all bytes are printable, the text contains them unchanged
+  FUZZ_CHECK(again == any || any.bytes()[0] != 1);  // printable bytes appear in the text unchanged
 }
 
 // Numbers make a SID, whose text is that of the numbers.

@@ -440,8 +440,7 @@ std::string assertText(const ADObject& object) {
 
 void ADObjAssert(vesk::ADObject& object, bool condition, const char* expression, const char* file, int line) {
   if (condition) return;
-  const std::string text =
-      vesk::assertText(object);  // writes the scratch file even if the line is not logged
+  const std::string text = vesk::assertText(object);  // writes the file even if the line is not logged
   VESK_LOG_TO(vesk::kLogger, Fatal, "ADObjAssert: %s:%d assertion %s failed, obj = %s", file, line,
               expression, text.c_str());
 }
