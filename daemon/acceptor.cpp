@@ -28,55 +28,62 @@ Acceptor::~Acceptor() {
 }
 
 void Acceptor::watch() {
-  m_loop.watch(m_socket.fd(), m_isPaused ? 0 : EventLoop::kReadable, [this](unsigned) { acceptAll(); });
+  m_loop.watch(m_socket.fd(), EventLoop::kReadable, [this](unsigned) { acceptAll(); });
 }
 
 void Acceptor::acceptAll() {
-  while (!m_isPaused) {
+  while (m_state == State::Accepting) {
     const int fd = accept4(m_socket.fd(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
     if (fd >= 0) {
       m_take(Descriptor(fd));
     } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
       return;
     } else if (!concernsOneConnection(errno)) {
-      waitForResources();
+      pause();
     }
   }
 }
 
-void Acceptor::waitForResources() {
-  pause();
-  m_loop.after(kRetryAfter, [self = std::weak_ptr<Acceptor*>(m_self)] {
-    if (const auto acceptor = self.lock()) (*acceptor)->resume();
+void Acceptor::pause() {
+  enter(State::Paused);
+  if (!std::exchange(m_isRetrySet, true)) retryLater();
+}
+
+void Acceptor::retryLater() {
+  m_loop.after(kRetryAfter, [held = std::weak_ptr<Acceptor*>(m_self)] {
+    const auto self = held.lock();
+    if (!self) return;
+    (*self)->m_isRetrySet = false;
+    (*self)->resume();
   });
 }
 
-void Acceptor::pause() {
-  m_isPaused = true;
-  m_loop.change(m_socket.fd(), 0);
+void Acceptor::resume() {
+  if (m_state == State::Paused) enter(State::Accepting);
+}
+
+void Acceptor::stop() {
+  enter(State::Stopped);
+}
+
+void Acceptor::enter(State state) {
+  m_state = state;
+  m_loop.change(m_socket.fd(), state == State::Accepting ? EventLoop::kReadable : 0);
 }
 
 void Acceptor::close() {
+  m_state = State::Stopped;
   m_loop.forget(m_socket.fd());
   m_socket.close();
 }
 
-void Acceptor::resume() {
-  if (!m_isPaused) return;
-  m_isPaused = false;
-  m_loop.change(m_socket.fd(), EventLoop::kReadable);
-}
-
-void Acceptor::restart() {
-  m_loop.forget(m_socket.fd());
-  m_isPaused = false;
-  try {
-    m_socket.replace();
-  } catch (const Error&) {
-    watch();
-    throw;
-  }
+bool Acceptor::restart() {
+  if (m_state == State::Stopped) return false;
+  const Descriptor old = m_socket.replace();
+  m_loop.forget(old.get());
+  m_state = State::Accepting;
   watch();
+  return true;
 }
 
 }  // namespace brondalt

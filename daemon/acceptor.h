@@ -10,8 +10,8 @@
 namespace brondalt {
 
 /// Hands out the connections that clients open. When the system has no descriptor or memory for another one,
-/// accepting pauses: clients wait in the queue of the socket, and the loop is not woken by them. It goes on
-/// as soon as resume() is called, and tries again every second, because others may free what was missing.
+/// accepting pauses: clients wait in the queue of the socket and do not wake the loop. It continues when
+/// resume() is called, and tries again every second, because other processes may free what was missing.
 /// Thread-safety: one thread at a time.
 class Acceptor {
  public:
@@ -22,25 +22,30 @@ class Acceptor {
   Acceptor(const Acceptor&) = delete;
   Acceptor& operator=(const Acceptor&) = delete;
 
-  /// To be called when a descriptor has been freed.
+  /// Ends a pause. Call it when a descriptor has been freed.
   void resume();
-  /// Listens anew, as a restarted daemon would. @throws Error
-  void restart();
-  /// Accepts no more; the socket stays.
-  void pause();
+  /// Listens anew, as a restarted daemon would, and returns true; after stop() it returns false and does
+  /// nothing. @throws Error there is no new socket, and the old one is still in use
+  bool restart();
+  /// Accepts no more clients, for good; the socket stays.
+  void stop();
   /// Stops listening and removes the socket.
   void close();
-  bool isPaused() const { return m_isPaused; }
 
  private:
+  enum class State { Accepting, Paused, Stopped };
+
   void watch();
   void acceptAll();
-  void waitForResources();
+  void pause();
+  void retryLater();
+  void enter(State state);
 
   EventLoop& m_loop;
   ListeningSocket& m_socket;
   std::function<void(Descriptor)> m_take;
-  bool m_isPaused = false;
+  State m_state = State::Accepting;
+  bool m_isRetrySet = false;          // one timer at a time, however often accepting pauses
   std::shared_ptr<Acceptor*> m_self;  // timers hold it weakly, and find out whether this object still exists
 };
 

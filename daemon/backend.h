@@ -89,19 +89,22 @@ struct Health {
   std::string message;
 };
 
-/// An open listing of one client. Destroyed when the client ends it or goes, also while next() is under way.
+/// An open listing of one client. Destroyed when the client ends it, disconnects, or gets no answer in time,
+/// also while an answer is outstanding, but never before next() has returned.
 class Listing {
  public:
   virtual ~Listing() = default;
-  /// The next object of the selection, whose type is the listing's; null at the end.
+  /// The next object of the selection, whose type is the listing's; null at the end. `done` may call next()
+  /// again. If it is called after next() has returned, it may destroy this object, so it must not be a member
+  /// of it by then.
   virtual void next(const Selection& selection, Done<Object> done) = 0;
 };
 
-/// An open search of one client. Destroyed after its last page, or as a Listing.
+/// An open search of one client. Destroyed after its last page, or when a Listing would be.
 class Search {
  public:
   virtual ~Search() = default;
-  /// At most `limit` further objects; none at the end.
+  /// At most `limit` further objects; none at the end. `done` is as in Listing::next.
   virtual void next(size_t limit, Done<Objects> done) = 0;
 };
 

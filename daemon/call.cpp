@@ -52,6 +52,12 @@ void Call::completeAndThrow(const Status& status) {
   complete(status);
 }
 
+void Call::timeOut() {
+  if (isComplete()) return;
+  if (m_drop) m_drop(*m_client);
+  complete(Status::away("The directory does not answer"));
+}
+
 void Call::endListing() {
   write([&](vesk::IPCReply& reply) {
     writeStatus(reply, {vesk::VR_NO_MORE, "End of list"}, vesk::END_OF_LIST);

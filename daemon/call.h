@@ -61,6 +61,11 @@ class Call : public std::enable_shared_from_this<Call> {
   void complete(const Status& status, const std::function<void(vesk::IPCMessage&)>& writeResults = {});
   /// Replies with a failure and an exception of the same text.
   void completeAndThrow(const Status& status);
+  /// `drop` is called if the back end does not answer in time, to end the search or listing that the request
+  /// reads from: its position is not known then.
+  void onTimeOut(std::function<void(Client& client)> drop) { m_drop = std::move(drop); }
+  /// Replies that the directory does not answer. Keep a reference to the call meanwhile.
+  void timeOut();
   /// Replies that a listing has ended.
   void endListing();
   /// Replies with just the header.
@@ -83,6 +88,7 @@ class Call : public std::enable_shared_from_this<Call> {
   vesk::IPC_OPCODE m_opcode;
   Send m_send;  // empty once the reply has gone
   bool m_throws = false;
+  std::function<void(Client& client)> m_drop;
 };
 
 /// A field that holds a secret; the copies made on the way are wiped.

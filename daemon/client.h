@@ -11,16 +11,16 @@
 namespace brondalt {
 
 struct PagedSearch {
-  std::unique_ptr<Search> search;
+  std::shared_ptr<Search> search;  ///< shared only with a next() that has not returned
   size_t pageSize;
 };
 
 /// Belongs to one connection and ends with it.
 struct Client {
   Caller caller;
-  std::map<vesk::DSObjectType, std::unique_ptr<Listing>> listings;
-  std::map<int, PagedSearch> searches;  ///< by handle
-  std::string challenge;                ///< of the NTLM exchange that has begun
+  std::map<vesk::DSObjectType, std::shared_ptr<Listing>> listings;  ///< shared as above
+  std::map<int, PagedSearch> searches;                              ///< by handle
+  std::string challenge;                                            ///< of the NTLM exchange that has begun
 };
 
 }  // namespace brondalt

@@ -73,7 +73,7 @@ ListeningSocket::~ListeningSocket() {
   close();
 }
 
-void ListeningSocket::replace() {
+Descriptor ListeningSocket::replace() {
   const std::string fresh = m_path + kFreshSuffix;
   Descriptor fd = listenAt(fresh);
   struct stat file = {};
@@ -83,8 +83,8 @@ void ListeningSocket::replace() {
     errno = error;
     throwSystemError(m_path);
   }
-  m_fd = std::move(fd);
   m_file = file;
+  return std::exchange(m_fd, std::move(fd));
 }
 
 void ListeningSocket::close() {

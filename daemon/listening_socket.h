@@ -28,10 +28,10 @@ class ListeningSocket {
   /// Non-blocking; changes with replace().
   int fd() const { return m_fd.get(); }
 
-  /// Puts a new socket in the place of the current one, as a restarted daemon would. Clients that wait to be
-  /// accepted are disconnected; at no moment does a client find no listener. @throws Error; nothing has
-  /// changed
-  void replace();
+  /// Puts a new socket in the place of the current one, as a restarted daemon would; clients find a listener
+  /// at any moment. Returns the old descriptor; closing it disconnects the clients that wait to be accepted.
+  /// @throws Error; nothing has changed
+  Descriptor replace();
   /// Stops listening and removes the file.
   void close();
 

@@ -53,10 +53,12 @@ LookupKey readKey(handlers::Request request, int kind) {
 }
 
 void nextOfListing(Call& call, const Selection& selection) {
-  const auto listing = call.client().listings.find(selection.type);
-  if (listing == call.client().listings.end())
+  const auto found = call.client().listings.find(selection.type);
+  if (found == call.client().listings.end())
     return call.completeAndThrow({vesk::VR_BAD_PARAMETER, "No listing of this kind is open"});
-  listing->second->next(selection, [self = call.shared_from_this()](Answer<Object> answer) {
+  const std::shared_ptr<Listing> listing = found->second;  // the completion may let the client drop its own
+  call.onTimeOut([type = selection.type](Client& client) { client.listings.erase(type); });
+  listing->next(selection, [self = call.shared_from_this()](Answer<Object> answer) {
     if (answer && !*answer) return self->endListing();
     self->reply<Object>()(std::move(answer));
   });
@@ -80,6 +82,7 @@ void handlers::startList(Call& call, Request request) {
   const auto type = static_cast<vesk::DSObjectType>(number);
   call.backend().openListing(call.caller(), type,
                              [self = call.shared_from_this(), type](Answer<std::unique_ptr<Listing>> answer) {
+                               if (self->isComplete()) return;  // after a time-out nobody reads it
                                if (answer) self->client().listings[type] = std::move(*answer);
                                self->complete(answer.status());
                              });

@@ -63,13 +63,13 @@ void handlers::ldapSearch(Call& call, Request request) {
 void handlers::ldapPagedSearch(Call& call, Request request) {
   const LimitedQuery read = readQuery(request);
   const size_t pageSize = read.limit ? read.limit : kUsualPageSize;
-  call.backend().openSearch(
-      call.caller(), read.query,
-      [self = call.shared_from_this(), pageSize](Answer<std::unique_ptr<Search>> answer) {
-        if (!answer) return self->completeAndThrow(answer.status());
-        const int handle = keep(*self, std::move(*answer), pageSize);
-        self->reply<int>()(handle);
-      });
+  call.backend().openSearch(call.caller(), read.query,
+                            [self = call.shared_from_this(), reply = call.replyOrThrow<int>(),
+                             pageSize](Answer<std::unique_ptr<Search>> answer) {
+                              if (self->isComplete()) return;  // after a time-out nobody knows its handle
+                              if (!answer) return reply(answer.status());
+                              reply(keep(*self, std::move(*answer), pageSize));
+                            });
 }
 
 void handlers::ldapPagedNext(Call& call, Request request) {
@@ -77,11 +77,15 @@ void handlers::ldapPagedNext(Call& call, Request request) {
   const auto found = call.client().searches.find(handle);
   if (found == call.client().searches.end())
     return call.completeAndThrow({vesk::VR_BAD_PARAMETER, "No such paged search"});
-  const PagedSearch& paged = found->second;
-  paged.search->next(paged.pageSize, [self = call.shared_from_this(), handle](Answer<Objects> answer) {
-    const bool isLast = answer && (*answer).empty();
-    self->replyOrThrow<Objects>()(std::move(answer));
-    if (isLast) self->client().searches.erase(handle);
+  const PagedSearch paged = found->second;  // a copy, because the completion may drop the client's own
+  call.onTimeOut([handle](Client& client) { client.searches.erase(handle); });
+  paged.search->next(paged.pageSize, [self = call.shared_from_this(), reply = call.replyOrThrow<Objects>(),
+                                      handle](Answer<Objects> answer) {
+    // The reply may lead to the client's next request, which must not find a search that has ended. The
+    // search itself may own this completion, so it goes last.
+    decltype(Client::searches)::node_type ended;
+    if (answer && (*answer).empty()) ended = self->client().searches.extract(handle);
+    reply(std::move(answer));
   });
 }
 

@@ -45,15 +45,25 @@ Server::~Server() {
   for (const auto& entry : m_connections) m_loop.forget(entry.first);
 }
 
-void Server::restart() {
-  ++m_service.statistics.restarts;
+bool Server::restart() {
   // The new socket is there before any client notices the end of the old one.
-  m_acceptor.restart();
+  if (!listenAnew()) return false;
+  ++m_service.statistics.restarts;
   for (const auto& entry : m_connections) {
     m_loop.forget(entry.first);
     entry.second.connection->end();
   }
   m_connections.clear();
+  return true;
+}
+
+bool Server::listenAnew() {
+  try {
+    return m_acceptor.restart();
+  } catch (const Error& error) {
+    if (m_log) m_log(std::string("cannot restart: ") + error.what());
+    return false;
+  }
 }
 
 // Closes the connection if the system cannot serve it.
@@ -105,7 +115,8 @@ void Server::answer(const ConnectionPtr& connection, std::string_view bytes) {
     case Traffic::Verdict::Ignore:
       return connection->fallSilent();
     case Traffic::Verdict::Restart:
-      return restart();
+      if (!restart()) connection->end();
+      return;
     case Traffic::Verdict::Refuse:
     case Traffic::Verdict::CarryOut:
       break;
@@ -168,7 +179,7 @@ void Server::remove(const ConnectionPtr& connection) {
   m_loop.forget(connection->fd());
   m_connections.erase(connection->fd());
   // The descriptor is closed with the last reference to the connection, before the next round.
-  if (!m_isStopping && m_acceptor.isPaused()) m_acceptor.resume();
+  m_acceptor.resume();
 }
 
 bool Server::isServed(const ConnectionPtr& connection) const {
@@ -199,7 +210,7 @@ void Server::sweep() {
   for (const Entry& entry : stuck) {
     const auto call = entry.connection->isAnswering() ? entry.call.lock() : nullptr;
     if (call) {
-      call->complete(Status::away("The directory does not answer"));
+      call->timeOut();
     } else {
       entry.connection->end();
       settle(entry.connection);
@@ -210,7 +221,7 @@ void Server::sweep() {
 
 void Server::stop() {
   m_isStopping = true;
-  m_acceptor.pause();
+  m_acceptor.stop();
   m_loop.post([self = std::weak_ptr<Server*>(m_self)] {
     if (const auto server = self.lock()) (*server)->finishReplies();
   });

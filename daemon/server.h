@@ -37,15 +37,17 @@ class Server {
   using Log = std::function<void(const std::string& line)>;
 
   /// Begins to accept clients; they are served once the loop runs. All references must outlive the server.
-  /// `log`, if there is one, gets a line for each request; no line holds a secret.
+  /// `log`, if there is one, gets a line for each request and each failure; no line holds a secret.
   Server(EventLoop& loop, ListeningSocket& socket, Service& service, Traffic& traffic, const Limits& limits,
          Log log = {});
   ~Server();
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
-  /// Closes all connections and listens anew, as a restarted daemon would. @throws Error
-  void restart();
+  /// Closes all connections and listens anew, as a restarted daemon would, and returns true. If there can be
+  /// no new socket, it logs why, changes nothing and returns false. It also returns false once a client has
+  /// stopped the daemon: the last replies are delivered first.
+  bool restart();
 
  private:
   using ConnectionPtr = std::shared_ptr<Connection>;
@@ -54,6 +56,7 @@ class Server {
     std::weak_ptr<Call> call;  // while it answers
   };
 
+  bool listenAnew();
   void add(Descriptor fd);
   void handle(const ConnectionPtr& connection, unsigned events);
   void serve(const ConnectionPtr& connection);

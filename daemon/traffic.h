@@ -16,7 +16,7 @@ class Traffic {
     Refuse,   ///< reply "not authorized"
     Ignore,   ///< never reply, and leave the connection open
     Close,    ///< close the connection
-    Restart,  ///< close all connections and listen anew
+    Restart,  ///< close all connections and listen anew; if that fails, close this one
   };
   struct Admission {
     Verdict verdict = Verdict::CarryOut;

@@ -69,7 +69,13 @@ void runServer(const Options& options, Faults& faults, brondalt::ListeningSocket
   limits.frameBytes = kMostFrameBytes;
   brondalt::Server server(loop, socket, service, traffic, limits,
                           options.isVerbose ? logToStandardError : brondalt::Server::Log());
-  signals.deliver(loop, [&](int number) { number == SIGHUP ? server.restart() : loop.stop(); });
+  signals.deliver(loop, [&](int number) {
+    if (number == SIGHUP) {
+      server.restart();
+    } else {
+      loop.stop();
+    }
+  });
   loop.run();
 }
 

@@ -56,16 +56,42 @@ Object object() {
   return made;
 }
 
-class PagesOfNothing : public Search {
+/// What the searches and listings of a back end do.
+struct Journal {
+  std::vector<size_t> limits;       // of the pages asked for
+  std::vector<Done<Objects>> late;  // the pages not yet answered
+  int cutShort = 0;                 // searches destroyed before next() had returned
+};
+
+/// Pages of one object. A page of 1 is empty, a page of 2 comes late.
+class ScriptedSearch : public Search {
  public:
-  explicit PagesOfNothing(std::vector<size_t>& limits) : m_limits(limits) {}
+  explicit ScriptedSearch(Journal& journal) : m_journal(journal) {}
+  ~ScriptedSearch() override { m_journal.cutShort += m_isRunning; }
   void next(size_t limit, Done<Objects> done) override {
-    m_limits.push_back(limit);
-    done(limit == 1 ? Objects() : Objects(1, object()));
+    m_isRunning = true;
+    m_journal.limits.push_back(limit);
+    if (limit == 2) {
+      m_journal.late.push_back(std::move(done));
+    } else {
+      done(limit == 1 ? Objects() : Objects(1, object()));
+    }
+    m_isRunning = false;
   }
 
  private:
-  std::vector<size_t>& m_limits;
+  Journal& m_journal;
+  bool m_isRunning = false;
+};
+
+/// A listing whose objects come late.
+class LateListing : public Listing {
+ public:
+  explicit LateListing(std::vector<Done<Object>>& later) : m_later(later) {}
+  void next(const Selection&, Done<Object> done) override { m_later.push_back(std::move(done)); }
+
+ private:
+  std::vector<Done<Object>>& m_later;
 };
 
 /// Answers a lookup as its name says.
@@ -84,16 +110,43 @@ class ScriptedBackend : public Backend {
     done(object());
   }
   void openSearch(const Caller&, const SearchQuery&, Done<std::unique_ptr<Search>> done) override {
-    done(std::unique_ptr<Search>(std::make_unique<PagesOfNothing>(limits)));
+    done(std::unique_ptr<Search>(std::make_unique<ScriptedSearch>(journal)));
+  }
+  void openListing(const Caller& caller, vesk::DSObjectType type,
+                   Done<std::unique_ptr<Listing>> done) override {
+    if (type != vesk::DSGroup) return Backend::openListing(caller, type, std::move(done));
+    done(std::unique_ptr<Listing>(std::make_unique<LateListing>(later)));
   }
 
   const Object large = objectOf(8 << 20);  // more than a socket takes
   std::vector<Done<Object>> later;
-  std::vector<size_t> limits;
+  Journal journal;
+};
+
+/// Requests and replies pass, as the members say.
+class ScriptedTraffic : public Traffic {
+ public:
+  Admission admit() override { return {verdict, 0}; }
+  void deliver(Connection& connection, std::string_view message, int mark) override {
+    if (onDeliver) onDeliver();
+    Traffic::deliver(connection, message, mark);
+  }
+
+  Verdict verdict = Verdict::CarryOut;
+  std::function<void()> onDeliver;
 };
 
 std::string lookup(const std::string& name) {
   return framed(request(11, integer(0) + integer(2) + integer(0) + integer(0) + integer(0) + octets(name)));
+}
+
+std::string openSearch(int pageSize) {
+  return framed(request(
+      22, octets("") + octets("") + octets("") + sequence("") + integer(2) + integer(pageSize) + integer(0)));
+}
+
+std::string page(int handle) {
+  return framed(request(23, integer(handle)));
 }
 
 /// A reply of the scripted back end: the status, its health, and what follows.
@@ -102,6 +155,14 @@ std::string answered(int result, const std::string& message, const std::string& 
   std::string bytes = request(opcode, integer(result) + integer(0) + integer(0) + octets(message) + health);
   return framed(bytes + rest);
 }
+
+/// A failure followed by an exception of the same text.
+std::string thrown(int result, const std::string& message, int opcode) {
+  return answered(result, message, integer(1) + octets(message), opcode);
+}
+
+const std::string kUnknownSearch = thrown(33, "No such paged search", 23);
+const std::string kEmptyPage = answered(0, "", integer(0), 23);
 
 /// The header of a reply without a body.
 std::string refused(int opcode, int result) {
@@ -159,7 +220,8 @@ class ServerTest : public testing::Test {
   }
 
   void start(const Limits& limits = {}) {
-    m_server.emplace(m_loop, m_socket, m_service, m_traffic, limits);
+    m_server.emplace(m_loop, m_socket, m_service, m_traffic, limits,
+                     [this](const std::string& line) { m_lastLine = line; });
     m_thread = std::thread([this] { m_loop.run(); });
   }
   /// Runs a task on the loop and waits for it.
@@ -186,9 +248,10 @@ class ServerTest : public testing::Test {
   Statistics m_statistics;
   ScriptedBackend m_backend;
   Service m_service{m_backend, m_statistics};
-  Traffic m_traffic;
+  ScriptedTraffic m_traffic;
   ListeningSocket m_socket{m_path};
   EventLoop m_loop;
+  std::string m_lastLine;  // of the log
   std::optional<Server> m_server;
   std::thread m_thread;
 };
@@ -207,8 +270,7 @@ TEST_F(ServerTest, EveryAnswerOfTheBackEndReachesTheClient) {
       {"not supported", framed(request(20, octets("host/x"))),
        answered(9, "This daemon does not support the operation", "", 20)},
       {"not supported, with an exception", framed(request(39, octets("x"))),
-       answered(9, "This daemon does not support the operation",
-                integer(1) + octets("This daemon does not support the operation"), 39)},
+       thrown(9, "This daemon does not support the operation", 39)},
       {"a listing that cannot be opened", framed(request(13, integer(0) + integer(0) + integer(0))),
        answered(9, "This daemon does not support the operation", "", 13)},
       {"an unknown opcode", framed(request(48)), refused(48, 2)},
@@ -271,27 +333,86 @@ TEST_F(ServerTest, ARequestHasItsLargestSize) {
 
 TEST_F(ServerTest, AClientHasSoManySearchesOpenAndPagesOfAUsualSize) {
   start();
-  const auto open = [](int pageSize) {
-    return framed(request(22, octets("") + octets("") + octets("") + sequence("") + integer(2) +
-                                  integer(pageSize) + integer(0)));
-  };
-  const auto page = [](int handle) { return framed(request(23, integer(handle))); };
-  const std::string unknown =
-      answered(33, "No such paged search", integer(1) + octets("No such paged search"), 23);
   const std::string one = answered(0, "", integer(1) + octets({object()->data(), object()->size()}), 23);
-  const std::string none = answered(0, "", integer(0), 23);
   RawClient client = this->client();
   for (int handle = 1; handle <= 65; ++handle) {
     const std::string opened = answered(0, "", integer(handle), 22);
-    EXPECT_EQ(client.ask(open(handle == 65 ? 1 : handle == 64 ? 0 : 500), opened), opened);
+    EXPECT_EQ(client.ask(openSearch(handle == 65 ? 1 : handle == 64 ? 0 : 500), opened), opened);
   }
-  EXPECT_EQ(client.ask(page(1), unknown), unknown) << "the oldest of 65 is still open";
+  EXPECT_EQ(client.ask(page(1), kUnknownSearch), kUnknownSearch) << "the oldest of 65 is still open";
   EXPECT_EQ(client.ask(page(2), one), one);
   EXPECT_EQ(client.ask(page(64), one), one);
-  EXPECT_EQ(client.ask(page(65), none), none);
-  EXPECT_EQ(client.ask(page(65), unknown), unknown) << "a search is closed after its last page";
-  EXPECT_EQ(this->client().ask(page(64), unknown), unknown) << "the search of another client";
-  EXPECT_EQ(m_backend.limits, (std::vector<size_t>{500, 100, 1}));
+  EXPECT_EQ(client.ask(page(65), kEmptyPage), kEmptyPage);
+  EXPECT_EQ(client.ask(page(65), kUnknownSearch), kUnknownSearch) << "a search is closed after its last page";
+  EXPECT_EQ(this->client().ask(page(64), kUnknownSearch), kUnknownSearch) << "the search of another client";
+  EXPECT_EQ(m_backend.journal.limits, (std::vector<size_t>{500, 100, 1}));
+  EXPECT_EQ(m_backend.journal.cutShort, 0) << "next() goes on after its completion";
+}
+
+TEST_F(ServerTest, ALateLastPageEndsTheSearchBeforeTheNextRequest) {
+  start();
+  RawClient client = this->client();
+  const std::string opened = answered(0, "", integer(1), 22);
+  EXPECT_EQ(client.ask(openSearch(2), opened), opened);
+  client.send(page(1) + page(1));
+  for (size_t asked = 0; asked == 0;) onLoop([&] { asked = m_backend.journal.late.size(); });
+  size_t asked = 0;
+  onLoop([&] {
+    const Done<Objects> done = m_backend.journal.late.front();
+    done(Objects());
+    asked = m_backend.journal.late.size();
+  });
+  EXPECT_EQ(asked, 1u) << "a page of a search that has ended";
+  EXPECT_EQ(client.receive((kEmptyPage + kUnknownSearch).size()), kEmptyPage + kUnknownSearch);
+}
+
+// After a time-out nobody knows where the search or the listing is, and its next() is still under way.
+TEST_F(ServerTest, ATimeOutEndsTheSearchOrListing) {
+  Limits limits;
+  limits.step = std::chrono::milliseconds(20);
+  start(limits);
+  const std::string away = "The directory does not answer", closed = "No listing of this kind is open";
+  const auto list = [](const std::string& name) {
+    return framed(request(11, integer(1) + integer(2) + integer(0) + integer(0) + integer(0) + octets(name)));
+  };
+  const struct {
+    std::string open, opened, next, away, gone;
+  } kRows[] = {
+      {openSearch(2), answered(0, "", integer(1), 22), page(1), thrown(16, away, 23), kUnknownSearch},
+      {framed(request(13, integer(1) + integer(0) + integer(0))), answered(0, "", "", 13), list("@#"),
+       answered(16, away), thrown(33, closed, 11)},
+  };
+  RawClient client = this->client();
+  for (const auto& row : kRows) {
+    EXPECT_EQ(client.ask(row.open, row.opened), row.opened);
+    EXPECT_EQ(client.ask(row.next, row.away), row.away);
+    EXPECT_EQ(client.ask(row.next, row.gone), row.gone);
+  }
+  onLoop([this] { m_backend.journal.late.front()(Objects()); });
+  answerLater();
+  EXPECT_EQ(client.ask(m_ping, kPong), kPong) << "late answers that nobody waits for";
+}
+
+// All in one thread: a pause in the first round of the loop, then a stop, and what a timer and a signal call.
+TEST(AcceptorTest, AcceptsNobodyOnceItIsStopped) {
+  const ScratchDirectory scratch;
+  ListeningSocket socket(scratch.path("daemon"));
+  EventLoop loop;
+  int accepted = 0;
+  Acceptor acceptor(loop, socket, [&](Descriptor) { ++accepted; });
+  const RawClient waiting(scratch.path("daemon"));
+  const int before = acceptCalls;
+  noDescriptors = true;
+  loop.post([&] {
+    noDescriptors = false;
+    EXPECT_EQ(acceptCalls, before + 1) << "it has paused";
+    acceptor.stop();
+    acceptor.resume();
+    EXPECT_FALSE(acceptor.restart());
+    loop.post([&] { loop.stop(); });
+  });
+  loop.run();
+  EXPECT_EQ(accepted, 0);
 }
 
 // Each ping is a round of the loop, in which a waiting client that is looked at would cost a call.
@@ -326,15 +447,41 @@ TEST_F(ServerTest, ARestartEndsEveryConnectionAndIsCounted) {
   EXPECT_EQ(m_statistics.restarts, 1u);
 }
 
+TEST_F(ServerTest, AFailedRestartIsLoggedAndChangesNothing) {
+  start();
+  RawClient client = this->client(), other = this->client();
+  EXPECT_EQ(client.ask(m_ping, kPong), kPong);
+  std::filesystem::create_directory(m_path + ".new");
+  bool isRestarted = true;
+  std::string line;
+  onLoop([&] {
+    isRestarted = m_server->restart();
+    line = m_lastLine;
+    m_traffic.verdict = Traffic::Verdict::Restart;
+  });
+  EXPECT_FALSE(isRestarted);
+  EXPECT_EQ(line, "cannot restart: " + m_path + ".new: Address already in use");
+  EXPECT_TRUE(other.send(m_ping).isEnded()) << "a request that calls for a restart";
+  onLoop([this] { m_traffic.verdict = Traffic::Verdict::CarryOut; });
+  EXPECT_EQ(client.ask(m_ping, kPong), kPong);
+  EXPECT_EQ(this->client().ask(m_ping, kPong), kPong);
+  EXPECT_EQ(m_statistics.restarts, 0u);
+}
+
+// Not even a restart in the meantime cuts a reply off.
 TEST_F(ServerTest, StopDeliversRepliesThatAreUnderWayFirst) {
   start();
   RawClient reader = client(), administrator = client();
   reader.send(lookup("large"));
   const std::string large = answered(0, "", octets({m_backend.large->data(), m_backend.large->size()}));
   const std::string first = reader.receive(100);
+  bool isRestarted = true;
+  const auto restart = [&] { isRestarted = m_server->restart(); };
+  onLoop([&] { m_traffic.onDeliver = [&] { m_loop.post(restart); }; });
   EXPECT_EQ(administrator.ask(framed(request(1)), refused(1, 0)), refused(1, 0));
   EXPECT_TRUE(first + reader.receive(large.size() - first.size()) == large);
   m_thread.join();
+  EXPECT_FALSE(isRestarted);
   m_server.reset();
   EXPECT_FALSE(std::filesystem::exists(m_path));
   EXPECT_TRUE(reader.isEnded() && administrator.isEnded());

@@ -171,7 +171,8 @@ TEST_F(StandinTest, RestartsAtASignal) {
   EXPECT_EQ(m_session.getSystemInfo(9), "1");
 }
 
-// No client can be accepted; then there is room again, and at last there is none when it has to end.
+// It can neither accept a client nor restart; then there is room again; at last there is none when it has to
+// end.
 TEST_F(StandinTest, WaitsForDescriptors) {
   // The sanitizer needs descriptors for its own checks of addresses.
   if (strstr(SANITIZERS, "undefined")) GTEST_SKIP() << "not with the undefined-behaviour sanitizer";
@@ -184,6 +185,9 @@ TEST_F(StandinTest, WaitsForDescriptors) {
   const std::string ping = framed(request(0));
   (void)send(waiting.get(), ping.data(), ping.size(), MSG_NOSIGNAL);
   m_session.ping();
+  m_standin.signal(SIGHUP);
+  m_session.ping();
+  EXPECT_EQ(m_session.getSystemInfo(9), "0") << "restarts";
   m_session.dropConnection();
   ASSERT_EQ(prlimit(m_standin.pid(), RLIMIT_NOFILE, &before, nullptr), 0);
   IPCReply reply;
