@@ -48,10 +48,10 @@ using LookupKey = std::variant<std::string, vesk::Guid, uint32_t, vesk::SID>;
 /// One LDAP search.
 struct SearchQuery {
   std::string domain;                   ///< empty for the daemon's own
-  std::string base;                     ///< empty for the domain, and with scope 0 for the root entry
+  std::string base;                     ///< empty for the domain, and with ScopeBase for the root entry
   std::string filter;                   ///< empty for all entries
   std::vector<std::string> attributes;  ///< empty for all
-  int scope;                            ///< 0 base, 1 one level, 2 subtree; not yet checked
+  vesk::LdapSearchScopeType scope;      ///< as sent by the client; may be none of the enumerators
 };
 
 /// How the names of groups are meant.

@@ -38,7 +38,7 @@ LimitedQuery readQuery(handlers::Request request) {
   read.query.base = request.getString();
   read.query.filter = request.getString();
   read.query.attributes = readNames(request);
-  read.query.scope = request.getInt();
+  read.query.scope = static_cast<vesk::LdapSearchScopeType>(request.getInt());
   const int limit = request.getInt();
   read.limit = limit > 0 ? static_cast<size_t>(limit) : 0;
   request.getInt();

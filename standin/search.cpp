@@ -7,19 +7,20 @@
 namespace standin {
 namespace {
 
-SearchScope checkedScope(int scope) {
-  if (scope < static_cast<int>(SearchScope::Base) || scope > static_cast<int>(SearchScope::Subtree))
+vesk::LdapSearchScopeType checked(vesk::LdapSearchScopeType scope) {
+  if (scope < vesk::ScopeBase || scope > vesk::ScopeSubtree)
     throw Error("There is no search scope " + std::to_string(scope));
-  return static_cast<SearchScope>(scope);
+  return scope;
 }
 
 }  // namespace
 
-Search::Search(const Directory& directory, const std::string& base, int scope, const std::string& filter)
+Search::Search(const Directory& directory, const std::string& base, vesk::LdapSearchScopeType scope,
+               const std::string& filter)
     : m_directory(directory),
       m_filter(filter),
-      m_scope(checkedScope(scope)),
-      m_isRoot(base.empty() && m_scope == SearchScope::Base),
+      m_scope(checked(scope)),
+      m_isRoot(base.empty() && m_scope == vesk::ScopeBase),
       m_baseKey(dnKey(base.empty() ? directory.domain().baseDn : base)) {
   if (!base.empty()) checkBase();
 }
@@ -27,7 +28,7 @@ Search::Search(const Directory& directory, const std::string& base, int scope, c
 void Search::checkBase() const {
   if (m_directory.byDn(m_baseKey) != kNoEntry) return;
   // A file may hold a part of a directory: entries whose parents are missing.
-  if (m_scope != SearchScope::Base)
+  if (m_scope != vesk::ScopeBase)
     for (EntryId id = 0; id < m_directory.size(); ++id)
       if (isWithin(m_directory.key(id), m_baseKey)) return;
   throw Error("No such object");
@@ -36,11 +37,11 @@ void Search::checkBase() const {
 bool Search::isInScope(EntryId id) const {
   const std::string& key = m_directory.key(id);
   switch (m_scope) {
-    case SearchScope::Base:
+    case vesk::ScopeBase:
       return key == m_baseKey;
-    case SearchScope::OneLevel:
+    case vesk::ScopeOneLevel:
       return parentKey(key) == m_baseKey;
-    case SearchScope::Subtree:
+    case vesk::ScopeSubtree:
       break;
   }
   return isWithin(key, m_baseKey);

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include <fokrazo/session_types.h>
 #include "standin/ldap_filter.h"
 #include "standin/membership.h"
 
@@ -11,17 +12,15 @@ namespace standin {
 
 class Directory;
 
-/// How far below its base a search looks. Wire values: never renumber.
-enum class SearchScope : int { Base = 0, OneLevel = 1, Subtree = 2 };
-
 /// A search that remembers its position. Entries that are added meanwhile may still be found. The empty base
-/// means the root entry with scope Base, and the domain with any other scope. Thread-safety: one thread at a
+/// means the root entry with ScopeBase, and the domain with any other scope. Thread-safety: one thread at a
 /// time.
 class Search {
  public:
   /// `directory` must outlive the search.
   /// @throws Error the scope is unknown, the filter is bad, or no entry is at or below the base.
-  Search(const Directory& directory, const std::string& base, int scope, const std::string& filter);
+  Search(const Directory& directory, const std::string& base, vesk::LdapSearchScopeType scope,
+         const std::string& filter);
 
   /// The next matches, at most `limit`; none at the end.
   std::vector<EntryId> next(size_t limit);
@@ -35,7 +34,7 @@ class Search {
 
   const Directory& m_directory;
   LdapFilter m_filter;
-  SearchScope m_scope;
+  vesk::LdapSearchScopeType m_scope;
   bool m_isRoot;
   std::string m_baseKey;
   EntryId m_next = 0;

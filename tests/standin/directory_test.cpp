@@ -159,7 +159,7 @@ class SampleTest : public testing::Test {
  protected:
   SampleTest() { m_directory.load(kSample + "accounts.ldif"); }
 
-  size_t count(const char* base, int scope, const char* filter) const {
+  size_t count(const char* base, vesk::LdapSearchScopeType scope, const char* filter) const {
     return Search(m_directory, base, scope, filter).next(SIZE_MAX).size();
   }
 
@@ -169,11 +169,12 @@ class SampleTest : public testing::Test {
 
 TEST_F(SampleTest, IsSearchedAsFarAsTheScope) {
   const char kGroups[] = "OU=Groups,OU=Corp,DC=example,DC=com";
-  EXPECT_EQ(count("", 2, ""), m_directory.size());
-  EXPECT_EQ(count("dc=EXAMPLE, dc=com", 0, "(objectClass=domain)"), 1u);
-  EXPECT_EQ(count(kGroups, 1, ""), count(kGroups, 2, "(objectClass=group)"));
-  EXPECT_EQ(count("OU=Corp,DC=example,DC=com", 1, "(objectClass=group)"), 0u);
-  EXPECT_TRUE(Search(m_directory, "", 0, "").findsRoot());
+  EXPECT_EQ(count("", vesk::ScopeSubtree, ""), m_directory.size());
+  EXPECT_EQ(count("dc=EXAMPLE, dc=com", vesk::ScopeBase, "(objectClass=domain)"), 1u);
+  EXPECT_EQ(count(kGroups, vesk::ScopeOneLevel, ""),
+            count(kGroups, vesk::ScopeSubtree, "(objectClass=group)"));
+  EXPECT_EQ(count("OU=Corp,DC=example,DC=com", vesk::ScopeOneLevel, "(objectClass=group)"), 0u);
+  EXPECT_TRUE(Search(m_directory, "", vesk::ScopeBase, "").findsRoot());
 }
 
 TEST_F(SampleTest, KeepsEveryValueAndItsIdentity) {
