@@ -67,7 +67,8 @@ struct Settings {
 
 uid_t readUid(const std::string& text) {
   unsigned uid = 0;
-  if (!readNumber(text, uid)) throw UsageError("option --peer-uid needs a user's number, not '" + text + "'");
+  if (!readNumber(text, uid) || uid == static_cast<uid_t>(-1))
+    throw UsageError("option --peer-uid needs a user's number, not '" + text + "'");
   return uid;
 }
 

@@ -87,6 +87,7 @@ Verdict validate(const std::string& user, const Shredder& password) {
 // Sets `isOpen` if nobody knows whether the password has changed: the request was sent, and no result came.
 Verdict change(const std::string& user, const Shredder& old, const Shredder& wanted, bool& isOpen) {
   const Verdict verdict = ask(user, [&](vesk::LocalRpcSession& session, const vesk::User&) {
+    session.dropConnection();  // as for a login: a connection of its own
     isOpen = true;
     const ValidationResult result = session.changePassword(user, old, wanted, false);
     isOpen = false;

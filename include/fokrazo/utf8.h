@@ -32,12 +32,15 @@ inline Utf8Character utf8At(const std::string& text, size_t position) {
 }
 
 /// Whether a terminal acts on the character: the control characters U+0000 to U+001F and U+007F to U+009F,
-/// and the marks that change the direction of text, so that a line reads as something else.
+/// and marks that make a line read as something else: of the direction of text, of the end of a line, and
+/// tags.
 inline bool isTerminalControl(char32_t code) {
   const bool isControl = code < 0x20 || (code >= 0x7f && code <= 0x9f);
   const bool isDirectionMark = code == 0x61c || code == 0x200e || code == 0x200f ||
                                (code >= 0x202a && code <= 0x202e) || (code >= 0x2066 && code <= 0x2069);
-  return isControl || isDirectionMark;
+  const bool isLineSeparator = code == 0x2028 || code == 0x2029;
+  const bool isTag = code >= 0xe0000 && code <= 0xe007f;
+  return isControl || isDirectionMark || isLineSeparator || isTag;
 }
 
 }  // namespace vesk

@@ -9,6 +9,7 @@
 #include <fokrazo/strutil.h>
 #include "util/error/throw.h"
 #include "util/text/printed.h"
+#include "util/thread/calendar.h"
 
 const std::string TRUE_STR("TRUE");
 const std::string FALSE_STR("FALSE");
@@ -22,7 +23,7 @@ constexpr char kSource[] = "lrpc/adattribute";
 time_t utcSeconds(const std::string& text) {
   tm fields{};
   if (!strptime(text.c_str(), "%Y:%m:%d:%H:%M:%S.0Z", &fields)) return -1;
-  return timegm(&fields);
+  return calendar::toSeconds(fields);
 }
 
 const char* marksText(bool dirty, bool serialized) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <string_view>
@@ -16,6 +17,7 @@
 #include "util/log/log_internal.h"
 #include "util/text/hex_digits.h"
 #include "util/text/made_once.h"
+#include "util/thread/calendar.h"
 #include "util/thread/clock.h"
 
 // The C library's. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
@@ -129,11 +131,12 @@ std::string_view whenAndWho() {
   cached.second = now;
   static MadeOnce<const ProcessIdentity> identity;
   const ProcessIdentity& process = identity.get();
-  char time[64];
-  tm local;
-  if (localtime_r(&now, &local) == nullptr || strftime(time, sizeof time, "%F %T %z", &local) == 0)
-    time[0] = '\0';
-  snprintf(cached.text, sizeof cached.text, "%s %s %s[%d]: ", time, process.host, programName(), process.pid);
+  const tm local = calendar::local(now);
+  const long minutes = std::labs(local.tm_gmtoff) / 60;
+  snprintf(cached.text, sizeof cached.text,
+           "%d-%02d-%02d %02d:%02d:%02d %c%02ld%02ld %s %s[%d]: ", local.tm_year + 1900, local.tm_mon + 1,
+           local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec, local.tm_gmtoff < 0 ? '-' : '+',
+           minutes / 60, minutes % 60, process.host, programName(), process.pid);
   cached.length = strlen(cached.text);
   return {cached.text, cached.length};
 }

@@ -50,13 +50,13 @@ bool QueueAble::keepQueuedItem(long) {
   return false;
 }
 
-/// The first runner's seat while it serves the queue. Only a thread of the class Thread takes it. Taking and
-/// leaving the seat cannot be cancelled, or it would stay taken.
+/// The first runner's seat while it serves the queue. Taking and leaving the seat cannot be cancelled, or it
+/// would stay taken.
 class RunQueue::Seat {
  public:
   explicit Seat(RunQueue& queue) : m_queue(queue) {
     const BriefHold hold(m_queue.m_mutex);
-    if (m_queue.m_runnerIsServing || Thread::getSelf() == nullptr) return;
+    if (m_queue.m_runnerIsServing) return;
     m_queue.m_runner = threadNumber();
     m_queue.m_runnerIsServing = m_taken = true;
   }
@@ -197,7 +197,8 @@ void RunQueue::runQueue() {
 void RunQueue::runQueue(int seconds) {
   const time_t deadline = dayclock::now() + seconds;
   const Seat seat(*this);
-  if (m_isLogQueue && seat.taken()) Thread::getSelf()->changePriority(kLogRunnerPriority);
+  Thread* const self = Thread::getSelf();
+  if (m_isLogQueue && seat.taken() && self) self->changePriority(kLogRunnerPriority);
   while (const Item item = next(seconds, deadline)) runItem(*item);
 }
 

@@ -17,6 +17,7 @@
 #include "util/file/unique_fd.h"
 #include "util/log/log_internal.h"
 #include "util/sink/log_text.h"
+#include "util/thread/calendar.h"
 #include "util/thread/fork_locks.h"
 
 namespace vesk {
@@ -34,6 +35,10 @@ Mutex& gSyslogProtect() {
 bool gOpened FOKRAZO_GUARDED_BY(gSyslogProtect()) = false;
 std::atomic<bool> gUsesOwnSocket{false};  // in a child that must not call the C library's functions
 std::atomic<bool> gShowsProcess{false};   // whether openlog was called
+
+bool usesOwnSocket() {
+  return gUsesOwnSocket || isChildOfThreads();
+}
 
 // The name is untrusted: the caller of exec chooses it.
 struct Identity {
@@ -61,9 +66,7 @@ UniqueFd connectToSyslog() {
 // Sends a line as the C library does, but never waits long.
 void sendLine(int priority, const char* text) {
   if ((priority & LOG_FACMASK) == 0) priority |= gShowsProcess ? LOG_AUTH : LOG_USER;
-  const time_t now = time(nullptr);
-  tm local{};
-  localtime_r(&now, &local);
+  const tm local = calendar::local(time(nullptr));
   char process[16] = "";
   if (gShowsProcess) snprintf(process, sizeof process, "[%d]", static_cast<int>(getpid()));
   char line[768];
@@ -80,7 +83,7 @@ void sendLine(int priority, const char* text) {
 }  // namespace
 
 void openSyslog() {
-  if (gUsesOwnSocket) return;
+  if (usesOwnSocket()) return;
   Lock lock(gSyslogProtect());
   if (gOpened) return;
   openlog(gIdentity.set().text, LOG_PID, LOG_AUTH);
@@ -89,13 +92,13 @@ void openSyslog() {
 }
 
 void closeSyslog() {
-  if (gUsesOwnSocket) return;
+  if (usesOwnSocket()) return;
   Lock lock(gSyslogProtect());
   closelog();
 }
 
 void writeSyslog(int priority, const char* text) {
-  if (gUsesOwnSocket) return sendLine(priority, text);
+  if (usesOwnSocket()) return sendLine(priority, text);
   Lock lock(gSyslogProtect());
   syslog(priority, "%s", text);
 }

@@ -20,6 +20,8 @@ constexpr long kPatience = 100'000'000;  // nanoseconds that a fork waits, for a
 std::array<std::atomic<Mutex*>, kCount> gLocks{};          // null: not in use yet
 std::array<std::atomic<ForkedChild>, kCount> gChildren{};  // null: nothing to do
 thread_local std::array<Mutex*, kCount> gHeld{};           // by the fork that is under way
+thread_local bool gForksAmongThreads = false;
+std::atomic<bool> gIsChildOfThreads{false};
 
 // One past the innermost lock that this thread holds already; 0 if it holds none.
 size_t pastOwn() {
@@ -42,6 +44,7 @@ timespec endOfPatience() {
 // A thread that holds one of the locks must not wait for an earlier one, whose holder may be waiting for this
 // thread's lock.
 void beforeFork() {
+  gForksAmongThreads = Thread::locksCount();
   const size_t waitFrom = pastOwn();
   const timespec end = endOfPatience();
   for (size_t i = 0; i < kCount; ++i) {
@@ -66,6 +69,7 @@ void makeAnew(Mutex& mutex, bool isHeld) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
 }
 
 void inChild() {
+  if (gForksAmongThreads) gIsChildOfThreads = true;
   for (size_t i = 0; i < kCount; ++i)
     if (Mutex* mutex = gLocks[i].load(std::memory_order_acquire)) makeAnew(*mutex, gHeld[i] != nullptr);
   for (size_t i = 0; i < kCount; ++i) {
@@ -95,6 +99,10 @@ Mutex& heldOverFork(ForkOrder place, Mutex& mutex) {
   std::atomic<Mutex*>& slot = gLocks[static_cast<size_t>(place)];
   if (slot.load(std::memory_order_relaxed) != &mutex) slot.store(&mutex, std::memory_order_release);
   return mutex;
+}
+
+bool isChildOfThreads() {
+  return gIsChildOfThreads.load(std::memory_order_relaxed);
 }
 
 void inForkedChild(ForkOrder place, ForkedChild function) {

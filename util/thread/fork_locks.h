@@ -49,4 +49,9 @@ using ForkedChild = void (*)(bool intact);
 /// must not wait for anything.
 void inForkedChild(ForkOrder place, ForkedChild function);
 
+/// Whether this process, or an ancestor since the last exec, was made by a fork while there were other
+/// threads. Then a lock of the C library that no fork resets may be held for ever: that of syslog, and that
+/// of the time zone.
+bool isChildOfThreads();
+
 }  // namespace vesk

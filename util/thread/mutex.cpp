@@ -10,7 +10,11 @@
 #include "util/thread/clock.h"
 #include "util/thread/threads_api.h"
 
-#ifdef __GLIBC_PREREQ
+// The thread sanitizer does not know pthread_mutex_clocklock.
+#if defined(__has_feature)
+#define FOKRAZO_HAVE_TSAN __has_feature(thread_sanitizer)
+#endif
+#if defined(__GLIBC_PREREQ) && !FOKRAZO_HAVE_TSAN
 #define FOKRAZO_HAVE_CLOCKLOCK __GLIBC_PREREQ(2, 30)
 #endif
 
@@ -47,7 +51,7 @@ int lockByClock(pthread_mutex_t& mutex, const timespec& deadline) {
 }
 #else
 int lockByClock(pthread_mutex_t& mutex, const timespec& deadline) {
-  const timespec interval{0, kDefaultPoll / 10};
+  const timespec interval{0, kDefaultPoll / 100};
   for (;;) {
     const int error = pthread_mutex_trylock(&mutex);
     timespec now;

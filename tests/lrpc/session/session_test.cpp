@@ -26,8 +26,8 @@ namespace {
 
 uid_t gOtherUid = 0;  // how far the effective ids are from the real ones
 gid_t gOtherGid = 0;
-uid_t gPeerUid = 0;   // how far the peer's user is from the real one
-int gSocketType = 0;  // of the last socket
+std::atomic<uid_t> gPeerUid{0};  // how far the peer's user is from the real one
+int gSocketType = 0;             // of the last socket
 
 }  // namespace
 
