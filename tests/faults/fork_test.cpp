@@ -68,6 +68,8 @@ constexpr void (*kWorks[])() = {
 TEST(FirstUse, IsSafeInSeveralThreadsAndOverForks) {
   if (strstr(SANITIZERS, "address"))
     GTEST_SKIP() << "the address sanitizer cannot be forked by a busy program";
+  if (strstr(SANITIZERS, "thread"))
+    GTEST_SKIP() << "the thread sanitizer's pthread_once hangs in a child, unlike the C library's";
   if (!inPrivateWorld()) GTEST_SKIP() << "only in the private world";
   constexpr int kProcesses = 150, kThreads = 3;
   constexpr void (*kUses[])() = {logLine, [] { GetDictionaryMap(); },

@@ -169,6 +169,8 @@ TEST(RunQueueThreads, TheFirstRunnerIsRememberedUntilAnotherOneServesInItsPlace)
     queue.runQueue(-1);
     fill(queue, 5);
   });
+  queue.runQueue(-1);
+  fill(queue, 20);  // a thread that the class Thread has not started is remembered, too
   EXPECT_EQ(pauses.taken().size(), 0u);
   queue.runQueue(-1);
   second.open();
