@@ -16,6 +16,7 @@ class Error : public std::runtime_error {
 
 /// Throws Error "what: text of errno".
 [[noreturn]] inline void throwSystemError(const std::string& what) {
+  // The text is the thread's own. NOLINTNEXTLINE(concurrency-mt-unsafe)
   throw Error(what + ": " + strerror(errno));
 }
 

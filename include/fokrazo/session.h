@@ -80,7 +80,7 @@ class FOKRAZO_API LocalRpcSession {
   /// - has something to read, or has ended: what comes unasked answers no request.
   /// With `authenticate` a new connection is authenticated, if the session wants that.
   /// @throws IOException the daemon cannot be reached, or is not the trusted peer
-  /// @throws ConnectionBrokenException a new connection sent more than the reply to its authentication
+  /// @throws ConnectionBrokenException a new connection brought more than was asked for
   /// @throws what authenticateProcess throws
   void reConnect(bool authenticate);
   /// Has the daemon check this process, unless it has done so on this connection; from now on also on each

@@ -154,12 +154,11 @@ void LocalRpcSession::reConnect(bool authenticate) {
   }
   closeConnection();
   connect(now, pid);
-  if (!authenticate || !m_authenticateProcess || m_processAuthenticated) return;
-  authenticateProcess();
+  if (authenticate && m_authenticateProcess && !m_processAuthenticated) authenticateProcess();
   if (!hasBytes(m_socket)) return;
   closeConnection();
   FOKRAZO_THROW(ConnectionBrokenException, "ConnectionBrokenException", 0,
-                "brondalt sent more than the reply to an authentication");
+                "brondalt sent more than was asked for");
 }
 
 void LocalRpcSession::setTrustedPeer(uid_t uid) {
