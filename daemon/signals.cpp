@@ -2,6 +2,7 @@
 
 #include <sys/signalfd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <utility>
 
@@ -13,7 +14,8 @@ Signals::Signals(std::initializer_list<int> numbers) {
   sigset_t set;
   sigemptyset(&set);
   for (int number : numbers) sigaddset(&set, number);
-  if (sigprocmask(SIG_BLOCK, &set, nullptr) != 0) throwSystemError("sigprocmask");
+  errno = pthread_sigmask(SIG_BLOCK, &set, nullptr);
+  if (errno != 0) throwSystemError("pthread_sigmask");
   signal(SIGPIPE, SIG_IGN);
   m_queue = Descriptor(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC), "signalfd");
 }
