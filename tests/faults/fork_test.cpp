@@ -27,12 +27,10 @@
 using namespace testsupport;
 using namespace vesk;
 
-#if defined(__SANITIZE_THREAD__) || (defined(__has_feature) && __has_feature(thread_sanitizer))
-// A child cannot join the threads of its parent.
+// For the thread sanitizer: a child cannot join the threads of its parent.
 extern "C" const char* __tsan_default_options() {
   return "report_thread_leaks=0";
 }
-#endif
 
 namespace {
 
