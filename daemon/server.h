@@ -25,7 +25,7 @@ struct Limits {
   /// A longer request ends the connection.
   size_t frameBytes = 1 << 20;
   /// The time for a client to send the rest of a request, or to take more of a reply; its connection ends
-  /// then. Also the time for the back end to answer; the client is told that the directory is away then.
+  /// then. Also the time for the back end to answer; after that the client gets "away".
   std::chrono::milliseconds step = std::chrono::minutes(5);
 };
 

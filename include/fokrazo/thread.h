@@ -66,9 +66,9 @@ class FOKRAZO_API Thread {
     return true;
 #endif
   }
-  /// Nothing needs this call: locks count as soon as the process has a second thread, whoever starts it. True
-  /// makes them count already before that, for a program that starts its first thread while it holds a Lock;
-  /// each call adds one to m_threadsActive. False sets m_threadsActive to 0.
+  /// Nothing needs this call: locks count as soon as the process has a second thread, started by any code.
+  /// True makes them count already before that, for a program that starts its first thread while it holds a
+  /// Lock; each call adds one to m_threadsActive. False sets m_threadsActive to 0.
   static void SetThreadsActive(bool active);
   /// Finds out whether the process has a threads library; called by the first Mutex.
   static void DetermineThreadSupport();

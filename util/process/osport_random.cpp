@@ -39,7 +39,7 @@ int drawRand() {
   return static_cast<int>(drawRandom());
 }
 
-// This does not count as seeding: the first number drawn replaces the seed with the clock's.
+// The first number drawn still reseeds from the clock, so only a call after it has an effect that lasts.
 void seedRandom(unsigned int seed) {
   const vesk::BriefHold hold(gRandomMutex());
   srand48(seed);
