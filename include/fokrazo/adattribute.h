@@ -1,4 +1,4 @@
-/// One attribute of a directory object: a list of text values with a name and two marks.
+/// One attribute of a directory object: a list of text values with a name and two flags.
 #pragma once
 
 #include <iosfwd>
@@ -10,27 +10,26 @@
 #include <fokrazo/export.h>
 #include <fokrazo/int64.h>
 
-/// The texts of booleans in attributes: "TRUE" and "FALSE".
+/// Booleans as attribute values: "TRUE" and "FALSE".
 FOKRAZO_API extern const std::string TRUE_STR;
 FOKRAZO_API extern const std::string FALSE_STR;
 
 namespace vesk {
 
-/// All values are text. A value's type is what the reader asks for: numbers, booleans and times are converted
-/// at each read and each write. Iteration, size and emptiness are the list's own; changes made through the
-/// list's own operations leave the marks as they are.
-/// Readers throw SystemException "ADAttribute '…' is empty" if there is no value.
+/// All values are text; numbers, booleans and times are converted on each read and write. Iteration and size
+/// come from std::list; changes made through std::list's own operations leave the flags as they are. Readers
+/// throw SystemException "ADAttribute '…' is empty" if there is no value.
 /// Thread-safety: a plain value.
 class FOKRAZO_API ADAttribute : public std::list<std::string> {
  public:
-  /// The values alone.
+  /// The values without the name and the flags.
   using Values = std::list<std::string>;
 
   ADAttribute() = default;
-  /// No values, no marks.
+  /// No values, both flags false.
   explicit ADAttribute(std::string_view name);
 
-  /// The name as it was first asked for; empty in an attribute that nobody has asked for by name.
+  /// The name as first passed to a lookup; empty if the attribute was never looked up by name.
   const std::string& name() const { return m_name; }
   /// The name in lower case.
   const std::string& lcName() const { return m_lcName; }
@@ -38,7 +37,7 @@ class FOKRAZO_API ADAttribute : public std::list<std::string> {
   bool dirty() const { return m_dirty; }
   /// The values are what the object's current blob holds.
   bool serialized() const { return m_serialized; }
-  /// For the owner of the attribute.
+  /// For the object that holds the attribute.
   void setName(std::string_view name);
   void setMarks(bool dirty, bool serialized);
 
@@ -50,7 +49,7 @@ class FOKRAZO_API ADAttribute : public std::list<std::string> {
   int toInt() const;
   /// The first value as atoui reads it: decimal, 0x… or 0….
   unsigned int toUInt() const;
-  /// The first value as decimal digits with perhaps a "-"; the characters are not checked.
+  /// The first value as decimal digits after an optional "-"; the characters are not checked.
   Int64 toInt64() const;
   /// The first value as a directory time, "YYYYMMDDhhmmss.0Z", in seconds since the epoch.
   /// @throws SystemException also for a value of another form or before the epoch.
@@ -58,8 +57,8 @@ class FOKRAZO_API ADAttribute : public std::list<std::string> {
   /// The low 32 bits of toInt64(), signed.
   long toUnixTime() const;
 
-  // Each of these makes the values the given one or ones and marks the attribute dirty and not serialized.
-  // The empty text clears the values and leaves both marks.
+  // Each of these replaces the values and marks the attribute dirty and not serialized. The empty string
+  // clears the values and leaves both flags.
   ADAttribute& operator=(const std::string& value);
   ADAttribute& operator=(const char* value);
   ADAttribute& operator=(bool value);
@@ -69,23 +68,24 @@ class FOKRAZO_API ADAttribute : public std::list<std::string> {
   ADAttribute& operator=(Int64 value);
   ADAttribute& operator=(const Values& values);
 
-  // These append and mark likewise; an empty text or an empty list changes nothing, marks included.
+  // These append and set the same flags; an empty string or list changes nothing.
   ADAttribute& operator+=(const std::string& value);
   ADAttribute& operator+=(const Values& values);
 
-  /// Sets both marks and appends, the empty text too.
+  /// Sets both flags and appends the value, even an empty one.
   void addVal(const std::string& value, bool dirty, bool serialized);
   void addVal(const char* value, bool dirty, bool serialized);
   void addVal(int value, bool dirty, bool serialized);
   void addVal(bool value, bool dirty, bool serialized);
-  /// Appends each piece between commas, trimmed, by addVal; empty pieces are dropped.
+  /// Splits at commas, trims, and appends each piece as addVal does; empty pieces are dropped.
   void addCList(const std::string& text, bool dirty, bool serialized);
 
-  /// The same values in the same order; name and marks play no part.
+  /// Whether the values are the same, in the same order; name and flags are ignored.
   bool operator==(const ADAttribute& other) const;
   bool operator!=(const ADAttribute& other) const { return !(*this == other); }
 
-  /// One line: name, marks, and the values, in hexadecimal where not printable. Standard output by default.
+  /// Prints one line: name, flags and values, in hexadecimal where not printable. To standard output by
+  /// default.
   void dump() const;
   void dump(std::ostream& out) const;
 

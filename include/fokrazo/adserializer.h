@@ -1,5 +1,5 @@
-/// The serialized form of a directory object, the blob: what crosses the socket and what the daemon's cache
-/// keeps. It can be read one attribute at a time without unpacking the object.
+/// The serialized form of a directory object, the blob: the form on the socket and in the daemon's cache.
+/// Single attributes can be read without unpacking the whole object.
 ///
 /// Integers are in host order and nothing is aligned:
 ///   0   4    time of acquisition, seconds since the epoch
@@ -9,9 +9,9 @@
 ///   32  4    number N of attributes
 ///   36  4*N  index: the offset of each record from the blob's first byte, in the order of the names
 ///   ...      N records: name, number of values (4 bytes, signed), values
-/// A name or a value is a signed word of 4 bytes: below 0 it is an index into the string dictionary with the
-/// top bit set; otherwise it is a length, and that many bytes of text follow. The blob tells neither its own
-/// length nor the dictionary it was written with.
+/// A name or a value is a signed word of 4 bytes: if negative, it is an index into the string dictionary with
+/// the top bit set; otherwise it is a length, and that many bytes of text follow. The blob contains neither
+/// its own length nor the number of the dictionary that it was written with.
 #pragma once
 
 #include <cstdint>
@@ -25,8 +25,8 @@
 #include <fokrazo/int64.h>
 #include <fokrazo/stringarray.h>
 
-/// 1 (as it starts) selects the direct paths of the lookups here and in ADObject, 0 longer ones with the same
-/// answers. A host program sets it before it reads the first object.
+/// 1 (the default) selects the fast paths of the lookups here and in ADObject; 0 selects slower ones with the
+/// same results. Set it before the first object is read.
 FOKRAZO_API extern int GOFAST1;
 
 namespace vesk {
@@ -36,12 +36,12 @@ namespace stringdict {
 class Key;
 }
 
-/// Holds one blob, reads, searches, shrinks and prints it. Every reader stays inside the blob whatever its
-/// bytes: what cannot be read is not there.
+/// Holds one blob: reads, searches, shrinks and prints it. No reader leaves the blob, whatever its bytes;
+/// what cannot be read counts as missing.
 /// Thread-safety: one thread at a time. The dictionary is constant once the library is loaded.
 class FOKRAZO_API ADSerializer {
  public:
-  /// Bytes in front of the index.
+  /// Bytes before the index.
   static constexpr unsigned int kHeaderSize = 36;
 
   /// The dictionary of all writers and, by default, of all readers.
@@ -49,19 +49,19 @@ class FOKRAZO_API ADSerializer {
 
   /// Holds no blob, and reads as an object without attributes.
   ADSerializer() = default;
-  /// Takes `data` as it is, without a copy; with `ownsData` it is from malloc and freed with this object.
-  /// @throws BadDataException shorter than the header; `data` then stays the caller's.
+  /// Uses `data` without copying it; with `ownsData` it comes from malloc and is freed with this object.
+  /// @throws BadDataException shorter than the header; `data` then remains the caller's
   ADSerializer(unsigned int size, char* data, bool ownsData);
   ~ADSerializer();
   ADSerializer(const ADSerializer&) = delete;
   ADSerializer& operator=(const ADSerializer&) = delete;
-  /// A private copy of the blob.
+  /// An object with its own copy of the blob.
   std::unique_ptr<ADSerializer> clone() const;
 
-  /// A new blob of all attributes of `object`, which is read completely before. Its attributes are marked
-  /// serialized; an object without a sequence number takes it from its attribute uSNChanged.
+  /// A new blob of all attributes of `object`, which is first read completely. Marks its attributes
+  /// serialized; if the object has no sequence number, sets it from the attribute uSNChanged.
   static std::unique_ptr<ADSerializer> serialize(ADObject& object);
-  /// Bytes of the header and all records of `object`, which is read completely before; without the index.
+  /// Bytes of the header and all records, without the index, of `object`, which is first read completely.
   static size_t calcSize(ADObject& object);
   /// Bytes of the record of one attribute.
   static size_t sizeAttribute(const ADAttribute& attribute);
@@ -94,20 +94,20 @@ class FOKRAZO_API ADSerializer {
 
   /// Whether there is such an attribute, with `needValue` one that has a value.
   bool exists(std::string_view name, bool needValue) const;
-  /// A copy of one attribute, with its serialized mark; with no values and no marks if the blob has none. A
-  /// reference past the dictionary reads as the empty text.
+  /// A copy of one attribute, marked serialized; without values and flags if the blob does not have it. A
+  /// reference past the dictionary reads as the empty string.
   ADAttribute find(const std::string& name) const;
   /// As find, into `attribute`, whose name is the one to find.
   void read(ADAttribute& attribute) const;
-  /// Adds all attributes to `attributes`; one that is there already stays as it is. The index begins at
-  /// `indexOffset`, references are resolved by `dictionary`.
+  /// Adds all attributes to `attributes`; one that is already there stays as it is. The index begins at
+  /// `indexOffset`; references are resolved with `dictionary`.
   /// @throws BadDataException an index or a length that points outside; `attributes` then holds what was
   /// read.
   void readAll(ADAttributeMap& attributes, unsigned int indexOffset, const StringArray& dictionary);
-  /// Removes an attribute in place: 1, or 0 if it is not there. The buffer keeps its place.
+  /// Removes an attribute in place; the buffer does not move. Returns 1, or 0 if it is not there.
   unsigned int erase(std::string_view name);
 
-  /// Prints header and attributes, damage included, as text. Standard output by default.
+  /// Prints header, attributes and any damage as text; to standard output by default.
   void dump() const;
   void dump(std::ostream& out) const;
   /// As above; `serializer` may be null.
@@ -131,7 +131,7 @@ class FOKRAZO_API ADSerializer {
   bool readName(uint32_t offset, Text& name) const;
   std::string_view nameAt(uint32_t offset) const;
   stringdict::Key keyAt(uint32_t offset) const;
-  const unsigned char* valueCountBehind(const Text& name) const;
+  const unsigned char* valueCountAfter(const Text& name) const;
   bool readText(const unsigned char* position, Text& field) const;
   template <class Take>
   const unsigned char* walkValues(const unsigned char* valueCount, Take take) const;
@@ -159,7 +159,7 @@ class FOKRAZO_API ADSerializer {
 
   unsigned int m_size = 0;
   unsigned char* m_data = nullptr;
-  unsigned char* m_cursor = nullptr;  // of readAll and serialize
+  unsigned char* m_cursor = nullptr;  // used by readAll and serialize
   bool m_ownsData = false;
 };
 

@@ -1,9 +1,7 @@
-/// Names of attributes, categories and markers: every text that the directory model handles, spelled once.
-/// Code writes obj[VESK_UID], never the literal; the text is what counts at every boundary. Some constants
-/// share a text on purpose.
-/// All are built when the library is loaded and stay to the end of the process; other code that runs at load
-/// time must not read them. Each is a reference to a string that is hidden in the library, which costs the
-/// loader less than hundreds of strings that it must find by their names.
+/// Names of attributes, categories and markers. Code writes obj[VESK_UID], never the literal. Some constants
+/// share a text on purpose. All are built when the library is loaded and stay until the process ends; other
+/// code that runs at load time must not read them. Each is a reference to a hidden string, so that the loader
+/// need not resolve hundreds of strings by name.
 #pragma once
 
 #include <string>
@@ -15,7 +13,7 @@ namespace vesk {
 
 class Guid;
 
-/// What an operation may do with a cache.
+/// How an operation may use a cache.
 enum CacheOps : int {
   COPS_NOCACHE = 0,
   COPS_WONLY = 2,
@@ -197,7 +195,7 @@ FOKRAZO_API extern const std::string& VESK_SHADOW_INACTIVE;
 FOKRAZO_API extern const std::string& VESK_SHADOW_EXPIRE;
 FOKRAZO_API extern const std::string& VESK_SHADOW_FLAG;
 
-/// Bookkeeping: attributes that an administrator maps elsewhere.
+/// Bookkeeping: attributes that an administrator maps to others.
 FOKRAZO_API extern const std::string& VESK_ALT_MAP_USERNAME;
 FOKRAZO_API extern const std::string& VESK_ALT_MAP_UID;
 FOKRAZO_API extern const std::string& VESK_ALT_MAP_GID;
@@ -376,7 +374,7 @@ FOKRAZO_API extern const std::string& AD_WBEM_PATH;
 FOKRAZO_API extern const std::string& AD_USERNAME;
 FOKRAZO_API extern const std::string& AD_GROUPNAME;
 
-/// Categories, the words that ADObject::category yields.
+/// Categories, as ADObject::category returns them.
 FOKRAZO_API extern const std::string& AD_OBJECT_CATEGORY;
 FOKRAZO_API extern const std::string& AD_GROUP_CATEGORY;
 FOKRAZO_API extern const std::string& AD_USER_CATEGORY;
@@ -461,9 +459,9 @@ FOKRAZO_API extern const std::string& AD_OC_PERSON;
 FOKRAZO_API extern const std::string& AD_OC_ORG_PERSON;
 FOKRAZO_API extern const std::string& AD_OC_COMPUTER;
 
-/// Fixed GUIDs, each in the form in which its users want it: containers by the digits of the text form;
-/// schema entries by the digits of the stored bytes (AD_GUID_RESET_PASSWORD with hyphens in them); interfaces
-/// and enrolment rights with hyphens.
+/// Fixed GUIDs, in the form that their users expect: containers as the digits of the text form; schema
+/// entries as the digits of the stored bytes (AD_GUID_RESET_PASSWORD with hyphens); interfaces and enrolment
+/// rights with hyphens.
 FOKRAZO_API extern const std::string& AD_GUID_COMPUTERS_CONTAINER;
 FOKRAZO_API extern const std::string& AD_GUID_USERS_CONTAINER;
 FOKRAZO_API extern const std::string& AD_GUID_DOMAIN_CONTROLLERS_CONTAINER;
@@ -534,7 +532,7 @@ FOKRAZO_API extern const std::string& AUTOMOUNT_VERSION_GUID;
 FOKRAZO_API extern const std::string& AUTOMASTER_VERSION_GUID;
 FOKRAZO_API extern const std::string& GENERIC_VERSION_GUID;
 
-/// AIX account attribute keys, each beside the VESK_ constant of the same stem.
+/// AIX account attribute keys, each matching the VESK_ constant of the same stem.
 FOKRAZO_API extern const std::string& ADMIN_ATTR;
 FOKRAZO_API extern const std::string& ADMGROUPS_ATTR;
 FOKRAZO_API extern const std::string& AUDITCLASSES_ATTR;
@@ -580,8 +578,8 @@ FOKRAZO_API extern const std::string& UMINTL_ATTR;
 FOKRAZO_API extern const std::string& UMAXCL_ATTR;
 FOKRAZO_API extern const std::string& UMINCL_ATTR;
 
-/// Names, values and prefixes of no family. Two more parts of names stand in <fokrazo/dn.h>, included here,
-/// and the name of the main queue in <fokrazo/runqueue.h>.
+/// Other names, values and prefixes. See also <fokrazo/dn.h>, included here, and MAIN_RUN_QUEUE in
+/// <fokrazo/runqueue.h>.
 FOKRAZO_API extern const std::string& DS_GROUP_OBJ;
 FOKRAZO_API extern const std::string& EMPTY_STRING;
 FOKRAZO_API extern const std::string& AD_ANY;
@@ -611,6 +609,6 @@ FOKRAZO_API extern const std::string& VESK_CACHE_COOKIE;
 FOKRAZO_API extern const std::string& VESK_LAST_PAGE;
 FOKRAZO_API extern const std::string& VESK_PAGE_INTERRUPTED;
 
-/// Versions of a cache, as the GUID that it carries.
+/// Versions of a cache, as the GUIDs stored in it.
 FOKRAZO_API extern const vesk::Guid QTR_CACHE_VERSION;
 FOKRAZO_API extern const vesk::Guid QTR_ENCRYPTED_CACHE_VERSION;

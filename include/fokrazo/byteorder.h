@@ -1,12 +1,12 @@
-/// Numbers in a fixed byte order: LoHi is little-endian, HiLo big-endian. All go byte by byte, so an address
-/// need not be aligned and the host's own order does not matter. The caller answers for the 1, 2 or 4 bytes.
+/// Numbers in a fixed byte order: LoHi is little-endian, HiLo big-endian. Addresses need not be aligned, and
+/// the host's own order does not matter. The caller guarantees that the 1, 2 or 4 bytes exist. Thread-safe.
 #pragma once
 
 #include <cstdint>
 
 namespace vesk {
 
-// Each of these reads a number of so many bits from an address, or writes it there.
+// Read a number of 8, 16 or 32 bits from an address, or write one there.
 
 inline uint8_t Get8(const void* bytes) {
   return *static_cast<const uint8_t*>(bytes);

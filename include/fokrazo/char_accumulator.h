@@ -1,4 +1,4 @@
-/// A text of limited length on the stack, in which a message's printf format is put together.
+/// A string of limited length on the stack, for building a message's printf format.
 #pragma once
 
 #include <algorithm>
@@ -9,10 +9,10 @@
 
 namespace vesk {
 
-/// The place where a printf format breaks off within a conversion; its end if it does not.
+/// A pointer to the incomplete conversion at the end of a printf format; to its terminator if there is none.
 FOKRAZO_API char* unfinishedConversion(char* format);
 
-/// Collects at most Size - 1 characters; what does not fit is dropped without a word.
+/// Collects at most Size - 1 characters; what does not fit is silently dropped.
 /// Thread-safety: an object belongs to one thread.
 template <unsigned Size>
 class CharAccumulator {
@@ -30,7 +30,7 @@ class CharAccumulator {
   /// Appends part of a format.
   void append(const char* text) { appendBytes(text, strnlen(text, m_last - m_current)); }
 
-  /// Appends text that is to be printed as it stands: each "%" is doubled.
+  /// Appends text to be printed literally: each "%" is doubled.
   void appendPlain(const char* text) {
     for (const char* percent; (percent = strchr(text, '%')) != nullptr; text = percent + 1) {
       appendBytes(text, percent + 1 - text);
@@ -39,8 +39,8 @@ class CharAccumulator {
     append(text);
   }
 
-  /// Terminates the text and returns it. If it was cut inside a conversion, that is removed, so that the rest
-  /// is still a format for the same arguments.
+  /// Terminates the text and returns it. If it was cut inside a conversion, that conversion is removed, so
+  /// that the rest still fits the same arguments.
   const char* terminate() {
     *m_current = '\0';
     if (m_current == m_last) *unfinishedConversion(m_text) = '\0';

@@ -1,5 +1,5 @@
-/// The memory log: the newest messages, as plain text in a ring in the process's memory. They are marked so
-/// that they can be found in a core file; docs/memory-log.md shows how.
+/// The memory log: the newest messages, as plain text in a ring buffer in the process's memory. Markers make
+/// them easy to find in a core file; docs/memory-log.md shows how.
 #pragma once
 
 #include <atomic>
@@ -17,8 +17,8 @@ class Logger;
 /// An entry is "_cbuf ", time, host, program and process, the text with control characters escaped, and a
 /// newline; after the newest entry comes "_cbuf_END__" and a newline. An entry has at most 1023 characters.
 /// It is never split at the end of the ring, which is filled with blanks instead. Bytes that were never
-/// written are zero. Off until the program allows it and the configuration starts it; then on to the end of
-/// the process. Thread-safety: every operation may be called from any thread.
+/// written are zero. Off until the program allows it and the configuration starts it; then on until the
+/// process ends. Thread-safety: every operation may be called from any thread.
 class FOKRAZO_API CircularBuffer {
  public:
   CircularBuffer();
@@ -33,8 +33,8 @@ class FOKRAZO_API CircularBuffer {
   static unsigned int configuredSize();
 
   /// Makes the ring, of the configured size or of `bytes`, never less than 10 kilobytes. True if the memory
-  /// log is on afterwards; false if it is not allowed or there is no memory. Reports to `logger`, which may
-  /// be empty, at WARN.
+  /// log is on afterwards; false if it is not allowed or memory runs out. Reports to `logger`, which may be
+  /// empty, at WARN.
   bool init(boost::shared_ptr<Logger> logger);
   bool init(boost::shared_ptr<Logger> logger, unsigned int bytes);
   /// Adds an entry. Costs one comparison while the memory log is off.
@@ -49,8 +49,7 @@ class FOKRAZO_API CircularBuffer {
   /// Allows the memory log, or has later configurations ignore it.
   void setActive(bool active) { m_active.store(active, std::memory_order_relaxed); }
 
-  /// Begins with an empty ring, in a child process whose parent was writing an entry. Requires: no other
-  /// thread.
+  /// Empties the ring, in a child process whose parent was writing an entry. Requires: no other thread.
   __attribute__((visibility("hidden"))) void restart();
 
  private:

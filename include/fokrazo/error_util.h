@@ -11,22 +11,22 @@
 /// Thread-safety: a plain value.
 class FOKRAZO_API VESKException : public std::exception {
  public:
-  /// Copies both texts. A "vesk::" in front of `className` is dropped.
+  /// Copies both texts. A leading "vesk::" of `className` is dropped.
   VESKException(const char* what, const char* className, int rc);
   ~VESKException() noexcept override;
 
   /// The plain message; owned by the exception.
   const char* what() const noexcept override;
-  /// The code given by the throw site: an errno, a result of the daemon, or 0.
+  /// The code set by the throw site: an errno, a result of the daemon, or 0.
   virtual int rc() const noexcept;
   /// The name of the class without namespace, such as "IOException"; owned by the exception.
   virtual const char* className() const noexcept;
-  /// The number of the class in the list of exception classes that all programs of the family share; 0 for a
-  /// class that is not in it.
+  /// The number of the class in the list of exception classes that all programs of the family share; 0 if it
+  /// is not listed.
   virtual int classID() const noexcept;
 
  protected:
-  /// An exception with no message, no class text and code 0.
+  /// No message, no class name, code 0.
   VESKException();
 
  private:
@@ -38,7 +38,7 @@ class FOKRAZO_API VESKException : public std::exception {
 /// Failures with a code of the base layer (1000 to 1038); a throw leaves a DEBUG line on "base.osutil".
 class FOKRAZO_API ZKTException : public VESKException {
  public:
-  /// `file` and `line` are the throw site; they go to the log alone. All texts are copied.
+  /// `file` and `line` are the throw site; they are only logged. All strings are copied.
   ZKTException(const char* file, int line, const char* what, const char* className, int rc);
   ~ZKTException() noexcept override;
 };
@@ -67,26 +67,26 @@ using ::ZKTException;
 /// Root of the classes below. A throw leaves one DEBUG line on "util.except".
 class FOKRAZO_API Base_Exception : public VESKException {
  public:
-  /// `file` and `line` are the throw site; they go to the log alone. All texts are copied.
+  /// `file` and `line` are the throw site; they are only logged. All strings are copied.
   Base_Exception(const char* file, int line, const char* what, const char* className, int rc);
   ~Base_Exception() noexcept override;
 };
 
-/// The operation was done already and cannot be done twice.
+/// The operation has already been done and cannot be repeated.
 class FOKRAZO_API AlreadyException : public Base_Exception {
  public:
   using Base_Exception::Base_Exception;
   ~AlreadyException() noexcept override;
 };
 
-/// Bytes or text that are not well-formed.
+/// Malformed bytes or text.
 class FOKRAZO_API BadDataException : public Base_Exception {
  public:
   using Base_Exception::Base_Exception;
   ~BadDataException() noexcept override;
 };
 
-/// A queue that takes no more.
+/// The queue is full.
 class FOKRAZO_API BufferFullException : public Base_Exception {
  public:
   using Base_Exception::Base_Exception;
@@ -100,14 +100,15 @@ class FOKRAZO_API ConnectionBrokenException : public Base_Exception {
   ~ConnectionBrokenException() noexcept override;
 };
 
-/// The end of a stream or the closing of a queue. The only class whose throw leaves no log line.
+/// The stream has ended, or the queue is shutting down. The only class below Base_Exception whose throw is
+/// not logged.
 class FOKRAZO_API EndOfFileException : public Base_Exception {
  public:
   using Base_Exception::Base_Exception;
   ~EndOfFileException() noexcept override;
 };
 
-/// A listing has no further entry.
+/// The listing has no more entries.
 class FOKRAZO_API EndOfListException : public Base_Exception {
  public:
   using Base_Exception::Base_Exception;
@@ -128,14 +129,14 @@ class FOKRAZO_API NotFoundException : public Base_Exception {
   ~NotFoundException() noexcept override;
 };
 
-/// A system call failed, or the daemon could not do what it was asked for.
+/// A system call failed, or the daemon could not do what was asked.
 class FOKRAZO_API SystemException : public Base_Exception {
  public:
   using Base_Exception::Base_Exception;
   ~SystemException() noexcept override;
 };
 
-/// The peer is silent; the position in its stream is unknown.
+/// The peer did not answer in time; the position in its stream is unknown.
 class FOKRAZO_API TimeoutException : public Base_Exception {
  public:
   using Base_Exception::Base_Exception;

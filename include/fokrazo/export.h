@@ -1,7 +1,8 @@
 /// What the library exports. Everything else is hidden.
 #pragma once
 
-/// Marks what is exported: a class with all that is in it, a function, a variable.
+/// Exports a class with all its members, a function or a variable.
 #define FOKRAZO_API __attribute__((visibility("default")))
-/// Lets the compiler check a printf format: `text` and `first` count from 1, `this` included.
+/// Lets the compiler check printf arguments. `text` and `first` are the positions of the format and of its
+/// first argument, counted from 1; `this` counts.
 #define FOKRAZO_PRINTF(text, first) __attribute__((format(printf, text, first)))

@@ -1,4 +1,4 @@
-/// The log file: written through a cache, rotated by size, old files perhaps compressed.
+/// The log file: written through a cache, rotated by size; old files can be compressed.
 #pragma once
 
 #include <cstdarg>
@@ -14,14 +14,14 @@ namespace vesk {
 class LogBackups;
 class LogCache;
 
-/// One log file. Several processes may write the same one: it is opened for appending, everybody may read and
-/// write it, and a process notices a rotation by another one when the file has reached its full size again.
-/// Opening never waits, and never follows a trap that another user has set: a symbolic link must belong to
-/// root or to the effective user, a file with a second hard link is refused (EMLINK), and so is anything but
-/// a regular file or a character device (ENXIO). A pipe or FIFO is accepted if a link of root's leads to it,
-/// as /dev/stdout does in a container; it has no cache, and what it does not take within 100 ms goes to
-/// syslog. Failures of writing and of rotation are not reported. Thread-safety: every operation may be called
-/// from any thread, except where a held lock is required.
+/// One log file. Several processes may write the same one: it is opened for appending, every user may read
+/// and write it, and a process notices another's rotation once the file has reached its full size again.
+/// Opening never blocks, and another user cannot redirect it: a symbolic link must belong to root or to the
+/// effective user, a file with a second hard link is refused (EMLINK), and so is anything but a regular file
+/// or a character device (ENXIO). A pipe or FIFO is accepted if a link that root owns leads to it, as
+/// /dev/stdout does in a container; it has no cache, and what it does not accept within 100 ms goes to
+/// syslog. Write and rotation errors are not reported. Thread-safe; some operations require the lock to be
+/// held.
 class FOKRAZO_API FileLogging {
  public:
   /// A closed log.
@@ -35,12 +35,12 @@ class FOKRAZO_API FileLogging {
   /// The keys `logger.file.…`.
   struct Settings {
     unsigned int maxSize = 0x20000000;  // bytes; the size at which the file is rotated
-    int maxCount = 5;                   // old files kept; below 1 the file goes on growing
+    int maxCount = 5;                   // old files kept; below 1 the file is never rotated
     bool zipBackup = false;             // whether old files are compressed
     int flushFrequency = 10;            // messages between flushes
     unsigned int cacheSize = 10240;     // bytes; 0 for no cache
 
-    /// Those of the process's configuration.
+    /// Reads them from the process's configuration.
     static Settings read();
   };
 
@@ -50,7 +50,7 @@ class FOKRAZO_API FileLogging {
   int init(const char* path, const Settings& settings);
   /// Opens the file if it is closed or `force` is set.
   void open(bool force);
-  /// Writes out what is left, and closes the file.
+  /// Writes out the cache and closes the file.
   void close();
   /// Closes the file and frees the cache.
   void destroy();
@@ -60,27 +60,27 @@ class FOKRAZO_API FileLogging {
   /// Writes one line: time, host, program and process, then the text, with control characters escaped. With a
   /// cache the text is cut at 1023 characters. Old files are compressed after `mutex` has been released.
   void log(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
-  /// As log. False, with `args` as they were, if the file is closed, or was removed and cannot be made again;
-  /// lines that the cache still holds for a removed file then go to syslog.
+  /// As log. Returns false, with `args` unused, if the file is closed, or was removed and cannot be created
+  /// again; lines still cached for a removed file then go to syslog.
   bool logIfOpened(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
-  /// Writes out what the cache holds; from now on every line is written at once. For the process's end.
+  /// Writes out the cache; from now on every line is written immediately. For the end of the process.
   void flushFromNowOn();
-  /// Forgets what the cache holds, in a child process whose parent writes it. Requires: no other thread.
+  /// Discards the cache in a child process, because the parent writes it. Requires: no other thread.
   void forgetAfterFork();
 
   /// As open; 0 or an errno.
   int openLog(bool force) FOKRAZO_REQUIRES(mutex);
   /// As close.
   void closeLog() FOKRAZO_REQUIRES(mutex);
-  /// Moves the file out of the way if it is too large, opens a new one, and compresses the old one if that is
-  /// configured. While no new file can be opened, the old one is written on.
+  /// Renames the file if it is too large, opens a new one, and compresses the old one if configured. If no
+  /// new file can be opened, keeps writing to the old one.
   void fileRotate() FOKRAZO_REQUIRES(mutex);
-  /// Whether the open file, or the one that the path names, has reached the size; false if it cannot be
-  /// asked.
+  /// Whether the open file, or the file at the path, has reached the maximum size; false if its size is
+  /// unknown.
   bool checkFileSizeByFP() FOKRAZO_REQUIRES(mutex);
   bool checkFileSizeByPath() FOKRAZO_REQUIRES(mutex);
 
-  /// Held over every operation; recursive, because a caller that holds it may log.
+  /// Held during every operation; recursive, because a caller that holds it may log.
   Mutex mutex;
 
  private:
@@ -109,9 +109,9 @@ class FOKRAZO_API FileLogging {
   Settings m_settings FOKRAZO_GUARDED_BY(mutex);
   unsigned int m_unflushed : 30 FOKRAZO_GUARDED_BY(mutex);  // messages since the last flush
   bool m_isPipe : 1 FOKRAZO_GUARDED_BY(mutex);
-  bool m_isGone : 1 FOKRAZO_GUARDED_BY(mutex);  // the file was removed, and none can be made in its place
+  bool m_isGone : 1 FOKRAZO_GUARDED_BY(mutex);  // the file was removed, and cannot be created again
   std::unique_ptr<LogCache> m_cache FOKRAZO_GUARDED_BY(mutex);
-  std::unique_ptr<char[]> m_streamBuffer FOKRAZO_GUARDED_BY(mutex);  // of m_file, where there is no cache
+  std::unique_ptr<char[]> m_streamBuffer FOKRAZO_GUARDED_BY(mutex);  // of m_file, if there is no cache
 };
 
 }  // namespace vesk

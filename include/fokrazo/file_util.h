@@ -1,7 +1,7 @@
 /// File operations. Log channel "util.file".
 /// Unless a comment says otherwise, a failure throws SystemException "OS call failed: " and the system's
 /// text, with errno as code. No function waits for the other end of a FIFO, and all descriptors are
-/// close-on-exec. Any thread may call all of them.
+/// close-on-exec. Thread-safe.
 #pragma once
 
 #include <sys/types.h>
@@ -15,8 +15,8 @@
 
 /// Renames. Returns 0. @throws IOException
 FOKRAZO_API int MoveFile(const std::string& from, const std::string& to);
-/// Renames, and sets the security label that the policy has for the new path. Returns 0, or -1 with errno and
-/// a line on standard error; never throws. Does nothing if both paths are the same text.
+/// Renames, and sets the SELinux label that the policy defines for the new path. Returns 0, or -1 with errno
+/// and a line on standard error; never throws. Does nothing if both strings are equal.
 FOKRAZO_API int renameFile(std::string from, std::string to);
 
 /// Size in bytes.
@@ -26,32 +26,31 @@ FOKRAZO_API off_t GetFileSize(const std::string& path);
 FOKRAZO_API int GetPerms(const char* path);
 FOKRAZO_API int GetPerms(const std::string& path);
 
-/// Makes a temporary file. `templ` ends in "XXXXXX" and becomes the file's name. Returns the descriptor,
-/// which is the caller's to close, or -1 with errno; then a file with the very name of the template is
-/// removed.
+/// Creates a temporary file. `templ` ends in "XXXXXX" and becomes the file's name. Returns a descriptor that
+/// the caller closes, or -1 with errno; a file named exactly like the template is then removed.
 FOKRAZO_API int mkstemp(std::string& templ);
-/// As above, with a mode and an owner. @throws SystemException (code -1) they cannot be set; no file is left
+/// As above, and sets mode and owner. @throws SystemException (code -1) they cannot be set; no file is left
 FOKRAZO_API int mkstemp(std::string& templ, unsigned mode, unsigned uid, unsigned gid);
 
-/// Makes a temporary file with that mode and opens `out` for it; `templ` becomes its name. If `out` cannot be
-/// opened, its fail bit is set. Returns 0, or -1 if closing the descriptor that made the file failed.
-/// @throws SystemException (code -1) the file cannot be made; none is left
+/// Creates a temporary file with that mode and opens it as `out`; `templ` becomes its name. If `out` cannot
+/// be opened, its fail bit is set. Returns 0, or -1 if closing the descriptor that created the file failed.
+/// @throws SystemException (code -1) the file cannot be created; none is left
 FOKRAZO_API int OpenTempFile(char* templ, int mode, std::ofstream& out);
-/// As above, with an owner.
+/// As above, and sets the owner.
 FOKRAZO_API int OpenTempFile(char* templ, int mode, unsigned uid, unsigned gid, std::ofstream& out);
 
-/// Follows a chain of symbolic links to a path that is not one, and puts it into `out`. `depth` is the number
-/// of links followed so far: 0 for the caller. Returns false, with `out` empty, for a missing path or after
-/// 100 links.
+/// Follows symbolic links to a path that is not a link, and stores it in `out`. `depth` is the number of
+/// links followed so far; callers pass 0. Returns false, with `out` empty, for a missing path or after 100
+/// links.
 FOKRAZO_API bool GetSymLinkPath(const char* path, std::string& out, int depth);
 
 /// Free space of the file system in KiB. Returns 0, or errno with `kilobytes` untouched.
 FOKRAZO_API int GetFreeSpaceSize(const char* path, unsigned long long& kilobytes);
 FOKRAZO_API int GetFreeSpaceSize(const std::string& path, unsigned long long& kilobytes);
 
-/// Reads a whole file. Sets `*mode`, unless null, to its nine permission bits.
+/// Reads a whole file. Sets `*mode` to its nine permission bits, unless `mode` is null.
 FOKRAZO_API std::string ReadFile(const std::string& path, int* mode);
-/// Overwrites a file in place, or makes it. Its mode becomes `*mode` unless that is null.
+/// Overwrites a file in place, or creates it. Its mode becomes `*mode`, unless `mode` is null.
 FOKRAZO_API void WriteFile(const std::string& path, const std::string& content, int* mode);
 
 /// Copies the content of a file, not its mode. A symbolic link at `to` is replaced, never written through. If
@@ -62,16 +61,17 @@ FOKRAZO_API void CopyFile(const std::string& from, const std::string& to);
 /// @throws BadDataException the pattern does not compile
 FOKRAZO_API int CopyFiles(const std::string& fromDir, const std::string& toDir, const std::string& pattern);
 
-/// Puts the path of the directory for a user's temporary files into `dst`. Root's directory is made if it is
-/// missing; anything that is not a directory in its place is removed, never followed. Returns 0, or -1 with
-/// errno: ERANGE if `size` bytes are too few, EFAULT if `dst` is null.
+/// Copies the path of the directory for a user's temporary files to `dst`. Root's directory is created if it
+/// is missing; anything else in its place is removed, never followed. Returns 0, or -1 with errno: ERANGE if
+/// `size` is too small, EFAULT if `dst` is null.
 FOKRAZO_API int GetZantrelTempDir(unsigned uid, char* dst, size_t size);
 /// The same for the effective user.
 FOKRAZO_API int GetZantrelTempDirForCurrentUser(char* dst, size_t size);
 
 namespace vesk {
 
-/// The bytes of a file, as many as it has when the call begins. A failure's code is the result of the call.
+/// The content of a file, up to its size when the call begins. A failure's code is the return value of the
+/// failed system call.
 FOKRAZO_API std::string readFile(std::string path);
 
 using ::CopyFile;

@@ -7,25 +7,24 @@ namespace paths {
 
 /// The configuration file.
 constexpr char kConfigFile[] = "/etc/velmora/velmora.conf";
-/// The settings of the host, and of its users below it.
+/// The host's settings; those of its users are below it.
 constexpr char kDataDir[] = "/var/velmora/";
 /// The daemon's socket.
 constexpr char kDaemonSocket[] = "/var/velmora/daemon";
 /// Where ADObjAssert looks for text to log.
 constexpr char kAssertFile[] = "/var/velmora/adobject.txt";
-/// There while the host is joining a domain. The double slash is the name that every program of the family
-/// uses.
+/// Exists while the host is joining a domain. Every program of the family spells it with the double slash.
 constexpr char kJoinInProgressFile[] = "/var/velmora//QTR_KAMBREL_IN_PROGRESS";
-/// The log file, where the configuration asks for one without naming it.
+/// The log file, if the configuration does not name one.
 constexpr char kLogFile[] = "/var/log/velmora.log";
 /// Root's temporary files.
 constexpr char kRootTempDir[] = "/var/zantrel/tmp";
 
-/// Below a data directory: what belongs to processes without root rights.
+/// Below a data directory: the files of processes without root rights.
 constexpr char kUserDir[] = "user/";
-/// What the file names of key sets begin with.
+/// The prefix of key set file names.
 constexpr char kKSetPrefix[] = "kset.";
-/// What the names of their temporary files contain.
+/// Part of the names of their temporary files.
 constexpr char kKSetTemporary[] = ".KSET.TEMP";
 
 }  // namespace paths

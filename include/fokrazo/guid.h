@@ -14,15 +14,15 @@ namespace vesk {
 /// The 16-byte identifier of a directory object, in stored order: the order of the directory's binary
 /// attribute, in which the first three fields of the conventional text form are little-endian.
 ///   toString        33221100554477668899aabbccddeeff      stored order
-///   toMSString      33221100-5544-7766-8899-aabbccddeeff  stored order, only made to look conventional
+///   toMSString      33221100-5544-7766-8899-aabbccddeeff  stored order, with hyphens
 ///   toRealMSString  00112233-4455-6677-8899-aabbccddeeff  the conventional text form
 ///   toEscapedString \33\22\11\00…                         stored order, for LDAP filters
 ///   toDN            <GUID=33221100554477668899aabbccddeeff>
-/// All digits are lower-case on output and of either case on input.
+/// Digits are lower-case on output; input may be of either case.
 /// Thread-safety: a plain value of 16 bytes.
 class FOKRAZO_API Guid {
  public:
-  /// Bytes of an identifier.
+  /// Size in bytes.
   static constexpr size_t kSize = 16;
 
   /// All zeros.
@@ -44,17 +44,17 @@ class FOKRAZO_API Guid {
   /// @throws BadDataException any other text; the value is then unchanged.
   void fromExtendedDN(const std::string& text);
 
-  /// The forms that are shown above.
+  /// The forms shown above.
   std::string toString() const;
   std::string toMSString() const;
   std::string toRealMSString() const;
   std::string toEscapedString() const;
   std::string toDN() const;
 
-  /// Whether the text has the shape of the conventional form: 36 characters, digits and "-". May be null.
+  /// Whether the text, which may be null, looks like the conventional form: 36 characters, digits and "-".
   static bool isValidGuidStringFormat(const char* text);
-  /// Turns toMSString's form into toRealMSString's and back. A text shorter than its first three groups comes
-  /// back unchanged.
+  /// Converts toMSString's form to toRealMSString's and back. Text shorter than the first three groups is
+  /// returned unchanged.
   static std::string swapBytesMSGuid(const std::string& text);
 
   /// Whether all bytes are zero.
@@ -77,9 +77,9 @@ FOKRAZO_API extern const Guid NULL_GUID;
 
 struct GuidListImpl;
 
-/// A list of identifiers without duplicates unless it was made with some. A handle: copies share one list. A
-/// null list reads as an empty one; the first insert makes it a real one.
-/// Thread-safety: one thread at a time for all handles of a list.
+/// A list of identifiers. insert adds no duplicates; the constructor keeps those in its data. A handle:
+/// copies share one list. A null list reads as an empty one; the first insert creates a body. Thread-safety:
+/// one thread at a time for all handles of a list.
 class FOKRAZO_API GuidList {
  public:
   /// Valid until the list changes.
@@ -87,18 +87,18 @@ class FOKRAZO_API GuidList {
 
   /// A null list.
   GuidList() = default;
-  /// One identifier for each whole 16 bytes; the bytes that are left over are ignored.
+  /// One identifier for each 16 bytes; a remainder is ignored.
   GuidList(const unsigned char* data, int size);
 
   /// Whether this is a null list, which has no items.
   bool isNull() const { return !m_impl; }
-  /// As of a standard container.
+  /// As in a standard container.
   bool empty() const { return size() == 0; }
   size_t size() const;
   const_iterator begin() const;
   const_iterator end() const;
 
-  /// Appends unless the list has it already.
+  /// Appends, unless the list already has it.
   void insert(const Guid& guid);
   /// All identifiers back to back, 16 bytes each, in a buffer from malloc that the caller frees; null for a
   /// null or empty list. @throws std::bad_alloc

@@ -15,8 +15,8 @@ class FOKRAZO_API Int64 {
   Int64() = default;
   /// Any number.
   constexpr Int64(int64_t value) : m_value(value) {}
-  /// Reads a "-", which may be missing, and decimal digits. The characters are not checked: each counts as
-  /// its distance from "0". What does not fit wraps around.
+  /// Reads an optional "-" and decimal digits. The characters are not checked: each counts as its distance
+  /// from "0". Overflow wraps around.
   explicit Int64(const std::string& text);
 
   /// Decimal text.

@@ -11,15 +11,15 @@ typedef struct berelement BerElement;
 
 namespace vesk {
 
-/// What went wrong in the daemon, in its own words. It has a message only: no class text, no number, no code.
-/// Its throw is not logged. In a message it is two fields: its type (INTEGER) and its text (OCTET STRING).
+/// A failure in the daemon, with the daemon's text. It has only a message: class name, class number and code
+/// are empty. Its throw is not logged. On the wire it is two fields: type (INTEGER) and text (OCTET STRING).
 /// Thread-safety: a plain value.
 class FOKRAZO_API IPCException : public VESKException {
  public:
   /// Wire values 1 to 5: this class and the four instances of IPCExceptionDerived.
   enum IPCExceptionTypeID : int { kPlain = 1 };
 
-  /// With the daemon's text.
+  /// `message` is the daemon's text.
   explicit IPCException(const std::string& message);
   ~IPCException() noexcept override;
 
@@ -28,18 +28,18 @@ class FOKRAZO_API IPCException : public VESKException {
   /// Its type in a message.
   virtual IPCExceptionTypeID getTypeCode();
   /// Appends type and text, up to its first NUL byte, to a message that is being written.
-  /// @throws IOException the message takes no more.
+  /// @throws IOException the message cannot grow
   virtual void encode(BerElement* ber);
 
-  /// Reads both fields and throws that exception; for an unknown type, an IPCException "Unknown error".
-  /// `ber` may be null. @throws IOException the two fields are not there.
+  /// Reads both fields and throws that exception; for an unknown type, an IPCException "Unknown error". `ber`
+  /// may be null. @throws IOException the two fields are missing
   [[noreturn]] static void decodeAndThrow(BerElement* ber);
 
  private:
   std::string m_message;
 };
 
-/// The daemon's exceptions of type 2 to 5. What they stand for is the daemon's to say.
+/// The daemon's exceptions of type 2 to 5. Only the daemon knows their meaning.
 template <int N>
 class FOKRAZO_API IPCExceptionDerived : public IPCException {
  public:

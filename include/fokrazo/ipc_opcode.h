@@ -1,4 +1,4 @@
-/// What a request asks for, and whether the daemon could take it. Both travel in the header of each message.
+/// Operation codes and transport results, which every message has in its header.
 #pragma once
 
 namespace vesk {
@@ -53,7 +53,7 @@ enum IPC_OPCODE : int {
   IPC_OP_SAM_SANDBOX_TEST = 46,
   IPC_OP_SAM_TEST_ENABLED = 47,
   IPC_OP_GET_BRONDALT_FIPS_MODE = 48,
-  IPC_OP_UNKNOWN = 49,  ///< of a message that has no opcode yet
+  IPC_OP_UNKNOWN = 49,  ///< a message that has no opcode yet
 };
 
 /// Wire values: never renumber. Anything but success means that the reply has no body.

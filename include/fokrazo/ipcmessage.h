@@ -1,9 +1,9 @@
 /// The messages between the library and the daemon.
 ///
-/// A message is a sequence of BER elements. The first is the header, a SEQUENCE of two INTEGERs, opcode and
-/// result, with a length field of four bytes. The fields of the body follow it; they are not inside. A field
-/// has neither name nor type: the reader asks for the fields in the order in which they were written. On the
-/// socket each message follows 4 bytes with its length, in the host's byte order.
+/// A message is a sequence of BER elements. The first is the header: a SEQUENCE of two INTEGERs, opcode and
+/// result, with a length field of four bytes. The fields of the body follow the header. Fields have no names
+/// or types; they are read in the order in which they were written. On the socket each message is preceded by
+/// its length: 4 bytes in host byte order.
 #pragma once
 
 #include <cstddef>
@@ -27,9 +27,8 @@ class IPCException;
 class ReceivedText;
 class SID;
 
-/// One message, to be written or received. A field that cannot be written throws at once, and nothing is
-/// rolled back: do not send such a message. A field that cannot be read, whatever the peer sent, is an
-/// IOException.
+/// One message, to be written or received. If writing a field throws, nothing is rolled back: do not send
+/// that message. A field that cannot be read, whatever the peer sent, is an IOException.
 /// Thread-safety: one thread at a time.
 class FOKRAZO_API IPCMessage {
  public:
@@ -50,8 +49,8 @@ class FOKRAZO_API IPCMessage {
   /// @throws SystemException "ber alloc", "ber_printf"
   BerElement* doHeader();
 
-  // Each of these writes one field and returns the message; the counted forms write the count before it.
-  // Fields that are added after the first send do not go out. @throws IOException
+  // Each of these appends one field, or a count and as many fields, and returns the message. Fields added
+  // after the first send are not sent. @throws IOException
 
   /// INTEGER. Also for every bool and enumeration.
   IPCMessage& operator+=(int value);
@@ -61,7 +60,7 @@ class FOKRAZO_API IPCMessage {
   IPCMessage& operator+=(const std::string& text);
   /// SEQUENCE of OCTET STRINGs. The array ends with null; a null array is an empty one.
   IPCMessage& operator+=(const char** texts);
-  /// INTEGER count and one OCTET STRING for each.
+  /// INTEGER count, then one OCTET STRING each.
   IPCMessage& operator+=(const std::vector<std::string>& texts);
   /// INTEGER and OCTET STRING, see <fokrazo/ipc_exception.h>.
   IPCMessage& operator+=(IPCException& exception);
@@ -73,13 +72,13 @@ class FOKRAZO_API IPCMessage {
   IPCMessage& operator+=(ADSerializer* serializer);
   /// OCTET STRING of the object's blob, of no bytes for a null or an empty object.
   IPCMessage& operator+=(ADObject& object);
-  /// INTEGER count and the blob of each. @throws SystemException a null object in the list
+  /// INTEGER count, then the blob of each. @throws SystemException a null object in the list
   IPCMessage& operator+=(ADObjectList& objects);
 
-  // Each of these reads what the operator of the same type wrote. @throws IOException
+  // Each of these reads a field that the operator for the same type wrote. @throws IOException
 
   int getInt() const;
-  /// The first machine word of an OCTET STRING; bytes that are not there count as 0.
+  /// The first machine word of an OCTET STRING; missing bytes are 0.
   unsigned long getPthreadT() const;
   /// The message's own copy of the text is wiped.
   std::string getString() const;
@@ -89,42 +88,42 @@ class FOKRAZO_API IPCMessage {
   char** getCharStringArray() const;
   /// Empty if the count is below 1.
   std::vector<std::string> getStringVector() const;
-  /// As long as its own count says; bytes that did not come are 0, and no bytes make a null SID.
+  /// As long as its own count says; missing bytes are 0, and no bytes make a null SID.
   SID getSid() const;
-  /// 16 bytes; those that did not come are 0.
+  /// 16 bytes; missing ones are 0.
   Guid getGuid() const;
   /// A null handle for an OCTET STRING of no bytes. The object is read completely and does not refer to the
-  /// message. @throws BadDataException no readable blob
+  /// message. @throws BadDataException the blob cannot be read
   ADObject getADObject() const;
-  /// A list that exists, with the null handles among its objects; empty for a count below 1.
+  /// Never a null list; may contain null handles. Empty for a count below 1.
   ADObjectList getADObjectList() const;
-  /// Reads an exception and throws it. @throws IOException there is none
+  /// Reads an exception and throws it. @throws IOException there is no exception to read
   [[noreturn]] void getAndThrowIPCException() const;
 
-  /// Whether there is a further field to read.
+  /// Whether there is another field to read.
   bool hasMore() const;
-  /// Makes what has been written, or what has been read so far, readable from the first body field on.
-  /// @throws IOException there is no header.
+  /// Returns to the first body field, to read what was written or to read it again.
+  /// @throws IOException there is no header
   void rewind() const;
 
   /// "(unknown)" for any number that is not listed. Constant storage.
   static const char* IPC_OPCODEToStr(IPC_OPCODE opcode);
   static const char* IPC_RESULTToStr(IPC_RESULT result);
 
-  /// Sends the message as one frame; a further call repeats the bytes of the first.
-  /// Blocks for at most `lrpc.timeout` seconds in each step.
+  /// Sends the message as one frame; later calls send the same bytes. Blocks for at most `lrpc.timeout`
+  /// seconds in each step.
   /// @throws ConnectionBrokenException, TimeoutException as writeN; IOException "ber flatten"
   void send(int fd);
-  /// Receives one frame in place of what the message held, and reads its header.
-  /// Blocks for at most `lrpc.timeout` seconds in each step. Memory is used as bytes come, whatever length is
+  /// Receives one frame, which replaces the message's content, and reads its header. Blocks for at most
+  /// `lrpc.timeout` seconds in each step. Memory grows with the bytes received, whatever length was
   /// announced.
   /// @throws ConnectionBrokenException, TimeoutException as readN
   /// @throws IOException an empty frame or no header (code 1); a frame that is longer than
-  /// `lrpc.message.maxsize`, or for which there is no memory (code ENOMEM; its rest is then still to come)
+  /// `lrpc.message.maxsize` or than memory allows (code ENOMEM; its rest is left unread)
   void get(int fd);
 
  protected:
-  /// Wipes and frees the element with its bytes; what was flattened for sending stays.
+  /// Wipes and frees the element with its bytes; the bytes flattened for sending stay.
   void dropElement();
 
  private:
@@ -148,16 +147,15 @@ class FOKRAZO_API IPCMessage {
   mutable IPC_RESULT m_result = IPC_SUCCESS;
 };
 
-/// The answer to a request: made without an opcode by the client, to be received, and with one by the daemon,
-/// to be written.
+/// The reply to a request: the client receives it; the daemon writes it.
 class FOKRAZO_API IPCReply : public IPCMessage {
  public:
   IPCReply() = default;
-  /// A reply to be written.
+  /// For the daemon.
   explicit IPCReply(IPC_OPCODE opcode) { setOpcode(opcode); }
 };
 
-/// A request, with its header written.
+/// A request. Its header is already written.
 class FOKRAZO_API IPCRequest : public IPCMessage {
  public:
   /// @throws SystemException "ber alloc", "ber_printf"
@@ -169,9 +167,9 @@ class FOKRAZO_API IPCRequest : public IPCMessage {
 
  private:
   friend class LocalRpcSession;
-  void exchange(int fd, IPCReply& reply, bool& midExchange);  // execute, with the mark of transmit
+  void exchange(int fd, IPCReply& reply, bool& midExchange);  // execute, with transmit's flag
 
-  [[maybe_unused]] const int m_reserved[3] = {0, -1, -1};  // part of the class's shape, read by nobody here
+  [[maybe_unused]] const int m_reserved[3] = {0, -1, -1};  // part of the class layout; unused
 };
 
 }  // namespace vesk

@@ -1,4 +1,4 @@
-/// Where messages end up: the log file if one is open, else syslog.
+/// The final destination of messages: the log file if one is open, else syslog.
 #pragma once
 
 #include <cstdarg>
@@ -7,13 +7,13 @@
 
 namespace vesk {
 
-/// Chooses the destination by `logger.destination`, once; with `reopen`, again. If a log file cannot be
-/// opened, syslog is the destination. Reads the configuration: callers must not hold a lock that is taken
-/// after the configuration's. Thread-safe.
+/// Chooses the destination by `logger.destination`, at the first call and whenever `reopen` is set. If the
+/// log file cannot be opened, the destination is syslog. Reads the configuration: callers must not hold a
+/// lock that is taken after the configuration's. Thread-safe.
 FOKRAZO_API void openLog(bool reopen);
 
-/// Writes one message at once, with control characters escaped. `priority` is facility and priority together.
-/// Thread-safe.
+/// Writes one message immediately, with control characters escaped. `priority` is facility and priority
+/// together. Thread-safe.
 FOKRAZO_API void FinalRendering(int priority, const char* format, va_list args)
     __attribute__((format(printf, 2, 0)));
 

@@ -1,4 +1,4 @@
-/// The hash of the library's maps.
+/// The hash function of the library's maps.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,8 @@
 
 #include <fokrazo/export.h>
 
-/// The 32-bit hash of that name, public domain, over `length` bytes; words are little-endian on any host.
+/// The public-domain 32-bit hash MurmurHash2 of `length` bytes; words are read as little-endian on any host.
+/// Thread-safe.
 FOKRAZO_API unsigned int MurmurHash2(const void* key, int length, unsigned int seed);
 
 namespace vesk {

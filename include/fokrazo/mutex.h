@@ -1,5 +1,5 @@
-/// Locks: a recursive mutex with its own condition variable, and the scoped guard through which all code
-/// takes it. In a process with a single thread a guard costs two comparisons and does nothing.
+/// Locks: a recursive mutex with its own condition variable, and the scoped guard that all code uses. In a
+/// single-threaded process a guard costs two comparisons and does nothing.
 #pragma once
 
 #include <pthread.h>
@@ -14,28 +14,27 @@
 namespace vesk {
 
 /// A recursive mutex and one condition variable. Take it through Lock.
-/// Every failure of the threads interface throws SystemException "OS call failed: …" with the error as code.
-/// Thread-safety: any thread, except where a held mutex is required.
+/// A failing pthread call throws SystemException "OS call failed: …" with the error as code. Thread-safe.
 class FOKRAZO_CAPABILITY("mutex") FOKRAZO_API Mutex {
  public:
-  /// Makes a free mutex. A failure is only reported to syslog.
+  /// An unlocked mutex. A failure is only reported to syslog.
   Mutex();
-  /// Requires: nobody holds it. Never throws.
+  /// Requires: unlocked. Never throws.
   virtual ~Mutex();
 
-  /// Blocks until the caller holds the mutex, once more than before.
+  /// Blocks until the caller holds the mutex; the holder may lock it again.
   virtual void lock() FOKRAZO_ACQUIRE();
   /// Releases one hold.
   virtual void unLock() FOKRAZO_RELEASE();
-  /// As lock, but returns false at once if another thread holds it.
+  /// As lock, but returns false immediately if another thread holds it.
   virtual bool tryLock() FOKRAZO_TRY_ACQUIRE(true);
 
   /// Releases all holds, waits for a signal, and takes the same number of holds again. `deadline` is
-  /// absolute, by the day's clock; null waits without limit. False on time-out, true if woken, perhaps for no
-  /// reason. In a process with a single thread the mutex is not held and nobody can signal: then it sleeps
-  /// until the deadline and returns false, or sleeps a second and returns true if there is no deadline.
+  /// absolute, on CLOCK_REALTIME; null waits without limit. Returns false on time-out and true when woken,
+  /// perhaps spuriously. In a single-threaded process, where nothing can signal, it sleeps until the deadline
+  /// and returns false, or without a deadline sleeps one second and returns true.
   bool wait(const timespec* deadline);
-  /// Wake one waiter, or all. Do nothing in a process with a single thread.
+  /// Wake one waiter, or all. Do nothing in a single-threaded process.
   void signalOne();
   void signalAll();
 
@@ -48,8 +47,7 @@ class FOKRAZO_CAPABILITY("mutex") FOKRAZO_API Mutex {
   Mutex& operator=(const Mutex&) = delete;
 
  protected:
-  /// Whether the calling thread holds it. May be asked at any time: no other thread sets the owner to the
-  /// caller.
+  /// Whether the calling thread holds it. Needs no lock: no other thread sets the owner to the caller.
   bool isOwner() const;
 
  private:
@@ -63,14 +61,14 @@ class FOKRAZO_CAPABILITY("mutex") FOKRAZO_API Mutex {
   std::atomic<pthread_t> m_owner{};
 };
 
-/// A mutex that refuses callers when too many are waiting. Does nothing in a process with a single thread.
+/// A mutex that refuses callers when too many are waiting. Does nothing in a single-threaded process.
 class FOKRAZO_API MaxWaitMutex : public Mutex {
  public:
   /// Lets `maxWaiters` callers wait; 0 means no limit.
   explicit MaxWaitMutex(int maxWaiters);
 
-  /// As Mutex. @throws TryAgainException (EAGAIN) too many callers are waiting already. The holder is never
-  /// refused.
+  /// As Mutex. @throws TryAgainException (EAGAIN) too many callers are already waiting; the holder is never
+  /// refused
   void lock() override FOKRAZO_ACQUIRE();
   bool tryLock() override FOKRAZO_TRY_ACQUIRE(true);
   /// Does nothing for a hold that was taken before locks counted.
@@ -84,28 +82,27 @@ class FOKRAZO_API MaxWaitMutex : public Mutex {
   int m_waiters FOKRAZO_GUARDED_BY(m_waitersProtect) = 0;  // callers now in lock or tryLock
 };
 
-/// Holds a mutex to the end of the scope; meanwhile the thread cannot be cancelled. Belongs to one thread.
-/// Does nothing if Thread::locksCount() is false when it is made: then it holds nothing to its end, even if
-/// another thread is started meanwhile. doLock asks again.
+/// Holds a mutex until the end of the scope and keeps the thread from being cancelled meanwhile. Belongs to
+/// one thread. Does nothing if Thread::locksCount() is false at construction, even if another thread is
+/// started later; doLock checks again.
 class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API Lock {
  public:
   /// Takes `mutex`, which must outlive the guard. A pending cancellation stays pending until unLock.
   explicit Lock(Mutex& mutex) FOKRAZO_ACQUIRE(mutex) : Lock(mutex, Thread::locksCount()) {}
-  /// Takes `mutex` by trying again and again at that interval (0 and 0: 10 ms); it never gives up.
+  /// Takes `mutex` by trying at that interval (0 and 0: 10 ms) until it succeeds.
   Lock(Mutex& mutex, long seconds, long nanoseconds) FOKRAZO_ACQUIRE(mutex);
-  /// As unLock. While an exception unwinds the stack, a pending cancellation is left to the next cancellation
-  /// point.
-  /// A cancelled thread unwinds from here. NOLINTNEXTLINE(bugprone-exception-escape)
+  /// As unLock. While an exception unwinds the stack, a pending cancellation waits for the next cancellation
+  /// point. A cancelled thread unwinds from here. NOLINTNEXTLINE(bugprone-exception-escape)
   ~Lock() noexcept(false) FOKRAZO_RELEASE() {
     if (isLocked()) unLock();
   }
 
-  /// Takes the mutex again after unLock. No effect if the guard holds it.
+  /// Takes the mutex again after unLock. Does nothing if the guard holds it.
   void doLock() FOKRAZO_ACQUIRE();
-  /// Releases the mutex, and acts on a cancellation that came meanwhile. A second call has no effect.
+  /// Releases the mutex and acts on a pending cancellation. A second call does nothing.
   void unLock() FOKRAZO_RELEASE();
-  /// Mutex::wait, until `nanoseconds` (below one second) after the start of the second that comes `seconds`
-  /// after the current one.
+  /// Mutex::wait, with the deadline (current time in whole seconds) + `seconds` + `nanoseconds`, the last
+  /// below one second.
   bool wait(long seconds, long nanoseconds);
   /// Whether the guard holds the mutex.
   bool isLocked() const { return m_oldCancelState != kNotLocked; }
@@ -118,7 +115,7 @@ class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API Lock {
   Mutex& mutex() const { return *m_mutex; }
 
  private:
-  // The question is asked before a field is set: then the compiler knows what the destructor will find.
+  // `locksCount` is evaluated before any field is set, so that the compiler can predict the destructor.
   Lock(Mutex& mutex, bool locksCount) FOKRAZO_ACQUIRE(mutex) : m_mutex(&mutex) {
     if (__builtin_expect(locksCount, false)) doLock();
   }
@@ -126,17 +123,17 @@ class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API Lock {
   static constexpr int kNotLocked = -1;
 
   Mutex* m_mutex;
-  int m_oldCancelState = kNotLocked;  // to put back in unLock
+  int m_oldCancelState = kNotLocked;  // restored by unLock
 };
 
-/// A Lock on a mutex that is made on first use. The caller owns the slot with the pointer to it, and never
-/// frees it.
+/// A Lock on a mutex that is created on first use and never freed. The caller owns the slot that points to
+/// it.
 class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API AllocatingLock : public Lock {
  public:
-  /// Requires: no two threads race for one empty slot.
+  /// Requires: no two threads use the same empty slot at once.
   explicit AllocatingLock(Mutex** slot) FOKRAZO_ACQUIRE(*slot) : Lock(*allocateMutex(slot)) {}
   ~AllocatingLock() noexcept(false) FOKRAZO_RELEASE() = default;
-  /// The slot's mutex; made first if the slot is null.
+  /// The slot's mutex; created if the slot is null.
   static Mutex* allocateMutex(Mutex** slot);
 };
 

@@ -11,14 +11,14 @@ namespace vesk {
 /// Thread-safety: a plain value.
 class FOKRAZO_API Oid {
  public:
-  /// Bytes of the longest identifier.
+  /// Longest identifier, in bytes.
   static constexpr unsigned int kMaxSize = 64;
 
   Oid() = default;
   /// A copy of the bytes; `bytes` may be null if there are none.
-  /// @throws BadDataException more than 64 bytes.
+  /// @throws BadDataException more than 64 bytes
   Oid(const unsigned char* bytes, unsigned int size);
-  /// A copy of its own.
+  /// Copies the bytes.
   Oid(const Oid& other);
   Oid& operator=(const Oid& other);
   virtual ~Oid();
@@ -53,7 +53,7 @@ class FOKRAZO_API OidList {
 
   /// Appends.
   void add(const Oid& oid) { m_oids.push_back(oid); }
-  /// @throws BadDataException more than 64 bytes.
+  /// @throws BadDataException more than 64 bytes
   void add(const unsigned char* bytes, unsigned int size) { m_oids.emplace_back(bytes, size); }
 
   /// As of a standard container.

@@ -1,6 +1,5 @@
-/// What a failure means to the modules that stand between this library and the host: for each exception and
-/// each result of the daemon, what a name-service module and a login module answer. All of it as one table:
-/// docs/outcomes.md.
+/// What name-service and login modules answer for each exception of the library and each result of the
+/// daemon. docs/outcomes.md has the whole table.
 #pragma once
 
 #include <exception>
@@ -10,14 +9,14 @@
 
 namespace vesk {
 
-/// The one distinction that matters to the caller. "Not found" is about the name that was asked for and
-/// nothing else: while the daemon is away, or cannot reach its directory, no name is "not found".
+/// What matters to the caller. "Not found" is only ever about the name: while the daemon is not running, or
+/// cannot reach its directory, no name is "not found".
 enum class Outcome : int {
   Success,      ///< done
-  NotFound,     ///< the daemon knows that there is no such user or group, or no further one
-  TryAgain,     ///< the same call may work in a moment
-  Unavailable,  ///< the question cannot be answered, and asking again at once is no use
-  Refused,      ///< a decision about the person, or about the program that asks
+  NotFound,     ///< the daemon knows that there is no such user or group, or no other one in a listing
+  TryAgain,     ///< the same call may succeed in a moment
+  Unavailable,  ///< there is no answer, and trying again immediately does not help
+  Refused,      ///< a decision against the user or the calling program
 };
 
 /// A name-service module's answer; the numbers are those of the C library's `enum nss_status`.
@@ -28,8 +27,8 @@ enum class NameStatus : int {
   Success = 1,       ///< NSS_STATUS_SUCCESS
 };
 
-/// A login module's answer, under the name of PAM's code without its prefix. PAM's numbers differ between
-/// systems, so that a module maps these by a table of its own, in this order.
+/// A login module's answer, named after the PAM code. PAM's numbers differ between systems: a module maps
+/// these values with its own table, in this order.
 enum class LoginAnswer : int {
   Success,             ///< PAM_SUCCESS
   UserUnknown,         ///< PAM_USER_UNKNOWN
@@ -47,31 +46,31 @@ enum class LoginAnswer : int {
 
 /// What to answer. Thread-safety: a plain value.
 struct FOKRAZO_API Answer {
-  /// Which of the five it is; the rest says the same in the words of the two kinds of modules.
+  /// The outcome; the other fields translate it for the two kinds of modules.
   Outcome outcome;
-  /// For the errno that a name-service module sets, 0 on success. Not found alone is ENOENT, which programs
-  /// take for "no such user"; too small a buffer is the module's own matter (TryAgain with ERANGE), and no
-  /// row says ERANGE.
+  /// The errno that a name-service module sets; 0 on success. Only NotFound has ENOENT, which programs read
+  /// as "no such user". Never ERANGE: the module itself reports a buffer that is too small (TryAgain with
+  /// ERANGE).
   int error;
-  /// For a login module that authenticates. PAM has a code for "try again" in a password change alone; here
-  /// and for an account it is AuthInfoUnavail, as unavailable is. An expired password is AuthErr: a module
-  /// that has its account task answer NewAuthTokReqd may answer Success instead.
+  /// For authentication. PAM allows "try again" only in a password change; here and in `account` it is
+  /// AuthInfoUnavail, as for Unavailable. An expired password is AuthErr; a module whose account task answers
+  /// NewAuthTokReqd may answer Success instead.
   LoginAnswer authenticate;
-  /// For a login module that says whether an account may be used.
+  /// For the check whether an account may be used.
   LoginAnswer account;
-  /// For a login module that changes a password.
+  /// For a password change.
   LoginAnswer password;
 
-  /// The name-service module's answer. A refusal is Unavailable there, with EACCES.
+  /// The name-service module's answer. A refusal is Unavailable, with EACCES.
   NameStatus nameStatus() const;
 };
 
-/// For a result of the daemon. A number that is none is answered as VR_UNSPECIFIED_ERROR. Thread-safe.
+/// For a result of the daemon. An unknown number counts as VR_UNSPECIFIED_ERROR. Thread-safe.
 FOKRAZO_API Answer answerOf(ValidationResult result) noexcept;
-/// For an exception, of this library or not. A few are told apart by their texts. Thread-safe.
+/// For an exception, of this library or not. A few are distinguished by their messages. Thread-safe.
 FOKRAZO_API Answer answerOf(const std::exception& error) noexcept;
-/// For the exception in a `catch (...)`: the last line of a function that must not throw.
-/// Requires: called in a handler, with thread cancellation off (a cancellation must not be caught).
+/// For the current exception in a `catch (...)` that keeps a function from throwing.
+/// Requires: called in a handler, with thread cancellation disabled (a cancellation must not be caught).
 FOKRAZO_API Answer answerOfCurrentException() noexcept;
 
 }  // namespace vesk

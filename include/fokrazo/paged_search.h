@@ -1,4 +1,4 @@
-/// A search of the daemon whose objects come page by page.
+/// A search whose objects the daemon sends page by page.
 #pragma once
 
 #include <fokrazo/adobject.h>
@@ -8,16 +8,16 @@ namespace vesk {
 
 class LocalRpcSession;
 
-/// Hands out the objects of one search. Made by LocalRpcSession::ldapPagedSearch; the session must outlive
-/// it. A copy shares the page that is held but not the place in it: only one copy may be advanced. The daemon
-/// is not told of a handle that is dropped. Thread-safety: one thread at a time, the session's.
+/// Returns the objects of one search. Created by LocalRpcSession::ldapPagedSearch; the session must outlive
+/// it. Copies share the page but not the position: advance only one of them. Destruction does not notify the
+/// daemon. Thread-safety: one thread at a time, the session's.
 class FOKRAZO_API PagedSearchHandle {
  public:
-  /// Over the daemon's number of a search that was begun on that session.
+  /// `handle` is the daemon's number of a search started on `session`.
   PagedSearchHandle(LocalRpcSession* session, int handle);
 
-  /// The next object; an empty one at the end, and after it. One exchange for each page, none for the objects
-  /// in it. May be called again after an exception.
+  /// The next object; an empty one at and after the end. One exchange per page. May be called again after an
+  /// exception.
   /// @throws IPCException the daemon's failure; what LocalRpcSession::executeWithRetry throws
   ADObject getNext();
 
@@ -28,7 +28,7 @@ class FOKRAZO_API PagedSearchHandle {
   int m_handle;
   bool m_finished = false;
   ADObjectList m_page;
-  ADObjectList::iterator m_position;  // the next to hand out; means nothing while the page is empty
+  ADObjectList::iterator m_position;  // the next to return; meaningless while the page is empty
 };
 
 }  // namespace vesk

@@ -14,14 +14,14 @@ namespace vesk {
 
 /// A path: its directory components in order (the list itself), a leaf that may be empty, and whether it
 /// starts at the root. "/" and "\" both separate, on every platform; repeated separators count as one. A path
-/// with none of the three is the empty path.
+/// without components, leaf and root is the empty path.
 ///
-/// Operations on files take paths of any length, longer than the system's limit too. Failures throw with
-/// errno as code and end their message with the system's text. The empty path is refused with
-/// BadDataException "Empty path" where a comment says so.
+/// Operations on files take paths of any length, even above the system's limit. Failures throw with errno as
+/// code, and their message ends with the system's text. Some operations refuse the empty path with
+/// BadDataException "Empty path".
 class FOKRAZO_API Path : public std::list<std::string> {
  public:
-  /// The text of the root, and of a blank that string() replaces.
+  /// The root, and what string() writes for a blank.
   static constexpr char ROOT[] = "/";
   static constexpr char SPACE_REPLACEMENT[] = "_";
 
@@ -33,7 +33,7 @@ class FOKRAZO_API Path : public std::list<std::string> {
 
   /// Sets this path from text.
   void parsePath(const std::string& text);
-  /// The text with that separator, and none at the end. Each blank becomes "_" unless `keepSpaces`.
+  /// The text with that separator, without a trailing one. Each blank becomes "_" unless `keepSpaces`.
   std::string string(char separator, bool keepSpaces) const;
   /// The text with backslashes.
   std::string winString() const;
@@ -44,7 +44,7 @@ class FOKRAZO_API Path : public std::list<std::string> {
   /// Whether this is the empty path. (A list without components may still have a leaf or be the root.)
   bool isEmptyPath() const { return empty() && m_leaf.empty() && !m_isRoot; }
 
-  /// Order of the texts, by bytes.
+  /// Compares the texts by bytes.
   bool operator<(const Path& other) const;
   /// Whether all components are the same.
   bool operator==(const Path& other) const;
@@ -52,15 +52,16 @@ class FOKRAZO_API Path : public std::list<std::string> {
   /// Appends `right`. @throws BadDataException `right` starts at the root
   Path& operator/=(const Path& right);
   Path operator/(const Path& right) const;
-  /// The path of the entry `name` in this directory; every byte of the name is taken as it is.
+  /// The path of the entry `name` in this directory; `name` is not parsed.
   Path entry(const std::string& name) const;
 
-  /// Whether it is there; a dangling link is not, and the empty path never is.
+  /// Whether the file exists; false for a dangling link and for the empty path.
   static bool exists(const Path& path);
-  /// Links are followed. @throws BadDataException "Empty path" @throws NotFoundException it is not there
+  /// Links are followed. @throws BadDataException "Empty path" @throws NotFoundException it does not exist
   static bool is_directory(const Path& path);
 
-  /// Changes the working directory, one component at a time: after a failure it is where that got to.
+  /// Changes the working directory, one component at a time; after a failure it stays at the last component
+  /// reached.
   /// @throws IOException
   void chdir() const;
   /// @throws IOException
@@ -70,17 +71,17 @@ class FOKRAZO_API Path : public std::list<std::string> {
   /// @throws BadDataException "Empty path" @throws IOException
   static void rename(const Path& from, const Path& to);
 
-  /// Makes a directory and its missing parents, all with that mode, whatever the umask. If the directory
-  /// exists, it gets the mode, and IOException "Cannot create directory …" is thrown. If it cannot be made,
+  /// Creates a directory and its missing parents, all with that mode, whatever the umask. If the directory
+  /// exists, its mode is set and IOException "Cannot create directory …" is thrown. If it cannot be created,
   /// the exception says that its mode cannot be set. The first component of a relative path must exist.
   /// @throws BadDataException "Empty path" @throws IOException
   static void createDirectories(const Path& path, unsigned mode);
-  /// As above; the directories also get that owner and group.
+  /// As above; also sets owner and group.
   static void createDirectories(const Path& path, unsigned uid, unsigned gid, unsigned mode);
 
-  /// Removes a file or a directory, with `recursive` a directory that is not empty. A missing path is no
-  /// failure. Symbolic links are removed and never followed, even if other processes change the tree at the
-  /// same time.
+  /// Removes a file or a directory; a non-empty directory only with `recursive`. A missing path is not a
+  /// failure. Symbolic links are removed, never followed, even if other processes change the tree at the same
+  /// time.
   /// @throws BadDataException "Empty path" @throws IOException @throws SystemException a directory cannot be
   /// read
   static void remove(const Path& path, bool recursive);
@@ -106,7 +107,7 @@ class FOKRAZO_API directory_iterator {
   /// The end: one shared iterator.
   static const directory_iterator& end();
 
-  /// The path of the entry: the directory's, and its name. Requires: not at the end.
+  /// The path of the entry. Requires: not at the end.
   const Path& operator*() const { return m_entry; }
   const Path* operator->() const { return &m_entry; }
   /// Moves to the next entry, or to the end.

@@ -1,12 +1,10 @@
-/// The names of all configuration keys of the family, the programs around brondalt. Code passes
-/// PN::LRPC_TIMEOUT, never the text. Most keys belong to the other programs; the library reads a few dozen
-/// itself.
+/// The names of all configuration keys of the programs around brondalt. Code passes PN::LRPC_TIMEOUT, never
+/// the literal. Most keys belong to the other programs; the library reads a few dozen itself.
 ///
-/// A key is dotted text whose first component tells what it is for; case does not count. Some constants are
-/// stems to which code adds a part: LOGGER_FACILITY, LOGGER_OPENLOG, LOGGER_SHOW_MORE, ROOT_LOGGER_NAME,
-/// ROOT_MEMORY_NAME and CLI_HOOK_PREFIX, which alone ends in its dot. Two keys have two names each.
-/// Made when the library is loaded; read-only from then on. Each is a reference to a string that is hidden in
-/// the library, as the names of attributes are.
+/// A key is dotted text that starts with the name of its component; case is ignored. Some constants are stems
+/// that code completes: LOGGER_FACILITY, LOGGER_OPENLOG, LOGGER_SHOW_MORE, ROOT_LOGGER_NAME, ROOT_MEMORY_NAME
+/// and CLI_HOOK_PREFIX, the only one that ends in its dot. Two keys have two names each. Built when the
+/// library is loaded, read-only from then on, and references to hidden strings, like the attribute names.
 #pragma once
 
 #include <string>

@@ -1,13 +1,13 @@
-/// The system's names for the package's BER functions (lber.h), and what the system adds to them: a flatten
-/// without a copy and a read with a time-out. Nothing here throws.
-/// Thread-safety: as the package's: one thread at a time for an element or a socket buffer.
+/// The family's names for liblber's functions (lber.h), and two additions: a flatten without a copy and a
+/// read with a time-out. Nothing here throws.
+/// Thread-safety: as liblber: one thread at a time for an element or a socket buffer.
 #pragma once
 
 #include <lber.h>
 
 #include <fokrazo/export.h>
 
-// The package's functions, with their arguments, results and format letters.
+// liblber's functions, unchanged.
 
 inline constexpr auto& qtr_ber_alloc_t = ber_alloc_t;
 inline constexpr auto& qtr_ber_bvfree = ber_bvfree;
@@ -30,27 +30,29 @@ inline constexpr auto& qtr_ber_sockbuf_remove_io = ber_sockbuf_remove_io;
 inline constexpr auto& qtr_ber_write = ber_write;
 
 /// Moves the bytes of a finished element to `*out` without a copy. The caller frees `*out` with
-/// qtr_ber_bvfree, and still frees the element, which has no buffer any more. The bytes do not end with a
-/// NUL. Returns 0, or -1 with nothing changed: a null argument, a sequence left open, no memory.
+/// qtr_ber_bvfree, and still frees the element, which no longer has a buffer. The bytes are not
+/// NUL-terminated. Returns 0, or -1 with nothing changed, for a null argument, an open sequence or lack of
+/// memory.
 FOKRAZO_API int qtr_fast_ber_flatten(BerElement* ber, berval** out);
 
-// A socket buffer of the system has a read time-out, 0 at first, and a non-blocking mark. Both live in a
-// layer that qtr_ber_sockbuf_alloc adds, above all layers of the package's levels.
+// A socket buffer from qtr_ber_sockbuf_alloc has a read time-out, initially 0, and a non-blocking flag. Both
+// are kept in an extra layer above those of liblber.
 
-/// As the package's function; null if there is no memory. Freed with qtr_ber_sockbuf_free.
+/// As ber_sockbuf_alloc; null if there is no memory. Free it with qtr_ber_sockbuf_free.
 FOKRAZO_API Sockbuf* qtr_ber_sockbuf_alloc();
 
-/// As the package's function, and with two options more. The time-out is two integers, seconds and
-/// microseconds; option 15 copies it out, option 16 sets it, to 0 for null. Both answer 1, or -1 for a buffer
-/// that is not from qtr_ber_sockbuf_alloc. The package's own option 4 (non-blocking) also sets the mark.
+/// As ber_sockbuf_ctrl, with two more options: 15 copies the time-out to `argument`, 16 sets it from
+/// `argument`, or to 0 if that is null. The time-out is two ints, seconds and microseconds. Both return 1, or
+/// -1 for a buffer that is not from qtr_ber_sockbuf_alloc. liblber's option 4 (non-blocking) also sets the
+/// flag.
 FOKRAZO_API int qtr_ber_sockbuf_ctrl(Sockbuf* buffer, int option, void* argument);
-/// The two options.
+/// The additional options.
 constexpr int QTR_SB_OPT_GET_TIMEOUT = 15;
 constexpr int QTR_SB_OPT_SET_TIMEOUT = 16;
 
-/// The stream layer, to be added at LBER_SBIOD_LEVEL_PROVIDER with a pointer to the descriptor. It owns the
-/// descriptor. Unless the buffer is non-blocking, a read waits for input for at most the time-out and then
-/// fails with ETIME; with a time-out of 0 it does not wait at all. Writing to a socket raises no SIGPIPE.
+/// The stream layer. Add it at LBER_SBIOD_LEVEL_PROVIDER with a pointer to the descriptor, which it then
+/// owns. Unless the buffer is non-blocking, a read waits for input until the time-out and then fails with
+/// ETIME; with a time-out of 0 it does not wait at all. Writing to a socket raises no SIGPIPE.
 FOKRAZO_API extern Sockbuf_IO qtr_ber_sockbuf_io_tcp;
 
 namespace vesk {

@@ -1,4 +1,4 @@
-/// A finished message on its way through the background queue.
+/// A finished message in the background queue.
 #pragma once
 
 #include <cstdarg>
@@ -9,7 +9,7 @@
 
 namespace vesk {
 
-/// Thread-safety: made by one thread, run by another.
+/// One log line. Thread-safety: one thread creates it, another runs it.
 class FOKRAZO_API QueuedMessage : public QueueAble {
  public:
   /// `priority` is facility and priority together, as for syslog. The text is escaped, and cut at 511
@@ -19,7 +19,7 @@ class FOKRAZO_API QueuedMessage : public QueueAble {
 
   /// Sends the message to the destination.
   void run() override;
-  /// Sends another text with the message's priority.
+  /// Sends another text with the same priority.
   void writeMessage(const char* format, ...) FOKRAZO_PRINTF(2, 3);
 
  private:

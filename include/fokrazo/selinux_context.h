@@ -1,5 +1,5 @@
-/// SELinux labels of the files that the family writes. libselinux is loaded at run time where the system has
-/// it; elsewhere nothing happens.
+/// SELinux labels of the files that the family writes. libselinux is loaded at run time; without it, labels
+/// are left alone.
 #pragma once
 
 #include <sys/types.h>
@@ -12,16 +12,16 @@
 
 namespace vesk {
 
-/// libselinux's functions, under their own names. The structures that pointers lead to are libselinux's. One
-/// instance, which is never unloaded.
+/// libselinux's functions, under their own names; void pointers are its context_t. One instance, which is
+/// never unloaded.
 class FOKRAZO_API SELinuxModule {
  public:
-  /// The instance, loaded at first use; a failure is tried again at the next call. Thread-safe.
-  /// @throws NotFoundException the system has no SELinux, or it is switched off
+  /// The instance, loaded on first use; after a failure the next call tries again. Thread-safe.
+  /// @throws NotFoundException the system has no SELinux, or it is disabled
   /// @throws SystemException the library (property `selinux.lib.name`) cannot be loaded or lacks a function
   static SELinuxModule& Instance();
 
-  /// As libselinux has them.
+  /// As in libselinux.
   void* (*context_new)(const char* context) = nullptr;
   void (*context_free)(void* context) = nullptr;
   const char* (*context_type_get)(void* context) = nullptr;
@@ -47,7 +47,7 @@ class FOKRAZO_API SELinuxModule {
   explicit SELinuxModule(const std::string& library);
 
   void findFunctions();
-  /// Looks one entry point up; false if the library lacks it.
+  /// Looks a function up; false if the library lacks it.
   template <class Function>
   bool find(Function*& entry, const char* name);
 
@@ -58,10 +58,9 @@ class FOKRAZO_API SELinuxModule {
 
 }  // namespace vesk
 
-/// Gives the file that SELinux type and keeps the rest of its label. Never fails its caller: what goes wrong
-/// is logged at WARN on "util.selinux". Thread-safe.
+/// Sets the type in the file's SELinux label. Errors are only logged, at WARN on "util.selinux". Thread-safe.
 FOKRAZO_API void AdjustSELinuxLabelType(std::string& path, const char* type);
-/// Gives the file the label that the policy has for its path. Never fails its caller, as above. Thread-safe.
+/// Sets the label that the policy defines for the path. Errors are handled as above. Thread-safe.
 FOKRAZO_API void RestoreFileSELinuxLabel(const std::string& path);
 
 namespace vesk {

@@ -1,4 +1,4 @@
-/// The values that the session and the daemon have in common. Wire values: never change them.
+/// Constants shared by the session and the daemon. Wire values: never change them.
 #pragma once
 
 namespace vesk {
@@ -6,12 +6,12 @@ namespace vesk {
 // Flags of the lookups.
 constexpr int UNIX_ONLY = 1;         ///< only objects with a Unix profile
 constexpr int CHECK_AD_FIRST = 2;    ///< ask the directory before the cache
-constexpr int GROUP_MEMBERSHIP = 4;  ///< with the memberships
+constexpr int GROUP_MEMBERSHIP = 4;  ///< include group memberships
 // Name forms, for LocalRpcSession::validateUserGroup alone.
 constexpr int UNIX_NAME = 8;
 constexpr int WINDOWS_NAME = 16;
 
-// What LocalRpcSession::flushCache flushes, a bit set.
+// Bits for LocalRpcSession::flushCache.
 constexpr unsigned int FLUSH_OBJ_CACHE = 1;
 constexpr unsigned int FLUSH_DNS_CACHE = 2;
 constexpr unsigned int FLUSH_AUTH_STORE = 4;
@@ -21,7 +21,7 @@ constexpr unsigned int FLUSH_REFRESH_BINDING = 32;
 constexpr unsigned int FLUSH_PMON = 64;
 constexpr unsigned int FLUSH_SYSTEM_HEALTH = 128;
 
-/// The kind of object that is wanted or listed.
+/// The kind of object to look up or list.
 enum DSObjectType : int {
   DSUser = 0,
   DSGroup = 1,
@@ -29,9 +29,9 @@ enum DSObjectType : int {
   DSAny = 24,  ///< by SID alone
 };
 
-/// Among which objects the daemon looks for the one of a lookup.
+/// The objects that a lookup searches.
 enum LookupScope : int {
-  UnixObjects = 0,  ///< those with a Unix profile
+  UnixObjects = 0,  ///< objects with a Unix profile
   AllObjects = 2,
 };
 
@@ -43,16 +43,16 @@ enum KeyKind : int {
   KeySid = 3,
 };
 
-/// In place of a name: the next entry of the open listing.
+/// Instead of a name: the next entry of the open listing.
 constexpr char NEXT_ENTRY[] = "@#";
-/// The status code of a reply at the end of a listing.
+/// The status code of the reply that ends a listing.
 constexpr int END_OF_LIST = 10;
 
-/// How deep below its base a search goes.
+/// The scope of a search (RFC 4511).
 enum LdapSearchScopeType : int {
   ScopeBase = 0,      ///< the base itself
-  ScopeOneLevel = 1,  ///< what is directly below the base
-  ScopeSubtree = 2,   ///< the base and all that is below it
+  ScopeOneLevel = 1,  ///< the base's immediate children
+  ScopeSubtree = 2,   ///< the base and everything below it
 };
 
 }  // namespace vesk

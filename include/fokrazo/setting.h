@@ -1,14 +1,13 @@
 /// Settings: the machine's joined state, one small text file ("kset." + name) per value in the data
-/// directory. Processes of every user read them; the join and the daemon write them. A file changes by rename
-/// alone, so a reader in any process sees the old value or the new one, whole, also if the writer dies
-/// half-way.
+/// directory. Processes of every user read them; the join and the daemon write them. Files change only by
+/// rename, so a reader in any process sees either the old value or the new one, even if the writer is killed.
 ///
 /// Once read, a setting stays in this process's memory until clearSettingsMap(). A property "kset." + name of
 /// the configuration takes precedence over the file.
 ///
-/// Any thread may call all functions: one recursive lock is held over each operation, its work on files
-/// included. It is taken after the locks of the properties, never before them. Unless said otherwise a
-/// failure is an IOException, with errno as code where a system call failed.
+/// Thread-safe: one recursive lock is held during each operation, including file access. It is taken after
+/// the locks of the properties, never before them. Unless a comment says otherwise, a failure is an
+/// IOException, with errno as code if a system call failed.
 #pragma once
 
 #include <ctime>
@@ -55,68 +54,68 @@ using ::SETTING_TRUSTS;
 using ::SETTING_ZONE_GUID;
 using ::SETTING_ZONE_REALNAME;
 
-/// Who may read the file of a setting.
+/// Who may read a setting's file.
 enum SettingAccess {
-  SETTING_DEFAULT = 0,  ///< its owner alone
+  SETTING_DEFAULT = 0,  ///< only its owner
   SETTING_PUBLIC = 1,   ///< everyone
 };
 
 /// The data directory, "/var/velmora/" unless changed; it ends in "/".
 FOKRAZO_API std::string getDataDir();
 /// Moves the data directory. Requires: `dir` ends in "/".
-/// @throws AlreadyException settings are in memory: two machines' states would mix.
+/// @throws AlreadyException settings are in memory, and would mix with those of the new directory
 FOKRAZO_API void chgDataDir(const std::string& dir);
-/// Makes the data directory and its "user/". Without root rights it makes only the private "precreate"
-/// directory, and does nothing for any other.
+/// Creates the data directory and its "user/". Without root rights it does so only if the data directory is
+/// "precreate" in the user's temporary directory (GetZantrelTempDirForCurrentUser); otherwise it does
+/// nothing.
 FOKRAZO_API void createDataDir();
-/// Removes the data directory with all that is in it.
+/// Removes the data directory and its content.
 FOKRAZO_API void deleteDataDir();
 
 /// The value of a setting, or `fallback` if it has none or cannot be read.
 FOKRAZO_API std::string GetSetting(const std::string& name, const std::string& fallback);
-/// As GetSetting, without looking at properties.
+/// As GetSetting, but ignores properties.
 FOKRAZO_API std::string internalGetSetting(const std::string& name, const std::string& fallback);
-/// The value of a setting: of the property, in memory, or in the file, in this order. With `fromFileOnly` no
-/// property is looked at. Names that begin with "dc." are also read from "user/", where every user may write:
-/// by root only if the file belongs to root.
+/// The value of a setting: from the property, from memory or from the file, in this order. With
+/// `fromFileOnly` properties are ignored. Names that begin with "dc." are also read from "user/", where every
+/// user may write; root reads only files that belong to root.
 /// @throws IOException there is no file, or the configuration forbids files
 /// @throws BadDataException as readSettingFile
 FOKRAZO_API std::string loadSetting(const std::string& name, bool fromFileOnly);
 /// loadSetting(name, true).
 FOKRAZO_API std::string loadSettingFromFile(const std::string& name);
 
-/// Reads one file and neither looks at memory nor changes it. An empty `dir` means the data directory; any
-/// other ends in "/". Never follows a symbolic link and never waits for a writer. A file of more than 1 MiB
-/// is refused whatever its name. In the data directory's "user/" root reads only files of its own.
+/// Reads one file, without using or changing the values in memory. An empty `dir` means the data directory;
+/// any other ends in "/". Never follows a symbolic link or waits for a writer. A file of more than 1 MiB is
+/// always refused. In the data directory's "user/", root reads only its own files.
 /// @throws BadDataException a control character other than newline
 FOKRAZO_API std::string readSettingFile(const std::string& name, const std::string& dir);
-/// Writes one file and leaves memory as it is; an empty value removes the file. `dir` and the limit of 1 MiB
-/// are those of readSettingFile. White space around the value is not written. When it throws, the old file
-/// stands.
+/// Writes one file, without changing the values in memory; an empty value removes the file. `dir` and the
+/// limit of 1 MiB are as in readSettingFile. White space around the value is not written. After an exception
+/// the old file is unchanged.
 FOKRAZO_API void writeSettingFile(const std::string& name, const std::string& value, SettingAccess access,
                                   const std::string& dir);
 /// Sets a setting in memory and in its file; an empty value removes the file. Does nothing if the value is
 /// unchanged, unless `force`. Without root rights only names that begin with "dc." are written to a file, the
-/// one in "user/". With `deferOnFailure` a failing write to the system's data directory counts as success and
-/// is repeated by later calls.
+/// one in "user/". With `deferOnFailure` a failed write to /var/velmora/ counts as success, and later calls
+/// try it again.
 FOKRAZO_API void saveSetting(const std::string& name, const std::string& value, SettingAccess access,
                              bool deferOnFailure, bool force);
-/// Repeats deferred writes. The first call of a process also removes the temporary files of killed writers.
-/// Returns how many writes are still to be repeated.
+/// Retries deferred writes. The first call of a process also removes the temporary files of killed writers.
+/// Returns the number of writes still deferred.
 FOKRAZO_API int rewriteSettingFiles();
-/// Removes the temporary files of killed writers, as far as the caller has the right to; those of live
-/// writers stay.
+/// Removes the temporary files of killed writers, as far as permissions allow; those of live writers stay.
 /// @throws NotFoundException `dir` cannot be listed
 FOKRAZO_API void CleanTempSettingFiles(const std::string& dir);
 
 /// Whether the data directory has a file for the setting.
 FOKRAZO_API bool SettingExists(const std::string& name);
-/// Time of the file's last change, 0 if there is none.
+/// The file's modification time, in seconds since the epoch; 0 if there is no file.
 FOKRAZO_API time_t SettingModTime(const std::string& name);
-/// Forgets what was read or set: the next calls read the files again.
+/// Clears the values in memory: the next calls read the files again.
 FOKRAZO_API void clearSettingsMap();
-/// Refuses a value of more than 1024 bytes, unless the name is "trusts" or begins with "dc.". `operation` is
-/// the first word of the message.
+/// Throws for a `size` of more than 1024 bytes, unless the name is "trusts" or begins with "dc.". `operation`
+/// is the first word of the message.
 FOKRAZO_API void CheckFileSize(const char* operation, const std::string& name, long long size);
 
 /// Whether this machine is joined to a domain and no join is under way. Never throws for missing settings.

@@ -1,4 +1,4 @@
-/// Text that is wiped from memory.
+/// Strings that are wiped from memory.
 #pragma once
 
 #include <cstring>
@@ -6,10 +6,10 @@
 
 namespace vesk {
 
-/// A string for secrets: its destructor overwrites the text, and also what a longer earlier text left after
-/// it. Only the object's own memory is wiped. Copies, text moved out by string's own operations, and memory
-/// released while it grew are not: make it at its full length, and pass it by reference.
-/// Thread-safety: as string.
+/// A string for secrets: its destructor overwrites its whole buffer, and so also a longer earlier text.
+/// Copies, text moved out by std::string's own operations, and buffers released while it grew are not wiped:
+/// create it at its full length and pass it by reference.
+/// Thread-safety: as std::string.
 class Shredder : public std::string {
  public:
   Shredder() = default;
@@ -19,8 +19,8 @@ class Shredder : public std::string {
   Shredder(const Shredder&) = default;
   Shredder& operator=(const Shredder&) = default;
   ~Shredder() {
-    resize(capacity());              // a longer text may have stood here before
-    explicit_bzero(data(), size());  // unlike memset, it stays although nothing reads the bytes again
+    resize(capacity());              // a longer text may have been here before
+    explicit_bzero(data(), size());  // unlike memset, never optimized away
     clear();
   }
 };

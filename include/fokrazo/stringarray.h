@@ -1,4 +1,4 @@
-/// The two-way view of a string dictionary.
+/// A two-way view of a string dictionary.
 #pragma once
 
 #include <cstddef>
@@ -12,23 +12,23 @@
 
 namespace vesk {
 
-/// Index to string and string to index over a list and its map, which must outlive it.
-/// Thread-safety: read-only; any number of threads.
+/// Maps index to string and string to index, using a list and its map, which must outlive it. Thread-safety:
+/// read-only; any number of threads.
 class FOKRAZO_API StringArray {
  public:
   /// The list and the map.
   using Map = boost::unordered_map<std::string, int, murhash>;
   using Vector = std::vector<std::string>;
 
-  /// Over a list and its map; the list is counted here.
+  /// `indexes` is the inverse of `strings`, whose size is read now.
   StringArray(const Map* indexes, const Vector* strings);
-  /// Over the list and map that a function returns, which is called when they are first needed: for a view
-  /// that is ready before any code runs, over a list that few programs need.
+  /// A view of what these functions return; they are called on first use. For constant-initialized views of
+  /// lists that few programs need.
   constexpr StringArray(const Map& (*findMap)(), const Vector& (*findVector)())
       : m_findMap(findMap), m_findVector(findVector) {}
   virtual ~StringArray();
 
-  /// The entries of the list, when the view was made over one that was there.
+  /// The number of entries.
   int count() const { return m_vector ? m_count : static_cast<int>(m_findVector().size()); }
   /// The string of an index; one shared empty string for an index out of range.
   const std::string& operator[](int index) const;
@@ -42,7 +42,7 @@ class FOKRAZO_API StringArray {
   const Map* m_map = nullptr;
   const Vector* m_vector = nullptr;
   int m_count = 0;
-  const Map& (*m_findMap)() = nullptr;  // these where the pointers are null
+  const Map& (*m_findMap)() = nullptr;  // used if the pointers are null
   const Vector& (*m_findVector)() = nullptr;
 };
 

@@ -1,13 +1,13 @@
 /// The string dictionary of the serialized objects: the strings that occur in nearly every directory object,
-/// each with a fixed index. Releases that changed the list kept the old ones; each of the nine lists is known
-/// by a number called its checksum, which is also the digits in its functions' names, read as hexadecimal.
+/// each with a fixed index. Releases that changed the list kept the old ones. Each of the nine lists is
+/// identified by a number called its checksum: the digits in its functions' names, read as hexadecimal.
 ///
 /// To read a blob that an older release wrote:
 ///   int sum = GetDictionarySum("5.0.3-134");
 ///   StringArray dictionary(&GetDictionaryMap(sum), &GetDictionaryVector(sum));
 ///   object.deSerialize(ADSerializer::kHeaderSize, dictionary, true);
 ///
-/// Each list is made when first asked for and stays to the end of the process. Thread-safe.
+/// Each list is created on first use and stays until the process ends. Thread-safe.
 #pragma once
 
 #include <string>
@@ -27,11 +27,11 @@ FOKRAZO_API const DictionaryVector& GetDictionaryVector();
 FOKRAZO_API const DictionaryMap& GetDictionaryMap();
 FOKRAZO_API int GetDictionarySum();
 
-/// The list of a checksum. @throws NotFoundException "Old Map not found" for any other number.
+/// The list with that checksum. @throws NotFoundException "Old Map not found" for any other number
 FOKRAZO_API const DictionaryVector& GetDictionaryVector(int checksum);
 FOKRAZO_API const DictionaryMap& GetDictionaryMap(int checksum);
-/// The checksum of the list that a release wrote with, by its exact version.
-/// @throws NotFoundException "versionNum is empty", "CheckSum not found".
+/// The checksum of the list that a release, given by its exact version, wrote with.
+/// @throws NotFoundException "versionNum is empty", "CheckSum not found"
 FOKRAZO_API int GetDictionarySum(const std::string& versionNum);
 
 /// Prints releases and checksums to standard output.
@@ -75,7 +75,7 @@ FOKRAZO_API const DictionaryVector& GetDictionaryVector16090();
 FOKRAZO_API const DictionaryMap& GetDictionaryMap16090();
 FOKRAZO_API int GetDictionarySum16090();
 
-/// The releases and the checksums of their lists, oldest first; a row of "0" and 0 ends them.
+/// The releases and the checksums of their lists, oldest first; "0" and 0 end them.
 constexpr int kReleaseRows = 36;
 FOKRAZO_API extern const char* const version[kReleaseRows];
 FOKRAZO_API extern const int sum[kReleaseRows];

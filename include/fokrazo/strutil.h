@@ -1,8 +1,8 @@
-/// Helpers for text: numbers, case, searching, splitting, printable and hexadecimal forms, and the character
-/// and string functions of C for arguments that may be null or out of range. All are pure functions. Letters,
-/// blanks and printable characters are those of ASCII in every locale, except in the tests of a single
-/// character (IsAlphaChar and the like), in SafeToUpper and SafeToLower, and in 16-bit text, which go by the
-/// locale of the program.
+/// String helpers: numbers, case, searching, splitting, printable and hexadecimal forms, and C's character
+/// and string functions for arguments that may be null or out of range. All are pure and thread-safe.
+/// Letters, blanks and printable characters are those of ASCII in every locale; only the tests of single
+/// characters (IsAlphaChar and others), SafeToUpper, SafeToLower and the functions for 16-bit text use the
+/// program's locale.
 #pragma once
 
 #include <sys/types.h>
@@ -20,8 +20,8 @@
 FOKRAZO_API extern const std::string STRCLS_TRUE;
 FOKRAZO_API extern const std::string STRCLS_FALSE;
 
-// Numbers to text. Radix 16 is lower-case hexadecimal, 8 is octal, and anything else decimal. A negative int
-// is shown in two's complement in hexadecimal and octal.
+// Numbers to text. Radix 16 is lower-case hexadecimal, 8 is octal, and any other is decimal. Hexadecimal and
+// octal show a negative int in two's complement.
 
 FOKRAZO_API std::string itoa(int value, int radix);
 FOKRAZO_API std::string uitoa(unsigned int value, int radix);
@@ -33,20 +33,20 @@ FOKRAZO_API std::string uidtoa(unsigned int uid);
 FOKRAZO_API std::string gidtoa(unsigned int gid);
 /// STRCLS_TRUE or STRCLS_FALSE.
 FOKRAZO_API const std::string& booltostr(bool value);
-/// Text to a number, as strtoul reads it with base 0: "0x10" is 16 and "010" is 8. A number that does not fit
-/// becomes the largest one; "-2" is 4294967294.
+/// Converts text as strtoul does with base 0: "0x10" is 16 and "010" is 8. Too large a number becomes the
+/// largest one; "-2" is 4294967294.
 FOKRAZO_API unsigned int atoui(const char* text);
 
 // Case and white space.
 
 namespace vesk {
-/// The character, in lower case if it is an ASCII letter, whatever the locale.
+/// Converts an ASCII letter to lower case, whatever the locale; any other character is unchanged.
 constexpr char asciiLower(char c) {
   return static_cast<char>('A' <= c && c <= 'Z' ? c + ('a' - 'A') : c);
 }
 }  // namespace vesk
 
-/// The text with its ASCII letters in that case, whatever the locale. All other bytes stay as they are.
+/// The text with its ASCII letters in that case, whatever the locale; other bytes are unchanged.
 FOKRAZO_API std::string lower(const std::string& text);
 FOKRAZO_API std::string upper(const std::string& text);
 /// 16-bit text, unit by unit.
@@ -57,100 +57,99 @@ FOKRAZO_API std::string trimWhiteSpace(const std::string& text);
 
 // Searching.
 
-/// Whether a null-terminated list holds the text in any case. A null list holds nothing.
+/// Whether a null-terminated list contains the text, ignoring case. A null list is empty.
 FOKRAZO_API bool contains(const char* const* list, const std::string& text);
-/// Whether `part` occurs in the text in any case.
+/// Whether `part` occurs in the text, ignoring case.
 FOKRAZO_API bool contains(const std::string& text, const char* part);
 FOKRAZO_API bool contains(const std::string& text, const std::string& part);
-/// Whether the text is one of the list.
+/// Whether the list contains the text.
 FOKRAZO_API bool stringInList(const std::list<std::string>& list, const std::string& text,
                               bool caseSensitive);
 /// Whether one of the shell patterns matches the text.
 FOKRAZO_API bool stringMatchPatternList(const std::list<std::string>& patterns, const std::string& text,
                                         bool caseSensitive);
-/// Whether the text, with `trim` the text without white space around it, begins with `prefix`.
+/// Whether the text, trimmed of white space with `trim`, begins with `prefix`.
 FOKRAZO_API bool startsWith(const std::string& text, const char* prefix, bool trim, bool caseSensitive);
 FOKRAZO_API bool startsWith(const std::string& text, const std::string& prefix, bool trim,
                             bool caseSensitive);
-/// Whether the text, with `trim` the text without white space around it, is longer than `suffix` and ends
-/// with it. Mind the last argument: here true ignores case.
+/// Whether the text, trimmed of white space with `trim`, is longer than `suffix` and ends with it. Note:
+/// unlike in startsWith, a last argument of true ignores case.
 FOKRAZO_API bool endsWith(const std::string& text, const std::string& suffix, bool trim, bool ignoreCase);
 FOKRAZO_API bool EndsWith(const std::string& text, const std::string& suffix, bool trim, bool ignoreCase);
 
 // Lists to text.
 
-/// The entries with the separator between them; leading empty entries leave no trace.
+/// The entries joined by the separator; leading empty entries are dropped.
 FOKRAZO_API std::string concat(const std::list<std::string>& list, const std::string& separator);
 /// concat with ", ".
 FOKRAZO_API std::string StringListToString(const std::list<std::string>& list);
 /// Appends a value, after ", " unless `text` is empty, and counts it. If `count` has reached `limit`, appends
 /// ",...<truncated>" instead and returns true.
 FOKRAZO_API bool AddValue(std::string& text, const std::string& value, int& count, int limit);
-/// The first `limit` values, the rest shown as ",...<truncated>".
+/// The first `limit` values; ",...<truncated>" replaces the rest.
 FOKRAZO_API std::string PrettyPrint(const std::list<std::string>& values, int limit);
 FOKRAZO_API std::string PrettyPrint(const std::vector<std::string>& values, int limit);
 FOKRAZO_API std::string PrettyPrint(const std::vector<int>& values, int limit);
-/// printf into a string; what is beyond 511 characters is cut.
+/// printf into a string, cut at 511 characters.
 FOKRAZO_API std::string VS(const char* format, ...) FOKRAZO_PRINTF(1, 2);
-/// Local time as ctime prints it, without the newline; "ctime_r failed" if it cannot.
+/// Local time as ctime prints it, without the newline; "ctime_r failed" on failure.
 FOKRAZO_API std::string strtime(const time_t* time);
 
 // Names.
 
-/// The name up to the first occurrence of `suffix`, which may be in the middle; all of it if there is none.
+/// The name up to the first occurrence of `suffix`, even in the middle; the whole name if there is none.
 FOKRAZO_API std::string StripSuffix(const std::string& name, const std::string& suffix);
-/// The name, with separator and suffix appended unless it contains the separator already.
+/// The name, with separator and suffix appended unless it already contains the separator.
 FOKRAZO_API std::string AddSuffix(const std::string& name, const std::string& separator,
                                   const std::string& suffix);
 
 // Printable forms.
 
-/// Whether each byte is printable.
+/// Whether all bytes are printable.
 FOKRAZO_API bool isprintable(const std::string& text);
 /// Two lower-case digits for each byte.
 FOKRAZO_API std::string tohex(const std::string& bytes);
-/// The text as it is if it is printable, else tohex.
+/// The text itself if it is printable, else tohex.
 FOKRAZO_API std::string printable(const std::string& text);
-/// The text as a value of the configuration file: "$", backslashes, and blanks at both ends after a
-/// backslash, control characters as \n, \t, \f, \r, and other unprintable bytes as \0x and their hexadecimal
-/// number.
+/// The text as a value of the configuration file: a backslash before "$", backslashes and blanks at either
+/// end; control characters as \n, \t, \f, \r; other unprintable bytes as \0x and hexadecimal digits.
 FOKRAZO_API std::string EscapeSpecialChars(const std::string& text);
 
 // Hexadecimal digits and bytes.
 
 /// The value of a digit of either case; 0 for any other character.
 FOKRAZO_API uint8_t HexToUint8(char digit);
-/// A little-endian number of `n` bytes. 0 for `n` below 1; bytes after the eighth are ignored.
+/// Reads a little-endian number of `n` bytes. Bytes after the eighth are ignored; 0 for `n` below 1.
 FOKRAZO_API uint64_t Uint8ArrayToUint64(const unsigned char* bytes, int n);
-/// Fills all `n` bytes of `out` from pairs of digits, from the last pair backwards if `fromEnd`; with 0 once
-/// there are no digits left.
+/// Fills `n` bytes of `out` from pairs of digits, starting with the last pair if `fromEnd`, and then with
+/// zeros.
 FOKRAZO_API void HexToUint8Array(const std::string& hex, unsigned char* out, unsigned int n,
                                  bool fromEnd = true);
 /// Two upper-case digits for each byte, from the last byte to the first if `fromEnd`.
 FOKRAZO_API std::string Uint8ArrayToHex(const unsigned char* bytes, int n, bool fromEnd = true);
-/// A backslash before each pair of digits: \AB\12 for AB12.
+/// Puts a backslash before each pair of digits: \AB\12 for AB12.
 FOKRAZO_API std::string HexToHexEscaped(const std::string& hex);
-/// Whether the text is six hexadecimal numbers up to ff between colons.
-/// @throws std::out_of_range a field is empty.
+/// Whether the text is six hexadecimal numbers up to ff, separated by colons.
+/// @throws std::out_of_range a field is empty
 FOKRAZO_API bool isValidEthersAddr(const std::string& text);
 
-// Splitting. Each function appends to its output and never clears it.
+// Splitting. All functions append to their output.
 
-/// Cuts at any of the delimiters and skips empty fields.
+/// Splits at any of the delimiters and skips empty fields.
 FOKRAZO_API void split(const std::string& text, const std::string& delimiters, std::list<std::string>& list);
-/// Cuts at any of the delimiters that has no backslash right before it; the backslash stays in the field.
-/// Empty fields are kept only if asked for, and an empty text has no field at all.
+/// Splits at any delimiter that is not preceded by a backslash; the backslash stays in the field. Empty
+/// fields are kept only with `keepEmpty`; an empty text has no fields.
 FOKRAZO_API void splitWithEscape(const std::string& text, const std::string& delimiters,
                                  std::list<std::string>& list, bool keepEmpty);
-/// Cuts at any of the delimiters and drops empty fields.
+/// Splits at any of the delimiters and skips empty fields.
 FOKRAZO_API void CrackString(const std::string& delimiters, const std::string& text,
                              std::vector<std::string>& fields);
-/// Cuts at any of the delimiters, or at one character, and keeps all fields.
+/// Splits at any of the delimiters, or at one character, and keeps empty fields.
 FOKRAZO_API void StringSplit(const std::string& delimiters, const std::string& text,
                              std::vector<std::string>& fields);
 FOKRAZO_API void StringSplit(char delimiter, const std::string& text, std::vector<std::string>& fields);
 
-// Tests of a character; 0 for any number outside -1 to 255.
+// Character tests; 0 for numbers outside -1 to 255.
 
 FOKRAZO_API int IsAlphaChar(int c);
 FOKRAZO_API int IsAlnumChar(int c);
@@ -163,22 +162,22 @@ FOKRAZO_API int IsPunctChar(int c);
 FOKRAZO_API int IsSpaceChar(int c);
 FOKRAZO_API int IsUpperChar(int c);
 FOKRAZO_API int IsXdigitChar(int c);
-/// Whether the text is neither null nor empty and holds digits only.
+/// Whether the text is not null, not empty, and all digits.
 FOKRAZO_API bool IsDigitStr(const char* text);
-/// A letter in the other case; a char of either sign may be passed. Any other number comes back unchanged.
+/// Convert a letter's case; a negative char is allowed. Other numbers are returned unchanged.
 FOKRAZO_API int SafeToUpper(int c);
 FOKRAZO_API int SafeToLower(int c);
 
-// C strings that may be null.
+// Functions for C strings that may be null.
 
-/// Index of the first `c` among the first n - 1 bytes, the terminator included; -1 if there is none.
+/// The index of the first `c` among the first n - 1 bytes, terminator included; -1 if there is none.
 FOKRAZO_API ssize_t SafeStrnChr(const char* text, size_t n, int c);
-/// Copies at most n - 1 bytes and always terminates; returns `dst`, which may be null. A null `src` counts as
-/// empty. One byte is written even if `n` is 0.
+/// Copies at most n - 1 bytes and always terminates, even if `n` is 0, which writes one byte. Returns `dst`,
+/// which may be null. A null `src` counts as empty.
 FOKRAZO_API char* SafeStrnCpy(char* dst, const char* src, size_t n);
-/// A copy from malloc, which the caller frees; a null text counts as empty. Null if there is no memory.
+/// A copy that the caller frees with free(); a null text counts as empty. Null if there is no memory.
 FOKRAZO_API char* SafeStrDup(const char* text);
-/// strncmp; null equals the empty text and comes before any other.
+/// strncmp; null counts as empty.
 FOKRAZO_API int SafeStrnCmp(const char* a, const char* b, size_t n);
 
 namespace vesk {

@@ -1,5 +1,5 @@
-/// Marks by which clang checks that a field is touched only while its lock is held (-Wthread-safety). With
-/// any other compiler they expand to nothing.
+/// Annotations with which clang checks that a field is accessed only while its lock is held
+/// (-Wthread-safety). Other compilers ignore them.
 ///
 ///   Mutex m_mutex;
 ///   Items m_items FOKRAZO_GUARDED_BY(m_mutex);
@@ -9,25 +9,25 @@
 #if defined(__clang__)
 #define FOKRAZO_THREAD_ANNOTATION(...) __attribute__((__VA_ARGS__))
 #else
-/// What the other marks are made of.
+/// Used by the other macros.
 #define FOKRAZO_THREAD_ANNOTATION(...)
 #endif
 
 // On classes.
 
-/// A lock. `name` is what the compiler calls it in its messages: "mutex".
+/// A lock. `name` is its kind in compiler messages: "mutex".
 #define FOKRAZO_CAPABILITY(name) FOKRAZO_THREAD_ANNOTATION(capability(name))
 /// A guard that takes a lock in its constructor and releases it in its destructor.
 #define FOKRAZO_SCOPED_CAPABILITY FOKRAZO_THREAD_ANNOTATION(scoped_lockable)
 
 // On fields and variables.
 
-/// Read and written only while that lock is held.
+/// Accessed only while that lock is held.
 #define FOKRAZO_GUARDED_BY(lock) FOKRAZO_THREAD_ANNOTATION(guarded_by(lock))
 /// A pointer whose target, not the pointer itself, is guarded by that lock.
 #define FOKRAZO_PT_GUARDED_BY(lock) FOKRAZO_THREAD_ANNOTATION(pt_guarded_by(lock))
 
-// On functions. Without an argument they mean the object itself, or the lock that a guard was made for.
+// On functions. Without an argument they refer to the object itself, or to a guard's lock.
 
 /// The caller holds the locks, before and after.
 #define FOKRAZO_REQUIRES(...) FOKRAZO_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
@@ -41,5 +41,5 @@
 #define FOKRAZO_RELEASE(...) FOKRAZO_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
 /// Returns a reference or a pointer to that lock.
 #define FOKRAZO_RETURN_CAPABILITY(lock) FOKRAZO_THREAD_ANNOTATION(lock_returned(lock))
-/// Turns the check off for one function, where the compiler cannot follow it. A comment says why.
+/// Disables the check in one function that the compiler cannot follow. Say why in a comment.
 #define FOKRAZO_NO_THREAD_SAFETY_ANALYSIS FOKRAZO_THREAD_ANNOTATION(no_thread_safety_analysis)

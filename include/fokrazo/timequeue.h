@@ -1,4 +1,4 @@
-/// Work that is due at a certain time of the day's clock. The resolution is one second.
+/// Work that is due at a certain time of CLOCK_REALTIME, with a resolution of one second.
 #pragma once
 
 #include <string>
@@ -8,11 +8,11 @@
 
 namespace vesk {
 
-/// A function to be called after a delay, once or periodically.
+/// A function called after a delay, once or periodically.
 class FOKRAZO_API TimedEvent : public QueueAble {
  public:
   /// Due `delay` seconds from now and, if `periodic`, again `delay` seconds after each run. With `dedup` it
-  /// replaces a queued event of the same `id`. The caller owns `argument`.
+  /// replaces a queued event with the same `id`. The caller owns `argument`.
   TimedEvent(const std::string& id, long delay, void (*function)(void*), void* argument, bool dedup,
              bool periodic);
 
@@ -34,26 +34,26 @@ class FOKRAZO_API TimedEvent : public QueueAble {
   long m_timeout;
 };
 
-/// A queue in the order of its items' getTimeout(); items with equal times keep the order of posting. It has
-/// no limit. Thread-safety: as RunQueue.
+/// An unlimited queue, sorted by its items' getTimeout(); items due at the same time keep the order of
+/// posting. Thread-safety: as RunQueue.
 class FOKRAZO_API TimeQueue : public RunQueue {
  public:
   using RunQueue::RunQueue;
 
-  /// Adds an item in its place, and wakes the runners if it is now the first one. Requires: not null.
-  /// @throws EndOfFileException (-1) the queue is shutting down.
+  /// Inserts an item by due time, and wakes the runners if it is now the first one. Requires: not null.
+  /// @throws EndOfFileException (-1) the queue is shutting down
   void post(boost::shared_ptr<QueueAble> item) override;
 
   using RunQueue::runQueue;
-  /// Runs what is due during that many seconds. When they are over it returns after the item that is running,
-  /// so that 0 runs at most one due item. What an item throws is logged.
-  /// @throws QueueInterrupted one call for each interrupt.
+  /// Runs due items for that many seconds, and returns after the item that is then running; 0 runs at most
+  /// one due item. Exceptions from items are logged.
+  /// @throws QueueInterrupted in one runner for each interrupt
   void runQueue(int seconds) override;
 
-  /// As getRunQueue, with the same registry, but a new queue is a TimeQueue.
+  /// As getRunQueue and with the same registry, but creates a TimeQueue.
   static RunQueue* getTimeQueue(const std::string& name, bool create, unsigned int maxSize);
-  /// Posts a TimedEvent to the queue "daemon". False if the process has no such queue, or the queue refuses.
-  /// A null `id` is the empty text.
+  /// Posts a TimedEvent to the queue "daemon". Returns false if there is no such queue or it refuses the
+  /// item. A null `id` is the empty string.
   static bool postEvent(const char* id, long delay, void (&function)(void*), void* argument, bool dedup,
                         bool periodic);
 

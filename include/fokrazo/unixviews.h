@@ -1,9 +1,9 @@
-/// Users and groups as a Unix host needs them. A view is built once from a directory object;
-/// afterwards it never goes back to the attributes, though it keeps a handle on the object.
+/// Users and groups as a Unix host needs them. A view is built once from a directory object and keeps a
+/// handle to it, but does not read the attributes again.
 ///
 /// An object with a Unix id (`_Uid` for a user, `_Gid` for a group) is a Unix account and takes its Unix
 /// fields from its attributes. Any other object has no Unix profile: its view is marked as not Unix and shows
-/// the host's nobody identity (properties nss.nobody.*), while its directory side stays complete.
+/// the host's nobody identity (properties nss.nobody.*); its directory fields stay complete.
 #pragma once
 
 #include <cstdint>
@@ -21,33 +21,32 @@ namespace vesk {
 FOKRAZO_API extern const std::string NOBODY;
 
 /// What users and groups have in common.
-/// Thread-safety: read-only once made; the object behind it belongs to one thread at a time.
+/// Thread-safety: immutable; but its object belongs to one thread at a time.
 class FOKRAZO_API VeskObj {
  public:
   virtual ~VeskObj();
-  /// The Unix id, and a name: the classes below say which.
+  /// The Unix id, and a name, as defined in the derived classes.
   virtual unsigned int getId() const = 0;
   virtual std::string getName() const = 0;
   /// Whether the object has the Unix id.
   virtual bool isUnix() const;
-  /// Of the object; null where it has none.
+  /// The object's; null if it has none.
   virtual Guid getGuid() const;
   virtual SID getSid() const;
   /// 0 for a user, 1 for a group.
   virtual int getType() const;
-  /// Of the object.
+  /// The object's.
   virtual std::string getDN() const;
-  /// A further handle on the object that the view was made of.
+  /// A handle to the object.
   virtual ADObject getObject() const;
 
-  /// When the object was acquired, seconds since the epoch.
+  /// When the object was acquired, in seconds since the epoch.
   long acquired() const { return m_acquired; }
 
  protected:
-  /// The attribute of the Unix id decides whether the view is a Unix one. @throws SystemException null
-  /// handle.
+  /// The view is a Unix account if `object` has `idAttribute`. @throws SystemException null handle
   VeskObj(ADObject object, int objectType, const std::string& idAttribute);
-  /// Takes GUID, SID and time over from the object.
+  /// Copies GUID, SID and time from the object.
   void readIdentity();
   void setDN(const std::string& dn) { m_dn = dn; }
   ADObject& object() { return m_object; }
@@ -62,39 +61,39 @@ class FOKRAZO_API VeskObj {
   ADObject m_object;
 };
 
-/// A user. Times are as the directory gives them, -1 where it has none.
+/// A user.
 class FOKRAZO_API User : public VeskObj {
  public:
   /// Shares `object`, and may leave empty attributes in it.
-  /// @throws SystemException null handle, or an object without `_dn`.
+  /// @throws SystemException null handle, or an object without `_dn`
   explicit User(ADObject object);
   ~User() override;
 
   /// The uid.
   unsigned int getId() const override;
-  /// The account name of the directory, which need not be the Unix name.
+  /// The directory's account name; the Unix name may differ.
   std::string getName() const override;
 
-  /// Of the Unix profile; of the nobody account where there is none.
+  /// From the Unix profile; of the nobody account if there is none.
   const std::string& unixName() const { return m_unixName; }
   unsigned int gid() const { return m_gid; }
   /// The password field of a passwd line: "x" or a hash.
   const std::string& password() const { return m_password; }
-  /// The Kerberos names, empty where there is none.
+  /// The Kerberos names; empty if missing.
   const std::string& servicePrincipalName() const { return m_servicePrincipalName; }
   const std::string& computedPrincipalName() const { return m_computedPrincipalName; }
   const std::string& userPrincipalName() const { return m_userPrincipalName; }
-  /// The further fields of a passwd line.
+  /// The other fields of a passwd line.
   const std::string& shell() const { return m_shell; }
   const std::string& gecos() const { return m_gecos; }
   const std::string& home() const { return m_home; }
-  /// One entry per value of `_groupSidList`; a value that is no SID is a null one.
+  /// One entry per value of `_groupSidList`; null for a value that is not a SID.
   const std::list<SID>& groupSids() const { return m_groupSids; }
-  /// Attributes as they stand; empty where there is none.
+  /// Unchanged attributes; empty if missing.
   const std::string& passwordHash() const { return m_passwordHash; }
   const std::string& workstations() const { return m_workstations; }
   const std::string& altSecurityIdentity() const { return m_altSecurityIdentity; }
-  /// As the directory gives them, -1 where it has none.
+  /// In the directory's units; -1 if missing.
   int64_t accountExpires() const { return m_accountExpires; }
   int64_t passwordLastSet() const { return m_passwordLastSet; }
   int64_t minPasswordAge() const { return m_minPasswordAge; }
@@ -149,7 +148,7 @@ class FOKRAZO_API User : public VeskObj {
 class FOKRAZO_API Group : public VeskObj {
  public:
   /// Shares `object`, and may leave empty attributes in it.
-  /// @throws SystemException null handle, or an object without `_dn`.
+  /// @throws SystemException null handle, or an object without `_dn`
   explicit Group(ADObject object);
   ~Group() override;
 
@@ -158,15 +157,15 @@ class FOKRAZO_API Group : public VeskObj {
   /// The canonical form of the group's DN: neither the account name nor the Unix name.
   std::string getName() const override;
 
-  /// The account name of the directory.
+  /// The directory's account name.
   const std::string& name() const { return m_name; }
-  /// Of the Unix profile; of the nobody group where there is none.
+  /// From the Unix profile; of the nobody group if there is none.
   const std::string& unixName() const { return m_unixName; }
   /// "x".
   const std::string& password() const { return m_password; }
-  /// Unix names as the daemon gives them, neither filtered nor sorted.
+  /// Unix names as received from the daemon, neither filtered nor sorted.
   const std::list<std::string>& members() const { return m_members; }
-  /// Whether the daemon calls the group required.
+  /// Whether the daemon marks the group as required.
   bool required() const { return m_required; }
 
  private:

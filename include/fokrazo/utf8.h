@@ -1,5 +1,4 @@
-/// UTF-8 from outside, character by character: what is well-formed, and what a terminal would obey instead of
-/// showing it.
+/// Untrusted UTF-8, character by character: what is well-formed, and what controls a terminal. Thread-safe.
 #pragma once
 
 #include <cstddef>
@@ -7,14 +6,14 @@
 
 namespace vesk {
 
-/// One character of a text.
+/// One character.
 struct Utf8Character {
-  char32_t code;  ///< its Unicode number
-  size_t length;  ///< the number of its bytes; 0 if the text is not well-formed here
+  char32_t code;  ///< the code point
+  size_t length;  ///< in bytes; 0 if the text is malformed here or ends
 };
 
-/// Reads the character at `position` as RFC 3629 defines it: no overlong form, no surrogate, nothing above
-/// U+10FFFF. At or past the end there is none.
+/// Decodes the character at `position`, as RFC 3629 defines: no overlong form, no surrogate, nothing above
+/// U+10FFFF.
 inline Utf8Character utf8At(const std::string& text, size_t position) {
   const auto byteAt = [&text](size_t i) -> unsigned char { return i < text.size() ? text[i] : 0; };
   const unsigned char lead = byteAt(position);
@@ -32,8 +31,7 @@ inline Utf8Character utf8At(const std::string& text, size_t position) {
 }
 
 /// Whether a terminal acts on the character: the control characters U+0000 to U+001F and U+007F to U+009F,
-/// and marks that make a line read as something else: of the direction of text, of the end of a line, and
-/// tags.
+/// and invisible ones that can disguise a line: direction marks, line separators and tags.
 inline bool isTerminalControl(char32_t code) {
   const bool isControl = code < 0x20 || (code >= 0x7f && code <= 0x9f);
   const bool isDirectionMark = code == 0x61c || code == 0x200e || code == 0x200f ||

@@ -1,4 +1,4 @@
-/// What the daemon says of an operation that it has carried out. LocalRpcSession::errorString has the texts.
+/// The daemon's results of operations. LocalRpcSession::errorString has the texts.
 #pragma once
 
 namespace vesk {
@@ -55,7 +55,7 @@ enum ValidationResult : int {
   VR_NAME_BLOCKED = 47,
 };
 
-/// The health of a session that has had no reply yet. No result of the daemon, and without a text.
+/// The health before a session's first reply. Never sent by the daemon, and without a text.
 constexpr auto VR_NO_REPLY_YET = static_cast<ValidationResult>(48);
 
 }  // namespace vesk

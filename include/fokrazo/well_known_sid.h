@@ -92,7 +92,7 @@ inline constexpr char ASSERTED_IDENTITY_PREFIX[] = "S-1-18";
 inline constexpr char FAKE_SID_REVISION[] = "99";
 inline constexpr char MIT_REALM_SID[] = "S-1-5-21-11-11-11";
 
-/// The SIDs that are built in by themselves, whatever their prefix.
+/// The SIDs that count as built-in whatever their prefix.
 constexpr unsigned int kListSize = 33;
 FOKRAZO_API extern const char* const LIST[kListSize];
 
@@ -101,7 +101,7 @@ FOKRAZO_API extern const std::string MIT_FAKE_SID;
 
 }  // namespace WELL_KNOWN_SID
 
-/// Positions of sub-authorities in a SID, and the last sub-authorities that have a meaning of their own.
+/// Indexes of sub-authorities in a SID, and well-known last sub-authorities.
 namespace WELL_KNOWN_RID {
 
 constexpr unsigned int DOMAIN_INDEX = 2;

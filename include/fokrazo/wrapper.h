@@ -1,4 +1,4 @@
-/// Standard containers with a virtual destructor, and with a lock.
+/// Standard containers with a virtual destructor or with a lock.
 #pragma once
 
 #include <functional>
@@ -15,13 +15,13 @@ namespace Wrapper {
 /// The common base of the containers.
 class Base {};
 
-/// The policy of a container whose every access takes a lock: see Check<Locked, C>.
+/// The policy of a container with a lock: see Check<Locked, C>.
 struct Locked {};
 
 template <class Policy, class C>
 class Check;
 
-/// `C` with a mutex. Hold the mutex during each access.
+/// `C` with a mutex, which callers hold during each access.
 template <class C>
 class Check<Locked, C> : public C {
  public:
@@ -39,7 +39,7 @@ template <class T>
 class Container : public T, public Wrapper::Base {
  public:
   using T::T;
-  /// As of `T`, whose moves may throw. NOLINTBEGIN(performance-noexcept-move-constructor)
+  /// As in `T`, whose moves may throw. NOLINTBEGIN(performance-noexcept-move-constructor)
   Container() = default;
   Container(const Container&) = default;
   Container(Container&&) = default;

@@ -237,16 +237,16 @@ const unsigned char* ADSerializer::findAttributeKey(std::string_view name) const
 
 const unsigned char* ADSerializer::findAttributeData(std::string_view name) const {
   Text found;
-  return search(name, found) < indexCount() ? valueCountBehind(found) : nullptr;
+  return search(name, found) < indexCount() ? valueCountAfter(found) : nullptr;
 }
 
 const unsigned char* ADSerializer::findAttributeData(const unsigned char* record) const {
   Text name;
   if (record < m_data || record >= m_data + m_size || !readText(record, name)) return nullptr;
-  return valueCountBehind(name);
+  return valueCountAfter(name);
 }
 
-inline const unsigned char* ADSerializer::valueCountBehind(const Text& name) const {
+inline const unsigned char* ADSerializer::valueCountAfter(const Text& name) const {
   return remaining(name.next) >= kWord ? name.next : nullptr;
 }
 
