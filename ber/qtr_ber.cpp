@@ -13,21 +13,21 @@
 
 namespace {
 
-/// Options that the system's socket buffer has and the package's lacks.
+/// Options that our socket buffers have and liblber's lack.
 struct SockbufFields {
   int timeout[2] = {0, 0};  // seconds, microseconds
   bool nonBlocking = false;
 };
 
 constexpr int kFieldsLevel = 10 * LBER_SBIOD_LEVEL_APPLICATION;
-constexpr int kGetFieldsOption = 0x7172;  // cannot collide with the package's numbers
+constexpr int kGetFieldsOption = 0x7172;  // not used by liblber
 constexpr int kReadRetries = 3;
-// Bits of the package's debug level.
+// Bits of liblber's debug level.
 constexpr int kLogPackets = 0x2;
 constexpr int kLogConnections = 0x8;
 constexpr int kLogRetries = 0x4000;
 
-// Writes to standard error, like the package's debug output. Leaves errno as it is.
+// Writes to standard error, like liblber's debug output. Preserves errno.
 __attribute__((format(printf, 2, 3))) void log(int mask, const char* format, ...) {
   int enabled = 0;
   ber_get_option(nullptr, LBER_OPT_BER_DEBUG, &enabled);
@@ -48,7 +48,7 @@ int descriptorOf(Sockbuf* buffer) {
   return fd;
 }
 
-// The layer that carries the fields; reading and writing pass through it.
+// The layer that holds the options; reads and writes pass through.
 
 int setupFields(Sockbuf_IO_Desc* layer, void*) {
   layer->sbiod_pvt = ber_memcalloc(1, sizeof(SockbufFields));
@@ -98,7 +98,7 @@ int setBlocking(Sockbuf* buffer, bool blocking, const char* step) {
   return rc;
 }
 
-// Waits as select does on one descriptor, whatever its number: 1, 0 when the time is up, or -1 with errno.
+// Waits for one descriptor of any number. Returns 1, 0 on time-out, or -1 with errno.
 int waitForInput(int fd, const int (&timeout)[2]) {
   if (timeout[0] < 0 || timeout[1] < 0) {
     errno = EINVAL;
@@ -128,7 +128,7 @@ ber_slen_t readWithWait(Sockbuf* buffer, const SockbufFields& fields, void* byte
   for (int retriesLeft = kReadRetries;; --retriesLeft) {
     const int ready = timedWait(fd, fields);
     if (ready < 1) return ready;
-    errno = 0;  // the end of the stream sets none
+    errno = 0;  // the end of the stream does not set it
     const ber_slen_t count = read(fd, bytes, size);
     if (count > 0 || errno != EAGAIN) return count;
     log(kLogRetries, "sb_retry: select says ready but recv says no (retries left: %d)", retriesLeft);
@@ -231,7 +231,7 @@ int qtr_fast_ber_flatten(BerElement* ber, berval** out) {
   }
   int options = 0;
   ber_get_option(ber, LBER_OPT_BER_OPTIONS, &options);
-  ber_init2(ber, nullptr, options);  // forgets the buffer, which is `bytes`' own from here on
+  ber_init2(ber, nullptr, options);  // drops the buffer, which `bytes` now owns
   *out = bytes;
   return rc;
 }

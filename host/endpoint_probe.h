@@ -1,7 +1,7 @@
-/// Test of one TCP endpoint. Internal: for tests, with a limit that is shorter than TestConnect's.
+/// TestConnect with a time-out. Internal, for tests.
 #pragma once
 
 struct sockaddr_in;
 
-/// As TestConnect, but blocks for at most that long.
+/// As TestConnect, but blocks for at most `milliseconds`.
 int probeEndpoint(const sockaddr_in& address, int milliseconds);

@@ -20,8 +20,8 @@ std::string systemHostName() {
   return ::gethostname(name, Limit) == 0 ? name : std::string();
 }
 
-/// The resolver's name for the host; `name` itself if the resolver does not know it. gethostbyname would
-/// return memory that all threads share, under a lock that the child of a fork may find held for ever.
+/// The resolver's canonical name for `name`, or `name` itself if it is unknown. Plain gethostbyname returns
+/// shared memory under a lock that a forked child may find held forever.
 std::string canonicalName(const std::string& name) {
   constexpr size_t kLargestAnswer = 1024 * 1024;
   for (std::vector<char> memory(1024);; memory.resize(2 * memory.size())) {

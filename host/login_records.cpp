@@ -19,11 +19,11 @@ namespace {
 constexpr char kLogger[] = "base.osutil";
 constexpr char kRecordFile[] = "/var/run/utmp";
 
-/// The interface that supplies the records.
+/// The interface in use.
 enum UtmpType { Undecided = 0, OldUtmp = 1, Utmpx = 2 };
 std::atomic<int> utmpType{Undecided};
 
-/// What internal_getutxent returns on the old interface.
+/// The result of internal_getutxent with the old interface.
 utmpx* oldRecord() {
   static utmpx record;
   return &record;
@@ -34,7 +34,7 @@ void copyText(char (&to)[Size], const char (&from)[FromSize]) {
   snprintf(to, Size, "%.*s", static_cast<int>(Size) - 1, from);
 }
 
-// The records are walked by one at a time, see RecordWalk.
+// RecordWalk serializes access.
 // NOLINTBEGIN(concurrency-mt-unsafe)
 
 utmpx* fromOldInterface() {
@@ -54,7 +54,7 @@ utmpx* fromOldInterface() {
   return record;
 }
 
-/// A walk over the records; only one runs at a time.
+/// Iterates over the records. Only one exists at a time.
 class RecordWalk {
  public:
   RecordWalk() : m_lock(mutex()) { internal_setutxent(); }
@@ -113,7 +113,7 @@ std::list<std::string> currentUsers(int flags) {
   std::string os;
   std::string version;
   OSVersion(os, version);
-  // Fast user switching leaves records of users who are not at the machine.
+  // Fast user switching leaves records of users who are not at the console.
   const bool consoleOnly =
       (flags & CURRENT_USERS_CONSOLE_ONLY) && os == "Mac OS X" && version.compare(0, 4, "10.4") == 0;
   std::list<std::string> users = loggedInUsers(consoleOnly, os, version);

@@ -23,14 +23,14 @@ namespace {
 constexpr char kLogger[] = "base.osutil";
 constexpr char kProgram[] = "/usr/bin/lsb_release";
 constexpr int kProgramSeconds = 10;
-constexpr size_t kMaxText = 64 * 1024;  // of each text that is read; the rest does not count
+constexpr size_t kMaxText = 64 * 1024;  // bytes read of each text; the rest is ignored
 constexpr char kReleaseDir[] = "/etc";
 constexpr char kUnknown[] = "UNKNOWN";
 
-// /etc/os-release is the administrator's file or a link. Links are not followed, so the target is listed too.
+// /etc/os-release may be a link. Links are not followed, so the usual target is listed too.
 constexpr const char* kOsReleaseFiles[] = {"/etc/os-release", "/usr/lib/os-release"};
 
-// Links are not followed. False with errno.
+// Does not follow links. Returns false with errno.
 bool readText(const std::string& path, std::string& text) {
   return vesk::readWholeFile(path, Open::Unfollowed, text, kMaxText) || errno == EFBIG;
 }
@@ -46,8 +46,8 @@ bool distroByOsRelease(Distribution& found) {
   return found.isComplete();
 }
 
-// What lsb_release prints, run with an empty environment. Its exit status does not matter. False if it is
-// missing or takes too long.
+// The output of lsb_release, run with an empty environment; its exit status is ignored. Returns false if it
+// is missing or takes too long.
 bool runProgram(std::string& output) {
   char name[] = "lsb_release";
   char option[] = "-a";
@@ -77,7 +77,7 @@ bool distroByProgram(Distribution& found) {
   return false;
 }
 
-// Skips files with other names, and empty ones, without logging.
+// Silently skips files with other names, and empty ones.
 bool readCandidate(const std::string& name, const std::string& path, Distribution& found) {
   const bool isRelease = name.find("release") != std::string::npos;
   if (isRelease ? name.find("lsb-release") != std::string::npos : name.find("version") == std::string::npos)

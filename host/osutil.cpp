@@ -20,7 +20,7 @@ constexpr int kConnectTimeout = 10 * 1000;  // milliseconds
 // The results of TestConnect.
 constexpr int kAnswers = 0;
 constexpr int kRefuses = 1;
-constexpr int kSilent = -1;
+constexpr int kNoAnswer = -1;
 
 bool setNonBlocking(const UniqueFd& fd) {
   const int flags = ::fcntl(fd.get(), F_GETFL);
@@ -33,11 +33,11 @@ int probeEndpoint(const sockaddr_in& address, int milliseconds) {
   const UniqueFd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!fd || !setNonBlocking(fd)) return kRefuses;
   const auto* endpoint = reinterpret_cast<const sockaddr*>(&address);
-  // A connection that succeeds at once counts as refused, as it always has.
+  // A connection that succeeds immediately counts as refused, for compatibility.
   if (::connect(fd.get(), endpoint, sizeof address) == 0 || errno != EINPROGRESS) return kRefuses;
   pollfd wait{fd.get(), POLLOUT, 0};
   const int ready = ::poll(&wait, 1, milliseconds);
-  if (ready == 0 || (ready < 0 && errno == EINTR)) return kSilent;
+  if (ready == 0 || (ready < 0 && errno == EINTR)) return kNoAnswer;
   int error = 0;
   socklen_t size = sizeof error;
   if (ready < 0 || ::getsockopt(fd.get(), SOL_SOCKET, SO_ERROR, &error, &size) != 0) return kRefuses;

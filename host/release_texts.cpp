@@ -13,7 +13,7 @@ bool holds(const std::string& text, const char* part) {
   return text.find(part) != std::string::npos;
 }
 
-/// The lines of a text, one after the other.
+/// Iterates over the lines of a text.
 class Lines {
  public:
   explicit Lines(const std::string& text) : m_text(text) {}
@@ -37,7 +37,7 @@ class Lines {
   size_t m_position = 0;
 };
 
-/// A value of os-release as a shell reads it.
+/// A value of os-release, unquoted as by a shell.
 std::string unquoted(const std::string& value) {
   const char quote = value.empty() ? '\0' : value.front();
   if (quote != '"' && quote != '\'') return value;

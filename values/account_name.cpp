@@ -11,12 +11,12 @@ namespace {
 
 constexpr size_t kLongestName = 255;  // LOGIN_NAME_MAX without its terminator, and NAME_MAX
 
-// Characters outside ASCII that are invisible or look like a blank: Unicode's controls, separators, format
+// Non-ASCII characters that are invisible or look like a blank: Unicode's controls, separators, format
 // characters and fillers, private use, and noncharacters.
 constexpr struct {
   char32_t first;
   char32_t last;
-} kUnseen[] = {
+} kInvisible[] = {
     {0x80, 0xa0},       {0xad, 0xad},       {0x34f, 0x34f},      {0x61c, 0x61c},   {0x115f, 0x1160},
     {0x1680, 0x1680},   {0x17b4, 0x17b5},   {0x180b, 0x180f},    {0x2000, 0x200f}, {0x2028, 0x202f},
     {0x205f, 0x206f},   {0x2800, 0x2800},   {0x3000, 0x3000},    {0x3164, 0x3164}, {0xe000, 0xf8ff},
@@ -24,8 +24,8 @@ constexpr struct {
     {0x1bca0, 0x1bca3}, {0x1d173, 0x1d17a}, {0xe0000, 0x10ffff},
 };
 
-bool isUnseen(char32_t code) {
-  for (const auto& range : kUnseen)
+bool isInvisible(char32_t code) {
+  for (const auto& range : kInvisible)
     if (code >= range.first && code <= range.last) return true;
   return (code & 0xfffe) == 0xfffe;  // the last two of each plane
 }
@@ -37,14 +37,14 @@ bool isAsciiDigit(char32_t code) {
 bool isFirstCharacter(char32_t code) {
   const char32_t folded = code | 0x20;
   return (folded >= 'a' && folded <= 'z') || isAsciiDigit(code) || code == '_' ||
-         (code >= 0x80 && !isUnseen(code));
+         (code >= 0x80 && !isInvisible(code));
 }
 
 bool isNameCharacter(char32_t code) {
   return isFirstCharacter(code) || code == '.' || code == '-' || code == '+' || code == '@';
 }
 
-// Whether all of the text is well-formed, and each character is one that `isAllowed` accepts.
+// Whether the text is well-formed and `isAllowed` accepts every character.
 template <class IsAllowed>
 bool consistsOf(const std::string& text, IsAllowed isAllowed) {
   for (size_t position = 0; position < text.size();) {

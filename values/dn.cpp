@@ -59,7 +59,7 @@ size_t endOfPart(const std::string& dn, size_t from) {
   return comma;
 }
 
-// As endOfPart for canonical names, in which the first byte is never an escape.
+// As endOfPart for canonical names, whose first byte is never an escape.
 size_t endOfValue(const std::string& upperDn, size_t start) {
   size_t comma = upperDn.find(',', start);
   while (comma != upperDn.npos && DN::isEscaped(upperDn, static_cast<unsigned int>(comma)))
@@ -69,7 +69,7 @@ size_t endOfValue(const std::string& upperDn, size_t start) {
   return comma;
 }
 
-// The domain's name in a DN. `upperDn` is `dn` in capital letters.
+// The domain name in a DN. `upperDn` is `dn` in upper case.
 std::string domainIn(const std::string& upperDn, const std::string& dn) {
   const size_t domain = upperDn.find(kDomainPart);
   if (domain != upperDn.npos)
@@ -81,7 +81,7 @@ std::string domainIn(const std::string& upperDn, const std::string& dn) {
   return upperDn.substr(0, slash);
 }
 
-// Appends a DN's value with the escapes of a canonical name; most values need none.
+// Appends a DN's value, escaped for a canonical name; most values need no escapes.
 void appendCanonical(std::string& text, std::string_view value) {
   if (value.find_first_of("\\/") == value.npos)
     text.append(value);

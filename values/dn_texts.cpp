@@ -1,5 +1,5 @@
-// The texts of <fokrazo/dn.h> that are built at load time. In a file of their own, their initialisation code
-// lies next to the other code that runs then.
+// The strings of <fokrazo/dn.h> that are built at load time. A separate file keeps their initialization next
+// to other code that runs then.
 
 #include <fokrazo/dn.h>
 

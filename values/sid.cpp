@@ -28,7 +28,7 @@ constexpr size_t kHeaderSize = 8;
 constexpr size_t kSubAuthoritySize = 4;
 
 constexpr unsigned char kRevision = 1;
-constexpr unsigned char kFakeRevision = 99;  // the number in FAKE_SID_REVISION
+constexpr unsigned char kFakeRevision = 99;  // FAKE_SID_REVISION as a number
 constexpr unsigned char kNtAuthority = 5;
 constexpr unsigned char kNonUnique = 21;  // the first sub-authority of domains and their objects
 constexpr unsigned int kDomainCount = 4;
@@ -154,7 +154,7 @@ void SID::fromEscapedString(const std::string& text) {
   for (size_t i = 0; i < length; ++i) {
     const char* before = cursor;
     bytes[i] = static_cast<unsigned char>(NextNumber(&cursor, 16));
-    if (cursor == before) break;  // no number here, nor at any later try
+    if (cursor == before) break;  // no number: nothing more to read
   }
   init(bytes, length);
 }

@@ -135,7 +135,7 @@ ADAttribute& ADAttribute::operator+=(const std::string& value) {
 
 ADAttribute& ADAttribute::operator+=(const Values& values) {
   if (values.empty()) return *this;
-  Values kept(values);  // they may be our own
+  Values kept(values);  // `values` may be *this
   splice(end(), kept);
   setMarks(true, false);
   return *this;

@@ -425,7 +425,7 @@ std::string joinLines(std::istream& in) {
   return joined;
 }
 
-// The object's dump with its lines joined. It is written to the scratch file if that exists.
+// The object's dump on one line. Also written to paths::kAssertFile, if that exists.
 std::string assertText(const ADObject& object) {
   std::fstream file(paths::kAssertFile);
   std::stringstream memory;
@@ -440,7 +440,7 @@ std::string assertText(const ADObject& object) {
 
 void ADObjAssert(vesk::ADObject& object, bool condition, const char* expression, const char* file, int line) {
   if (condition) return;
-  const std::string text = vesk::assertText(object);  // writes the file even if the line is not logged
+  const std::string text = vesk::assertText(object);  // writes the file even if FATAL is not logged
   VESK_LOG_TO(vesk::kLogger, Fatal, "ADObjAssert: %s:%d assertion %s failed, obj = %s", file, line,
               expression, text.c_str());
 }

@@ -40,7 +40,7 @@ std::string containerCategory(const std::string& displayName, const std::string&
   return AD_CONTAINER_CATEGORY;
 }
 
-// The first row with the marker or the place counts.
+// The first row that matches wins.
 std::string classStoreCategory(const std::string& displayName, const std::string& dn) {
   const MapCategory kMapCategories[] = {
       {&NETGROUP_VERSION, "cn=netgroup,cn=nismaps", &AD_NETGROUP_CATEGORY},

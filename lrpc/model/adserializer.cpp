@@ -58,7 +58,7 @@ size_t sizeOfText(const std::string& text) {
   return referenceOf(text) >= 0 ? kWord : kWord + text.size();
 }
 
-/// The current dictionary as m_dictionary has it, without a call for each entry.
+/// The same entries as m_dictionary, without a call for each.
 struct CurrentDictionary {
   static constexpr uint32_t count() { return stringdict::kCurrentCount; }
   std::string_view operator[](uint32_t index) const { return stringdict::kCurrent[index].text(); }
@@ -150,7 +150,7 @@ void ADSerializer::setIndexed(bool indexed) {
   setHeader(kFlags, indexed ? others | kIsIndexed : others);
 }
 
-// Random access. No reader leaves the blob, whatever is asked.
+// Random access. No reader leaves the blob.
 
 // The number of index slots; 0 if the blob is too short for what its header says.
 inline uint32_t ADSerializer::indexCount() const {
@@ -197,17 +197,16 @@ const char* ADSerializer::getName(unsigned int offset, unsigned int& length) con
   return name.data();
 }
 
-// The sort key of the name at an offset; that of the empty name if it is unreadable.
+// The sort key of the name at an offset; of the empty name if it is unreadable.
 inline stringdict::Key ADSerializer::keyAt(uint32_t offset) const {
   if (offset < m_size && m_size - offset >= kWord) {
-    const uint32_t index = load<uint32_t>(m_data + offset) ^ kReference;  // huge if the text itself follows
+    const uint32_t index = load<uint32_t>(m_data + offset) ^ kReference;  // huge if the text is inline
     if (index < CurrentDictionary::count()) return stringdict::kCurrent[index];
   }
   return stringdict::Key(nameAt(offset));
 }
 
-// Returns the slot of that name, the number of slots if the blob lacks it. `found` is the name as the blob
-// has it.
+// Returns the slot of the name, or the number of slots if the blob lacks it. `found` is the name in the blob.
 uint32_t ADSerializer::search(std::string_view name, Text& found) const {
   const uint32_t end = indexCount();
   const stringdict::Key wanted(name);
@@ -250,7 +249,7 @@ inline const unsigned char* ADSerializer::valueCountAfter(const Text& name) cons
   return remaining(name.next) >= kWord ? name.next : nullptr;
 }
 
-// Calls `take` with each value after `valueCount`. Returns where they end, or null if they run past the blob.
+// Calls `take` with each value after `valueCount`. Returns their end, or null if they run past the blob.
 template <class Take>
 inline const unsigned char* ADSerializer::walkValues(const unsigned char* valueCount, Take take) const {
   Text value;
@@ -332,7 +331,7 @@ void ADSerializer::readAll(ADAttributeMap& attributes, unsigned int indexOffset,
     takeRecords(attributes, dictionary);
 }
 
-// Records mostly come in order, so each is tried at the end of the map.
+// Records are usually sorted, so each is first tried at the end of the map.
 template <class Dictionary>
 void ADSerializer::takeRecords(ADAttributeMap& attributes, const Dictionary& dictionary) {
   while (m_cursor < m_data + m_size) {
@@ -477,7 +476,7 @@ void ADSerializer::dumpHeader(std::ostream& out) const {
       << "    isIndexed: " << (getIndexed() ? 1 : 0) << '\n';
 }
 
-// Returns where the record ends, or null after a damaged one. An empty name is always damage.
+// Returns the end of the record, or null after a damaged one. An empty name counts as damage.
 const unsigned char* ADSerializer::dumpRecord(const unsigned char* record, std::ostream& out) const {
   const unsigned char* valueCount = findAttributeData(record);
   const unsigned char* end = nullptr;

@@ -170,7 +170,7 @@ NAME(VESK_SHADOW_INACTIVE, "_shadowInactive");
 NAME(VESK_SHADOW_EXPIRE, "_shadowExpire");
 NAME(VESK_SHADOW_FLAG, "_shadowFlag");
 
-// Bookkeeping: attributes that an administrator maps elsewhere.
+// Bookkeeping: attributes that an administrator maps to others.
 NAME(VESK_ALT_MAP_USERNAME, "_MapUserName");
 NAME(VESK_ALT_MAP_UID, "_MapUserId");
 NAME(VESK_ALT_MAP_GID, "_MapUserGid");
@@ -349,7 +349,7 @@ NAME(AD_WBEM_PATH, "wbemPath");
 NAME(AD_USERNAME, "sAMAccountName");
 const std::string& AD_GROUPNAME = AD_USERNAME;
 
-// Categories, the words that ADObject::category yields.
+// Categories, as ADObject::category returns them.
 NAME(AD_OBJECT_CATEGORY, "objectCategory");
 NAME(AD_GROUP_CATEGORY, "Group");
 NAME(AD_USER_CATEGORY, "Person");
@@ -434,9 +434,9 @@ NAME(AD_OC_PERSON, "person");
 NAME(AD_OC_ORG_PERSON, "organizationalPerson");
 NAME(AD_OC_COMPUTER, "computer");
 
-// Fixed GUIDs, each in the form that its users expect: containers by the digits of the text form; schema
-// entries by the digits of the stored bytes (AD_GUID_RESET_PASSWORD with hyphens in them); interfaces and
-// enrolment rights with hyphens.
+// Fixed GUIDs, each in the form that its users expect: containers as the digits of the text form; schema
+// entries as the digits of the stored bytes (AD_GUID_RESET_PASSWORD with hyphens); interfaces and enrolment
+// rights with hyphens.
 NAME(AD_GUID_COMPUTERS_CONTAINER, "aa312825768811d1aded00c04fd8d5cd");
 NAME(AD_GUID_USERS_CONTAINER, "a9d1ca15768811d1aded00c04fd8d5cd");
 NAME(AD_GUID_DOMAIN_CONTROLLERS_CONTAINER, "a361b2ffffd211d1aa4b00c04fd7d83a");
@@ -507,7 +507,7 @@ NAME(AUTOMOUNT_VERSION_GUID, "{e3a95da0-00c7-4fd2-ae93-258f9d1db637}");
 NAME(AUTOMASTER_VERSION_GUID, "{1a3597b2-a656-4326-a754-7a812eb8c132}");
 NAME(GENERIC_VERSION_GUID, "{663f6d9b-6791-4508-9a83-99a9f415ac5c}");
 
-// AIX account attribute keys, each beside the VESK_ constant of the same stem.
+// AIX account attribute keys, each matching the VESK_ constant of the same stem.
 NAME(ADMIN_ATTR, "aix.admin");
 NAME(ADMGROUPS_ATTR, "aix.admgroups");
 NAME(AUDITCLASSES_ATTR, "aix.auditclasses");
@@ -553,7 +553,7 @@ NAME(UMINTL_ATTR, "aix.mintl");
 NAME(UMAXCL_ATTR, "aix.maxcl");
 NAME(UMINCL_ATTR, "aix.mincl");
 
-// Names, values and prefixes of no family.
+// Other names, values and prefixes.
 NAME(DS_GROUP_OBJ, "group");
 NAME(EMPTY_STRING, "");
 NAME(AD_ANY, "*");

@@ -12,7 +12,7 @@ namespace {
 
 constexpr char kSource[] = "lrpc/stringdict";
 
-// Made once and never destroyed: blobs may be read until the very end of the process.
+// Created once and never destroyed: blobs may be read until the process ends.
 std::unique_ptr<const DictionaryVector> newVector(stringdict::Lists list) {
   auto entries = std::make_unique<DictionaryVector>();
   entries->reserve(stringdict::entryCount(list));
@@ -82,7 +82,7 @@ FOKRAZO_DICTIONARY(16090, k16090, 0x16090)
 
 #undef FOKRAZO_DICTIONARY
 
-// The version of each release with the checksum of its list, oldest first.
+// Each release and the checksum of its list, oldest first.
 #define FOKRAZO_RELEASES(ROW) \
   ROW("5.0.0-686", 0x15487)   \
   ROW("5.0.1-177", 0x15667)   \

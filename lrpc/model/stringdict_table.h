@@ -9,7 +9,7 @@
 namespace vesk {
 namespace stringdict {
 
-/// One bit for each list, oldest first, and the spans of lists that hold an entry.
+/// One bit for each list, oldest first, and the ranges of lists that have an entry.
 enum Lists : uint16_t {
   k15487 = 1 << 0,
   k15667 = 1 << 1,
@@ -31,7 +31,7 @@ enum Lists : uint16_t {
   kFrom16090 = k16090,
 };
 
-/// An entry of each of `lists`. Its index in a list is the number of entries of that list before it, so the
+/// An entry of each of `lists`. Its index in a list is the number of that list's entries before it, so the
 /// order of the rows is part of the format: never reorder.
 struct Entry {
   std::string_view text;
@@ -39,11 +39,11 @@ struct Entry {
 };
 
 constexpr size_t kEntryCount = 399;
-/// The length of the longest entry: longer texts need no search.
+/// The length of the longest entry; longer texts are not searched.
 constexpr size_t kLongestEntry = 35;
 extern const Entry kEntries[kEntryCount];
 
-/// A text that sorts by its bytes as unsigned, a prefix first. Its first eight, taken as one number, decide
+/// A text that sorts by its unsigned bytes, a prefix first. The first eight bytes, as one number, decide
 /// nearly every comparison.
 class Key {
  public:

@@ -37,14 +37,14 @@ int64_t int64Or(ADObject& object, const std::string& name, int64_t fallback) {
   return object.attributeExists(name, true) ? object[name].toInt64().value() : fallback;
 }
 
-// A key that has no value at all counts as missing.
+// An empty value counts as missing.
 unsigned int idProperty(const std::string& key) {
   std::string value;
   Props(false, false)->lookup(key, value);
   return value.empty() ? kNobodyId : atoui(value.c_str());
 }
 
-// A key whose value is empty yields the empty text, not the default.
+// An empty value is returned, not replaced by the default.
 std::string textProperty(const std::string& key, const std::string& fallback) {
   std::string value;
   return Props(false, false)->lookup(key, value) ? value : fallback;
@@ -139,7 +139,7 @@ void User::readPassword() {
     readPasswordFrom(valueOr(object(), VESK_USER_PWSYNC, EMPTY_STRING));
 }
 
-// `source` names one of the attributes that may hold the hash.
+// `source` is the name of an attribute that may hold the hash.
 void User::readPasswordFrom(const std::string& source) {
   const bool plain = source == SFU_PASSWORD || source == AD_R2_PASSWORD;
   if (!plain && source != AD_ALT_PWSYNC_PWHASH) return;

@@ -1,4 +1,4 @@
-/// How the operations of a session are carried out. Internal.
+/// Runs the operations of a session. Internal.
 #pragma once
 
 #include <fokrazo/ipcmessage.h>
@@ -7,14 +7,14 @@
 
 namespace vesk {
 
-/// One operation: its request, and then its reply.
+/// One operation: a request and its reply.
 ///
 ///   Exchange exchange(*this, IPC_OP_RENEW_CREDENTIALS, user);
 ///   const ValidationResult result = exchange.ask();
 ///   if (result == VR_SUCCESS) count = exchange.reply.getInt();
 ///
 /// It reserves the session for the calling thread, so that the status fields stay those of its reply. Fields
-/// are written straight into the message: no copy of a secret is made.
+/// are written directly to the message, without copying secrets.
 class Exchange {
  public:
   template <class... Fields>
@@ -23,8 +23,8 @@ class Exchange {
     static_cast<void>((request += ... += fields));
   }
 
-  /// Sends the request and returns the result in the status block of the reply, which is then at its first
-  /// field after that block. If the exchange fails, the request is sent once more.
+  /// Sends the request, again if the exchange fails, and returns the result in the reply's status block. The
+  /// next field of the reply is the first one after that block.
   /// @throws what LocalRpcSession::executeWithRetry throws
   ValidationResult ask() {
     m_session.executeWithRetry(request, reply, true);

@@ -33,7 +33,7 @@ constexpr Answer refused(L authenticate, L account, L password) {
   return {Outcome::Refused, EACCES, authenticate, account, password};
 }
 
-// The calling program lacks the right; this says nothing about the user.
+// The calling program lacks permission; this says nothing about the user.
 constexpr Answer programRefused() {
   return refused(L::CredInsufficient, L::PermDenied, L::PermDenied);
 }
@@ -105,7 +105,7 @@ extern constexpr ExceptionRow kExceptionRows[25] = {
   {CLASS(ConnectionBrokenException), "", 0,                                             tryAgain(EAGAIN)},
   {CLASS(TryAgainException),         "", 0,                                             tryAgain(EAGAIN)},
   {CLASS(BufferFullException),       "", 0,                                             tryAgain(EAGAIN)},
-  // No socket: this process is out of descriptors or memory. The daemon may be fine.
+  // This process is out of descriptors or memory; the daemon may be fine.
   {CLASS(IOException),               "ipc socket create", 0,                            tryAgain(EMFILE)},
   {CLASS(IOException),               "ipc socket connect timed out", 0,                 tryAgain(EAGAIN)},
   {CLASS(IOException),               "ipc socket connect", EAGAIN,                      tryAgain(EAGAIN)},

@@ -10,8 +10,8 @@ struct ResultRow {
   Answer answer;
 };
 
-/// A class of exceptions. With a text: only those whose message begins with it. With an error too: only those
-/// whose message is the text followed by the system's text for that error.
+/// Matches exceptions of a class; with a text, only those whose message begins with it; with an error too,
+/// only those whose message is the text followed by the system's text for that error.
 struct ExceptionRow {
   const char* className;
   bool (*isOne)(const std::exception* exception);
@@ -22,7 +22,7 @@ struct ExceptionRow {
 
 /// Row i belongs to result i.
 extern const ResultRow kResultRows[48];
-/// The first matching row counts; the last one matches every exception.
+/// The first matching row wins; the last one matches every exception.
 extern const ExceptionRow kExceptionRows[25];
 
 }  // namespace vesk

@@ -1,6 +1,6 @@
-/// The sockets of all sessions of the process, so that the child of a fork closes its copies. Internal.
+/// The sockets of all sessions of the process, which a forked child closes. Internal.
 ///
-/// There is no lock: nothing here can make a fork wait, or leave a child waiting.
+/// Lock-free: nothing here can block a fork or the child.
 /// Thread-safety: from any thread, and from a signal handler.
 #pragma once
 
@@ -9,19 +9,19 @@
 namespace vesk {
 namespace ownsockets {
 
-/// Marks a descriptor, the socket with that inode, as a session's. A number above kHighest is not marked; its
-/// session closes it in the child with its next request.
+/// Marks a descriptor, whose socket has that inode, as a session's. A number above kHighest is not marked; in
+/// the child its session closes it with the next request.
 constexpr int kHighest = (1 << 14) - 1;
 void add(int fd, ino_t inode);
 /// Removes the mark. Call it after closing the descriptor.
 void remove(int fd, ino_t inode);
 
-/// Whether the descriptor is still the socket with that inode, not something that has reused its number. With
-/// `found`, stores the inode that the descriptor has now, 0 if it is closed.
-bool isStill(int fd, ino_t inode, ino_t* found = nullptr);
+/// Whether the descriptor is still the socket with that inode. Sets `*found`, unless null, to the
+/// descriptor's current inode, 0 if it is closed.
+bool isSameSocket(int fd, ino_t inode, ino_t* found = nullptr);
 
-/// The number of forks between the first process that loaded the library and this one. Unlike a process id,
-/// it is never that of an ancestor.
+/// The number of forks between the process that loaded the library and this one. Unlike a process id, no
+/// ancestor has the same.
 unsigned long forkGeneration();
 
 }  // namespace ownsockets

@@ -20,7 +20,7 @@ ADObject PagedSearchHandle::getNext() {
   return next;
 }
 
-// An empty page is the end.
+// An empty page ends the search.
 void PagedSearchHandle::fetchPage() {
   Exchange exchange(*m_session, IPC_OP_LDAP_PAGED_NEXT, m_handle);
   if (exchange.ask() != VR_SUCCESS) exchange.reply.getAndThrowIPCException();

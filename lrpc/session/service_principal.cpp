@@ -1,4 +1,4 @@
-// velmora_sname_to_principal: the service principal as a Kerberos library asks for it.
+// velmora_sname_to_principal: service principals for Kerberos libraries.
 
 #include <unistd.h>
 
@@ -18,10 +18,10 @@ namespace {
 constexpr int kNameUnknown = 0;
 constexpr int kNameServiceAndHost = 3;
 
-// The Kerberos library's error numbers, in its own table of errors.
+// Error numbers of the Kerberos library.
 constexpr int kBadNameType = static_cast<int>(0x96c73ada);
 constexpr int kNoSuchPrincipal = static_cast<int>(0x96c73ad8);
-constexpr int kCannotTell = static_cast<int>(0x96c73af5);
+constexpr int kTryDns = static_cast<int>(0x96c73af5);
 constexpr int kDone = 1;
 
 std::string canonicalPrincipal(const char* host, const char* service) {
@@ -29,11 +29,11 @@ std::string canonicalPrincipal(const char* host, const char* service) {
   return session.getServicePrincipal(host, service);
 }
 
-int whatIfThereIsNone() {
+int errorIfMissing() {
   if (!vesk::Props(false, false)->getBool(vesk::PN::KRB5_PERMIT_DNS_SPN_LOOKUPS, false))
     return kNoSuchPrincipal;
   VESK_LOG_TO("lrpc.session", Debug, "SPN wasn't found in AD.  Trying DNS...");
-  return kCannotTell;
+  return kTryDns;
 }
 
 }  // namespace
@@ -51,8 +51,8 @@ int velmora_sname_to_principal(void* /*context*/, const char* host, const char* 
     strcpy(out, principal.c_str());
     return kDone;
   } catch (const vesk::NotFoundException&) {
-    return whatIfThereIsNone();
+    return errorIfMissing();
   } catch (const VESKException&) {
-    return kCannotTell;
+    return kTryDns;
   }
 }

@@ -1,4 +1,4 @@
-// The operations that change passwords and accounts.
+// Operations that change passwords and accounts.
 
 #include <fokrazo/attrnames.h>
 #include <fokrazo/log.h>

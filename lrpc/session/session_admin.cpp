@@ -1,4 +1,4 @@
-// The operations on the daemon itself: caches, policy, health, roles, names.
+// Operations on the daemon itself: caches, policy, health, roles, names.
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/session.h>
@@ -13,7 +13,7 @@ namespace {
 constexpr char kSource[] = "lrpc/session";
 constexpr char kAllUsers[] = "all users";
 
-// Whose policy is refreshed. Wire values: never renumber.
+// The policy to refresh. Wire values: never renumber.
 enum PolicyTarget : int { PolicyOfComputer = 0, PolicyOfUser = 1 };
 
 ValidationResult flush(LocalRpcSession& session, ADObject& object, unsigned int selectors,
@@ -21,8 +21,7 @@ ValidationResult flush(LocalRpcSession& session, ADObject& object, unsigned int 
   return Exchange(session, IPC_OP_FLUSH_CACHE, object, static_cast<int>(selectors), key).ask();
 }
 
-// The daemon's text is a format without arguments: "%%" is a per cent sign, and any other conversion stays as
-// it is.
+// The daemon's text is a format without arguments: "%%" becomes "%"; any other conversion is kept.
 std::string formatted(const std::string& text) {
   std::string out;
   out.reserve(text.size());
@@ -39,7 +38,7 @@ bool isYes(Exchange exchange) {
   return exchange.reply.getInt() != 0;
 }
 
-ADObjectList rolesIn(Exchange exchange) {
+ADObjectList receiveRoles(Exchange exchange) {
   if (exchange.ask() != VR_SUCCESS)
     FOKRAZO_THROW(SystemException, "SystemException", 0, "could not get roles");
   return exchange.reply.getADObjectList();
@@ -81,7 +80,7 @@ std::string LocalRpcSession::updateMachinePolicy() {
   return refreshPolicy(exchange, "Computer Policy Refresh has completed.");
 }
 
-// Every result but VR_EXTENDED_ERROR, failures too, is a text for people.
+// Except for VR_EXTENDED_ERROR, failures too are returned as human-readable text.
 std::string LocalRpcSession::refreshPolicy(Exchange& exchange, const char* done) {
   if (exchange.askOnce() != VR_EXTENDED_ERROR) return m_statusMessage.empty() ? done : m_statusMessage;
   if (m_statusMessage.empty()) m_statusMessage = "Unknown error";
@@ -110,13 +109,13 @@ bool LocalRpcSession::samIsSandboxed(const std::string& user, bool daemonFlag) {
 }
 
 ADObjectList LocalRpcSession::samGetUserRoles(const std::string& user, bool daemonFlag) {
-  return rolesIn(Exchange(*this, IPC_OP_SAM_GET_ROLES, user, daemonFlag));
+  return receiveRoles(Exchange(*this, IPC_OP_SAM_GET_ROLES, user, daemonFlag));
 }
 
 ADObjectList LocalRpcSession::samGetUserRolesLocal(const std::string& user, unsigned int uid,
                                                    unsigned int gid) {
-  if (user == kAllUsers) return rolesIn(Exchange(*this, IPC_OP_SAM_GET_ROLES_LOCAL, user));
-  return rolesIn(Exchange(*this, IPC_OP_SAM_GET_ROLES_LOCAL, user, uidtoa(uid), gidtoa(gid)));
+  if (user == kAllUsers) return receiveRoles(Exchange(*this, IPC_OP_SAM_GET_ROLES_LOCAL, user));
+  return receiveRoles(Exchange(*this, IPC_OP_SAM_GET_ROLES_LOCAL, user, uidtoa(uid), gidtoa(gid)));
 }
 
 ValidationResult LocalRpcSession::mapDomain(const std::string& name, std::string& dnsName,
@@ -142,7 +141,7 @@ ValidationResult LocalRpcSession::setSessionID(const std::string& id) {
   return Exchange(*this, IPC_OP_SET_SESSION_ID, id).ask();
 }
 
-// The fetch is a probe: what counts is the status block that it leaves.
+// The fetch is only a probe: the answer is in its status block.
 int LocalRpcSession::systemHealthInfo(bool refresh, ValidationResult& health, int& value1, int& value2,
                                       std::string& text) {
   const SessionHold hold(*this);

@@ -1,4 +1,4 @@
-// The operations around logins: checking a user, and reporting logins to the daemon.
+// Login operations: checking a user, and reporting logins to the daemon.
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/log.h>

@@ -1,4 +1,4 @@
-// The connection of a session: when it may carry a request, and how a new one is made.
+// The connection of a session: whether it is usable, and opening a new one.
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -33,8 +33,8 @@ int idleTimeout() {
   return text.empty() ? kDefaultIdleTimeout : atoi(text.c_str());
 }
 
-// Whether there is anything to read, the end of the stream included. Between two exchanges that answers no
-// request.
+// Whether there is anything to read, including the end of the stream. Between two exchanges there should not
+// be.
 bool hasInput(int fd) {
   pollfd entry = {fd, POLLIN, 0};
   int rc;
@@ -62,7 +62,7 @@ SessionHold::SessionHold(LocalRpcSession& session) : m_session(session) {
     FOKRAZO_THROW(SystemException, "SystemException", EBUSY, "session in use by another thread");
 }
 
-// --- The connection that there is ---
+// --- The current connection ---
 
 bool LocalRpcSession::isConnectionGood(time_t now, pid_t pid) {
   if (now - m_lastUsed > idleTimeout()) {
@@ -74,7 +74,7 @@ bool LocalRpcSession::isConnectionGood(time_t now, pid_t pid) {
     return false;
   }
   ino_t inode;
-  if (!ownsockets::isStill(m_socket, m_socketInode, &inode)) {
+  if (!ownsockets::isSameSocket(m_socket, m_socketInode, &inode)) {
     VESK_LOG_TO(kLogger, Debug, "lrpc connection reopened %d != %d\n", static_cast<int>(inode),
                 static_cast<int>(m_socketInode));
     return false;
@@ -96,7 +96,7 @@ bool LocalRpcSession::isConnectionGood(time_t now, pid_t pid) {
 
 void LocalRpcSession::closeConnection() {
   if (m_socket == -1) return;
-  if (ownsockets::isStill(m_socket, m_socketInode)) IPCdisconnect(m_socket);
+  if (ownsockets::isSameSocket(m_socket, m_socketInode)) IPCdisconnect(m_socket);
   ownsockets::remove(m_socket, m_socketInode);
   m_socket = -1;
   m_processAuthenticated = false;
@@ -112,7 +112,7 @@ void LocalRpcSession::dropConnection() {
   lostConnection();
 }
 
-// --- A new one ---
+// --- A new connection ---
 
 void LocalRpcSession::connect(time_t now, pid_t pid) {
   m_effectiveUid = geteuid();

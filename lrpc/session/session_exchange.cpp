@@ -1,4 +1,4 @@
-// How a session carries out a request: execute, the second attempt, and the status block of the reply.
+// Exchanging a request and its reply: execute, the second attempt, and the status block.
 
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/log.h>
@@ -90,7 +90,7 @@ ValidationResult LocalRpcSession::updateVRErrInfo(IPCReply& reply) {
     m_healthValue1 = reply.getInt();
     m_healthValue2 = reply.getInt();
     m_healthMessage = reply.getString();
-  } catch (const VESKException&) {  // a block may be shorter
+  } catch (const VESKException&) {  // the block may be shorter
   }
   return result;
 }

@@ -1,4 +1,4 @@
-/// Keeps a session to one thread. Internal.
+/// Reserves a session for one thread. Internal.
 #pragma once
 
 #include <pthread.h>
@@ -7,11 +7,11 @@
 
 namespace vesk {
 
-/// While it lives, the session is the calling thread's, and every other thread that uses it gets an
-/// exception. A thread may hold a session any number of times. A few atomic instructions, no lock.
+/// While it exists, only the calling thread can use the session; any other gets an exception. Holds of one
+/// thread nest. Costs a few atomic instructions, no lock.
 class SessionHold {
  public:
-  /// @throws SystemException (EBUSY) another thread holds the session.
+  /// @throws SystemException (EBUSY) another thread holds the session
   explicit SessionHold(LocalRpcSession& session);
   ~SessionHold() {
     if (m_isOutermost) m_session.m_holder.store(pthread_t{}, std::memory_order_release);

@@ -9,7 +9,7 @@ namespace vesk {
 
 namespace {
 
-// Both take a second field, which is 0 in every listing.
+// The second field of both requests, always 0.
 constexpr int kUnused = 0;
 
 bool startList(LocalRpcSession& session, DSObjectType kind, bool daemonFlag) {
@@ -21,7 +21,7 @@ bool endList(LocalRpcSession& session, DSObjectType kind) {
 }
 
 // After a failure the reply contains the daemon's exception.
-IPCReply& successOf(Exchange& exchange) {
+IPCReply& replyOrThrow(Exchange& exchange) {
   if (exchange.ask() != VR_SUCCESS) exchange.reply.getAndThrowIPCException();
   return exchange.reply;
 }
@@ -51,7 +51,7 @@ ADObjectList LocalRpcSession::ldapSearch(const std::string& domain, const std::s
                                          const std::string& filter, const char** attributes,
                                          LdapSearchScopeType scope, int limit, bool daemonFlag) {
   Exchange exchange(*this, IPC_OP_LDAP_SEARCH, domain, baseDn, filter, attributes, scope, limit, daemonFlag);
-  return successOf(exchange).getADObjectList();
+  return replyOrThrow(exchange).getADObjectList();
 }
 
 PagedSearchHandle LocalRpcSession::ldapPagedSearch(const std::string& domain, const std::string& baseDn,
@@ -59,13 +59,13 @@ PagedSearchHandle LocalRpcSession::ldapPagedSearch(const std::string& domain, co
                                                    LdapSearchScopeType scope, int limit, bool daemonFlag) {
   Exchange exchange(*this, IPC_OP_LDAP_PAGED_SEARCH, domain, baseDn, filter, attributes, scope, limit,
                     daemonFlag);
-  return PagedSearchHandle(this, successOf(exchange).getInt());
+  return PagedSearchHandle(this, replyOrThrow(exchange).getInt());
 }
 
 ADObject LocalRpcSession::ldapFetch(const std::string& domain, const std::string& dn, const char** attributes,
                                     bool daemonFlag) {
   Exchange exchange(*this, IPC_OP_LDAP_FETCH, domain, dn, attributes, daemonFlag);
-  return successOf(exchange).getADObject();
+  return replyOrThrow(exchange).getADObject();
 }
 
 }  // namespace vesk

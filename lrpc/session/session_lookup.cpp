@@ -25,7 +25,7 @@ LookupScope scopeOf(int flags) {
   FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "%s", text);
 }
 
-// A lookup: the fields that all lookups have in common, and then the key.
+// A lookup: the fields common to all lookups, then the key.
 class Lookup : public Exchange {
  public:
   template <class Key>
@@ -34,7 +34,7 @@ class Lookup : public Exchange {
       : Exchange(session, opcode, type, scope, keyKind, (flags & CHECK_AD_FIRST) != 0,
                  (flags & GROUP_MEMBERSHIP) != 0, key) {}
 
-  // Asking for the next entry advances a position in the daemon, so the request is never repeated.
+  // NEXT_ENTRY advances a position in the daemon, so it is never repeated.
   ValidationResult askByName(const std::string& name) { return name == NEXT_ENTRY ? askOnce() : ask(); }
 };
 
@@ -43,7 +43,7 @@ ADObject objectById(LocalRpcSession& session, DSObjectType type, int id, int fla
   return lookup.ask() == VR_SUCCESS ? lookup.reply.getADObject() : ADObject();
 }
 
-// By SID or GUID; any failure is reported as `notFound`.
+// By SID or GUID; any failure throws `notFound`.
 template <class Key>
 ADObject objectByKey(LocalRpcSession& session, DSObjectType type, KeyKind keyKind, const Key& key, int flags,
                      const char* notFound) {
@@ -52,7 +52,7 @@ ADObject objectByKey(LocalRpcSession& session, DSObjectType type, KeyKind keyKin
   return lookup.reply.getADObject();
 }
 
-// The form of the listings.
+// For listings.
 ADObject objectByName2(LocalRpcSession& session, DSObjectType type, const std::string& name, int flags,
                        const char* notFound) {
   Lookup lookup(session, IPC_OP_GET_OBJECT2, type, scopeOf(flags), KeyName, name, flags);

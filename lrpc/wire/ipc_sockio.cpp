@@ -134,7 +134,7 @@ void connectTo(int fd, const std::string& path) {
   waitForConnection(fd);
 }
 
-// A message of these bytes, without an address or control data.
+// A message of these bytes alone.
 msghdr messageOf(iovec& bytes) {
   msghdr message = {};
   message.msg_iov = &bytes;
@@ -168,7 +168,7 @@ int IPCconnect(std::string path) {
   return socket.release();
 }
 
-// A low number is released before connecting: until then the socket accepts no bytes.
+// A low descriptor is replaced before connecting: until then nothing can be written to the socket.
 UniqueFd connectPrivately(const std::string& path) {
   UniqueFd socket = newSocket(SOCK_CLOEXEC);
   if (socket.get() <= STDERR_FILENO) {

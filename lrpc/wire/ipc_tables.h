@@ -1,4 +1,4 @@
-/// Texts for the numbers that messages contain. Internal.
+/// Texts for the numbers in messages. Internal.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace vesk {
 
-// Row i belongs to value i; a row with another value is a gap.
+// Row i belongs to value i; a row with another value marks a gap.
 
 extern const std::pair<IPC_OPCODE, const char*> IPC_OPCODE_STRS[IPC_OP_UNKNOWN + 1];
 extern const std::pair<IPC_RESULT, const char*> IPC_RESULT_STRS[4];

@@ -24,15 +24,15 @@ namespace {
 constexpr char kSource[] = "lrpc/ipcmessage";
 constexpr char kLogger[] = "lrpc.ipcmessage";
 
-// The buffer of a new message, in bytes. By default an element allocates four times as much, which is slower.
+// The buffer of a new message, in bytes. liblber's default is four times as much, which is slower.
 constexpr ber_len_t kFirstBuffer = 1024;
-constexpr size_t kAround = 16;  // more than a field's tag and length ever need
+constexpr size_t kFieldOverhead = 16;  // more than any field's tag and length
 
 [[noreturn]] void failField(const char* failure) {
   FOKRAZO_THROW(IOException, "IOException", 0, "%s", failure);
 }
 
-// Frames of up to a megabyte are accepted whatever is configured: the limit is there to save memory.
+// Frames of up to a megabyte are always accepted: the limit is only there to save memory.
 constexpr uint32_t kUnlimitedLength = 1 << 20;
 constexpr unsigned int kDefaultMaxSize = 256;  // megabytes
 
@@ -41,12 +41,12 @@ size_t longestMessage() {
   return megabytes > 0 ? size_t{static_cast<unsigned>(megabytes)} << 20 : 0;
 }
 
-// Reports a frame that could not be read, or not completely.
+// Reports a frame that could not be read completely.
 [[noreturn]] void failFrame(uint32_t length, int code, int error) {
   FOKRAZO_THROW_ERRNO(IOException, "IOException", code, error, "read %u bytes from IPC", length);
 }
 
-// An emptied element has no buffer, and clearing 0 bytes at null is slow on some processors.
+// An emptied element has no buffer; clearing 0 bytes at null is slow on some processors.
 void wipe(const berval& bytes) {
   if (bytes.bv_len > 0) explicit_bzero(bytes.bv_val, bytes.bv_len);
 }
@@ -58,8 +58,7 @@ struct FreeElement {
 // The bytes of a frame while it is being received.
 class IncomingBytes {
  public:
-  // The system provides zeroed memory page by page, as it is touched. One extra byte terminates a text at the
-  // end.
+  // The system provides zeroed pages as they are touched. One extra byte terminates a text at the end.
   explicit IncomingBytes(unsigned int length)
       : m_bytes{length, static_cast<char*>(qtr_ber_memcalloc(1, size_t{length} + 1))} {}
   ~IncomingBytes() {
@@ -76,7 +75,7 @@ class IncomingBytes {
     const auto length = static_cast<unsigned int>(m_bytes.bv_len);
     while (m_received < length) m_received += readMsg(fd, bytes + m_received, length - m_received, nullptr);
   }
-  // The caller owns them from here on.
+  // Passes ownership to the caller.
   berval release() { return std::exchange(m_bytes, berval{}); }
 
  private:
@@ -97,7 +96,7 @@ IPCMessage::~IPCMessage() {
 
 void IPCMessage::dropElement() {
   if (!m_ber) return;
-  berval bytes = {};  // the part written or read so far; then the rest
+  berval bytes = {};  // the part written or read so far, then the rest
   ber_len_t left = 0;
   if (qtr_ber_flatten2(m_ber, &bytes, 0) == 0) {
     qtr_ber_get_option(m_ber, LBER_OPT_BER_REMAINING_BYTES, &left);
@@ -119,15 +118,15 @@ BerElement* IPCMessage::doHeader() {
   return m_ber;
 }
 
-// An element that grows frees its old buffer without wiping it, so it gets a larger one before it has to
-// grow. While a caller has a sequence open, that is not possible.
+// liblber frees an element's old buffer without wiping it, so the buffer is replaced before the element has
+// to grow. That is not possible while the caller has a sequence open.
 bool IPCMessage::makeRoom(size_t size) {
   ber_len_t left = 0;
   qtr_ber_get_option(doHeader(), LBER_OPT_BER_REMAINING_BYTES, &left);
-  if (size < left && size + kAround <= left) return true;
+  if (size < left && size + kFieldOverhead <= left) return true;
   berval used = {};
   if (qtr_ber_flatten2(m_ber, &used, 0) != 0) return true;
-  berval larger = {2 * used.bv_len + size + kAround, nullptr};
+  berval larger = {2 * used.bv_len + size + kFieldOverhead, nullptr};
   if (larger.bv_len < size) return false;
   larger.bv_val = static_cast<char*>(qtr_ber_memalloc(larger.bv_len));
   if (!larger.bv_val) return false;
@@ -162,8 +161,8 @@ IPCMessage& IPCMessage::operator+=(const std::string& text) {
 }
 
 IPCMessage& IPCMessage::operator+=(const char** texts) {
-  size_t size = kAround;
-  for (const char** text = texts; text && *text; ++text) size += strlen(*text) + kAround;
+  size_t size = kFieldOverhead;
+  for (const char** text = texts; text && *text; ++text) size += strlen(*text) + kFieldOverhead;
   if (!makeRoom(size) || qtr_ber_printf(m_ber, "{v}", texts) < 0) failField("ber_printf char **");
   return *this;
 }
@@ -175,7 +174,7 @@ IPCMessage& IPCMessage::operator+=(const std::vector<std::string>& texts) {
 }
 
 IPCMessage& IPCMessage::operator+=(IPCException& exception) {
-  if (!makeRoom(strlen(exception.what()) + kAround)) failField("ber_printf string");
+  if (!makeRoom(strlen(exception.what()) + kFieldOverhead)) failField("ber_printf string");
   exception.encode(m_ber);
   return *this;
 }

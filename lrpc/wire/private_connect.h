@@ -1,4 +1,4 @@
-/// A connection that belongs to the library alone. Internal.
+/// Connections for the library's own use. Internal.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 namespace vesk {
 
-/// IPCconnect, but the socket is close-on-exec from birth and its number is above 2: a program that has
-/// closed standard output must not write its output to the daemon.
+/// As IPCconnect, but the socket is always close-on-exec and its number is above 2: a program that has closed
+/// standard output must not write its output to the daemon.
 /// @throws as IPCconnect
 UniqueFd connectPrivately(const std::string& path);
 

@@ -1,4 +1,4 @@
-/// Owner of the bytes that the BER layer hands out for an OCTET STRING. Internal.
+/// Owns the bytes that the BER layer allocates for an OCTET STRING. Internal.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ class ReceivedText {
     qtr_ber_memfree(m_bytes.bv_val);
   }
 
-  /// Where the format letter "o" of qtr_ber_scanf puts the bytes.
+  /// The argument for the format letter "o" of qtr_ber_scanf.
   berval* target() { return &m_bytes; }
   char* data() { return m_bytes.bv_val; }
   size_t size() const { return m_bytes.bv_len; }
