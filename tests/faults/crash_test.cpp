@@ -3,13 +3,9 @@
 
 #include <linux/filter.h>
 #include <linux/seccomp.h>
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
-
-#include <set>
-#include <vector>
 
 #include <fokrazo/kset.h>
 #include <fokrazo/setting.h>

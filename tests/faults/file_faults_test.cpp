@@ -1,16 +1,7 @@
 // The work on files while the system fails it: only what the headers name is thrown, a file that is replaced
 // is the old one or the new one, nothing is left behind, and the same work succeeds afterwards.
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
-#include <unistd.h>
-
-#include <cstdarg>
-#include <filesystem>
-#include <fstream>
-#include <set>
-#include <vector>
 
 #include <fokrazo/file_logging.h>
 #include <fokrazo/file_util.h>

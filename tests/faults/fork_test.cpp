@@ -1,16 +1,7 @@
 // Forks of a program whose threads use the library: for the first time, all of it at once, or stuck in a log
 // that nobody reads. Every child can do the same, and none hangs.
 
-#include <sys/socket.h>
 #include <syslog.h>
-#include <unistd.h>
-
-#include <atomic>
-#include <cstring>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include <fokrazo/log.h>
 #include <fokrazo/runqueue.h>

@@ -1,14 +1,9 @@
 #include <fokrazo/osutil.h>
 
 #include <arpa/inet.h>
-#include <sched.h>
-#include <sys/socket.h>
 #include <sys/utsname.h>
 #include <utmp.h>
 #include <utmpx.h>
-
-#include <tuple>
-#include <vector>
 
 #include <fokrazo/setting.h>
 #include "host/endpoint_probe.h"

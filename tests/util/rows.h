@@ -1,6 +1,8 @@
 /// Tables of tests that are kept in text files.
 #pragma once
 
+#include <array>
+
 #include "tests/support/prelude.h"
 
 namespace testsupport {

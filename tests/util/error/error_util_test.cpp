@@ -1,7 +1,5 @@
 #include <fokrazo/error_util.h>
 
-#include <tuple>
-
 #include "tests/support/world_test.h"
 #include "util/error/throw.h"
 

@@ -2,9 +2,6 @@
 
 #include <fokrazo/file_util.h>
 
-#include <fcntl.h>
-#include <signal.h>
-
 #include <fokrazo/osport.h>
 #include <fokrazo/secure_open.h>
 #include "tests/support/workers.h"

@@ -1,10 +1,5 @@
 #include <fokrazo/path.h>
 
-#include <sys/resource.h>
-
-#include <set>
-#include <sstream>
-
 #include "tests/support/scratch_test.h"
 
 using namespace testsupport;

@@ -1,6 +1,5 @@
 #include <fokrazo/selinux_context.h>
 
-#include <sched.h>
 #include <sys/mount.h>
 
 #include <fokrazo/file_util.h>

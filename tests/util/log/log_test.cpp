@@ -4,12 +4,6 @@
 
 #include <syslog.h>
 
-#include <atomic>
-#include <cerrno>
-#include <ctime>
-#include <list>
-#include <tuple>
-
 #include <fokrazo/circular_buffer.h>
 #include <fokrazo/mutex.h>
 #include <fokrazo/thread.h>

@@ -1,11 +1,6 @@
 // Links the shared library and nothing else of the project: the numbers must still come from it.
-#include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <ctime>
-#include <thread>
-#include <vector>
+#include "tests/support/prelude.h"
 
 namespace {
 

@@ -1,7 +1,4 @@
-#include <fcntl.h>
-#include <signal.h>
 
-#include <algorithm>
 
 #include <fokrazo/osport.h>
 #include "tests/support/scratch_test.h"

@@ -2,10 +2,6 @@
 
 #include <fokrazo/runqueue.h>
 
-#include <algorithm>
-#include <limits>
-#include <stdexcept>
-
 #include <boost/make_shared.hpp>
 
 #include <fokrazo/timequeue.h>

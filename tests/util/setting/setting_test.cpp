@@ -2,12 +2,8 @@
 
 #include <fokrazo/setting.h>
 
-#include <sched.h>
 #include <sys/file.h>
 #include <sys/mount.h>
-
-#include <functional>
-#include <set>
 
 #include <fokrazo/kset.h>
 #include "tests/support/world_test.h"

@@ -1,8 +1,5 @@
 // The memory log, read the way an administrator reads it: from another process's memory. And the write cache.
 
-#include <csignal>
-#include <cstdarg>
-
 #include <fokrazo/circular_buffer.h>
 #include <fokrazo/log.h>
 #include <fokrazo/log_cache.h>

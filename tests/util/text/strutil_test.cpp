@@ -1,13 +1,5 @@
 #include <fokrazo/strutil.h>
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cstdlib>
-#include <ctime>
-#include <memory>
-#include <stdexcept>
-
 #include <fokrazo/byteorder.h>
 #include <fokrazo/sysrights.h>
 

@@ -1,7 +1,5 @@
 #include "util/thread/calendar.h"
 
-#include <tuple>
-
 #include "tests/support/scratch_test.h"
 #include "tests/support/workers.h"
 

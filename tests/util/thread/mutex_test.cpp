@@ -1,9 +1,5 @@
 #include <fokrazo/mutex.h>
 
-#include <limits>
-#include <stdexcept>
-#include <thread>
-
 #include "tests/support/thrown.h"
 #include "tests/support/workers.h"
 

@@ -1,10 +1,5 @@
 #include <fokrazo/thread.h>
 
-#include <signal.h>
-#include <sys/time.h>
-
-#include <cerrno>
-
 #include <fokrazo/error_util.h>
 #include "tests/support/syslog_socket.h"
 #include "tests/support/workers.h"
