@@ -5,9 +5,12 @@
 #include <utmp.h>
 #include <utmpx.h>
 
+#include <regex>
+
 #include <fokrazo/setting.h>
 #include "host/endpoint_probe.h"
 #include "tests/support/world_test.h"
+#include "tests/util/rows.h"
 #include "util/file/unique_fd.h"
 
 using namespace testsupport;
@@ -37,6 +40,8 @@ namespace {
 
 using Names = std::list<std::string>;
 
+const std::string kLongName(32, 'n');
+
 class OsUtilTest : public WorldTest {
  protected:
   void SetUp() override {
@@ -49,10 +54,9 @@ class OsUtilTest : public WorldTest {
   }
 
   static void clearReleaseFiles() {
-    for (const auto& entry :
-         std::vector<std::filesystem::path>(std::filesystem::directory_iterator("/etc"), {}))
-      if (entry.filename().string().find("release") != std::string::npos ||
-          entry.filename().string().find("version") != std::string::npos)
+    const std::filesystem::directory_iterator etc("/etc");
+    for (const std::filesystem::path& entry : std::vector<std::filesystem::path>(etc, {}))
+      if (std::regex_search(entry.filename().string(), std::regex("release|version")))
         std::filesystem::remove_all(entry);
     put("/etc/os-release", "# or that of the machine in /usr/lib counts\n");
   }
@@ -66,86 +70,54 @@ class OsUtilTest : public WorldTest {
   }
 };
 
-// What lsb_release prints, a file in /etc and its content; the system and its version, null for the kernel's.
-const char* const kReleases[][5] = {
-    {"", "os-release",
-     "# c\nNAME=\"Debian GNU/Linux\"\n VERSION_ID='12' \nVERSION_CODENAME=bookworm\nNAMES=x\n", "Debian",
-     "12 (bookworm)"},
-    {"", "os-release", "NAME=\"A \\\"\\$b\\\" c\"d\nVERSION_ID=9\\1", "A \"$b\" c", "9\\1"},
-    {"Distributor ID:\tArch\nRelease:\trolling\n", "os-release", "NAME=\"Arch Linux\"\n", "Arch", "rolling"},
-    {"", "os-release", "NAME=\nVERSION_ID=\nVERSION_CODENAME=x", nullptr, nullptr},
-    {"", "mandrake-release", "Mandrake Linux release 10.1 for i586\n", "Mandrake Linux", "10.1 for i586"},
-    {"", "SuSE-release", "SUSE Linux Server 11\nVERSION = 11\nPATCHLEVEL = 4\n", "SuSE Linux", "11"},
-    {"", "SuSE-release", "openSUSE release 9 (i586)\nVERSION = 1\n", "openSUSE", "9 (i586)"},
-    {"", "SuSE-release", "SUSE Linux\nVERSION\nVERSION = 2\n", "SuSE Linux", nullptr},
-    {"", "UnitedLinux-release", "UnitedLinux 1.0 (i586)\nVERSION=1.0", "SuSE Linux", "1.0"},
-    {"", "gentoo-release", "Gentoo Base System version 1.12.9\n", "Gentoo Base System", "1.12.9"},
-    {"", "slackware-version", "Slackware 15.0\n", "Slackware", "15.0"},
-    {"", "debian_version", "12.4\n", "Debian", "12.4"},
-    {"", "release", "                   Oracle Solaris 11.4 X86\n", "Solaris", "11.4"},
-    {"Distributor ID:\tUbuntu\nRelease:\t22.04\nCodename:\tjammy\n", "debian_version", "bookworm/sid\n",
-     "Ubuntu", "22.04 (jammy)"},
-    {"No LSB modules are available.\nRelease:\t9\n", "debian_version", "9.1\n", "Debian", "9.1"},
-    {"", "lsb-release", "DISTRIB_RELEASE=22.04 release 1\n", nullptr, nullptr},
-    {"", "alpine-release", "3.19.0\n", nullptr, nullptr},
-    {"", "arch-release", "", nullptr, nullptr},
-    {"", "x-release", "release 5\n", nullptr, "5"},
-};
-
 TEST_F(OsUtilTest, KnowsTheDistributions) {
   utsname kernel;
   ASSERT_EQ(uname(&kernel), 0);
-  for (const auto& [command, file, content, system, release] : kReleases) {
+  for (const auto& [command, file, content, system, release] : rowsOf<5>("host/releases.txt", "releases")) {
     clearReleaseFiles();
     installCommand(command);
-    put(std::string("/etc/") + file, content);
+    put("/etc/" + file, content);
     std::string os = "old", version = "old";
     OSVersion(os, version);
-    EXPECT_EQ(os, system ? system : kernel.sysname) << content;
-    EXPECT_EQ(version, release ? release : kernel.release) << content;
+    EXPECT_EQ(os, system != "-" ? system : kernel.sysname) << content;
+    EXPECT_EQ(version, release != "-" ? release : kernel.release) << content;
   }
 }
 
 TEST_F(OsUtilTest, PassesOverWhatIsNoFileAndThrowsForLinesTooShort) {
-  put(in("target"), "Linked release 1\n");
+  put(in("target"), "NAME=Planted\nVERSION_ID=1\n");
   ASSERT_EQ(symlink(in("target").c_str(), "/etc/linked-release"), 0);
   ASSERT_EQ(mkdir("/etc/dir-release", 0755) + mkfifo("/etc/pipe-release", 0600), 0);
   std::string os = "untouched", version = os;
   EXPECT_FALSE(linuxDistro(os, version));
   EXPECT_EQ(os + version, "untoucheduntouched");
   EXPECT_TRUE(isLogged("linuxDistroBySearch: OS and version not found"));
-  const std::pair<const char*, const char*> files[] = {
+  ASSERT_EQ(unlink("/etc/os-release") + symlink(in("target").c_str(), "/etc/os-release"), 0);
+  OSVersion(os, version);
+  EXPECT_NE(os, "Planted");
+  const std::pair<std::string, const char*> files[] = {
       {"x-release", "Some release"}, {"gentoo-release", "Gentoo"}, {"slackware-version", "Slack"}};
-  for (const auto& file : files) {
+  for (const auto& [name, content] : files) {
     clearReleaseFiles();
-    put(std::string("/etc/") + file.first, file.second);
-    EXPECT_THROW(OSVersion(os, version), std::out_of_range) << file.first;
+    put("/etc/" + name, content);
+    EXPECT_THROW(OSVersion(os, version), std::out_of_range) << name;
   }
   installCommand("Distributor ID:\tX\nRelease:");
   EXPECT_THROW(OSVersion(os, version), std::out_of_range);
-  put(in("planted"), "NAME=Planted\nVERSION_ID=1\n");
-  ASSERT_EQ(unlink("/etc/os-release") + symlink(in("planted").c_str(), "/etc/os-release"), 0);
-  installCommand("");
-  OSVersion(os, version);
-  EXPECT_NE(os, "Planted");
 }
 
-/// Writes login records: type, user, line. A name may fill its field.
+/// Writes login records. A name may fill its field.
 void writeRecords(const std::string& path) {
   const std::tuple<short, std::string, const char*> rows[] = {
-      {USER_PROCESS, "", "pts/9"},
-      {BOOT_TIME, "reboot", "~"},
-      {USER_PROCESS, "bob", "pts/0"},
-      {USER_PROCESS, "alice", "console"},
-      {USER_PROCESS, std::string(32, 'n'), "pts/1"},
-      {USER_PROCESS, "alice", "pts/3"},
-  };
+      {USER_PROCESS, "", "pts/9"},        {BOOT_TIME, "reboot", "~"},
+      {USER_PROCESS, "bob", "pts/0"},     {USER_PROCESS, "alice", "console"},
+      {USER_PROCESS, kLongName, "pts/1"}, {USER_PROCESS, "alice", "pts/3"}};
   std::ofstream file(path, std::ios::binary);
   for (const auto& [type, user, line] : rows) {
     utmpx record = {};
     record.ut_type = type;
     record.ut_tv.tv_sec = 1000;
-    memcpy(record.ut_user, user.data(), user.size());
+    user.copy(record.ut_user, sizeof record.ut_user);
     strcpy(record.ut_line, line);
     file.write(reinterpret_cast<const char*>(&record), sizeof record);
   }
@@ -155,9 +127,8 @@ TEST_F(OsUtilTest, CountsWhoIsLoggedInAndTheOlderInterfaceShowsEveryNameAsAUsers
   writeRecords("/var/run/utmp");
   checkInChild([] {
     const long descriptors = openDescriptors();
-    const std::string longName(32, 'n');
-    EXPECT_EQ(currentUsers(false), (Names{"bob", "alice", longName, "alice"}));
-    EXPECT_EQ(currentUsers(true), (Names{"alice", "bob", longName}));
+    EXPECT_EQ(currentUsers(false), (Names{"bob", "alice", kLongName, "alice"}));
+    EXPECT_EQ(currentUsers(true), (Names{"alice", "bob", kLongName}));
     EXPECT_EQ(CurrentLogons("alice"), 2);
     EXPECT_EQ(currentUsers(2).size(), 4u);
     installCommand("Distributor ID:\tMac OS X\nRelease:\t10.4.11\n");
