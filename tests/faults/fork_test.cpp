@@ -23,6 +23,8 @@ extern "C" const char* __tsan_default_options() {
   return "report_thread_leaks=0";
 }
 
+extern "C" const char* __progname;
+
 namespace {
 
 constexpr int kForks = 40;
@@ -158,6 +160,20 @@ TEST_F(ForkTest, AHolderMayFork) {
   });
 }
 
+TEST_F(ForkTest, AChildLoadsAgainWhatAnotherThreadWasChanging) {
+  Properties& properties = *Props(false, false);
+  put(paths::kConfigFile, "fork.key: new\n");
+  Gate held, over;
+  Worker changing([&] {
+    Lock lock(properties.mutex);
+    held.open();
+    over.wait();
+  });
+  held.wait();
+  checkInChild([] { expect(Props(false, false)->getString("fork.key"), "new"); });
+  over.open();
+}
+
 // The kernel takes some lines, and then the thread that logs waits, with the C library's lock on syslog. The
 // fork does not wait for it. The child must not use that lock, but its line arrives.
 TEST_F(ForkTest, AStalledSyslogHoldsUpNoForkAndNoChild) {
@@ -178,6 +194,7 @@ TEST_F(ForkTest, AStalledSyslogHoldsUpNoForkAndNoChild) {
   if (child == 0) {
     alarm(kPatience);
     logLine();  // nobody reads: lost
+    __progname = "fork\ntest";
     const bool goesOn = write(ends[0], "x", 1) == 1 && read(ends[0], &byte, 1) == 1;
     _exit(goesOn ? (logLine(), 0) : 1);
   }
@@ -193,7 +210,7 @@ TEST_F(ForkTest, AStalledSyslogHoldsUpNoForkAndNoChild) {
   ASSERT_EQ(lines.size(), 1u);
   const std::string number = std::to_string(child);
   EXPECT_EQ(lines[0].text, "INFO  fork.test a line of " + number);
-  EXPECT_EQ(lines[0].sender, "fork_test[" + number + "]");
+  EXPECT_EQ(lines[0].sender, "fork\\x0atest[" + number + "]");
   EXPECT_EQ(lines[0].priority, LOG_AUTH | LOG_INFO);
   for (const int end : ends) close(end);
   alarm(0);

@@ -3,6 +3,17 @@
 #include "tests/support/scratch_test.h"
 
 using namespace testsupport;
+
+// Linked in the place of the C library's (-Wl,--wrap).
+namespace {
+std::function<void()> gBeforeUnlink;  // runs once
+}
+extern "C" int __real_unlinkat(int directory, const char* name, int flags);
+extern "C" int __wrap_unlinkat(int directory, const char* name, int flags) {
+  if (gBeforeUnlink) std::exchange(gBeforeUnlink, nullptr)();
+  return __real_unlinkat(directory, name, flags);
+}
+
 using vesk::directory_iterator;
 using vesk::Path;
 
@@ -42,7 +53,7 @@ TEST_F(PathTest, ParsesPrintsAndJoins) {
   EXPECT_EQ(Path("") / "b/", Path("b/"));
   EXPECT_FAILURE("BadDataException|Attempt to append root path", Path("a") / "/");
   EXPECT_TRUE(Path("a") < Path("a/b") && Path("a/b") < Path("b") && !(Path("a/b") < Path("a\\b")));
-  EXPECT_NE(Path("a/b"), Path("a/c"));
+  for (const char* other : {"a/c", "/a/b", "c/b", "b"}) EXPECT_NE(Path("a/b"), Path(other));
 }
 
 TEST_F(PathTest, FailuresHaveTheirClassesAndTexts) {
@@ -117,6 +128,17 @@ TEST_F(PathTest, RemovalNeverFollowsLinks) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_dir), {}), 1) << "outside alone is left";
   EXPECT_EQ(get(in("outside/file")), "stays");
   EXPECT_TRUE(Path::exists(in("outside/keep")));
+}
+
+// A directory that is moved away while it is emptied takes the removal nowhere else.
+TEST_F(PathTest, RemovalStopsWhenItsDirectoryIsMoved) {
+  Path::createDirectories(in("tree/sub"), 0755);
+  Path::createDirectories(in("other"), 0755);
+  put(in("tree/sub/file"), "x");
+  gBeforeUnlink = [this] { ASSERT_EQ(rename(in("tree/sub").c_str(), in("other/sub").c_str()), 0); };
+  EXPECT_FAILURE("IOException|Cannot remove directory " + in("tree/sub: Stale file handle"),
+                 Path::remove(in("tree"), true));
+  EXPECT_TRUE(Path::exists(in("other/sub")) && Path::exists(in("tree")));
 }
 
 // Longer than the system takes in one call, and deeper than this process may have descriptors.

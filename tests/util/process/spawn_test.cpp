@@ -118,6 +118,22 @@ TEST_F(SpawnTest, EveryWayOfClosingKeepsWhatItShould) {
     });
 }
 
+TEST_F(SpawnTest, AStoppedChildIsWaitedFor) {
+  siginfo_t child;
+  int pauses = 0;
+  const RecordedPauses steps([&](long) {
+    if (++pauses == 1) {
+      answer();
+      waitid(P_ALL, 0, &child, WSTOPPED | WNOWAIT);
+    } else {
+      ::kill(child.si_pid, SIGCONT);
+      awaitZombie();
+    }
+  });
+  EXPECT_EQ(WEXITSTATUS(run("read line; kill -STOP $$; exit 7", {input[0], null, null}, kWait, 1000)), 7);
+  EXPECT_EQ(pauses, 2);
+}
+
 TEST_F(SpawnTest, EnvironmentCallbackAndStatus) {
   const RecordedPauses pauses([](long) { awaitZombie(); });
   setenv("SPAWN_TEST_MARK", "set", 1);

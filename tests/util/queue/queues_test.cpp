@@ -92,29 +92,24 @@ TEST(RunQueueTest, RegistryKeepsOneQueueToAName) {
   EXPECT_EQ(RunQueue::getRunQueue("other", false, 1), nullptr);
 }
 
-TEST(RunQueueTest, PostersSlowDownFromHalfFullOn) {
-  for (const auto& [maxSize, posts, expected] :
-       {std::tuple(10, 7, 3), std::tuple(1, 1, 1), std::tuple(0, 50, 0)}) {
-    RunQueue queue("limited", maxSize, false);
-    RecordedPauses pauses;
-    fill(queue, posts);
-    EXPECT_EQ(pauses.taken(), std::vector<long>(expected, 10)) << maxSize;
-  }
-}
-
-TEST(RunQueueTest, APosterAtAFullQueueGivesUpAfterABoundedTime) {
-  std::vector<long> expected(6, 10);  // from half full on, then the last one's wait
-  for (long pause = 0; pause < 1000; pause += 10) expected.push_back(pause);
-  for (const bool isLogQueue : {false, true}) {
-    RunQueue queue("limited", 10, isLogQueue);
-    RecordedPauses pauses;
-    const auto overfill = [&] { fill(queue, 11); };
-    if (isLogQueue)
-      EXPECT_THROW(overfill(), std::out_of_range);
-    else
-      EXPECT_EQ(testsupport::thrownBy(overfill), "BufferFullException -1 runqueue full 10");
-    EXPECT_EQ(pauses.taken(), expected);
-  }
+TEST(RunQueueTest, PostersSlowDownFromHalfFullOnAndGiveUpAtAFullQueueAfterABoundedTime) {
+  const std::tuple<int, int, int> rows[] = {{10, 7, 3}, {1, 1, 1}, {0, 50, 0}, {10, 11, 106}};
+  for (const bool isLogQueue : {false, true})
+    for (const auto& [maxSize, posts, expected] : rows) {
+      RunQueue queue("limited", maxSize, isLogQueue);
+      RecordedPauses pauses;
+      const auto postAll = [&] { fill(queue, posts); };
+      if (maxSize == 0 || posts <= maxSize)
+        postAll();
+      else if (isLogQueue)
+        EXPECT_THROW(postAll(), std::out_of_range);
+      else
+        EXPECT_EQ(testsupport::thrownBy(postAll), "BufferFullException -1 runqueue full 10");
+      std::vector<long> wanted(std::min(expected, 6),
+                               10);  // at the full queue: 0, 10, 20 ... in its last wait
+      for (int i = 6; i < expected; ++i) wanted.push_back(10 * (i - 6));
+      EXPECT_EQ(pauses.taken(), wanted) << maxSize;
+    }
 }
 
 TEST(RunQueueTest, CongestionEndsWhenAThirdIsLeft) {
@@ -132,7 +127,7 @@ TEST(RunQueueTest, CongestionEndsWhenAThirdIsLeft) {
   EXPECT_EQ(pauses.taken(), (std::vector<long>{0, 10, 20}));
 }
 
-TEST(RunQueueThreads, TheRunnerPostsPastTheLimitAndIsNeverHeldUp) {
+TEST(RunQueueThreads, ARunnerPostsPastTheLimitWithoutAWait) {
   RunQueue queue("limited", 2, false);
   RecordedPauses pauses;
   Gate left, done;
@@ -144,8 +139,8 @@ TEST(RunQueueThreads, TheRunnerPostsPastTheLimitAndIsNeverHeldUp) {
   EXPECT_EQ(pauses.taken().size(), 1u) << "the first poster's own";
   queue.interrupt();
   runner.reset();
-  fill(queue, 1);  // by a thread that is no runner
-  EXPECT_EQ(pauses.taken().size(), 2u);
+  fill(queue, 1);
+  EXPECT_EQ(pauses.taken().size(), 2u) << "by a thread that is no runner";
 }
 
 TEST(RunQueueThreads, TheFirstRunnerIsRememberedUntilAnotherOneServesInItsPlace) {
@@ -155,7 +150,6 @@ TEST(RunQueueThreads, TheFirstRunnerIsRememberedUntilAnotherOneServesInItsPlace)
   Worker early([&] {
     queue.runQueue(-1);
     fill(queue, 20);  // only this thread could make room
-    EXPECT_EQ(pauses.taken().size(), 0u);
     first.open();
     second.wait();
     fill(queue, 1);
@@ -230,13 +224,14 @@ TEST(RunQueueThreads, ShutdownRunsWhatIsLeftAndRefusesTheRest) {
 
 /// Several posters and runners on one small queue: each item runs exactly once, each interrupt sends one
 /// runner away.
-TEST(RunQueueThreads, SoakLosesAndDoublesNothing) {
+// Several posters and runners on one small queue; each interrupt sends one runner away.
+TEST(RunQueueThreads, EachItemRunsExactlyOnce) {
   constexpr std::size_t items = 5'000;  // of each poster
   RunQueue queue("soak", 64, false);
   RecordedPauses pauses([](long) { sched_yield(); });
   std::vector<std::atomic<int>> runs(4 * items);
   Gate left;
-  std::vector<std::unique_ptr<Worker>> runners, posters;
+  std::list<std::unique_ptr<Worker>> runners, posters;
   for (int i = 0; i < 3; ++i) runners.push_back(runnerOf(queue, left));
   for (auto first = runs.begin(); first != runs.end(); first += items)
     posters.push_back(std::make_unique<Worker>([&, first] {
@@ -253,7 +248,7 @@ TEST(RunQueueThreads, SoakLosesAndDoublesNothing) {
   }
   runners.clear();
   queue.runQueue(-1);
-  EXPECT_TRUE(std::all_of(runs.begin(), runs.end(), [](const auto& count) { return count == 1; }));
+  EXPECT_EQ(std::count(runs.begin(), runs.end(), 1), 4 * items);
 }
 
 namespace {
@@ -291,16 +286,12 @@ class TimeQueueTest : public testing::Test {
 };
 
 TEST_F(TimeQueueTest, RunsWhatIsDueInOrderOfTimeThenOfPosting) {
-  schedule(queue, 2000, c);
-  schedule(queue, 1000, a);
-  schedule(queue, 2000, a);
-  schedule(queue, 1000, b);
-  schedule(queue, std::numeric_limits<long>::max(), a);
+  const std::pair<long, Event*> events[] = {{2000, &c}, {1000, &a}, {2000, &a}, {1000, &b}, {LONG_MAX, &a}};
+  for (const auto& [delay, event] : events) schedule(queue, delay, *event);
   EXPECT_EQ(runAt(0), "");
   EXPECT_EQ(runAt(1500), "ab");
   EXPECT_EQ(runAt(3000), "ca") << "no limit holds, whatever was passed";
-  schedule(queue, 0, a);
-  schedule(queue, 0, b);
+  for (Event* event : {&a, &b}) schedule(queue, 0, *event);
   queue.runQueue(0);
   EXPECT_EQ(ran, "a") << "the time was over when it had run";
   queue.interrupt();

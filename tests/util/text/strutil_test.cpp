@@ -2,6 +2,7 @@
 
 #include <fokrazo/byteorder.h>
 #include <fokrazo/sysrights.h>
+#include "util/text/base64.h"
 
 // As in a locale of ISO 8859-1.
 extern "C" int isprint(int c) noexcept {
@@ -165,6 +166,18 @@ TEST(StrUtil, SafeStrings) {
   EXPECT_EQ(SafeStrnCmp(nullptr, nullptr, 1), 0);
   EXPECT_EQ(SafeStrnCmp(nullptr, "a", 1), -1);
   EXPECT_EQ(SafeStrnCmp("a", nullptr, 1), 1);
+}
+
+TEST(Base64, OnlyTheCanonicalFormIsDecoded) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"", ""},      {"QQ==", "A"}, {"QUI=", "AB"},   {"+/+/", "\xfb\xff\xbf"},
+      {"QR==", "-"}, {"QUJ=", "-"}, {"QUJD", "ABC"},  {"QQ=", "-"},
+      {"Q===", "-"}, {"Q Q=", "-"}, {"QUJDRA==", "-"}};
+  for (const auto& [text, decoded] : rows) {
+    unsigned char bytes[3];
+    const ssize_t size = vesk::decodeBase64(text, bytes, sizeof bytes);
+    EXPECT_EQ(size < 0 ? "-" : std::string(bytes, bytes + size), decoded) << text;
+  }
 }
 
 TEST(ByteOrder, EachWidthAtAnyAddress) {
