@@ -1,15 +1,6 @@
 #include "daemon/event_loop.h"
 
-#include <fcntl.h>
 #include <sys/eventfd.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-
-#include <csignal>
-#include <string>
-#include <thread>
-
-#include <gtest/gtest.h>
 
 #include "daemon/signals.h"
 #include "daemon/standard_streams.h"

@@ -1,14 +1,6 @@
 #include "daemon/listening_socket.h"
 
-#include <fcntl.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-
-#include <filesystem>
-#include <fstream>
 #include <optional>
-
-#include <gtest/gtest.h>
 
 #include "tests/support/standin_process.h"
 

@@ -3,19 +3,8 @@
 
 #include "daemon/server.h"
 
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-
-#include <atomic>
-#include <filesystem>
 #include <future>
 #include <optional>
-#include <stdexcept>
-#include <thread>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include <fokrazo/adserializer.h>
 #include "tests/support/standin_process.h"

@@ -1,14 +1,6 @@
 /// Every way in which one call of the system can fail, and the search for the call at which it does.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <new>
-#include <string>
-#include <thread>
-
 #include "tests/support/faults.h"
 #include "tests/support/thrown.h"
 

@@ -4,19 +4,6 @@
 
 #include <sys/mman.h>
 #include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <atomic>
-#include <chrono>
-#include <csignal>
-#include <cstdlib>
-#include <fstream>
-#include <new>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
 
 #include <fokrazo/error_util.h>
 #include <fokrazo/session.h>

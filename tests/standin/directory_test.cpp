@@ -1,11 +1,5 @@
 #include "standin/directory.h"
 
-#include <fstream>
-#include <set>
-#include <sstream>
-
-#include <gtest/gtest.h>
-
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/attrnames.h>

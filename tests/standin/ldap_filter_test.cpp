@@ -1,7 +1,5 @@
 #include "standin/ldap_filter.h"
 
-#include <gtest/gtest.h>
-
 #include "standin/entry.h"
 #include "standin/error.h"
 

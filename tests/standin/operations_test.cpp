@@ -1,17 +1,10 @@
 // Operations of a session against a whole stand-in: what each comes to, and what connections of every kind do
 // to it.
 
-#include <unistd.h>
-
-#include <filesystem>
-#include <functional>
-
-#include <gtest/gtest.h>
-
+#include "tests/support/operations.h"
 #include <fokrazo/attrnames.h>
 #include <fokrazo/session.h>
 #include <fokrazo/shredder.h>
-#include "tests/support/operations.h"
 #include "tests/support/out_arguments.h"
 #include "tests/support/outcome_text.h"
 #include "tests/support/standin_process.h"

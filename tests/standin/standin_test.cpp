@@ -1,23 +1,6 @@
 // The stand-in as a program, driven by client sessions and by misbehaving clients.
 
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/resource.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <csignal>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <set>
-#include <sstream>
-
-#include <gtest/gtest.h>
 
 #include <fokrazo/attrnames.h>
 #include <fokrazo/guid.h>

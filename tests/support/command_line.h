@@ -1,11 +1,6 @@
 /// Runs a program of this project from a shell's command line.
 #pragma once
 
-#include <sys/wait.h>
-
-#include <cstdio>
-#include <string>
-
 namespace testsupport {
 
 struct Ran {

@@ -2,21 +2,9 @@
 
 #include <dirent.h>
 #include <lber.h>
-#include <poll.h>
 #include <sys/file.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/statvfs.h>
-#include <sys/time.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <zlib.h>
-
-#include <cerrno>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <new>
 
 namespace {
 

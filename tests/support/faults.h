@@ -2,8 +2,7 @@
 /// through here.
 #pragma once
 
-#include <atomic>
-#include <string>
+#include "tests/support/prelude.h"
 
 namespace testsupport {
 

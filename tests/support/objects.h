@@ -1,10 +1,6 @@
 /// Directory objects in a readable notation.
 #pragma once
 
-#include <algorithm>
-#include <sstream>
-#include <string>
-
 #include <fokrazo/adobject.h>
 
 namespace testsupport {

@@ -2,20 +2,8 @@
 /// not change the umask; and children that run as another user.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-
 #include <fokrazo/error_util.h>
+#include "tests/support/prelude.h"
 
 namespace testsupport {
 

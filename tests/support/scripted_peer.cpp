@@ -1,21 +1,8 @@
 #include "tests/support/scripted_peer.h"
 
-#include <fcntl.h>
 #include <linux/sockios.h>
-#include <poll.h>
-#include <sched.h>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-
-#include <cerrno>
-#include <chrono>
-#include <cstdint>
-#include <cstdio>
-#include <cstring>
-#include <stdexcept>
-#include <utility>
 
 #include <fokrazo/strutil.h>
 #include "tests/support/wire.h"

@@ -1,15 +1,9 @@
 /// A daemon for tests that follows a script, byte by byte.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <condition_variable>
 #include <deque>
-#include <functional>
-#include <mutex>
-#include <string>
-#include <thread>
 
+#include "tests/support/prelude.h"
 #include "util/file/unique_fd.h"
 
 namespace testsupport {

@@ -1,8 +1,6 @@
 /// A fixture with a session, and a scripted daemon at its other end.
 #pragma once
 
-#include <memory>
-
 #include <fokrazo/session.h>
 #include "tests/support/scripted_peer.h"
 #include "tests/support/thrown.h"

@@ -1,8 +1,7 @@
 /// The stand-in as a child process of a test.
 #pragma once
 
-#include <string>
-#include <vector>
+#include "tests/support/prelude.h"
 
 /// A directory for sockets and files that lasts as long as this object.
 class ScratchDirectory {

@@ -2,17 +2,6 @@
 // logging never waits. Also: how a test configures the library and reads a log file.
 #pragma once
 
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <string>
-#include <thread>
-#include <vector>
-
 #include <fokrazo/properties.h>
 #include "tests/support/private_world.h"
 

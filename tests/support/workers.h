@@ -2,15 +2,6 @@
 /// pauses.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <condition_variable>
-#include <functional>
-#include <memory>
-#include <mutex>
-#include <utility>
-#include <vector>
-
 #include <fokrazo/thread.h>
 #include "util/thread/clock.h"
 #include "util/thread/pause.h"

@@ -1,9 +1,6 @@
 /// A fixture for tests in the private world: an empty data directory, and the log in a file.
 #pragma once
 
-#include <filesystem>
-#include <string>
-
 #include <fokrazo/fixed_paths.h>
 #include <fokrazo/properties.h>
 #include "tests/support/private_world.h"

@@ -1,11 +1,5 @@
 #include <fokrazo/adobject.h>
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <sstream>
-
 #include <fokrazo/adserializer.h>
 #include <fokrazo/attrnames.h>
 #include <fokrazo/fixed_paths.h>

@@ -3,14 +3,6 @@
 
 #include <fokrazo/adserializer.h>
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <new>
-#include <sstream>
-
 #include <fokrazo/adobject.h>
 #include <fokrazo/stringdict.h>
 #include "fuzz/fuzz_input.h"

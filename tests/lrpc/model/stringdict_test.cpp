@@ -1,9 +1,5 @@
 #include <fokrazo/stringdict.h>
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-
 #include <fokrazo/adserializer.h>
 #include <fokrazo/attrnames.h>
 #include "tests/support/thrown.h"

@@ -1,9 +1,5 @@
 #include <fokrazo/unixviews.h>
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-
 #include "tests/support/objects.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"

@@ -1,7 +1,5 @@
 // What a session makes in a program that has no threads of its own.
 
-#include <pthread.h>
-
 #include "tests/support/session_test.h"
 
 using namespace testsupport;

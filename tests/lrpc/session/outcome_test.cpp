@@ -3,17 +3,7 @@
 
 #include <fokrazo/outcome.h>
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
 #include <regex>
-#include <set>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include <fokrazo/error_util.h>
 #include <fokrazo/ipc_exception.h>

@@ -1,21 +1,7 @@
 // What a secret leaves behind: nothing in the memory of the process once its owner has wiped it, and nothing
 // in any log.
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/mman.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cstdint>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
-#include <memory>
-#include <new>
-#include <string>
 
 #include <fokrazo/circular_buffer.h>
 #include <fokrazo/ipcmessage.h>

@@ -1,9 +1,6 @@
 // Every operation of the session: the bytes that it sends, whether they are sent again when the connection is
 // lost, and what each answer comes to.
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <fokrazo/adserializer.h>
 #include <fokrazo/attrnames.h>
 #include <fokrazo/fixed_paths.h>

@@ -2,15 +2,7 @@
 
 #include <fokrazo/session.h>
 
-#include <fcntl.h>
-#include <pthread.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <ctime>
 #include <future>
-#include <thread>
 
 #include <fokrazo/file_util.h>
 #include <fokrazo/ipcmessage.h>

@@ -1,11 +1,7 @@
 // How much stack the first lookups of a process take, one that fails and one that succeeds, with the
 // configuration read and the log opened on the way. Host programs have threads with stacks of 16 kB.
 
-#include <pthread.h>
 #include <sys/mman.h>
-
-#include <algorithm>
-#include <cstring>
 
 #include <fokrazo/session.h>
 #include <fokrazo/unixviews.h>

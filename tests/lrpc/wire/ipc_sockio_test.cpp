@@ -2,18 +2,6 @@
 
 #include <fokrazo/ipc_sockio.h>
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <chrono>
-#include <cstring>
-#include <memory>
-#include <vector>
-
 #include "tests/support/scripted_peer.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"

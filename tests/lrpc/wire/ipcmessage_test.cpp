@@ -2,17 +2,6 @@
 
 #include <fokrazo/ipcmessage.h>
 
-#include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <climits>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/attrnames.h>
