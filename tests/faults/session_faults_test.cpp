@@ -30,7 +30,7 @@ class SessionFaultsTest : public WorldTest {
   // Gives the number of failures. `prepare` is called before each time that the operation is made.
   template <class Prepare>
   unsigned failEachCallOf(const Operation& operation, LocalRpcSession& session, Prepare prepare) {
-    SCOPED_TRACE(operation.call);
+    SCOPED_TRACE(operation.name);
     unsigned failures = 0;
     for (const FaultPlan& plan : kFaultPlans) {
       std::string outcome;
@@ -94,13 +94,11 @@ TEST_F(SessionFaultsTest, EachCallOfEachOperationFails) {
 
 // With a stand-in that knows nobody: it is started again for each failure.
 TEST_F(SessionFaultsTest, EachCallOfStopFails) {
-  const Operation stop = {"stop", [](LocalRpcSession& session) { return thrownBy([&] { session.stop(); }); },
-                          "nothing"};
   put(in("nobody.ldif"), "");
   StandinProcess standin({}, in("nobody.ldif"));
   LocalRpcSession session(standin.socket(), false, true);
   m_descriptors = openDescriptors();
-  const unsigned failures = failEachCallOf(stop, session, [&] {
+  const unsigned failures = failEachCallOf(stopOperation(), session, [&] {
     standin.restart({});
     session.dropConnection();
   });
@@ -114,7 +112,7 @@ TEST_F(SessionFaultsTest, ASignalInterruptsEverything) {
     const Interruptions interruptions;
     for (int round = 0; round < 8 || Interruptions::count() < before + 100; ++round)
       for (const Operation& operation : operations()) {
-        EXPECT_EQ(operation.make(*m_session), operation.outcome) << operation.call;
+        EXPECT_EQ(operation.make(*m_session), operation.outcome) << operation.name;
         if (round % 4 == 0) m_session->dropConnection();
       }
   }

@@ -87,7 +87,7 @@ class LoadTest : public WorldTest {
         pause::forMilliseconds(kPauseAfterFailure);
       } else {
         ++m_totals->wrong;
-        fprintf(stderr, "%s: %s\n", operation.call, outcome.c_str());
+        fprintf(stderr, "%s: %s\n", operation.name, outcome.c_str());
       }
     }
   }

@@ -1,13 +1,12 @@
-/// Every operation of a session, against a stand-in with the sample directory. Each has the same outcome
-/// however often it is repeated, and whatever other clients do at the same time.
+/// The operations of a session: for each the bytes that it sends, the replies to that and what each comes to,
+/// and what it comes to with a stand-in that serves the sample directory.
 #pragma once
 
 #include <string>
 #include <vector>
 
-namespace vesk {
-class LocalRpcSession;
-}
+#include <fokrazo/shredder.h>
+#include "tests/support/outcome_text.h"
 
 namespace testsupport {
 
@@ -18,18 +17,64 @@ enum class Sent {
   InParts,  ///< it is several exchanges that belong to one connection
 };
 
+/// The passwords and tokens of an operation.
+struct Secrets {
+  vesk::Shredder first, second;
+};
+/// Those of the sample: the user's and the administrator's.
+const Secrets& samplePasswords();
+
+/// A reply, and what the operation then returns or throws, followed by its out arguments.
+struct Answer {
+  std::string message;
+  std::string outcome;
+  std::string logged{};
+};
+using Answers = std::vector<Answer>;
+
 struct Operation {
-  const char* call;
-  /// What it returns or throws and its out arguments, as one line (see tests/support/outcome_text.h).
-  std::string (*make)(vesk::LocalRpcSession& session);
-  const char* outcome;
+  const char* name;
+  std::string (*function)(vesk::LocalRpcSession& session, const Secrets& secrets);
+  /// With the sample directory, however often it is repeated and whatever other clients do at the same time.
+  /// Empty if the stand-in is not asked.
+  std::string outcome;
   Sent sent = Sent::Again;
+  std::string (*request)(const Secrets& secrets) = nullptr;  ///< null if there are several
+  Answers answers{};                                         ///< the first is that of success
+  std::string untouched{};                                   ///< the out arguments where no answer came
+  std::string logged{};
+
+  std::string make(vesk::LocalRpcSession& session, const Secrets& secrets = samplePasswords()) const {
+    return function(session, secrets);
+  }
 };
 
-/// All but stop, which ends the daemon.
+/// Begin an operation: an expression, or a member function of `session`. The secrets are `p`.
+#define ASK(...) \
+#__VA_ARGS__, [](vesk::LocalRpcSession & session, [[maybe_unused]] const Secrets& p) { return __VA_ARGS__; }
+#define CALL(...) ASK(outcomeOf([&] { return session.__VA_ARGS__; }))
+
+/// Those that the stand-in is asked for, without stop, which ends it.
 const std::vector<Operation>& operations();
+/// Those of one exchange.
+const std::vector<Operation>& exchanges();
+const Operation& stopOperation();
 
 /// Whether an outcome means that the exchange failed: here, on the way or in the daemon.
 bool isFailure(const Operation& operation, const std::string& outcome);
+
+/// A lookup's fields: the object's type, scope, kind of key, whether to ask the directory first and
+/// memberships, as hexadecimal digits, and then its key.
+std::string lookupFields(const std::string& header, const std::string& key);
+
+// Operations with out arguments. An untouched one is 5, "key", "why", "first" or "second"; of a session key
+// that was set only the size is told.
+std::string renewed(vesk::LocalRpcSession& session, const std::string& user);
+std::string mapped(vesk::LocalRpcSession& session, const std::string& name, unsigned options);
+std::string samChanged(vesk::LocalRpcSession& session, const std::string& user,
+                       const std::string& newPassword, const std::string& oldPassword,
+                       const std::string& text);
+std::string loggedOn(vesk::LocalRpcSession& session, const std::string& user, const std::string& domain,
+                     const std::string& token, unsigned option);
 
 }  // namespace testsupport

@@ -6,6 +6,7 @@
 #include <fokrazo/adobject.h>
 #include <fokrazo/attrnames.h>
 #include <fokrazo/paged_search.h>
+#include <fokrazo/session.h>
 #include <fokrazo/unixviews.h>
 #include "tests/support/thrown.h"
 
@@ -18,6 +19,9 @@ inline std::string text(bool value) {
   return value ? "true" : "false";
 }
 inline std::string text(int value) {
+  return std::to_string(value);
+}
+inline std::string text(size_t value) {
   return std::to_string(value);
 }
 /// An object by its DN, a list by the number of its objects and each of them.
@@ -37,12 +41,12 @@ inline std::string text(const vesk::PagedSearchHandle&) {
   return "handle";
 }
 
-/// What it returns or throws, as text.
-template <class Action>
-std::string outcomeOf(Action action) {
+/// What it returns or throws, and then the out arguments.
+template <class Action, class... Out>
+std::string outcomeOf(Action action, const Out&... out) {
   std::string value;
   const std::string thrown = thrownBy([&] { value = text(action()); });
-  return thrown == "nothing" ? value : thrown;
+  return ((thrown == "nothing" ? value : thrown) + ... + (" " + text(out)));
 }
 
 }  // namespace testsupport

@@ -20,7 +20,9 @@ class SessionTest : public WorldTest {
     m_peer = std::make_unique<ScriptedPeer>(path);
     startSession(false);
   }
+  /// The script must have ended, and the client must not have sent or opened anything more.
   void TearDown() override {
+    EXPECT_TRUE(!m_peer || m_peer->finished());
     m_session.reset();
     m_peer.reset();
     vesk::dayclock::offset = 0;

@@ -6,12 +6,9 @@
 #include <fokrazo/circular_buffer.h>
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/log.h>
-#include <fokrazo/session.h>
-#include <fokrazo/shredder.h>
-#include <fokrazo/unixviews.h>
+#include "tests/support/operations.h"
 #include "tests/support/standin_process.h"
 #include "tests/support/syslog_socket.h"
-#include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
 #include "util/file/unique_fd.h"
 
@@ -38,10 +35,12 @@ std::string textOf(Unit unit) {
   return std::string(reinterpret_cast<const char*>(&unit), sizeof unit);
 }
 
-std::unique_ptr<Shredder> secretOf(Unit unit, size_t size) {
-  auto secret = std::make_unique<Shredder>(std::string(size, '\0'));
-  for (size_t i = 0; i + sizeof unit <= size; i += sizeof unit) memcpy(&(*secret)[i], &unit, sizeof unit);
-  return secret;
+std::unique_ptr<Secrets> secretsOf(Unit unit, size_t size) {
+  const Shredder room(std::string(size, '\0'));
+  auto secrets = std::make_unique<Secrets>(Secrets{room, room});
+  for (Shredder* secret : {&secrets->first, &secrets->second})
+    for (size_t i = 0; i + sizeof unit <= size; i += sizeof unit) memcpy(&(*secret)[i], &unit, sizeof unit);
+  return secrets;
 }
 
 // The first mapping of the process's private writable memory where the unit stands twice in a row; empty if
@@ -67,46 +66,23 @@ std::string found(Unit unit) {
   return "";
 }
 
-struct Operation {
-  const char* call;
-  void (*make)(LocalRpcSession& session, const Shredder& secret);
-};
-
-std::string gText;  // an out argument
-int gStatus;
-
-// clang-format off
-#define CALL(...) #__VA_ARGS__, [](LocalRpcSession& session, const Shredder& secret) { session.__VA_ARGS__; }
-
-const Operation kOperations[] = {
-    {CALL(validatePlainTextUser("lquispe", secret, false))},
-    {CALL(validateKerberosUser("lquispe", secret))},
-    {CALL(getNtlmChallenge(secret))},
-    {CALL(validateNtlmUser(secret))},
-    {CALL(changePassword("lquispe", secret, secret, false))},
-    {CALL(setPassword("lquispe", secret, "", secret))},
-    {CALL(setPasswordKrb5("lquispe", secret))},
-    {CALL(addUser("new", secret, "", "", "", "", "", "", "", secret))},
-    {CALL(addUserKrb5("new", secret, "", "", "", "", "", ""))},
-    {CALL(setMachinePassword("linux04", secret, "", secret))},
-    {CALL(setMachinePassword(secret))},
-    {CALL(netLogonSamLogon("lquispe", secret, secret, 0, gText, gStatus, gText))},
-    {CALL(samChangeUserPassword2("lquispe", secret, secret, secret, secret, gStatus, gText))},
-};
-// clang-format on
+bool takesSecrets(const Operation& operation) {
+  return operation.request({}) != operation.request(samplePasswords());
+}
 
 class SecretsTest : public WorldTest {
  protected:
-  // Makes each operation with a secret of its own, and looks for the secret after that.
+  // Gives each operation secrets of its own, and looks for them afterwards.
   void check(SyslogSocket& syslogd, const std::string& socket, size_t size) {
-    for (const Operation& operation : kOperations) {
-      SCOPED_TRACE(operation.call);
+    for (const Operation& operation : exchanges()) {
+      if (!takesSecrets(operation)) continue;
+      SCOPED_TRACE(operation.name);
       const Unit unit = newUnit();
       LocalRpcSession session(socket, false, false);
       forgetLog();
-      auto secret = secretOf(unit, size);
-      thrownBy([&] { operation.make(session, *secret); });
-      secret.reset();
+      auto secrets = secretsOf(unit, size);
+      operation.make(session, *secrets);
+      secrets.reset();
       std::string lines = logged();
       for (const std::string& line : syslogd.texts()) lines += line;
       EXPECT_NE(lines, "");
@@ -119,9 +95,9 @@ class SecretsTest : public WorldTest {
 TEST_F(SecretsTest, NoneIsLeftInMemoryAndNoneIsLogged) {
   SyslogSocket syslogd;
   const Unit unit = newUnit();
-  auto secret = secretOf(unit, 48);
+  auto secrets = secretsOf(unit, 48);
   EXPECT_NE(found(unit), "");
-  secret.reset();
+  secrets.reset();
   EXPECT_EQ(found(unit), "");
 
   const std::string all = "logger.memory.enabled: true\nlogger.memory.log: TRACE\nlogger.facility.*: auth\n";
