@@ -164,6 +164,10 @@ TEST_F(MessageTest, DamagedFieldsAreFailuresForEveryReader) {
     }
     EXPECT_EQ(thrownBy([&] { row.read(empty); }), "IOException 0 " + row.failure);
   }
+  // A damaged object is refused when it is received, not when it is first used.
+  const std::string cut = object("CN=x").substr(2, object("CN=x").size() - 3);
+  EXPECT_EQ(thrownBy([&] { received(octets(cut))->getADObject(); }).find("BadDataException 0 Bad length"),
+            0u);
   // A count says nothing of memory.
   EXPECT_EQ(thrownBy([&] { received(integer(INT_MAX))->getStringVector(); }),
             "IOException 0 ber_scanf string");
