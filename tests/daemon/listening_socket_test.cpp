@@ -2,17 +2,15 @@
 
 #include <optional>
 
+#include <fokrazo/ipc_sockio.h>
 #include "tests/support/standin_process.h"
+#include "tests/support/thrown.h"
 
 namespace brondalt {
 namespace {
 
-int connectTo(const std::string& path) {
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  path.copy(address.sun_path, sizeof address.sun_path - 1);
-  const Descriptor fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  return connect(fd.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
+std::string connectTo(const std::string& path) {
+  return testsupport::thrownBy([&] { vesk::IPCdisconnect(vesk::IPCconnect(path)); });
 }
 
 class ListeningSocketTest : public testing::Test {
@@ -32,7 +30,7 @@ class ListeningSocketTest : public testing::Test {
       ListeningSocket gone(m_scratch.path("gone"));
       std::filesystem::create_hard_link(m_scratch.path("gone"), m_scratch.path(name));
     }
-    ASSERT_EQ(connectTo(m_scratch.path(name)), ECONNREFUSED);
+    ASSERT_EQ(connectTo(m_scratch.path(name)), "IOException 1 ipc socket connect: Connection refused");
   }
 
   ScratchDirectory m_scratch;
@@ -56,10 +54,11 @@ TEST_F(ListeningSocketTest, TakesThePlaceOfALeftoverAndOfNothingElse) {
   leaveSocket("daemon");
   leaveSocket("daemon.new");
   EXPECT_EQ(open(), "open");
-  EXPECT_EQ(connectTo(m_path), 0);
+  EXPECT_EQ(connectTo(m_path), "nothing");
   const std::string inUse = m_path + ": Address already in use";
   EXPECT_THROW(ListeningSocket{m_path}, Error);
-  EXPECT_EQ(connectTo(m_path), 0) << "a daemon that could not start has taken the socket of another one";
+  EXPECT_EQ(connectTo(m_path), "nothing")
+      << "a daemon that could not start has taken the socket of another one";
   m_socket.reset();
   EXPECT_FALSE(exists("daemon"));
 
@@ -76,10 +75,10 @@ TEST_F(ListeningSocketTest, IsReplacedAndRemovesOnlyItsOwnFile) {
   const int first = m_socket->fd();
   m_socket->replace();
   EXPECT_NE(m_socket->fd(), first);
-  EXPECT_EQ(connectTo(m_path), 0);
+  EXPECT_EQ(connectTo(m_path), "nothing");
   std::filesystem::create_directory(m_scratch.path("daemon.new"));  // nothing can be made there
   EXPECT_THROW(m_socket->replace(), Error);
-  EXPECT_EQ(connectTo(m_path), 0);
+  EXPECT_EQ(connectTo(m_path), "nothing");
 
   std::filesystem::remove(m_path);
   std::ofstream(m_path) << "of another program";

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include <fokrazo/adserializer.h>
+#include <fokrazo/ipc_sockio.h>
 #include "tests/support/standin_process.h"
 #include "tests/support/wire.h"
 
@@ -162,12 +163,7 @@ std::string refused(int opcode, int result) {
 
 class RawClient {
  public:
-  explicit RawClient(const std::string& path) : m_fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    EXPECT_EQ(connect(m_fd.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-  }
+  explicit RawClient(const std::string& path) : m_fd(vesk::IPCconnect(path)) {}
 
   RawClient& send(const std::string& bytes) {
     EXPECT_EQ(::send(m_fd.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
@@ -213,6 +209,12 @@ class ServerTest : public testing::Test {
                      [this](const std::string& line) { m_lastLine = line; });
     m_thread = std::thread([this] { m_loop.run(); });
   }
+  /// With little time for each step of a client or the back end.
+  void startImpatient() {
+    Limits limits;
+    limits.step = std::chrono::milliseconds(20);
+    start(limits);
+  }
   /// Runs a task on the loop and waits for it.
   void onLoop(const std::function<void()>& task) {
     std::promise<void> done;
@@ -221,6 +223,11 @@ class ServerTest : public testing::Test {
       done.set_value();
     });
     done.get_future().wait();
+  }
+  /// Waits until so many lookups and pages are held back.
+  void awaitHeldBack(size_t count) {
+    for (size_t held = 0; held < count;)
+      onLoop([&] { held = m_backend.later.size() + m_backend.journal.late.size(); });
   }
   void answerLater() {
     onLoop([this] {
@@ -275,12 +282,8 @@ TEST_F(ServerTest, ALateAnswerHoldsUpNobodyElseAndKeepsItsPlace) {
   RawClient patient = client(), gone = client(), other = client();
   patient.send(lookup("later") + m_ping);
   gone.send(lookup("later"));
-  while (true) {
-    size_t asked = 0;
-    EXPECT_EQ(other.ask(lookup("now"), m_found), m_found);
-    onLoop([&] { asked = m_backend.later.size(); });
-    if (asked == 2) break;
-  }
+  awaitHeldBack(2);
+  EXPECT_EQ(other.ask(lookup("now"), m_found), m_found);
   EXPECT_TRUE(patient.isQuiet());
   { const RawClient end = std::move(gone); }
   answerLater();
@@ -289,9 +292,7 @@ TEST_F(ServerTest, ALateAnswerHoldsUpNobodyElseAndKeepsItsPlace) {
 }
 
 TEST_F(ServerTest, ClientsThatMakeNoProgressAreLeftAndOthersStay) {
-  Limits limits;
-  limits.step = std::chrono::milliseconds(20);
-  start(limits);
+  startImpatient();
   RawClient idle = client(), half = client(), deaf = client(), waiting = client();
   EXPECT_EQ(idle.ask(m_ping, kPong), kPong);
   deaf.send(lookup("large"));
@@ -344,7 +345,7 @@ TEST_F(ServerTest, ALateLastPageEndsTheSearchBeforeTheNextRequest) {
   const std::string opened = answered(0, "", integer(1), 22);
   EXPECT_EQ(client.ask(openSearch(2), opened), opened);
   client.send(page(1) + page(1));
-  for (size_t asked = 0; asked == 0;) onLoop([&] { asked = m_backend.journal.late.size(); });
+  awaitHeldBack(1);
   size_t asked = 0;
   onLoop([&] {
     const Done<Objects> done = m_backend.journal.late.front();
@@ -357,9 +358,7 @@ TEST_F(ServerTest, ALateLastPageEndsTheSearchBeforeTheNextRequest) {
 
 // After a time-out nobody knows where the search or the listing is, and its next() is still under way.
 TEST_F(ServerTest, ATimeOutEndsTheSearchOrListing) {
-  Limits limits;
-  limits.step = std::chrono::milliseconds(20);
-  start(limits);
+  startImpatient();
   const std::string away = "The directory does not answer", closed = "No listing of this kind is open";
   const auto list = [](const std::string& name) {
     return framed(request(11, integer(1) + integer(2) + integer(0) + integer(0) + integer(0) + octets(name)));
@@ -428,7 +427,7 @@ TEST_F(ServerTest, ARestartEndsEveryConnectionAndIsCounted) {
   RawClient idle = client(), waiting = client();
   EXPECT_EQ(idle.ask(m_ping, kPong), kPong);
   waiting.send(lookup("later"));
-  for (size_t asked = 0; asked == 0;) onLoop([&] { asked = m_backend.later.size(); });
+  awaitHeldBack(1);
   onLoop([this] { m_server->restart(); });
   EXPECT_TRUE(idle.isEnded() && waiting.isEnded());
   answerLater();  // nobody waits for it any more
@@ -455,6 +454,15 @@ TEST_F(ServerTest, AFailedRestartIsLoggedAndChangesNothing) {
   EXPECT_EQ(client.ask(m_ping, kPong), kPong);
   EXPECT_EQ(this->client().ask(m_ping, kPong), kPong);
   EXPECT_EQ(m_statistics.restarts, 0u);
+}
+
+TEST_F(ServerTest, StopDoesNotWaitForAClientThatReadsNothing) {
+  start();
+  RawClient deaf = client(), administrator = client();
+  deaf.send(lookup("large"));
+  EXPECT_FALSE(deaf.receive(100).empty());
+  EXPECT_EQ(administrator.ask(framed(request(1)), refused(1, 0)), refused(1, 0));
+  m_thread.join();
 }
 
 // Not even a restart in the meantime cuts a reply off.

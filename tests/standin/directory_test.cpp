@@ -91,14 +91,7 @@ TEST(Directory, ReadsLdifAsItComes) {
 
 TEST(Directory, FindsAnAccountByEachOfItsNames) {
   Directory directory;
-  loadText(directory,
-           "dn: DC=ex,DC=org\nobjectClass: domainDNS\n\n"
-           "dn: CN=Joe,DC=ex,DC=org\nobjectClass: user\nuid: joe\nuid: jojo\nsAMAccountName: JSmith\n"
-           "userPrincipalName: Joe.Smith@else.where\nuidNumber: -2\n\n"
-           "dn: CN=Other,DC=ex,DC=org\nobjectClass: user\nuid: JOE\nsAMAccountName: other\nuidNumber: 007\n\n"
-           "dn: CN=joe group,DC=ex,DC=org\nobjectClass: group\nsAMAccountName: joe\ngidNumber: 4294967295\n\n"
-           "dn: CN=huge,DC=ex,DC=org\nobjectClass: user\nsAMAccountName: huge\nuidNumber: 4294967296\n\n"
-           "dn: CN=word,DC=ex,DC=org\nobjectClass: user\nsAMAccountName: word\nuidNumber: 12x\n");
+  directory.load(TEST_SOURCE_DIR "/tests/standin/names.ldif");
   const auto find = [&](const char* name) { return directory.byName(name, Family::Accounts); };
   const EntryId joe = directory.byDn("CN=Joe,DC=ex,DC=org"), other = directory.byDn("CN=Other,DC=ex,DC=org");
   for (const char* name : {"joe", "JoJo", "jsmith", "EX\\JSMITH", "ex.org\\jsmith", "jsmith@EX.org",
@@ -115,6 +108,15 @@ TEST(Directory, FindsAnAccountByEachOfItsNames) {
   EXPECT_EQ(values(directory, "other", VESK_UID), std::set<std::string>{"7"});
   EXPECT_TRUE(values(directory, "huge", VESK_UID).empty());
   EXPECT_TRUE(values(directory, "word", VESK_UID).empty());
+}
+
+TEST(Directory, ShortensALongDomainToItsShortName) {
+  for (const auto& [label, name] :
+       {std::pair("fifteen-letters", "FIFTEEN-LETTERS"), std::pair("sixteen-letters-", "SIXTEEN-LETTERS")}) {
+    Directory directory;
+    loadText(directory, "dn: DC="s + label + ",DC=org\nobjectClass: domainDNS\n");
+    EXPECT_EQ(directory.domain().netbiosName, name);
+  }
 }
 
 TEST(Directory, ResolvesNestedGroupsAndSurvivesCircles) {

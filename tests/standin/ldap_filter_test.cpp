@@ -23,70 +23,42 @@ Entry person() {
   return entry;
 }
 
-// Numbers are compared as numbers, and letters beyond ASCII keep their case.
-TEST(LdapFilter, TellsWhatMatches) {
+std::string verdict(const std::string& filter, const Entry& entry) {
+  try {
+    return LdapFilter(filter).matches(entry) ? "matches" : "differs";
+  } catch (const Error&) {
+    return "refused";
+  }
+}
+
+TEST(LdapFilter, MatchesDiffersOrIsRefusedAsTheListSays) {
+  std::ifstream list(TEST_SOURCE_DIR "/tests/standin/filters.txt");
   const Entry entry = person();
-  for (const char* filter : {"",
-                             "(objectclass=*)",
-                             "CN=joe \\28THE first\\29\\2a",
-                             "(cn=joe \\(the first\\)\\*)",
-                             "(!(mail=x))",
-                             "(description=)",
-                             "( & (objectClass=user) ( ! (objectClass=computer) ) )",
-                             "(|(objectClass=computer)(objectClass=person))",
-                             "(&)",
-                             "(cn=j*)",
-                             "(cn=*o*\\28*)",
-                             "(cn=j*THE*t\\29*)",
-                             "(sn=m\\c3\\bcller\\5cmeyer)",
-                             "(uidNumber>=999)",
-                             "(balance<=-3)",
-                             "(cn>=Jo)",
-                             "(cn~=JOE \\28the first\\29\\2A)",
-                             "(userAccountControl:1.2.840.113556.1.4.803:=2)",
-                             "(userAccountControl:1.2.840.113556.1.4.804:=3)",
-                             "(uidNumber:=1000)",
-                             "(objectCategory=person)",
-                             "(objectCategory=CN=Person,CN=Schema,CN=Configuration,DC=example,DC=com)",
-                             "(objectSid=S-1-5-21-1-2-3-1104)",
-                             "(objectGUID=\\00\\2a\\28\\29\\5c\\ff)",
-                             "(objectGUID=\\00*\\ff)",
-                             "(distinguishedName=cn=joe \\28the first\\29\\2a,ou=people,dc=example,dc=com)"})
-    EXPECT_TRUE(LdapFilter(filter).matches(entry)) << filter;
-  for (const char* filter :
-       {"(cn=joe)", "(mail=*)", "(&(objectClass=user)(objectClass=computer))", "(|)", "(cn=jo*oe*)",
-        "(cn=*first*the*)", "(cn=joe \\28the first\\29\\2a*joe \\28the first\\29\\2a)", "(sn=MÜLLER*)",
-        "(uidNumber>=1001)", "(cn<=apple)", "(mail>=a)", "(userAccountControl:1.2.840.113556.1.4.803:=3)",
-        "(userAccountControl:1.2.840.113556.1.4.804:=1)", "(cn:1.2.840.113556.1.4.803:=0)",
-        "(userAccountControl:1.2.3:=514)", "(cn:dn:=people)", "(:1.2.3:=x)", "(objectCategory=computer)",
-        "(objectSid=S-1-5-21-1-2-3-1105)"})
-    EXPECT_FALSE(LdapFilter(filter).matches(entry)) << filter;
+  int filters = 0;
+  for (std::string line; std::getline(list, line);) {
+    if (line[0] == '#') continue;
+    ++filters;
+    const size_t end = line.find(' ');
+    EXPECT_EQ(verdict(line.substr(end + 1), entry), line.substr(0, end)) << line;
+  }
+  EXPECT_GT(filters, 60);
+  EXPECT_EQ(verdict("(cn=x"s + '\0' + ")"s + "(", entry), "refused");
 }
 
-TEST(LdapFilter, RefusesWhatIsNone) {
-  for (const char* filter :
-       {"(",       ")",        "()",        "(cn=x",        "(cn=x))",        "cn=x)",
-        "(cn)",    "(=x)",     "(cn>x)",    "(cn>=*)",      "(cn~=a*b)",      "(!)",
-        "(!cn=x)", "(&(cn=x)", "(cn=\\)",   "(cn=\\4)",     "(cn=\\zz)",      "(cn=a(b)",
-        "(:=x)",   "(cn::=x)", "(cn:dn=x)", "(cn=x)(cn=y)", "(cn:1.2.3:=a*)", "(&(cn=x)y)"})
-    EXPECT_THROW(LdapFilter{filter}, Error) << filter;
-  EXPECT_THROW(LdapFilter("(cn=x"s + '\0' + ")"s + "("), Error);
-}
-
-TEST(LdapFilter, IsNestedSoDeepAndNoDeeper) {
+TEST(LdapFilter, IsRefusedWhenItIsNestedTooDeep) {
   auto nested = [](int depth) {
     std::string text;
     for (int i = 1; i < depth; ++i) text += i % 2 ? "(!" : "(&";
     text += "(cn=*)";
     return text.append(static_cast<size_t>(depth - 1), ')');
   };
-  EXPECT_NO_THROW(LdapFilter(nested(LdapFilter::kMaxDepth)).matches(person()));
-  EXPECT_THROW(LdapFilter{nested(LdapFilter::kMaxDepth + 1)}, Error);
-  EXPECT_THROW(LdapFilter{std::string(1 << 20, '(')}, Error);
+  EXPECT_NE(verdict(nested(LdapFilter::kMaxDepth), person()), "refused");
+  EXPECT_EQ(verdict(nested(LdapFilter::kMaxDepth + 1), person()), "refused");
+  EXPECT_EQ(verdict(std::string(1 << 20, '('), person()), "refused");
 }
 
-// Every shortened form of a filter is refused or a filter; none makes the parser read past the end.
-TEST(LdapFilter, SurvivesBeingCutAnywhere) {
+// The memory is exactly as long as the filter, so that a sanitizer sees a step past the end.
+TEST(LdapFilter, IsRefusedWhereverItIsCut) {
   const std::string whole = "(&(|(cn=a*b\\2a)(x>=1))(!(uac:1.2.840.113556.1.4.803:=2)))";
   for (size_t length = 1; length < whole.size(); ++length) {
     std::unique_ptr<char[]> exact(new char[length]);
