@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The reference of the public headers can be made and documents everything. The guides name only files that exist, and
-# the protocol's numbers are those of the headers.
+# The guides name only files that exist, the protocol's numbers are those of the headers, figures show what their tables say,
+# the site can be made and documents everything, and every link leads somewhere, in the Markdown and in the site.
 # usage: docs_test.sh SOURCE_DIR BUILD_DIR
 # shellcheck disable=SC2016
 set -euo pipefail
@@ -9,26 +9,30 @@ build_dir=$2
 failures=0
 complain() { echo "FAILED: $*" >&2; failures=$((failures + 1)); }
 
-# The links of a guide, and the files of this tree that it names. A word in capitals is a placeholder, and a program
-# stands for its source.
-links() { sed -n 's/](\([^)#:]*\))/\n\1\n/gp' "$1" | sed -n '/^[^ ]*\.[a-z]*$/p'; }
+# The files of this tree that a guide names. A word in capitals is a placeholder, and a program stands for its source.
 folders='ber|bench|cli|cmake|daemon|docs|examples|fuzz|host|include|lrpc|man|scripts|standin|tests|util|values'
 files() { tr '`' '\n' <"$1" | grep -E "^($folders)/[A-Za-z0-9_./-]+\$" | grep -Ev '/[A-Z]+(\.[a-z]+)?$'; }
 
-for guide in README.md CONTRIBUTING.md docs/*.md; do
-  for link in $(links "$guide"); do [ -e "$(dirname "$guide")/$link" ] || complain "$guide links $link"; done
+guides=(./*.md bench/*.md docs/*.md standin/sample/*.md)
+for guide in "${guides[@]}"; do
   for file in $(files "$guide"); do [ -e "$file" ] || [ -e "$file.cpp" ] || complain "$guide names $file"; done
 done
+scripts/docs/check-links "${guides[@]}" || complain "links of the guides"
+scripts/docs/figures --check || complain "figures"
 
 sed -n 's/^| \([0-9]*\) | `\(IPC_[A-Z0-9_]*\)` .*/\2 \1/p' docs/protocol.md | while read -r name number; do
   grep -q "^  $name = $number,$" include/fokrazo/ipc_opcode.h || echo "$name"
 done | grep . && complain "numbers of docs/protocol.md"
 
+site=$build_dir/docs/html
 if [ ! -e "$build_dir/Doxyfile" ]; then
-  echo "doxygen is not installed: no reference was made"
+  echo "doxygen or mandoc is not installed: the site was not made"
 else
-  rm -rf "$build_dir/docs/html"
-  doxygen "$build_dir/Doxyfile" || complain "doxygen"
-  [ -s "$build_dir/docs/html/classvesk_1_1LocalRpcSession.html" ] || complain "no reference was made"
+  scripts/docs/make-site "$build_dir" || complain "the site"
+  scripts/docs/check-links "$site" || complain "links of the site"
+  # One page of each kind, as the index of the guides and the search know them.
+  for page in classvesk_1_1LocalRpcSession man_velmora_conf_5 troubleshooting contributing changelog; do
+    { [ -s "$site/$page.html" ] && grep -qF "\"$page.html" "$site/search-index.js"; } || complain "the site has no $page"
+  done
 fi
 exit $((failures > 0))
