@@ -1,4 +1,4 @@
-// A person's account: auth, passwd, member, renew.
+// A user's account: auth, passwd, member, renew.
 
 #include <fokrazo/error_util.h>
 #include <fokrazo/session.h>
@@ -61,14 +61,14 @@ ExitStatus renew(Invocation& invocation) {
 constexpr char kAuthHelp[] =
     "Asks for the password at the terminal, without echo.\n"
     "  --password-fd N  read it from descriptor N instead\n"
-    "The password goes to root's daemon only; see --peer-uid.\n";
+    "The password is sent only to a daemon that runs as root; see --peer-uid.\n";
 
 constexpr char kPasswdHelp[] =
     "Asks for the passwords at the terminal, without echo.\n"
     "  --password-fd N  read them from descriptor N instead, one per line: the current\n"
     "                   (or the administrator's) password, then the new one\n"
     "  --admin ADMIN    set the password as this administrator\n"
-    "The passwords go to root's daemon only; see --peer-uid.\n";
+    "Passwords are sent only to a daemon that runs as root; see --peer-uid.\n";
 
 const Command kCommands[] = {
     {"auth", "[--password-fd N] USER", "check a user's password", kAuthHelp, auth},

@@ -37,7 +37,7 @@ void readInto(Properties& properties, const ConfFile& file) {
   if (!properties.loaded()) throw std::runtime_error(file.path + ": not a configuration file");
 }
 
-// The unit of a time that has none in the file.
+// Parses the default unit of option --time.
 char takeUnit(const std::string& text) {
   if (text.size() != 1 || Properties::timeFactor(text[0]) == 0)
     throw UsageError("option --time takes s, m, h, d, w, M or y, not '" + text + "'");
@@ -83,7 +83,7 @@ void requireSaved(int result, const std::string& path) {
   throw std::runtime_error(path +
                            " was not saved: you need write access to the file and its directory, and no "
                            "other program may hold " +
-                           path + ".lock; the system log says more");
+                           path + ".lock; see the system log");
 }
 
 void refuseBadKey(const std::string& key) {
@@ -138,7 +138,7 @@ ExitStatus list(Arguments& arguments, const ConfFile& file) {
   return kFound;
 }
 
-// The values that a configuration file gets for the variables of the joined state.
+// Prints the values of the variables of the joined state.
 ExitStatus variables(Arguments& arguments, const ConfFile& file) {
   arguments.done();
   for (const char* name : {"JOINNAME", "PREW2KNAME", "SITE", "DOMAIN", "ZONE"}) {
@@ -172,11 +172,11 @@ const Command kCommands[] = {
      "  get --list KEY           print the items of a list, one per line\n"
      "  get --time UNIT KEY      print a time in seconds; UNIT applies to a number without one\n"
      "  set KEY VALUE            change a value\n"
-     "  set --text KEY VALUE     write VALUE as it is, so that quotes and $ have their meaning\n"
+     "  set --text KEY VALUE     write VALUE unescaped: quotes and $ are special\n"
      "  set --list KEY [VALUE …] change a list\n"
      "  unset KEY                remove a value; its line becomes a comment\n"
      "  list [PREFIX]            print all values, or those whose keys begin with PREFIX\n"
-     "  variables                print what $JOINNAME and the like stand for on this machine\n"
+     "  variables                print the values of $JOINNAME and the other variables\n"
      "  --file FILE              use FILE instead of /etc/velmora/velmora.conf\n",
      conf},
 };

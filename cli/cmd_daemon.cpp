@@ -1,4 +1,4 @@
-// The daemon itself and what it knows of the domain: health, info, domain, spn, roles, flush, policy,
+// The daemon, and its knowledge of the domain: health, info, domain, spn, roles, flush, policy,
 // network-changed.
 
 #include <fokrazo/adobject.h>
@@ -13,7 +13,7 @@ namespace {
 
 using namespace vesk;
 
-// Prints a text of one or several lines, the last of which may end in a newline.
+// Prints a text of one or more lines; the last one may end in a newline.
 ExitStatus printText(Output& output, const char* name, std::string text) {
   if (!text.empty() && text.back() == '\n') text.pop_back();
   output.record(Record().text(name, text), shownLines(text));
@@ -45,7 +45,7 @@ ExitStatus info(Invocation& invocation) {
 ExitStatus health(Invocation& invocation) {
   invocation.arguments.done();
   LocalRpcSession& session = invocation.daemon.session();
-  session.ping();  // the session would report old values if the daemon were silent
+  session.ping();  // without a reply the session would report old values
   ValidationResult result = VR_SUCCESS;
   int value1 = 0;
   int value2 = 0;
@@ -132,15 +132,15 @@ ExitStatus networkChanged(Invocation& invocation) {
 }
 
 const Command kCommands[] = {
-    {"health", "", "show the daemon's own condition", "", health},
-    {"info", "[NUMBER]", "show what the daemon says about itself", "", info},
+    {"health", "", "show the daemon's health", "", health},
+    {"info", "[NUMBER]", "show the daemon's system information", "", info},
     {"domain", "[--ntlm | --map] NAME", "show the domain of a name",
      "  --ntlm         show the short (NetBIOS) name of the domain\n"
      "  --map          show both names\n",
      domain},
     {"spn", "HOST [SERVICE]", "show the canonical principal of a host's service", "", spn},
     {"roles", "USER", "show a user's roles", "", roles},
-    {"flush", "[--key KEY | CACHE …]", "empty caches of the daemon",
+    {"flush", "[--key KEY | CACHE …]", "flush the daemon's caches",
      "Caches: objects (default), dns, auth, expire, trusts, binding, pmon, health.\n"
      "  --key KEY      remove only this object\n",
      flush},
@@ -151,7 +151,7 @@ const Command kCommands[] = {
 }  // namespace
 
 Family daemonCommands() {
-  return {"Ask and control the daemon", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Query and control the daemon", kCommands, sizeof kCommands / sizeof *kCommands};
 }
 
 }  // namespace cli

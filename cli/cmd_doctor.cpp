@@ -30,13 +30,13 @@ using namespace vesk;
 constexpr char kLongestWait[] = "10";  // seconds, without --timeout
 constexpr double kSlowPing = 1000;     // milliseconds
 
-// Describes a user without looking up the name, which would ask the very daemon that is examined.
+// Describes a user without looking up the name, which would ask the daemon under examination.
 std::string userText(uid_t uid) {
   if (uid == 0) return "root";
   return "user " + std::to_string(uid) + (uid == geteuid() ? " (you)" : "");
 }
 
-// Prints each finding at once, and remembers the worst.
+// Prints each finding immediately and keeps the worst state.
 class Doctor {
  public:
   Doctor(Output& output, Daemon& daemon) : m_output(output), m_daemon(daemon) {}
@@ -126,7 +126,7 @@ bool Doctor::checkConnection() {
   }
 }
 
-// The kernel names the process that began to listen, which may since have left the socket to a child.
+// The kernel reports the process that began to listen, which may since have passed the socket to a child.
 void Doctor::checkPeer(int fd) {
   ucred peer = {};
   socklen_t size = sizeof peer;
@@ -142,7 +142,7 @@ void Doctor::checkPeer(int fd) {
   tell(Finding::Warning, "daemon", text, "the daemon should run as root: this is a stand-in or an impostor");
 }
 
-// One attempt: a second one could hide the fault.
+// Only one attempt: a second one could hide the fault.
 bool Doctor::checkPing() {
   const auto start = std::chrono::steady_clock::now();
   try {
@@ -226,8 +226,8 @@ ExitStatus doctor(Invocation& invocation) {
 const Command kCommands[] = {
     {"doctor", "", "find out what is wrong with this host, and what to do about it",
      "Checks the daemon's socket and its owner, the process that answers, the time of an exchange,\n"
-     "the daemon's own condition, the joined state and the configuration file. Each line says ok,\n"
-     "warning or problem; warnings and problems come with advice. Waits 10 seconds for the daemon\n"
+     "the daemon's health, the joined state and the configuration file. Each line says ok,\n"
+     "warning or problem; warnings and problems include advice. Waits 10 seconds for the daemon\n"
      "unless --timeout is given. Exit status: 0 no problem, 1 a problem, 3 the daemon cannot be\n"
      "reached.\n",
      doctor},

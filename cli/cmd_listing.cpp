@@ -16,7 +16,7 @@ namespace {
 
 using namespace vesk;
 
-// The session's functions that start and end a listing return true on failure.
+// LocalRpcSession's functions that start and end listings return true on failure.
 void succeedOrRefuse(bool failed, const LocalRpcSession& session, const char* what) {
   if (!failed) return;
   const std::string& message = session.statusMessage();
@@ -24,7 +24,7 @@ void succeedOrRefuse(bool failed, const LocalRpcSession& session, const char* wh
                      (message.empty() ? "" : ": " + shown(message)));
 }
 
-// Calls `next`, which prints one object, until it throws End.
+// Calls `next`, which prints one object, until it throws `End`.
 template <class End, class Start, class Next, class Finish>
 ExitStatus walk(const LocalRpcSession& session, Start start, Next next, Finish finish) {
   succeedOrRefuse(start(), session, "started");
@@ -58,7 +58,7 @@ ExitStatus list(Invocation& invocation) {
       [&] { return session.endListShadow(); });
 }
 
-// The attribute names in the form that the session takes. The result points into `names`.
+// Attribute names for the session. The result points into `names`.
 std::vector<const char*> nullTerminated(const std::vector<std::string>& names) {
   std::vector<const char*> pointers;
   pointers.reserve(names.size() + 1);

@@ -22,7 +22,7 @@ using namespace vesk;
 
 enum class KeyKind { Name, Id, Sid, Guid };
 
-// What to look up; the field of its kind is set.
+// What to look up; the field that belongs to `kind` is set.
 struct Key {
   KeyKind kind;
   std::string text;
@@ -51,7 +51,7 @@ Guid readGuid(const std::string& text) {
   return guid;
 }
 
-// The form of a key decides what kind it is, unless `by` says so.
+// Derives the kind from the form of the key, unless `by` specifies it.
 Key makeKey(const std::string& text, const std::string& by) {
   Key key{KeyKind::Name, text};
   const bool isNumber = readNumber(key.text, key.id);
@@ -104,7 +104,7 @@ boost::shared_ptr<Group> findGroup(LocalRpcSession& session, const Key& key, int
   }
 }
 
-// A user, or else a group.
+// Looks for a user, then for a group.
 ADObject findObject(LocalRpcSession& session, const Key& key, int flags) {
   if (key.kind == KeyKind::Sid) return session.getObject(key.sid, flags)->getObject();
   try {

@@ -1,4 +1,4 @@
-// This machine's own state, without the daemon: setting, joined, os.
+// This machine's state, without the daemon: setting, joined, os.
 
 #include <cstring>
 #include <set>
@@ -22,7 +22,7 @@ ExitStatus printSetting(Output& output, const std::string& name, const std::stri
   return kFound;
 }
 
-// Adds the names of the settings in a directory, without files that are just being written.
+// Adds the names of the settings in a directory, except files that are still being written.
 void addSettings(const std::string& dir, bool (*isWanted)(const char*), std::set<std::string>& names) {
   const Path directory(dir);
   if (!Path::exists(directory)) return;

@@ -22,7 +22,7 @@ namespace {
 
 using namespace vesk;
 
-// Far above any object of a directory.
+// Far larger than any directory object.
 constexpr size_t kLargestBlob = size_t{1} << 30;
 
 std::string nameOf(const std::string& path) {

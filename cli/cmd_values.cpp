@@ -123,7 +123,7 @@ ExitStatus dn(Invocation& invocation) {
     try {
       const std::string result = row.operation(text);
       invocation.output.record(Record().text(row.name, result), result);
-    } catch (const std::out_of_range&) {  // the text ends where a part of a DN should follow
+    } catch (const std::out_of_range&) {  // the text ends before a part of the DN
       refuseDn(text, name, "");
     } catch (const std::exception& error) {
       refuseDn(text, name, std::string(": ") + error.what());

@@ -1,4 +1,4 @@
-/// A command of the tool: a row of a table. Each family of commands has a source file of its own.
+/// The tool's commands, as tables. Each family of commands has its own source file.
 #pragma once
 
 #include <string>
@@ -10,17 +10,17 @@
 
 namespace cli {
 
-/// What a command works with.
+/// The context of a command.
 struct Invocation {
   Arguments& arguments;
   Output& output;
   Daemon& daemon;
-  bool hasTimeout;  // the command line limits how long to wait for the daemon
+  bool hasTimeout;  // --timeout was given
 };
 
 struct Command {
   const char* name;
-  const char* synopsis;  // what follows the name
+  const char* synopsis;  // the arguments after the name
   const char* summary;   // one line
   const char* help;      // the rest of --help, may be empty
   ExitStatus (*run)(Invocation& invocation);

@@ -23,7 +23,7 @@ using namespace vesk;
 
 constexpr char kCheck[] = "configuration";
 
-// Returns what the value should be; empty if the value is valid.
+// Returns a description of valid values; empty if the value is valid.
 using Judge = std::string (*)(const std::string& value);
 
 std::string text(const std::string&) {
@@ -54,7 +54,7 @@ std::string number(const std::string& value) {
   return isWhole && result >= 0 && result <= 0x7fffffff ? "" : "a whole number of 0 or more, without a unit";
 }
 
-// As Properties::getTime reads it; -1 means "without end".
+// As Properties::getTime parses it; -1 means no limit.
 std::string time(const std::string& value) {
   char unit = '\0';
   char more = '\0';
@@ -62,7 +62,7 @@ std::string time(const std::string& value) {
   const int fields = sscanf(value.c_str(), "%ld%c%c", &count, &unit, &more);
   const bool hasUnit = fields == 2 && strchr("smhdwMy", unit) != nullptr;
   const bool isTime = count >= -1 && (fields == 1 || hasUnit);
-  return isTime ? "" : "a time: a number, which s, m, h, d, w, M or y may follow";
+  return isTime ? "" : "a time: a number, optionally followed by s, m, h, d, w, M or y";
 }
 
 std::string timeAboveZero(const std::string& value) {
@@ -77,7 +77,7 @@ std::string destination(const std::string& value) {
   return value == "syslog" || value == "file" || value[0] == '/' ? "" : "syslog, file or an absolute path";
 }
 
-// The keys that the library reads. After a stem and a dot comes a name that the administrator chooses.
+// The keys that the library reads. A stem is followed by a dot and a name of the administrator's choice.
 struct Key {
   const std::string& name;
   Judge judge;
@@ -115,7 +115,7 @@ const Key kKeys[] = {
     {PN::NSS_NOLOGIN_SHELL, text},
 };
 
-// Every key with one of these prefixes belongs to the library.
+// All keys with these prefixes belong to the library.
 constexpr const char* kOwnFamilies[] = {"log", "log.", "logger.", "lrpc."};
 
 bool beginsWith(const std::string& key, const std::string& prefix) {
@@ -164,7 +164,7 @@ void checkFile(const std::string& path, const struct stat& info, Complaints& com
                    "chmod go-w " + path);
 }
 
-// The library silently uses the last of several lines with one key.
+// If several lines have the same key, the library silently uses the last.
 void checkLines(std::istream& stream, Complaints& complaints) {
   std::map<std::string, int, StringCaseLessThan> counts;
   std::string line;
@@ -173,7 +173,7 @@ void checkLines(std::istream& stream, Complaints& complaints) {
   while (stream) {
     Properties::getLine(stream, line);
     if (Properties::getPropertyFromLine(line, key, value) && ++counts[key] == 2)
-      complaints.add(Finding::Warning, shown(key) + " occurs more than once; the last line counts",
+      complaints.add(Finding::Warning, shown(key) + " occurs more than once; only the last line applies",
                      "remove the other lines");
   }
 }
@@ -204,7 +204,7 @@ void checkReference(const std::string& key, const std::string& value, Complaints
     fclose(file);
   else
     complaints.add(Finding::Problem, key + ": " + shown(path) + ' ' + whyRefused(status),
-                   "make it a regular file that belongs to root and that nobody else can change");
+                   "make it a regular file that root owns and only root can change");
 }
 
 void checkValue(const std::string& key, const std::string& value, Complaints& complaints) {
@@ -219,7 +219,7 @@ void checkValue(const std::string& key, const std::string& value, Complaints& co
   const std::string expected = value.empty() ? "" : row->judge(value);
   if (!expected.empty())
     complaints.add(Finding::Problem, shown(key) + ": '" + shown(value) + "' is not " + expected,
-                   "correct it; until then the default or a part of the value counts, see velmora.conf(5)");
+                   "correct it; until then the default or part of the value applies; see velmora.conf(5)");
 }
 
 void checkContents(const std::string& path, Complaints& complaints) {

@@ -1,4 +1,4 @@
-/// Finds mistakes in the configuration file that the library ignores, at most with a line in its log.
+/// Finds mistakes in the configuration file that the library ignores or only logs.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace cli {
 
-/// Checks the file itself and the values that the library reads from it. Returns one finding of state Ok if
-/// there is no mistake. Keys of other programs are not checked.
+/// Checks the file and the values that the library reads; keys of other programs are not checked. Returns one
+/// finding of state Ok if there are no mistakes.
 std::vector<Finding> checkConfiguration(const std::string& path);
 
 }  // namespace cli

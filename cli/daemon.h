@@ -13,17 +13,17 @@ class LocalRpcSession;
 
 namespace cli {
 
-/// The one session of a run, connected when a command first asks for it.
+/// The session of a run, connected on first use.
 class Daemon {
  public:
-  /// With `peer`, the daemon must run as that user.
+  /// If `peer` is set, the daemon must run as that user.
   Daemon(std::string socketPath, std::optional<uid_t> peer);
   ~Daemon();
 
   /// A connected session. @throws NoDaemonError
   vesk::LocalRpcSession& session();
-  /// A connected session for a request with a password: the daemon must run as root if the constructor was
-  /// given no user. @throws NoDaemonError
+  /// A connected session for a request with a password: without `peer` in the constructor, the daemon must
+  /// run as root. @throws NoDaemonError
   vesk::LocalRpcSession& sessionForSecrets();
   const std::string& socketPath() const { return m_socketPath; }
 

@@ -1,4 +1,4 @@
-/// The exit status of the tool, and the failures that it reports itself.
+/// The tool's exit status, and its own exceptions.
 #pragma once
 
 #include <stdexcept>
@@ -20,13 +20,13 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// There is no such thing, or it is not allowed.
+/// Not found, or not allowed.
 class RefusedError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// The daemon cannot be reached, or is not to be trusted.
+/// The daemon cannot be reached or trusted.
 class NoDaemonError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

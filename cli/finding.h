@@ -1,4 +1,4 @@
-/// One result of examining this host.
+/// One result of `fokrazo doctor`.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@ namespace cli {
 
 struct Finding {
   enum State : int {
-    Ok,       // as it should be
+    Ok,       // correct
     Warning,  // works, but an administrator should know
     Problem,  // does not work, or not as intended
   };

@@ -1,4 +1,4 @@
-// fokrazo: the command-line tool. Asks the daemon, and shows the values and files that it works with.
+// fokrazo: the command-line tool. Queries the daemon, and shows the files and values of the system.
 
 #include <sys/un.h>
 
@@ -55,7 +55,7 @@ void printHelp(const Command& command) {
          command.synopsis, command.summary, command.help);
 }
 
-// The options before the command's name.
+// The global options.
 struct Settings {
   std::string socketPath = vesk::paths::kDaemonSocket;
   std::string timeout;
@@ -68,7 +68,7 @@ struct Settings {
 uid_t readUid(const std::string& text) {
   unsigned uid = 0;
   if (!readNumber(text, uid) || uid == static_cast<uid_t>(-1))
-    throw UsageError("option --peer-uid needs a user's number, not '" + text + "'");
+    throw UsageError("option --peer-uid needs a user id, not '" + text + "'");
   return uid;
 }
 
@@ -89,7 +89,7 @@ Settings takeSettings(Arguments& arguments) {
   }
 }
 
-// A session would cut the path and connect to a different socket.
+// A session would truncate the path and connect to another socket.
 void refuseLongPath(const std::string& path) {
   constexpr size_t kLongest = sizeof sockaddr_un::sun_path - 1;
   if (path.size() > kLongest)

@@ -19,7 +19,7 @@ bool isText(const std::string& value) {
   return true;
 }
 
-// The text with "?" in place of terminal controls and of bytes that are not UTF-8, except for `kept`.
+// Replaces terminal controls, except `kept`, and bytes that are not UTF-8 with "?".
 std::string withoutControls(const std::string& text, char kept = '\0') {
   std::string out;
   for (size_t i = 0; i < text.size();) {

@@ -1,6 +1,6 @@
-/// What a command prints: one record at a time, as a line for people and cut(1), or as a JSON object.
-/// No text from outside can control a terminal: control characters, marks that change the direction of text,
-/// and bytes that are not UTF-8 are replaced, in names as well as in values.
+/// The output of commands: one record at a time, as a line for people and cut(1), or as a JSON object.
+/// Untrusted text cannot control a terminal: control characters, direction marks and bytes that are not UTF-8
+/// are replaced, in names as well as in values.
 #pragma once
 
 #include <list>
@@ -9,7 +9,7 @@
 
 namespace cli {
 
-/// Named values in the order in which they were added.
+/// Named values in the order of addition.
 class Record {
  public:
   Record& text(const std::string& name, const std::string& value);
@@ -17,7 +17,7 @@ class Record {
   Record& boolean(const std::string& name, bool value);
   Record& texts(const std::string& name, const std::list<std::string>& values);
 
-  /// {"name":"value", …}; names and values as shown() returns them.
+  /// {"name":"value", …}; names and values as in shown().
   std::string json() const;
   /// One "name: value" line for each value.
   std::string lines() const;
@@ -44,10 +44,9 @@ class Output {
   /// Prints the record as a JSON line, or `text` and a newline. In `text`, which may have several lines,
   /// terminal controls appear as "?".
   void record(const Record& record, const std::string& text);
-  /// Prints text as the first form of record() does, without adding a newline, whether --json is given or
-  /// not.
+  /// Prints text as record() does without --json, but without a newline.
   static void print(const std::string& text);
-  /// Prints the record as a JSON line, or as its own lines, with an empty line between two records.
+  /// Prints the record as a JSON line or as lines(), with an empty line between records.
   void record(const Record& record);
 
  private:
@@ -55,10 +54,10 @@ class Output {
   bool m_isFirst = true;
 };
 
-/// A value as a terminal can show it: as it is if it is UTF-8 without control characters and direction marks,
-/// otherwise in hexadecimal.
+/// A value that is safe to print: unchanged if it is UTF-8 without terminal controls, otherwise in
+/// hexadecimal.
 std::string shown(const std::string& value);
-/// A text of several lines, each as shown() returns it.
+/// shown() for each line of a text.
 std::string shownLines(const std::string& text);
 /// A field of a passwd- or group-style line: separators and terminal controls are replaced with "?".
 std::string lineField(const std::string& value);

@@ -1,4 +1,4 @@
-/// Turns what the daemon answered into the exit status.
+/// Turns the daemon's results into exit statuses.
 #pragma once
 
 #include <fokrazo/error_util.h>
@@ -14,12 +14,10 @@ namespace cli {
 
 class Output;
 
-/// Prints a result with the daemon's own message, if it sent one. Result 0 is success; any other is a
-/// refusal.
+/// Prints a result, and the daemon's message if there is one. Every result but 0 is a refusal.
 ExitStatus report(Output& output, const vesk::LocalRpcSession& session, vesk::ValidationResult result);
 
-/// Returns what `question` returns. If it finds nothing, the message begins with `name`.
-/// @throws RefusedError
+/// Returns what `question` returns. The message of "not found" begins with `name`. @throws RefusedError
 template <class Question>
 decltype(auto) named(const std::string& name, Question question) {
   try {
@@ -29,7 +27,7 @@ decltype(auto) named(const std::string& name, Question question) {
   }
 }
 
-/// Returns what `question` returns: an operation that reports a refusal by these exceptions.
+/// Returns what `question` returns, and turns the exceptions for refusals into RefusedError.
 /// @throws RefusedError
 template <class Question>
 auto orRefused(Question question) {

@@ -16,11 +16,11 @@ namespace cli {
 
 namespace {
 
-// Longer than any password: the bound for a wrong descriptor that never ends.
+// Longer than any password. Bounds the read from a wrong descriptor.
 constexpr size_t kLongestPassword = 4096;
 
-// Reads byte by byte, so that what follows the line stays for the next reader. Reserves the memory first, so
-// that the text does not grow and leave copies of itself.
+// Reads byte by byte, to leave the next line unread. Reserves the memory first, because growth would leave
+// copies.
 vesk::Shredder readLine(int descriptor) {
   vesk::Shredder line;
   line.reserve(kLongestPassword);
@@ -36,10 +36,9 @@ vesk::Shredder readLine(int descriptor) {
   }
 }
 
-// Returns what the user types. The terminal gets its settings back before a signal is handled.
+// Returns what the user types. readpassphrase restores the terminal before a signal is handled.
 vesk::Shredder ask(const char* prompt) {
-  vesk::Shredder typed(
-      std::string(kLongestPassword + 2, '\0'));  // room for one byte too many, and for the terminator
+  vesk::Shredder typed(std::string(kLongestPassword + 2, '\0'));  // plus one excess byte and the terminator
   if (!readpassphrase(prompt, typed.data(), typed.size(), RPP_REQUIRE_TTY)) {
     if (errno == ENOTTY)
       throw std::runtime_error("there is no terminal to ask for the password; use --password-fd");

@@ -1,4 +1,4 @@
-/// Passwords come from a prompt without echo or from a descriptor, never from the command line.
+/// Passwords: from a prompt without echo or from a descriptor, never from the command line.
 #pragma once
 
 #include <fokrazo/shredder.h>
@@ -7,14 +7,14 @@ namespace cli {
 
 class Arguments;
 
-/// Where a command reads its passwords.
+/// The source of a command's passwords.
 class SecretSource {
  public:
-  /// Takes the option --password-fd N, if it is there. @throws UsageError
+  /// Takes the option --password-fd N, if present. @throws UsageError
   explicit SecretSource(Arguments& arguments);
 
   /// Returns the next line of the descriptor, or what is typed at `prompt`, without the newline.
-  /// @throws std::runtime_error nothing can be read.
+  /// @throws std::runtime_error nothing can be read
   vesk::Shredder read(const char* prompt);
 
  private:

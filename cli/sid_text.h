@@ -7,9 +7,8 @@
 
 namespace cli {
 
-/// Reads a SID in its S-… form; the "S" may be a small letter. The library ignores what it cannot read, so a
-/// mistyped SID could be somebody else's: here a text is accepted only if the SID prints as that text.
-/// @throws UsageError
+/// Parses a SID in its S-… form; "s" is accepted too. The library ignores what it cannot parse, so a mistyped
+/// SID could match another account; here the SID must print as the same text. @throws UsageError
 vesk::SID readSidText(const std::string& text);
 
 }  // namespace cli

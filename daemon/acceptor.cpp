@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::chrono::seconds kRetryAfter(1);
 
-/// Whether the failure is that of one connection, and the next one may be accepted.
-bool concernsOneConnection(int error) {
+/// Whether the error concerns only one connection, so that the next one can be accepted.
+bool isConnectionError(int error) {
   return error == EINTR || error == ECONNABORTED;
 }
 
@@ -38,7 +38,7 @@ void Acceptor::acceptAll() {
       m_take(Descriptor(fd));
     } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
       return;
-    } else if (!concernsOneConnection(errno)) {
+    } else if (!isConnectionError(errno)) {
       pause();
     }
   }

@@ -1,4 +1,4 @@
-/// Accepts clients while there are descriptors for them.
+/// Accepts clients.
 #pragma once
 
 #include <functional>
@@ -9,25 +9,25 @@
 
 namespace brondalt {
 
-/// Hands out the connections that clients open. When the system has no descriptor or memory for another one,
-/// accepting pauses: clients wait in the queue of the socket and do not wake the loop. It continues when
-/// resume() is called, and tries again every second, because other processes may free what was missing.
+/// Passes on new connections. If the system has no descriptor or memory for another one, accepting pauses:
+/// clients wait in the socket's queue and do not wake the loop. It continues after resume(), and is retried
+/// every second, because other processes may free resources.
 /// Thread-safety: one thread at a time.
 class Acceptor {
  public:
-  /// Begins to accept. `take` gets each new connection, which is non-blocking. Both must outlive the
-  /// acceptor.
+  /// Begins to accept. `take` receives each new connection, which is non-blocking. `loop` and `socket` must
+  /// outlive the acceptor.
   Acceptor(EventLoop& loop, ListeningSocket& socket, std::function<void(Descriptor)> take);
   ~Acceptor();
   Acceptor(const Acceptor&) = delete;
   Acceptor& operator=(const Acceptor&) = delete;
 
-  /// Ends a pause. Call it when a descriptor has been freed.
+  /// Ends a pause. Call it after freeing a descriptor.
   void resume();
-  /// Listens anew, as a restarted daemon would, and returns true; after stop() it returns false and does
-  /// nothing. @throws Error there is no new socket, and the old one is still in use
+  /// Listens on a new socket, as a restarted daemon would, and returns true. After stop() it does nothing and
+  /// returns false. @throws Error there is no new socket; the old one stays in use
   bool restart();
-  /// Accepts no more clients, for good; the socket stays.
+  /// Stops accepting for good; the socket stays.
   void stop();
   /// Stops listening and removes the socket.
   void close();
@@ -45,8 +45,8 @@ class Acceptor {
   ListeningSocket& m_socket;
   std::function<void(Descriptor)> m_take;
   State m_state = State::Accepting;
-  bool m_isRetrySet = false;          // one timer at a time, however often accepting pauses
-  std::shared_ptr<Acceptor*> m_self;  // timers hold it weakly, and find out whether this object still exists
+  bool m_isRetrySet = false;          // only one timer at a time
+  std::shared_ptr<Acceptor*> m_self;  // timers hold it weakly, to detect that this object is gone
 };
 
 }  // namespace brondalt

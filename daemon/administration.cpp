@@ -9,7 +9,7 @@ namespace {
 constexpr int kUserPolicy = 1;
 constexpr char kAllUsers[] = "all users";
 
-/// Replies with one of a domain's two names; a domain that is not found makes an exception.
+/// Replies with one of a domain's two names, or with an exception if there is no such domain.
 Done<DomainNames> replyWithName(Call& call, const std::string& asked, std::string DomainNames::*name) {
   return [self = call.shared_from_this(), asked, name](Answer<DomainNames> answer) {
     if (answer) return self->reply<std::string>()((*answer).*name);

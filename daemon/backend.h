@@ -1,4 +1,4 @@
-/// The directory behind a daemon: everything that its clients may ask, free of sockets and messages.
+/// The directory that a daemon serves: all operations of its clients, without sockets and messages.
 #pragma once
 
 #include <cstddef>
@@ -21,20 +21,20 @@ class ADSerializer;
 
 namespace brondalt {
 
-/// A directory object in serialized form; never null unless an operation says so. A cache and any number of
-/// replies may share it; it must not be changed.
+/// A serialized directory object; never null unless an operation says so. Caches and replies may share it, so
+/// it must not be changed.
 using Object = std::shared_ptr<vesk::ADSerializer>;
 using Objects = std::vector<Object>;
 
-/// Who asks.
+/// The client that makes a request.
 struct Caller {
-  unsigned uid = UINT32_MAX;  ///< effective ids of the peer when it connected; the largest if unknown
+  unsigned uid = UINT32_MAX;  ///< the peer's effective ids when it connected; UINT32_MAX if unknown
   unsigned gid = UINT32_MAX;
-  bool mayAdminister = false;  ///< root, or the user that the daemon runs as
-  std::string sessionId;       ///< the client's own name for its connection; only for logs
+  bool mayAdminister = false;  ///< root, or the daemon's own user
+  std::string sessionId;       ///< the client's name for its connection; only for logs
 };
 
-/// Which objects a lookup or a listing is about.
+/// The objects that a lookup or a listing considers.
 struct Selection {
   vesk::DSObjectType type;  ///< DSShadow means accounts with a Unix profile, DSAny accounts and groups
   bool isUnixOnly;          ///< only objects with a Unix profile
@@ -51,10 +51,10 @@ struct SearchQuery {
   std::string base;                     ///< empty for the domain, and with ScopeBase for the root entry
   std::string filter;                   ///< empty for all entries
   std::vector<std::string> attributes;  ///< empty for all
-  vesk::LdapSearchScopeType scope;      ///< as sent by the client; may be none of the enumerators
+  vesk::LdapSearchScopeType scope;      ///< as sent by the client; may be any number
 };
 
-/// How the names of groups are meant.
+/// The kind of group names.
 enum class NameForm { Unix, Directory, Either };
 
 /// The two names of a domain.
@@ -72,48 +72,47 @@ struct NewUser {
   std::string fullName;
   std::string home;
   std::string shell;
-  std::string container;  ///< DN; empty for the domain's usual one
+  std::string container;  ///< DN; empty for the domain's default
 };
 
-/// The administrator in whose name something is changed; without a name the caller's own rights decide.
+/// The administrator who authorizes a change; without a name the caller's own rights decide.
 struct Administrator {
   std::string name;
   vesk::Shredder password;
 };
 
-/// The condition of the daemon. It goes out with every reply.
+/// The daemon's health. Part of every reply.
 struct Health {
   vesk::ValidationResult result = vesk::VR_SUCCESS;
-  int first = 0;  ///< two numbers of the back end's choice
+  int first = 0;  ///< two numbers, defined by the back end
   int second = 0;
   std::string message;
 };
 
 /// An open listing of one client. Destroyed when the client ends it, disconnects, or gets no answer in time,
-/// also while an answer is outstanding, but never before next() has returned.
+/// possibly while an answer is outstanding, but never before next() has returned.
 class Listing {
  public:
   virtual ~Listing() = default;
   /// The next object of the selection, whose type is the listing's; null at the end. `done` may call next()
-  /// again. If it is called after next() has returned, it may destroy this object, so it must not be a member
-  /// of it by then.
+  /// again. If called after next() has returned, it may destroy this object, so it must not be stored in it
+  /// then.
   virtual void next(const Selection& selection, Done<Object> done) = 0;
 };
 
-/// An open search of one client. Destroyed after its last page, or when a Listing would be.
+/// An open search of one client. Destroyed after its last page, or as a Listing is.
 class Search {
  public:
   virtual ~Search() = default;
-  /// At most `limit` further objects; none at the end. `done` is as in Listing::next.
+  /// The next objects, at most `limit`; none at the end. `done` is as in Listing::next.
   virtual void next(size_t limit, Done<Objects> done) = 0;
 };
 
-/// The operations of a directory. Each calls its completion (daemon/status.h) with a result. The default
-/// of each answers "not supported", so a back end overrides what it has. Arguments are valid until the
-/// operation returns.
-/// An operation may throw instead of completing: the client's answer is then "system error".
-/// Thread-safety: called only on the loop's thread. An operation that could block works elsewhere, and
-/// completes later.
+/// The operations of a directory. Each calls its completion (daemon/status.h) with a result. By default each
+/// answers "not supported"; a back end overrides those it has. Arguments are valid until the operation
+/// returns. If an operation throws instead of completing, the client gets "system error".
+/// Thread-safety: called only on the loop's thread. An operation that could block must run on another thread
+/// and complete later.
 class Backend {
  public:
   virtual ~Backend() = default;
@@ -127,20 +126,21 @@ class Backend {
                            Done<std::unique_ptr<Listing>> done);
 
   // Searches.
-  /// All results at once, at most `limit` if that is not 0.
+  /// All results, or at most `limit` if that is not 0.
   virtual void search(const Caller& caller, const SearchQuery& query, size_t limit, Done<Objects> done);
   virtual void openSearch(const Caller& caller, const SearchQuery& query, Done<std::unique_ptr<Search>> done);
   /// One entry by its DN; the root entry by the empty one.
   virtual void fetch(const Caller& caller, const std::string& domain, const std::string& dn,
                      const std::vector<std::string>& attributes, Done<Object> done);
 
-  // Logins. Success means that the person is who they say they are and may log in.
-  /// Whether the calling process may go on to ask; succeeds by default.
+  // Logins. Success means that the user is authenticated and may log in.
+  /// Whether the calling process may send requests; succeeds by default.
   virtual void authenticateProcess(const Caller& caller, DoneStatus done);
   virtual void validatePassword(const std::string& user, const vesk::Shredder& password, DoneStatus done);
   virtual void validateKerberos(const std::string& principal, const vesk::Shredder& token, Done<Object> done);
   virtual void ntlmChallenge(const std::string& data, Done<std::string> done);
-  /// `challenge` is what ntlmChallenge last gave to this client; empty if it has been used or never was.
+  /// `challenge` is the last result of ntlmChallenge for this client; empty if there is none or it has been
+  /// used.
   virtual void validateNtlm(const std::string& challenge, const vesk::Shredder& token, Done<Object> done);
   virtual void samLogon(const std::string& user, const std::string& domain, const vesk::Shredder& token,
                         Done<std::string> done);
@@ -149,7 +149,7 @@ class Backend {
                                DoneStatus done);
   virtual void beginLogin(const std::string& user, DoneStatus done);
   virtual void endLogin(const std::string& user, DoneStatus done);
-  /// The number of credentials that were renewed.
+  /// The number of renewed credentials.
   virtual void renewCredentials(const std::string& user, Done<int> done);
 
   // Passwords and accounts.
@@ -160,7 +160,7 @@ class Backend {
                                  const vesk::Shredder& wanted, DoneStatus done);
   virtual void setPassword(const Caller& caller, const std::string& user, const vesk::Shredder& wanted,
                            const Administrator& administrator, DoneStatus done);
-  /// The empty name is this host.
+  /// An empty `computer` means this host.
   virtual void setMachinePassword(const Caller& caller, const std::string& computer,
                                   const vesk::Shredder& wanted, const Administrator& administrator,
                                   DoneStatus done);
@@ -168,14 +168,14 @@ class Backend {
                        DoneStatus done);
 
   // Administration.
-  /// `object` is null for none; `selectors` are the bits FLUSH_*.
+  /// `object` may be null; `selectors` are FLUSH_ bits.
   virtual void flushCache(const Caller& caller, vesk::ADObject object, unsigned selectors,
                           const std::string& key, DoneStatus done);
   virtual void dumpCache(const Caller& caller, const std::vector<std::string>& arguments, DoneStatus done);
   virtual void updateUserPolicy(const Caller& caller, const std::string& user, DoneStatus done);
   virtual void updateMachinePolicy(const Caller& caller, DoneStatus done);
   virtual void networkChanged(const Caller& caller, DoneStatus done);
-  /// Text for a person; 0 asks for everything.
+  /// Human-readable text; `what` 0 means everything.
   virtual void readState(const Caller& caller, int what, Done<std::string> done);
   virtual void servicePrincipal(const std::string& service, Done<std::string> done);
   /// The domain of that name, or the one to which an object of that name belongs.
@@ -186,7 +186,7 @@ class Backend {
   virtual void isSandboxed(const std::string& user, Done<int> done);
   virtual void allRoles(Done<Objects> done);
   virtual void rolesOf(const std::string& user, Done<Objects> done);
-  /// As rolesOf, for a user of this host, whom the directory need not know.
+  /// As rolesOf, for a user of this host, who need not be in the directory.
   virtual void rolesOfLocal(const std::string& user, const std::string& uid, const std::string& gid,
                             Done<Objects> done);
 };

@@ -26,8 +26,8 @@ Call::~Call() {
 }
 
 int Call::newSearchHandle() {
-  constexpr unsigned kMostHandles = INT_MAX;
-  m_service.lastSearchHandle = m_service.lastSearchHandle % kMostHandles + 1;
+  constexpr unsigned kMaxHandles = INT_MAX;
+  m_service.lastSearchHandle = m_service.lastSearchHandle % kMaxHandles + 1;
   return static_cast<int>(m_service.lastSearchHandle);
 }
 
@@ -75,7 +75,7 @@ void Call::write(const std::function<void(vesk::IPCReply& reply)>& writeReply) {
     writeReply(reply);
     return send(&reply);
   } catch (const std::exception&) {
-    // What has been written of the reply is lost; a shorter one takes its place below.
+    // The unfinished reply is dropped; a shorter one replaces it below.
   }
   try {
     vesk::IPCReply reply(m_opcode);

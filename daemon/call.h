@@ -1,4 +1,4 @@
-/// One request on its way through an operation, and its reply.
+/// One request and its reply.
 #pragma once
 
 #include <functional>
@@ -13,13 +13,13 @@
 
 namespace brondalt {
 
-/// Reads fields of a request and completes its reply, at once or later: an operation reads all fields, then
-/// hands a completion to the back end. The reply goes out when the completion is called, or when the last
-/// reference to the call is gone, as "system error" then.
+/// Completes the reply to a request, immediately or later: an operation reads all fields and then passes a
+/// completion to the back end. The reply is sent when the completion is called, or, as "system error", when
+/// the last reference to the call is gone.
 /// Thread-safety: one thread at a time.
 class Call : public std::enable_shared_from_this<Call> {
  public:
-  /// Takes the reply, or null if there is no memory to make one.
+  /// Receives the reply, or null if there is no memory for one.
   using Send = std::function<void(vesk::IPCReply*)>;
 
   /// `send` is called once. `service` must outlive the call.
@@ -31,8 +31,8 @@ class Call : public std::enable_shared_from_this<Call> {
   Backend& backend() const { return m_service.backend; }
   Client& client() const { return *m_client; }
   const Caller& caller() const { return m_client->caller; }
-  /// A handle that no search of this daemon has had for a long time, so that the handle of a lost connection
-  /// does not fit another search on a new one.
+  /// A handle that no search has used for a long time, so that a handle from a lost connection does not match
+  /// another search on a new one.
   int newSearchHandle();
 
   /// The completion of an operation without results.
@@ -56,15 +56,15 @@ class Call : public std::enable_shared_from_this<Call> {
     return reply<T>();
   }
 
-  /// Each of these replies at once, and does nothing once the call is complete. None throws.
-  /// `writeResults` appends what follows the status of a success.
+  /// Each of these replies immediately, or does nothing if the call is complete. None throws. `writeResults`
+  /// appends what follows the status of a success.
   void complete(const Status& status, const std::function<void(vesk::IPCMessage&)>& writeResults = {});
   /// Replies with a failure and an exception of the same text.
   void completeAndThrow(const Status& status);
-  /// `drop` is called if the back end does not answer in time, to end the search or listing that the request
-  /// reads from: its position is not known then.
+  /// If the back end does not answer in time, `drop` is called to end the search or listing that the request
+  /// reads from, because its position is then unknown.
   void onTimeOut(std::function<void(Client& client)> drop) { m_drop = std::move(drop); }
-  /// Replies that the directory does not answer. Keep a reference to the call meanwhile.
+  /// Replies that the directory does not answer. Hold a reference to the call meanwhile.
   void timeOut();
   /// Replies that a listing has ended.
   void endListing();
@@ -86,12 +86,12 @@ class Call : public std::enable_shared_from_this<Call> {
   Service& m_service;
   std::shared_ptr<Client> m_client;
   vesk::IPC_OPCODE m_opcode;
-  Send m_send;  // empty once the reply has gone
+  Send m_send;  // empty once the reply is sent
   bool m_throws = false;
   std::function<void(Client& client)> m_drop;
 };
 
-/// A field that holds a secret; the copies made on the way are wiped.
+/// Reads a secret field; temporary copies are wiped.
 vesk::Shredder readSecret(const vesk::IPCMessage& request);
 
 }  // namespace brondalt

@@ -1,4 +1,4 @@
-/// What the daemon keeps for each of its clients.
+/// The daemon's state for each client.
 #pragma once
 
 #include <map>
@@ -15,12 +15,12 @@ struct PagedSearch {
   size_t pageSize;
 };
 
-/// Belongs to one connection and ends with it.
+/// Lives as long as one connection.
 struct Client {
   Caller caller;
   std::map<vesk::DSObjectType, std::shared_ptr<Listing>> listings;  ///< shared as above
   std::map<int, PagedSearch> searches;                              ///< by handle
-  std::string challenge;                                            ///< of the NTLM exchange that has begun
+  std::string challenge;                                            ///< of the current NTLM exchange
 };
 
 }  // namespace brondalt

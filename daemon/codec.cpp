@@ -10,7 +10,7 @@ namespace brondalt {
 
 void decode(std::string_view bytes, vesk::IPCMessage& message) {
   BerElement* element = message.doHeader();
-  // Writing starts over, so that the bytes replace the header of a new message.
+  // Restarts writing, so that the bytes replace the new message's header.
   ber_reset(element, 1);
   if (ber_write(element, bytes.data(), bytes.size(), 0) < 0) throw std::bad_alloc();
   message.rewind();

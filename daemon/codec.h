@@ -1,5 +1,5 @@
-/// Messages from and to bytes in memory. The library's own transport blocks on a socket, which a server of
-/// many clients cannot do.
+/// Converts messages from and to bytes in memory. The library's own transport blocks on a socket, which a
+/// server cannot do.
 #pragma once
 
 #include <string_view>
@@ -10,11 +10,12 @@ class IPCMessage;
 
 namespace brondalt {
 
-/// Fills `message`, which must be new, with the bytes of a received message, to be read from its first field.
-/// @throws vesk::IOException the bytes do not begin with a header.
+/// Fills `message`, which must be new, with the bytes of a received message, for reading from the first
+/// field.
+/// @throws vesk::IOException the bytes do not begin with a header
 void decode(std::string_view bytes, vesk::IPCMessage& message);
 
-/// Returns the bytes of a message that has been written; the message owns them.
+/// Returns the bytes of a written message, which owns them.
 std::string_view encode(vesk::IPCMessage& message);
 
 }  // namespace brondalt

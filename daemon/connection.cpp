@@ -22,7 +22,7 @@ bool isTemporary(int error) {
 
 }  // namespace
 
-Connection::Connection(Descriptor fd, size_t mostFrameBytes) : m_fd(std::move(fd)), m_input(mostFrameBytes) {
+Connection::Connection(Descriptor fd, size_t maxFrameBytes) : m_fd(std::move(fd)), m_input(maxFrameBytes) {
   Caller& caller = m_client->caller;
   if (vesk::read_peer_cred(m_fd.get(), caller.uid, caller.gid))
     caller.mayAdminister = caller.uid == 0 || caller.uid == geteuid();
@@ -37,14 +37,14 @@ unsigned Connection::wanted() const {
   return m_state == State::Sending ? EventLoop::kWritable : 0;
 }
 
-bool Connection::isUnderWay() const {
+bool Connection::isBusy() const {
   return m_state == State::Answering || m_state == State::Sending ||
          (m_state == State::Idle && m_input.hasPartOfFrame());
 }
 
 void Connection::handle(unsigned events) {
   if (m_state == State::Idle) {
-    // Also at the peer's end: what it sent before is still to be carried out.
+    // Also when the peer has closed: what it sent before must still be carried out.
     receive();
   } else if (events & EventLoop::kClosed) {
     end();
@@ -109,14 +109,14 @@ void Connection::flush() {
 
 void Connection::finishReply() {
   explicit_bzero(m_output.data(), m_output.size());
-  // The memory of a large reply is freed; replies are mostly small.
+  // Frees the memory; most replies are small.
   std::string().swap(m_output);
   m_trickles = false;
   m_state = State::Idle;
   if (!m_isLast) return;
-  // Closing at once could take the reply from a client that has not read it yet.
+  // Closing immediately could destroy a reply that the client has not read yet.
   shutdown(m_fd.get(), SHUT_WR);
-  fallSilent();
+  stall();
 }
 
 bool Connection::isDelivered() const {

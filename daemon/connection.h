@@ -1,4 +1,4 @@
-/// The socket of one client: what has come in, and what has to go out.
+/// The socket of one client, with its input and output.
 #pragma once
 
 #include <cstddef>
@@ -13,54 +13,54 @@
 
 namespace brondalt {
 
-/// Reads requests and writes replies without ever blocking, one after the other: while a request is carried
-/// out or its reply is on its way, nothing more is read. A client that does not take its replies therefore
-/// costs no more than one of them.
+/// Reads requests and writes replies one at a time and never blocks. While a request is carried out or its
+/// reply is being sent, nothing more is read, so a client that does not read its replies costs at most one of
+/// them.
 /// Thread-safety: one thread at a time.
 class Connection {
  public:
-  /// The peer's rights come from its credentials. A frame of more than `mostFrameBytes` ends the connection.
-  Connection(Descriptor fd, size_t mostFrameBytes);
-  /// Wipes what was not sent.
+  /// The peer's credentials determine its rights. A frame of more than `maxFrameBytes` ends the connection.
+  Connection(Descriptor fd, size_t maxFrameBytes);
+  /// Wipes unsent bytes.
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
   int fd() const { return m_fd.get(); }
   const std::shared_ptr<Client>& client() const { return m_client; }
-  /// The events of the loop to wait for.
+  /// The loop events to wait for.
   unsigned wanted() const;
-  /// Whether there is nothing left to do but to close.
+  /// Whether the connection should be closed.
   bool isFinished() const { return m_state == State::Finished; }
   /// Whether it waits for the rest of a request, for the back end, or for the client to take a reply.
-  bool isUnderWay() const;
+  bool isBusy() const;
   /// Whether it waits for the back end.
   bool isAnswering() const { return m_state == State::Answering; }
   /// When it last made progress.
   EventLoop::Clock::time_point lastProgress() const { return m_lastProgress; }
 
-  /// Handles events of the loop, by receiving or sending. Afterwards nextRequest may have something.
+  /// Handles loop events by receiving or sending. A request may then be available from nextRequest.
   void handle(unsigned events);
-  /// Takes the next complete request, if there is one and the connection is idle. Valid until the next call
-  /// of handle or nextRequest. The connection is then answering until one of the calls below.
+  /// Takes the next complete request, if there is one and the connection is idle. `message` is valid until
+  /// the next call of handle or nextRequest. The connection is then answering until one of the calls below.
   bool nextRequest(std::string_view& message);
 
-  /// Ends a request with these bytes, which are sent as the socket takes them.
+  /// Answers the request with these bytes, sent as the socket accepts them.
   void send(std::string bytes);
   /// As send, one byte in each round of the loop.
   void trickle(std::string bytes);
-  /// As send; afterwards the client finds the end of the stream.
+  /// As send, followed by the end of the stream.
   void sendLast(std::string bytes);
   /// Whether the client has read all that was sent.
   bool isDelivered() const;
 
-  /// Closes at once.
+  /// Closes immediately.
   void end() { m_state = State::Finished; }
-  /// Neither reads nor writes any more, until the client closes.
-  void fallSilent() { m_state = State::Silent; }
+  /// Stops reading and writing until the client closes.
+  void stall() { m_state = State::Stalled; }
 
  private:
-  enum class State { Idle, Answering, Sending, Silent, Finished };
+  enum class State { Idle, Answering, Sending, Stalled, Finished };
 
   void receive();
   void flush();

@@ -13,7 +13,7 @@ struct OperationRow {
   void (*handle)(Call& call, handlers::Request request);
 };
 
-// Ping and stop are not among them: their replies have no status block.
+// Without ping and stop, whose replies have no status block.
 constexpr OperationRow kOperations[] = {
     {vesk::IPC_OP_SET_SESSION_ID, handlers::setSessionId},
     {vesk::IPC_OP_VALIDATE_PLAINTEXT, handlers::validatePlainText},

@@ -1,4 +1,4 @@
-/// From a request to its operation.
+/// Maps requests to operations.
 #pragma once
 
 #include <functional>
@@ -9,17 +9,17 @@
 
 namespace brondalt {
 
-/// Carries out the requests of all clients against one back end.
+/// Carries out the requests of all clients on one back end.
 /// Thread-safety: one thread at a time.
 class Dispatcher {
  public:
-  /// `onStop` is called before the reply to a client's "stop" goes out. All must outlive the dispatcher and
-  /// its calls.
+  /// `onStop` is called before the reply to a client's "stop" is sent. `service` must outlive the dispatcher
+  /// and its calls.
   Dispatcher(Service& service, std::function<void()> onStop);
 
-  /// Carries a request out; `send` gets its reply, now or later. A request that cannot be read, and an opcode
-  /// that no session sends, get a reply of the result "bad data"; an operation that fails with an exception,
-  /// "system error". The call is returned so that its reply can be forced.
+  /// Carries a request out; `send` receives the reply, now or later. The result is "bad data" for a malformed
+  /// request or an unknown opcode, and "system error" for an operation that throws. The returned call allows
+  /// the caller to force a reply.
   std::weak_ptr<Call> carryOut(std::shared_ptr<Client> client, const vesk::IPCMessage& request,
                                Call::Send send);
 

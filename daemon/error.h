@@ -8,7 +8,7 @@
 
 namespace brondalt {
 
-/// what() is one line for a person. Failures of the library keep the library's own classes.
+/// what() is one human-readable line. The library's own exceptions are not converted.
 class Error : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -16,7 +16,7 @@ class Error : public std::runtime_error {
 
 /// Throws Error "what: text of errno".
 [[noreturn]] inline void throwSystemError(const std::string& what) {
-  // The text is the thread's own. NOLINTNEXTLINE(concurrency-mt-unsafe)
+  // strerror's text is per thread. NOLINTNEXTLINE(concurrency-mt-unsafe)
   throw Error(what + ": " + strerror(errno));
 }
 

@@ -10,7 +10,7 @@
 namespace brondalt {
 namespace {
 
-constexpr int kEventsOfRound = 64;
+constexpr int kEventsPerRound = 64;
 
 uint32_t toSystem(unsigned events) {
   return (events & EventLoop::kReadable ? EPOLLIN : 0u) | (events & EventLoop::kWritable ? EPOLLOUT : 0u);
@@ -21,7 +21,7 @@ unsigned fromSystem(uint32_t events) {
          (events & (EPOLLHUP | EPOLLERR) ? EventLoop::kClosed : 0u);
 }
 
-/// Locks whatever the process says about its threads.
+/// Always locks, even if Thread::locksCount() is false.
 class FOKRAZO_SCOPED_CAPABILITY Locked {
  public:
   explicit Locked(vesk::Mutex& mutex) FOKRAZO_ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.lock(); }
@@ -84,10 +84,10 @@ void EventLoop::post(Task task) {
     m_posted.push_back(std::move(task));
   }
   const uint64_t one = 1;
-  (void)!write(m_wake.get(), &one, sizeof one);  // fails only when it is readable already
+  (void)!write(m_wake.get(), &one, sizeof one);  // fails only if it is already readable
 }
 
-int EventLoop::timeToWait() const {
+int EventLoop::pollTimeout() const {
   if (m_timers.empty()) return -1;
   using std::chrono::milliseconds;
   const auto left = std::chrono::ceil<milliseconds>(m_timers.begin()->first - Clock::now()).count();
@@ -95,9 +95,9 @@ int EventLoop::timeToWait() const {
 }
 
 void EventLoop::run() {
-  epoll_event events[kEventsOfRound];
+  epoll_event events[kEventsPerRound];
   while (!m_isStopped) {
-    const int count = epoll_wait(m_poll.get(), events, kEventsOfRound, timeToWait());
+    const int count = epoll_wait(m_poll.get(), events, kEventsPerRound, pollTimeout());
     if (count < 0 && errno != EINTR) throwSystemError("epoll_wait");
     for (int i = 0; i < count; ++i) dispatch(events[i].data.u64, fromSystem(events[i].events));
     runTimers();
@@ -108,7 +108,7 @@ void EventLoop::run() {
 void EventLoop::dispatch(uint64_t id, unsigned events) {
   const auto fd = m_fds.find(id);
   if (fd == m_fds.end()) return;
-  const std::shared_ptr<Handler> handler = m_watches.at(fd->second).handler;  // it may forget itself
+  const std::shared_ptr<Handler> handler = m_watches.at(fd->second).handler;  // a copy: it may call forget()
   (*handler)(events);
 }
 
@@ -117,7 +117,7 @@ void EventLoop::runTimers() {
   while (!m_timers.empty() && m_timers.begin()->first <= now) m_timers.extract(m_timers.begin()).mapped()();
 }
 
-// Tasks that post further tasks leave them to the next round.
+// Tasks posted by these tasks run in the next round.
 void EventLoop::runPosted() {
   std::vector<Task> tasks;
   if (!takePosted(tasks)) return;

@@ -1,4 +1,4 @@
-/// The loop that all of a daemon runs in.
+/// The event loop of a daemon.
 #pragma once
 
 #include <chrono>
@@ -16,18 +16,18 @@
 
 namespace brondalt {
 
-/// Calls handlers when descriptors are ready, when time has passed, and on request. Every ready descriptor
-/// has its turn in each round, so none can starve the others. Thread-safety: one thread, the one that runs
-/// it; any thread may post().
+/// Calls handlers when descriptors are ready, after delays, and on request. Every ready descriptor is served
+/// once per round, so none can starve the others. Thread-safety: one thread, the one that runs it; any thread
+/// may post().
 class EventLoop {
  public:
   using Clock = std::chrono::steady_clock;
   using Task = std::function<void()>;
-  /// Is called with the events that have come.
+  /// Called with the events that occurred.
   using Handler = std::function<void(unsigned events)>;
 
-  /// Bits of events. kClosed comes whether it is asked for or not: the peer has closed both directions, or
-  /// the descriptor has failed.
+  /// Event bits. kClosed is always reported: the peer has closed both directions, or the descriptor has
+  /// failed.
   static constexpr unsigned kReadable = 1, kWritable = 2, kClosed = 4;
 
   /// @throws Error
@@ -36,21 +36,21 @@ class EventLoop {
   EventLoop(const EventLoop&) = delete;
   EventLoop& operator=(const EventLoop&) = delete;
 
-  /// Begins to watch a descriptor, which stays the caller's and must be forgotten before it is closed.
+  /// Begins to watch a descriptor, which the caller owns and must forget() before it is closed.
   /// @throws Error
   void watch(int fd, unsigned events, Handler handler);
-  /// Changes the events that are waited for; none is allowed. @throws Error
+  /// Changes the events to wait for; may be 0. @throws Error
   void change(int fd, unsigned events);
-  /// Handlers of a forgotten descriptor are not called any more, not even later in the same round. A handler
+  /// The handler of a forgotten descriptor is no longer called, not even later in the same round. A handler
   /// may forget its own descriptor.
   void forget(int fd);
 
-  /// Calls `task` once, when `delay` has passed.
+  /// Calls `task` once after `delay`.
   void after(std::chrono::milliseconds delay, Task task);
-  /// Calls `task` in the next round. From any thread, also while the loop waits.
+  /// Calls `task` in the next round. May be called from any thread, also while the loop waits.
   void post(Task task);
 
-  /// Runs until a handler calls stop(). @throws Error the system cannot wait, and what a handler throws
+  /// Runs until a handler calls stop(). @throws Error waiting fails; also what a handler throws
   void run();
   void stop() { m_isStopped = true; }
 
@@ -61,7 +61,7 @@ class EventLoop {
     std::shared_ptr<Handler> handler;
   };
 
-  int timeToWait() const;
+  int pollTimeout() const;
   void dispatch(uint64_t id, unsigned events);
   void runTimers();
   void runPosted();
@@ -72,7 +72,7 @@ class EventLoop {
   bool m_isStopped = false;
   uint64_t m_lastId = 0;
   std::unordered_map<int, Watch> m_watches;  // by descriptor
-  std::unordered_map<uint64_t, int> m_fds;   // by id, which is never used twice
+  std::unordered_map<uint64_t, int> m_fds;   // by id, which is never reused
   std::multimap<Clock::time_point, Task> m_timers;
   vesk::Mutex m_mutex;
   std::vector<Task> m_posted FOKRAZO_GUARDED_BY(m_mutex);

@@ -6,7 +6,7 @@
 namespace brondalt {
 namespace {
 
-/// A larger buffer is freed once all of it has been served.
+/// A larger buffer is freed when it is empty.
 constexpr size_t kKeptBytes = 256 << 10;
 
 }  // namespace
@@ -39,7 +39,7 @@ FrameReader::Result FrameReader::next(std::string_view& message) {
   const std::string_view rest(m_bytes.data() + m_served, m_bytes.size() - m_served);
   if (rest.size() < sizeof length) return Result::Incomplete;
   memcpy(&length, rest.data(), sizeof length);
-  if (length == 0 || length > m_mostBytes) return Result::BadLength;
+  if (length == 0 || length > m_maxBytes) return Result::BadLength;
   if (rest.size() - sizeof length < length) return Result::Incomplete;
   message = rest.substr(sizeof length, length);
   m_served += sizeof length + length;

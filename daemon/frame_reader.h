@@ -1,4 +1,4 @@
-/// Frames: 4 bytes of length in the host's byte order, then the message.
+/// Frames: the message's length in 4 bytes of host byte order, then the message.
 #pragma once
 
 #include <cstddef>
@@ -12,29 +12,29 @@ namespace brondalt {
 /// The frame of a message.
 std::string frame(std::string_view message);
 
-/// Cuts a stream of bytes into messages. Requests may carry passwords, so bytes are wiped once they have been
-/// used. Memory grows with the bytes that arrive, not with the length that a frame announces.
+/// Splits a byte stream into messages. Requests may contain passwords, so bytes are wiped after use. Memory
+/// grows with the bytes received, not with the announced length.
 /// Thread-safety: one thread at a time.
 class FrameReader {
  public:
   enum class Result { Message, Incomplete, BadLength };
 
-  /// A message of 0 bytes, or of more than `mostBytes`, is a bad length.
-  explicit FrameReader(size_t mostBytes) : m_mostBytes(mostBytes) {}
+  /// A message of 0 bytes, or of more than `maxBytes`, is a bad length.
+  explicit FrameReader(size_t maxBytes) : m_maxBytes(maxBytes) {}
 
-  /// Appends what has arrived. Ends the life of the last message.
+  /// Appends received bytes. Invalidates the last message.
   void append(std::string_view bytes);
-  /// Removes the next message; after a bad length there is none. Valid until the next call.
+  /// Removes the next message; after a bad length there are none. `message` is valid until the next call.
   Result next(std::string_view& message);
-  /// Whether a frame has begun that next() has not returned.
+  /// Whether there is an incomplete frame.
   bool hasPartOfFrame() const { return m_served < m_bytes.size(); }
 
  private:
   void dropServed();
 
-  size_t m_mostBytes;
+  size_t m_maxBytes;
   WipedBytes m_bytes;
-  size_t m_served = 0;  // bytes at the front that next() has returned
+  size_t m_served = 0;  // leading bytes that next() has returned
 };
 
 }  // namespace brondalt

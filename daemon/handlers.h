@@ -1,6 +1,6 @@
 /// The operations of the protocol, one for each opcode that a session sends. A handler reads the fields of
-/// the request and hands them to the back end. Beside each stand the fields of the request; then those that
-/// follow the status block of the reply.
+/// the request and passes them to the back end. The comments list the fields of the request; then, after the
+/// semicolon, those that follow the reply's status block.
 #pragma once
 
 #include <fokrazo/ipcmessage.h>
@@ -13,7 +13,7 @@ namespace handlers {
 
 using Request = const vesk::IPCMessage&;
 
-// lookups.cpp. "@#" in place of a name asks for the next entry of the open listing of that object type.
+// lookups.cpp. "@#" instead of a name means the next entry of the open listing of that object type.
 /// int type, int scope, int key kind, int fresh, int membership, key; object.
 void getObject(Call& call, Request request);
 /// int type, int, int; nothing.
@@ -24,7 +24,7 @@ void endList(Call& call, Request request);
 // searches.cpp
 /// domain, base, filter, attributes, int scope, int limit (0: none), int; list of objects.
 void ldapSearch(Call& call, Request request);
-/// domain, base, filter, attributes, int scope, int entries a page (0: 100), int; int handle.
+/// domain, base, filter, attributes, int scope, int entries per page (0: 100), int; int handle.
 void ldapPagedSearch(Call& call, Request request);
 /// int handle; list of objects, empty after the last one.
 void ldapPagedNext(Call& call, Request request);
@@ -42,7 +42,7 @@ void validateKerberos(Call& call, Request request);
 void ntlmChallenge(Call& call, Request request);
 /// token; object.
 void validateNtlm(Call& call, Request request);
-/// user, groups, int, int form of the names (0 Unix, 1 directory, 2 both); nothing.
+/// user, groups, int, int kind of names (0 Unix, 1 directory, 2 both); nothing.
 void validateUserGroup(Call& call, Request request);
 /// user; nothing.
 void userLogin(Call& call, Request request);
@@ -64,7 +64,7 @@ void setPasswordKrb5(Call& call, Request request);
 void addUser(Call& call, Request request);
 /// computer ("" is this one), password, administrator ("" is none), administrator's password; nothing.
 void setMachinePassword(Call& call, Request request);
-/// user, new password, old password, and two strings that are not used; nothing.
+/// user, new password, old password, two unused strings; nothing.
 void samChangePassword(Call& call, Request request);
 
 // administration.cpp
@@ -94,7 +94,7 @@ void rolesEnabled(Call& call, Request request);
 void rolesSandboxed(Call& call, Request request);
 /// user or "all users", int; list of objects.
 void getRoles(Call& call, Request request);
-/// user, uid, gid, or just "all users"; list of objects.
+/// user, uid, gid, or only "all users"; list of objects.
 void getRolesLocal(Call& call, Request request);
 
 }  // namespace handlers

@@ -31,8 +31,8 @@ sockaddr_un addressOf(const std::string& path) {
   return address;
 }
 
-/// Whether there is a socket without a listener.
-bool isLeftover(const std::string& path) {
+/// Whether the file is a socket without a listener.
+bool isStaleSocket(const std::string& path) {
   struct stat status = {};
   if (lstat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode)) return false;
   const sockaddr_un address = addressOf(path);
@@ -41,9 +41,9 @@ bool isLeftover(const std::string& path) {
          errno == ECONNREFUSED;
 }
 
-/// Listens at `path`, where there must be no file, or a socket without a listener.
+/// Listens at `path`. Replaces a stale socket; any other file is an error.
 Descriptor listenAt(const std::string& path) {
-  if (isLeftover(path)) unlink(path.c_str());
+  if (isStaleSocket(path)) unlink(path.c_str());
   const sockaddr_un address = addressOf(path);
   Descriptor fd = makeSocket();
   if (bind(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
@@ -62,7 +62,7 @@ const size_t ListeningSocket::kLongestPath = sizeof(sockaddr_un::sun_path) - siz
 ListeningSocket::ListeningSocket(std::string path) : m_path(std::move(path)) {
   checkPath(m_path);
   struct stat status = {};
-  if (lstat(m_path.c_str(), &status) == 0 && !isLeftover(m_path)) {
+  if (lstat(m_path.c_str(), &status) == 0 && !isStaleSocket(m_path)) {
     errno = EADDRINUSE;
     throwSystemError(m_path);
   }
@@ -92,7 +92,7 @@ void ListeningSocket::close() {
   struct stat now = {};
   const bool isOurs =
       lstat(m_path.c_str(), &now) == 0 && now.st_ino == m_file.st_ino && now.st_dev == m_file.st_dev;
-  // The file goes first, so that a client that loses its connection does not connect again in vain.
+  // Removes the file first, so that disconnected clients do not try to reconnect.
   if (isOurs) unlink(m_path.c_str());
   m_fd = Descriptor();
 }

@@ -1,4 +1,4 @@
-/// The socket at which clients reach the daemon.
+/// The socket that clients connect to.
 #pragma once
 
 #include <sys/stat.h>
@@ -10,17 +10,17 @@
 namespace brondalt {
 
 /// A listening unix-domain socket and its file, to which every user may connect (mode 0666).
-/// The file appears under its name only once it listens and has its mode: it is made as NAME.new and then
+/// The file appears under its name only when it listens and has its mode: it is created as NAME.new and then
 /// renamed, also by replace().
 class ListeningSocket {
  public:
   /// The longest path, which leaves room for the suffix of a new file.
   static const size_t kLongestPath;
 
-  /// Replaces a socket file without a listener. Anything else at `path` is left as it is.
-  /// @throws Error the path is empty or too long, another process listens there, or the system fails.
+  /// Replaces a socket file without a listener, but nothing else. @throws Error the path is empty or too long
+  /// or in use, or a system call fails
   explicit ListeningSocket(std::string path);
-  /// Removes the file, unless another one has taken its place.
+  /// Removes the file, unless another one has replaced it.
   ~ListeningSocket();
   ListeningSocket(const ListeningSocket&) = delete;
   ListeningSocket& operator=(const ListeningSocket&) = delete;
@@ -28,9 +28,9 @@ class ListeningSocket {
   /// Non-blocking; changes with replace().
   int fd() const { return m_fd.get(); }
 
-  /// Puts a new socket in the place of the current one, as a restarted daemon would; clients find a listener
-  /// at any moment. Returns the old descriptor; closing it disconnects the clients that wait to be accepted.
-  /// @throws Error; nothing has changed
+  /// Replaces the socket, as a restarted daemon would; there is a listener at any moment. Returns the old
+  /// descriptor; closing it disconnects the clients that wait to be accepted.
+  /// @throws Error nothing has changed
   Descriptor replace();
   /// Stops listening and removes the file.
   void close();
@@ -38,7 +38,7 @@ class ListeningSocket {
  private:
   std::string m_path;
   Descriptor m_fd;
-  struct stat m_file = {};  // of the file when it was made
+  struct stat m_file = {};  // of the file when it was created
 };
 
 }  // namespace brondalt

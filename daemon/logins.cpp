@@ -7,7 +7,7 @@
 namespace brondalt {
 namespace {
 
-// Forms of the names in a group test; wire values. Any other number means either form.
+// Kinds of names in a group test; wire values. Any other number means either kind.
 constexpr int kUnixNames = 0;
 constexpr int kDirectoryNames = 1;
 

@@ -7,7 +7,7 @@
 namespace brondalt {
 namespace {
 
-/// The fields of a lookup in front of its key. Numbers are not yet checked.
+/// The fields of a lookup before its key. Numbers are not yet checked.
 struct Lookup {
   int type;
   int scope;
@@ -56,7 +56,7 @@ void nextOfListing(Call& call, const Selection& selection) {
   const auto found = call.client().listings.find(selection.type);
   if (found == call.client().listings.end())
     return call.completeAndThrow({vesk::VR_BAD_PARAMETER, "No listing of this kind is open"});
-  const std::shared_ptr<Listing> listing = found->second;  // the completion may let the client drop its own
+  const std::shared_ptr<Listing> listing = found->second;  // a copy: the completion may drop the client's
   call.onTimeOut([type = selection.type](Client& client) { client.listings.erase(type); });
   listing->next(selection, [self = call.shared_from_this()](Answer<Object> answer) {
     if (answer && !*answer) return self->endListing();
@@ -82,7 +82,7 @@ void handlers::startList(Call& call, Request request) {
   const auto type = static_cast<vesk::DSObjectType>(number);
   call.backend().openListing(call.caller(), type,
                              [self = call.shared_from_this(), type](Answer<std::unique_ptr<Listing>> answer) {
-                               if (self->isComplete()) return;  // after a time-out nobody reads it
+                               if (self->isComplete()) return;  // timed out
                                if (answer) self->client().listings[type] = std::move(*answer);
                                self->complete(answer.status());
                              });

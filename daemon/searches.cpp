@@ -11,12 +11,12 @@ namespace brondalt {
 namespace {
 
 constexpr size_t kUsualPageSize = 100;
-/// A client cannot give up a paged search, so opening one more than this ends the oldest.
-constexpr size_t kMostPagedSearches = 64;
+/// Clients cannot close paged searches, so opening one more ends the oldest.
+constexpr size_t kMaxPagedSearches = 64;
 
 using Names = std::vector<std::string>;
 
-/// A search with its limit, which is the size of a page in a paged one; 0 is none.
+/// A search with its limit, or page size; 0 means none.
 struct LimitedQuery {
   SearchQuery query;
   size_t limit;
@@ -47,7 +47,7 @@ LimitedQuery readQuery(handlers::Request request) {
 
 int keep(Call& call, std::unique_ptr<Search> search, size_t pageSize) {
   auto& open = call.client().searches;
-  if (open.size() >= kMostPagedSearches) open.erase(open.begin());
+  if (open.size() >= kMaxPagedSearches) open.erase(open.begin());
   const int handle = call.newSearchHandle();
   open[handle] = {std::move(search), pageSize};
   return handle;
@@ -66,7 +66,7 @@ void handlers::ldapPagedSearch(Call& call, Request request) {
   call.backend().openSearch(call.caller(), read.query,
                             [self = call.shared_from_this(), reply = call.replyOrThrow<int>(),
                              pageSize](Answer<std::unique_ptr<Search>> answer) {
-                              if (self->isComplete()) return;  // after a time-out nobody knows its handle
+                              if (self->isComplete()) return;  // timed out: its handle is unknown
                               if (!answer) return reply(answer.status());
                               reply(keep(*self, std::move(*answer), pageSize));
                             });
@@ -77,12 +77,12 @@ void handlers::ldapPagedNext(Call& call, Request request) {
   const auto found = call.client().searches.find(handle);
   if (found == call.client().searches.end())
     return call.completeAndThrow({vesk::VR_BAD_PARAMETER, "No such paged search"});
-  const PagedSearch paged = found->second;  // a copy, because the completion may drop the client's own
+  const PagedSearch paged = found->second;  // a copy: the completion may drop the client's
   call.onTimeOut([handle](Client& client) { client.searches.erase(handle); });
   paged.search->next(paged.pageSize, [self = call.shared_from_this(), reply = call.replyOrThrow<Objects>(),
                                       handle](Answer<Objects> answer) {
-    // The reply may lead to the client's next request, which must not find a search that has ended. The
-    // search itself may own this completion, so it goes last.
+    // The reply may trigger the client's next request, which must not find a search that has ended. The
+    // search may own this completion, so it is destroyed last.
     decltype(Client::searches)::node_type ended;
     if (answer && (*answer).empty()) ended = self->client().searches.extract(handle);
     reply(std::move(answer));

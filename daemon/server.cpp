@@ -14,14 +14,14 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// How long the daemon waits for clients to read their last replies before it ends.
+/// Bounds the wait for clients to read their last replies before the daemon ends.
 constexpr int kDeliveryRounds = 100;
 constexpr milliseconds kDeliveryRound(5);
-/// How many times in each Limits::step connections are checked for progress.
-constexpr int kSweepsOfStep = 10;
+/// Checks of connections for progress per Limits::step.
+constexpr int kSweepsPerStep = 10;
 
-/// Requests of one connection in a round; further ones have to wait for the other connections' turn.
-constexpr int kRequestsOfTurn = 8;
+/// Requests of one connection per turn; more wait for the other connections.
+constexpr int kRequestsPerTurn = 8;
 
 }  // namespace
 
@@ -40,14 +40,14 @@ Server::Server(EventLoop& loop, ListeningSocket& socket, Service& service, Traff
 
 Server::~Server() {
   m_self.reset();
-  // The file goes first, so that a client that loses its connection does not connect again in vain.
+  // Removes the file first, so that disconnected clients do not try to reconnect.
   m_acceptor.close();
   for (const auto& entry : m_connections) m_loop.forget(entry.first);
 }
 
 bool Server::restart() {
-  // The new socket is there before any client notices the end of the old one.
-  if (!listenAnew()) return false;
+  // The new socket exists before any client loses its connection.
+  if (!listenAgain()) return false;
   ++m_service.statistics.restarts;
   for (const auto& entry : m_connections) {
     m_loop.forget(entry.first);
@@ -57,7 +57,7 @@ bool Server::restart() {
   return true;
 }
 
-bool Server::listenAnew() {
+bool Server::listenAgain() {
   try {
     return m_acceptor.restart();
   } catch (const Error& error) {
@@ -93,7 +93,7 @@ void Server::handle(const ConnectionPtr& connection, unsigned events) {
 void Server::serve(const ConnectionPtr& connection) {
   const Connection* const outer = std::exchange(m_served, connection.get());
   std::string_view message;
-  int left = kRequestsOfTurn;
+  int left = kRequestsPerTurn;
   while (!m_isStopping && left > 0 && connection->nextRequest(message)) {
     --left;
     answer(connection, message);
@@ -113,7 +113,7 @@ void Server::answer(const ConnectionPtr& connection, std::string_view bytes) {
     case Traffic::Verdict::Close:
       return connection->end();
     case Traffic::Verdict::Ignore:
-      return connection->fallSilent();
+      return connection->stall();
     case Traffic::Verdict::Restart:
       if (!restart()) connection->end();
       return;
@@ -131,7 +131,7 @@ void Server::answer(const ConnectionPtr& connection, std::string_view bytes) {
       carryOut(connection, request, admission.mark);
     }
   } catch (const VESKException& exception) {
-    // Bytes that are no message cannot be answered.
+    // There is no reply to bytes that are not a message.
     if (m_log) m_log("connection " + std::to_string(connection->fd()) + ": " + exception.what());
     connection->end();
   }
@@ -168,7 +168,7 @@ void Server::deliver(const ConnectionPtr& connection, vesk::IPCReply* reply, int
   }
 }
 
-/// Waits for the next event of the connection, or closes it.
+/// Waits for the connection's next event, or closes it.
 void Server::settle(const ConnectionPtr& connection) {
   if (!isServed(connection)) return;
   if (connection->isFinished()) return remove(connection);
@@ -194,7 +194,7 @@ void Server::logRequest(const Connection& connection, vesk::IPC_OPCODE opcode) c
 }
 
 void Server::sweepLater() {
-  const milliseconds pause = std::max(m_limits.step / kSweepsOfStep, milliseconds(1));
+  const milliseconds pause = std::max(m_limits.step / kSweepsPerStep, milliseconds(1));
   m_loop.after(pause, [self = std::weak_ptr<Server*>(m_self)] {
     if (const auto server = self.lock()) (*server)->sweep();
   });
@@ -205,7 +205,7 @@ void Server::sweep() {
   std::vector<Entry> stuck;
   for (const auto& entry : m_connections) {
     const Connection& connection = *entry.second.connection;
-    if (connection.isUnderWay() && connection.lastProgress() < limit) stuck.push_back(entry.second);
+    if (connection.isBusy() && connection.lastProgress() < limit) stuck.push_back(entry.second);
   }
   for (const Entry& entry : stuck) {
     const auto call = entry.connection->isAnswering() ? entry.call.lock() : nullptr;
@@ -233,7 +233,7 @@ void Server::finishReplies() {
   awaitDelivery(kDeliveryRounds);
 }
 
-/// A connection that ends before its last reply was read looks broken to the client.
+/// Closing before the client has read its last reply would look like a failure.
 void Server::awaitDelivery(int rounds) {
   const bool isDelivered = std::all_of(m_connections.begin(), m_connections.end(), [](const auto& entry) {
     return entry.second.connection->isDelivered();

@@ -20,43 +20,43 @@
 
 namespace brondalt {
 
-/// What one client may cost.
+/// Limits for each client.
 struct Limits {
   /// A longer request ends the connection.
   size_t frameBytes = 1 << 20;
-  /// The time for a client to send the rest of a request, or to take more of a reply; its connection ends
-  /// then. Also the time for the back end to answer; after that the client gets "away".
+  /// The time for a client to send the rest of a request or to accept more of a reply, before its connection
+  /// is closed; and for the back end to answer, before the client gets "server unreachable".
   std::chrono::milliseconds step = std::chrono::minutes(5);
 };
 
-/// Serves any number of clients on a loop. None of them can hold up or end the others: each has one request
-/// under way and gets one turn in each round of the loop.
+/// Serves any number of clients on a loop. No client can delay or disconnect the others: each has one active
+/// request and one turn per round of the loop.
 /// Thread-safety: the loop's thread.
 class Server {
  public:
   using Log = std::function<void(const std::string& line)>;
 
   /// Begins to accept clients; they are served once the loop runs. All references must outlive the server.
-  /// `log`, if there is one, gets a line for each request and each failure; no line holds a secret.
+  /// `log`, unless empty, receives a line for each request and each failure, without secrets.
   Server(EventLoop& loop, ListeningSocket& socket, Service& service, Traffic& traffic, const Limits& limits,
          Log log = {});
   ~Server();
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
-  /// Closes all connections and listens anew, as a restarted daemon would, and returns true. If there can be
-  /// no new socket, it logs why, changes nothing and returns false. It also returns false once a client has
-  /// stopped the daemon: the last replies are delivered first.
+  /// Closes all connections and listens on a new socket, as a restarted daemon would, and returns true. If
+  /// there is no new socket, logs why, changes nothing and returns false. Also returns false after a client
+  /// has stopped the daemon, while the last replies are delivered.
   bool restart();
 
  private:
   using ConnectionPtr = std::shared_ptr<Connection>;
   struct Entry {
     ConnectionPtr connection;
-    std::weak_ptr<Call> call;  // while it answers
+    std::weak_ptr<Call> call;  // while it is answering
   };
 
-  bool listenAnew();
+  bool listenAgain();
   void add(Descriptor fd);
   void handle(const ConnectionPtr& connection, unsigned events);
   void serve(const ConnectionPtr& connection);
@@ -83,9 +83,9 @@ class Server {
   Dispatcher m_dispatcher;
   Acceptor m_acceptor;
   std::unordered_map<int, Entry> m_connections;  // by descriptor
-  const Connection* m_served = nullptr;          // whose requests serve() is going through
+  const Connection* m_served = nullptr;          // the one that serve() is working on
   bool m_isStopping = false;
-  std::shared_ptr<Server*> m_self;  // held weakly by tasks and completions that may outlive this object
+  std::shared_ptr<Server*> m_self;  // held weakly by tasks and completions, which may outlive this object
 };
 
 }  // namespace brondalt

@@ -1,11 +1,11 @@
-/// What all requests of a daemon share.
+/// State shared by all requests of a daemon.
 #pragma once
 
 namespace brondalt {
 
 class Backend;
 
-/// Counters for people who look after the daemon.
+/// Counters for administrators.
 struct Statistics {
   unsigned long requests = 0;
   unsigned long restarts = 0;

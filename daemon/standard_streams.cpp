@@ -8,7 +8,7 @@
 namespace brondalt {
 
 void openStandardStreams() {
-  // The lowest free descriptor is used, so each call fills the next gap.
+  // Each call opens the lowest free descriptor, and so fills the next gap.
   for (;;) {
     const int fd = open("/dev/null", O_RDWR);
     if (fd < 0) throwSystemError("/dev/null");

@@ -1,4 +1,4 @@
-/// How an operation went, and the two ways for a back end to say it: at once, or later.
+/// The outcome of an operation, returned immediately or later.
 #pragma once
 
 #include <functional>
@@ -10,7 +10,7 @@
 
 namespace brondalt {
 
-/// The outcome of an operation, as the client reads it. A plain value.
+/// The outcome of an operation, as sent to the client. A plain value.
 struct Status {
   Status(vesk::ValidationResult result = vesk::VR_SUCCESS, std::string message = std::string(),
          int detail = 0)
@@ -18,7 +18,7 @@ struct Status {
 
   /// There is no such object.
   static Status notFound() { return vesk::VR_NOT_FOUND; }
-  /// The back end does not do this, now or ever: a part of it that is missing, or read-only.
+  /// The back end never supports this: the feature is missing or read-only.
   static Status notSupported();
   /// The directory cannot be reached now; the same request may succeed later.
   static Status away(const std::string& message) { return {vesk::VR_SERVER_UNREACHABLE, message}; }
@@ -26,8 +26,8 @@ struct Status {
   bool isSuccess() const { return result == vesk::VR_SUCCESS; }
 
   vesk::ValidationResult result;
-  std::string message;  ///< for a person; empty for the usual text of the result
-  int detail;           ///< an NT status, where there is one
+  std::string message;  ///< human-readable; empty for the result's default text
+  int detail;           ///< an NT status, if there is one
 };
 
 /// What an operation returns: a value, or the status of its failure.
@@ -49,9 +49,9 @@ class Answer {
   std::optional<T> m_value;
 };
 
-/// Completes an operation. It is called at most once, on the loop's thread, from within the operation or at
-/// any time later; a back end with threads of its own posts it to the loop. A completion that is destroyed
-/// without having been called answers "system error". After the client has gone it does nothing.
+/// Completes an operation. Called at most once, on the loop's thread, during the operation or later; a back
+/// end with its own threads posts it to the loop. A completion destroyed without a call answers "system
+/// error". It does nothing if the client is gone.
 template <class T>
 using Done = std::function<void(Answer<T>)>;
 using DoneStatus = std::function<void(Status)>;

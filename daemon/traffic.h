@@ -1,4 +1,4 @@
-/// What happens to requests and replies on their way.
+/// A hook for requests and replies in transit.
 #pragma once
 
 #include <string>
@@ -16,17 +16,17 @@ class Traffic {
     Refuse,   ///< reply "not authorized"
     Ignore,   ///< never reply, and leave the connection open
     Close,    ///< close the connection
-    Restart,  ///< close all connections and listen anew; if that fails, close this one
+    Restart,  ///< close all connections and listen on a new socket; if that fails, close this one
   };
   struct Admission {
     Verdict verdict = Verdict::CarryOut;
-    int mark = 0;  ///< handed to deliver() with the reply
+    int mark = 0;  ///< passed to deliver() with the reply
   };
 
   virtual ~Traffic() = default;
-  /// Decides about a request that has come in.
+  /// Decides about a received request.
   virtual Admission admit() { return {}; }
-  /// Ends the request of `connection` with one of its calls; `message` is the reply.
+  /// Answers the request of `connection` with one of its calls; `message` is the reply.
   virtual void deliver(Connection& connection, std::string_view message, int /*mark*/) {
     connection.send(frame(message));
   }

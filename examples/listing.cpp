@@ -31,7 +31,7 @@ int main(int argc, char** argv) try {
   }
   vesk::LocalRpcSession session(argv[1], false, false);
   return listUsers(session);
-} catch (const VESKException& error) {  // the daemon is away or has gone: the listing must begin again
+} catch (const VESKException& error) {  // the connection failed: the listing must start again
   std::cerr << error.className() << ": " << error.what() << '\n';
   return 1;
 }

@@ -1,5 +1,5 @@
-/// What the two modules share: a session that distinguishes "not found" from every other failure, and a frame
-/// for a module's task that turns every exception into an answer.
+/// Shared by the two modules: a session that distinguishes "not found" from every other failure, and a
+/// wrapper that turns a task's exceptions into answers.
 #pragma once
 
 #include <fokrazo.h>
@@ -13,10 +13,10 @@
 
 namespace example {
 
-/// The one socket that modules use. They run inside logins, so they accept a path from nowhere else.
+/// The daemon's socket. Fixed, because modules run inside logins.
 constexpr char kSocket[] = "/var/velmora/daemon";
 
-/// Ends a task with an answer that is not success.
+/// Thrown to end a task with an answer other than success.
 struct Failure {
   vesk::Answer answer;
 };
@@ -29,14 +29,13 @@ inline void succeedOrFail(vesk::ValidationResult result) {
   if (result != vesk::VR_SUCCESS) fail(result);
 }
 
-/// A session of the modules, which talks only to a daemon of root.
-/// Thread-safety and fork: as LocalRpcSession.
+/// A module's session. Accepts only a daemon that runs as root. Thread-safety and fork: as LocalRpcSession.
 class ModuleSession {
  public:
   ModuleSession() { m_session.setTrustedPeer(0); }
 
-  /// Runs `task` with the connected session and returns what it returns.
-  /// @throws Failure this very process is the daemon
+  /// Runs `task` with the connected session and returns its result.
+  /// @throws Failure this process is the daemon
   /// @throws what the session throws
   template <class Task>
   auto with(Task task) {
@@ -45,10 +44,10 @@ class ModuleSession {
     return task(m_session);
   }
 
-  /// Looks up one object. LocalRpcSession's own lookups report some failures of the daemon as "not found",
-  /// and a file's owner or a login must not depend on that. So this sends the request itself and examines the
-  /// result. `flags` are those of LocalRpcSession's lookups.
-  /// @throws Failure there is no such object, or the daemon cannot say
+  /// Looks up one object. LocalRpcSession's lookups report some failures of the daemon as "not found", which
+  /// could change a file's owner or refuse a login. So this sends the request itself and examines the result.
+  /// `flags` are those of LocalRpcSession's lookups.
+  /// @throws Failure there is no such object, or the lookup failed
   template <class Key>
   vesk::ADObject find(vesk::DSObjectType type, vesk::KeyKind kind, const Key& key, int flags) {
     Lookup request(vesk::IPC_OP_GET_OBJECT, type, kind, key, flags);
@@ -58,7 +57,7 @@ class ModuleSession {
   }
 
   /// Start a listing and advance it. If the connection is lost, the listing ends.
-  /// @throws Failure refused; at the end, "not found"
+  /// @throws Failure the daemon refuses, or "not found" at the end
   void startListing(vesk::DSObjectType type) {
     vesk::IPCRequest request(vesk::IPC_OP_START_LIST);
     for (const int field : {static_cast<int>(type), 0, 0}) request += field;
@@ -77,8 +76,8 @@ class ModuleSession {
     return objectOf(reply);
   }
 
-  /// Whether the daemon is never asked for a name. NEXT_ENTRY has a meaning of its own in a lookup. "root" is
-  /// the host's: programs ask all sources of groups when root logs in, and that must not wait for the daemon.
+  /// Whether the daemon is never asked for a name. NEXT_ENTRY is special in a lookup. "root" belongs to the
+  /// host: when root logs in, programs ask all sources for groups, and that must not wait for the daemon.
   static bool isReserved(const std::string& name) { return name == vesk::NEXT_ENTRY || name == "root"; }
 
  private:
@@ -97,7 +96,7 @@ class ModuleSession {
 
   using Carrier = void (vesk::LocalRpcSession::*)(vesk::IPCRequest&, vesk::IPCReply&, bool);
 
-  /// Makes one exchange and returns the result in its reply.
+  /// Makes one exchange and returns the result from the reply.
   vesk::ValidationResult ask(vesk::IPCRequest& request, vesk::IPCReply& reply, Carrier carry) {
     return with([&](vesk::LocalRpcSession& session) {
       (session.*carry)(request, reply, false);
@@ -111,7 +110,7 @@ class ModuleSession {
     return object;
   }
 
-  /// The daemon's own lookups of names come back to it through a module: it would wait for itself.
+  /// If the daemon looks up a name, the module would make it wait for itself.
   void refuseOwnProcess() {
     ucred peer = {};
     socklen_t size = sizeof peer;
@@ -122,8 +121,8 @@ class ModuleSession {
   vesk::LocalRpcSession m_session{kSocket, false, false};
 };
 
-/// Marks the thread as inside a module, where it cannot be cancelled: a cancellation is an exception that
-/// must not be caught, and would pass through functions of C.
+/// Marks the thread as inside a module and disables its cancellation: a cancellation is an exception that
+/// must not be caught, and it would unwind through C functions.
 class Inside {
  public:
   Inside() {
@@ -137,7 +136,7 @@ class Inside {
   Inside(const Inside&) = delete;
   Inside& operator=(const Inside&) = delete;
 
-  /// Whether this is the thread's only mark. If not, something that the library called has called a module.
+  /// False if the library, inside a module, has indirectly called a module again.
   bool isFirst() const { return depth() == 1; }
 
  private:
@@ -160,7 +159,7 @@ inline vesk::Answer currentAnswer() noexcept {
   }
 }
 
-/// Runs a module's task. Throws nothing and keeps errno.
+/// Runs a module's task. Does not throw; preserves errno.
 template <class Task>
 vesk::Answer answer(Task task) noexcept {
   const Inside inside;

@@ -1,5 +1,5 @@
-// Searches the directory and prints the name and DN of each object. Only one page of the result is in memory.
-// usage: paged_search SOCKET FILTER
+// Searches the directory and prints the name and DN of each object. Keeps only one page of the result in
+// memory. usage: paged_search SOCKET FILTER
 #include <fokrazo.h>
 
 #include <iostream>
@@ -23,7 +23,7 @@ int main(int argc, char** argv) try {
   }
   vesk::LocalRpcSession session(argv[1], false, false);
   const char* attributes[] = {AD_CN.c_str(), AD_DISTINGUISHED_NAME.c_str(), nullptr};
-  // The session must outlive the handle. An empty base means the whole of this host's domain.
+  // The session must outlive the handle. An empty base means this host's whole domain.
   vesk::PagedSearchHandle found =
       session.ldapPagedSearch("", "", argv[2], attributes, vesk::ScopeSubtree, kPageSize, false);
   for (vesk::ADObject object = found.getNext(); !object.isEmpty(); object = found.getNext()) print(object);

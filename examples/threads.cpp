@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kThreads = 4;
 
-/// A name and its answer: written by one thread, read after all have ended.
+/// A name and its answer, written by one thread and read after all threads have ended.
 struct Question {
   std::string name;
   std::string answer;

@@ -27,7 +27,7 @@ constexpr char kComputedControl[] = "msDS-User-Account-Control-Computed";
 constexpr int64_t kComplexityWanted = 1;
 constexpr int kClassesWanted = 3;
 
-/// How many of the classes upper case, lower case, digits and others a password uses.
+/// The number of character classes (upper case, lower case, digits, others) in a password.
 int countClasses(const std::string& password) {
   bool upperCase = false, lowerCase = false, digit = false, other = false;
   for (char c : password) {
@@ -37,7 +37,7 @@ int countClasses(const std::string& password) {
   return upperCase + lowerCase + digit + other;
 }
 
-/// Shorter names occur in too many passwords to be forbidden there.
+/// Shorter names may be part of a password.
 constexpr size_t kShortestForbiddenName = 3;
 
 bool containsName(const std::string& password, const std::string& name) {
@@ -63,14 +63,14 @@ std::vector<std::string> Accounts::load(const std::string& path) {
     if (account == kNoEntry) {
       unknown.push_back(name);
     } else {
-      give(account, line.substr(colon + 1));
+      setPassword(account, line.substr(colon + 1));
     }
   }
   if (file.bad()) throw Error(path + ": cannot be read");
   return unknown;
 }
 
-void Accounts::give(EntryId account, const std::string& password) {
+void Accounts::setPassword(EntryId account, const std::string& password) {
   m_secrets[account] = {password, 0};
 }
 
@@ -132,7 +132,7 @@ ValidationResult Accounts::checkPolicy(const std::string& accountName, const std
 }
 
 void Accounts::store(EntryId account, const std::string& password) {
-  give(account, password);
+  setPassword(account, password);
   m_directory.set(account, AD_PWCHG_LAST, std::to_string(fromUnixTime(time(nullptr))));
   m_directory.set(account, AD_LOCKOUT_TIME, "0");
   m_directory.set(account, kComputedControl, "0");

@@ -1,4 +1,4 @@
-/// Passwords and the state of accounts.
+/// Passwords and account states.
 #pragma once
 
 #include <cstdint>
@@ -13,35 +13,33 @@ namespace standin {
 
 class Directory;
 
-/// Checks and changes passwords. They are kept in plain text and only in memory: throw-away passwords for
-/// development. An account without a password cannot log in.
-/// An account that the directory marks as disabled, locked or expired is refused. So is one that has to
-/// change its password, with a result of its own. The domain's policy applies to new passwords (length,
-/// complexity) and to wrong ones (lockout). Ages of passwords are ignored, so that a sample directory does
-/// not grow stale. Thread-safety: one thread at a time.
+/// Checks and changes passwords. They are kept in plain text, only in memory: disposable passwords for
+/// development. An account without a password cannot log in. An account that is disabled, locked or expired
+/// is refused, and so, with its own result, is one that must change its password. The domain's policy applies
+/// to new passwords (length, complexity) and to wrong ones (lockout). Password ages are ignored, so that a
+/// sample directory does not expire. Thread-safety: one thread at a time.
 class Accounts {
  public:
-  /// `directory` must outlive this object, which changes it: times of change, lockouts.
+  /// `directory` must outlive this object, which updates it: password changes, lockouts.
   explicit Accounts(Directory& directory);
 
   /// Reads a file of lines "name:password", ignoring empty lines and those that begin with "#". Returns the
-  /// names that no account has.
-  /// @throws Error the file cannot be read, or a line has no colon.
+  /// unknown names. @throws Error the file cannot be read, or a line has no colon
   std::vector<std::string> load(const std::string& path);
 
   /// Sets an account's password without checking the domain's policy.
-  void give(EntryId account, const std::string& password);
+  void setPassword(EntryId account, const std::string& password);
 
-  /// Whether this is the account's password and the account may be used. Wrong passwords are counted, and
-  /// lock the account at the domain's threshold.
+  /// Checks the password and the account's state. Wrong passwords are counted, and lock the account at the
+  /// domain's threshold.
   vesk::ValidationResult validate(EntryId account, const std::string& password);
-  /// Whether the account may be used at all: not locked, disabled or expired.
+  /// Whether the account may be used: not locked, disabled or expired.
   vesk::ValidationResult state(EntryId account) const;
-  /// Changes a password on behalf of its owner: as validate, but an expired password is accepted.
+  /// Changes a password on behalf of its owner. Checks as validate, but accepts an expired password.
   vesk::ValidationResult change(EntryId account, const std::string& old, const std::string& wanted);
   /// Sets a password on behalf of an administrator, which also ends a lockout.
   vesk::ValidationResult reset(EntryId account, const std::string& wanted);
-  /// Whether the domain's policy allows a new password for that account name.
+  /// Whether the domain's policy allows `password` for that account.
   vesk::ValidationResult checkPolicy(const std::string& accountName, const std::string& password) const;
 
   bool isAdministrator(EntryId account) const;

@@ -17,7 +17,7 @@ namespace {
 
 using Values = std::vector<std::string>;
 
-/// Kinds of entries that have a derived attribute; bits.
+/// Kinds of entries that have a derived attribute, as bits.
 enum Kinds : unsigned { ForAccounts = 1, ForGroups = 2, ForBoth = 3 };
 
 /// An attribute of accounts that copies `first`, or `second` if the first is missing.
@@ -40,8 +40,8 @@ struct Source {
   const Entry& entry;
 };
 
-/// An attribute that is computed. If there are no values, the object does not have the attribute.
-struct MadeRow {
+/// A computed attribute. Without values, the object does not have the attribute.
+struct ComputedRow {
   const std::string* name;
   unsigned kinds;
   Values (*make)(const Source& source);
@@ -55,7 +55,7 @@ Values makeUnixName(const Source& source) {
   return oneValue(unixName(source.entry));
 }
 
-/// A number without leading zeros, which would make it octal for the views.
+/// A number without leading zeros, which views would read as octal.
 Values makeNumber(const std::string& text) {
   if (!toUnixId(text)) return {};
   return oneValue(std::to_string(strtoll(text.c_str(), nullptr, 10)));
@@ -102,7 +102,7 @@ Values makeComputers(const Source& source) {
   return membersOf(source, EntryKind::Computer);
 }
 
-/// The entry of the domain, or an empty one if it is not in the directory.
+/// The domain's entry; empty if it is not in the directory.
 const Entry& domainEntry(const Source& source) {
   static const Entry none("");
   EntryId domain = source.directory.domain().entry;
@@ -117,14 +117,14 @@ Values makeMaxAge(const Source& source) {
   return oneValue(domainEntry(source).first("maxPwdAge"));
 }
 
-/// A directory time in days since the epoch, for Unix accounts only; no value for "never".
+/// A directory time in days since the epoch, for Unix accounts only; none for "never".
 Values makeDay(const Source& source, const std::string& attribute) {
   FileTime time = source.entry.number(attribute);
   if (!unixId(source.entry) || isNever(time)) return {};
   return oneValue(std::to_string(toUnixTime(time) / kSecondsPerDay));
 }
 
-/// A duration in days, for Unix accounts only; no value for "never".
+/// A duration in days, for Unix accounts only; none for "never".
 Values makeDays(const Source& source, const char* attribute) {
   FileTime duration = domainEntry(source).number(attribute);
   if (!unixId(source.entry) || duration >= 0 || duration == kNeverEnds) return {};
@@ -149,7 +149,7 @@ Values makeShadowExpire(const Source& source) {
   return makeDay(source, AD_USER_EXPIRE);
 }
 
-const MadeRow kMade[] = {
+const ComputedRow kComputed[] = {
     {&VESK_UNIXNAME, ForBoth, makeUnixName},
     {&VESK_UID, ForAccounts, makeUid},
     {&VESK_GID, ForBoth, makeGid},
@@ -211,7 +211,7 @@ void appendDerived(vesk::ADObject& object, const Source& source, const Values& w
   for (const CopyRow& row : kCopies)
     if ((kind & ForAccounts) && isWanted(*row.name, wanted))
       append(object, *row.name, oneValue(eitherValue(source.entry, *row.first, *row.second)));
-  for (const MadeRow& row : kMade)
+  for (const ComputedRow& row : kComputed)
     if ((row.kinds & kind) && isWanted(*row.name, wanted)) append(object, *row.name, row.make(source));
 }
 

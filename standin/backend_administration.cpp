@@ -20,7 +20,7 @@ std::vector<EntryId> findRoles(const Directory& directory) {
   return roles;
 }
 
-/// The roles that name the account, or a group that it is in.
+/// The roles that list the account or one of its groups.
 std::vector<EntryId> findRolesOf(const Directory& directory, EntryId account) {
   std::vector<EntryId> holders = directory.membership().groupsAbove(account);
   holders.push_back(account);
@@ -38,7 +38,7 @@ std::vector<EntryId> findRolesOf(const Directory& directory, EntryId account) {
 
 }  // namespace
 
-/// One line of the state; clients ask for it by its position, counted from 1.
+/// One line of the state; clients select it by its position, counted from 1.
 struct LdifBackend::StateRow {
   const char* title;
   std::string (*tell)(const LdifBackend& backend);
@@ -61,12 +61,12 @@ const LdifBackend::StateRow LdifBackend::kState[] = {
 };
 
 void LdifBackend::flushCache(const Caller&, vesk::ADObject, unsigned, const std::string&, DoneStatus done) {
-  // There is nothing to flush: everything is in memory, and would be the same again.
+  // Nothing to flush: there is no cache.
   done(vesk::VR_SUCCESS);
 }
 
 void LdifBackend::dumpCache(const Caller&, const std::vector<std::string>&, DoneStatus done) {
-  // The daemon writes a file of its own choice; the stand-in has no cache and writes none.
+  // Nothing to dump: there is no cache.
   done(vesk::VR_SUCCESS);
 }
 
@@ -99,7 +99,7 @@ void LdifBackend::servicePrincipal(const std::string& service, Done<std::string>
   done(*found + "@" + m_directory.domain().realm);
 }
 
-// There is one domain. It is found by its own names, by the empty one, and by those of its objects.
+// The only domain is found by its names, by the empty name, and by the names of its objects.
 void LdifBackend::findDomain(const std::string& name, Done<DomainNames> done) {
   const bool isOurs = name.empty() || m_directory.isDomainName(name) ||
                       m_directory.byName(name, Family::Both) != kNoEntry ||
@@ -130,7 +130,7 @@ void LdifBackend::rolesOf(const std::string& user, Done<Objects> done) {
 
 void LdifBackend::rolesOfLocal(const std::string& user, const std::string&, const std::string&,
                                Done<Objects> done) {
-  // A user of this host whom the directory does not know has no roles, and that is no failure.
+  // A local user who is not in the directory has no roles; that is not a failure.
   const EntryId id = account(user);
   done(id == kNoEntry ? Objects() : objects(findRolesOf(m_directory, id)));
 }

@@ -23,7 +23,7 @@ EntryId findByName(const Directory& directory, const std::string& name, const Se
   return id == kNoEntry && selection.type == vesk::DSAny ? directory.byDn(name) : id;
 }
 
-/// Finds the entry of a key.
+/// Finds the entry for a key.
 struct Finder {
   const Directory& directory;
   const Selection& selection;
@@ -36,7 +36,7 @@ struct Finder {
   EntryId operator()(const vesk::SID& sid) const { return directory.bySid(sid.bytes()); }
 };
 
-/// Whether an entry that a key led to is in the selection.
+/// Whether the entry found is in the selection.
 bool fits(const Directory& directory, EntryId id, const Selection& selection) {
   if (selection.type != vesk::DSAny && !directory.isOf(id, familyOf(selection.type))) return false;
   return !selection.isUnixOnly || unixId(directory[id]);
@@ -69,7 +69,7 @@ class LdifBackend::LdifListing : public Listing {
   EntryId m_next = 0;
 };
 
-// The stand-in has no cache to pass by, and always includes the membership.
+// The stand-in has no cache to bypass, and always includes memberships.
 void LdifBackend::find(const Caller&, const Selection& selection, const LookupKey& key, Done<Object> done) {
   const EntryId id = std::visit(Finder{m_directory, selection}, key);
   if (id == kNoEntry || !fits(m_directory, id, selection)) return done(Status::notFound());

@@ -18,7 +18,7 @@ namespace {
 constexpr char kNormalAccount[] = "512";
 constexpr char kDomainUsers[] = "513";
 
-void setIfGiven(Entry& entry, const std::string& attribute, const std::string& value) {
+void setUnlessEmpty(Entry& entry, const std::string& attribute, const std::string& value) {
   if (!value.empty()) entry.set(attribute, value);
 }
 
@@ -36,24 +36,24 @@ Entry makeEntry(const Directory& directory, const NewUser& user) {
   entry.set(AD_USER_ACCNT_CONTROL, kNormalAccount);
   entry.set(AD_PRIMARY_GID, kDomainUsers);
   entry.set("objectGUID", randomBytes(vesk::Guid::kSize));
-  setIfGiven(entry, AD_OBJECT_SID, directory.nextSid());
+  setUnlessEmpty(entry, AD_OBJECT_SID, directory.nextSid());
   entry.set(AD_PWCHG_LAST, std::to_string(fromUnixTime(time(nullptr))));
   entry.set(AD_WHEN_CREATED, directoryTime(time(nullptr)));
   entry.set(AD_WHEN_CHANGED, directoryTime(time(nullptr)));
   entry.set(AD_USN_CREATED, std::to_string(directory.highestUsn() + 1));
   entry.set(AD_USN_CHANGED, std::to_string(directory.highestUsn() + 1));
-  setIfGiven(entry, AD_R2_UID, user.uid);
-  setIfGiven(entry, AD_R2_GID, user.gid);
-  setIfGiven(entry, AD_DISPLAY_NAME, user.fullName);
-  setIfGiven(entry, AD_R2_GECOS, user.fullName);
-  setIfGiven(entry, AD_R2_HOMEDIR, user.home);
-  setIfGiven(entry, AD_R2_SHELL, user.shell);
+  setUnlessEmpty(entry, AD_R2_UID, user.uid);
+  setUnlessEmpty(entry, AD_R2_GID, user.gid);
+  setUnlessEmpty(entry, AD_DISPLAY_NAME, user.fullName);
+  setUnlessEmpty(entry, AD_R2_GECOS, user.fullName);
+  setUnlessEmpty(entry, AD_R2_HOMEDIR, user.home);
+  setUnlessEmpty(entry, AD_R2_SHELL, user.shell);
   return entry;
 }
 
 }  // namespace
 
-/// Whether this is an administrator with the right password.
+/// Whether this is an administrator with the correct password.
 ValidationResult LdifBackend::checkAdministrator(const Administrator& administrator) {
   const EntryId id = account(administrator.name);
   if (id == kNoEntry) return vesk::VR_INSUFFICIENT_PERMISSION;
@@ -62,7 +62,7 @@ ValidationResult LdifBackend::checkAdministrator(const Administrator& administra
   return m_accounts.isAdministrator(id) ? vesk::VR_SUCCESS : vesk::VR_INSUFFICIENT_PERMISSION;
 }
 
-/// Without an administrator's name, the rights of the caller decide.
+/// Without an administrator's name, the caller's rights decide.
 ValidationResult LdifBackend::checkPermission(const Caller& caller, const Administrator& administrator) {
   if (!administrator.name.empty()) return checkAdministrator(administrator);
   return caller.mayAdminister ? vesk::VR_SUCCESS : vesk::VR_INSUFFICIENT_PERMISSION;
@@ -112,7 +112,7 @@ void LdifBackend::setMachinePassword(const Caller& caller, const std::string& co
                                      DoneStatus done) {
   const ValidationResult result = checkPermission(caller, administrator);
   if (result != vesk::VR_SUCCESS) return done(result);
-  // This host has no account in the directory that could ask for its secret again.
+  // Nothing to store: this host has no account in the directory.
   if (computer.empty()) return done(vesk::VR_SUCCESS);
   EntryId id = account(computer);
   if (id == kNoEntry) id = account(computer + "$");
@@ -126,7 +126,7 @@ void LdifBackend::addUser(const Caller& caller, const NewUser& user, const Admin
   if (result == vesk::VR_SUCCESS) result = checkNewUser(user);
   if (result != vesk::VR_SUCCESS) return done(result);
   const EntryId id = m_directory.add(makeEntry(m_directory, user));
-  m_accounts.give(id, user.password);
+  m_accounts.setPassword(id, user.password);
   done(vesk::VR_SUCCESS);
 }
 

@@ -10,10 +10,10 @@ namespace standin {
 
 using namespace brondalt;
 
-/// The objects of an entry search, with the attributes that are wanted.
+/// The objects found by a search, with the wanted attributes.
 class LdifBackend::LdifSearch : public brondalt::Search {
  public:
-  /// @throws Error as standin::Search, and for another domain than the one that is served.
+  /// @throws Error as standin::Search, and for any other domain
   LdifSearch(const Directory& directory, AttributeMap& objects, const SearchQuery& query)
       : m_objects(objects),
         m_entries(directory, query.base, query.scope, query.filter),

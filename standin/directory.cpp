@@ -18,7 +18,7 @@ namespace {
 
 constexpr size_t kSidHeadSize = 8;
 constexpr size_t kRidSize = 4;
-constexpr unsigned char kMostSubAuthorities = 15;
+constexpr unsigned char kMaxSubAuthorities = 15;
 constexpr size_t kDomainSidSize = kSidHeadSize + 4 * kRidSize;
 constexpr unsigned kFirstFreeRid = 1000;
 constexpr size_t kNetbiosLimit = 15;
@@ -249,7 +249,7 @@ void Directory::linkMember(EntryId member, Membership& membership) const {
   };
   const Entry& entry = (*this)[member];
   forEachValue(entry, AD_MEMBEROF, [&](const std::string& dn) { take(byDn(dn)); });
-  // Computed by the directory that was exported, possibly through groups that are not in the file.
+  // Computed by the original directory, possibly through groups that are not in the file.
   forEachValue(entry, AD_TOKEN_GROUPS, [&](const std::string& sid) { take(bySid(sid)); });
   take(bySid(primaryGroupSid(entry)));
 }
@@ -293,7 +293,7 @@ std::string Directory::nextSid() const {
 bool isSid(const std::string& bytes) {
   if (bytes.size() < kSidHeadSize) return false;
   unsigned char count = static_cast<unsigned char>(bytes[1]);
-  return count <= kMostSubAuthorities && bytes.size() == kSidHeadSize + count * kRidSize;
+  return count <= kMaxSubAuthorities && bytes.size() == kSidHeadSize + count * kRidSize;
 }
 
 vesk::SID toSid(const std::string& bytes) {

@@ -1,4 +1,4 @@
-/// The directory that the stand-in serves: all entries in memory, and the keys by which they are found.
+/// The stand-in's directory: all entries, in memory, with indexes.
 #pragma once
 
 #include <cstdint>
@@ -22,11 +22,11 @@ struct Domain {
   std::string netbiosName;   ///< "EXAMPLE"
   std::string realm;         ///< "EXAMPLE.COM"
   std::string baseDn;        ///< DN of the domain
-  EntryId entry = kNoEntry;  ///< the domain's own entry, if it is in the directory
+  EntryId entry = kNoEntry;  ///< the domain's entry, if present
 };
 
-/// Finds entries by name, ignoring the case of ASCII letters. Of several matches the one with the exact
-/// spelling wins, otherwise the one that was loaded first.
+/// Finds entries by name, ignoring the case of ASCII letters. Of several matches the exact spelling wins,
+/// otherwise the first one loaded.
 class NameIndex {
  public:
   /// Does nothing for the empty name.
@@ -46,11 +46,11 @@ class NameIndex {
   std::unordered_map<std::string, std::vector<Named>> m_byFoldedName;
 };
 
-/// The families of entries that a lookup considers.
+/// The kinds of entries that a lookup considers.
 enum class Family { Accounts, Groups, Both };
 
-/// The entries, in the order of loading. Every lookup takes constant time, except for a walk over equal
-/// names. Thread-safety: one thread at a time.
+/// The entries, in the order of loading. Lookups take constant time, plus the number of equal names.
+/// Thread-safety: one thread at a time.
 class Directory {
  public:
   Directory();
@@ -58,10 +58,11 @@ class Directory {
   Directory(const Directory&) = delete;
   Directory& operator=(const Directory&) = delete;
 
-  /// Adds an entry and returns its number. The entry with the empty DN becomes the root entry, which has
-  /// none: kNoEntry. @throws Error there is an entry with this DN already.
+  /// Adds an entry and returns its number. An entry with the empty DN becomes the root entry, which has no
+  /// number: returns kNoEntry.
+  /// @throws Error an entry with this DN already exists
   EntryId add(Entry entry);
-  /// Loads all entries of an LDIF file. @throws as readLdif and add.
+  /// Loads all entries of an LDIF file. @throws as readLdif and add
   void load(const std::string& ldifPath);
 
   size_t size() const { return m_entries.size(); }
@@ -70,37 +71,37 @@ class Directory {
   /// The key of an entry's DN (standin/dn_key.h).
   const std::string& key(EntryId id) const { return *m_entries[id].key; }
   const Domain& domain() const;
-  /// What a search at the empty base returns: the LDIF's own entry with the empty DN, or else one made from
-  /// the domain.
+  /// The result of a search at the empty base: the loaded entry with the empty DN, or one derived from the
+  /// domain.
   const Entry& rootEntry() const;
 
   EntryId byDn(std::string_view dn) const;
   /// Tries the Unix name, account name, user principal name, DOMAIN\name and DN, in this order.
   EntryId byName(std::string_view name, Family family) const;
-  /// As byName, with only the names that Unix hosts use, or only those of the directory.
+  /// As byName, but by Unix names only, or by directory names only.
   EntryId byUnixName(std::string_view name, Family family) const;
   EntryId byWindowsName(std::string_view name, Family family) const;
   EntryId byUnixId(uint32_t id, Family family) const;
   /// By the binary SID and by the 16 bytes of a GUID.
   EntryId bySid(std::string_view sid) const;
   EntryId byGuid(std::string_view guid) const;
-  /// The service principal name as its entry spells it; null if no entry has it.
+  /// The service principal name in its entry's spelling; null if no entry has it.
   const std::string* findService(std::string_view name) const;
 
-  /// Whether an entry belongs to the family.
+  /// Whether an entry is of these kinds.
   bool isOf(EntryId id, Family family) const;
-  /// Whether `name` names the domain: its DNS or its short name, in any case.
+  /// Whether `name` is the domain's DNS or short name, ignoring case.
   bool isDomainName(std::string_view name) const;
 
   const Membership& membership() const;
-  /// The binary SIDs of all groups of an account: first those in the directory, then those that only the
-  /// account's own tokenGroups name.
+  /// The binary SIDs of all groups of an account: first those in the directory, then those found only in the
+  /// account's tokenGroups.
   std::vector<std::string> groupSids(EntryId account) const;
 
-  /// Replaces an attribute's values by one, and updates the entry's sequence number and time of change. Not
-  /// for attributes by which entries are found.
+  /// Sets an attribute to one value, and updates the entry's sequence number and time of change. Not for
+  /// indexed attributes.
   void set(EntryId id, std::string_view attribute, const std::string& value);
-  /// Rises with every change. Whatever was derived from an entry is valid while it stays the same.
+  /// Increases with every change. Data derived from entries is valid until then.
   unsigned long generation() const { return m_generation; }
   /// The highest sequence number of any entry.
   int64_t highestUsn() const { return m_usn; }
@@ -141,17 +142,17 @@ class Directory {
   unsigned long m_generation = 1;
   int64_t m_usn = 0;
 
-  // Derived from the entries on first use, and again after new entries.
+  // Derived from the entries on first use, and again after additions.
   mutable std::unique_ptr<const Domain> m_domain;
   mutable std::unique_ptr<const Membership> m_membership;
   mutable std::unique_ptr<const Entry> m_madeRoot;
 };
 
-/// Whether bytes are one complete binary SID.
+/// Whether the bytes are exactly one binary SID.
 bool isSid(const std::string& bytes);
 /// The SID with this binary form; the null SID for no bytes.
 vesk::SID toSid(const std::string& bytes);
-/// The binary SID of an entry; empty if it has none or a damaged one.
+/// The binary SID of an entry; empty if it has none or it is malformed.
 std::string entrySid(const Entry& entry);
 /// The SID of the entry's primary group; empty if it has none.
 std::string primaryGroupSid(const Entry& entry);

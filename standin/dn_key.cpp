@@ -20,7 +20,7 @@ bool isSeparator(char c) {
 /// The text between two separators, unescaped.
 class Part {
  public:
-  /// Blanks at the edges are dropped unless they were escaped.
+  /// Drops leading and trailing blanks unless they were escaped.
   void add(char c, bool wasEscaped) {
     if (c == ' ' && !wasEscaped && m_text.empty()) return;
     m_text += c;
@@ -38,8 +38,8 @@ class Part {
   }
 
  private:
-  /// Appends one character in lower case, escaped if it could be read as a separator or is a blank at an
-  /// edge.
+  /// Appends one character in lower case, escaped if it could be a separator or is a leading or trailing
+  /// blank.
   static void appendLiteral(std::string& key, unsigned char c, bool isAtEdge) {
     if ((c == ' ' && !isAtEdge) || isalnum(c) || c >= 0x80) {
       key += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : static_cast<char>(c);
@@ -51,7 +51,7 @@ class Part {
   }
 
   std::string m_text;
-  size_t m_end = 0;  // after the last character that is no plain blank
+  size_t m_end = 0;  // after the last character other than an unescaped blank
 };
 
 }  // namespace
@@ -64,7 +64,7 @@ std::string dnKey(std::string_view dn) {
   for (size_t i = 0; i < dn.size(); ++i) {
     char c = dn[i];
     if (isSeparator(c) && !(c == '=' && inValue)) {
-      // An equals sign within a value is no separator.
+      // An equals sign within a value is not a separator.
       part.moveTo(key);
       key += c == ';' ? ',' : c;
       inValue = c == '=';

@@ -12,7 +12,7 @@ struct ClassRow {
   EntryKind kind;
 };
 
-// In order of precedence: a computer has the class "user" as well.
+// In order of precedence: a computer also has the class "user".
 constexpr ClassRow kClasses[] = {
     {"computer", EntryKind::Computer}, {"user", EntryKind::User},        {"posixAccount", EntryKind::User},
     {"group", EntryKind::Group},       {"posixGroup", EntryKind::Group},
@@ -21,7 +21,7 @@ constexpr ClassRow kClasses[] = {
 }  // namespace
 
 bool equalFolded(std::string_view a, std::string_view b) {
-  // Not strncasecmp, which stops at the NUL bytes of binary values.
+  // strncasecmp would stop at NUL bytes in binary values.
   if (a.size() != b.size()) return false;
   for (size_t i = 0; i < a.size(); ++i) {
     unsigned char x = a[i], y = b[i];
@@ -61,7 +61,7 @@ bool Entry::has(std::string_view name, std::string_view value) const {
 }
 
 Attribute& Entry::obtain(std::string_view name) {
-  // Records list the values of an attribute one after the other, so it is nearly always the last attribute.
+  // Records list the values of an attribute consecutively, so it is nearly always the last attribute.
   if (!m_attributes.empty() && equalFolded(m_attributes.back().name, name)) return m_attributes.back();
   for (Attribute& attribute : m_attributes)
     if (equalFolded(attribute.name, name)) return attribute;

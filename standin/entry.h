@@ -1,4 +1,4 @@
-/// One entry of the directory, as read from its LDIF record.
+/// One directory entry, from an LDIF record.
 #pragma once
 
 #include <cstdint>
@@ -8,17 +8,17 @@
 
 namespace standin {
 
-/// One attribute of an entry: its name as the record spells it, and the raw bytes of its values in order.
+/// One attribute: its name as in the record, and its raw values in order.
 struct Attribute {
   std::string name;
   std::vector<std::string> values;
 };
 
-/// What an entry is to a Unix host. Contacts, organizational units and so on are `Other`.
+/// The meaning of an entry for a Unix host. Contacts, organizational units and others are `Other`.
 enum class EntryKind { User, Computer, Group, Other };
 
 /// A directory entry: a DN and attributes in the order of the record. Attribute names ignore the case of
-/// ASCII letters, as everywhere in a directory.
+/// ASCII letters.
 /// Thread-safety: a plain value.
 class Entry {
  public:
@@ -38,12 +38,12 @@ class Entry {
 
   /// Appends a value.
   void add(std::string_view name, std::string value);
-  /// Replaces all values by one.
+  /// Replaces all values with one.
   void set(std::string_view name, const std::string& value);
 
-  /// Decided by the object classes.
+  /// Derived from the object classes.
   EntryKind kind() const;
-  /// Whether it is a user or a computer, which have passwords and groups.
+  /// Whether it is a user or a computer; these have passwords and groups.
   bool isAccount() const;
 
  private:

@@ -1,4 +1,4 @@
-/// Misbehaviour on demand, to see how a client copes.
+/// Deliberate misbehaviour, to test clients.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 namespace standin {
 
-/// What may go wrong with one request.
+/// Ways to mishandle a request.
 enum class Fault {
   None,
   Drop,     ///< the connection is closed; the request is not carried out
@@ -22,15 +22,15 @@ enum class Fault {
   Restart,  ///< all connections are closed and the socket is replaced, as by a restart
 };
 
-/// Decides which request meets which fault. Requests are counted from 1, over all connections.
+/// Selects the fault for each request. Requests are counted from 1, over all connections.
 /// Thread-safety: one thread at a time.
 class Faults {
  public:
-  /// Adds a fault: "WHAT" hits every request, "WHAT@N" only the Nth, "WHAT%N" every Nth.
-  /// @throws Error the text is not one of these.
+  /// Adds a fault: "WHAT" affects every request, "WHAT@N" only the Nth, "WHAT%N" every Nth.
+  /// @throws Error the text has none of these forms
   void add(const std::string& text);
 
-  /// Counts a request and returns the fault that hits it; of several, the one that was added first.
+  /// Counts a request and returns its fault; of several, the one added first.
   Fault next();
 
   /// The help text: one line for each word that add() accepts.

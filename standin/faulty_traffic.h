@@ -1,4 +1,4 @@
-/// Requests and replies with faults.
+/// Applies faults to requests and replies.
 #pragma once
 
 #include <string_view>
@@ -8,7 +8,7 @@
 
 namespace standin {
 
-/// Makes each request go wrong as `Faults` says.
+/// Mishandles requests as `Faults` selects.
 class FaultyTraffic : public brondalt::Traffic {
  public:
   /// `faults` must outlive this object.

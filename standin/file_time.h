@@ -12,7 +12,7 @@ constexpr int64_t kTicksPerSecond = 10000000;
 constexpr int64_t kSecondsPerDay = 86400;
 /// Seconds from 1601 to the Unix epoch.
 constexpr int64_t kSecondsBeforeEpoch = 11644473600;
-/// The duration that never ends.
+/// An infinite duration.
 constexpr FileTime kNeverEnds = INT64_MIN;
 
 /// 0, -1 and the largest number all mean "never".

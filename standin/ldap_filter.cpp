@@ -12,7 +12,7 @@
 
 namespace standin {
 
-/// What every kind of node can do.
+/// The base of all nodes.
 class LdapFilter::Node {
  public:
   virtual ~Node() = default;
@@ -76,12 +76,12 @@ class NotNode : public Node {
   NodePtr m_child;
 };
 
-/// A test of one attribute's values: the entry matches if one of them does.
+/// Tests one attribute; the entry matches if one of its values does.
 class ValueNode : public Node {
  public:
   explicit ValueNode(std::string attribute) : m_attribute(std::move(attribute)) {}
   bool matches(const Entry& entry) const override {
-    // Every entry has its DN as an attribute, even if the record does not list it.
+    // Every entry has this attribute, even if the record does not list it.
     if (equalFolded(m_attribute, "distinguishedName") && !entry.find(m_attribute)) return test(entry.dn());
     const Attribute* attribute = entry.find(m_attribute);
     if (!attribute) return false;
@@ -270,7 +270,7 @@ class Parser {
     return std::make_unique<SubstringNode>(std::move(attribute), std::move(pieces));
   }
 
-  /// From the first colon on: [":dn"] [":" rule] ":=" value. The parts of the DN are not searched.
+  /// From the first colon on: [":dn"] [":" rule] ":=" value. The DN's parts are not searched.
   NodePtr extensible(std::string attribute) {
     std::string rule;
     while (peek() == ':' && m_position + 1 < m_text.size() && m_text[m_position + 1] != '=') {
@@ -293,7 +293,7 @@ class Parser {
     return std::make_unique<BitNode>(std::move(attribute), mask, wantAll);
   }
 
-  /// The pieces of a value between its asterisks, unescaped; one piece if it has no asterisk.
+  /// The unescaped pieces of a value between its asterisks; one piece without asterisks.
   std::vector<std::string> value() {
     std::vector<std::string> pieces(1);
     for (; !atEnd() && peek() != ')'; ++m_position) {
@@ -310,8 +310,8 @@ class Parser {
     return pieces;
   }
 
-  /// The character that a backslash escapes: two digits, or, as older clients write, one of the filter's own
-  /// characters. Leaves the position on the last character of the escape.
+  /// Reads an escape: two digits or, from older clients, a special character. Leaves the position at the last
+  /// character of the escape.
   char escaped() {
     if (m_text.size() - m_position > 1 &&
         std::string_view("*()\\").find(m_text[m_position + 1]) != std::string_view::npos)

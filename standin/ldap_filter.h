@@ -1,4 +1,4 @@
-/// LDAP search filters in their text form (RFC 4515), evaluated without a schema.
+/// LDAP search filters (RFC 4515), evaluated without a schema.
 #pragma once
 
 #include <memory>
@@ -10,21 +10,20 @@ namespace standin {
 class Entry;
 
 /// A parsed filter. Comparisons ignore the case of ASCII letters; ">=" and "<=" compare as numbers if both
-/// sides are whole numbers; "~=" means "=". As in real directories, objectSid also accepts a SID in text
-/// form, objectCategory also accepts the short name of a class, and the bit rules 1.2.840.113556.1.4.803 (all
-/// bits) and .804 (any bit) work on whole numbers. Any other matching rule matches nothing. A test of an
-/// attribute that the entry does not have fails, so its negation matches. Thread-safety: immutable once
-/// parsed.
+/// sides are whole numbers; "~=" means "=". objectSid also accepts a SID in text form, objectCategory the
+/// short name of a class. The bit rules 1.2.840.113556.1.4.803 (all bits) and .804 (any bit) apply to whole
+/// numbers; any other matching rule matches nothing. A test of a missing attribute fails, so its negation
+/// matches. Thread-safety: immutable once parsed.
 class LdapFilter {
  public:
-  /// The deepest nesting that is accepted; parsing and matching recurse.
+  /// The deepest nesting accepted, because parsing and matching recurse.
   static constexpr int kMaxDepth = 100;
 
   /// One node of the tree.
   class Node;
 
-  /// The empty text matches every entry; the outermost parentheses may be missing.
-  /// @throws Error the text is not a filter; what() says where parsing stopped.
+  /// The empty text matches every entry. The outermost parentheses are optional.
+  /// @throws Error the text is not a filter; what() says where parsing stopped
   explicit LdapFilter(std::string_view text);
   ~LdapFilter();
   LdapFilter(LdapFilter&&) noexcept;

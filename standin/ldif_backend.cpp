@@ -6,7 +6,7 @@ LdifBackend::LdifBackend(const brondalt::Statistics& statistics) : m_statistics(
 LdifBackend::~LdifBackend() = default;
 
 brondalt::Health LdifBackend::health() const {
-  // Always good: there is no server that could fail.
+  // Always healthy: there is no server that could fail.
   return {vesk::VR_SUCCESS, static_cast<int>(m_directory.size()), static_cast<int>(m_statistics.requests),
           "Stand-in serving " + m_directory.domain().dnsName};
 }

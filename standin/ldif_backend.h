@@ -1,4 +1,4 @@
-/// The directory of LDIF files as the back end of a daemon.
+/// A daemon's back end that serves LDIF files.
 #pragma once
 
 #include <memory>
@@ -14,10 +14,10 @@
 
 namespace standin {
 
-/// Answers every operation at once, from memory. What is changed lasts as long as this object.
-/// There is no cryptography: the password itself stands for whatever a client would derive from it. A
-/// Kerberos token is the principal's password. An NTLM token is the challenge, the user's name, a NUL byte
-/// and the password. Thread-safety: one thread at a time.
+/// Answers every operation immediately, from memory. Changes last as long as this object. There is no
+/// cryptography: the password itself replaces what a client would derive from it. A Kerberos token is the
+/// principal's password. An NTLM token is the challenge, the user's name, a NUL byte and the password.
+/// Thread-safety: one thread at a time.
 class LdifBackend : public brondalt::Backend {
  public:
   /// An empty directory, to be filled before it is served. `statistics` must outlive this object.

@@ -30,7 +30,7 @@ struct RecordBuffer {
   ~RecordBuffer() { ber_memfree(text); }
 };
 
-/// One line of a record. Name and value point into the line, unless the value was decoded elsewhere.
+/// One line of a record. Name and value point into the line, unless the value was decoded.
 class Line {
  public:
   /// False if the line is malformed.
@@ -49,7 +49,7 @@ class Line {
   int m_ownsValue = 0;
 };
 
-/// Parses a record into an entry; a record with only the version line has none.
+/// Parses a record into an entry. A record with only the version line has no entry.
 class RecordParser {
  public:
   RecordParser(const std::string& path, unsigned long line) : m_path(path), m_line(line) {}

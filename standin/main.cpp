@@ -1,5 +1,5 @@
 // brondalt-standin: serves a directory from LDIF files over the daemon's protocol, for development,
-// demonstrations and tests. No product daemon.
+// demonstrations and tests. Not for production.
 
 #include <unistd.h>
 
@@ -24,7 +24,7 @@ namespace {
 
 constexpr int kUsageStatus = 2;
 constexpr int kFailureStatus = 4;
-constexpr size_t kMostFrameBytes = 16 << 20;
+constexpr size_t kMaxFrameBytes = 16 << 20;
 
 void load(LdifBackend& backend, const Options& options) {
   for (const std::string& path : options.ldifPaths) backend.directory().load(path);
@@ -34,7 +34,7 @@ void load(LdifBackend& backend, const Options& options) {
             name.c_str());
 }
 
-void sayReady() {
+void reportReady() {
   puts("ready");
   fflush(stdout);
 }
@@ -43,14 +43,14 @@ void writePid(std::ofstream& file, pid_t pid) {
   if (file.is_open()) file << pid << std::endl;
 }
 
-/// The caller continues in the background; the process that was started ends.
+/// Continues in a background process; the original process ends.
 void goToBackground(std::ofstream& pidFile) {
   const pid_t child = fork();
   if (child < 0) brondalt::throwSystemError("fork");
   if (child > 0) {
     writePid(pidFile, child);
-    sayReady();
-    // No destructor runs in the process that ends: the socket belongs to the other one now.
+    reportReady();
+    // Runs no destructors: the socket now belongs to the background process.
     _exit(0);
   }
   setsid();
@@ -66,7 +66,7 @@ void runServer(const Options& options, Faults& faults, brondalt::ListeningSocket
   brondalt::EventLoop loop;
   FaultyTraffic traffic(faults);
   brondalt::Limits limits;
-  limits.frameBytes = kMostFrameBytes;
+  limits.frameBytes = kMaxFrameBytes;
   brondalt::Server server(loop, socket, service, traffic, limits,
                           options.isVerbose ? logToStandardError : brondalt::Server::Log());
   signals.deliver(loop, [&](int number) {
@@ -85,12 +85,12 @@ void serve(Options& options) {
   load(backend, options);
   brondalt::Signals signals{SIGTERM, SIGINT, SIGHUP};
   brondalt::ListeningSocket socket(options.socketPath);
-  std::ofstream pidFile;  // opened late: the file of a daemon that has the socket already stays as it is
+  std::ofstream pidFile;  // opened late, to keep the file of a daemon that already has the socket
   if (!options.pidPath.empty()) pidFile.open(options.pidPath);
   if (!pidFile) brondalt::throwSystemError(options.pidPath);
   if (options.isForeground) {
     writePid(pidFile, getpid());
-    sayReady();
+    reportReady();
   } else {
     goToBackground(pidFile);
   }

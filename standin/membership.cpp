@@ -6,7 +6,7 @@
 namespace standin {
 namespace {
 
-void sortOut(std::vector<EntryId>& ids) {
+void sortUnique(std::vector<EntryId>& ids) {
   std::sort(ids.begin(), ids.end());
   ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
 }
@@ -21,8 +21,8 @@ void Membership::add(EntryId member, EntryId group) {
 }
 
 void Membership::finish() {
-  for (std::vector<EntryId>& groups : m_up) sortOut(groups);
-  for (std::vector<EntryId>& members : m_down) sortOut(members);
+  for (std::vector<EntryId>& groups : m_up) sortUnique(groups);
+  for (std::vector<EntryId>& members : m_down) sortUnique(members);
 }
 
 std::vector<EntryId> Membership::groupsAbove(EntryId member) const {

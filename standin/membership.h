@@ -1,4 +1,4 @@
-/// Who belongs to which group, nested groups included.
+/// Group memberships, including nested groups.
 #pragma once
 
 #include <cstddef>
@@ -7,12 +7,12 @@
 
 namespace standin {
 
-/// The number of an entry in its directory, in the order of loading. It never changes.
+/// The number of an entry in its directory, in the order of loading. Never changes.
 using EntryId = uint32_t;
 constexpr EntryId kNoEntry = UINT32_MAX;
 
 /// A graph with an edge from each member to each group that contains it directly. Groups may contain each
-/// other in circles; every walk visits an entry once. Thread-safety: none needed for reading.
+/// other in cycles; every walk visits an entry once. Thread-safety: reads need no lock.
 class Membership {
  public:
   /// A graph of `count` entries without edges.
@@ -20,12 +20,12 @@ class Membership {
 
   /// Adds an edge; duplicates count once.
   void add(EntryId member, EntryId group);
-  /// Call it once, after the last edge and before the first walk.
+  /// Call once, after the last edge and before the first walk.
   void finish();
 
-  /// All groups above an entry, nearest first, without the entry itself.
+  /// All groups that contain an entry, nearest first, without the entry itself.
   std::vector<EntryId> groupsAbove(EntryId member) const;
-  /// All entries below a group, groups among them, nearest first, without the group itself.
+  /// All entries in a group, including groups, nearest first, without the group itself.
   std::vector<EntryId> membersBelow(EntryId group) const;
 
  private:

@@ -1,4 +1,4 @@
-/// Results as NT status codes.
+/// Converts results to NT status codes.
 #pragma once
 
 #include <fokrazo/validation_result.h>

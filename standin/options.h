@@ -9,7 +9,7 @@
 
 namespace standin {
 
-/// The command line is wrong; what() says why.
+/// Wrong usage; what() says why.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -27,7 +27,7 @@ Search::Search(const Directory& directory, const std::string& base, vesk::LdapSe
 
 void Search::checkBase() const {
   if (m_directory.byDn(m_baseKey) != kNoEntry) return;
-  // A file may hold a part of a directory: entries whose parents are missing.
+  // A file may contain only a part of a directory: parents may be missing.
   if (m_scope != vesk::ScopeBase)
     for (EntryId id = 0; id < m_directory.size(); ++id)
       if (isWithin(m_directory.key(id), m_baseKey)) return;

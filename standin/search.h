@@ -1,4 +1,4 @@
-/// One LDAP search over the directory, read in portions.
+/// One LDAP search over the directory, in portions.
 #pragma once
 
 #include <string>
@@ -12,20 +12,18 @@ namespace standin {
 
 class Directory;
 
-/// A search that remembers its position. Entries that are added meanwhile may still be found. The empty base
-/// means the root entry with ScopeBase, and the domain with any other scope. Thread-safety: one thread at a
-/// time.
+/// A search that keeps its position. Entries added meanwhile may still be found. The empty base means the
+/// root entry with ScopeBase, and the domain with any other scope. Thread-safety: one thread at a time.
 class Search {
  public:
   /// `directory` must outlive the search.
-  /// @throws Error the scope is unknown, the filter is bad, or no entry is at or below the base.
+  /// @throws Error the scope or the filter is bad, or no entry is at or below the base
   Search(const Directory& directory, const std::string& base, vesk::LdapSearchScopeType scope,
          const std::string& filter);
 
   /// The next matches, at most `limit`; none at the end.
   std::vector<EntryId> next(size_t limit);
-  /// Whether the search is for the root entry, and matches it. The root entry has no number, so next()
-  /// returns nothing then.
+  /// Whether the search matches the root entry. That has no number, so next() returns nothing then.
   bool findsRoot() const;
 
  private:

@@ -1,4 +1,4 @@
-/// The memory that the caller of a name-service function provides for the texts of an entry.
+/// The memory that callers of name-service functions provide for an entry's strings.
 #pragma once
 
 #include <cerrno>
@@ -11,8 +11,8 @@
 
 namespace example {
 
-/// Hands out the buffer from its beginning. If it is too small, throws the Failure that makes the caller come
-/// again with a larger one: "try again" with ERANGE.
+/// Allocates from the buffer. If it is too small, throws the Failure that makes the caller retry with a
+/// larger one: "try again" with ERANGE.
 class CallerBuffer {
  public:
   CallerBuffer(char* buffer, size_t size) : m_next(buffer), m_left(size) {}

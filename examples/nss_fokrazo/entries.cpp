@@ -6,16 +6,16 @@ namespace example {
 
 namespace {
 
-constexpr char kElsewhere[] = "x";    // in passwd and group: the password is not here
-constexpr char kMatchesNone[] = "*";  // in shadow
-constexpr long kUnset = -1;           // an empty field of shadow
+constexpr char kPasswordElsewhere[] = "x";  // in passwd and group
+constexpr char kNoPassword[] = "*";         // in shadow: matches no password
+constexpr long kUnset = -1;                 // an empty field of shadow
 
 bool isUsableName(const std::string& name) {
   return vesk::isSafeAccountName(name) && !ModuleSession::isReserved(name);
 }
 
-// What would end a field or a line of passwd, or be obeyed by the terminal that shows it.
-bool isUnfit(unsigned char c) {
+// Characters that end a field or a line of passwd, or control a terminal.
+bool isUnsafe(unsigned char c) {
   return c == ':' || c < 0x20 || c == 0x7f;
 }
 
@@ -36,11 +36,11 @@ bool Users::isUsable(const View& user) {
 }
 
 passwd Users::write(const View& user, CallerBuffer& buffer) {
-  std::string gecos = user.gecos();  // shown to people only: unsafe characters are replaced, the user stays
-  std::replace_if(gecos.begin(), gecos.end(), isUnfit, ' ');
+  std::string gecos = user.gecos();  // only shown to people: no reason to reject the user
+  std::replace_if(gecos.begin(), gecos.end(), isUnsafe, ' ');
   passwd entry = {};
   entry.pw_name = buffer.text(user.unixName());
-  entry.pw_passwd = buffer.text(kElsewhere);
+  entry.pw_passwd = buffer.text(kPasswordElsewhere);
   entry.pw_uid = user.getId();
   entry.pw_gid = user.gid();
   entry.pw_gecos = buffer.text(gecos);
@@ -58,7 +58,7 @@ group Groups::write(const View& view, CallerBuffer& buffer) {
   members.remove_if([](const std::string& name) { return !isUsableName(name); });
   group entry = {};
   entry.gr_name = buffer.text(view.unixName());
-  entry.gr_passwd = buffer.text(kElsewhere);
+  entry.gr_passwd = buffer.text(kPasswordElsewhere);
   entry.gr_gid = view.getId();
   entry.gr_mem = buffer.texts(members);
   return entry;
@@ -68,7 +68,7 @@ spwd Shadows::write(const View& user, CallerBuffer& buffer) {
   vesk::ADObject object = user.getObject();
   spwd entry = {};
   entry.sp_namp = buffer.text(user.unixName());
-  entry.sp_pwdp = buffer.text(kMatchesNone);
+  entry.sp_pwdp = buffer.text(kNoPassword);
   entry.sp_lstchg = numberOf(object, VESK_SHADOW_LASTCHANGE);
   entry.sp_min = numberOf(object, VESK_SHADOW_MIN);
   entry.sp_max = numberOf(object, VESK_SHADOW_MAX);

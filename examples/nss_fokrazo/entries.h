@@ -1,4 +1,4 @@
-/// Which directory objects appear on the host, and how they become entries of the C library.
+/// Converts directory objects to entries of the C library, and selects those that appear on the host.
 #pragma once
 
 #include <grp.h>
@@ -11,7 +11,7 @@
 
 namespace example {
 
-/// Root's id and root's group are never the directory's, and the last id means "none" to the system.
+/// False for 0, which is root's, and for the last id, which means "none".
 bool isUsableId(uint32_t id);
 
 /// The passwd database.
@@ -19,10 +19,10 @@ struct Users {
   using View = vesk::User;
   using Entry = passwd;
   static constexpr vesk::DSObjectType kType = vesk::DSUser;
-  static constexpr int kFlags = 0;  ///< of a lookup
+  static constexpr int kFlags = 0;  ///< for lookups
 
   static bool isUsable(const View& user);
-  /// The password is always "x": no hash leaves the module, and no account is without a password.
+  /// The password is always "x": no hash leaves the module, and no account has an empty password.
   /// @throws Failure the buffer is too small
   static Entry write(const View& user, CallerBuffer& buffer);
 };
@@ -38,7 +38,7 @@ struct Groups {
   static Entry write(const View& group, CallerBuffer& buffer);
 };
 
-/// The shadow database: how long a password is valid. The password is always "*", which none matches.
+/// The shadow database: password ageing. The password is always "*", which matches none.
 struct Shadows {
   using View = vesk::User;
   using Entry = spwd;
@@ -49,13 +49,13 @@ struct Shadows {
   static Entry write(const View& user, CallerBuffer& buffer);
 };
 
-/// The view of an object; none if the object cannot appear on the host.
+/// The view of an object; empty if the object cannot appear on the host.
 template <class Database>
 std::optional<typename Database::View> usableView(const vesk::ADObject& object) {
   try {
     typename Database::View view(object);
     if (Database::isUsable(view)) return view;
-  } catch (const VESKException&) {  // an attribute that every account has is missing
+  } catch (const VESKException&) {  // a required attribute is missing
   }
   return std::nullopt;
 }

@@ -1,9 +1,9 @@
 // A name-service module: the directory's users and groups for every program of the host. The C library loads
-// it where /etc/nsswitch.conf says "fokrazo" for passwd, group or shadow, and calls the functions at the end
-// of this file.
+// it if /etc/nsswitch.conf lists "fokrazo" for passwd, group or shadow, and calls the functions at the end of
+// this file.
 //
-// Each thread looks names up through a session of its own. An enumeration belongs to the process, as the C
-// library defines it, and has its own session too: the daemon keeps one place in a listing per connection.
+// Each thread has its own session for lookups. Enumerations belong to the process, as in the C library, and
+// have their own sessions, because the daemon keeps one position in a listing per connection.
 
 #include <nss.h>
 
@@ -32,9 +32,9 @@ pthread_key_t makeSessionKey() {
   return key;
 }
 
-// Kept on a thread key, because destructors of other keys and handlers of atexit may look names up, and a
-// thread_local object is gone by then. If a destructor makes a new session, the C library calls this key's
-// destructor again.
+// Uses a thread key, because destructors of other keys and atexit handlers may look names up when a
+// thread_local object is already gone. If such a destructor creates a new session, the C library calls this
+// key's destructor again.
 ModuleSession& threadSession() {
   static const pthread_key_t key = makeSessionKey();
   if (void* const session = pthread_getspecific(key)) return *static_cast<ModuleSession*>(session);
@@ -57,21 +57,21 @@ typename Database::View findByName(const std::string& name, int flags = Database
   return find<Database>(vesk::KeyName, name, flags);
 }
 
-// Root is the host's: a lookup of uid 0 must not wait for the daemon.
+// Root belongs to the host: a lookup of uid 0 must not wait for the daemon.
 template <class Database>
 typename Database::View findById(uint32_t id) {
   if (!isUsableId(id)) fail(vesk::VR_NOT_FOUND);
   return find<Database>(vesk::KeyId, static_cast<int>(id), Database::kFlags);
 }
 
-// The ids of all of a user's groups that have one.
+// The ids of the user's groups, except groups without an id.
 std::vector<gid_t> groupsOf(const std::string& name) {
   const vesk::User user = findByName<Users>(name, vesk::GROUP_MEMBERSHIP);
   std::vector<gid_t> ids;
   for (const vesk::SID& sid : user.groupSids()) {
     try {
       if (!sid.isNull()) ids.push_back(find<Groups>(vesk::KeySid, sid, 0).getId());
-    } catch (const Failure& failure) {  // a list with a gap could grant what the missing group forbids
+    } catch (const Failure& failure) {  // an incomplete list could grant what the missing group forbids
       if (failure.answer.outcome != vesk::Outcome::NotFound) throw;
     }
   }
@@ -80,11 +80,11 @@ std::vector<gid_t> groupsOf(const std::string& name) {
 
 // --- Enumeration ---
 
-// More entries in a row than this that cannot appear on the host end an enumeration, so that it returns
-// whatever the directory holds.
-constexpr int kMostSkipped = 10000;
+// Ends an enumeration after this many consecutive entries that cannot appear on the host, so that every call
+// returns.
+constexpr int kMaxSkipped = 10000;
 
-// The process's enumeration of one database. Thread-safe; made on first use and never destroyed.
+// The process's enumeration of one database. Thread-safe; created on first use and never destroyed.
 template <class Database>
 class Enumeration {
  public:
@@ -99,7 +99,7 @@ class Enumeration {
     open();
   }
 
-  // The next entry. An entry that does not fit into its caller's buffer is returned by the next call.
+  // The next entry. If it does not fit into the buffer, the next call returns it.
   typename Database::Entry next(CallerBuffer& buffer) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_session && !m_end) open();
@@ -117,13 +117,13 @@ class Enumeration {
  private:
   void open() {
     m_session.emplace();
-    tryOrEnd([this] { m_session->startListing(Database::kType); });
+    endOnFailure([this] { m_session->startListing(Database::kType); });
   }
 
   void advance() {
     if (m_end) throw Failure{*m_end};
-    tryOrEnd([this] {
-      for (int skipped = 0; skipped <= kMostSkipped; ++skipped) {
+    endOnFailure([this] {
+      for (int skipped = 0; skipped <= kMaxSkipped; ++skipped) {
         m_pending = usableView<Database>(m_session->next(Database::kType));
         if (m_pending) return;
       }
@@ -131,9 +131,9 @@ class Enumeration {
     });
   }
 
-  // A failure ends the enumeration for good: a program that goes on asking must not get all entries again.
+  // A failure ends the enumeration for good: a program that continues must not get all entries again.
   template <class Step>
-  void tryOrEnd(Step step) {
+  void endOnFailure(Step step) {
     try {
       step();
     } catch (...) {
@@ -153,10 +153,10 @@ class Enumeration {
   std::mutex m_mutex;  // guards the fields below
   std::optional<ModuleSession> m_session;
   std::optional<typename Database::View> m_pending;
-  std::optional<vesk::Answer> m_end;  // why there are no further entries
+  std::optional<vesk::Answer> m_end;  // why there are no more entries
 };
 
-// --- What the functions of the module have in common ---
+// --- Shared by the functions of the module ---
 
 // Runs a function's task. Any answer but success also sets `*errnop`; a function without that argument
 // passes &errno.
@@ -167,7 +167,8 @@ nss_status run(int* errnop, Task task) {
   return static_cast<nss_status>(result.nameStatus());
 }
 
-// `make` returns the entry and puts its texts into the caller's buffer. `result` is written only on success.
+// `make` returns the entry and copies its strings to the caller's buffer. `result` is written only on
+// success.
 template <class Entry, class Make>
 nss_status fill(Entry* result, char* buffer, size_t size, int* errnop, Make make) {
   return run(errnop, [&] {
@@ -176,8 +177,8 @@ nss_status fill(Entry* result, char* buffer, size_t size, int* errnop, Make make
   });
 }
 
-// The C library's growing array of group ids: `size` places, the first `start` of them taken. A positive
-// `limit` bounds its size.
+// The C library's array of group ids: `size` elements, the first `start` of them in use. A positive `limit`
+// bounds its size.
 struct GroupArray {
   long* start;
   long* size;
@@ -204,7 +205,7 @@ struct GroupArray {
 
 }  // namespace
 
-// What the C library calls. The names contain the module's name; nothing else is exported.
+// The functions that the C library calls; nothing else is exported. Their names contain the module's name.
 extern "C" {
 
 nss_status _nss_fokrazo_getpwnam_r(const char* name, passwd* result, char* buffer, size_t size, int* errnop) {
@@ -271,7 +272,7 @@ nss_status _nss_fokrazo_endspent() {
   return run(&errno, [] { Enumeration<Shadows>::instance().end(); });
 }
 
-// Adds the user's groups, without `primary`, to the array once the daemon has returned all of them.
+// Adds the user's groups, except `primary`, to the array, but only if the daemon returned all of them.
 nss_status _nss_fokrazo_initgroups_dyn(const char* user, gid_t primary, long* start, long* size,
                                        gid_t** groups, long limit, int* errnop) {
   return run(errnop, [&] {

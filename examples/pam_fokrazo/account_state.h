@@ -1,5 +1,4 @@
-/// Whether a directory's account may be used, according to its attributes: for logins that do not send the
-/// daemon a password, such as those with a key.
+/// Checks an account's attributes, for logins without a password, such as with a key.
 #pragma once
 
 #include <fokrazo.h>

@@ -1,7 +1,7 @@
-// A login module: the directory's passwords and accounts for every program that uses PAM. Name it in a
+// A login module: the directory's passwords and accounts for every program that uses PAM. Add it to a
 // service's file in /etc/pam.d, in lines of the types auth, account and password.
 //
-// Each task has a session of its own, so that no descriptor is left in the program between them.
+// Each task has its own session, so that no descriptor stays open in the program between tasks.
 
 #include <pwd.h>
 #include <security/pam_ext.h>
@@ -36,13 +36,13 @@ int toCode(LoginAnswer answer) {
 
 // --- Questions to the daemon ---
 
-// The outcome of a question: the daemon's result, or VR_SYSTEM_ERROR if there is none, and what to answer.
+// The daemon's result, or VR_SYSTEM_ERROR if there is none, and the module's answer.
 struct Verdict {
   ValidationResult result;
   vesk::Answer answer;
 };
 
-// The user's id according to all of the host's sources of names, in their order.
+// The user's id, from all of the host's name services in their order.
 uid_t hostUid(const std::string& user) {
   constexpr size_t kLargestEntry = 1 << 20;
   passwd entry, *found = nullptr;
@@ -55,7 +55,7 @@ uid_t hostUid(const std::string& user) {
   return found->pw_uid;
 }
 
-// The directory's account, if the login will be that account: the host may have a user of the same name.
+// The directory's account, if the login gets that account: the host may have its own user of that name.
 vesk::User accountOf(ModuleSession& module, const std::string& user) {
   const vesk::User account(module.find(vesk::DSUser, vesk::KeyName, user, vesk::UNIX_ONLY));
   const uid_t uid = hostUid(user);
@@ -77,17 +77,17 @@ Verdict ask(const std::string& user, Question question) {
   return verdict;
 }
 
-// The password goes over a connection of its own, and once: no late reply can be taken for the answer to it.
+// Sends the password once, on a new connection: no late reply can be mistaken for its result.
 Verdict validate(const std::string& user, const Shredder& password) {
   return ask(user, [&](vesk::LocalRpcSession& session, const vesk::User&) {
     return session.validatePlainTextUserOnce(user, password, false);
   });
 }
 
-// Sets `isOpen` if nobody knows whether the password has changed: the request was sent, and no result came.
+// Sets `isOpen` if it is unknown whether the password has changed: the request was sent without a result.
 Verdict change(const std::string& user, const Shredder& old, const Shredder& wanted, bool& isOpen) {
   const Verdict verdict = ask(user, [&](vesk::LocalRpcSession& session, const vesk::User&) {
-    session.dropConnection();  // as for a login: a connection of its own
+    session.dropConnection();  // a new connection, as for a login
     isOpen = true;
     const ValidationResult result = session.changePassword(user, old, wanted, false);
     isOpen = false;
@@ -104,14 +104,14 @@ Verdict stateOf(const std::string& user, bool isPasswordExpired) {
   });
 }
 
-// --- Conversation with the person ---
+// --- Conversation with the user ---
 
 // The conversation of a non-blocking program may not be over yet.
 int codeOf(int conversation) {
   return conversation == PAM_CONV_AGAIN ? PAM_INCOMPLETE : conversation;
 }
 
-// Gets the secret from PAM, which asks for it if it does not have it yet, and keeps it for other modules.
+// Gets the secret from PAM, which prompts if necessary and keeps it for other modules.
 int getSecret(pam_handle_t* handle, int item, Shredder& secret) {
   const char* text = nullptr;
   const int rc = pam_get_authtok(handle, item, &text, nullptr);
@@ -119,7 +119,7 @@ int getSecret(pam_handle_t* handle, int item, Shredder& secret) {
   return codeOf(rc);
 }
 
-// Shows a reason for a refusal, unless it would tell whether the name or the password is wrong.
+// Shows the reason for a refusal, unless it would reveal whether the name or the password is wrong.
 void tell(pam_handle_t* handle, int flags, const Verdict& verdict) {
   const bool isWrong =
       verdict.result == vesk::VR_INVALID_PASSWORD || verdict.result == vesk::VR_LOGON_FAILURE;
@@ -128,7 +128,7 @@ void tell(pam_handle_t* handle, int flags, const Verdict& verdict) {
   answer([&] { pam_error(handle, "%s", vesk::LocalRpcSession::errorString(verdict.result).c_str()); });
 }
 
-// --- One task's note for the next: the password was right but has expired ---
+// --- A note from one task to the next: the password was correct but has expired ---
 
 constexpr char kExpired[] = "fokrazo_password_expired";
 
@@ -147,11 +147,11 @@ int authenticate(pam_handle_t* handle, int flags, const std::string& user) {
   Shredder password;
   const int rc = getSecret(handle, PAM_AUTHTOK, password);
   if (rc != PAM_SUCCESS) return rc;
-  if (password.empty()) return PAM_AUTH_ERR;  // some directories take an empty password for a guest's login
+  if (password.empty()) return PAM_AUTH_ERR;  // some directories accept an empty password as a guest's login
   const Verdict verdict = validate(user, password);
   const bool isExpired = verdict.result == vesk::VR_PASSWORD_EXPIRED;
   const int marked = markExpired(handle, isExpired);
-  if (isExpired && marked == PAM_SUCCESS) return PAM_SUCCESS;  // the account task will demand a new password
+  if (isExpired && marked == PAM_SUCCESS) return PAM_SUCCESS;  // the account task will request a new password
   tell(handle, flags, verdict);
   return toCode(verdict.answer.authenticate);
 }
@@ -162,7 +162,7 @@ int checkAccount(pam_handle_t* handle, int flags, const std::string& user) {
   return toCode(state.answer.account);
 }
 
-// Both rounds. The first finds out whether the second is possible, and asks for the old password.
+// Both rounds. The first checks whether the second is possible, and asks for the old password.
 int changePassword(pam_handle_t* handle, int flags, const std::string& user) {
   const bool isFirstRound = flags & PAM_PRELIM_CHECK;
   const Verdict state = stateOf(user, isMarkedExpired(handle));
@@ -210,7 +210,7 @@ int pam_sm_authenticate(pam_handle_t* handle, int flags, int /*argc*/, const cha
   return run(handle, flags, authenticate);
 }
 
-// There are no credentials but the password.
+// There are no credentials besides the password.
 int pam_sm_setcred(pam_handle_t* /*handle*/, int /*flags*/, int /*argc*/, const char** /*argv*/) {
   return PAM_SUCCESS;
 }
