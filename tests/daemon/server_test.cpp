@@ -10,6 +10,7 @@
 #include <fokrazo/ipc_sockio.h>
 #include "tests/support/standin_process.h"
 #include "tests/support/wire.h"
+#include "tests/support/wrapped.h"
 
 namespace {
 
@@ -18,13 +19,8 @@ std::atomic<bool> noDescriptors{false};
 
 }  // namespace
 
-extern "C" int __real_accept4(int fd, sockaddr* address, socklen_t* length, int flags);
-extern "C" int __wrap_accept4(int fd, sockaddr* address, socklen_t* length, int flags) {
-  ++acceptCalls;
-  if (!noDescriptors) return __real_accept4(fd, address, length, flags);
-  errno = EMFILE;
-  return -1;
-}
+WRAPPED(int, accept4, (int fd, sockaddr* address, socklen_t* length, int flags), ++acceptCalls,
+        noDescriptors ? (errno = EMFILE, -1) : __real_accept4(fd, address, length, flags))
 
 namespace brondalt {
 namespace {

@@ -30,86 +30,34 @@ std::string findAdded(LocalRpcSession& session) {
   return line + added->getDN();
 }
 
-using Texts = std::vector<std::string>;
-
-// The result of the call with each of these texts.
-template <class Call>
-std::string each(const Texts& values, Call call) {
-  std::string results;
-  for (const std::string& value : values)
-    results += (results.empty() ? "" : " ") + text(call(Shredder(value)));
-  return results;
-}
-
 // clang-format off
-#define TRY(user, ...) \
-  ASK(each({__VA_ARGS__}, [&](const Shredder& word) { return session.validatePlainTextUser(user, word, false); }))
-#define CHANGE(user, old, ...) \
-  ASK(each({__VA_ARGS__}, [&](const Shredder& word) { return session.changePassword(user, Shredder(old), word, false); }))
-#define GIVE(user, ...) \
-  ASK(each({__VA_ARGS__}, [&](const Shredder& word) { return session.setPasswordKrb5(user, word); }))
-#define MEMBER(user, flags, ...) \
-  ASK(each({__VA_ARGS__}, [&](const std::string& group) { return session.validateUserGroup(user, {"nosuch", group}, false, flags); }))
-#define RESET(admin, password) \
-  CALL(setPassword("rmacdonald", Shredder("Unlocked-again-1"), admin, Shredder(password)))
+#define TRY(user, password) CALL(validatePlainTextUser(user, Shredder(password), false))
+#define GIVE(user, password) CALL(setPasswordKrb5(user, Shredder(password)))
 #define DOMAIN "DC=example,DC=com"
 #define ROLES ",CN=Containers,OU=Corp," DOMAIN
 #define TWO_ROLES "CN=Web operators" ROLES " CN=Release crew" ROLES
-#define ALL_ROLES TWO_ROLES " CN=Auditors" ROLES
 
-// One after the other: what is refused, and what changes the directory.
+// One after the other: what is refused, and what changes the directory. transcript.txt has what the tool can ask for.
 const Operation kSteps[] = {
-    {CALL(getUser("nosuch", 0)), "NotFoundException 0 User not found"},
     {CALL(getUser("", 0)), "NotFoundException 0 User not found"},
-    {CALL(getUser("Büro", 0)), "NotFoundException 0 User not found"},
-    {CALL(getGroup("lquispe", 0)), "NotFoundException 0 Group not found"},
-    {CALL(getShadow("rmacdonald", 0)), "NotFoundException 0 User not found"},
-    {CALL(getUser("rmacdonald", 0)->isUnix()), "false"},
-    {CALL(ldapFetch("", "CN=nosuch", nullptr, false)), " 0 No such object"},
-    {CALL(ldapFetch("", "", nullptr, false)["defaultNamingContext"].front()), DOMAIN},
-    {CALL(ldapPagedSearch("", "", "(cn=nosuch)", nullptr, ScopeSubtree, 0, false).getNext()), "empty"},
-    {MEMBER("asharma", UNIX_NAME | WINDOWS_NAME, "nest6", "empty"), "0 45"},
-    {MEMBER("dgruber", WINDOWS_NAME, "EXAMPLE\\Büro"), "0"},
-    {MEMBER("dgruber", UNIX_NAME, "EXAMPLE\\Büro"), "45"},
-    {MEMBER("nosuch", WINDOWS_NAME, "Büro"), "1"},
+    {CALL(ldapPagedSearch("", "", "", nullptr, static_cast<LdapSearchScopeType>(9), 0, false)), " 0 There is no search scope 9"},
+    {CALL(ldapSearch("", "", "", nullptr, static_cast<LdapSearchScopeType>(9), 0, false)), " 0 There is no search scope 9"},
     {CALL(userLogin("asharma")), "false"},
     {ASK(renewed(session, "asharma")), "0 1"},
     {CALL(userLogout("asharma")), "false"},
     {CALL(userLogout("asharma")), "true"},
-    {CALL(getServicePrincipal("linux01.example.com", "nfs")), "nfs/linux01.example.com@EXAMPLE.COM"},
-    {CALL(getServicePrincipal("nowhere", "host")), "NotFoundException 0 failed to get canonicalized service principal name"},
-    {CALL(getADDomain("nowhere")), " 0 Unknown domain: nowhere"},
-    {CALL(getNtlmDomain("nowhere")), " 0 Unknown domain: nowhere"},
-    {ASK(mapped(session, "nowhere", 0)), "17 first second"},
     {CALL(samIsSandboxed("asharma", false)), "true"},
-    {CALL(samGetUserRoles("all users", false)), "3 " ALL_ROLES},
-    {CALL(samGetUserRoles("nosuch", false)), "SystemException 0 could not get roles"},
     {CALL(samGetUserRolesLocal("mabara", 1, 1)), "2 " TWO_ROLES},
-    {CALL(samGetUserRolesLocal("all users", 0, 0)), "3 " ALL_ROLES},
-    {CALL(updateUserPolicy("nosuch")), "SystemException 17 User not found"},
-    {CALL(getSystemInfo(99)), "SystemException 0 could not get sysinfo"},
-    {CALL(getSystemInfo(0).substr(0, 45)), "program: brondalt-standin (no product daemon)"},
-
-    {TRY("mgruber", ""), "2"},
-    {TRY("zsimunek", ""), "2"},  // has no password at all
-    {TRY("mionescu", "Pass:with:colons-1"), "0"},
-    {CHANGE("tbjork", "wrong", "New-stone-10"), "2"},
-    {CHANGE("tbjork", "Stone-bridge-9", "short", "Stone-bridge-9", "New-stone-10", "New-stone-11"), "5 5 0 2"},
-    {TRY("tbjork", "Stone-bridge-9", "New-stone-10"), "2 0"},
-    {ASK(samChanged(session, "tbjork", "Third-stone-11", "New-stone-10", "")), "0 0 "},
+    {CALL(samGetUserRolesLocal("all users", 0, 0)), "3 " TWO_ROLES " CN=Auditors" ROLES},
+    {ASK(samChanged(session, "tbjork", "Third-stone-11", "Stone-bridge-9", "")), "0 0 "},
     {TRY("tbjork", "Third-stone-11"), "0"},
     {ASK(samChanged(session, "tbjork", "Stone-11-new", "bad", "")), "2 -1073741718 Invalid password"},
-    {CHANGE("yfernandezlopez", "First-day-here-1", "Second-day-2"), "0"},
-    {TRY("yfernandezlopez", "Second-day-2"), "0"},
-    {RESET("lquispe", "Paper-boat-42"), "10"},
-    {RESET("Administrator", "wrong"), "2"},
-    {RESET("Administrator", "Turn-the-key-1"), "0"},
-    {TRY("rmacdonald", "Unlocked-again-1"), "0"},
-    // The right password forgets two wrong ones; the third in a row locks the account.
-    {TRY("lquispe", "guess", "guess", "Paper-boat-42", "guess", "guess", "guess", "Paper-boat-42"), "2 2 0 2 2 2 3"},
     // The policy wants 7 characters of three kinds, without the name.
-    {GIVE("lquispe", "My-lquispe-1", "only letters", "Bo-1xy", "Boat-1x", "New-boat-43"), "5 5 5 0 0"},
-    {TRY("lquispe", "Boat-1x", "New-boat-43"), "2 0"},
+    {GIVE("lquispe", "My-lquispe-1"), "5"},
+    {GIVE("lquispe", "only letters"), "5"},
+    {GIVE("lquispe", "Bo-1xy"), "5"},
+    {GIVE("lquispe", "Boat-1x"), "0"},
+    {TRY("lquispe", "Boat-1x"), "0"},
     {CALL(setMachinePassword(Shredder(std::string("\0\xff", 2)))), "0"},
     {CALL(setMachinePassword("lquispe", Shredder("No-computer-1"), "", Shredder())), "1"},
     {ASK(add(session, "new, person", "40000", "OU=People,OU=Corp," DOMAIN)), "0"},
@@ -119,7 +67,7 @@ const Operation kSteps[] = {
     {ASK(add(session, "other", "", "OU=nowhere")), "24"},
     {ASK(findAdded(session)), "new, person:40000:20000:New, Person:/home/new:/bin/sh:CN=new\\, person,OU=People,OU=Corp," DOMAIN},
     {TRY("new, person", "Fresh-start-1"), "0"},
-    {MEMBER("new, person", WINDOWS_NAME, "Domain Users"), "0"},
+    {CALL(validateUserGroup("new, person", {"Domain Users"}, false, WINDOWS_NAME)), "0"},
     {CALL(addUserKrb5("plain", Shredder("Fresh-start-1"), "", "", "", "", "", "")), "0"},
 };
 // clang-format on

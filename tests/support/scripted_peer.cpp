@@ -31,7 +31,7 @@ void waitUntilTaken(int fd) {
 }  // namespace
 
 ScriptedPeer::ScriptedPeer(const std::string& path) : m_path(path), m_wake(eventfd(0, EFD_CLOEXEC)) {
-  listenAt(m_path);
+  listen();
   m_thread = std::thread([this] { run(); });
 }
 
@@ -89,14 +89,14 @@ void ScriptedPeer::run() {
   return m_failure.empty() ? ::testing::AssertionSuccess() : ::testing::AssertionFailure() << m_failure;
 }
 
-void ScriptedPeer::listenAt(const std::string& path) {
+void ScriptedPeer::listen() {
   vesk::UniqueFd listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
-  snprintf(address.sun_path, sizeof address.sun_path, "%s", path.c_str());
+  snprintf(address.sun_path, sizeof address.sun_path, "%s", m_path.c_str());
   if (bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-      listen(listener.get(), 8) != 0)
-    fail(withError("cannot listen at " + path));
+      ::listen(listener.get(), 8) != 0)
+    fail(withError("cannot listen at " + m_path));
   m_listener = std::move(listener);
 }
 
@@ -185,15 +185,6 @@ ScriptedPeer& ScriptedPeer::hangUp() {
 
 ScriptedPeer& ScriptedPeer::endStream() {
   return then([this] { shutdown(m_connection.get(), SHUT_WR); });
-}
-
-ScriptedPeer& ScriptedPeer::restart() {
-  return then([this] {
-    const std::string next = m_path + ".next";
-    listenAt(next);
-    if (rename(next.c_str(), m_path.c_str()) != 0) fail(withError("rename"));
-    closeNow();
-  });
 }
 
 ScriptedPeer& ScriptedPeer::down() {

@@ -37,18 +37,13 @@ class ScriptedPeer {
   /// Sends bytes as they are.
   ScriptedPeer& sendRaw(const std::string& bytes);
 
-  /// Keeps the connection open and sends nothing.
-  ScriptedPeer& stall() { return *this; }
   /// Does anything else.
   ScriptedPeer& then(Step step);
   /// hangUp closes the connection once the client has received everything; endStream ends only the direction
   /// to the client.
   ScriptedPeer& hangUp();
   ScriptedPeer& endStream();
-  /// A new listener takes the place of the old one, without a moment in between, and the connection is
-  /// closed.
-  ScriptedPeer& restart();
-  /// Stops listening until restart.
+  /// Stops listening.
   ScriptedPeer& down();
 
   /// Waits for the script. Succeeds if every step did, and the client has sent or opened nothing more.
@@ -61,7 +56,7 @@ class ScriptedPeer {
   void acceptNow();
   void sendNow(const std::string& bytes);
   void closeNow();
-  void listenAt(const std::string& path);
+  void listen();
   void checkSilence();
 
   const std::string m_path;

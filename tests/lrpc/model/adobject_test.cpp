@@ -149,12 +149,14 @@ TEST(Object, ExtendedNameComesApartAndTogether) {
 TEST(Object, CopiesShareAndClonesDoNot) {
   ADObject object = unread(ADObject(std::string(kExtended)));
   object["cn"] = "old";
+  object.setIndexed(true);
   ADObject shared = object, separate = object.clone();
   shared["cn"] = "new";
   shared.setAcquired(1);
   EXPECT_EQ(std::string(object["cn"]), "new");
   EXPECT_EQ(object.serializer()->getAcquired(), 1);
   EXPECT_NE(separate.acquired(), 1);
+  EXPECT_NE(dumped(separate).find("IsIndexed: Yes"), std::string::npos);
   EXPECT_NE(separate.serializer()->data(), object.serializer()->data());
   EXPECT_EQ(std::string(separate["cn"]), "old");
   EXPECT_EQ(std::string(separate["_dn"]), "CN=Jo Doe,DC=example,DC=com");

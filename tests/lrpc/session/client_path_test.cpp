@@ -1,6 +1,7 @@
 // What a session makes in a program that has no threads of its own.
 
 #include "tests/support/session_test.h"
+#include "tests/support/wrapped.h"
 
 using namespace testsupport;
 
@@ -32,17 +33,7 @@ TEST_F(ClientPathTest, ASessionMakesNoLockNoThreadAndNoKey) {
 
 }  // namespace
 
-// The library's own calls come by here.
-#define COUNTED(function, count, parameters, ...) \
-  extern "C" int __real_##function parameters;    \
-  extern "C" int __wrap_##function parameters {   \
-    ++count;                                      \
-    return __real_##function(__VA_ARGS__);        \
-  }
-
-COUNTED(pthread_mutex_init, gLocks, (pthread_mutex_t * mutex, const pthread_mutexattr_t* attributes), mutex,
-        attributes)
-COUNTED(pthread_create, gThreads,
-        (pthread_t * id, const pthread_attr_t* attributes, void* (*routine)(void*), void* argument), id,
-        attributes, routine, argument)
-COUNTED(pthread_key_create, gKeys, (pthread_key_t * key, void (*destructor)(void*)), key, destructor)
+// clang-format off
+WRAPPED(int, pthread_mutex_init, (pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes), ++gLocks, __real_pthread_mutex_init(mutex, attributes))
+WRAPPED(int, pthread_create, (pthread_t* id, const pthread_attr_t* attributes, void* (*routine)(void*), void* argument), ++gThreads, __real_pthread_create(id, attributes, routine, argument))
+WRAPPED(int, pthread_key_create, (pthread_key_t* key, void (*destructor)(void*)), ++gKeys, __real_pthread_key_create(key, destructor))

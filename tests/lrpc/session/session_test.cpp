@@ -8,51 +8,35 @@
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/shredder.h>
 #include "tests/support/session_test.h"
+#include "tests/support/wrapped.h"
 #include "util/file/unique_fd.h"
 
 using namespace vesk;
 using namespace testsupport;
 
-// Linked in the place of the system's own (-Wl,--wrap).
 namespace {
 
-pid_t gPid = 77;
+pid_t gPid = 77;      // of the parent and of a child, as in another namespace of process ids
 uid_t gOtherUid = 0;  // how far the effective ids are from the real ones
 gid_t gOtherGid = 0;
 std::atomic<uid_t> gPeerUid{0};  // how far the peer's user is from the real one
 int gSocketType = 0;             // of the last socket
 
-}  // namespace
-
-extern "C" {
-// The day's clock stands still, except for its offset.
-time_t __wrap_time(time_t* /*now*/) {
-  return 1000000000;
-}
-// A child has the number of its parent, as in another namespace of process ids, unless a test says otherwise.
-pid_t __wrap_getpid() {
-  return gPid;
-}
-uid_t __real_geteuid();
-uid_t __wrap_geteuid() {
-  return __real_geteuid() + gOtherUid;
-}
-gid_t __real_getegid();
-gid_t __wrap_getegid() {
-  return __real_getegid() + gOtherGid;
-}
-int __real_socket(int domain, int type, int protocol);
-int __wrap_socket(int domain, int type, int protocol) {
-  gSocketType = type;
-  return __real_socket(domain, type, protocol);
-}
-int __real_getsockopt(int fd, int level, int name, void* value, socklen_t* size);
-int __wrap_getsockopt(int fd, int level, int name, void* value, socklen_t* size) {
-  const int rc = __real_getsockopt(fd, level, name, value, size);
+int withOtherPeer(int rc, int name, void* value) {
   if (name == SO_PEERCRED) static_cast<ucred*>(value)->uid += gPeerUid;
   return rc;
 }
-}
+
+}  // namespace
+
+WRAPPED(time_t, time, (time_t*), 1000000000)  // only its offset moves the day's clock
+WRAPPED(pid_t, getpid, (), gPid)
+WRAPPED(uid_t, geteuid, (), __real_geteuid() + gOtherUid)
+WRAPPED(gid_t, getegid, (), __real_getegid() + gOtherGid)
+WRAPPED(int, socket, (int domain, int type, int protocol),
+        __real_socket(domain, gSocketType = type, protocol))
+WRAPPED(int, getsockopt, (int fd, int level, int name, void* value, socklen_t* size),
+        withOtherPeer(__real_getsockopt(fd, level, name, value, size), name, value))
 
 namespace {
 
@@ -65,6 +49,10 @@ class SessionCoreTest : public SessionTest {
   void exchange() {
     peer().expect(ping).send(pong);
     session().ping();
+  }
+  void exchangeOnNewConnection() {
+    peer().accept();
+    exchange();
   }
   // A request that is sent once.
   std::string stopThrows() {
@@ -100,8 +88,7 @@ TEST_F(SessionCoreTest, AnIdleConnectionIsReplaced) {
   for (const auto& row : rows) {
     configure("lrpc.timeout: 60\nlrpc.session.timeout: " + std::string(row.timeout) + "\n");
     session().dropConnection();
-    peer().accept();
-    exchange();
+    exchangeOnNewConnection();
     forgetLog();
     dayclock::offset += row.idle;
     if (!row.kept) peer().expectClosed().accept();
@@ -175,8 +162,7 @@ TEST_F(SessionCoreTest, TheDescriptorIsPrivateAndAboveTheStandardOnes) {
 TEST_F(SessionCoreTest, AnotherEffectiveUserOrGroupTakesANewConnection) {
   for (gid_t* id : {&gOtherUid, &gOtherGid})
     for (const gid_t other : {1, 0}) {  // rights that are given up, and taken back
-      peer().accept();
-      exchange();
+      exchangeOnNewConnection();
       peer().expectClosed().accept();
       *id = other;
       exchange();
@@ -221,8 +207,7 @@ TEST_F(SessionCoreTest, ATrustedPeerIsDemandedOfEachConnectionBeforeAnythingIsSe
   peer().expectClosed();
   session().setTrustedPeer(getuid());
   EXPECT_EQ(session().socket(), -1);
-  peer().accept();
-  exchange();
+  exchangeOnNewConnection();
   peer().expect(ping).then([] { gPeerUid = 1; }).hangUp().accept().expectClosed();  // at the second attempt
   EXPECT_EQ(pingThrows(), "IOException 13 ipc socket peer has uid " + other + " instead of " + own);
   gPeerUid = 0;
@@ -275,14 +260,12 @@ TEST_F(SessionCoreTest, ADescriptorThatTheProgramHasReusedIsLeftAlone) {
               {file.get(), 60, "dropping old lrpc connection"},
               {-1, 0, "lrpc connection reopened 0 != "}};
   for (const auto& row : rows) {
-    peer().accept();
-    exchange();
+    exchangeOnNewConnection();
     const int number = session().socket();
     close(number);
     const UniqueFd reused(row.theirs >= 0 ? dup2(row.theirs, number) : -1);
     dayclock::offset += row.idle;
-    peer().accept();
-    exchange();
+    exchangeOnNewConnection();
     EXPECT_TRUE(hasLogged(row.reason)) << row.reason;
     session().dropConnection();
     EXPECT_EQ(fcntl(number, F_GETFD), reused ? 0 : -1);
@@ -347,11 +330,11 @@ TEST_F(SessionCoreTest, AReplyThatIsTooLongLeavesItsConnection) {
 
 TEST_F(SessionCoreTest, ALateReplyIsNoAnswerToTheNextRequest) {
   configure("lrpc.timeout: 0\n");
-  for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(ping).stall();
+  for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(ping);
   EXPECT_EQ(pingThrows(), "TimeoutException 0 RecvWait out");
   EXPECT_EQ(session().socket(), -1);
 
-  peer().accept().expect(request(1)).stall();
+  peer().accept().expect(request(1));
   EXPECT_EQ(stopThrows(), "TimeoutException 0 RecvWait out");
   EXPECT_NE(session().socket(), -1);
   EXPECT_TRUE(peer().send(pong).finished());

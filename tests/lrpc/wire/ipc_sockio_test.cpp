@@ -5,6 +5,7 @@
 #include "tests/support/scripted_peer.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
+#include "tests/support/wrapped.h"
 #include "util/file/unique_fd.h"
 
 using namespace vesk;
@@ -20,44 +21,46 @@ int gInterruptions = 0;      // how many calls still end in EINTR, each after tw
 Clock::time_point gNow;      // by the test's clock
 thread_local std::vector<int> gPollTimeouts;
 
-bool interrupted() {
-  if (gInterruptions == 0) return false;
-  --gInterruptions;
-  gNow += std::chrono::milliseconds(2);
-  errno = EINTR;
-  return true;
-}
-
-}  // namespace
-
-// Linked in the place of the system's calls (-Wl,--wrap).
-extern "C" int __real_connect(int fd, const sockaddr* address, socklen_t size);
-extern "C" int __wrap_connect(int fd, const sockaddr* address, socklen_t size) {
-  const int rc = __real_connect(fd, address, size);
+int connected(int rc) {
   if (!gConnectLater) return rc;
   errno = EINPROGRESS;
   return -1;
 }
-Clock::time_point wrappedNow() __asm__("__wrap__ZNSt6chrono3_V212steady_clock3nowEv");
-Clock::time_point wrappedNow() {
-  return gNow;
-}
-extern "C" int __real_poll(pollfd* entries, nfds_t count, int timeout);
-extern "C" int __wrap_poll(pollfd* entries, nfds_t count, int timeout) {
-  if (count == 1) gPollTimeouts.push_back(timeout);
-  if (count == 1 && gNeverReady) return 0;
-  return count == 1 && interrupted() ? -1 : __real_poll(entries, count, timeout);
-}
+
+// The test's own calls wait for two descriptors.
+int polled(pollfd* entries, nfds_t count, int timeout);
+
 // The other end is another user's and another group's.
-extern "C" int __real_getsockopt(int fd, int level, int name, void* value, socklen_t* size);
-extern "C" int __wrap_getsockopt(int fd, int level, int name, void* value, socklen_t* size) {
-  const int rc = __real_getsockopt(fd, level, name, value, size);
+int withOtherPeer(int rc, int name, void* value) {
   auto* peer = static_cast<ucred*>(value);
   if (rc == 0 && name == SO_PEERCRED) *peer = {peer->pid, peer->uid + 1, peer->gid + 2};
   return rc;
 }
 
+}  // namespace
+
+WRAPPED(int, connect, (int fd, const sockaddr* address, socklen_t size),
+        connected(__real_connect(fd, address, size)))
+WRAPPED(int, poll, (pollfd * entries, nfds_t count, int timeout), polled(entries, count, timeout))
+WRAPPED(int, getsockopt, (int fd, int level, int name, void* value, socklen_t* size),
+        withOtherPeer(__real_getsockopt(fd, level, name, value, size), name, value))
+Clock::time_point wrappedNow() __asm__("__wrap__ZNSt6chrono3_V212steady_clock3nowEv");
+Clock::time_point wrappedNow() {
+  return gNow;
+}
+
 namespace {
+
+int polled(pollfd* entries, nfds_t count, int timeout) {
+  if (count > 1) return __real_poll(entries, count, timeout);
+  gPollTimeouts.push_back(timeout);
+  if (gNeverReady) return 0;
+  if (gInterruptions == 0) return __real_poll(entries, count, timeout);
+  --gInterruptions;
+  gNow += std::chrono::milliseconds(2);
+  errno = EINTR;
+  return -1;
+}
 
 std::string gone(const char* what, int code, const char* why) {
   return "ConnectionBrokenException " + std::to_string(code) + " " + what + ": " + why;

@@ -12,6 +12,7 @@
 #include <fokrazo/strutil.h>
 #include "tests/support/thrown.h"
 #include "tests/support/wire.h"
+#include "tests/support/wrapped.h"
 
 using namespace vesk;
 using namespace testsupport;
@@ -21,18 +22,15 @@ namespace {
 bool gNoMemory = false;
 std::string gFreed;  // the text "secret" as it was when its memory was freed
 
+void noteFreed(const void* memory) {
+  if (memory && gFreed == "expected") gFreed.assign(static_cast<const char*>(memory), 6);
+}
+
 }  // namespace
 
-// Linked in the place of the package's own (-Wl,--wrap).
-extern "C" void* __real_ber_memcalloc(ber_len_t n, ber_len_t size);
-extern "C" void* __wrap_ber_memcalloc(ber_len_t n, ber_len_t size) {
-  return gNoMemory ? nullptr : __real_ber_memcalloc(n, size);
-}
-extern "C" void __real_ber_memfree(void* memory);
-extern "C" void __wrap_ber_memfree(void* memory) {
-  if (memory && gFreed == "expected") gFreed.assign(static_cast<const char*>(memory), 6);
-  __real_ber_memfree(memory);
-}
+WRAPPED(void*, ber_memcalloc, (ber_len_t n, ber_len_t size),
+        gNoMemory ? nullptr : __real_ber_memcalloc(n, size))
+WRAPPED(void, ber_memfree, (void* memory), noteFreed(memory), __real_ber_memfree(memory))
 
 namespace {
 
