@@ -17,7 +17,7 @@ struct CodeText {
   const char* text;
 };
 
-// All exception classes of the program family. A row's position is its id.
+// All exception classes of the program family. A row's index is its id.
 constexpr CodeText kClassIds[] = {
     {0, "Unknown"},
     {1, "LogicException"},
@@ -126,7 +126,7 @@ std::string withoutNamespace(const char* className) {
   return strstr(className, kNamespace) ? className + strlen(kNamespace) : className;
 }
 
-// Length of the class name without "Exception", as the log shows it.
+// The length of the class name without "Exception", for the log.
 int shortLength(const char* className) {
   const char* end = strstr(className, "Exception");
   return static_cast<int>(end ? end - className : strlen(className));

@@ -1,5 +1,5 @@
-/// How the library's own code throws. Internal. The message is cut at 511 characters. A source file defines
-/// its own name once, as `kSource` ("lrpc/session"), and then writes
+/// Macros for throwing. Internal. The message is cut at 511 characters. A source file defines its name once,
+/// as `kSource` ("lrpc/session"), and then writes
 ///   FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "User not found");
 ///   FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, errno, "ipc socket connect");
 #pragma once
@@ -16,17 +16,17 @@ class MessageText {
  public:
   static constexpr unsigned kSize = 512;
 
-  /// printf into the buffer; what does not fit is cut.
+  /// printf into the buffer, cut if necessary.
   static MessageText format(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-  /// The literal (a format for `args`), ": " and the system's text for `error`.
+  /// `literal`, a format for `args`, then ": " and the system's text for `error`.
   template <class... Args>
   static MessageText withSystemText(int error, const char* literal, Args... args) {
     MessageText withPlaceholder = format("%s: %%s", literal);
     MessageText message;
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-    // The text is the thread's own. NOLINTNEXTLINE(concurrency-mt-unsafe)
+    // strerror's text is per thread. NOLINTNEXTLINE(concurrency-mt-unsafe)
     snprintf(message.m_text, kSize, withPlaceholder.m_text, args..., strerror(error));
 #pragma GCC diagnostic pop
     return message;

@@ -22,7 +22,7 @@ bool isFileOf(const struct stat& named, int fd) {
   return ::fstat(fd, &opened) == 0 && FileId(named) == FileId(opened);
 }
 
-// A small file and its end fit into one read. A larger claimed size is not trusted.
+// One read gets a small file and its end. A larger size is not trusted.
 size_t firstBlock(int fd) {
   struct stat info;
   const bool isKnown = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
@@ -40,7 +40,7 @@ ssize_t readSome(int fd, char* buffer, size_t size) {
 }
 
 bool readAll(int fd, std::string& content, size_t limit) {
-  // Into the string itself: callers may be on a small stack.
+  // Reads directly into the string: the stack may be small.
   for (size_t block = firstBlock(fd);; block = kBlockSize) {
     const size_t size = content.size();
     content.resize(size + block);

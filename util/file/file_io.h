@@ -1,4 +1,4 @@
-/// Reading, writing, comparing and locking open files. Internal. What fails leaves its reason in errno.
+/// Reading, writing, comparing and locking open files. Internal. Failures set errno.
 #pragma once
 
 #include <sys/stat.h>
@@ -16,15 +16,15 @@ namespace vesk {
 /// The permission bits of a file's mode.
 constexpr mode_t kPermissionBits = 0777;
 
-/// How long a process waits for another process's lock on a file: one second, in this many attempts.
+/// Attempts to get a file lock that another process holds, within one second.
 constexpr int kLockAttempts = 100;
 constexpr long kLockPauseMilliseconds = 10;
 
-/// Reads until there is at least a byte. Returns the number of bytes, 0 at the end, -1 on failure.
+/// read(), repeated on EINTR. Returns the number of bytes, 0 at the end, -1 on failure.
 ssize_t readSome(int fd, char* buffer, size_t size);
-/// Appends the rest of the file. False if reading fails, or if `content` grows beyond `limit` (EFBIG).
+/// Appends the rest of the file. Returns false if reading fails or `content` would exceed `limit` (EFBIG).
 bool readAll(int fd, std::string& content, size_t limit = std::string::npos);
-/// Opens a file with Open::Regular and these options, and appends all of it, as readAll.
+/// Opens a file with Open::Regular and `options`, and appends its content as readAll does.
 bool readWholeFile(const std::string& path, unsigned options, std::string& content, size_t limit);
 /// False if not all could be written.
 bool writeAll(int fd, const std::string& content);
@@ -32,7 +32,7 @@ bool writeAll(int fd, const std::string& content);
 /// Appends the names of a directory's entries without "." and "..", in the system's order. False on failure.
 bool listDirectory(const UniqueFd& directory, std::vector<std::string>& names);
 
-/// Identifies a file, whatever its names. A default-constructed one identifies none.
+/// Identifies a file, regardless of its names. Default-constructed: no file.
 struct FileId {
   FileId() = default;
   explicit FileId(const struct stat& info) : device(info.st_dev), inode(info.st_ino) {}
@@ -43,16 +43,16 @@ struct FileId {
   ino_t inode = 0;
 };
 
-/// Whether both descriptors are of one file.
+/// Whether both descriptors refer to the same file.
 bool isSameFile(int fd, int other);
-/// Whether the name still belongs to the open file. False if it is a symbolic link, now names another file,
-/// or is gone.
+/// Whether the name still refers to the open file. False if it is a symbolic link, refers to another file, or
+/// does not exist.
 bool isNameOf(const std::string& name, int fd);
-/// Whether the path leads to the open file. Symbolic links are followed.
+/// Whether the path, with symbolic links followed, refers to the open file.
 bool leadsTo(const std::string& path, int fd);
 
-/// Locks an open file until its descriptor is closed or the process ends. False if another process holds it;
-/// never waits. True, without a lock, where the file system has none.
+/// Locks an open file until its descriptor is closed or the process ends. Never waits: returns false if
+/// another process holds the lock. Returns true, without a lock, if the file system has no locks.
 bool tryLock(int fd);
 
 /// Throws SystemException "OS call failed: " and the system's text, with `error` as its code.

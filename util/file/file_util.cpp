@@ -33,9 +33,9 @@ constexpr char kSource[] = "util/file_util";
 constexpr char kLogger[] = "util.file";
 constexpr int kMaxLinks = 100;
 constexpr size_t kBlockSize = 16 * 1024;
-constexpr mode_t kNewFileMode = 0666;  // less the umask
+constexpr mode_t kNewFileMode = 0666;  // minus the umask
 
-// Failures to make a temporary file have the code -1.
+// Failures to create a temporary file have the code -1.
 [[noreturn]] void throwNoTempFile(int error) {
   FOKRAZO_THROW_CALL_FAILED(-1, error);
 }
@@ -51,8 +51,7 @@ struct Owner {
   unsigned gid;
 };
 
-// Sets the mode of a new temporary file, and its owner unless null. If that fails, removes the file and
-// throws.
+// Sets the mode of a new temporary file, and its owner unless null. On failure removes the file and throws.
 void finishTempFile(UniqueFd& fd, const char* name, unsigned mode, const Owner* owner) {
   if (::fchmod(fd.get(), mode) == 0 && (!owner || ::fchown(fd.get(), owner->uid, owner->gid) == 0)) return;
   const int error = errno;
@@ -65,7 +64,7 @@ int openTempFile(char* templ, int mode, const Owner* owner, std::ofstream& out) 
   UniqueFd fd = vesk::openTemporaryFile(templ);
   if (!fd) throwNoTempFile(errno);
   finishTempFile(fd, templ, mode, owner);
-  // By its name, which other users cannot replace in a directory with the sticky bit.
+  // By name: in a directory with the sticky bit, other users cannot replace it.
   try {
     out.open(templ, std::ios::out | std::ios::trunc);
   } catch (...) {  // no memory for the stream
@@ -80,7 +79,7 @@ bool noPath(std::string& out) {
   return false;
 }
 
-// Replaces the path of a link with the path of its target. False if the link cannot be read.
+// Replaces the path of a link with that of its target. Returns false if the link cannot be read.
 bool followLink(std::string& path) {
   std::string target(PATH_MAX - 1, '\0');
   const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());

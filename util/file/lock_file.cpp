@@ -10,7 +10,7 @@
 
 namespace {
 
-// A lock may be released before its holder is looked up: then it is tried once more.
+// The lock may be released before its holder is looked up; then try again.
 constexpr int kLockAttempts = 10;
 
 struct flock wholeFile(short type) {
@@ -27,13 +27,13 @@ int changeLock(int fd, short type) {
     if (errno != EACCES && errno != EAGAIN) return -1;
     lock = wholeFile(type);
     if (fcntl(fd, F_GETLK, &lock) != 0) return -1;
-    // A holder that this process cannot see has no id here, or one below 1.
+    // A holder in another PID namespace has no id here, or one below 1.
     if (lock.l_type != F_UNLCK) return lock.l_pid > 0 ? lock.l_pid : -1;
   }
   return -1;
 }
 
-// Empty if there is no regular file at `path` and none can be made.
+// Empty if there is no regular file at `path` and none can be created.
 vesk::UniqueFd openLockFile(const char* path) {
   using vesk::Open;
   if (!path) return vesk::UniqueFd();

@@ -51,7 +51,7 @@ int chownAt(const Path& path, const Owner& owner) {
   });
 }
 
-/// The last component of a path that is not empty.
+/// The last component of a non-empty path.
 const std::string& lastOf(const Path& path) {
   return path.leaf().empty() ? path.back() : path.leaf();
 }
@@ -65,8 +65,8 @@ Path parentOf(const Path& path) {
   return parent;
 }
 
-// Sets mode and owner before checking the result of mkdir: an existing directory gets them too, and if mkdir
-// failed, setting them fails.
+// Ignores the result of mkdir: an existing directory gets mode and owner too, and without a directory setting
+// them fails.
 void makeDirectory(const Path& path, unsigned mode, const Owner* owner) {
   const int made =
       callAt(path, [=](int directory, const char* name) { return ::mkdirat(directory, name, mode); });
@@ -82,7 +82,7 @@ void makeDirectories(const Path& path, unsigned mode, const Owner* owner) {
   Path directory = parentOf(path);
   while (!Path::exists(directory)) {
     refuseEmpty(directory);
-    if (directory.empty() && directory.leaf().empty()) break;  // not even the root is accessible
+    if (directory.empty() && directory.leaf().empty()) break;  // even the root is inaccessible
     missing.push_back(lastOf(directory));
     directory = parentOf(directory);
   }
@@ -142,7 +142,7 @@ bool Path::operator==(const Path& other) const {
 
 Path& Path::operator/=(const Path& right) {
   if (right.m_isRoot) FOKRAZO_THROW(BadDataException, "BadDataException", 0, "Attempt to append root path");
-  const Path added = right;  // it may be this very path
+  const Path added = right;  // `right` may be *this
   if (!m_leaf.empty()) push_back(m_leaf);
   insert(end(), added.begin(), added.end());
   m_leaf = added.m_leaf;

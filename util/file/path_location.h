@@ -1,4 +1,4 @@
-/// Paths of any length for the system's calls. Internal.
+/// Paths of any length for system calls. Internal.
 #pragma once
 
 #include <string>
@@ -8,14 +8,14 @@
 
 namespace vesk {
 
-/// A path as the system's "at" calls take it: a directory and a name. The directory is opened only for a path
-/// that is too long for one call. Links to directories are followed, as the system does.
+/// A path as a directory and a name, for "at" calls. The directory is opened only if the path is too long for
+/// one call. Links to directories are followed as usual.
 class PathLocation {
  public:
   /// Check error() afterwards.
   explicit PathLocation(const Path& path);
 
-  /// An errno, or 0 if the path can be used.
+  /// An errno, or 0 if the path is usable.
   int error() const { return m_error; }
   int directory() const;
   const char* name() const { return m_name.c_str(); }
@@ -28,7 +28,7 @@ class PathLocation {
   int m_error = 0;
 };
 
-/// The result of `call(directory, name)` for the path, or -1 with errno if the path cannot be used.
+/// The result of `call(directory, name)`, or -1 with errno if the path is unusable.
 template <class Call>
 int callAt(const Path& path, Call call) {
   const PathLocation location(path);
@@ -37,7 +37,7 @@ int callAt(const Path& path, Call call) {
   return -1;
 }
 
-/// Throws IOException with the system's text; the literal takes the path.
+/// Throws IOException with the system's text; `literal` is a format for the path.
 [[noreturn]] void throwPathFailure(int error, const char* literal, const Path& path);
 
 }  // namespace vesk

@@ -12,7 +12,7 @@ namespace vesk {
 
 namespace {
 
-constexpr char kSource[] = "lrpc/session";  // as logs have always named it
+constexpr char kSource[] = "lrpc/session";  // the name in logs, kept for compatibility
 
 void checkCall(bool worked, long result) {
   if (!worked)
@@ -29,7 +29,7 @@ std::string readFile(std::string path) {
   std::string bytes(static_cast<size_t>(status.st_size), '\0');
   const UniqueFd file = openFile(path);
   checkCall(static_cast<bool>(file), file.get());
-  errno = 0;  // too few bytes are not a system error
+  errno = 0;  // a short read is not a system error
   const ssize_t count = read(file.get(), bytes.data(), bytes.size());
   checkCall(count == status.st_size, count);
   return bytes;

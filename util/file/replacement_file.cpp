@@ -35,7 +35,7 @@ bool ReplacementFile::openUnique() {
       m_fd = std::move(fd);
       return true;
     }
-    // Another process took it for a leftover before it was locked.
+    // Another process took it for stale before it was locked.
     ::unlink(m_name.c_str());
   }
   errno = EWOULDBLOCK;
@@ -49,7 +49,7 @@ bool ReplacementFile::openShared() {
     if (!fd) return false;
     if (!tryLock(fd.get())) {
       pause::forMilliseconds(kLockPauseMilliseconds);
-    } else if (isNameOf(m_name, fd.get())) {  // the previous writer may have renamed or removed it
+    } else if (isNameOf(m_name, fd.get())) {  // else the previous writer has renamed or removed it
       m_fd = std::move(fd);
       return true;
     }
@@ -59,7 +59,7 @@ bool ReplacementFile::openShared() {
 }
 
 bool ReplacementFile::write(const std::string& content, mode_t mode) {
-  // A killed writer may have left a longer text in the shared file.
+  // A killed writer may have left more text in the shared file.
   return ::ftruncate(m_fd.get(), 0) == 0 && writeAll(m_fd.get(), content) && ::fchmod(m_fd.get(), mode) == 0;
 }
 
@@ -86,7 +86,7 @@ bool ReplacementFile::isTemporary(const std::string& path) {
 
 void ReplacementFile::removeLeftover(const std::string& path) {
   const UniqueFd fd = openFile(path, Open::Unfollowed);
-  // If it cannot be opened for lack of rights or descriptors, its writer may be alive.
+  // If permissions or descriptors are lacking, its writer may be alive.
   if (fd ? tryLock(fd.get()) : isNeverRegular(errno)) ::unlink(path.c_str());
 }
 

@@ -1,4 +1,4 @@
-/// Replacing a file as a whole. Internal.
+/// Atomic replacement of files. Internal.
 #pragma once
 
 #include <sys/types.h>
@@ -9,43 +9,42 @@
 
 namespace vesk {
 
-/// The next content of a file, in a temporary file beside it that takes the file's place by rename. A reader
-/// sees the old content or the new one, whole, even if the writer is killed or the machine crashes. Anything
-/// with the file's name is replaced: a symbolic link is not followed.
+/// The new content of a file, in a temporary file in the same directory, which then replaces the file by
+/// rename. A reader sees either the old content or the new one, even if the writer is killed or the machine
+/// crashes. A symbolic link is replaced, not followed.
 ///
-/// A live object holds the lock of its temporary file, so that other processes can tell it from one that a
-/// killed writer left. An operation that fails returns false with the reason in errno, and leaves the file as
-/// it was.
+/// The object locks its temporary file, so that other processes can distinguish it from that of a killed
+/// writer. A failing operation returns false with errno, and leaves the file unchanged.
 class ReplacementFile {
  public:
   explicit ReplacementFile(std::string path);
-  /// Removes the temporary file unless it took the file's place.
+  /// Removes the temporary file, unless it has replaced the file.
   ~ReplacementFile();
   ReplacementFile(const ReplacementFile&) = delete;
   ReplacementFile& operator=(const ReplacementFile&) = delete;
 
-  /// Makes a temporary file with a name of its own, closed to other users. isTemporary recognises the name.
+  /// Creates a temporary file with a unique name that isTemporary recognises, inaccessible to other users.
   bool openUnique();
-  /// Opens the temporary file that all writers of the path share (path + ".new"). Waits a second for another
-  /// writer (EWOULDBLOCK).
+  /// Opens the temporary file shared by all writers of the path (path + ".new"). Waits up to a second for
+  /// another writer; then fails with EWOULDBLOCK.
   bool openShared();
 
-  /// The name of the temporary file, or the intended name if it could not be opened.
+  /// The name of the temporary file, even if it could not be opened.
   const std::string& name() const { return m_name; }
   int fd() const { return m_fd.get(); }
 
-  /// Makes this the whole content of the temporary file, and sets its mode.
+  /// Replaces the content of the temporary file, and sets its mode.
   bool write(const std::string& content, mode_t mode);
   /// Flushes what was written to the disk.
   bool sync();
-  /// Takes the file's place.
+  /// Renames the temporary file to the file's name.
   bool replace();
-  /// As replace, and gives the file the security label that its path demands; see renameFile.
+  /// As replace, and sets the security label for the path, as renameFile does.
   bool replaceAndLabel();
 
-  /// Whether a path names a temporary file of openUnique. Only its last component counts.
+  /// Whether a path has a name from openUnique. Checks only the last component.
   static bool isTemporary(const std::string& path);
-  /// Removes such a temporary file unless its writer is alive, or may be. Failures are ignored.
+  /// Removes such a temporary file, unless its writer is or may be alive. Ignores failures.
   static void removeLeftover(const std::string& path);
 
  private:

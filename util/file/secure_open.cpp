@@ -20,7 +20,7 @@ int statusOfError(int error) {
   }
 }
 
-// In the order in which faults are reported.
+// The first broken rule is reported.
 int checkFile(const struct stat& info) {
   if (S_ISLNK(info.st_mode)) return SECURE_OPEN_SYMLINK;
   if (info.st_nlink > 1) return SECURE_OPEN_HARDLINKED;

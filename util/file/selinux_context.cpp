@@ -33,7 +33,7 @@ Mutex& gSelinuxInstanceMutex() {
   return vesk::forkedLock(vesk::ForkOrder::SelinuxModule);
 }
 
-/// matchpathcon is not safe for concurrent use.
+/// matchpathcon is not thread-safe.
 Mutex& gSelinuxMutex() {
   return vesk::forkedLock(vesk::ForkOrder::SelinuxLabels);
 }
@@ -61,7 +61,7 @@ std::string libraryName() {
   FOKRAZO_THROW(SystemException, "SystemException", 0, "Get SELinux API function pointer failed.");
 }
 
-// A call that failed, with the file it failed on.
+// Reports a failed call, with its file.
 [[noreturn]] void throwFailed(int error, const char* literal, const std::string& path) {
   FOKRAZO_THROW_ERRNO(SystemException, "SystemException", error, error, literal, path.c_str());
 }
@@ -134,7 +134,7 @@ void AdjustSELinuxLabelType(std::string& path, const char* type) {
   } catch (const SystemException& failure) {
     VESK_LOG_TO(kLogger, Warn, "%s. Please run 'restorecon' on the file '%s'", failure.what(), path.c_str());
   } catch (const std::exception&) {
-    // Usually the system has no SELinux, and there is nothing to do.
+    // No SELinux, as on most systems.
   }
 }
 
@@ -157,8 +157,8 @@ SELinuxModule& SELinuxModule::Instance() {
   if (instance) return *instance;
   if (!isSystemWithSELinux())
     FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "The system does not have SELinux");
-  // Before the lock: a thread that saves the configuration holds the configuration's lock when it asks for a
-  // label.
+  // Before the lock, because a thread that saves the configuration sets labels with the configuration's lock
+  // held.
   const std::string library = libraryName();
   Lock lock(gSelinuxInstanceMutex());
   instance = pInstance.load(std::memory_order_relaxed);

@@ -31,9 +31,9 @@ int copyTo(char* dst, size_t size, const char* path) {
   return -1;
 }
 
-// Removes anything with the directory's name that is not a directory, and makes it. Links are not followed.
-// Another process may make the directory at the same time. False with errno.
-bool makeWayForDirectory(const UniqueFd& parent, const char* name) {
+// Creates the directory, and removes anything else of that name. Does not follow links. Another process may
+// create the directory at the same time. Returns false with errno.
+bool replaceByDirectory(const UniqueFd& parent, const char* name) {
   struct stat info;
   const bool there = ::fstatat(parent.get(), name, &info, AT_SYMLINK_NOFOLLOW) == 0;
   if (there && S_ISDIR(info.st_mode)) return true;
@@ -41,10 +41,10 @@ bool makeWayForDirectory(const UniqueFd& parent, const char* name) {
   return ::mkdirat(parent.get(), name, kMode) == 0 || errno == EEXIST;
 }
 
-// Works on the descriptor, so that another process cannot replace the directory in between. Sets the mode
-// afterwards: changing the umask would affect all threads. Empty with errno.
+// Uses descriptors, so that another process cannot replace the directory in between. Sets the mode
+// afterwards, because the umask is shared by all threads. Returns an empty descriptor with errno.
 UniqueFd openSafeDirectory(const UniqueFd& parent, const char* name) {
-  if (!makeWayForDirectory(parent, name)) return UniqueFd();
+  if (!replaceByDirectory(parent, name)) return UniqueFd();
   UniqueFd directory = openFileAt(parent.get(), name, Open::Directory | Open::Unfollowed);
   struct stat info;
   if (!directory || ::fstat(directory.get(), &info) != 0) return UniqueFd();
@@ -53,7 +53,7 @@ UniqueFd openSafeDirectory(const UniqueFd& parent, const char* name) {
   return directory;
 }
 
-// The first component, "/var", is the system's and is not touched. False with errno.
+// The first component, "/var", belongs to the system and is not touched. Returns false with errno.
 bool makeRootTempDir() {
   const Path prefixes(std::string(vesk::paths::kRootTempDir) + "/");
   UniqueFd directory;

@@ -80,7 +80,7 @@ void TreeRemover::leave() {
   struct stat info;
   UniqueFd parent = openFileAt(m_directory.get(), "..", Open::Location | Open::Directory);
   if (!parent || ::fstat(parent.get(), &info) != 0 || FileId(info) != done.parent)
-    // The directory was moved: what is above it now must not be touched.
+    // The directory was moved; its new parent must not be touched.
     throwPathFailure(ESTALE, "Cannot remove directory %s", pathOf(done.name));
   m_directory = std::move(parent);
   removeDirectory(done.name);

@@ -11,9 +11,9 @@
 
 namespace vesk {
 
-/// Empties a directory to any depth. It goes from descriptor to descriptor and never follows a link, so that
-/// nothing outside is touched whatever other processes do to the tree at the same time. Each directory is
-/// listed once, two descriptors are open at a time, and there is no recursion.
+/// Empties a directory to any depth. Uses descriptors and never follows a link, so nothing outside is
+/// touched, whatever other processes do to the tree meanwhile. Lists each directory once, has two descriptors
+/// open at a time, and does not recurse.
 class TreeRemover {
  public:
   /// `location` is that of `root`; both must outlive the object.
@@ -27,7 +27,7 @@ class TreeRemover {
   struct Level {
     std::string name;
     FileId parent;
-    std::vector<std::string> pending;  // entries that are still there
+    std::vector<std::string> pending;  // entries not yet removed
   };
 
   void removeEntry(const std::string& name);

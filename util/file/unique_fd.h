@@ -10,7 +10,7 @@ namespace vesk {
 class UniqueFd {
  public:
   UniqueFd() = default;
-  /// Takes over `fd`; -1 is none.
+  /// Takes ownership of `fd`; -1 means none.
   explicit UniqueFd(int fd) : m_fd(fd) {}
   UniqueFd(UniqueFd&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
   UniqueFd& operator=(UniqueFd&& other) noexcept {
@@ -25,10 +25,9 @@ class UniqueFd {
 
   explicit operator bool() const { return m_fd >= 0; }
   int get() const { return m_fd; }
-  /// Returns the descriptor, which the caller then owns.
+  /// Passes ownership of the descriptor to the caller.
   int release() { return std::exchange(m_fd, -1); }
-  /// As the system's call, but not a cancellation point, because destructors call it. 0 if there is no
-  /// descriptor.
+  /// As close(2), but not a cancellation point, because destructors call it. Returns 0 without a descriptor.
   int close();
 
  private:

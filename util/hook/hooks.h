@@ -1,8 +1,8 @@
-/// What lower rooms need from higher ones. Internal.
+/// Callbacks from lower rooms into higher ones. Internal.
 ///
-/// Includes point down only. But a mutex that fails to lock throws, a throw is logged, and the log takes
-/// locks. To break such circles the lower room calls through this table. util/wiring/wiring.cpp defines it as
-/// a constant, so it is complete before any code runs.
+/// Includes only point down. But a mutex that cannot be locked throws, a throw is logged, and the log takes
+/// locks. To break such cycles the lower room calls through this table, a constant in util/wiring/wiring.cpp
+/// that is complete before any code runs.
 #pragma once
 
 #include <cstdarg>
@@ -13,7 +13,7 @@ namespace vesk {
 
 class Properties;
 
-/// How new threads are to be made.
+/// The policy for new threads.
 struct ThreadPolicy {
   int stackSize = 0;            // bytes; 0 or less: the system's default
   bool usesPriorities = false;  // whether threads may have real-time priorities
@@ -21,22 +21,22 @@ struct ThreadPolicy {
 
 struct Hooks {
   // The log, for rooms below it.
-  /// Logs a message (printf) at DEBUG on `channel`; `file`, `line` and `function` name the place.
+  /// Logs a message (printf) at DEBUG on `channel`; `file`, `line` and `function` are the source position.
   void (*logDebug)(const char* channel, const char* file, int line, const char* function, const char* format,
                    ...) __attribute__((format(printf, 5, 6)));
 
   // The sinks, for the log.
-  /// Called once, when the tree of loggers is made, with the tree's lock held.
+  /// Called once, when the tree of loggers is created, with the tree's lock held.
   void (*openSinks)();
   /// Called when logging ends for good, with the tree's lock held.
   void (*closeSinks)();
-  /// Offers a message to the memory log. Leaves `args` as they are.
+  /// Offers a message to the memory log. Does not consume `args`.
   void (*writeToMemory)(const char* format, va_list args);
 
   // The configuration, for rooms below it.
   /// The configured policy for new threads.
   ThreadPolicy (*threadPolicy)();
-  /// The configured file name of libselinux; empty if none is.
+  /// The configured file name of libselinux; empty if not configured.
   std::string (*selinuxLibrary)();
 
   // For the configuration.

@@ -34,8 +34,8 @@ std::string displayName(const std::string& fullName) {
 
 }  // namespace
 
-// If another thread was changing the tree during a fork, the child starts again with the root alone. Loggers
-// that were already handed out stay as they are. (Takes no lock: the child has no other thread.)
+// If another thread was changing the tree during a fork, the child starts again with only the root. Loggers
+// already in use stay as they are. (Takes no lock: the child has no other thread.)
 void LoggerTree::inChild(bool intact) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   if (Logger::m_levelGeneration % 2 != 0) ++Logger::m_levelGeneration;
   if (intact || gNamedLoggers == nullptr) return;
@@ -109,7 +109,7 @@ boost::shared_ptr<Logger> Logger::GetLogger(const std::string& name) {
   const auto found = table.find(name);
   if (found != table.end()) return found->second;
 
-  // All missing ancestors, root-most first.
+  // All missing ancestors, from the root down.
   boost::shared_ptr<Logger> logger = LoggerTree::root();
   for (size_t end = name.find('.');; end = name.find('.', end + 1)) {
     const std::string ancestor = name.substr(0, end);
@@ -172,7 +172,7 @@ int Logger::inheritLevel() {
   int own = kInherit;
   if (before % 2 != 0 || !m_level.compare_exchange_strong(own, level)) return level;
   own = level;
-  // A level has changed meanwhile: forget what was remembered here and at the call sites.
+  // A level has changed meanwhile: drop the levels cached here and at the call sites.
   if (m_levelGeneration != before && m_level.compare_exchange_strong(own, m_configuredLevel))
     m_levelGeneration += 2;
   return level;

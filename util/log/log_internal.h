@@ -1,10 +1,11 @@
-/// What the sources of the logger share. Internal.
+/// Shared by the logger's source files. Internal.
 ///
 /// Order of locks, outermost first: the configuration's, a work queue's, gNamedLoggersProtect,
-/// gLogMessageProtect, the log file's, the one for syslog. So no code that holds one of the loggers' locks
-/// reads the configuration or posts to a queue. Only the last two are held while a line is written.
-/// Everything here is made on first use and never destroyed: other threads and static destructors may log to
-/// the very end of the process.
+/// gLogMessageProtect, the log file's, the one for syslog. So code that holds one of the loggers' locks must
+/// not read the configuration or post to a queue. Only the last two are held while a line is written.
+///
+/// Everything here is created on first use and never destroyed: threads and static destructors may log until
+/// the process ends.
 #pragma once
 
 #include <atomic>
@@ -28,25 +29,23 @@ constexpr char kLogSource[] = "util/log";
 constexpr char kDefaultFacility[] = "auth";
 constexpr char kLoggingLogger[] = "com.zantrel.logger";
 
-/// Guards the tree of loggers. Recursive: finding a logger makes its ancestors, configuring logs.
+/// Guards the tree of loggers. Recursive: finding a logger creates its ancestors, and configuring logs.
 Mutex& gNamedLoggersProtect();
-/// Guards the path of a message: the choice of the destination, the background queue, the memory log.
-/// Recursive: code that holds it logs.
+/// Guards the destination, the background queue and the memory log. Recursive: code that holds it logs.
 Mutex& gLogMessageProtect();
-/// Whether a memory log has ever been started: until then messages are not offered to it. Set by the sinks.
+/// Whether a memory log was ever started; until then messages are not offered to it. Set by the sinks.
 extern std::atomic<bool> gMemoryLogStarted;
 
-/// What a configuration says about one logger.
+/// The configuration of one logger.
 struct LoggerSettings {
   int level = Logger::kInherit;
   int facility = Logger::kInherit;
   int showMore = Logger::kInherit;
 };
 
-/// The tree, for the sources of the logger.
+/// The tree, for the logger's source files.
 struct LoggerTree {
-  /// Makes the root and the memory log, once, unless logging has ended. The other operations require that it
-  /// was called.
+  /// Creates the root and the memory log once, unless logging has ended. Call it before the other operations.
   static void init() FOKRAZO_REQUIRES(gNamedLoggersProtect());
   static bool isShutDown();
   /// For the child of a fork, see inForkedChild.
@@ -60,7 +59,7 @@ struct LoggerTree {
 
   static void setMemoryLevel(Logger& logger, int level);
   static void setSettings(Logger& logger, const LoggerSettings& settings);
-  /// While this lives, isEnabled remembers no level.
+  /// While it exists, isEnabled caches no levels.
   class LevelChange {
    public:
     LevelChange();
@@ -68,7 +67,7 @@ struct LoggerTree {
   };
 };
 
-/// What BuildMessagePrefix writes without a lead, followed by a 0. Valid until the thread calls it again.
+/// BuildMessagePrefix without a lead; NUL-terminated. Valid until the thread's next call.
 std::string_view whenAndWho();
 
 /// The syslog priority of a level, without facility.
@@ -77,8 +76,8 @@ int syslogPriority(Logger::LogLevel level);
 /// __progname, or what detect_progname finds if that is empty.
 const char* programName();
 
-/// Restores `errno` after a log call, and counts how deeply log calls are nested: an exception that is thrown
-/// within a log call logs too.
+/// Restores `errno` after a log call, and counts nested log calls: an exception thrown within a log call logs
+/// too.
 class LogCall {
  public:
   LogCall() : m_errno(errno), m_depth(depth) { ++m_depth; }
@@ -96,7 +95,7 @@ class LogCall {
   static thread_local int depth;
 
   int m_errno;
-  int& m_depth;  // the calling thread's; finding it costs more than using it
+  int& m_depth;  // the calling thread's; cached, because the lookup is slow
 };
 
 }  // namespace vesk

@@ -14,7 +14,7 @@ struct Level {
   int syslogPriority;
 };
 
-// In the order of their numbers.
+// By number.
 constexpr Level kLevels[] = {
     {"TRACE", LOG_DEBUG},  {"DEBUG", LOG_DEBUG}, {"DIAG", LOG_DEBUG},  {"INFO", LOG_INFO},
     {"WARN", LOG_WARNING}, {"ERROR", LOG_ERR},   {"FATAL", LOG_EMERG}, {"DISABLED", LOG_EMERG},

@@ -20,7 +20,7 @@
 #include "util/thread/calendar.h"
 #include "util/thread/clock.h"
 
-// The C library's. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+// From the C library. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" const char* __progname;
 
 namespace vesk {
@@ -37,7 +37,7 @@ bool isEmpty(const char* text) {
   return text == nullptr || *text == '\0';
 }
 
-// Read once: a forked child keeps showing its parent's process id.
+// Read once: a forked child keeps its parent's process id in messages.
 struct ProcessIdentity {
   char host[64];
   int pid = static_cast<int>(getpid());
@@ -60,7 +60,7 @@ void appendLine(Text& text, int line) {
   text.append(digits);
 }
 
-// As in "session.cpp:120:reConnect()", with the quotes.
+// Appends "session.cpp:120:reConnect()", with the quotes.
 void appendPosition(Text& text, int showMore, const char* file, int line, const char* function) {
   const bool showFile = (showMore & Logger::ShowFile) != 0 && !isEmpty(file);
   const bool showFunction = (showMore & Logger::ShowFunction) != 0;
@@ -118,12 +118,12 @@ const char* programName() {
   return __progname;
 }
 
-// Local time, host, program and process. localtime_r checks the time zone's file in each call, so a thread
-// keeps the text for a whole second.
+// Local time, host, program and process. localtime_r checks the time zone's file on each call, so each thread
+// caches the text for a second.
 std::string_view whenAndWho() {
   thread_local struct {
     time_t second;
-    size_t length;  // 0: nothing yet
+    size_t length;  // 0: not yet built
     char text[512];
   } cached;
   const time_t now = dayclock::now();
@@ -196,7 +196,7 @@ void Logger::logSysErr(LogLevel level, int errnum, const char* file, int line, c
   appendPrefix(text, level, file, line, function);
   text.append(format);
   text.append(": ");
-  text.appendPlain(strerror(errnum));  // NOLINT(concurrency-mt-unsafe): the text is the thread's own
+  text.appendPlain(strerror(errnum));  // NOLINT(concurrency-mt-unsafe): the text is per thread
   va_list args;
   va_start(args, format);
   WriteMessage(getEffectiveFacility(), level, text, args);

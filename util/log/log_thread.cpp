@@ -1,4 +1,4 @@
-// What the logger keeps for each thread: the thread's name and its table of loggers.
+// The logger's data of each thread: its name and its table of loggers.
 
 #include <atomic>
 #include <cstdlib>
@@ -19,7 +19,7 @@ pthread_key_t gTSDKey;
 pthread_once_t gTSDKeyOnce = PTHREAD_ONCE_INIT;
 std::atomic<bool> gTSDKeyMade{false};
 bool gLoggerTableKeyMade = false;
-char* gName = nullptr;  // the name in a process without the threads interface
+char* gName = nullptr;  // for a process without a threads library
 
 void TSDKeyAlloc() {
   gTSDKeyMade = pthread_key_create(&gTSDKey, free) == 0;
@@ -29,14 +29,14 @@ void DestroyLoggerTable(void* table) {
   delete static_cast<LoggerTable*>(table);
 }
 
-// False if names cannot be kept per thread.
+// Whether names can be stored per thread.
 bool haveThreadNames() {
   if (!threadsSupported()) return false;
   pthread_once(&gTSDKeyOnce, TSDKeyAlloc);
   return gTSDKeyMade;
 }
 
-// Makes no key: most programs never name a thread.
+// Does not create the key: most programs never name a thread.
 char* threadName() {
   return gTSDKeyMade ? static_cast<char*>(pthread_getspecific(gTSDKey)) : gName;
 }

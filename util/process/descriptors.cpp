@@ -18,7 +18,7 @@ bool isKept(const int* kept, std::size_t count, int fd) {
   return std::binary_search(kept, kept + count, fd);
 }
 
-// The number in `text`; -1 if it is not a number, such as "." and "..".
+// The number in `text`; -1 for other text, such as "." and "..".
 int parseDescriptor(const char* text) {
   if (*text < '0' || *text > '9') return -1;
   int fd = 0;
@@ -33,7 +33,7 @@ bool closeRange(unsigned int first, unsigned int last) {
 #endif
 
 #if defined(SYS_getdents64)
-// As the kernel writes it.
+// The kernel's layout.
 struct DirectoryEntry {
   std::uint64_t inode;
   std::int64_t offset;
@@ -76,7 +76,7 @@ bool closeByListing([[maybe_unused]] const int* kept, [[maybe_unused]] std::size
   if (listing < 0) return false;
   alignas(8) char entries[4096];
   long size;
-  // The listing is ordered by number, so closing descriptors during it skips none.
+  // The listing is sorted by number, so closing descriptors meanwhile skips none.
   while ((size = syscall(SYS_getdents64, listing, entries, sizeof entries)) > 0)
     closeListed(entries, size, kept, count, listing);
   close(listing);
@@ -97,7 +97,7 @@ void closeAllBut(const int* kept, std::size_t count, int limit) {
 }
 
 void arrange(const int* entries, int* scratch, int count) {
-  // Drops closed entries first, so that nothing is moved onto their numbers.
+  // Drops closed entries first, so that nothing is moved to their numbers.
   for (int i = 0; i < count; ++i) scratch[i] = fcntl(entries[i], F_GETFD) < 0 ? -1 : entries[i];
   for (int i = 0; i < count; ++i)
     if (scratch[i] >= 0) scratch[i] = fcntl(entries[i], F_DUPFD, count);

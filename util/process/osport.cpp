@@ -10,20 +10,19 @@
 #include <fokrazo/mutex.h>
 #include "util/thread/fork_locks.h"
 
-// The C library's. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+// From the C library. NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" const char* __progname;
 
 namespace {
 
-// No call reads the id, but setting it returns the old one.
+// There is no call to read the id, but setting it returns the old one.
 uid_t readFsId(uid_t effective, int (*set)(uid_t)) {
   const uid_t before = set(effective);
   if (before != effective) set(before);
   return before;
 }
 
-// The program's name between the first "(" and the next ")" of the process table's line; null if there is
-// none.
+// The program's name in the process table, between the first "(" and the next ")"; null if missing.
 const char* nameFromProcessTable() {
   static char line[4096];
   FILE* table = fopen("/proc/self/stat", "re");

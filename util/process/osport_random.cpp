@@ -1,5 +1,5 @@
-// Thread-safe replacements for the system's generators. They have the system's names only for the linker:
-// <stdlib.h> promises that its functions throw nothing, which a failing mutex would break.
+// Thread-safe replacements for the C library's generators. They get these names only in the linker, because
+// <stdlib.h> declares its functions as non-throwing, and a failing mutex throws.
 #include <cstdlib>
 
 #include <fokrazo/export.h>
@@ -18,7 +18,7 @@ namespace {
 
 bool gSeeded = false;  // guarded by the mutex below
 
-// Locked in every program, even one whose threads are not made by Thread.
+// Always locked, even if threads are not created by Thread.
 vesk::Mutex& gRandomMutex() {
   return vesk::forkedLock(vesk::ForkOrder::RandomNumbers);
 }
@@ -39,7 +39,7 @@ int drawRand() {
   return static_cast<int>(drawRandom());
 }
 
-// The first number drawn still reseeds from the clock, so only a call after it has an effect that lasts.
+// The first number drawn reseeds from the clock, so only later calls have a lasting effect.
 void seedRandom(unsigned int seed) {
   const vesk::BriefHold hold(gRandomMutex());
   srand48(seed);

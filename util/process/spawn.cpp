@@ -29,14 +29,14 @@ constexpr long kPollInterval = 500;  // milliseconds: two polls per second
 
 struct Child {
   pid_t pid;
-  bool awaited;  // a caller waits for it, so spawnfv_reap leaves it alone
+  bool awaited;  // a caller waits for it, so spawnfv_reap ignores it
 };
 
 using Children = std::vector<Child>;
 
 vesk::MadeOnce<Children> gSpawnPidList;
 
-// Guards the list, and keeps fork from copying it half changed.
+// Guards the list, so that no fork copies it half changed.
 vesk::Mutex& gSpawnMutex() {
   vesk::inForkedChild(vesk::ForkOrder::SpawnedChildren, [](bool intact) {
     if (!intact) gSpawnPidList.abandon();
@@ -56,7 +56,7 @@ bool hasEnded(int status) {
   return WIFEXITED(status) || WIFSIGNALED(status);
 }
 
-/// A program to run. All memory that it takes to start is allocated here, before the fork.
+/// A program to run. Allocates all memory before the fork.
 class Program {
  public:
   Program(int count, const int* fds, const char* path, char** argv, bool emptyEnvironment, void (*callback)())
@@ -100,8 +100,8 @@ class Program {
   int m_limit;
 };
 
-// Returns the process id, which is then in the list, or -1 with errno. A cancelled thread completes this
-// function: otherwise nobody would collect the child.
+// Adds the child to the list and returns its process id, or -1 with errno. Cannot be cancelled: otherwise the
+// child would never be reaped.
 pid_t startChild(Program& program, bool awaited) {
   const vesk::BriefHold hold(gSpawnMutex());
   Children& children = spawnedChildren();
@@ -112,8 +112,7 @@ pid_t startChild(Program& program, bool awaited) {
   return pid;
 }
 
-/// A child that its caller waits for. If the time is up, or the waiting thread is cancelled, it is left to
-/// spawnfv_reap.
+/// A child that its caller waits for. After a time-out or a cancellation it is left to spawnfv_reap.
 class AwaitedChild {
  public:
   explicit AwaitedChild(pid_t pid) : m_pid(pid) {}
@@ -148,7 +147,7 @@ class AwaitedChild {
   AwaitedChild& operator=(const AwaitedChild&) = delete;
 
  private:
-  // Another part of the program, or the system, has collected the child.
+  // The child was reaped elsewhere.
   int endUnknown() {
     const int error = errno;
     forget();
@@ -156,7 +155,7 @@ class AwaitedChild {
     return -1;
   }
 
-  // Its position in the list; the end if spawnfv_reap has dropped it.
+  // Its position in the list; the end if spawnfv_reap has removed it.
   Children::iterator find(Children& children) const {
     return std::find_if(children.begin(), children.end(),
                         [this](const Child& child) { return child.pid == m_pid; });
@@ -183,7 +182,7 @@ class AwaitedChild {
   bool m_done = false;
 };
 
-// True also for a process that is not a child of this one: it was collected elsewhere, or a fork copied the
+// Also true for a process that is not a child of this one: it was reaped elsewhere, or a fork copied the
 // list.
 bool isGone(const Child& child) {
   if (child.awaited) return false;

@@ -24,7 +24,7 @@ namespace {
 
 constexpr char kLogger[] = "util.properties";
 constexpr char kDefaultPrefix[] = "brondalt";
-/// A number of seconds that counts as no duration: the default replaces it.
+/// A number of seconds that the default replaces.
 constexpr long kNoTime = 0x7FFF573F;
 constexpr size_t kBlockSize = 16 * 1024;
 
@@ -35,7 +35,7 @@ struct TimeText {
   char unit = 0;
 };
 
-// A number that is too large counts as the largest.
+// Saturates on overflow.
 TimeText scanTime(const std::string& text) {
   TimeText time;
   char* end;
@@ -47,11 +47,11 @@ TimeText scanTime(const std::string& text) {
   return time;
 }
 
-// The object of Props. Once it exists, Props returns it without locking gPropMtx, which must be taken before
-// the object's own mutex: a load holds the latter and calls Props too.
+// The object of Props. Once it exists, Props returns it without locking gPropMtx: a load, which holds the
+// object's mutex, calls Props too, and gPropMtx must be taken before that mutex.
 std::atomic<Properties*> gMade{nullptr};
 
-// A child that was forked during a load loads again.
+// A child forked during a load loads again.
 void abandonInstance(bool intact) {
   if (intact) return;
   gMade.store(nullptr, std::memory_order_release);
@@ -66,14 +66,14 @@ Properties* makeInstance(bool debugDump) {
   if (instance) return instance;
   instance = new Properties(true, debugDump);
   vesk::heldOverFork(vesk::ForkOrder::Properties, instance->mutex);
-  // From here on, other threads find it and wait for the load.
+  // From now on other threads find it and wait for the load.
   Lock loading(instance->mutex);
   gMade.store(instance, std::memory_order_release);
   instance->load(vesk::paths::kConfigFile, true);
   return instance;
 }
 
-// The rest of the stream. False if reading fails or there is too much of it.
+// Reads the rest of the stream. Returns false if reading fails or the text is too long.
 bool readStream(std::istream& stream, std::string& text) {
   std::string block(kBlockSize, '\0');
   while (stream.good() && text.size() <= vesk::kMaxPropertyFile) {
@@ -171,7 +171,7 @@ bool Properties::reload() {
   return m_loaded;
 }
 
-// Keeps the final values of an earlier load: a second load merges over the first.
+// Keeps the final values of earlier loads: a load merges into them.
 void Properties::begin(bool expand) {
   m_expandVariables = expand;
   m_loaded = false;
@@ -197,8 +197,8 @@ void Properties::parse(const std::string& file, bool expand) {
   m_loaded = true;
 }
 
-// `text` comes from getPropertyFromLine and is raw afterwards. The search for the key starts after `near`, as
-// files tend to have related keys together. Returns the key's position.
+// `text` comes from getPropertyFromLine and becomes the raw value. The search for the key starts after
+// `near`, because files tend to group related keys. Returns the key's position.
 Properties::Table::iterator Properties::assign(Table::iterator near, const std::string& key,
                                                std::string& text) {
   expandEnvVariables(text);
@@ -213,7 +213,7 @@ void Properties::change(const std::string& key, const std::string& raw) {
   changed(key);
 }
 
-// The cache may have the key's list under several spellings.
+// The cache may contain the list under several spellings of the key.
 void Properties::changed(const std::string& key) {
   for (auto cached = m_listCache.begin(); cached != m_listCache.end();) {
     const bool same = equalIgnoringCase(cached->first, key);
@@ -272,7 +272,7 @@ long Properties::getTime(const std::string& key, char unit, unsigned int fallbac
                 key.c_str());
   } else if (time.hasNumber) {
     const long ownFactor = time.hasUnit ? timeFactor(time.unit) : factor;
-    // A bad unit in the file selects the default; a bad unit from the caller makes the time 0.
+    // A bad unit in the file selects the default; a bad `unit` makes the time 0.
     if (ownFactor != 0 || !time.hasUnit) seconds = multiply(time.number, ownFactor);
     if (seconds == kNoTime) seconds = fallbackSeconds;
   }
@@ -290,7 +290,7 @@ std::unique_ptr<Properties::Map> Properties::getMap(const std::string& prefix) {
   return map;
 }
 
-// All keys with the prefix are adjacent, because both the order and the prefix ignore case.
+// All keys with the prefix are adjacent, because the order ignores case as the prefix does.
 bool Properties::filter(const std::string& prefix, iterator& begin, iterator& end) {
   Lock lock(mutex);
   begin = m_table.lower_bound(prefix);

@@ -1,4 +1,4 @@
-// The list values of the configuration file.
+// List values of the configuration file.
 #include <algorithm>
 #include <sstream>
 
@@ -16,14 +16,14 @@ namespace {
 
 constexpr char kLogger[] = "util.properties";
 
-/// How the refusal of a values file is logged: a format that takes its path and the property's key.
+/// The log message for a refused values file: a format for its path and the property's key.
 struct Refusal {
   int status;
   Logger::LogLevel level;
   const char* text;
 };
 
-// The last row is for every other status.
+// The last row matches every other status.
 constexpr Refusal kRefusals[] = {
     {SECURE_OPEN_MISSING, Logger::Debug, "Config file [%s] does not exist."},
     {SECURE_OPEN_FOREIGN_OWNER, Logger::Warn,
@@ -87,7 +87,7 @@ FileResult readValuesFile(const std::string& path, const std::string& key, bool 
   return FileResult::Unusable;
 }
 
-/// Whether a line can hold the text so that it is read back unchanged.
+/// Whether the text can be written to a line and read back unchanged.
 bool isTextOfLine(const std::string& text) {
   std::string key;
   std::string back;
@@ -95,7 +95,7 @@ bool isTextOfLine(const std::string& text) {
          back == text;
 }
 
-/// Marks dollar signs as a load without expansion does.
+/// Marks dollar signs, as a load without expansion does.
 std::string markDollars(const std::string& text) {
   std::string marked;
   for (char c : text) marked.append(c == '$' ? 2 : 1, c);
@@ -141,8 +141,8 @@ bool Properties::makeList(const std::string& key, const std::string& fallback, V
   return !refused;
 }
 
-// Items are written as they are if they read back unchanged, otherwise escaped. In rewriting mode the result
-// carries the dollar marks of a load without expansion.
+// Items are escaped only if they would not read back unchanged. In rewriting mode the result has the dollar
+// marks of a load without expansion.
 std::string Properties::makeRawList(const ValueList& list, bool keepDollar) {
   std::string raw = valueListToString(list, false, keepDollar, ' ');
   const bool dollarsCount = (keepDollar || !m_expandVariables) && raw.find('$') != std::string::npos;

@@ -1,4 +1,4 @@
-// Writes the values in memory into a configuration file, and keeps the rest of its text.
+// Writes the values in memory to a configuration file, and keeps the rest of its text.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -37,9 +37,9 @@ bool refersToFile(std::string raw) {
   return PropertySyntax::isFileReference(raw);
 }
 
-/// True if the lock file may be gone, so that a new one is worth trying at once; false with errno if nothing
-/// can be done about it. Waits a little for a fresh one.
-bool getPastLock(const std::string& lockPath) {
+/// Waits briefly for a recent lock file, and removes a stale one. Returns true if another attempt is
+/// worthwhile; otherwise false with errno.
+bool waitOrBreakLock(const std::string& lockPath) {
   struct stat info;
   if (::stat(lockPath.c_str(), &info) != 0) return errno == ENOENT;
   if (dayclock::now() - info.st_atime > kStaleLockSeconds)
@@ -69,7 +69,7 @@ class Properties::LockFile {
   LockFile& operator=(const LockFile&) = delete;
 
   bool isHeld() const { return m_descriptor >= 0; }
-  /// Leaves the file in place: a later save finds it stale.
+  /// Does not remove the file; a later save will find it stale.
   void leave() {
     ::close(m_descriptor);
     m_descriptor = -1;
@@ -80,14 +80,14 @@ class Properties::LockFile {
   int m_descriptor;
 };
 
-/// Makes the new text of a file from the old one and the values in memory.
+/// Builds the new text of a file from the old one and the values in memory.
 class Properties::Saver {
  public:
   Saver(Properties& properties, const std::string& text)
       : m_properties(properties), m_text(text), m_lines(text) {}
 
-  /// False, with a message in the log, if a key in memory cannot be written to any file. The caller holds the
-  /// properties' lock, but the compiler does not recognise it by its name here.
+  /// Returns false, with a log message, if a key in memory cannot be written to any file. The caller holds
+  /// the properties' lock, which the compiler does not recognise here.
   bool run(std::string& out) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
     std::string line;
     std::string extra;
@@ -115,7 +115,7 @@ class Properties::Saver {
   }
 
  private:
-  // A comment with a property that is still to be written becomes that property.
+  // A comment with a property that has yet to be written becomes that property.
   void takeComment(std::string& line) FOKRAZO_REQUIRES(m_properties.mutex) {
     line.erase(0, line.find_first_not_of("#!"));
     std::string key;
@@ -149,11 +149,11 @@ class Properties::Saver {
     return m_properties.m_table.count(key) != 0 && m_written.count(key) == 0;
   }
 
-  /// Whether the current lines are the last ones and end in a backslash, which continues nothing.
+  /// Whether the current lines are the last ones and end in a backslash with nothing to continue.
   bool isOpenEnd() const { return m_end == m_text.size() && isEscaped(m_text); }
 
-  /// Readers end a comment with its physical line. If a later line of the current comment is a property that
-  /// would undo what is already written, or that can only be at the end of the file, ends the comment before
+  /// For readers a comment ends with its physical line. If a later line of the current comment is a property
+  /// that would override a written one, or that can only be at the end of the file, ends the comment before
   /// that line. Returns whether it did.
   bool cutComment() FOKRAZO_REQUIRES(m_properties.mutex) {
     TextLines lines(m_text, m_begin);
@@ -172,8 +172,8 @@ class Properties::Saver {
     return false;
   }
 
-  // The raw texts of equal values may be different lists, and in rewriting mode their dollar signs may or may
-  // not be references.
+  // Equal values may be different lists in raw form, and in rewriting mode their dollar signs may or may not
+  // be references.
   bool means(const Property& own, const Property& held) const FOKRAZO_REQUIRES(m_properties.mutex) {
     if (own.value() != held.value()) return false;
     if (!held.raw() || *own.raw() == *held.raw()) return true;
@@ -205,14 +205,14 @@ class Properties::Saver {
     m_out += line + '\n';
   }
 
-  /// Makes the output end in a newline that no backslash continues.
+  /// Makes the output end in a newline that no backslash escapes.
   void endLastLine() {
     if (m_out.empty()) return;
     if (m_out.back() == '\n') m_out.pop_back();
     m_out += isEscaped(m_out) ? "\n\n" : "\n";
   }
 
-  /// A backslash at the very end of a file continues nothing, so its line has to stay the last.
+  /// A line that ends the file with a backslash must stay the last.
   std::string cutOpenEnd() {
     if (!isEscaped(m_out)) return std::string();
     const std::string last = m_out.substr(m_last);
@@ -220,7 +220,7 @@ class Properties::Saver {
     return last;
   }
 
-  // The old text if it is read back unchanged from one line.
+  // Uses the old text if it can be read back unchanged from one line.
   bool makeLine(const std::string& key, const Property& property, std::string& line)
       FOKRAZO_REQUIRES(m_properties.mutex) {
     std::string head;
@@ -247,9 +247,9 @@ class Properties::Saver {
   Properties& m_properties;
   const std::string& m_text;
   TextLines m_lines;
-  size_t m_begin = 0;  // of the current physical lines
+  size_t m_begin = 0;  // the current physical lines
   size_t m_end = 0;
-  size_t m_last = 0;  // where their output begins
+  size_t m_last = 0;  // start of their output
   std::set<std::string, StringCaseLessThan> m_written;
   std::string m_out;
   bool m_hasBadKey = false;
@@ -263,7 +263,7 @@ int Properties::saveProperty(const std::string& path) {
 
 int Properties::update(const std::string& path, const std::function<bool(Properties&)>& change) {
   Properties file(false);
-  Lock lock(file.mutex);  // no cancellation until the lock file is removed
+  Lock lock(file.mutex);  // disables cancellation until the lock file is removed
   LockFile lockFile(path);
   if (!lockFile.isHeld()) return -1;
   std::string text;
@@ -287,7 +287,7 @@ int Properties::saveUnder(LockFile& lockFile, const std::string& path) {
     lockFile.leave();
     return -1;
   }
-  // Read under the lock: another writer may have changed the file.
+  // Read under the lock, because other writers may have changed the file.
   std::string text;
   if (!readPropertyFile(path, text)) {
     VESK_LOG(logger(), Error, "Unable to open config file %s", path.c_str());
@@ -309,7 +309,7 @@ int Properties::createLockFile(const std::string& lockPath) {
   for (int attempt = 0; attempt < kLockAttempts; attempt++) {
     UniqueFd descriptor = openFile(lockPath, Open::Write | Open::CreateNew, kLockFileMode);
     if (descriptor) return descriptor.release();
-    if (errno != EEXIST || !getPastLock(lockPath)) return -1;
+    if (errno != EEXIST || !waitOrBreakLock(lockPath)) return -1;
   }
   errno = EEXIST;
   return -1;

@@ -32,7 +32,7 @@ void Properties::expandEnvVariables(std::string& value) {
       at += name.size();
       const std::string text = m_expandVariables ? replacement(name) : '$' + name + '$';
       out += text;
-      // The text is not scanned, but a backslash at its end escapes the next character.
+      // The inserted text is not scanned, but a trailing backslash escapes the next character.
       if (isEscaped(text)) tracker.pass('\\');
     }
   }

@@ -11,17 +11,16 @@
 
 namespace vesk {
 
-/// The most that is read of a file of properties or list items. Limits the cost of a wrong path.
+/// The largest file of properties or list items that is read. Bounds the cost of a wrong path.
 constexpr size_t kMaxPropertyFile = 64 * 1024 * 1024;
 
-/// Characters of the syntax, whatever the locale.
+/// Characters of variable names, whatever the locale.
 inline bool isVariableLetter(char c) {
   const char letter = asciiLower(c);
   return ('a' <= letter && letter <= 'z') || isAsciiDigit(c) || c == '_';
 }
 
-/// Length of a variable's name at `begin`: letters, digits and underscores, but a digit alone if it comes
-/// first.
+/// The length of the variable name at `begin`: letters, digits and underscores, or a single digit.
 inline size_t variableNameLength(const std::string& text, size_t begin) {
   size_t end = begin;
   while (end < text.size() && isVariableLetter(text[end])) end++;
@@ -29,11 +28,10 @@ inline size_t variableNameLength(const std::string& text, size_t begin) {
   return numbered ? 1 : end - begin;
 }
 
-/// Follows a text character by character: which quoted region it is in, and whether the next character is
-/// escaped.
+/// Scans a text: tracks the quoted region, and whether the next character is escaped.
 class QuoteTracker {
  public:
-  /// The quote that is open, 0 outside quotes.
+  /// The open quote; 0 outside quotes.
   char quote() const { return m_quote; }
   bool escaped() const { return m_escaped; }
   void pass(char c) {
@@ -52,8 +50,7 @@ class QuoteTracker {
   bool m_escaped = false;
 };
 
-/// The physical lines of a text in memory. After a newline at its end comes an empty last line, as with
-/// std::getline.
+/// Iterates over the physical lines of a text. A trailing newline is followed by an empty line.
 class TextLines {
  public:
   explicit TextLines(const std::string& text, size_t position = 0) : m_text(text), m_position(position) {}
@@ -64,14 +61,14 @@ class TextLines {
   /// The next line without its newline. Requires: not at the end.
   void next(std::string& line) {
     const char* start = m_text.data() + m_position;
-    // The text has a length. NOLINTNEXTLINE(bugprone-not-null-terminated-result)
+    // The length is known. NOLINTNEXTLINE(bugprone-not-null-terminated-result)
     const void* newline = memchr(start, '\n', m_text.size() - m_position);
     m_atEnd = newline == nullptr;
     const size_t length = m_atEnd ? m_text.size() - m_position : static_cast<const char*>(newline) - start;
     line.assign(start, length);
     m_position = std::min(m_position + length + 1, m_text.size());
   }
-  /// Makes the line that begins there the next one again.
+  /// Returns to the line that begins at `position`.
   void goBack(size_t position) {
     m_position = position;
     m_atEnd = false;
@@ -83,12 +80,12 @@ class TextLines {
   bool m_atEnd = false;
 };
 
-/// Whether a line can hold the text to its end: no newline cuts it and no backslash continues it.
+/// Whether the text fits on one line: no newline, and no trailing backslash that would continue it.
 inline bool isSingleLine(const std::string& text) {
   return text.find('\n') == std::string::npos && !PropertySyntax::isEscaped(text);
 }
 
-/// One logical line from TextLines or a similar class, by the rules of PropertySyntax::getLine.
+/// Reads a logical line from TextLines or a similar class, as PropertySyntax::getLine does.
 template <class Lines>
 void readLogicalLine(Lines& lines, std::string& line, std::string& extra, bool skipComments) {
   lines.next(line);

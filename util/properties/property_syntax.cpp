@@ -22,14 +22,14 @@ constexpr Special kSpecials[] = {
     {'t', '\t'}, {'n', '\n'}, {'r', '\r'}, {'v', '\v'}, {'f', '\f'},
 };
 
-/// The control character that a letter stands for after a backslash, 0 if none.
+/// The control character for a letter after a backslash; 0 if none.
 char controlOf(char letter) {
   for (const Special& special : kSpecials)
     if (special.letter == letter) return special.control;
   return 0;
 }
 
-/// The opposite of controlOf.
+/// The inverse of controlOf.
 char letterOf(char control) {
   for (const Special& special : kSpecials)
     if (special.control == control) return special.letter;
@@ -72,7 +72,7 @@ class StreamLines {
   std::istream& m_stream;
 };
 
-/// End of the key that begins at `begin`.
+/// The end of the key that begins at `begin`.
 size_t endOfKey(const std::string& line, size_t begin) {
   bool escaped = false;
   for (size_t i = begin; i < line.size(); i++) {
@@ -82,7 +82,7 @@ size_t endOfKey(const std::string& line, size_t begin) {
   return line.size();
 }
 
-// In a key, a backslash escapes only a separator or another backslash.
+// In a key, a backslash escapes only separators and backslashes.
 void unescapeKey(std::string& key) {
   size_t out = 0;
   for (size_t i = 0; i < key.size(); i++) {
@@ -92,7 +92,7 @@ void unescapeKey(std::string& key) {
   key.resize(out);
 }
 
-// A blank in front keeps a key from being taken for a comment.
+// A leading blank keeps a key from being read as a comment.
 std::string escapeKey(const std::string& key) {
   std::string escaped = PropertySyntax::isComment(key) ? " " : "";
   for (size_t i = 0; i < key.size(); i++) {
@@ -115,8 +115,8 @@ bool isOneQuotedRegion(const std::string& value) {
   return false;
 }
 
-// Copies one mark left by a load without expansion: "$$" is a dollar sign, "$name$" a reference. Returns the
-// index of its last character.
+// Copies one mark of a load without expansion: "$$" is a dollar sign, "$name$" a reference. Returns the index
+// of its last character.
 size_t appendUnmarked(const std::string& value, size_t dollar, std::string& out) {
   if (dollar + 1 < value.size() && value[dollar + 1] == '$') {
     out += "\\$";
@@ -125,12 +125,12 @@ size_t appendUnmarked(const std::string& value, size_t dollar, std::string& out)
   const size_t end = dollar + 1 + variableNameLength(value, dollar + 1);
   out.append(value, dollar, end - dollar);
   if (end >= value.size() || value[end] != '$') return end - 1;
-  // Without its end mark, the name must not absorb the next letter.
+  // Without the end mark, the next letter must not extend the name.
   if (end + 1 < value.size() && isVariableLetter(value[end + 1])) out += '\\';
   return end;
 }
 
-/// The body of escapeValue, without enclosing quotes. `wrapped`: the caller adds them.
+/// escapeValue without the enclosing quotes. `wrapped`: the caller adds them.
 std::string escapeCharacters(const std::string& value, bool keepDollar, bool wrapped) {
   std::string out;
   out.reserve(value.size() + 8);
@@ -148,7 +148,7 @@ std::string escapeCharacters(const std::string& value, bool keepDollar, bool wra
   return out;
 }
 
-/// The first position that is not plain: a double blank, a quote or an escape.
+/// The position of the first double blank, quote or escape.
 size_t endOfPlainText(const std::string& value) {
   size_t i = 0;
   for (; i < value.size(); i++) {
