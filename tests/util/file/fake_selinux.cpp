@@ -18,24 +18,16 @@ bool fails(const char* function) {
 }
 
 int read(const char* function, const char* variable, char** context) {
-  if (fails(function)) return -1;
-  *context = strdup(getenv(variable));
-  return 0;
+  return fails(function) ? -1 : (*context = strdup(getenv(variable)), 0);
 }
 
 int write(const char* function, const char* context) {
   return fails(function) ? -1 : setenv("FAKE_LABEL", (std::string(context) + " written").c_str(), 1);
 }
 
-/// What the interface's "void*" points at.
+/// What the interface's "void*" points at: "user:role:", the type, ":level", and all of it.
 struct FakeContext {
-  explicit FakeContext(const std::string& text)
-      : label(text), start(label.find(':', label.find(':') + 1) + 1) {
-    type = label.substr(start, label.find(':', start) - start);
-  }
-  std::string label;
-  size_t start;  // of the type
-  std::string type;
+  std::string begin, type, end, text;
 };
 
 FakeContext& at(void* context) {
@@ -46,46 +38,28 @@ FakeContext& at(void* context) {
 
 extern "C" {
 
-int is_selinux_enabled() {
-  return getenv("FAKE_OFF") ? 0 : 1;
-}
+// clang-format off
+int is_selinux_enabled() { return getenv("FAKE_OFF") ? 0 : 1; }
 void* context_new(const char* text) {
-  return new FakeContext(text);
+  const std::string label = text;
+  const size_t type = label.find(':', label.find(':') + 1) + 1, end = label.find(':', type);
+  return new FakeContext{label.substr(0, type), label.substr(type, end - type), label.substr(end), label};
 }
-void context_free(void* context) {
-  delete &at(context);
-}
-const char* context_type_get(void* context) {
-  return at(context).type.c_str();
-}
+void context_free(void* context) { delete &at(context); }
+const char* context_type_get(void* context) { return at(context).type.c_str(); }
 int context_type_set(void* context, const char* type) {
-  at(context).label.replace(at(context).start, at(context).type.size(), type);
+  at(context).text = at(context).begin + type + at(context).end;
   return fails("context_type_set") ? -1 : 0;
 }
-char* context_str(void* context) {
-  return at(context).label.data();
-}
-int fgetfilecon(int, char** context) {
-  return read("fgetfilecon", "FAKE_LABEL", context);
-}
-int getfilecon(const char*, char** context) {
-  return read("getfilecon", "FAKE_LABEL", context);
-}
-int matchpathcon(const char*, mode_t, char** context) {
-  return read("matchpathcon", "FAKE_DEFAULT", context);
-}
-int fsetfilecon(int, const char* context) {
-  return write("fsetfilecon", context);
-}
-void freecon(char* context) {
-  free(context);
-}
-int setfilecon(const char*, const char* context) {
-  return write("setfilecon", context);
-}
+char* context_str(void* context) { return at(context).text.data(); }
+int fgetfilecon(int, char** context) { return read("fgetfilecon", "FAKE_LABEL", context); }
+int getfilecon(const char*, char** context) { return read("getfilecon", "FAKE_LABEL", context); }
+int matchpathcon(const char*, mode_t, char** context) { return read("matchpathcon", "FAKE_DEFAULT", context); }
+int fsetfilecon(int, const char* context) { return write("fsetfilecon", context); }
+int setfilecon(const char*, const char* context) { return write("setfilecon", context); }
+void freecon(char* context) { free(context); }
 #ifndef OLD
-void matchpathcon_fini() {
-  setenv("FAKE_FINI", "called", 1);
-}
+void matchpathcon_fini() { setenv("FAKE_FINI", "called", 1); }
 #endif
+// clang-format on
 }

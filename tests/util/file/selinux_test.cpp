@@ -36,16 +36,13 @@ class SELinuxTest : public WorldTest {
     });
   }
 
-  /// The label of a file that had `before`, after either operation.
-  std::string adjusted(const std::string& before, const char* type, const char* name = "file") const {
+  /// The label of a file that had `before`, after its type was to be adjusted, or if none is named, its label
+  /// restored.
+  std::string labelled(const std::string& before, const std::string& type = "",
+                       const char* name = "file") const {
     std::string path = in(name);
     setenv("FAKE_LABEL", before.c_str(), 1);
-    AdjustSELinuxLabelType(path, type);
-    return getenv("FAKE_LABEL");
-  }
-  std::string restored(const std::string& before, const char* name = "file") const {
-    setenv("FAKE_LABEL", before.c_str(), 1);
-    RestoreFileSELinuxLabel(in(name));
+    type.empty() ? RestoreFileSELinuxLabel(path) : AdjustSELinuxLabelType(path, type.c_str());
     return getenv("FAKE_LABEL");
   }
 
@@ -56,7 +53,7 @@ class SELinuxTest : public WorldTest {
 
 TEST_F(SELinuxTest, NothingHappensWithoutSELinux) {
   EXPECT_EQ(instanceFailure(), "NotFoundException|The system does not have SELinux");
-  EXPECT_EQ(adjusted(kLabel, "new_t", "missing") + restored(kLabel, "missing"), kLabel + kLabel);
+  EXPECT_EQ(labelled(kLabel, "new_t", "missing") + labelled(kLabel, "", "missing"), kLabel + kLabel);
   EXPECT_FALSE(isLogged("restorecon"));
 }
 
@@ -69,12 +66,12 @@ TEST_F(SELinuxTest, LoadsTheLibraryThatThePropertyNames) {
     EXPECT_TRUE(isLogged("SELinux library has matchpathcon_fini."));
   });
   onSELinux(FAKE_SELINUX_OLD, [this] {
-    EXPECT_EQ(restored(kLabel), kDefault + " written");
+    EXPECT_EQ(labelled(kLabel), kDefault + " written");
     EXPECT_TRUE(isLogged("SELinux library doesn't have matchpathcon_fini."));
   });
   onSELinux("libm.so.6", [this] {
     EXPECT_EQ(instanceFailure(), "SystemException|Get SELinux API function pointer failed.");
-    EXPECT_EQ(adjusted(kLabel, "new_t"), kLabel);
+    EXPECT_EQ(labelled(kLabel, "new_t"), kLabel);
     EXPECT_TRUE(isLogged("Get SELinux API function pointer failed.. Please run 'restorecon' on the file"));
   });
   onSELinux("/no/such",
@@ -83,11 +80,11 @@ TEST_F(SELinuxTest, LoadsTheLibraryThatThePropertyNames) {
 
 TEST_F(SELinuxTest, AdjustsTheTypeAloneAndRestoresThePolicysLabel) {
   onSELinux(FAKE_SELINUX_COMPLETE, [this] {
-    EXPECT_EQ(adjusted(kLabel, "old_t"), kLabel) << "the right type is not written again";
-    EXPECT_EQ(adjusted(kLabel, "new_t"), "user:role:new_t:s0 written");
-    EXPECT_EQ(restored(kDefault), kDefault) << "nor the right label";
+    EXPECT_EQ(labelled(kLabel, "old_t"), kLabel) << "the right type is not written again";
+    EXPECT_EQ(labelled(kLabel, "new_t"), "user:role:new_t:s0 written");
+    EXPECT_EQ(labelled(kDefault), kDefault) << "nor the right label";
     EXPECT_EQ(renameFile(in("file"), in("to")), 0);
-    EXPECT_EQ(restored(kLabel, "to"), kDefault + " written");
+    EXPECT_EQ(labelled(kLabel, "", "to"), kDefault + " written");
     EXPECT_STREQ(getenv("FAKE_FINI"), "called");
     EXPECT_TRUE(isLogged("selinux label of " + in("file") + " is ok : " + kLabel));
     EXPECT_TRUE(isLogged("Success to change the file[" + in("file") + "] security context from " + kLabel +
@@ -97,29 +94,28 @@ TEST_F(SELinuxTest, AdjustsTheTypeAloneAndRestoresThePolicysLabel) {
 }
 
 TEST_F(SELinuxTest, FailuresAreLoggedAndNeverPassedOn) {
-  const std::string gone = ": No such file or directory. Please run 'restorecon' on ";
-  const std::string denied = ": Operation not permitted. Please run 'restorecon' on ";
   const std::string file = in("file"), missing = in("missing");
-  const std::tuple<bool, const char*, const char*, std::string> rows[] = {
-      {true, "missing", "",
+  const std::string gone = ": No such file or directory. Please run 'restorecon' on ";
+  const std::string denied = ": Operation not permitted. Please run 'restorecon' on ",
+                    original = "Failed to get the original security context";
+  const std::tuple<const char*, const char*, const char*, std::string> rows[] = {
+      {"new_t", "missing", "",
        "Open " + missing + " failed. Skip SELinux check." + gone + "the file '" + missing + "'"},
-      {true, "file", "fgetfilecon",
-       "Failed to get the original security context: " + file + "." + denied + "the file '"},
-      {true, "file", "context_type_set",
+      {"new_t", "file", "fgetfilecon", original + ": " + file + "." + denied + "the file '"},
+      {"new_t", "file", "context_type_set",
        "Failed to set security type: new_t." + denied + "the file '" + file + "'"},
-      {true, "file", "fsetfilecon", "Failed to change the file[" + file + "] security context from "},
-      {false, "missing", "",
+      {"new_t", "file", "fsetfilecon", "Failed to change the file[" + file + "] security context from "},
+      {"", "missing", "",
        "Failed to get stat for (" + missing + "). Skip SELinux check." + gone + "'" + missing + "'"},
-      {false, "file", "getfilecon",
-       "Failed to get the original security context for " + file + "." + denied + "'" + file},
-      {false, "file", "matchpathcon",
+      {"", "file", "getfilecon", original + " for " + file + "." + denied + "'" + file},
+      {"", "file", "matchpathcon",
        "Failed to get the default security context for " + file + "." + denied + "'" + file},
-      {false, "file", "setfilecon", "Failed to change the security context for '" + file + "' from "},
+      {"", "file", "setfilecon", "Failed to change the security context for '" + file + "' from "},
   };
   onSELinux(FAKE_SELINUX_COMPLETE, [&] {
-    for (const auto& [adjusts, name, failing, text] : rows) {
+    for (const auto& [type, name, failing, text] : rows) {
       setenv("FAKE_FAIL", failing, 1);
-      EXPECT_EQ(adjusts ? adjusted(kLabel, "new_t", name) : restored(kLabel, name), kLabel);
+      EXPECT_EQ(labelled(kLabel, type, name), kLabel);
       EXPECT_TRUE(isLogged(text)) << text << logged();
     }
   });
