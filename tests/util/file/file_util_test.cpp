@@ -63,37 +63,42 @@ TEST_F(FileUtilTest, RenamesWithOrWithoutAnException) {
 }
 
 TEST_F(FileUtilTest, TemporaryFilesAreBornWithModeAndOwnerOrNotAtAll) {
-  std::string name = in("a.XXXXXX");
-  close(mkstemp(name, 0640, getuid(), getgid()));
-  EXPECT_EQ(modeOf(name), S_IFREG | 0640u);
-  EXPECT_EQ(mkstemp(name), -1);
-  EXPECT_EQ(errno, EINVAL);
-  EXPECT_EQ(modeOf(name), 0u) << "the file of that very name goes";
+  using Make = std::function<void(mode_t mode, uid_t user, gid_t group)>;
+  std::string name;
   std::ofstream out;
+  const Make makers[] = {
+      [&](mode_t mode, uid_t user, gid_t group) { close(mkstemp(name = in("a.XXXXXX"), mode, user, group)); },
+      [&](mode_t mode, uid_t user, gid_t group) {
+        EXPECT_EQ(OpenTempFile((name = in("b.XXXXXX")).data(), mode, user, group, out), 0);
+        out << "text" << std::flush;
+        EXPECT_EQ(get(name), "text");
+        out.close();
+      },
+  };
+  const bool owners = canBeOrdinaryUser();
+  const Owner owner = owners ? Owner{kOrdinaryUser, 7} : Owner{getuid(), getgid()};
+  for (const Make& make : makers) {
+    make(0604, owner.first, owner.second);
+    EXPECT_EQ(modeOf(name), S_IFREG | 0604u);
+    EXPECT_EQ(ownerOf(name), owner);
+    unlink(name.c_str());
+  }
+  EXPECT_EQ(mkstemp(name = in("exact name")), -1);
+  EXPECT_EQ(errno, EINVAL);
   EXPECT_EQ(OpenTempFile((name = in("c.XXXXXX")).data(), 0604, out), 0);
-  out << "text" << std::flush;
-  EXPECT_EQ(get(name), "text");
   EXPECT_EQ(modeOf(name), S_IFREG | 0604u);
   out.close();
   unlink(name.c_str());
   EXPECT_FAILURE(kCallFailed + kGone, OpenTempFile((name = in("no/c.XXXXXX")).data(), 0600, out));
-  if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed for the rest";
-  close(mkstemp(name = in("o.XXXXXX"), 0600, kOrdinaryUser, 7));
-  EXPECT_EQ(ownerOf(name), (Owner{kOrdinaryUser, 7}));
-  unlink(name.c_str());
-  EXPECT_EQ(OpenTempFile((name = in("p.XXXXXX")).data(), 0600, kOrdinaryUser, 7, out), 0);
-  EXPECT_EQ(ownerOf(name), (Owner{kOrdinaryUser, 7}));
-  out.close();
-  unlink(name.c_str());
+  if (!owners) GTEST_SKIP() << "another user is needed for the rest";
   ASSERT_EQ(chmod(m_dir.c_str(), 0777), 0);
-  const auto work = [&] {
+  const auto giveToRoot = [&] {
     const long descriptors = openDescriptors();
-    EXPECT_FAILURE(kCallFailed + ": Operation not permitted", mkstemp(name = in("a.XXXXXX"), 0600, 0, 0));
-    EXPECT_FAILURE(kCallFailed + ": Operation not permitted",
-                   OpenTempFile((name = in("b.XXXXXX")).data(), 0600, 0, 0, out));
+    for (const Make& make : makers)
+      EXPECT_FAILURE(kCallFailed + ": Operation not permitted", make(0600, 0, 0));
     EXPECT_EQ(openDescriptors(), descriptors);
   };
-  checkInChild(work, kOrdinaryUser);
+  checkInChild(giveToRoot, kOrdinaryUser);
   EXPECT_TRUE(std::filesystem::is_empty(m_dir)) << "nothing is left whose owner cannot be set";
 }
 
@@ -144,9 +149,8 @@ TEST_F(FileUtilTest, FollowsLinksByHand) {
   });
   EXPECT_TRUE(isLogged("Detected a potential circular sym link in " + in("loop") + "!"));
   checkInChild([this] {
-    ASSERT_EQ(chdir(m_dir.c_str()), 0);
     std::string out;
-    EXPECT_TRUE(GetSymLinkPath("relative", out, 0) && out == "file");
+    EXPECT_TRUE(chdir(m_dir.c_str()) == 0 && GetSymLinkPath("relative", out, 0) && out == "file");
   });
 }
 
@@ -169,38 +173,28 @@ TEST_F(FileUtilTest, CopiesFilesByPatternAndNeverThroughALink) {
 }
 
 TEST_F(FileUtilTest, WhateverStandsInTheTemporaryDirectorysWayIsReplaced) {
-  const bool owners = canBeOrdinaryUser();
   const std::string victim = "/var/log/victim";  // on the same file system as the plants
   put(victim, "stays");
   ASSERT_EQ(chmod(victim.c_str(), 0600), 0);
-  const std::function<int(const char*)> plants[] = {
-      [](const char*) { return 0; },
-      [&](const char* path) { return link(victim.c_str(), path); },
-      [&](const char* path) { return symlink("/var/log", path); },
-      [](const char* path) { return symlink("/no/such", path); },
-      [](const char* path) { return mkfifo(path, 0666); },
-      [](const char* path) { return mkdir(path, 0) + chmod(path, 07777); },
-      [=](const char* path) { return mkdir(path, 0755) + (owners ? chown(path, kOrdinaryUser, 7) : 0); },
-  };
-  for (const char* prefix : {kDir, kTempDir}) {
-    for (const auto& plant : plants) {
-      SCOPED_TRACE(prefix + std::to_string(&plant - plants));
+  const std::string anothers = canBeOrdinaryUser() ? "install -d -o 1000 -g 7 " : "mkdir ";
+  const std::string plants[] = {"true ",   "ln /var/log/victim ", "ln -s /var/log ", "ln -s /no/such ",
+                                "mkfifo ", "mkdir -m 7777 ",      anothers};
+  for (const std::string path : {kDir, kTempDir})
+    for (const std::string& plant : plants) {
+      SCOPED_TRACE(plant + path);
       std::filesystem::remove_all(kDir);
-      std::filesystem::create_directory(std::filesystem::path(prefix).parent_path());
-      ASSERT_EQ(plant(prefix), 0);
+      std::filesystem::create_directory(std::filesystem::path(path).parent_path());
+      ASSERT_EQ(system((plant + path).c_str()), 0);
       const mode_t mask = umask(077);
       char dir[256];
       EXPECT_EQ(GetZantrelTempDir(0, dir, sizeof dir), 0);
       EXPECT_EQ(umask(mask), 077u);
       EXPECT_STREQ(dir, kTempDir);
-      for (const char* path : {kDir, kTempDir}) {
-        struct stat info = {};
-        lstat(path, &info);
-        EXPECT_EQ(info.st_mode, S_IFDIR | 0755u) << path;
-        EXPECT_EQ(info.st_uid + info.st_gid, 0u) << path;
+      for (const char* made : {kDir, kTempDir}) {
+        EXPECT_EQ(modeOf(made), S_IFDIR | 0755u) << made;
+        EXPECT_EQ(ownerOf(made), Owner(0, 0)) << made;
       }
     }
-  }
   EXPECT_EQ(modeOf(victim), S_IFREG | 0600u);
   EXPECT_EQ(get(victim), "stays");
 }
@@ -231,13 +225,8 @@ TEST_F(FileUtilTest, OrdinaryUsersHaveTheSystemsTemporaryDirectory) {
 
 class LockFileTest : public ScratchTest {
  protected:
-  void SetUp() override {
-    ScratchTest::SetUp();
-    path = in("lock");
-  }
-
   /// The permissions of the lock file, made and locked; 0 if that fails or it is no regular file.
-  int lockAndLook(unsigned mode = 0) {
+  int lockAndLook(const std::string& path, unsigned mode = 0) {
     const mode_t mask = umask(0);
     int status = 99;
     const int fd = mode == 0 ? QtrLock(path.c_str(), &status) : QtrLock(path.c_str(), &status, mode);
@@ -247,42 +236,36 @@ class LockFileTest : public ScratchTest {
     close(fd);
     return S_ISREG(modeOf(path)) ? modeOf(path) & 07777 : 0;
   }
-
-  std::string path;
 };
 
 TEST_F(LockFileTest, TellsWhichOtherProcessHoldsIt) {
   int status = -1;
   const pid_t other = fork();
   if (other == 0) {
-    if (QtrLock(path.c_str(), &status) >= 0 && status == 0) raise(SIGSTOP);
+    if (QtrLock(in("lock").c_str(), &status) >= 0 && status == 0) raise(SIGSTOP);
     _exit(1);
   }
   waitpid(other, &status, WUNTRACED);
   ASSERT_TRUE(WIFSTOPPED(status));
-  const int fd = QtrLock(path.c_str(), &status);
+  const int fd = QtrLock(in("lock").c_str(), &status);
   EXPECT_GE(fd, 0);
   EXPECT_EQ(status, other);
   kill(other, SIGKILL);
   waitpid(other, &status, 0);
-  EXPECT_EQ(QtrLock(fd), 0);
-  EXPECT_EQ(QtrUnlock(fd), 0);
+  EXPECT_EQ(QtrLock(fd) + QtrUnlock(fd), 0);
   close(fd);
   EXPECT_EQ(QtrLock(fd), -1);
 }
 
 TEST_F(LockFileTest, TakesThePlaceOfWhateverIsNoFile) {
   put(in("precious"), "kept");
-  ASSERT_EQ(symlink(in("precious").c_str(), path.c_str()), 0);
-  EXPECT_EQ(lockAndLook(), 0700);
+  ASSERT_EQ(symlink(in("precious").c_str(), in("lock").c_str()), 0);
+  EXPECT_EQ(lockAndLook(in("lock")), 0700);
   EXPECT_EQ(get(in("precious")), "kept");
-  EXPECT_EQ(lockAndLook(0640), 0640);
-  remove(path.c_str());
-  mkdir(path.c_str(), 0700);
-  put(path + "/full", "");
-  EXPECT_EQ(lockAndLook(), 0) << "a directory with something in it stays";
-  path += "/missing/lock";
-  EXPECT_EQ(lockAndLook(), 0);
+  EXPECT_EQ(lockAndLook(in("lock"), 0640), 0640);
+  std::filesystem::create_directories(in("full/lock"));
+  EXPECT_EQ(lockAndLook(in("full")), 0) << "a directory with something in it stays";
+  EXPECT_EQ(lockAndLook(in("missing/lock")), 0);
 }
 
 TEST(OsPortTest, ProgramName) {
