@@ -36,7 +36,7 @@ class CrashTest : public WorldTest {
     return count;
   }
 
-  /// Runs `work` in a child and stops it in front of its `nth` call that could change what others see. 0 if
+  /// Runs `work` in a child and stops it before its `nth` call that could change what others see. 0 if
   /// it ended before.
   template <class Work>
   static pid_t stoppedBefore(int nth, Work work) {

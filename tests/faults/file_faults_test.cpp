@@ -45,7 +45,7 @@ std::string list(const std::string& dir) {
   return all;
 }
 
-// Neither is struck by a fault.
+// No fault reaches these two.
 std::string contentOf(const std::string& path) {
   std::ifstream file(path);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -61,7 +61,7 @@ void __attribute__((format(printf, 2, 3))) write(FileLogging& log, const char* f
   va_end(args);
 }
 
-// What stands beside a small log that so many lines were written to.
+// The files beside a small log after that many lines.
 std::string rotated(bool zip, int flushFrequency, int lines) {
   FileLogging log;
   log.init((kDir + "log").c_str(), {300, 5, zip, flushFrequency, flushFrequency * 1024U});
@@ -215,7 +215,7 @@ class FileFaultsTest : public WorldTest {
   }
 
   void checkLeftovers(const FaultPlan& plan, const Work& work) {
-    // What tidies up may have failed too.
+    // The cleaning up may have failed too.
     if (plan.call == Call::Inspect || (plan.call == Call::Change && plan.lasting)) return;
     // A lock that could not be removed is for a later save to find.
     const bool staysLocked = plan.call == Call::Open || plan.call == Call::Change;
@@ -232,7 +232,7 @@ class FileFaultsTest : public WorldTest {
   }
 };
 
-TEST_F(FileFaultsTest, EachCallOfEachWorkFails) {
+TEST_F(FileFaultsTest, AnyCallOfAnyWorkMayFail) {
   unsigned failures = 0;
   for (const Work& work : kWorks) {
     SCOPED_TRACE(work.name);

@@ -39,7 +39,7 @@ void logLine() {
   VESK_LOG_TO("fork.test", Info, "a line of %d", static_cast<int>(getpid()));
 }
 
-// What threads do at any time, and children too.
+// What the threads do all the time, and the children too.
 constexpr void (*kWorks[])() = {
     logLine,
     [] { expect(Props(false, false)->getString("fork.key"), "value"); },
@@ -54,7 +54,7 @@ constexpr void (*kWorks[])() = {
     [] { RunQueue::getRunQueue("fork.queue", true, 10); },
 };
 
-// Runs in processes that have not used the library yet, so it comes first. Nothing says that there are
+// Runs in processes that have not used the library yet, so it comes first. Nobody has announced the
 // threads.
 TEST(FirstUse, IsSafeInSeveralThreadsAndOverForks) {
   if (strstr(SANITIZERS, "address"))
@@ -146,7 +146,7 @@ TEST_F(ForkTest, ChildrenOfABusyProgramWork) {
   for (std::thread& thread : m_threads) thread.join();
 }
 
-// The child's holds are those of the thread that forked: it can go on and give them back.
+// The child keeps the locks that the forking thread held, and can release them.
 TEST_F(ForkTest, AHolderMayFork) {
   const Thread soThatLocksCount;
   Mutex& mutex = Props(false, false)->mutex;

@@ -26,7 +26,7 @@ const char* moved(const char* path) {
 
 }  // namespace
 
-// Linked in the place of the system's calls (-Wl,--wrap): the test's lsb_release stands in for the machine's.
+// Linked in place of the system's calls (-Wl,--wrap): the test's lsb_release stands in for the machine's.
 extern "C" int __real_access(const char* path, int mode);
 extern "C" int __wrap_access(const char* path, int mode) {
   return __real_access(moved(path), mode);
@@ -70,7 +70,7 @@ class OsUtilTest : public WorldTest {
   }
 };
 
-TEST_F(OsUtilTest, KnowsTheDistributions) {
+TEST_F(OsUtilTest, DistributionsAreRecognised) {
   utsname kernel;
   ASSERT_EQ(uname(&kernel), 0);
   for (const auto& [command, file, content, system, release] : rowsOf<5>("host/releases.txt", "releases")) {
@@ -123,7 +123,7 @@ void writeRecords(const std::string& path) {
   }
 }
 
-TEST_F(OsUtilTest, CountsWhoIsLoggedInAndTheOlderInterfaceShowsEveryNameAsAUsers) {
+TEST_F(OsUtilTest, LoginsAreCountedAndTheOlderInterfaceShowsEachAsAUser) {
   writeRecords("/var/run/utmp");
   checkInChild([] {
     const long descriptors = openDescriptors();
@@ -200,7 +200,7 @@ UniqueFd listener(int backlog, sockaddr_in& address) {
   return fd;
 }
 
-TEST_F(OsUtilTest, TestsAnEndpoint) {
+TEST_F(OsUtilTest, AnEndpointAnswersRefusesOrIsSilent) {
   sockaddr_in address;
   UniqueFd peer = listener(8, address);
   checkInChild([&] {

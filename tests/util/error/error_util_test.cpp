@@ -10,7 +10,7 @@ namespace {
 
 constexpr char kSource[] = "util/error_util_test";
 
-TEST(Exceptions, ClassTextDecidesTheId) {
+TEST(Exceptions, TheClassTextDeterminesTheId) {
   const std::tuple<const char*, const char*, int> rows[] = {
       {"vesk::SystemException", "SystemException", 3},
       {"ioexception", "ioexception", 2},
@@ -40,7 +40,7 @@ TEST(Exceptions, BaseCodesHaveTexts) {
 
 using ExceptionLog = WorldTest;
 
-TEST_F(ExceptionLog, EachIsToldOfButTheEndOfAFile) {
+TEST_F(ExceptionLog, EachIsLoggedExceptTheEndOfAFile) {
   IOException("a/b", 5, "text", "vesk::IOException", 3);
   BaseException("a/b", 6, "text", "BaseException", 1004);
   EndOfFileException("a/b", 7, "text", "EndOfFileException", 0);

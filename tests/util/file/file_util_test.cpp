@@ -172,7 +172,7 @@ TEST_F(FileUtilTest, CopiesFilesByPatternAndNeverThroughALink) {
                  CopyFiles(m_dir, m_dir, "a("));
 }
 
-TEST_F(FileUtilTest, WhateverStandsInTheTemporaryDirectorysWayIsReplaced) {
+TEST_F(FileUtilTest, AnythingInThePlaceOfTheTemporaryDirectoryIsReplaced) {
   const std::string victim = "/var/log/victim";  // on the same file system as the plants
   put(victim, "stays");
   ASSERT_EQ(chmod(victim.c_str(), 0600), 0);
@@ -238,7 +238,7 @@ class LockFileTest : public ScratchTest {
   }
 };
 
-TEST_F(LockFileTest, TellsWhichOtherProcessHoldsIt) {
+TEST_F(LockFileTest, ReportsTheProcessThatHoldsIt) {
   int status = -1;
   const pid_t other = fork();
   if (other == 0) {
@@ -257,7 +257,7 @@ TEST_F(LockFileTest, TellsWhichOtherProcessHoldsIt) {
   EXPECT_EQ(QtrLock(fd), -1);
 }
 
-TEST_F(LockFileTest, TakesThePlaceOfWhateverIsNoFile) {
+TEST_F(LockFileTest, ReplacesAnythingThatIsNoFile) {
   put(in("precious"), "kept");
   ASSERT_EQ(symlink(in("precious").c_str(), in("lock").c_str()), 0);
   EXPECT_EQ(lockAndLook(in("lock")), 0700);
@@ -268,7 +268,7 @@ TEST_F(LockFileTest, TakesThePlaceOfWhateverIsNoFile) {
   EXPECT_EQ(lockAndLook(in("missing/lock")), 0);
 }
 
-TEST(OsPortTest, ProgramName) {
+TEST(OsPortTest, AMissingProgramNameIsFound) {
   const char* own = __progname;
   detect_progname();
   EXPECT_EQ(__progname, own);

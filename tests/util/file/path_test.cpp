@@ -4,7 +4,7 @@
 
 using namespace testsupport;
 
-// Linked in the place of the C library's (-Wl,--wrap).
+// Linked in place of the C library's (-Wl,--wrap).
 namespace {
 std::function<void()> gBeforeUnlink;  // runs once
 }

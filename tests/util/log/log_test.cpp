@@ -32,7 +32,7 @@ class LogTest : public ::testing::Test {
     syslogd.take();
   }
 
-  // What one INFO message of a logger becomes at the log socket.
+  // How one INFO message of a logger arrives at the log socket.
   std::string shown(const std::string& name, int line = 12, const char* function = "main") {
     Logger::GetLogger(name)->log(Logger::Info, "/src/dir/file.cpp", line, function, "%d%%", 7);
     const Texts texts = syslogd.texts();
@@ -42,7 +42,7 @@ class LogTest : public ::testing::Test {
   SyslogSocket syslogd;
 };
 
-TEST_F(LogTest, EachLoggerHasWhatTheNearestSettingSays) {
+TEST_F(LogTest, EachLoggerUsesTheNearestSetting) {
   set("log: WARN\nlog.tree: DEBUG\nlog.tree.twig.leaf: DISABLED\nlog.client: ERROR\n"
       "logger.memory.log: DISABLED\nlogger.facility.*: LOCAL1\nlogger.facility.log_test: local2\n"
       "logger.facility.tree: mail\nlogger.showmore: -1\nlogger.showmore.tree: 7\nlogger.showmore.tree.x: "
@@ -88,7 +88,7 @@ TEST_F(LogTest, ThePositionIsShownAsConfigured) {
   EXPECT_EQ(shown("pos", 12, nullptr), "INFO  pos \"file.cpp:12\" 7%");
 }
 
-TEST_F(LogTest, NamesAreShownAsTheyStand) {
+TEST_F(LogTest, NamesAreNotTakenForFormats) {
   set("");
   EXPECT_EQ(shown("a%s%n"), "INFO  a%s%n 7%");
   EXPECT_EQ(Logger::SetThreadName("100%d"), "");
@@ -97,7 +97,7 @@ TEST_F(LogTest, NamesAreShownAsTheyStand) {
   EXPECT_EQ(shown("a"), "INFO  a 7%");
 }
 
-TEST_F(LogTest, ALongMessageIsCutAndNeverInAConversion) {
+TEST_F(LogTest, ALongMessageIsCutButNotInsideAConversion) {
   set("");
   const std::string filling(500, 'x');
   errno = EINTR;
@@ -109,7 +109,7 @@ TEST_F(LogTest, ALongMessageIsCutAndNeverInAConversion) {
                                     "INFO  a " + filling + "12"}));
 }
 
-TEST_F(LogTest, SystemErrorsGoToTheDestinationWhicheverLevelLetThemPass) {
+TEST_F(LogTest, SystemErrorsReachTheDestinationThroughEitherLevel) {
   set("log: ERROR\nlogger.memory.log: INFO\n");
   const auto logger = Logger::GetLogger("syserr");
   VESK_LOG_SYSERR(logger, Info, ENOENT, "no %s", "luck");
@@ -117,7 +117,7 @@ TEST_F(LogTest, SystemErrorsGoToTheDestinationWhicheverLevelLetThemPass) {
   EXPECT_EQ(syslogd.texts(), Texts{"INFO  syserr no luck: No such file or directory"});
 }
 
-TEST_F(LogTest, BytesAreDumpedSixteenARow) {
+TEST_F(LogTest, BytesAreDumpedInRowsOfSixteen) {
   set("");
   const unsigned char bytes[17] = {0,   0x1F, ' ', 'A', '~', 0x7F, 0x80, 0xFF, '%',
                                    's', 0,    0,   0,   0,   0,    'p',  'q'};
@@ -155,7 +155,7 @@ TEST_F(LogTest, LinesForFilesBeginWithTimeHostProgramAndProcess) {
   }
 }
 
-TEST_F(LogTest, AThrowUnderTheLoggersOwnLocksLeavesItsLine) {
+TEST_F(LogTest, AThrowUnderTheLoggersOwnLocksIsLogged) {
   set("log.util.except: DEBUG\n");
   const Thread counted;
   Lock tree(gNamedLoggersProtect());
@@ -164,7 +164,7 @@ TEST_F(LogTest, AThrowUnderTheLoggersOwnLocksLeavesItsLine) {
   EXPECT_EQ(syslogd.texts(), Texts{"DEBUG util.except (vesk::System) : text (reference a/b:5 rc: 3)"});
 }
 
-TEST_F(LogTest, AfterTheEndThereAreNoLoggersButThoseInHand) {
+TEST_F(LogTest, AfterCloseOnlyLoggersThatWereKeptWork) {
   set("");
   checkInChild([] {
     const Thread counted;
@@ -182,7 +182,7 @@ TEST_F(LogTest, AfterTheEndThereAreNoLoggersButThoseInHand) {
   EXPECT_EQ(syslogd.texts(), Texts{"WARN  kept.child still here"});
 }
 
-TEST_F(LogTest, BadSettingsAreNamed) {
+TEST_F(LogTest, BadSettingsAreReported) {
   for (const auto& [configuration, complaints] :
        testsupport::rowsOf<2>("util/log/bad_settings.txt", "bad settings")) {
     configure(configuration);
@@ -195,7 +195,7 @@ TEST_F(LogTest, BadSettingsAreNamed) {
   }
 }
 
-TEST_F(LogTest, APlaceThatWasSilentSpeaksWhenItsLevelFalls) {
+TEST_F(LogTest, ACallThatWasDisabledLogsOnceItsLevelIsLowered) {
   const auto speak = [this](const std::string& name) {
     VESK_LOG_TO("place.one", Debug, "here");
     VESK_LOG(Logger::GetLogger(name), Debug, "there");
@@ -214,7 +214,7 @@ TEST_F(LogTest, APlaceThatWasSilentSpeaksWhenItsLevelFalls) {
   }
 }
 
-TEST_F(LogTest, AChangeReachesLoggersThatHaveRememberedTheirLevel) {
+TEST_F(LogTest, AChangeReachesLoggersThatCachedTheirLevel) {
   configure("log: ERROR\nlogger.memory.log: DISABLED\n");
   checkInChild([] {
     Logger::SetBufferActive(true);
@@ -235,7 +235,7 @@ TEST(NewProcess, DISABLED_LogsOneLine) {
   VESK_LOG_TO("a", Info, "line");
 }
 
-TEST_F(LogTest, AProgramMayHideItsNumberFromSyslog) {
+TEST_F(LogTest, AProgramMayHideItsProcessIdFromSyslog) {
   std::ofstream("/etc/velmora/velmora.conf") << "logger.openlog.log_test: false\n";
   const std::string self = std::filesystem::read_symlink("/proc/self/exe");
   EXPECT_EQ(
@@ -250,7 +250,7 @@ TEST_F(LogTest, ProgramsAreIgnoredByTheirExactNames) {
   EXPECT_TRUE(Logger::GetLogger("")->ignoreProgram("a b") && !Logger::GetLogger("")->ignoreProgram("SSHD"));
 }
 
-TEST_F(LogTest, WithoutConfigurationSyslogOrDirectoriesAProgramRunsOn) {
+TEST_F(LogTest, AProgramRunsWithoutConfigurationSyslogOrDirectories) {
   checkInChild([] {
     rename("/dev/log", "/dev/log.away");
     unlink("/etc/velmora/velmora.conf");

@@ -18,7 +18,7 @@ std::vector<long> sequenceOf(long seed, std::size_t count) {
 
 }  // namespace
 
-TEST(RandomTest, TheClockSeedsTheFirstDrawAndOnlyLaterSeedsHold) {
+TEST(RandomTest, TheClockSeedsTheFirstDrawAndLaterSeedsTakeEffect) {
   srandom(5);
   const time_t before = time(nullptr);
   const std::vector<long> first = draw(3);
@@ -31,7 +31,7 @@ TEST(RandomTest, TheClockSeedsTheFirstDrawAndOnlyLaterSeedsHold) {
   EXPECT_EQ(rand(), seeded[0]);
 }
 
-TEST(RandomTest, ThreadsThatTheLibraryDoesNotKnowDrawTheSameNumbersBetweenThem) {
+TEST(RandomTest, ThreadsOfTheProgramShareOneSequence) {
   std::vector<long> others;
   srandom(9);
   std::thread other([&] { others = draw(1000); });

@@ -54,7 +54,7 @@ class SpawnTest : public testsupport::ScratchTest {
   int null = -1, output = -1, input[2] = {-1, -1};
 };
 
-TEST_F(SpawnTest, ProgramsThatCannotRun) {
+TEST_F(SpawnTest, AProgramThatCannotRunIsAnError) {
   std::string file = in("file");
   put(file, "no program");
   char* argv[] = {file.data(), nullptr};
@@ -102,7 +102,7 @@ TEST_F(SpawnTest, EntriesMayOverlapTheirTargets) {
   EXPECT_EQ(written(), "crossed\nrotated\n");
 }
 
-TEST_F(SpawnTest, EveryWayOfClosingKeepsWhatItShould) {
+TEST_F(SpawnTest, EveryWayOfClosingKeepsTheListedDescriptors) {
   using namespace vesk::descriptors;
   bool (*const ways[])(const int*, std::size_t) = {
       closeByRange, closeByListing,
@@ -134,7 +134,7 @@ TEST_F(SpawnTest, AStoppedChildIsWaitedFor) {
   EXPECT_EQ(pauses, 2);
 }
 
-TEST_F(SpawnTest, EnvironmentCallbackAndStatus) {
+TEST_F(SpawnTest, TheChildHasItsEnvironmentAndCallbackAndItsStatusIsReturned) {
   const RecordedPauses pauses([](long) { awaitZombie(); });
   setenv("SPAWN_TEST_MARK", "set", 1);
   for (const bool empty : {false, true}) {
@@ -176,7 +176,7 @@ TEST_F(SpawnTest, ReapingCollectsWhatHasEndedAndNothingElse) {
   spawnfv_reap();
 }
 
-TEST_F(SpawnTest, ReplacingThisProcess) {
+TEST_F(SpawnTest, AProgramCanReplaceThisProcess) {
   const int status = testsupport::inChild([&] { run("echo $PPID; exit 5", {null, output}, kReplace); });
   EXPECT_EQ(WEXITSTATUS(status), 5);
   EXPECT_EQ(written(), std::to_string(getpid()) + "\n");

@@ -225,7 +225,7 @@ TEST_F(PropertiesTest, ListsAreCutAtBlanksAndCommas) {
   }
 }
 
-TEST_F(PropertiesTest, OnlyTheFilesOwnListIsShared) {
+TEST_F(PropertiesTest, ListsOfTheFileAreSharedAndDefaultsAreNot) {
   load("l: a b");
   const auto first = properties.getValueList("l", "");
   EXPECT_EQ(first, properties.getValueList("l", "other"));
@@ -298,7 +298,7 @@ TEST_F(PropertiesTest, ListsChangeInMemory) {
 }
 
 // Also items that need quotes, in both modes, and after further changes.
-TEST_F(PropertiesTest, AnyItemStaysWhatItIs) {
+TEST_F(PropertiesTest, ItemsReadBackUnchanged) {
   List items = {"a b", "", "$HOME", "it's", "\"q\"", "x,y", "back\\slash", "tab\there", "plain", "5$$"};
   items.sort();
   for (bool expand : {true, false}) {
@@ -317,7 +317,7 @@ TEST_F(PropertiesTest, AnyItemStaysWhatItIs) {
 }
 
 // Other programs' configuration files spell these keys: none may come, go or change by mistake.
-TEST(PropertyNames, TheTableIsAsItWas) {
+TEST(PropertyNames, KeysNeverChange) {
   std::ifstream source(TEST_SOURCE_DIR "/util/properties/propnames.cpp");
   const std::string text{std::istreambuf_iterator<char>(source), {}};
   const std::regex row("(\\w+)(?: =|,)\\s+\"([^\"]*)\"");

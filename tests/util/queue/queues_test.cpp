@@ -14,7 +14,7 @@ using vesk::TimeQueue;
 
 namespace {
 
-/// Work that calls a function. One with an identity looks for its duplicates.
+/// Work that calls a function. With an identity it is one of a set of duplicates.
 class Work : public vesk::QueueAble {
  public:
   explicit Work(std::function<void()> body, std::string id = "", bool stays = false)
@@ -86,7 +86,7 @@ TEST(RunQueueTest, RunsInOrderAndTakesDuplicatesOut) {
   EXPECT_EQ(run(queue, ran), "abc");
 }
 
-TEST(RunQueueTest, RegistryKeepsOneQueueToAName) {
+TEST(RunQueueTest, TheRegistryHasOneQueuePerName) {
   RunQueue* made = RunQueue::getRunQueue("registered", true, 0);
   EXPECT_EQ(TimeQueue::getTimeQueue("registered", true, 3), made);
   EXPECT_EQ(RunQueue::getRunQueue("other", false, 1), nullptr);
@@ -222,8 +222,6 @@ TEST(RunQueueThreads, ShutdownRunsWhatIsLeftAndRefusesTheRest) {
   EXPECT_THROW(fill(queue, 1), vesk::EndOfFileException);
 }
 
-/// Several posters and runners on one small queue: each item runs exactly once, each interrupt sends one
-/// runner away.
 // Several posters and runners on one small queue; each interrupt sends one runner away.
 TEST(RunQueueThreads, EachItemRunsExactlyOnce) {
   constexpr std::size_t items = 5'000;  // of each poster
@@ -271,7 +269,7 @@ class TimeQueueTest : public testing::Test {
   /// What runs when the clock reaches `seconds` after the start.
   std::string runAt(long seconds) {
     day.moveTo(seconds);
-    // One item at most for each call: the time is over when it has run.
+    // Each call runs one item at most: then its time is over.
     for (std::size_t before = std::string::npos; before != ran.size();) {
       before = ran.size();
       queue.runQueue();

@@ -41,7 +41,7 @@ class SettingTest : public WorldTest {
   }
 };
 
-TEST_F(SettingTest, RootsValuesGoToFilesTrimmedAndWithTheirModes) {
+TEST_F(SettingTest, RootsValuesAreTrimmedAndSavedWithTheirModes) {
   const mode_t mask = umask(077);
   save("site", " a.example\n\n", SETTING_PUBLIC);
   save("schema", "NULL");
@@ -61,7 +61,7 @@ TEST_F(SettingTest, RootsValuesGoToFilesTrimmedAndWithTheirModes) {
   EXPECT_FALSE(SettingExists("site") || SettingModTime("site") != 0 || modeOf(kDir + "user/kset.site") != 0);
 }
 
-TEST_F(SettingTest, ReadsOneValueOrSaysWhatIsWrong) {
+TEST_F(SettingTest, AFileIsOneValueOrAnError) {
   createDataDir();
   const std::string big(5000, 'x'), path = kDir + "kset.dc.p";
   const std::string rows[][3] = {
@@ -105,7 +105,7 @@ TEST_F(SettingTest, WhatIsTooLargeIsRefusedAndChangesNothing) {
   EXPECT_EQ(GetSetting("site", "") + get(kSite), "oldold");
 }
 
-TEST_F(SettingTest, APropertyBeatsTheFile) {
+TEST_F(SettingTest, APropertyOverridesTheFile) {
   save("domain", "file.example");
   clearSettingsMap();
   configure("kset.domain: property.example\n");
@@ -135,7 +135,7 @@ TEST_F(SettingTest, TheDataDirectoryMovesOnlyBeforeAnythingIsRead) {
   chgDataDir(kDir);
 }
 
-TEST_F(SettingTest, AnOrdinaryUserWritesOnlyHisCopyOfDomainControllers) {
+TEST_F(SettingTest, AnOrdinaryUserWritesOnlyACopyOfDomainControllers) {
   if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed";
   for (const char* name : {"site", "dc.a"}) save(name, "roots", SETTING_PUBLIC);
   clearSettingsMap();
@@ -193,7 +193,7 @@ TEST_F(SettingTest, AnUnprivilegedToolHasAPrivateDataDirectory) {
     });
 }
 
-TEST_F(SettingTest, AWriteThatFailsIsRepeatedLater) {
+TEST_F(SettingTest, AFailedWriteIsRepeatedLater) {
   if (!canMount()) GTEST_SKIP() << "mounts are needed";
   checkInChild([] {
     const char* dir = kDir.c_str();
@@ -213,7 +213,7 @@ TEST_F(SettingTest, AWriteThatFailsIsRepeatedLater) {
   });
 }
 
-TEST_F(SettingTest, WhatIsPlantedAtTheTargetIsReplacedAndNeverFollowed) {
+TEST_F(SettingTest, AnythingPlantedAtTheTargetIsReplacedAndNeverFollowed) {
   createDataDir();
   put("/var/log/victim", "stays");
   for (const std::string plant : {"ln -s /var/log/victim ", "ln /var/log/victim ", "mkfifo "}) {
@@ -235,7 +235,7 @@ TEST_F(SettingTest, WhatIsPlantedAtTheTargetIsReplacedAndNeverFollowed) {
     EXPECT_EQ(entry.path().string().find(".KSET.TEMP"), std::string::npos) << entry;
 }
 
-TEST_F(SettingTest, KnowsWhetherTheHostIsJoinedAndWhatItNeedsThen) {
+TEST_F(SettingTest, AJoinedHostNeedsTheseSettings) {
   const std::string noZone = "IOException|Cannot find key sets of zone name or zone guid.";
   const std::string names[] = {"host", "schema", "zone", "zonename"};
   const std::string rows[][5] = {
@@ -339,7 +339,7 @@ TEST_F(KSetTest, RollsBackToTheSnapshotOnceAndCleansTheMemoryToo) {
   EXPECT_EQ(GetSetting("site", "none"), "none");
 }
 
-TEST_F(KSetTest, WhatIsClosedToTheCallerFailsOnlyIfItIsAFile) {
+TEST_F(KSetTest, OnlyAnUnreadableFileIsAnError) {
   if (!canBeOrdinaryUser()) GTEST_SKIP() << "root may do everything";
   for (const mode_t mode : {0644, 0600}) {
     ASSERT_EQ(chmod(in("a/kset.domain").c_str(), mode), 0);

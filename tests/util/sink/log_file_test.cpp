@@ -152,7 +152,7 @@ TEST_F(LogFileTest, TrapsInPlaceOfTheFileAreRefused) {
   EXPECT_EQ(fcntl(next, F_GETFD), FD_CLOEXEC);
 }
 
-TEST_F(LogFileTest, TheLogTakesNoStandardStream) {
+TEST_F(LogFileTest, TheLogNeverBecomesAStandardStream) {
   testsupport::checkInChild([this] {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::close(stream);
     FileLogging file(in("log").c_str());
@@ -347,7 +347,7 @@ TEST_F(LogFileTest, TwoProcessesShareAFile) {
   }
 }
 
-TEST_F(LogFileTest, WhatIsWrittenIntoACompressedFileIsWrittenAgain) {
+TEST_F(LogFileTest, LinesWrittenIntoACompressedFileAreWrittenAgain) {
   using Lines = std::map<std::string, int>;
   const std::string first(1000, '1'), second(1000, '2');  // too long for one cache
   for (const FileLogging::Settings& settings :
@@ -367,7 +367,7 @@ TEST_F(LogFileTest, WhatIsWrittenIntoACompressedFileIsWrittenAgain) {
   }
 }
 
-// What a process has not flushed before a fork is written by that process alone.
+// Lines that wait for a flush during a fork are written by the parent alone.
 TEST_F(LogFileTest, AForkLeavesTheCacheToTheParentAndTheEndFlushesIt) {
   configure("logger.destination: " + in("log") + "\nlogger.file.flush.frequency: 100\n");
   const auto logger = Logger::GetLogger("fork");

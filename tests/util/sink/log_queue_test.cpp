@@ -32,7 +32,7 @@ class LogQueueTest : public ::testing::Test {
   RecordedPauses pauses;
 };
 
-TEST_F(LogQueueTest, StartAndStopTellWhatTheyDo) {
+TEST_F(LogQueueTest, StartAndStopAreLogged) {
   configure(toFile("log: DEBUG\nlogger.queue.size: 30\nlog.util: INFO\n"));
   const auto logger = Logger::GetLogger("own");
   Logger::startThread(logger);
@@ -49,7 +49,7 @@ TEST_F(LogQueueTest, StartAndStopTellWhatTheyDo) {
   EXPECT_EQ(linesOf(kFile).back(), "WARN  own LogQueue disabled.  Recommended for debugging only.");
 }
 
-// Nothing reads the socket: the runner waits in syslog, and after some lines the queue is full.
+// Nothing reads the socket, so the runner waits in syslog and the queue fills up.
 void overflow(const char* configuration) {
   configure(configuration);
   SyslogSocket syslogd;

@@ -91,7 +91,7 @@ TEST(MemoryLogTest, AnEntryIsNeverSplitAtTheRingsEnd) {
     });
 }
 
-TEST(MemoryLogTest, WhatIsReportedOfIt) {
+TEST(MemoryLogTest, ChangesOfItsStateAreLogged) {
   SyslogSocket syslogd;
   configure("");
   checkInChild([] {

@@ -120,7 +120,7 @@ TEST(StrUtil, OtherFormsOfTextsListsAndNumbers) {
   EXPECT_EQ(Uint8ArrayToHex(bytes, 3) + " " + Uint8ArrayToHex(bytes + 7, 2, false), "000201 80FF");
 }
 
-TEST(StrUtil, SafeCharacters) {
+TEST(StrUtil, CharacterClassesTakeAnyNumber) {
   int (*const questions[])(int) = {IsAlphaChar, IsAlnumChar, IsCntrlChar, IsDigitChar,
                                    IsGraphChar, IsLowerChar, IsPrintChar, IsPunctChar,
                                    IsSpaceChar, IsUpperChar, IsXdigitChar};
@@ -141,7 +141,7 @@ TEST(StrUtil, SafeCharacters) {
   for (int c : {-128, -1, 1000, INT_MIN}) EXPECT_EQ(SafeToUpper(c), c);
 }
 
-TEST(StrUtil, SafeStrings) {
+TEST(StrUtil, SafeFunctionsTakeNullAndAnySize) {
   EXPECT_EQ(SafeStrnChr("abc", 3, 'c'), -1);
   EXPECT_EQ(SafeStrnChr("abc", 99, '\0'), 3);
   EXPECT_EQ(SafeStrnChr("a\0b", 4, 'b'), -1);
@@ -160,7 +160,7 @@ TEST(StrUtil, SafeStrings) {
   EXPECT_EQ(SafeStrnCmp("a", nullptr, 1), 1);
 }
 
-TEST(ByteOrder, EachWidthAtAnyAddress) {
+TEST(ByteOrder, NumbersAreStoredAtAnyAddress) {
   unsigned char bytes[6] = {};
   vesk::PutHiLo32(bytes + 1, 0xf1e2d3c4);
   EXPECT_EQ(vesk::GetLoHi32(bytes + 1), 0xc4d3e2f1U);
@@ -168,7 +168,7 @@ TEST(ByteOrder, EachWidthAtAnyAddress) {
   EXPECT_EQ(tohex(std::string(reinterpret_cast<char*>(bytes), 6)), "00f1e2a0b000");
 }
 
-TEST(SysRights, ReadAndMerge) {
+TEST(SysRights, RightsAreReadAndMerged) {
   EXPECT_EQ(sam::AuditLevelToString(sam::GetAuditLevelFromSysRights(48)), "AuditRequired");
   EXPECT_EQ(sam::AuditLevelToString(sam::GetAuditLevelFromSysRights(~48U)), "AuditIfPossible");
   EXPECT_EQ(sam::AuditLevelToString(3), "Unknown");

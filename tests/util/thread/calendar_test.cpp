@@ -5,7 +5,7 @@
 
 using namespace vesk;
 
-// Linked in the place of the C library's (-Wl,--wrap).
+// Linked in place of the C library's (-Wl,--wrap).
 namespace {
 int gConversions = 0;
 }
@@ -33,7 +33,7 @@ TEST(Calendar, AgreesWithTheCLibraryFromTheYear1To9999) {
   }
 }
 
-// The C library converts under a lock that another thread of the parent may have held.
+// The C library's conversion takes a lock that another thread of the parent may have held.
 TEST(Calendar, AChildOfThreadsConvertsByItself) {
   setenv("TZ", "XYZ-05:30", 1);
   tzset();

@@ -32,7 +32,7 @@ TEST(LockWithoutThreads, HoldsNothingAndWaitsOutItsTime) {
   EXPECT_NO_THROW(mutex.unLock());
 }
 
-TEST(LockWithoutThreads, CountsOnceTheProcessHasASecondThreadWhoeverStartsIt) {
+TEST(LockWithoutThreads, HoldsOnceTheProcessHasAnySecondThread) {
   Mutex mutex;
   Lock before(mutex);
   std::thread([&] { EXPECT_TRUE(Lock(mutex).isLocked()); }).join();
@@ -60,7 +60,7 @@ TEST_F(LockTest, RecursiveHoldsAreCountedAndTheLastOneFrees) {
   EXPECT_EQ(mutex.lockDepth(), 1u);
 }
 
-TEST_F(LockTest, WaitWithAMutexHeldTwiceLetsTheOthersInAndHoldsItTwiceAgain) {
+TEST_F(LockTest, AWaitReleasesEveryHoldAndRestoresIt) {
   Lock outer(mutex);
   Lock inner(mutex);
   bool done = false;
@@ -75,7 +75,7 @@ TEST_F(LockTest, WaitWithAMutexHeldTwiceLetsTheOthersInAndHoldsItTwiceAgain) {
   EXPECT_FALSE(freeForOthers());
 }
 
-TEST_F(LockTest, WaitsEndWithTheirTimeByTheDaysClockAndFailWithNoTime) {
+TEST_F(LockTest, WaitsEndAtTheirDeadlineAndRefuseABadOne) {
   Lock lock(mutex);
   EXPECT_FALSE(lock.wait(0, 0)) << "the current second has begun already";
   const MovedDay later(3600);
@@ -129,7 +129,7 @@ TEST_F(LockTest, CancellationStaysPendingUntilTheOutermostUnLock) {
   EXPECT_TRUE(freeForOthers());
 }
 
-TEST_F(LockTest, CancellationDoesNotStrikeInTheMiddleOfAnException) {
+TEST_F(LockTest, CancellationDoesNotInterruptAnException) {
   bool caught = false;
   cancelAt([&](auto point) {
     try {
@@ -144,7 +144,7 @@ TEST_F(LockTest, CancellationDoesNotStrikeInTheMiddleOfAnException) {
   EXPECT_TRUE(caught);
 }
 
-TEST_F(LockTest, PollingLockGetsTheMutexInTheEnd) {
+TEST_F(LockTest, APollingLockGetsTheMutexOnceItIsFree) {
   Gate started;
   mutex.lock();
   Worker worker([&] {

@@ -33,7 +33,7 @@ void* nothing(void*) {
 
 }  // namespace
 
-TEST(ThreadTest, ExistenceMakesTheProcessThreaded) {
+TEST(ThreadTest, AThreadObjectMakesTheProcessThreaded) {
   {
     const Thread one, two;
     EXPECT_EQ(Thread::m_threadsActive, 2);
@@ -63,7 +63,7 @@ TEST(ThreadTest, EndsByReturnByExitAndByCancellation) {
   }
 }
 
-TEST(ThreadTest, CallsOutOfPlaceAreHarmless) {
+TEST(ThreadTest, CallsInTheWrongStateAreHarmless) {
   Thread thread;
   EXPECT_EQ(errorOf([&] { thread.join(); }), ESRCH) << "never started";
   EXPECT_EQ(errorOf([&] { thread.detach(); }), ESRCH);
@@ -81,7 +81,7 @@ TEST(ThreadTest, CallsOutOfPlaceAreHarmless) {
   while (thread.isRunning()) sched_yield();
 }
 
-TEST(ThreadTest, ACancelHeldBackStrikesAtTheNextCancellationPoint) {
+TEST(ThreadTest, APendingCancelTakesEffectAtTheNextCancellationPoint) {
   for (const auto call : {+[] { Thread::enableKill(); }, +[] { Thread::sleep(3600, 0); }, Thread::yield}) {
     bool heldBack = false;
     cancelAt([&](auto point) {
@@ -99,7 +99,7 @@ TEST(ThreadTest, ACancelHeldBackStrikesAtTheNextCancellationPoint) {
 
 TEST(ThreadTest, SleepAddsUpItsPartsAndASignalCutsItShort) {
   EXPECT_TRUE(Thread::sleep(0, 1, 999, 999));
-  // What adds up to a whole second is refused.
+  // A fraction of a whole second or more is refused.
   EXPECT_EQ(errorOf([] { Thread::sleep(0, 1'000'000'000); }), EINVAL);
   EXPECT_EQ(errorOf([] { Thread::sleep(0, 1000, 0, 0); }), EINVAL);
   EXPECT_EQ(errorOf([] { Thread::sleep(0, 999, 999, 1000); }), EINVAL);
