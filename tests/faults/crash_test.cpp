@@ -60,27 +60,34 @@ class CrashTest : public WorldTest {
     return 0;
   }
 
-  static void end(pid_t child) {
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-  }
-  /// The wait status of a stopped child that goes on to its end.
-  static int goOn(pid_t child) {
-    int status = 0;
-    do {
-      ptrace(PTRACE_CONT, child, nullptr, nullptr);
-      waitpid(child, &status, 0);
-    } while (WIFSTOPPED(status));
-    return status;
+  /// Kills `write` before each of its changes, and calls `killed` then; lets `overtake` run at each of these
+  /// points in another run, and calls `ended` with the exit status. The last call of `killed` is for a run to
+  /// the end.
+  static void atEachChange(const std::function<void()>& prepare, const std::function<void()>& write,
+                           const std::function<void()>& killed, const std::function<void()>& overtake,
+                           const std::function<void(int status)>& ended) {
+    for (int stops = 0; !HasFatalFailure(); ++stops) {
+      SCOPED_TRACE(stops);
+      prepare();
+      pid_t child = stoppedBefore(stops, write);
+      if (child != 0) kill(child, SIGKILL), waitpid(child, nullptr, 0);
+      killed();
+      if (child == 0) return;
+      prepare();
+      child = stoppedBefore(stops, write);
+      if (child == 0) continue;
+      overtake();
+      int status = 0;
+      do {
+        ptrace(PTRACE_CONT, child, nullptr, nullptr);
+        waitpid(child, &status, 0);
+      } while (WIFSTOPPED(status));
+      ended(status);
+    }
   }
 
   static bool canTrace() {
     return inChild([] { EXPECT_TRUE(stopBeforeChanges()); }) == 0;
-  }
-
-  static void putOldValue() {
-    put(kSite, "old");
-    chmod(kSite.c_str(), 0644);
   }
 
  private:
@@ -121,23 +128,20 @@ TEST_F(CrashTest, AKilledWriterLeavesTheOldOrTheNewValueAndALiveOneIsLeftAlone) 
   for (const auto& [value, write] : writers) {
     std::set<std::string> seen;
     int leftovers = 0;
-    for (int stops = 0;; ++stops) {
-      putOldValue();
-      pid_t child = stoppedBefore(stops, write);
-      if (child != 0) end(child);
+    const auto prepare = [] { put(kSite, "old"), chmod(kSite.c_str(), 0644); };
+    const auto killed = [&] {
       seen.insert(get(kSite));
-      EXPECT_EQ(modeOf(kSite), S_IFREG | 0644u) << "closed to others at stop " << stops;
+      EXPECT_EQ(modeOf(kSite), S_IFREG | 0644u) << "closed to others";
       leftovers += temporaryFiles();
       checkInChild([] { rewriteSettingFiles(); });
       ASSERT_EQ(temporaryFiles(), 0) << "the next process cleans up";
-      if (child == 0) break;
-      putOldValue();
-      child = stoppedBefore(stops, write);
-      if (child == 0) continue;
-      CleanTempSettingFiles(kDir);
-      ASSERT_EQ(goOn(child), 0) << "cleaned away at stop " << stops;
+    };
+    const auto ended = [&value = value](int status) {
+      ASSERT_EQ(status, 0) << "cleaned away";
       ASSERT_EQ(get(kSite), value);
-    }
+    };
+    atEachChange(
+        prepare, write, killed, [] { CleanTempSettingFiles(kDir); }, ended);
     EXPECT_EQ(seen, (std::set<std::string>{"old", value}));
     EXPECT_GT(leftovers, 0) << "no kill hit the write";
   }
@@ -163,23 +167,18 @@ TEST_F(CrashTest, WritersOfTheConfigurationNeverMixIt) {
     if (set("a", mine) != 0) _exit(1);
   };
   std::set<std::string> seen;
-  for (int stops = 0;; ++stops) {
-    put(path, text("old", "old"));
-    pid_t child = stoppedBefore(stops, write);
-    if (child != 0) end(child);
+  const auto killed = [&] {
     const bool isNew = *seen.insert(get(path)).first == text(mine, "old");
-    EXPECT_EQ(set("b", "theirs"), 0) << "after a death at stop " << stops;
+    EXPECT_EQ(set("b", "theirs"), 0) << "after a death";
     ASSERT_EQ(get(path), text(isNew ? mine : "old", "theirs"));
     ASSERT_FALSE(std::filesystem::exists(path + ".new") || std::filesystem::exists(path + ".lock"));
-    if (child == 0) break;
-    put(path, text("old", "old"));
-    child = stoppedBefore(stops, write);
-    if (child == 0) continue;
-    set("b", "theirs");
-    const std::string a = goOn(child) == 0 ? mine : "old", after = get(path);
-    ASSERT_TRUE(after == text(a, "old") || after == text(a, "theirs")) << "overtaken at stop " << stops;
+  };
+  const auto ended = [&](int status) {
+    const std::string a = status == 0 ? mine : "old", after = get(path);
+    ASSERT_TRUE(after == text(a, "old") || after == text(a, "theirs")) << "overtaken";
     std::filesystem::remove(path + ".lock");
-  }
+  };
+  atEachChange([&] { put(path, text("old", "old")); }, write, killed, [&] { set("b", "theirs"); }, ended);
   EXPECT_EQ(seen, (std::set<std::string>{text("old", "old"), text(mine, "old")}));
 }
 

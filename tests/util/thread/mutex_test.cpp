@@ -90,26 +90,23 @@ TEST_F(LockTest, WaitsEndAtTheirDeadlineAndRefuseABadOne) {
 TEST_F(LockTest, SignalsWakeOneOrAll) {
   int permits = 0;
   Gate waiting, woken;
-  std::vector<std::unique_ptr<Worker>> workers;
+  std::list<Worker> workers;
   for (int i = 0; i < 3; ++i)
-    workers.push_back(std::make_unique<Worker>([&] {
+    workers.emplace_back([&] {
       Lock lock(mutex);
       waiting.open();
       while (permits == 0) mutex.wait(nullptr);
       --permits;
       woken.open();
-    }));
+    });
   waiting.wait(3);
-  Lock lock(mutex);  // so that all of them wait by now
-  permits = 1;
-  mutex.signalOne();
-  lock.unLock();
-  woken.wait(1);
-  lock.doLock();
-  permits = 2;
-  mutex.signalAll();
-  lock.unLock();
-  woken.wait(3);
+  for (const bool all : {false, true}) {
+    Lock lock(mutex);  // so that those who are left wait by now
+    permits = all ? 2 : 1;
+    all ? mutex.signalAll() : mutex.signalOne();
+    lock.unLock();
+    woken.wait(all ? 3 : 1);
+  }
 }
 
 TEST_F(LockTest, CancellationStaysPendingUntilTheOutermostUnLock) {

@@ -1,20 +1,16 @@
 #include <fokrazo/thread.h>
 
-#include <fokrazo/error_util.h>
 #include "tests/support/syslog_socket.h"
+#include "tests/support/thrown.h"
 #include "tests/support/workers.h"
 
+using testsupport::thrownBy;
 using vesk::Thread;
 
 namespace {
 
-int errorOf(const std::function<void()>& call) {
-  try {
-    return call(), 0;
-  } catch (const vesk::SystemException& e) {
-    return e.rc();
-  }
-}
+const std::string kNotThere = "SystemException 3 OS call failed: No such process";
+const std::string kInvalid = "SystemException 22 OS call failed: Invalid argument";
 
 std::size_t stackSizeOfANewThread() {
   std::size_t size = 0;
@@ -65,8 +61,8 @@ TEST(ThreadTest, EndsByReturnByExitAndByCancellation) {
 
 TEST(ThreadTest, CallsInTheWrongStateAreHarmless) {
   Thread thread;
-  EXPECT_EQ(errorOf([&] { thread.join(); }), ESRCH) << "never started";
-  EXPECT_EQ(errorOf([&] { thread.detach(); }), ESRCH);
+  EXPECT_EQ(thrownBy([&] { thread.join(); }), kNotThere) << "never started";
+  EXPECT_EQ(thrownBy([&] { thread.detach(); }), kNotThere);
   thread.start("name", nothing, nullptr, 0);
   thread.join();
   thread.join();
@@ -100,9 +96,9 @@ TEST(ThreadTest, APendingCancelTakesEffectAtTheNextCancellationPoint) {
 TEST(ThreadTest, SleepAddsUpItsPartsAndASignalCutsItShort) {
   EXPECT_TRUE(Thread::sleep(0, 1, 999, 999));
   // A fraction of a whole second or more is refused.
-  EXPECT_EQ(errorOf([] { Thread::sleep(0, 1'000'000'000); }), EINVAL);
-  EXPECT_EQ(errorOf([] { Thread::sleep(0, 1000, 0, 0); }), EINVAL);
-  EXPECT_EQ(errorOf([] { Thread::sleep(0, 999, 999, 1000); }), EINVAL);
+  EXPECT_EQ(thrownBy([] { Thread::sleep(0, 1'000'000'000); }), kInvalid);
+  EXPECT_EQ(thrownBy([] { Thread::sleep(0, 1000, 0, 0); }), kInvalid);
+  EXPECT_EQ(thrownBy([] { Thread::sleep(0, 999, 999, 1000); }), kInvalid);
 
   struct sigaction action {};
   action.sa_handler = [](int) {};
