@@ -10,7 +10,7 @@
 #include <fokrazo/setting.h>
 #include "host/endpoint_probe.h"
 #include "tests/support/world_test.h"
-#include "tests/util/rows.h"
+#include "tests/support/rows.h"
 #include "util/file/unique_fd.h"
 
 using namespace testsupport;

@@ -10,7 +10,7 @@
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
 #include "tests/support/workers.h"
-#include "tests/util/rows.h"
+#include "tests/support/rows.h"
 #include "util/log/log_internal.h"
 #include "util/thread/clock.h"
 

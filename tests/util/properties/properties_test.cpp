@@ -12,7 +12,7 @@
 #include <fokrazo/setting.h>
 #include "tests/support/workers.h"
 #include "tests/support/world_test.h"
-#include "tests/util/rows.h"
+#include "tests/support/rows.h"
 
 using namespace testsupport;
 using namespace vesk;

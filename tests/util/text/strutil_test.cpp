@@ -2,7 +2,7 @@
 
 #include <fokrazo/byteorder.h>
 #include <fokrazo/sysrights.h>
-#include "tests/util/rows.h"
+#include "tests/support/rows.h"
 #include "util/text/base64.h"
 
 // As in a locale of ISO 8859-1.
@@ -46,47 +46,46 @@ std::string decoded(const std::string& text) {
   return size < 0 ? "refused" : tohex(std::string(bytes, bytes + size));
 }
 
-#define FUNCTION(name, result)                                                                         \
-  {                                                                                                    \
-#name, [](const std::string& a, const std::string& b, bool first, bool second) -> std::string {      \
-      return static_cast<void>(a), static_cast<void>(b), static_cast<void>(first), static_cast<void>(second), result; \
-    } \
-  }
-
-const std::map<std::string, std::string (*)(const std::string&, const std::string&, bool, bool)> kFunctions =
-    {
-        FUNCTION(itoa, itoa(std::stoi(a), std::stoi(b))),
-        FUNCTION(ulltoa, ulltoa(std::stoull(a), std::stoi(b))),
-        FUNCTION(atoui, std::to_string(atoui(a.c_str()))),
-        FUNCTION(upper, upper(a)),
-        FUNCTION(lower, lower(a)),
-        FUNCTION(trimWhiteSpace, trimWhiteSpace(a)),
-        FUNCTION(contains, yes(contains(a, b))),
-        FUNCTION(startsWith, yes(startsWith(a, b, first, second))),
-        FUNCTION(endsWith, yes(endsWith(a, b, first, second))),
-        FUNCTION(EndsWith, yes(EndsWith(a, b, first, second))),
-        FUNCTION(StripSuffix, StripSuffix(a, b)),
-        FUNCTION(AddSuffix, AddSuffix(a, "@", b)),
-        FUNCTION(EscapeSpecialChars, EscapeSpecialChars(a)),
-        FUNCTION(HexToHexEscaped, HexToHexEscaped(a)),
-        FUNCTION(printable, printable(a)),
-        FUNCTION(split, filled<StringList>([&](auto& list) { split(a, " ,", list); })),
-        FUNCTION(CrackString, filled<Strings>([&](auto& list) { CrackString(" ,", a, list); })),
-        FUNCTION(splitWithEscape,
-                 filled<StringList>([&](auto& list) { splitWithEscape(a, " ,", list, first); })),
-        FUNCTION(StringSplit, filled<Strings>([&](auto& list) { StringSplit(" ,", a, list); })),
-        FUNCTION(isValidEthersAddr, yes(isValidEthersAddr(a))),
-        FUNCTION(HexToUint8Array, bytesOf(a, first)),
-        FUNCTION(decodeBase64, decoded(a)),
-        FUNCTION(IsDigitStr, yes(IsDigitStr(a.c_str()))),
+struct Arguments {
+  const std::string &a, &b;
+  bool first, second;
 };
+
+// clang-format off
+#define FUNCTION(name, result) {#name, [](const Arguments& in) -> std::string { return result; }}
+const std::map<std::string, std::string (*)(const Arguments&)> kFunctions = {
+    FUNCTION(itoa, itoa(std::stoi(in.a), std::stoi(in.b))),
+    FUNCTION(ulltoa, ulltoa(std::stoull(in.a), std::stoi(in.b))),
+    FUNCTION(atoui, std::to_string(atoui(in.a.c_str()))),
+    FUNCTION(upper, upper(in.a)),
+    FUNCTION(lower, lower(in.a)),
+    FUNCTION(trimWhiteSpace, trimWhiteSpace(in.a)),
+    FUNCTION(contains, yes(contains(in.a, in.b))),
+    FUNCTION(startsWith, yes(startsWith(in.a, in.b, in.first, in.second))),
+    FUNCTION(endsWith, yes(endsWith(in.a, in.b, in.first, in.second))),
+    FUNCTION(EndsWith, yes(EndsWith(in.a, in.b, in.first, in.second))),
+    FUNCTION(StripSuffix, StripSuffix(in.a, in.b)),
+    FUNCTION(AddSuffix, AddSuffix(in.a, "@", in.b)),
+    FUNCTION(EscapeSpecialChars, EscapeSpecialChars(in.a)),
+    FUNCTION(HexToHexEscaped, HexToHexEscaped(in.a)),
+    FUNCTION(printable, printable(in.a)),
+    FUNCTION(split, filled<StringList>([&](auto& list) { split(in.a, " ,", list); })),
+    FUNCTION(CrackString, filled<Strings>([&](auto& list) { CrackString(" ,", in.a, list); })),
+    FUNCTION(splitWithEscape, filled<StringList>([&](auto& list) { splitWithEscape(in.a, " ,", list, in.first); })),
+    FUNCTION(StringSplit, filled<Strings>([&](auto& list) { StringSplit(" ,", in.a, list); })),
+    FUNCTION(isValidEthersAddr, yes(isValidEthersAddr(in.a))),
+    FUNCTION(HexToUint8Array, bytesOf(in.a, in.first)),
+    FUNCTION(decodeBase64, decoded(in.a)),
+    FUNCTION(IsDigitStr, yes(IsDigitStr(in.a.c_str()))),
+};
+// clang-format on
 
 TEST(StrUtil, TextsAreConvertedAsTheTableSays) {
   for (const auto& [function, a, b, first, second, result] :
        testsupport::rowsOf<6>("util/text/conversions.txt", "conversions")) {
     std::string returned;
     try {
-      returned = kFunctions.at(function)(a, b, !first.empty(), !second.empty());
+      returned = kFunctions.at(function)({a, b, !first.empty(), !second.empty()});
     } catch (const std::out_of_range&) {
       returned = "out of range";
     }
