@@ -74,7 +74,7 @@ int openTempFile(char* templ, int mode, const Owner* owner, std::ofstream& out) 
   return fd.close();
 }
 
-bool noPath(std::string& out) {
+bool failWithoutPath(std::string& out) {
   out.clear();
   return false;
 }
@@ -204,16 +204,16 @@ bool GetSymLinkPath(const char* path, std::string& out, int depth) {
     struct stat info;
     if (::lstat(current.c_str(), &info) != 0) {
       VESK_LOG_TO(kLogger, Info, "Path '%s' does not exist!", current.c_str());
-      return noPath(out);
+      return failWithoutPath(out);
     }
     if (!S_ISLNK(info.st_mode)) {
       out = current;
       return true;
     }
-    if (!followLink(current)) return noPath(out);
+    if (!followLink(current)) return failWithoutPath(out);
   }
   VESK_LOG_TO(kLogger, Warn, "Detected a potential circular sym link in %s!", current.c_str());
-  return noPath(out);
+  return failWithoutPath(out);
 }
 
 int GetFreeSpaceSize(const char* path, unsigned long long& kilobytes) {

@@ -27,7 +27,7 @@ int changeLock(int fd, short type) {
     if (errno != EACCES && errno != EAGAIN) return -1;
     lock = wholeFile(type);
     if (fcntl(fd, F_GETLK, &lock) != 0) return -1;
-    // A holder in another PID namespace has no id here, or one below 1.
+    // An invisible holder, such as one in another PID namespace, has no id here, or one below 1.
     if (lock.l_type != F_UNLCK) return lock.l_pid > 0 ? lock.l_pid : -1;
   }
   return -1;

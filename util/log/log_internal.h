@@ -68,7 +68,7 @@ struct LoggerTree {
 };
 
 /// BuildMessagePrefix without a lead; NUL-terminated. Valid until the thread's next call.
-std::string_view whenAndWho();
+std::string_view timeAndProcess();
 
 /// The syslog priority of a level, without facility.
 int syslogPriority(Logger::LogLevel level);

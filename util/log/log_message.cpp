@@ -120,7 +120,7 @@ const char* programName() {
 
 // Local time, host, program and process. localtime_r checks the time zone's file on each call, so each thread
 // caches the text for a second.
-std::string_view whenAndWho() {
+std::string_view timeAndProcess() {
   thread_local struct {
     time_t second;
     size_t length;  // 0: not yet built
@@ -145,7 +145,7 @@ int BuildMessagePrefix(char* buffer, int size, const char* lead) {
   if (buffer == nullptr || size <= 0) return 0;
   size_t wanted = 0;
   size_t left = static_cast<size_t>(size) - 1;
-  for (const std::string_view part : {std::string_view(lead), whenAndWho()}) {
+  for (const std::string_view part : {std::string_view(lead), timeAndProcess()}) {
     const size_t count = part.copy(buffer, left);
     buffer += count;
     left -= count;

@@ -30,7 +30,7 @@ void DestroyLoggerTable(void* table) {
 }
 
 // Whether names can be stored per thread.
-bool haveThreadNames() {
+bool canStoreThreadNames() {
   if (!threadsSupported()) return false;
   pthread_once(&gTSDKeyOnce, TSDKeyAlloc);
   return gTSDKeyMade;
@@ -79,7 +79,7 @@ std::string Logger::SetThreadName(const char* name) {
   char* const old = threadName();
   const std::string oldName = old != nullptr ? old : "";
   char* const copy = name != nullptr ? strdup(name) : nullptr;
-  if (!haveThreadNames()) {
+  if (!canStoreThreadNames()) {
     gName = copy;
   } else if (pthread_setspecific(gTSDKey, copy) != 0) {
     free(copy);

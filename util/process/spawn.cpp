@@ -74,7 +74,7 @@ class Program {
   }
 
   /// Executes the program, or exits with the negated errno.
-  [[noreturn]] void become() noexcept {
+  [[noreturn]] void exec() noexcept {
     if (m_count > 0) {
       vesk::descriptors::closeAllBut(m_kept.data(), m_kept.size(), m_limit);
       vesk::descriptors::arrange(m_fds, m_scratch.data(), m_count);
@@ -107,7 +107,7 @@ pid_t startChild(Program& program, bool awaited) {
   Children& children = spawnedChildren();
   children.reserve(children.size() + 1);
   const pid_t pid = fork();
-  if (pid == 0) program.become();
+  if (pid == 0) program.exec();
   if (pid > 0) children.push_back({pid, awaited});
   return pid;
 }
@@ -121,7 +121,7 @@ class AwaitedChild {
   int wait() {
     int status = -1;
     while (waitpid(m_pid, &status, 0) < 0)
-      if (errno != EINTR) return endUnknown();
+      if (errno != EINTR) return reapedElsewhere();
     forget();
     return status;
   }
@@ -130,7 +130,7 @@ class AwaitedChild {
     for (long polls = 2L * timeout; polls > 0; --polls) {
       int status = -1;
       const pid_t changed = waitpid(m_pid, &status, WNOHANG | WUNTRACED);
-      if (changed < 0 && errno != EINTR) return endUnknown();
+      if (changed < 0 && errno != EINTR) return reapedElsewhere();
       if (changed > 0 && hasEnded(status)) {
         forget();
         return status;
@@ -148,7 +148,7 @@ class AwaitedChild {
 
  private:
   // The child was reaped elsewhere.
-  int endUnknown() {
+  int reapedElsewhere() {
     const int error = errno;
     forget();
     errno = error;
@@ -216,7 +216,7 @@ int spawnfv_time_with_callback(int mode, int count, int* fds, const char* path, 
   Program program(count, fds, path, argv, emptyEnvironment, callback);
   if (mode == kReplace) {
     vesk::Lock lock(gSpawnMutex());
-    program.become();
+    program.exec();
   }
   const pid_t pid = startChild(program, mode == kWait);
   if (pid < 0 || mode == kDoNotWait) return pid;

@@ -50,8 +50,8 @@ bool QueueAble::keepQueuedItem(long) {
   return false;
 }
 
-/// The first runner's seat while it serves the queue. Taking and leaving the seat cannot be cancelled, or it
-/// would stay taken.
+/// The role of first runner while a thread serves the queue. Cannot be cancelled, or the role would stay
+/// taken.
 class RunQueue::Seat {
  public:
   explicit Seat(RunQueue& queue) : m_queue(queue) {
@@ -77,7 +77,7 @@ class RunQueue::Seat {
 RunQueue::RunQueue(const std::string& name, unsigned int maxSize, bool isLogQueue)
     : m_name(name), m_maxSize(maxSize), m_isLogQueue(isLogQueue) {}
 
-// A poster or runner that has just woken the destroying thread may still hold the lock.
+// The poster or runner that has woken the destroying thread may still hold the lock.
 RunQueue::~RunQueue() {
   const BriefHold lastOneOut(m_mutex);
 }
@@ -128,7 +128,7 @@ void RunQueue::post(boost::shared_ptr<QueueAble> item) {
   if (!fromRunner) pause::forMilliseconds(kPauseStep);
 }
 
-// The lock is released before the throw, because a throw may log. (The compiler cannot follow a lock that is
+// Releases the lock before the throw, because a throw may log. (The compiler cannot follow a lock that is
 // passed in, here and below.)
 void RunQueue::refuseIfShuttingDown(Lock& lock) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   if (!m_shuttingDown) return;
@@ -169,7 +169,7 @@ bool RunQueue::doDeDup(boost::shared_ptr<QueueAble> item) {
   return false;
 }
 
-// One signal is enough until a runner has taken the lock. In a process with one thread nobody waits.
+// One signal is enough until a runner has taken the lock. In a single-threaded process there are no waiters.
 void RunQueue::wakeRunners() {
   if (!m_runnersWait || !Thread::locksCount()) return;
   m_runnersWait = false;
@@ -181,7 +181,7 @@ void RunQueue::insert(Items::iterator before, Item item) {
   m_empty.store(false, std::memory_order_release);
 }
 
-// The item outlives its place in the queue: its destructor may post to the queue.
+// The item outlives its queue entry, because its destructor may post to the queue.
 RunQueue::Item RunQueue::take(Items::iterator place) {
   Item item;
   item.swap(*place);
@@ -202,7 +202,8 @@ void RunQueue::runQueue(int seconds) {
   while (const Item item = next(seconds, deadline)) runItem(*item);
 }
 
-// The next item; empty when it is time to leave. (The compiler cannot follow a lock that may hold nothing.)
+// The next item; empty when the runner should leave. (The compiler cannot follow a lock that may hold
+// nothing.)
 RunQueue::Item RunQueue::next(int seconds, time_t deadline) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   Lock lock(m_mutex);
   if (m_fullPending) reportFull(lock);
@@ -214,7 +215,7 @@ RunQueue::Item RunQueue::next(int seconds, time_t deadline) FOKRAZO_NO_THREAD_SA
     m_runnersWait = true;
     m_mutex.wait(seconds == 0 ? nullptr : &end);
     if (seconds != 0 && dayclock::now() >= deadline) return {};
-    // In a process with one thread the lock holds nothing; a second thread may have been started meanwhile.
+    // In a single-threaded process the lock holds nothing; a second thread may have started meanwhile.
     lock.doLock();
   }
 }

@@ -81,8 +81,8 @@ void TimeQueue::runQueue(int seconds) {
   }
 }
 
-// Runs what is due, until the deadline or an interrupt. `lock` is released while an item runs,
-// which the compiler cannot follow.
+// Runs due items until the deadline or an interrupt. Releases `lock` while an item runs, which the compiler
+// cannot follow.
 void TimeQueue::runDue(Lock& lock, time_t deadline) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   while (!m_items.empty() && !m_interrupted && m_items.front()->getTimeout() <= dayclock::now()) {
     const Item item = take(m_items.begin());

@@ -32,7 +32,8 @@ std::string precreateDir() {
   return std::string(tempDir) + kPrecreateDir;
 }
 
-// An ordinary user's precreate directory lies where others can write: it may be another user's.
+// An ordinary user's precreate directory is in a directory that others can write to, so it may be another
+// user's.
 void refuseForeignDirectory(const std::string& dir) {
   struct stat info;
   if (::lstat(dir.substr(0, dir.size() - 1).c_str(), &info) != 0) return;
@@ -41,7 +42,7 @@ void refuseForeignDirectory(const std::string& dir) {
   throwNoPrecreateDir();
 }
 
-// Another process may make it at the same time.
+// Another process may create it at the same time.
 void makeDirectory(const Path& dir, unsigned mode) {
   try {
     Path::createDirectories(dir, mode);
@@ -50,7 +51,7 @@ void makeDirectory(const Path& dir, unsigned mode) {
   }
 }
 
-// Ignores failures: a missing directory is made afterwards. Does not follow a link.
+// Ignores failures, because a missing directory is created afterwards. Does not follow links.
 void openToAllUsers(const Path& dir) {
   const UniqueFd fd = openFile(dir.string('/', true), Open::Directory | Open::Unfollowed);
   if (fd) ::fchmod(fd.get(), kUserDirMode);

@@ -25,7 +25,7 @@ constexpr HostVariable kHostVariables[] = {
     {kZoneVariable, SETTING_ZONE_REALNAME},    //
 };
 
-/// The first component of a distinguished name; any other text as it is.
+/// The first component of a distinguished name; any other text unchanged.
 std::string shortZoneName(const std::string& zone) {
   size_t begin = zone.find("CN=");
   if (begin == std::string::npos) begin = zone.find("OU=");
@@ -34,15 +34,15 @@ std::string shortZoneName(const std::string& zone) {
   return zone.substr(begin, zone.find(',', begin) - begin);
 }
 
-// A machine that has not joined has none of them: looking first is cheaper than five exceptions.
-bool isThere(const char* name) {
+// A machine that is not joined has none of them; checking first is cheaper than five exceptions.
+bool isSet(const char* name) {
   const LockedStore store;
   return store->values.count(name) != 0 || SettingExists(name);
 }
 
 std::string readSetting(const char* name) {
   try {
-    return isThere(name) ? loadSettingFromFile(name) : kUnknown;
+    return isSet(name) ? loadSettingFromFile(name) : kUnknown;
   } catch (const VESKException&) {
     return kUnknown;
   }

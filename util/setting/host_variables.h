@@ -6,8 +6,8 @@
 
 namespace vesk {
 
-/// JOINNAME, PREW2KNAME, SITE, DOMAIN and ZONE with their values; "<unknown>" for what the machine lacks.
-/// Reads the settings' files. Thread-safe.
+/// The values of JOINNAME, PREW2KNAME, SITE, DOMAIN and ZONE, "<unknown>" if missing. Reads the settings'
+/// files. Thread-safe.
 std::map<std::string, std::string> hostVariables();
 
 }  // namespace vesk

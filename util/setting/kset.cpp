@@ -21,33 +21,33 @@ namespace {
 constexpr char kDCFilePrefix[] = "kset.dc.";
 constexpr size_t kMaxSize = 1024 * 1024;
 
-// S_IFREG and the like; 0 if it is unknown.
+// The type bits of the mode (S_IFREG and others); 0 if unknown.
 mode_t typeOf(const std::string& path) {
   struct stat info;
   return ::lstat(path.c_str(), &info) == 0 ? info.st_mode & S_IFMT : 0;
 }
 
-// Whether opening failed because there is no such regular file. Without the right to open it, its type
-// decides.
-bool isNoFile(const std::string& path, int error) {
+// Whether opening failed because there is no such regular file. Without permission to open it, checks its
+// type.
+bool isNotRegularFile(const std::string& path, int error) {
   if (error != EACCES) return error == ENOENT || error == ENOTDIR || isNeverRegular(error);
   const mode_t type = typeOf(path);
   return type != 0 && type != S_IFREG;
 }
 
-// Whether root must not read it: anyone may put a file into "user/".
+// Whether root must not read it: every user can create files in "user/".
 bool isForeign(const struct stat& info, const std::string& path) {
   const std::string userDir = getDataDir() + paths::kUserDir;
   return isRootUser() && info.st_uid != 0 && path.compare(0, userDir.size(), userDir) == 0;
 }
 
-// Null if there is no such regular file, or none that may be read. Checks the open file, not the path: others
-// may change the directory at any time.
+// Null if there is no such regular file, or it must not be read. Checks the open file, not the path, because
+// others may change the directory.
 boost::shared_ptr<KSetData> read(const std::string& path) {
   const UniqueFd fd = openFile(path, Open::Unfollowed);
   if (!fd) {
     const int error = errno;
-    if (isNoFile(path, error)) return boost::shared_ptr<KSetData>();
+    if (isNotRegularFile(path, error)) return boost::shared_ptr<KSetData>();
     throwCallFailed(error);
   }
   struct stat info;
@@ -66,7 +66,7 @@ void write(const std::string& path, const KSetData& data) {
   commitReplacement(file, path);
 }
 
-// A directory is not a key set, nor is a temporary file whose writer is alive.
+// Keeps directories, and temporary files whose writer is alive.
 void removeEntry(const std::string& path) {
   if (ReplacementFile::isTemporary(path))
     ReplacementFile::removeLeftover(path);
@@ -74,7 +74,7 @@ void removeEntry(const std::string& path) {
     removeFile(path);
 }
 
-/// The names in the directory that `isMember` takes.
+/// The names in the directory that `isMember` accepts.
 std::vector<std::string> entries(const std::string& dir, bool (*isMember)(const char*)) {
   std::vector<std::string> names;
   for (std::string& name : listKSetDirectory(dir))
@@ -82,7 +82,7 @@ std::vector<std::string> entries(const std::string& dir, bool (*isMember)(const 
   return names;
 }
 
-/// Those among them that are no writer's temporary files.
+/// As entries, without temporary files.
 std::vector<std::string> members(const std::string& dir, bool (*isMember)(const char*)) {
   std::vector<std::string> names = entries(dir, isMember);
   names.erase(std::remove_if(names.begin(), names.end(), ReplacementFile::isTemporary), names.end());

@@ -22,7 +22,7 @@ bool filesDisabled() {
   return Props(false, false)->getBool(PN::DISABLE_KSET_FILES, false);
 }
 
-// Root first reads what root wrote, other users what users wrote.
+// Root prefers the system's file, other users the one in "user/".
 std::string readFromFiles(const std::string& name) {
   const std::string dataDir = getDataDir();
   if (!isDCSetting(name)) return readSettingFile(name, dataDir);
@@ -38,8 +38,8 @@ bool isUnchanged(const std::string& name, const std::string& value) {
   return trimWhiteSpace(value) == trimWhiteSpace(internalGetSetting(name, std::string()));
 }
 
-bool isWaiting(const SettingStore& store, const std::string& name) FOKRAZO_REQUIRES(settingsMutex()) {
-  return std::find(store.waiting.begin(), store.waiting.end(), name) != store.waiting.end();
+bool isDeferred(const SettingStore& store, const std::string& name) FOKRAZO_REQUIRES(settingsMutex()) {
+  return std::find(store.deferred.begin(), store.deferred.end(), name) != store.deferred.end();
 }
 
 void cleanUpOnce(SettingStore& store, const std::string& dir) FOKRAZO_REQUIRES(settingsMutex()) {
@@ -48,7 +48,7 @@ void cleanUpOnce(SettingStore& store, const std::string& dir) FOKRAZO_REQUIRES(s
   store.cleanedUp = true;
 }
 
-// False if the name must keep waiting.
+// Returns false if the write must stay deferred.
 bool rewrite(const SettingStore& store, const std::string& name, const std::string& dir)
     FOKRAZO_REQUIRES(settingsMutex()) {
   const auto entry = store.values.find(name);
@@ -61,10 +61,9 @@ bool rewrite(const SettingStore& store, const std::string& name, const std::stri
   }
 }
 
-// A value that could not be written must not stay in memory as if the file had it: saving it again would do
-// nothing.
-void forgetUnlessWaiting(SettingStore& store, const std::string& name) FOKRAZO_REQUIRES(settingsMutex()) {
-  if (!isWaiting(store, name)) store.values.erase(name);
+// An unwritten value must not stay in memory: saving it again would do nothing.
+void forgetUnlessDeferred(SettingStore& store, const std::string& name) FOKRAZO_REQUIRES(settingsMutex()) {
+  if (!isDeferred(store, name)) store.values.erase(name);
 }
 
 void writeOrDefer(SettingStore& store, const std::string& name, const std::string& value,
@@ -75,10 +74,10 @@ void writeOrDefer(SettingStore& store, const std::string& name, const std::strin
     rewriteSettingFiles();
   } catch (const IOException&) {
     if (!deferOnFailure || dir != paths::kDataDir) {
-      forgetUnlessWaiting(store, name);
+      forgetUnlessDeferred(store, name);
       throw;
     }
-    if (!isWaiting(store, name)) store.waiting.push_back(name);
+    if (!isDeferred(store, name)) store.deferred.push_back(name);
   }
 }
 
@@ -127,7 +126,7 @@ void saveSetting(const std::string& name, const std::string& value, SettingAcces
   const bool toFile = !toProperties && (isRootUser() || isDCSetting(name));
   const LockedStore store;
   if (!value.empty() && !force && isUnchanged(name, value)) return;
-  // No later attempt helps a value that is too large, so it is never deferred.
+  // Too large a value is never deferred: no later attempt would succeed.
   if (toFile) refuseTooLarge("Write", name, trimWhiteSpace(value).size());
   store->values[name] = {value, access};
   VESK_LOG_TO(kLogger, Debug, "Setting %s to %s\n", name.c_str(), value.c_str());
@@ -138,13 +137,13 @@ int rewriteSettingFiles() {
   const LockedStore store;
   const std::string dir = isRootUser() ? store->dataDir : store->dataDir + kUserDir;
   cleanUpOnce(*store, dir);
-  std::vector<std::string>& waiting = store->waiting;
-  if (waiting.empty()) return 0;
-  auto failed = waiting.begin();
-  while (failed != waiting.end() && rewrite(*store, *failed, dir)) ++failed;
-  waiting.erase(waiting.begin(), failed);
+  std::vector<std::string>& deferred = store->deferred;
+  if (deferred.empty()) return 0;
+  auto failed = deferred.begin();
+  while (failed != deferred.end() && rewrite(*store, *failed, dir)) ++failed;
+  deferred.erase(deferred.begin(), failed);
   CleanTempSettingFiles(dir);
-  return static_cast<int>(waiting.size());
+  return static_cast<int>(deferred.size());
 }
 
 void clearSettingsMap() {

@@ -37,7 +37,7 @@ mode_t modeOf(SettingAccess access) {
   return isRootUser() ? kPublicMode : kUsersPublicMode;
 }
 
-// Others may write in "user/".
+// Every user can write to "user/".
 UniqueFd openForReading(const std::string& path) {
   UniqueFd fd = openFile(path, Open::Unfollowed);
   if (fd) return fd;
@@ -50,7 +50,7 @@ struct stat statOf(const UniqueFd& fd, const std::string& path) {
   throwFileFailure(errno, "Cannot stat file to %s", path);
 }
 
-// Anyone may put a file in "user/", and root's decisions must not rest on what others put there.
+// Every user can create files in "user/", and root's decisions must not depend on them.
 bool isForeign(const struct stat& info, const std::string& dir, const SettingStore& store)
     FOKRAZO_REQUIRES(settingsMutex()) {
   return isRootUser() && info.st_uid != 0 && dir == store.dataDir + kUserDir;
@@ -68,7 +68,7 @@ void refuseControlCharacters(const char* data, size_t size, const std::string& p
                   path.c_str());
 }
 
-// Memory grows with what is read, not with the size that the file claims.
+// Memory grows with the bytes read, not with the file's nominal size.
 std::string readText(const UniqueFd& fd, off_t size, const std::string& path) {
   std::string text;
   while (static_cast<off_t>(text.size()) < size) {
@@ -94,7 +94,7 @@ void writeText(const ReplacementFile& file, const std::string& text) {
     FOKRAZO_THROW(IOException, "IOException", 0, "Cannot write all data to file %s", file.name().c_str());
 }
 
-// The mode is set before the rename, so that the new value is never seen with the wrong one.
+// Sets the mode before the rename, so that the new value never has the wrong mode.
 void replaceFile(const std::string& path, const std::string& text, mode_t mode) {
   ReplacementFile file(path);
   openReplacement(file);
@@ -145,7 +145,7 @@ std::string readSettingFile(const std::string& name, const std::string& dir) {
   const struct stat info = statOf(fd, path);
   if (isForeign(info, directory, *store)) throwFileFailure(EPERM, kCannotRead, path);
   refuseTooLarge("Read", name, info.st_size);
-  // A FIFO or a device that another user put there has no value.
+  // It may be another user's FIFO or device.
   if (!S_ISREG(info.st_mode)) throwFileFailure(S_ISDIR(info.st_mode) ? EISDIR : EINVAL, kCannotRead, path);
   return trimWhiteSpace(readText(fd, info.st_size, path));
 }

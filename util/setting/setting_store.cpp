@@ -11,16 +11,16 @@ namespace {
 
 MadeOnce<SettingStore> gStore;
 
-// For a child that was forked while the store was being changed. The directory stays: it is set before
-// anything else happens. No other thread is left to guard against.
+// For a child that was forked while the store was being changed. Keeps the directory, which is set before
+// anything else. There is no other thread.
 void abandonSettings(bool intact) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   SettingStore* const store = gStore.ifMade();
   if (intact || store == nullptr) return;
   new (&store->values) decltype(store->values);
-  new (&store->waiting) decltype(store->waiting);
+  new (&store->deferred) decltype(store->deferred);
 }
 
-SettingStore& madeStore() {
+SettingStore& globalStore() {
   SettingStore& store = gStore.get();
   heldOverFork(ForkOrder::Settings, store.mutex);
   inForkedChild(ForkOrder::Settings, abandonSettings);
@@ -30,7 +30,7 @@ SettingStore& madeStore() {
 }  // namespace
 
 Mutex& settingsMutex() {
-  return madeStore().mutex;
+  return globalStore().mutex;
 }
 
 thread_local int LockedStore::Hold::gHolds = 0;
@@ -40,8 +40,9 @@ LockedStore::Hold::Hold() {
   ++gHolds;
 }
 
-// The members take and release the mutex, which the compiler does not see.
-LockedStore::LockedStore() FOKRAZO_NO_THREAD_SAFETY_ANALYSIS : m_store(madeStore()), m_lock(m_store.mutex) {}
+// The members take and release the mutex, which the compiler cannot follow.
+LockedStore::LockedStore() FOKRAZO_NO_THREAD_SAFETY_ANALYSIS : m_store(globalStore()),
+                                                               m_lock(m_store.mutex) {}
 LockedStore::~LockedStore() noexcept(false) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS = default;
 
 }  // namespace vesk

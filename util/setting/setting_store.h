@@ -1,4 +1,4 @@
-/// The settings in memory, and helpers of the source files that read and write them. Internal.
+/// The settings in memory, and helpers for reading and writing them. Internal.
 #pragma once
 
 #include <map>
@@ -14,23 +14,24 @@
 
 namespace vesk {
 
-/// Guards the store and all work on the files. Recursive: saveSetting holds it through its own reads.
+/// Guards the store and all file access. Recursive: saveSetting holds it while it reads.
 Mutex& settingsMutex();
 
-/// The settings in memory. One object, made at first use and never destroyed; only LockedStore hands it out.
+/// The settings in memory. One object, created on first use and never destroyed; accessed only through
+/// LockedStore.
 struct SettingStore {
   using Value = std::pair<std::string, SettingAccess>;
 
   Mutex mutex;
   std::string dataDir FOKRAZO_GUARDED_BY(settingsMutex()) = paths::kDataDir;
   std::map<std::string, Value> values FOKRAZO_GUARDED_BY(settingsMutex());
-  /// The names of settings whose write failed and is to be repeated.
-  std::vector<std::string> waiting FOKRAZO_GUARDED_BY(settingsMutex());
-  /// Whether this process has removed what killed writers left.
+  /// The names of settings whose failed write will be retried.
+  std::vector<std::string> deferred FOKRAZO_GUARDED_BY(settingsMutex());
+  /// Whether this process has removed the temporary files of killed writers.
   bool cleanedUp FOKRAZO_GUARDED_BY(settingsMutex()) = false;
 };
 
-/// Holds the store. May be nested in one thread.
+/// Locks the store. May be nested.
 class FOKRAZO_SCOPED_CAPABILITY LockedStore {
  public:
   LockedStore() FOKRAZO_ACQUIRE(settingsMutex());
@@ -40,8 +41,8 @@ class FOKRAZO_SCOPED_CAPABILITY LockedStore {
   SettingStore& operator*() const { return m_store; }
 
  private:
-  /// Counts one thread's nested holds. The first one loads the configuration, and so opens the log: that
-  /// takes locks that a thread must not wait for while it holds the store.
+  /// Counts a thread's nested locks. The first one loads the configuration, and so opens the log, before
+  /// locking: both take locks that must not be taken while the store is locked.
   class Hold {
    public:
     Hold();
@@ -65,17 +66,17 @@ inline std::string settingPath(const std::string& dir, const std::string& name) 
 
 /// Whether the effective user is root.
 bool isRootUser();
-/// Whether a setting holds data of one domain controller: these have no limit and a copy for users.
+/// Whether a setting holds data of one domain controller. These are not limited, and users have a copy.
 bool isDCSetting(const std::string& name);
-/// CheckFileSize, and 1 MiB for the settings that it does not limit. @throws IOException
+/// CheckFileSize, with a limit of 1 MiB for the settings that it does not limit. @throws IOException
 void refuseTooLarge(const char* operation, const std::string& name, long long size);
-/// Throws IOException with the system's text; the literal takes the path.
+/// Throws IOException with the system's text; `literal` is a format for the path.
 [[noreturn]] void throwFileFailure(int error, const char* literal, const std::string& path);
 /// The first and the last step of replacing a file. @throws IOException "Cannot open file …", "Cannot write
 /// file …", "Cannot rename file to …"
 void openReplacement(ReplacementFile& file);
 void commitReplacement(ReplacementFile& file, const std::string& path);
-/// Removes a file, if there is one. @throws IOException "Cannot remove file …"
+/// Removes a file if it exists. @throws IOException "Cannot remove file …"
 void removeFile(const std::string& path);
 /// The names of the entries of a directory without "." and "..".
 /// @throws NotFoundException "Cannot open directory …"

@@ -22,7 +22,7 @@ constexpr char kMoniker[] = "\n_cbuf_END__\n";
 constexpr unsigned int kMonikerLength = sizeof kMoniker - 1;
 static_assert(kMonikerLength == 13, "the end marker with both its newlines");
 
-constexpr unsigned int kScratchSize = 1024;  // followed by one byte that is always 0
+constexpr unsigned int kScratchSize = 1024;  // plus a byte that is always 0
 constexpr int kPrefixSize = 256;
 constexpr unsigned int kDefaultSize = 0x20000;
 constexpr unsigned int kSmallestSize = 10240;
@@ -107,7 +107,7 @@ void CircularBuffer::restart() {
   m_current = m_start;
 }
 
-// The next entry overwrites all of the end marker but its leading newline, which ends this entry's line.
+// The next entry overwrites the end marker except its leading newline, which ends this entry's line.
 void CircularBuffer::put(unsigned int length) {
   const auto left = static_cast<unsigned int>(m_start + m_size - m_current);
   if (length + kMonikerLength > left) {

@@ -35,9 +35,9 @@ namespace {
 constexpr mode_t kEverybody = 0666;
 constexpr size_t kStreamBuffer = 8192;
 
-constexpr int kMostBackups = 9999;  // each rotation looks for every one of them
+constexpr int kMaxBackups = 9999;  // each rotation checks all of them
 
-constexpr int kMostMessagesPerFlush = 512;
+constexpr int kMaxMessagesPerFlush = 512;
 constexpr unsigned int kCachePerMessage = 1024;
 
 struct Opened {
@@ -45,10 +45,10 @@ struct Opened {
   struct stat status {};
 };
 
-// The open file's kind decides, and where it was found.
+// Checks the open file's type, and how it was found.
 bool isAcceptable(const struct stat& status, bool throughLinkOfRoot) {
   if (S_ISREG(status.st_mode) && status.st_nlink > 1) {
-    errno = EMLINK;  // it may be somebody else's file under the log's name
+    errno = EMLINK;  // it may be another user's file under the log's name
     return false;
   }
   errno = ENXIO;
@@ -56,7 +56,7 @@ bool isAcceptable(const struct stat& status, bool throughLinkOfRoot) {
          (S_ISFIFO(status.st_mode) && throughLinkOfRoot);
 }
 
-// Another user's link, FIFO or socket in place of the log is an error, never a wait.
+// Another user's link, FIFO or socket in place of the log is an error; never blocks.
 Opened openForAppending(const char* path) {
   constexpr unsigned kOptions = Open::Append | Open::Create;
   Opened opened{openFile(path, kOptions | Open::Unfollowed, kEverybody)};
@@ -77,10 +77,10 @@ Opened openForAppending(const char* path) {
   return opened;
 }
 
-// A pipe whose reader is gone must not end the program: holds the signal back, and takes it away if it came.
-class SigpipeHeldBack {
+// Blocks SIGPIPE, and discards a pending one, so that a pipe without a reader does not end the program.
+class SigpipeBlocked {
  public:
-  SigpipeHeldBack() {
+  SigpipeBlocked() {
     sigset_t pending;
     sigemptyset(&m_pipe);
     sigaddset(&m_pipe, SIGPIPE);
@@ -88,13 +88,13 @@ class SigpipeHeldBack {
     m_wasPending = sigismember(&pending, SIGPIPE) == 1;
     pthread_sigmask(SIG_BLOCK, &m_pipe, &m_before);
   }
-  ~SigpipeHeldBack() {
+  ~SigpipeBlocked() {
     constexpr timespec kNoWait{0, 0};
     if (!m_wasPending) sigtimedwait(&m_pipe, nullptr, &kNoWait);
     pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
   }
-  SigpipeHeldBack(const SigpipeHeldBack&) = delete;
-  SigpipeHeldBack& operator=(const SigpipeHeldBack&) = delete;
+  SigpipeBlocked(const SigpipeBlocked&) = delete;
+  SigpipeBlocked& operator=(const SigpipeBlocked&) = delete;
 
  private:
   sigset_t m_pipe;
@@ -102,8 +102,8 @@ class SigpipeHeldBack {
   bool m_wasPending;
 };
 
-// Lines of the log file that syslog gets instead: without what syslog adds itself.
-void giveToSyslog(const std::string& lines) {
+// Sends lines for the log file to syslog, without the prefix that syslog adds itself.
+void sendToSyslog(const std::string& lines) {
   constexpr std::string_view kPrefixEnd = "]: ";
   for (size_t begin = 0, end; begin < lines.size(); begin = end + 1) {
     end = std::min(lines.find('\n', begin), lines.size());
@@ -113,11 +113,11 @@ void giveToSyslog(const std::string& lines) {
   }
 }
 
-// Whether the pipe takes a line within a short time.
+// Whether the pipe accepts a line within a short time.
 bool isWritable(int pipe) {
-  constexpr int kPatience = 100;  // milliseconds
+  constexpr int kMaxWait = 100;  // milliseconds
   pollfd state{pipe, POLLOUT, 0};
-  return poll(&state, 1, kPatience) == 1 && (state.revents & POLLERR) == 0;
+  return poll(&state, 1, kMaxWait) == 1 && (state.revents & POLLERR) == 0;
 }
 
 unsigned int megabytes(int count) {
@@ -126,7 +126,7 @@ unsigned int megabytes(int count) {
 
 }  // namespace
 
-/// The text of a message for a file without cache: of any length, not yet escaped.
+/// The text of a message for a file without a cache: of any length, not yet escaped.
 class FileLogging::Line {
  public:
   Line(const char* format, va_list args) __attribute__((format(printf, 2, 0))) {
@@ -139,13 +139,13 @@ class FileLogging::Line {
     m_endsLine = m_length > 0 && text()[m_length - 1] == '\n' && format[formatLength - 1] == '\n';
   }
 
-  /// Without a newline at its end that is the format's own.
+  /// Without a final newline from the format.
   size_t length() const { return m_endsLine ? m_length - 1 : m_length; }
   bool endsLine() const { return m_endsLine; }
   const char* text() const { return m_long ? m_long.get() : m_short; }
 
  private:
-  // Where there is no memory the text is cut.
+  // Cuts the text if there is no memory.
   void formatLong(const char* format, va_list args) __attribute__((format(printf, 2, 0))) {
     m_long.reset(new (std::nothrow) char[m_length + 1]);
     if (m_long)
@@ -166,11 +166,11 @@ FileLogging::Settings FileLogging::Settings::read() {
   const std::string maxSize = properties.getString(PN::LOGGER_FILE_MAXSIZE);
   if (!maxSize.empty()) settings.maxSize = megabytes(atoi(maxSize.c_str()));
   const int maxCount = properties.getInt(PN::LOGGER_FILE_MAXCOUNT, -1);
-  if (maxCount >= 0) settings.maxCount = std::min(maxCount, kMostBackups);
+  if (maxCount >= 0) settings.maxCount = std::min(maxCount, kMaxBackups);
   settings.zipBackup = properties.getBool(PN::LOGGER_FILE_ZIP_BACKUP, false);
   const int frequency = properties.getInt(PN::LOGGER_FILE_FLUSH_FREQUENCY, -1);
   if (frequency >= 0) {
-    settings.flushFrequency = std::min(frequency, kMostMessagesPerFlush);
+    settings.flushFrequency = std::min(frequency, kMaxMessagesPerFlush);
     settings.cacheSize = frequency < 2 ? 0 : settings.flushFrequency * kCachePerMessage;
   }
   return settings;
@@ -202,7 +202,7 @@ int FileLogging::init(const char* path, const Settings& settings) {
   return error;
 }
 
-// A pipe is written line by line: its reader is to see them as they come.
+// A pipe is written line by line, without delay.
 void FileLogging::makeCache() {
   if (m_settings.cacheSize == 0 || m_isPipe) {
     m_cache.reset();
@@ -243,7 +243,7 @@ int FileLogging::openLog(bool force) {
   return openFile();
 }
 
-// Replaces the file that is open; that one stays if this fails.
+// Replaces the open file, which stays open on failure.
 int FileLogging::openFile() {
   Opened opened = openForAppending(m_path.c_str());
   const bool isPipe = S_ISFIFO(opened.status.st_mode);
@@ -264,7 +264,7 @@ int FileLogging::openFile() {
   return 0;
 }
 
-// What could not be written is lost.
+// Unwritten text is lost.
 void FileLogging::closeLog() {
   flushCache();
   if (m_cache) forgetCache();
@@ -274,7 +274,7 @@ void FileLogging::closeLog() {
 void FileLogging::closeFile() {
   if (m_cache) m_cache->setFileFP(nullptr);
   if (m_file == nullptr) return;
-  const SigpipeHeldBack sigpipeHeldBack;
+  const SigpipeBlocked sigpipeBlocked;
   fclose(m_file);
   m_file = nullptr;
 }
@@ -302,7 +302,7 @@ bool FileLogging::logIfOpened(const char* format, va_list args) {
     va_end(copy);
     unwritten = takeUnwritten();
   }
-  giveToSyslog(unwritten);
+  sendToSyslog(unwritten);
   if (rotated) rotated->compress();
   return isTaken;
 }
@@ -313,8 +313,8 @@ bool FileLogging::isFlushDue() {
   return true;
 }
 
-// False if the line has not been taken. What is to be compressed is left to the caller, who does it without
-// the lock: a large file takes seconds.
+// Returns false if the line was not accepted. The caller compresses `rotated` without the lock, because a
+// large file takes seconds.
 bool FileLogging::logLocked(const char* format, va_list args, std::unique_ptr<LogBackups>& rotated) {
   const bool flushDue = isFlushDue();
   if (!writeLine(flushDue, format, args)) return false;
@@ -323,7 +323,7 @@ bool FileLogging::logLocked(const char* format, va_list args, std::unique_ptr<Lo
 }
 
 bool FileLogging::writeLine(bool flushDue, const char* format, va_list args) {
-  const std::string_view prefix = whenAndWho();
+  const std::string_view prefix = timeAndProcess();
   if (m_cache && m_cache->isActive()) {
     char text[LogCache::kLongestText + 1];
     const size_t length = formatEscaped(text, sizeof text, format, args);
@@ -340,7 +340,7 @@ bool FileLogging::writeLine(bool flushDue, const char* format, va_list args) {
     printLine(line);
     return true;
   }
-  const std::unique_ptr<SigpipeHeldBack> heldBack(m_isPipe ? new SigpipeHeldBack : nullptr);
+  const std::unique_ptr<SigpipeBlocked> sigpipeBlocked(m_isPipe ? new SigpipeBlocked : nullptr);
   return writeForGood([&]() FOKRAZO_REQUIRES(mutex) {
     printLine(line);
     fflush(m_file);
@@ -348,7 +348,7 @@ bool FileLogging::writeLine(bool flushDue, const char* format, va_list args) {
 }
 
 void FileLogging::printLine(const Line& line) {
-  const std::string_view prefix = whenAndWho();
+  const std::string_view prefix = timeAndProcess();
   fwrite(prefix.data(), 1, prefix.size(), m_file);
   appendEscaped(line.text(), line.length(),
                 [file = m_file](const char* part, size_t length) { fwrite(part, 1, length, file); });
@@ -356,9 +356,9 @@ void FileLogging::printLine(const Line& line) {
   fputc('\n', m_file);
 }
 
-// Until this process notices a rotation it goes on writing into the old file, which another process may have
-// compressed and removed; or the whole directory is gone. Then the same is written once more, into a new
-// file. False if no new file can be made.
+// Until this process notices a rotation, it writes to the old file, which another process may have compressed
+// and removed; or the directory may be gone. Then writes again, to a new file. Returns false if none can be
+// created.
 template <class Write>
 bool FileLogging::writeForGood(Write write) {
   constexpr int kAttempts = 3;
@@ -376,7 +376,7 @@ bool FileLogging::isRemoved() const {
   return m_file != nullptr && fstat(fileno(m_file), &status) == 0 && status.st_nlink == 0;
 }
 
-// What could not be written stays for the next time, as far as the cache has room.
+// Keeps unwritten text for the next time, as far as the cache has room.
 bool FileLogging::flushCache() {
   if (!m_cache || m_cache->isEmpty()) return true;
   if (!writeForGood([this]() FOKRAZO_REQUIRES(mutex) { m_cache->write(); })) return false;
@@ -384,7 +384,7 @@ bool FileLogging::flushCache() {
   return true;
 }
 
-// What the cache holds of a file that is gone.
+// Takes the cached text of a removed file.
 std::string FileLogging::takeUnwritten() {
   if (!m_isGone || !m_cache) return {};
   std::string lines(m_cache->content());
@@ -406,10 +406,10 @@ void FileLogging::flushFromNowOn() {
     m_settings.flushFrequency = 1;
     unwritten = takeUnwritten();
   }
-  giveToSyslog(unwritten);
+  sendToSyslog(unwritten);
 }
 
-// There is no other thread whose lock it could be.
+// Takes no lock: there is no other thread.
 void FileLogging::forgetAfterFork() FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   if (m_cache) forgetCache();
 }
@@ -430,30 +430,31 @@ void FileLogging::fileRotate() {
   if (const std::unique_ptr<LogBackups> rotated = rotate()) rotated->compress();
 }
 
-// What is left to compress; null if the file was not rotated.
+// Returns the backups to compress; null if the file was not rotated.
 std::unique_ptr<LogBackups> FileLogging::rotate() {
   if (!checkFileSizeByFP()) return nullptr;
   flushCache();
   UniqueFd turn = vesk::openFile(m_path, Open::Write);
   if (turn && !tryLock(turn.get()) && !isFarTooLarge(turn.get())) {
-    // Another process is rotating. A file that it has moved already can be left without the lock.
+    // Another process is rotating. Once it has moved the file, a new one can be opened without the lock.
     if (!leadsTo(m_path, fileno(m_file))) openFile();
     return nullptr;
   }
   auto backups = std::make_unique<LogBackups>(m_path, m_settings.maxCount, m_settings.zipBackup);
-  // Unless another process has rotated meanwhile; its new file has a lock of its own.
+  // Unless another process has rotated meanwhile; its new file has its own lock.
   if (leadsTo(m_path, turn.get()) && checkFileSizeByPath() && m_settings.maxCount >= 1)
     backups->takeLog(std::move(turn));
   openFile();
   return backups;
 }
 
-// The holder of the lock of a file so large is not rotating it: everybody who can write the log can lock it.
+// Whether the file is so large that the lock's holder cannot be rotating it: anyone who can write the log can
+// lock it.
 bool FileLogging::isFarTooLarge(int file) const {
   constexpr off_t kTimes = 4;
-  constexpr off_t kLeast = 1 << 20;  // bytes
+  constexpr off_t kMinSize = 1 << 20;  // bytes
   struct stat status;
-  return fstat(file, &status) == 0 && status.st_size >= std::max(kTimes * m_settings.maxSize, kLeast);
+  return fstat(file, &status) == 0 && status.st_size >= std::max(kTimes * m_settings.maxSize, kMinSize);
 }
 
 }  // namespace vesk

@@ -32,8 +32,8 @@ bool moveFile(const std::string& from, const std::string& to, unsigned int flags
   return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0;
 }
 
-// Whether no running process is working on the file and no other user can have put it there. An empty file is
-// still being made.
+// Whether no process is working on the file and no other user can have created it. An empty file is still
+// being created.
 bool isLeftover(const std::string& name, int file) {
   struct stat status;
   return ::fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1 &&
@@ -60,14 +60,14 @@ void LogBackups::takeLog(UniqueFd wanted) {
 }
 
 std::vector<LogBackups::Taken> LogBackups::leftovers() const {
-  constexpr size_t kMost = 8;  // the rest waits
+  constexpr size_t kMaxNames = 8;  // the rest waits
   const size_t nameStart = m_log.rfind('/') + 1;
   const std::string start = m_log.substr(nameStart) + kTakenMarker;
   std::vector<Taken> found;
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(
       ::opendir(nameStart == 0 ? "." : m_log.substr(0, nameStart).c_str()), ::closedir);
   if (!directory) return found;
-  while (const dirent* entry = found.size() < kMost ? ::readdir(directory.get()) : nullptr) {
+  while (const dirent* entry = found.size() < kMaxNames ? ::readdir(directory.get()) : nullptr) {
     if (strncmp(entry->d_name, start.c_str(), start.size()) != 0) continue;
     Taken taken{m_log.substr(0, nameStart) + entry->d_name, {}, {}};
     taken.lock = openFile(taken.name, Open::Unfollowed);
@@ -76,8 +76,8 @@ std::vector<LogBackups::Taken> LogBackups::leftovers() const {
   return found;
 }
 
-// If several processes try to take one log, one of them gets it. Another one may get the next log instead,
-// and puts it back.
+// If several processes try to take a log, one of them gets it. Another may get the next log instead, and
+// returns it.
 LogBackups::Taken LogBackups::claim(UniqueFd wanted) const {
   Taken log{m_log + kTakenMarker + "XXXXXX", std::move(wanted), {}};
   if (!openTemporaryFile(log.name.data())) return {};
@@ -89,13 +89,13 @@ LogBackups::Taken LogBackups::claim(UniqueFd wanted) const {
   return log;
 }
 
-// If there is a new log by now, the one that was taken becomes a backup after all.
+// If there is already a new log, the one taken becomes a backup after all.
 void LogBackups::giveBack(Taken& log) const {
   if (moveFile(log.name, m_log, RENAME_NOREPLACE)) log.name.clear();
 }
 
-// If the place that was just freed is occupied again, another process is rotating too. If that persists, a
-// backup cannot be moved: then the moves may overwrite.
+// If the freed name is taken again, another process is rotating too. If that persists, a backup cannot be
+// moved, and then the moves may overwrite.
 bool LogBackups::makePlace(Taken& taken) const {
   constexpr int kAttempts = 16;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
@@ -127,7 +127,7 @@ bool LogBackups::occupyFirst(Taken& taken, unsigned int flags) const {
   return static_cast<bool>(taken.place);
 }
 
-// A copy for which there is no room is removed; the next rotation tries again.
+// If there is no space, removes the copy; the next rotation tries again.
 void LogBackups::compress() {
   if (!m_compressed) return;
   for (const Taken& taken : m_placed) {

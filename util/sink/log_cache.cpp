@@ -40,7 +40,7 @@ void LogCache::destroyBuf() {
   m_size = 0;
 }
 
-// The last byte stays free, except in a cache of one byte, which takes that one.
+// The last byte stays free, except in a cache of one byte.
 size_t LogCache::makeRoom() {
   if (m_position >= m_last && m_position > m_buffer) flush();
   return std::max<size_t>(m_last - m_position, 1);
@@ -66,7 +66,7 @@ void LogCache::append(char c) {
   *m_position++ = c;
 }
 
-// Formats straight into the cache if every text has room there. What precedes the first conversion is copied.
+// Formats directly into the cache if any text fits. Copies what precedes the first conversion.
 void LogCache::vsappend(const char* format, va_list args) {
   if (!isActive()) return;
   const size_t plain = strcspn(format, "%");

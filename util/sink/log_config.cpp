@@ -14,9 +14,9 @@
 namespace vesk {
 namespace {
 
-// One run over the configuration. Requires: both locks of the logger are held. All loggers get their new
-// settings at its end, so that other threads keep logging by the old ones; only the logger for complaints
-// gets its own at once.
+// One pass over the configuration. Requires: both locks of the logger are held. All loggers get their new
+// settings at the end, so that other threads meanwhile use the old ones; only the logger for errors gets its
+// own immediately.
 class Reconfiguration {
  public:
   explicit Reconfiguration(Properties& properties);
@@ -31,8 +31,8 @@ class Reconfiguration {
  private:
   using Entry = std::pair<const std::string, std::string>;
 
-  // Calls `apply` with the rest of the name and the entry, for every property with the prefix. If nothing is
-  // left of the name, logs `complaint` instead, a format for the whole key.
+  // Calls `apply` with the rest of the name and the entry, for every property with the prefix. If the rest is
+  // empty, logs `complaint` instead, a format for the whole key.
   template <class Apply>
   void forEach(const std::string& prefix, const char* complaint, Apply apply);
   void set(const std::string& name, int LoggerSettings::*field, int value);
@@ -44,10 +44,10 @@ class Reconfiguration {
   Properties& m_properties;
   boost::shared_ptr<Logger> m_logger;  // for complaints
   LoggerSettings m_rootSettings;
-  boost::unordered_map<std::string, LoggerSettings> m_settings;  // of the loggers that have any
+  boost::unordered_map<std::string, LoggerSettings> m_settings;  // by logger
 };
 
-// The root keeps its facility unless a property names another one.
+// The root keeps its facility unless a property sets another one.
 Reconfiguration::Reconfiguration(Properties& properties)
     : m_properties(properties), m_logger(Logger::GetLogger(kLoggingLogger)) {
   m_rootSettings.facility = root().getEffectiveFacility();
@@ -94,7 +94,7 @@ void Reconfiguration::readLevels() {
   set("client", &LoggerSettings::level, Logger::Trace);
 }
 
-// A program's own facility beats the general one.
+// A program's own facility takes precedence over the general one.
 void Reconfiguration::readFacilities() {
   readFacility("*");
   readFacility(programName());
@@ -144,7 +144,7 @@ void Reconfiguration::publish() {
   }
 }
 
-// A memory level that a logger has remembered stays as it is, unless a property names the logger.
+// A logger keeps its cached memory level unless a property names the logger.
 void Reconfiguration::readMemoryLevels() {
   LoggerTree::setMemoryLevel(root(), memoryLevel(m_properties.getString(PN::ROOT_MEMORY_NAME), m_logger));
   forEach(PN::ROOT_MEMORY_NAME + ".", "Illegal log.memory name: '%s'",
@@ -164,7 +164,7 @@ void Reconfiguration::startMemoryLog(CircularBuffer& buffer, unsigned int ringSi
 
 }  // namespace
 
-// The locks are taken in the order in which a thread that loads the configuration takes them.
+// Takes the locks in the same order as a thread that loads the configuration.
 void Logger::ReconfigureLevels(Properties& properties) {
   const DestinationSettings destination = DestinationSettings::read();
   const unsigned int ringSize = CircularBuffer::configuredSize();

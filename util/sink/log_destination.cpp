@@ -29,13 +29,13 @@ MadeOnce<FileLogging> gFile;
 
 constexpr char kSyslog[] = "syslog";
 
-// What the file's cache still holds is written when the process ends.
+// Writes the file's cache when the process exits.
 void flushAtExit() {
   if (!gFlushesAtExit.exchange(true)) atexit([] { gFileLogging().flushFromNowOn(); });
 }
 
-// The parent writes what the cache holds. A file that another thread was using is left entirely to the
-// parent: the child's next message opens it again.
+// The parent writes the cache. A file that another thread was using is left to the parent; the child's next
+// message opens it again.
 void fileInChild(bool intact) {
   FileLogging* const file = gFile.ifMade();
   if (file == nullptr) return;
@@ -44,7 +44,7 @@ void fileInChild(bool intact) {
   gOpened = false;
 }
 
-// Reading the configuration may log, and that opens the log.
+// Reading the configuration may log, which opens the log.
 thread_local int gReadersInThread = 0;
 struct Reader {
   Reader() { ++gReadersInThread; }
@@ -82,7 +82,7 @@ void DestinationSettings::apply() const {
     if (error == 0) return flushAtExit();
   }
   if (callOpenlog) openSyslog();
-  // The text is the thread's own. NOLINTNEXTLINE(concurrency-mt-unsafe)
+  // strerror's text is per thread. NOLINTNEXTLINE(concurrency-mt-unsafe)
   if (error != 0 && geteuid() == 0)
     hold(LOG_ERR, "Could not open %s: %s", destination.c_str(), strerror(error));
 }

@@ -13,7 +13,7 @@
 namespace vesk {
 namespace {
 
-// The size of the block that is copied at a time. It is not on the stack: a log call may compress.
+// Bytes copied at a time. The block is not on the stack, because log calls may compress.
 constexpr unsigned int kBlock = 16384;
 
 using Block = std::unique_ptr<char[]>;
@@ -30,7 +30,7 @@ bool exists(const char* path) {
   return path != nullptr && stat(path, &ignored) == 0;
 }
 
-// Continues where the last call stopped.
+// Continues after the last call.
 bool compress(FILE* source, gzFile target) {
   const Block block = makeBlock();
   if (!block) return false;
@@ -51,7 +51,7 @@ void gzip(const char* from, const char* to) {
   if (target) compress(source.get(), target.get());
 }
 
-// Copies again after removing the file, to catch lines written meanwhile. Later writers notice the removal.
+// Copies again after removing the file, to include lines written meanwhile. Later writers notice the removal.
 bool moveCompressed(const char* from, int to) {
   const CancelKeptOff cancelKeptOff;
   UniqueFd owned(to);

@@ -1,4 +1,4 @@
-// The path of a finished message: directly to the destination, or through the background queue.
+// Passes finished messages to the destination, directly or through the background queue.
 
 #include "util/sink/log_queue.h"
 
@@ -36,14 +36,13 @@ constexpr int kDefaultQueueSize = 256;
 constexpr unsigned int kDebugFactor = 4;
 
 struct LogRoute {
-  Mutex
-      startStop;  // makes startThread and stopThread take turns; taken before every other lock of the logger
+  Mutex startStop;  // serializes startThread and stopThread; taken before all other locks of the logger
   std::unique_ptr<Thread> gLogThread FOKRAZO_GUARDED_BY(startStop);
 
   boost::shared_ptr<RunQueue> gLogQueue FOKRAZO_GUARDED_BY(gLogMessageProtect());  // null: no queue
   int holds FOKRAZO_GUARDED_BY(gLogMessageProtect()) = 0;        // above 0: messages go to `held`
   QueuedMessages held FOKRAZO_GUARDED_BY(gLogMessageProtect());  // in order
-  std::atomic<int> posting{0};                                   // posts under way; counted up under the lock
+  std::atomic<int> posting{0};                                   // active posts; incremented under the lock
 };
 
 MadeOnce<LogRoute> gRoute;
@@ -63,7 +62,7 @@ class Posting {
 
 thread_local bool gReportsDrop = false;
 
-// The queue stayed full: its newest message makes room for a warning.
+// Replaces the newest message of a full queue with a warning.
 void dropNewest(RunQueue& queue, const char* reason) {
   queue.pop_back();
   if (gReportsDrop) return;
@@ -81,7 +80,7 @@ void post(RunQueue& queue, boost::shared_ptr<QueuedMessage> message) {
   } catch (const std::out_of_range& full) {
     dropNewest(queue, full.what());
   } catch (const VESKException&) {
-    // There is no place to report it.
+    // Cannot be reported anywhere.
   }
 }
 
@@ -92,13 +91,13 @@ void reportUnexpected(const std::exception& error) {
   writeSyslog(LOG_WARNING, text);
 }
 
-// Writes out what is queued, in the calling thread.
+// Writes out the queue in the calling thread.
 void drain(RunQueue& queue) {
   try {
     try {
       queue.runQueue(-1);
     } catch (const QueueInterrupted&) {
-      queue.runQueue(-1);  // the runner had left by itself before it saw the interrupt
+      queue.runQueue(-1);  // the runner left before it saw the interrupt
     }
   } catch (const std::exception& error) {
     reportUnexpected(error);
@@ -109,7 +108,7 @@ void writeNow(const QueuedMessages& messages) {
   for (const boost::shared_ptr<QueuedMessage>& message : messages) try {
       message->run();
     } catch (const VESKException&) {
-      // There is no place to report it.
+      // Cannot be reported anywhere.
     }
 }
 
@@ -128,7 +127,7 @@ void joinQuietly(Thread& thread) {
   try {
     thread.join();
   } catch (const VESKException&) {
-    // The throw has logged itself; the queue is still written out.
+    // The throw was logged; the queue is still written out.
   }
 }
 
@@ -138,7 +137,7 @@ unsigned int queueSize(int configured) {
   return logger && logger->isEnabled(Logger::Debug) ? size * kDebugFactor : size;
 }
 
-// From here on, new messages are held. Returns the queue, to which other threads may still be posting.
+// From now on new messages are held. Returns the queue, to which other threads may still be posting.
 boost::shared_ptr<RunQueue> beginStop() {
   LogRoute& current = route();
   Lock lock(gLogMessageProtect());
@@ -146,7 +145,7 @@ boost::shared_ptr<RunQueue> beginStop() {
   return current.gLogQueue;
 }
 
-// Writes out everything that is in the queue or on its way into it.
+// Writes out all queued messages, and those being posted.
 void drainToTheLast(RunQueue& queue) {
   for (drain(queue); route().posting > 0; drain(queue)) pause::forMilliseconds(1);
   drain(queue);
@@ -158,8 +157,8 @@ QueuedMessages takeHeld() {
   return std::exchange(current.held, {});
 }
 
-// Writes the held messages, and then lets new ones go directly. Most are written without the lock; only those
-// that arrived meanwhile are written under it, so that they stay ahead of later ones.
+// Writes the held messages; later ones are then written directly. Most are written without the lock; those
+// that arrive meanwhile are written under it, to keep the order.
 void finishStop() {
   writeNow(takeHeld());
   LogRoute& current = route();
@@ -193,11 +192,11 @@ HeldMessages::~HeldMessages() noexcept(false) {
     writeNow(m_messages);
     return;
   }
-  Posting underWay;
+  Posting counted;
   for (const boost::shared_ptr<QueuedMessage>& message : m_messages) post(*m_queue, message);
 }
 
-// The caller's Scope has the lock. The compiler does not see that.
+// The caller's Scope holds the lock, which the compiler cannot follow.
 void hold(int priority, const char* format, ...) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   va_list args;
   va_start(args, format);
@@ -218,7 +217,7 @@ void WriteMessage(int facility, Logger::LogLevel level, CharAccumulator<512>& fo
   auto message = boost::make_shared<QueuedMessage>(priority, format.terminate(), args);
   if (current.holds > 0) return current.held.push_back(std::move(message));
   ++current.posting;
-  Posting underWay;
+  Posting counted;
   lock.unLock();
   post(*queue, std::move(message));
 }
@@ -242,7 +241,7 @@ void Logger::startThread(boost::shared_ptr<Logger> logger) {
   current.gLogQueue = queue;
 }
 
-// The thread is joined without the logger's locks: it may need them to report a full queue.
+// Joins the thread without the logger's locks, which it may need to report a full queue.
 void Logger::stopThread(boost::shared_ptr<Logger> logger) {
   LogRoute& current = route();
   Lock startStop(current.startStop);

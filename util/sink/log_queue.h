@@ -1,4 +1,4 @@
-/// The background queue of the log, as the other sinks see it. Internal.
+/// Messages held back from the background queue. Internal.
 #pragma once
 
 #include <list>
@@ -14,10 +14,10 @@ class RunQueue;
 
 using QueuedMessages = std::list<boost::shared_ptr<QueuedMessage>>;
 
-/// Messages of a thread that logs while it holds the logger's locks. Writing one may take long, and a post to
-/// the queue may wait for the queue's runner, which may need those locks. So they are kept, and written or
-/// posted in their order when this object is destroyed. Belongs to one thread. Declared before the locks, so
-/// that it is destroyed after they are released.
+/// Messages of a thread that logs while it holds the logger's locks. Writing may take long, and a post to the
+/// queue may wait for the queue's runner, which may need those locks. So messages are held, and written or
+/// posted in order when this object is destroyed. Belongs to one thread. Declare it before the locks, so that
+/// it is destroyed after they are released.
 class HeldMessages {
  public:
   HeldMessages() = default;
@@ -39,10 +39,10 @@ class HeldMessages {
 
  private:
   QueuedMessages m_messages;
-  boost::shared_ptr<RunQueue> m_queue;  // null: they are written directly
+  boost::shared_ptr<RunQueue> m_queue;  // null: write directly
 };
 
-/// Adds a message (printf) of that syslog priority to those that are held. Requires: a Scope.
+/// Holds a message (printf) of that syslog priority. Requires: a Scope.
 void hold(int priority, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 }  // namespace vesk

@@ -9,8 +9,8 @@
 namespace vesk {
 namespace {
 
-// The bytes that may follow a lead byte, and the length of the whole: UTF-8 as it is well-formed, without
-// overlong forms and surrogates.
+// Well-formed UTF-8, without overlong forms and surrogates: the range of the byte after each lead byte, and
+// the length.
 struct Lead {
   uint8_t first, last;  // lead bytes
   uint8_t length;
@@ -32,7 +32,7 @@ struct Range {
   uint32_t first, last;
 };
 
-// Terminal controls, marks and overrides of the text direction, line separators.
+// Terminal controls, direction marks and overrides, line separators.
 constexpr Range kUnsafe[] = {
     {0x80, 0x9F}, {0x61C, 0x61C}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
 
@@ -41,7 +41,7 @@ bool isUnsafe(uint32_t character) {
                      [&](const Range& range) { return character >= range.first && character <= range.last; });
 }
 
-// The length of the multi-byte character that the text begins with; 0 if it has to be escaped.
+// The length of the multi-byte character at the start of the text; 0 if it must be escaped.
 size_t multibyteLength(const unsigned char* text, size_t length) {
   for (const Lead& lead : kLeads) {
     if (text[0] < lead.first || text[0] > lead.last) continue;
@@ -56,7 +56,7 @@ size_t multibyteLength(const unsigned char* text, size_t length) {
   return 0;
 }
 
-// Kept apart, so that a message with nothing to escape needs no second buffer on the stack.
+// Not inlined, so that a message without escapes needs no second buffer on the stack.
 __attribute__((noinline)) size_t rebuild(char* text, size_t length, size_t size) {
   char copy[1024];
   length = std::min(length, sizeof copy);

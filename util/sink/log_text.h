@@ -1,8 +1,8 @@
-/// The text of a finished message, safe to write. Internal.
+/// Escaping of finished messages. Internal.
 ///
-/// Messages quote what comes from outside: user names, answers of the daemon, arguments. None of it may end a
-/// line, forge one, or control the terminal on which the log is read. So each sink passes every finished
-/// message through here.
+/// Messages quote untrusted text: user names, replies of the daemon, arguments. It must not end or forge a
+/// line, or control the terminal on which the log is read. So every sink escapes each finished message with
+/// these functions.
 #pragma once
 
 #include <cstdarg>
@@ -12,12 +12,12 @@
 
 namespace vesk {
 
-/// How many bytes at the start of the text can be written as they are. Escaped are: control characters but
-/// the tab (0x7F stays, as a dump of bytes shows it), bytes that are not UTF-8, and characters that control a
-/// terminal (U+0080 to U+009F), separate lines (U+2028, U+2029) or change the direction of writing.
+/// The number of leading bytes that need no escape. Escaped are: control characters except tab and 0x7F
+/// (which byte dumps contain), bytes that are not UTF-8, and characters that control a terminal (U+0080 to
+/// U+009F), separate lines (U+2028, U+2029) or change the text direction.
 size_t plainLength(const char* text, size_t length);
 
-/// Writes the four characters that stand for one byte: \x1b.
+/// The escape of one byte: \x1b.
 constexpr size_t kEscapedLength = 4;
 inline void writeEscaped(char* to, char byte) {
   to[0] = '\\';
@@ -41,11 +41,11 @@ void appendEscaped(const char* text, size_t length, Append append) {
   }
 }
 
-/// Escapes the text in a buffer of `size` bytes. What no longer fits is cut. Returns the new length; a 0
-/// follows.
+/// Escapes the text in a buffer of `size` bytes, cutting what does not fit. Returns the new length;
+/// terminates with NUL.
 size_t escapeInPlace(char* text, size_t length, size_t size);
 
-/// vsnprintf, escaped. A newline at the end of `format` itself stays. Returns the length; a 0 follows.
+/// vsnprintf, escaped. A final newline of `format` itself is kept. Returns the length; terminates with NUL.
 size_t formatEscaped(char* text, size_t size, const char* format, va_list args)
     __attribute__((format(printf, 3, 0)));
 

@@ -1,4 +1,4 @@
-/// What the sources of the sinks share. Internal. util/log/log_internal.h has the order of their locks.
+/// Shared by the sinks' source files. Internal. util/log/log_internal.h has the order of their locks.
 #pragma once
 
 #include <cstdarg>
@@ -16,10 +16,10 @@ class CircularBuffer;
 
 /// The process's log file.
 FileLogging& gFileLogging();
-/// The process's memory log; empty before the tree is made and after Logger::close.
+/// The process's memory log; empty before the tree is created and after Logger::close.
 boost::shared_ptr<CircularBuffer>& gCircularBuffer() FOKRAZO_REQUIRES(gLogMessageProtect());
 
-/// openLog(true) in two steps, for a caller that takes the logger's locks in between.
+/// openLog(true) in two steps, for callers that take the logger's locks in between.
 struct DestinationSettings {
   std::string destination;
   bool callOpenlog;
@@ -27,18 +27,18 @@ struct DestinationSettings {
 
   /// Reads the process's configuration. Requires: none of the logger's locks is held.
   static DestinationSettings read();
-  /// Opens the destination. If a log file cannot be opened, syslog is used, and root's message about it is
-  /// held. Requires: a HeldMessages::Scope.
+  /// Opens the destination. If the log file cannot be opened, uses syslog and, as root, holds a message about
+  /// it. Requires: a HeldMessages::Scope.
   void apply() const FOKRAZO_REQUIRES(gLogMessageProtect());
 };
 
-/// The memory log's level in a configuration. An illegal one counts as INFO, with a warning to `logger`.
+/// The configured level of the memory log. An invalid one counts as INFO, with a warning to `logger`.
 int memoryLevel(const std::string& text, const boost::shared_ptr<Logger>& logger);
 
 /// For the child of a fork: leaves the background queue to the parent.
 void forgetQueueAfterFork();
 
-/// What the tree of loggers asks of the sinks; see Hooks.
+/// Called by the tree of loggers; see Hooks.
 void openSinks();
 void closeSinks();
 void writeToMemory(const char* format, va_list args) __attribute__((format(printf, 1, 0)));

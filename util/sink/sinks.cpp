@@ -1,4 +1,4 @@
-// The sinks as the tree of loggers sees them.
+// The hooks that the tree of loggers calls.
 
 #include <boost/make_shared.hpp>
 
@@ -16,8 +16,8 @@ namespace {
 
 MadeOnce<boost::shared_ptr<CircularBuffer>> gBuffer;
 
-// The queue is the parent's: the child writes straight to the destination, and may start a thread of its own.
-// If another thread was writing an entry of the memory log, it is incomplete, so the ring starts over.
+// The queue stays with the parent: the child writes directly to the destination, and may start its own
+// thread. If another thread was writing to the memory log, the entry is incomplete, so the ring is emptied.
 void outputInChild(bool intact) {
   forgetQueueAfterFork();
   const boost::shared_ptr<CircularBuffer>* const buffer = gBuffer.ifMade();

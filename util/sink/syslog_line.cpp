@@ -24,23 +24,23 @@ namespace vesk {
 namespace {
 
 constexpr char kMonths[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
-constexpr int kLowestDescriptor = 3;  // 0 to 2 are the program's streams
-constexpr int kPatience = 100;        // milliseconds that a child waits for a stalled syslog
+constexpr int kLowestDescriptor = 3;  // 0 to 2 are the standard streams
+constexpr int kMaxWait = 100;         // milliseconds; for a stalled syslog
 
-// Held over each call of the C library's syslog functions, so that a fork finds them idle.
+// Held during each call of the C library's syslog functions, so that no fork interrupts one.
 Mutex& gSyslogProtect() {
   return forkedLock(ForkOrder::Syslog);
 }
 
 bool gOpened FOKRAZO_GUARDED_BY(gSyslogProtect()) = false;
-std::atomic<bool> gUsesOwnSocket{false};  // in a child that must not call the C library's functions
+std::atomic<bool> gUsesOwnSocket{false};  // in a child that must not call those functions
 std::atomic<bool> gShowsProcess{false};   // whether openlog was called
 
 bool usesOwnSocket() {
   return gUsesOwnSocket || isChildOfThreads();
 }
 
-// The name is untrusted: the caller of exec chooses it.
+// The name is untrusted: it is set by the caller of exec.
 struct Identity {
   char text[128];
 
@@ -63,7 +63,7 @@ UniqueFd connectToSyslog() {
   return made;
 }
 
-// Sends a line as the C library does, but never waits long.
+// Sends a line as the C library does, but with a time-out.
 void sendLine(int priority, const char* text) {
   if ((priority & LOG_FACMASK) == 0) priority |= gShowsProcess ? LOG_AUTH : LOG_USER;
   const tm local = calendar::local(time(nullptr));
@@ -76,7 +76,7 @@ void sendLine(int priority, const char* text) {
   const size_t length = std::min(static_cast<size_t>(std::max(wanted, 0)), sizeof line - 1);
   const UniqueFd socket = connectToSyslog();
   pollfd writable{socket.get(), POLLOUT, 0};
-  if (socket && poll(&writable, 1, kPatience) == 1)
+  if (socket && poll(&writable, 1, kMaxWait) == 1)
     send(socket.get(), line, length, MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 

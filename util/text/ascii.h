@@ -1,5 +1,5 @@
-/// Characters by ASCII alone, so that keys and protocol texts mean the same in every locale of the host
-/// program. (In a Turkish one the C library finds that "I" and "i" are different letters.) Internal.
+/// ASCII-only character tests, so that keys and protocol strings do not depend on the program's locale. (In a
+/// Turkish locale "I" and "i" are different letters.) Internal.
 #pragma once
 
 #include <algorithm>
@@ -25,12 +25,12 @@ constexpr bool isAsciiPrintable(char c) {
   return ' ' <= c && c <= '~';
 }
 
-/// Whether the texts differ at most in the case of letters.
+/// Whether the texts are equal, ignoring case.
 inline bool equalIgnoringCase(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](char x, char y) { return asciiLower(x) == asciiLower(y); });
 }
-/// Whether the text begins with the prefix, whatever the case of letters.
+/// Whether the text begins with the prefix, ignoring case.
 inline bool startsIgnoringCase(std::string_view text, std::string_view prefix) {
   return equalIgnoringCase(text.substr(0, prefix.size()), prefix);
 }

@@ -1,4 +1,4 @@
-/// When a backslash makes what follows it text. Internal.
+/// Detects a trailing escape. Internal.
 #pragma once
 
 #include <cstddef>

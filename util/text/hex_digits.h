@@ -13,7 +13,7 @@ inline char* putHex(char* out, unsigned char byte, const char* digits = kLowerDi
   return out;
 }
 
-/// As putHex, with a backslash in front: three characters.
+/// As putHex, with a leading backslash: three characters.
 inline char* putEscapedHex(char* out, unsigned char byte, const char* digits = kLowerDigits) {
   *out++ = '\\';
   return putHex(out, byte, digits);

@@ -1,4 +1,4 @@
-/// Text constants: every process that loads the library has hundreds of them. Internal.
+/// String constants that are never destroyed. Internal.
 #pragma once
 
 #include <cstddef>
@@ -18,8 +18,8 @@ class LastingText {
 
 }  // namespace vesk
 
-/// Defines `name`, a reference to the string of that literal. It is bound before any code runs.
-// NOLINTBEGIN(bugprone-macro-parentheses): a name that is declared takes none
+/// Defines `name`, a reference to a string with that literal. Bound before any code runs.
+// NOLINTBEGIN(bugprone-macro-parentheses): a declared name takes none
 #define FOKRAZO_LASTING_TEXT(name, literal)                                 \
   static const vesk::LastingText name##_TEXT{literal, sizeof(literal) - 1}; \
   const std::string& name = reinterpret_cast<const std::string&>(name##_TEXT)

@@ -1,4 +1,4 @@
-/// An object that is made when it is first asked for, and never destroyed. Internal.
+/// An object that is created on first use and never destroyed. Internal.
 #pragma once
 
 #include <atomic>
@@ -16,10 +16,10 @@
 
 namespace vesk {
 
-/// A static inside a function would need a guard, and a forked child would wait for ever for a guard that
-/// another thread of its parent held. Here there is no guard: if two threads come first at the same time,
-/// both make an object, and one of the two is deleted. So making one must have no other effect.
-/// Thread-safety: any thread, at any time. Constant-initialised: costs nothing at load time.
+/// A function-local static needs a guard, and a forked child would wait forever for a guard held by another
+/// thread of its parent. This class has no guard: if two threads race, both create an object and one is
+/// deleted, so creation must have no side effects. Thread-safe. Constant-initialized: costs nothing at load
+/// time.
 template <class T>
 class MadeOnce {
  public:
@@ -27,7 +27,7 @@ class MadeOnce {
   MadeOnce(const MadeOnce&) = delete;
   MadeOnce& operator=(const MadeOnce&) = delete;
 
-  /// The object, made with `make` if necessary: a function that returns a std::unique_ptr<T>.
+  /// The object. Created, if necessary, with `make`, which returns a std::unique_ptr<T>.
   template <class Make>
   T& get(Make make) {
     if (T* made = m_object.load(std::memory_order_acquire)) return *made;
@@ -40,10 +40,10 @@ class MadeOnce {
     return get([] { return std::make_unique<T>(); });
   }
 
-  /// The object if it has been made, else null.
+  /// The object, or null if it has not been created.
   T* ifMade() const { return m_object.load(std::memory_order_acquire); }
-  /// Lets go of the object without destroying it; the next get() makes another one. For the child of a fork,
-  /// in which another thread of the parent may have left the object half changed.
+  /// Drops the object without destroying it; the next get() creates another. For a forked child, where
+  /// another thread of the parent may have left the object half changed.
   void abandon() {
     T* const abandoned = m_object.exchange(nullptr, std::memory_order_acq_rel);
     if (abandoned) FOKRAZO_LEAKS_ON_PURPOSE(abandoned);

@@ -1,5 +1,5 @@
-/// Printing of objects to the C library's standard streams. Internal. Those of <iostream> would be made
-/// whenever the library is loaded, in programs that print nothing too.
+/// Prints objects to C's standard streams. Internal. <iostream> would construct its streams in every program
+/// that loads the library.
 #pragma once
 
 #include <cstdio>
@@ -8,7 +8,7 @@
 
 namespace vesk {
 
-/// Calls `print` with a stream, and writes what it puts there to `file`.
+/// Calls `print` with a stream, and writes its output to `file`.
 template <class Print>
 void printTo(FILE* file, Print print) {
   std::ostringstream stream;

@@ -8,11 +8,10 @@
 
 namespace vesk {
 
-/// strtoul as it works where unsigned long has 32 bits: a number after "-" is negated in two's complement,
-/// and a number that does not fit becomes UINT_MAX. No other number wraps around, so that an id that is too
-/// large never turns into another user's.
+/// strtoul as on platforms with a 32-bit unsigned long: "-" negates in two's complement, and overflow returns
+/// UINT_MAX. Nothing else wraps around, so that too large an id never becomes another user's.
 inline unsigned int strtou32(const char* text, char** end, int base) {
-  // The common case, a few decimal digits, without the cost of a locale.
+  // Fast path for a few decimal digits, without the locale.
   constexpr int kSafeDigits = 18;
   unsigned long plain = 0;
   int digits = 0;

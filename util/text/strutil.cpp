@@ -57,7 +57,7 @@ std::string prettyPrint(const List& values, int limit, ToText toText) {
   return text;
 }
 
-const std::string& asItIs(const std::string& text) {
+const std::string& unchanged(const std::string& text) {
   return text;
 }
 
@@ -189,11 +189,11 @@ bool AddValue(std::string& text, const std::string& value, int& count, int limit
 }
 
 std::string PrettyPrint(const std::list<std::string>& values, int limit) {
-  return prettyPrint(values, limit, asItIs);
+  return prettyPrint(values, limit, unchanged);
 }
 
 std::string PrettyPrint(const std::vector<std::string>& values, int limit) {
-  return prettyPrint(values, limit, asItIs);
+  return prettyPrint(values, limit, unchanged);
 }
 
 std::string PrettyPrint(const std::vector<int>& values, int limit) {

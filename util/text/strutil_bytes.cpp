@@ -11,7 +11,7 @@ uint8_t digitAt(const std::string& hex, size_t index) {
   return index < hex.size() ? HexToUint8(hex[index]) : 0;
 }
 
-// The letter that stands for a control character after a backslash; 0 if there is none.
+// The letter that represents a control character after a backslash; 0 if none.
 char controlLetter(unsigned char c) {
   switch (c) {
     case '\n':
@@ -88,7 +88,7 @@ uint64_t Uint8ArrayToUint64(const unsigned char* bytes, int n) {
 
 void HexToUint8Array(const std::string& hex, unsigned char* out, unsigned int n, bool fromEnd) {
   for (size_t i = 0; i < n; ++i) {
-    // Before the first digit the index wraps around, to beyond the last one.
+    // Before the first digit the index wraps around past the last one.
     size_t high = fromEnd ? hex.size() - 2 * i - 2 : 2 * i;
     out[i] = static_cast<unsigned char>(digitAt(hex, high) << 4 | digitAt(hex, high + 1));
   }

@@ -1,4 +1,4 @@
-// The functions of C for characters out of range and for strings that may be null.
+// C functions for characters out of range and strings that may be null.
 #include <cctype>
 #include <cstdio>
 #include <cstring>
@@ -7,7 +7,7 @@
 
 namespace {
 
-// The range for which the system's character table is defined.
+// The range of the C library's character table.
 bool inTable(int c) {
   return c >= -1 && c <= 255;
 }

@@ -8,7 +8,7 @@ namespace {
 
 enum class EmptyFields { Drop, Keep };
 
-// `findCut` returns the first delimiter at or after a position, npos if there is none.
+// `findCut` returns the position of the next delimiter, npos if there is none.
 template <class FindCut, class Fields>
 void cutAt(const std::string& text, FindCut findCut, EmptyFields emptyFields, Fields& fields) {
   for (size_t start = 0;;) {

@@ -10,7 +10,7 @@ namespace calendar {
 namespace {
 
 constexpr time_t kSecondsPerDay = 86400;
-constexpr long kDaysPerEra = 146097;   // an era is 400 years, after which the calendar repeats
+constexpr long kDaysPerEra = 146097;   // an era is 400 years, the calendar's period
 constexpr long kDaysToEpoch = 719468;  // from 0000-03-01 to 1970-01-01
 
 std::atomic<long> gOffset{0};  // of local time from UTC, in seconds

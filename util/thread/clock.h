@@ -1,4 +1,4 @@
-/// Wall-clock time in whole seconds. Internal: tests move it, so that no test has to wait.
+/// Wall-clock time in whole seconds. Internal. Tests change it instead of waiting.
 #pragma once
 
 #include <atomic>
@@ -8,7 +8,7 @@
 namespace vesk {
 namespace dayclock {
 
-/// Seconds by which this clock is ahead of the system's; 0 except in tests.
+/// Added to the system's clock, in seconds; 0 except in tests.
 extern std::atomic<long> offset;
 
 /// Seconds since the epoch. Thread-safe.
@@ -16,7 +16,7 @@ inline time_t now() {
   return ::time(nullptr) + offset.load(std::memory_order_relaxed);
 }
 
-/// The time that many seconds from now. It does not wrap around.
+/// The time that many seconds from now; does not wrap around.
 inline time_t in(long seconds) {
   time_t then;
   return __builtin_add_overflow(now(), seconds, &then) ? std::numeric_limits<time_t>::max() : then;

@@ -15,16 +15,16 @@ namespace vesk {
 namespace {
 
 constexpr auto kCount = static_cast<size_t>(ForkOrder::Count);
-constexpr long kPatience = 100'000'000;  // nanoseconds that a fork waits, for all locks together
+constexpr long kMaxWait = 100'000'000;  // nanoseconds; for all locks together
 
-std::array<std::atomic<Mutex*>, kCount> gLocks{};          // null: not in use yet
-std::array<std::atomic<ForkedChild>, kCount> gChildren{};  // null: nothing to do
-thread_local std::array<Mutex*, kCount> gHeld{};           // by the fork that is under way
+std::array<std::atomic<Mutex*>, kCount> gLocks{};          // null: not yet used
+std::array<std::atomic<ForkedChild>, kCount> gChildren{};  // null: none
+thread_local std::array<Mutex*, kCount> gHeld{};           // by the current fork
 thread_local bool gForksAmongThreads = false;
 std::atomic<bool> gIsChildOfThreads{false};
 
-// One past the innermost lock that this thread holds already; 0 if it holds none.
-size_t pastOwn() {
+// One past the innermost lock that this thread already holds; 0 if none.
+size_t afterOwnLocks() {
   for (size_t i = kCount; i > 0; --i) {
     const Mutex* mutex = gLocks[i - 1].load(std::memory_order_acquire);
     if (mutex && pthread_equal(mutex->owner(), pthread_self())) return i;
@@ -35,17 +35,17 @@ size_t pastOwn() {
 timespec endOfPatience() {
   timespec end;
   clock_gettime(CLOCK_MONOTONIC, &end);
-  end.tv_nsec += kPatience;
+  end.tv_nsec += kMaxWait;
   end.tv_sec += end.tv_nsec / 1'000'000'000;
   end.tv_nsec %= 1'000'000'000;
   return end;
 }
 
-// A thread that holds one of the locks must not wait for an earlier one, whose holder may be waiting for this
-// thread's lock.
+// A thread that holds a lock must not wait for an earlier one, whose holder may be waiting for this thread's
+// lock.
 void beforeFork() {
   gForksAmongThreads = Thread::locksCount();
-  const size_t waitFrom = pastOwn();
+  const size_t waitFrom = afterOwnLocks();
   const timespec end = endOfPatience();
   for (size_t i = 0; i < kCount; ++i) {
     Mutex* const mutex = gLocks[i].load(std::memory_order_acquire);
@@ -54,15 +54,15 @@ void beforeFork() {
   }
 }
 
-// The compiler cannot follow holds that another function has taken.
+// The compiler cannot follow locks that another function has taken.
 void inParent() FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   for (size_t i = kCount; i > 0; --i)
     if (gHeld[i - 1]) gHeld[i - 1]->unLock();
 }
 
-// The system ties a recursive mutex to a thread's number, and the child's only thread has a new number: it
-// could not release the mutex. What the forking thread held before the fork, it holds again.
-void makeAnew(Mutex& mutex, bool isHeld) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
+// A recursive mutex belongs to a thread id, and the child's only thread has a new one, so it could not
+// release the mutex. Locks that the forking thread held before the fork are locked again.
+void renew(Mutex& mutex, bool isHeld) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
   unsigned int holds = isHeld && mutex.lockDepth() > 0 ? mutex.lockDepth() - 1 : 0;
   new (&mutex) Mutex;
   for (; holds > 0; --holds) mutex.lock();
@@ -71,7 +71,7 @@ void makeAnew(Mutex& mutex, bool isHeld) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
 void inChild() {
   if (gForksAmongThreads) gIsChildOfThreads = true;
   for (size_t i = 0; i < kCount; ++i)
-    if (Mutex* mutex = gLocks[i].load(std::memory_order_acquire)) makeAnew(*mutex, gHeld[i] != nullptr);
+    if (Mutex* mutex = gLocks[i].load(std::memory_order_acquire)) renew(*mutex, gHeld[i] != nullptr);
   for (size_t i = 0; i < kCount; ++i) {
     const bool inUse = gLocks[i].load(std::memory_order_acquire) != nullptr;
     if (const ForkedChild function = gChildren[i].load(std::memory_order_acquire))
@@ -79,7 +79,7 @@ void inChild() {
   }
 }
 
-// At load time, because a fork by another thread must not come between a first use and this.
+// At load time, so that no fork can precede it.
 __attribute__((constructor)) void handleForks() {
   pthread_atfork(beforeFork, inParent, inChild);
 }

@@ -28,12 +28,12 @@ void report(int error, int line) {
   if (error != 0) syslog(LOG_WARNING, "%s:%d OS system call returned: %d", kSource, line, error);
 }
 
-// The same moment by the system's clock; a test may have moved the day's.
+// Converts a deadline to the system's clock, which dayclock may differ from in tests.
 timespec onSystemClock(const timespec& deadline) {
   return {deadline.tv_sec - vesk::dayclock::offset.load(std::memory_order_relaxed), deadline.tv_nsec};
 }
 
-bool sleepInstead(const timespec* deadline) {
+bool sleepUntil(const timespec* deadline) {
   if (!deadline) {
     const timespec second{1, 0};
     nanosleep(&second, nullptr);
@@ -64,7 +64,7 @@ int lockByClock(pthread_mutex_t& mutex, const timespec& deadline) {
 }
 #endif
 
-// A wait on a condition releases only one hold of a recursive mutex: this releases the others around it.
+// A condition wait unlocks a recursive mutex only once; this releases and restores the other locks.
 class OtherHolds {
  public:
   OtherHolds(pthread_mutex_t& mutex, unsigned int depth) : m_mutex(mutex), m_count(depth - 1) {
@@ -127,7 +127,7 @@ void Mutex::taken() {
 
 void Mutex::unLock() {
   if (!Thread::m_threadsSupported) return;
-  // After a failed wait the depth is 0, although the mutex is held.
+  // After a failed wait the depth is 0 although the mutex is locked.
   if (m_lockDepth > 0 && --m_lockDepth == 0) m_owner.store({}, std::memory_order_relaxed);
   FOKRAZO_CHECK_OS_CALL(pthread_mutex_unlock(&m_mutex));
 }
@@ -147,7 +147,7 @@ bool Mutex::isOwner() const {
 }
 
 bool Mutex::wait(const timespec* deadline) {
-  if (!isOwner()) return sleepInstead(deadline);
+  if (!isOwner()) return sleepUntil(deadline);
   const unsigned int depth = m_lockDepth;
   const pthread_t holder = owner();
   m_lockDepth = 0;
@@ -178,7 +178,7 @@ void Mutex::signalAll() {
   if (Thread::locksCount()) FOKRAZO_CHECK_OS_CALL(pthread_cond_broadcast(&m_condition));
 }
 
-/// One caller's place among the waiters.
+/// Counts one caller among the waiters.
 class MaxWaitMutex::Waiter {
  public:
   explicit Waiter(MaxWaitMutex& mutex) : m_mutex(mutex) {
@@ -186,7 +186,7 @@ class MaxWaitMutex::Waiter {
       FOKRAZO_THROW(TryAgainException, "vesk::TryAgainException", EAGAIN,
                     "too many clients waiting for mutex (configure more threads?)");
   }
-  // It was locked before, so locking it does not fail. NOLINTNEXTLINE(bugprone-exception-escape)
+  // It was locked before, so locking does not fail. NOLINTNEXTLINE(bugprone-exception-escape)
   ~Waiter() {
     const BriefHold hold(m_mutex.m_waitersProtect);
     --m_mutex.m_waiters;
@@ -195,7 +195,7 @@ class MaxWaitMutex::Waiter {
   Waiter& operator=(const Waiter&) = delete;
 
  private:
-  // Returns instead of throwing: a throw may log, and nothing may be held meanwhile.
+  // Does not throw, because a throw may log, and no lock may be held then.
   bool enter() {
     const BriefHold hold(m_mutex.m_waitersProtect);
     if (m_mutex.m_waiters >= m_mutex.m_maxWaiters) return false;
@@ -215,7 +215,7 @@ void MaxWaitMutex::lock() {
   Mutex::lock();
 }
 
-void MaxWaitMutex::unLock() FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {  // there may be nothing to release
+void MaxWaitMutex::unLock() FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {  // may not be held
   if (isOwner()) Mutex::unLock();
 }
 
@@ -228,14 +228,14 @@ bool MaxWaitMutex::tryLock() {
 
 namespace {
 
-// Turns cancellation off while a mutex is being taken, and restores its state if that fails.
+// Disables cancellation while a mutex is being taken, and restores it on failure.
 class CancelOff {
  public:
   CancelOff() { FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_oldState)); }
   ~CancelOff() {
     if (!m_kept) pthread_setcancelstate(m_oldState, nullptr);
   }
-  /// Leaves cancellation off. Returns the state to restore later.
+  /// Leaves cancellation disabled. Returns the state to restore later.
   int keep() {
     m_kept = true;
     return m_oldState;

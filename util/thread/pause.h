@@ -1,5 +1,5 @@
-/// Short pauses between two attempts. Internal: tests replace the sleep by a function of their own, so that
-/// no test waits, and can act while the library "sleeps".
+/// Short pauses between attempts. Internal. Tests replace the sleep with a function, to act while the library
+/// "sleeps".
 #pragma once
 
 #include <atomic>
@@ -10,7 +10,7 @@ namespace pause {
 /// Called instead of sleeping; null except in tests.
 extern std::atomic<void (*)(long milliseconds)> replacement;
 
-/// Thread::sleep: a cancellation point at both ends. A signal may cut it short.
+/// Thread::sleep, with cancellation points at both ends. A signal may interrupt it.
 void forMilliseconds(long milliseconds);
 
 }  // namespace pause

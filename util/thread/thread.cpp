@@ -19,17 +19,17 @@ vesk::Mutex& gMutex() {
   return vesk::forkedLock(vesk::ForkOrder::ActiveThreads);
 }
 
-// Held while a thread ends, and while another acts on it, so its id stays valid.
+// Held while a thread ends, and while another acts on it, so that its id stays valid.
 vesk::Mutex& gRunningMutex() {
   return vesk::forkedLock(vesk::ForkOrder::RunningThreads);
 }
 
-// The calling thread's Thread object. The key is made by the first thread that runs.
+// The calling thread's Thread object. The first thread to run creates the key.
 pthread_key_t gTSDKey;
 pthread_once_t gTSDKeyOnce = PTHREAD_ONCE_INIT;
 std::atomic<bool> gTSDKeyMade{false};
 
-// The attributes of a new thread, as configured.
+// The configured attributes of a new thread.
 class Attributes {
  public:
   Attributes() { FOKRAZO_CHECK_OS_CALL(pthread_attr_init(&m_attributes)); }
@@ -107,7 +107,7 @@ void Thread::start(const char* name, void* (*routine)(void*), void* argument, in
   m_id = pthread_t{};
   m_joined = false;
   m_cancelled = false;
-  // From here on, so that a cancel right after start is not lost on a thread that has not begun yet.
+  // Set now, so that a cancel right after start is not lost.
   m_running = true;
   pthread_t id;
   const int error = pthread_create(&id, attributes.get(), ThreadStart, this);
@@ -131,7 +131,7 @@ void Thread::TSDKeyAlloc() {
   gTSDKeyMade = pthread_key_create(&gTSDKey, ThreadCancelCleanup) == 0;
 }
 
-// The key still holds the object: the routine was left by cancellation or pthread_exit.
+// The key still has a value: the routine was left by cancellation or pthread_exit.
 void Thread::ThreadCancelCleanup(void* argument) {
   auto* thread = static_cast<Thread*>(argument);
   thread->unexpectedTermination();

@@ -1,6 +1,6 @@
-/// The threads interface of the system. Internal. It is reached only through weak references, so that the
-/// library works in a program that has no threads library; a function is called only after threadsSupported
-/// returned true, or in a thread.
+/// The system's threads interface. Internal. Uses only weak references, so that the library works in a
+/// program without a threads library. Call these functions only after threadsSupported returned true, or in a
+/// thread.
 #pragma once
 
 #include <pthread.h>
@@ -51,11 +51,10 @@ inline bool threadsSupported() {
   return Thread::m_threadsSupported;
 }
 
-/// The calling thread's own number, from 1: no other thread of the process ever has the same.
+/// The calling thread's number, from 1; never reused in the process.
 unsigned long threadNumber();
 
-/// Takes `mutex` like Mutex::lock, but gives up when the monotonic clock has reached `deadline`. Never
-/// throws.
+/// Takes `mutex` like Mutex::lock, but returns false at `deadline` on the monotonic clock. Never throws.
 bool lockUntil(Mutex& mutex, const timespec& deadline) FOKRAZO_TRY_ACQUIRE(true, mutex);
 
 /// Throws SystemException "OS call failed: …" with `error` as its code.
@@ -65,12 +64,12 @@ inline void checkOsCall(int error, const char* source, int line) {
   if (error != 0) failOsCall(error, source, line);
 }
 
-/// Holds a mutex around a few instructions with no cancellation point among them. Unlike Lock it takes the
-/// mutex in a process with a single thread too, and is never the place where a cancellation takes effect.
+/// Holds a mutex during a few instructions without a cancellation point. Unlike Lock it takes the mutex even
+/// in a single-threaded process, and never acts on a cancellation.
 class FOKRAZO_SCOPED_CAPABILITY BriefHold {
  public:
   explicit BriefHold(Mutex& mutex) FOKRAZO_ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.lock(); }
-  // Releasing a held mutex does not fail. NOLINTNEXTLINE(bugprone-exception-escape)
+  // Unlocking a held mutex does not fail. NOLINTNEXTLINE(bugprone-exception-escape)
   ~BriefHold() FOKRAZO_RELEASE() { m_mutex.unLock(); }
   BriefHold(const BriefHold&) = delete;
   BriefHold& operator=(const BriefHold&) = delete;
@@ -79,8 +78,8 @@ class FOKRAZO_SCOPED_CAPABILITY BriefHold {
   Mutex& m_mutex;
 };
 
-/// Keeps cancellation off to the end of the scope. Needed around the closing of files, which is a
-/// cancellation point: destructors close them too.
+/// Disables cancellation until the end of the scope. Needed because close is a cancellation point, and
+/// destructors close files.
 class CancelKeptOff {
  public:
   CancelKeptOff() {
@@ -98,5 +97,5 @@ class CancelKeptOff {
 
 }  // namespace vesk
 
-/// Checks a call whose result is its error.
+/// Checks a call that returns its error.
 #define FOKRAZO_CHECK_OS_CALL(error) ::vesk::checkOsCall(error, kSource, __LINE__)

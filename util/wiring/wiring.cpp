@@ -1,4 +1,4 @@
-// The only place that knows all rooms of util: it defines what lower rooms need from higher ones.
+// Defines the callbacks from lower rooms into higher ones. The only file that uses all rooms of util.
 
 #include "util/hook/hooks.h"
 
