@@ -62,7 +62,7 @@ struct Pair {
 };
 
 void compareExchanges() {
-  printHead("exchange, beside bare processes with the same system calls");
+  printHead("exchanges, compared with bare processes that make the same system calls");
   {
     Pair pair(emptyReply());
     printRow("ping", compare([&] { pair.session.ping(); }, [&] { plainPing(pair.fd); }));
@@ -113,12 +113,12 @@ void compareReading() {
   auto serialize = [&] { keep(vesk::ADSerializer::serialize(object)->data()); };
 
   printHead("reading and writing a blob of 45 attributes");
-  printRow("three attributes lazily, beside unpacking it", compare(readThree, unpack));
-  printRow("three attributes lazily, beside a std::map built of it",
+  printRow("three attributes lazily, and unpacking it", compare(readThree, unpack));
+  printRow("three attributes lazily, and a std::map of all",
            compare(readThree, [&] { keep(plainMap(bytes.data(), bytes.size()).size()); }));
-  printRow("unpacking it, beside the same by hand",
+  printRow("unpacking it, and the same by hand",
            compare(unpack, [&] { keep(plainUnpack(bytes.data(), bytes.size()).size()); }));
-  printRow("serialize, beside unpacking", compare(serialize, unpack));
+  printRow("serialize, and unpacking", compare(serialize, unpack));
 }
 
 void compareDictionary() {
@@ -130,7 +130,7 @@ void compareDictionary() {
   auto ours = [&] { keep(vesk::ADSerializer::m_dictionary[entries[scatter.next() % entries.size()]]); };
   auto other = [&] { keep(plain.find(entries[plainScatter.next() % entries.size()])->second); };
   printHead("the string dictionary");
-  printRow("a probe, beside std::unordered_map", compare(ours, other));
+  printRow("a probe, and std::unordered_map", compare(ours, other));
 }
 
 double timeOfLoad(const char* path, const char* symbol) {
@@ -150,7 +150,7 @@ void compareLoading() {
     ratios.push_back(ours.back() / other.back());
   }
   printHead("loading the library into a fresh C process");
-  printRow("dlopen, beside libldap", {median(ours), median(other), median(ratios)});
+  printRow("dlopen, and libldap", {median(ours), median(other), median(ratios)});
 }
 
 // Messages are large, so that a copy cannot hide among the small allocations.

@@ -87,7 +87,7 @@ double timeOfDictionary(int checksum) {
   return static_cast<double>(now() - begin);
 }
 
-/// Touches and frees as much memory as a list needs, so that the page faults after a fork do not count as the
+/// Touches and frees as much memory as a list needs, so that the page faults after a fork are not taken for the
 /// list's cost.
 void touchMemory(int checksum) {
   const vesk::DictionaryVector entries = vesk::GetDictionaryVector(checksum);
