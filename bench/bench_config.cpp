@@ -1,4 +1,4 @@
-// The configuration file compared with what a program could do instead: 500 lines, 400 of them with a key.
+// Reading the configuration file, compared with alternatives: 500 lines, 400 of them with a key.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -104,7 +104,7 @@ void loadByBoostPropertyTree(benchmark::State& state) {
 }
 BENCHMARK(loadByBoostPropertyTree);
 
-/// Loads `state.range(0)` keys; the time per key shows whether the cost grows with their number.
+/// Loads `state.range(0)` keys; the time per key shows whether the cost grows with the number.
 void loadManyKeys(benchmark::State& state) {
   const std::string path = files().properties() + ".many";
   {
@@ -130,7 +130,7 @@ void findAmongManyKeys(benchmark::State& state) {
 }
 BENCHMARK(findAmongManyKeys)->Arg(10)->Arg(1000)->Arg(100000);
 
-/// A data directory with `count` settings that replaces the machine's.
+/// Replaces the machine's data directory with one of `count` settings.
 class Settings {
  public:
   explicit Settings(long count) {

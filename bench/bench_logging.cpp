@@ -1,6 +1,6 @@
-// What a log call costs its caller: disabled, to the file, and through the background thread; compared with
-// spdlog, where it is installed, with the same format, file system and number of messages between flushes.
-// Allocations are counted per message.
+// The cost of a log call for its caller: disabled, to the file, and through the background thread. Compared
+// with spdlog, if installed, with the same format, file system and number of messages between flushes. Counts
+// allocations per message.
 
 #include <benchmark/benchmark.h>
 
@@ -26,7 +26,7 @@ std::atomic<long> gAllocations{0};
 
 }  // namespace
 
-// These replace the C library's own, so that all allocations are counted.
+// Replace the C library's functions, to count all allocations.
 extern "C" void* __libc_malloc(size_t size);
 extern "C" void* malloc(size_t size) noexcept {
   gAllocations.fetch_add(1, std::memory_order_relaxed);
@@ -39,7 +39,7 @@ using vesk::Logger;
 
 constexpr int kMessages = 40000;  // per thread and run
 constexpr int kMessagesPerFlush = 10;
-constexpr int kQueueSize = 1 << 19;  // twice what a run logs: a half full queue slows down its posters
+constexpr int kQueueSize = 1 << 19;  // twice the messages of a run: a half full queue slows down its posters
 
 std::string logFile(const char* name) {
   const char* directory = getenv("TMPDIR");
@@ -69,7 +69,7 @@ void DisabledHere(benchmark::State& state) {
 }
 BENCHMARK(DisabledHere);
 
-// By name, through the thread's own table.
+// By name, through the thread's table.
 void DisabledByNameHere(benchmark::State& state) {
   const vesk::Thread counted;
   vesk::getLogger("lrpc.session", false);
@@ -92,7 +92,7 @@ void FindLogger(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(Logger::GetLogger(name).get());
 }
 
-// A configuration reaches every logger; the items are loggers.
+// Reconfigures every logger; the items are loggers.
 void ConfigureLoggers(benchmark::State& state) {
   for (auto _ : state) Logger::ReconfigureLevels(*vesk::Props(false, false));
   state.SetItemsProcessed(state.iterations() * state.range(0));

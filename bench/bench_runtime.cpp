@@ -1,4 +1,4 @@
-// Locks, queues and the start of processes, each compared with the plain call that it builds on.
+// Locks, queues and starting processes, each compared with the underlying plain call.
 #include <benchmark/benchmark.h>
 #include <pthread.h>
 #include <sys/resource.h>
@@ -99,8 +99,7 @@ void postsThroughARunQueue(benchmark::State& state) {
 }
 BENCHMARK(postsThroughARunQueue)->Arg(1)->Arg(4)->UseRealTime();
 
-/// What a queue's lock does besides mutual exclusion: a thread may lock it again, and is not cancelled while
-/// it holds the lock.
+/// A mutex with the features of a queue's lock: recursive, and its holder is not cancelled.
 class GuardedMutex {
  public:
   GuardedMutex() {
@@ -127,7 +126,7 @@ class GuardedMutex {
   pthread_mutex_t m_mutex;
 };
 
-/// The least that does the same work.
+/// The simplest code for the same work.
 template <class Mutex>
 class PlainQueue {
  public:
@@ -176,7 +175,7 @@ void postsThroughAPlainQueue(benchmark::State& state) {
 BENCHMARK_TEMPLATE(postsThroughAPlainQueue, GuardedMutex)->Arg(1)->Arg(4)->UseRealTime();
 BENCHMARK_TEMPLATE(postsThroughAPlainQueue, std::mutex)->Arg(1)->Arg(4)->UseRealTime();
 
-/// Starts a child that keeps one descriptor and closes all others, under a given limit of descriptors.
+/// Starts a child that keeps one descriptor and closes all others, with a given limit of descriptors.
 void spawnUnderALimit(benchmark::State& state) {
   rlimit before;
   getrlimit(RLIMIT_NOFILE, &before);

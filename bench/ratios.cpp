@@ -1,5 +1,5 @@
-// Prints one table: the library's time divided by that of the least code that does the same, measured in turn
-// in this run; and how many allocations it makes.
+// Prints a table: the library's time divided by that of minimal code for the same work, measured alternately
+// in this run; and the number of allocations.
 
 #include <unistd.h>
 
@@ -24,8 +24,7 @@
 namespace bench {
 namespace {
 
-constexpr int kCpu =
-    0;  // shared by client and peer: how two processors wake each other is not the library's doing
+constexpr int kCpu = 0;  // shared by client and peer, to exclude wake-ups between processors
 constexpr int kListed = 300;
 constexpr double kListBatchMs = 10;
 constexpr int kListBatches = 41;
@@ -47,7 +46,7 @@ void printCount(const char* what, double count) {
   fflush(stdout);
 }
 
-/// A session and a plain descriptor, each with a peer of its own; both peers send the same reply.
+/// A session and a plain descriptor, each with its own peer; both peers send the same reply.
 struct Pair {
   explicit Pair(const std::string& reply)
       : peer(reply, kCpu),
@@ -153,7 +152,7 @@ void compareLoading() {
   printRow("dlopen, and libldap", {median(ours), median(other), median(ratios)});
 }
 
-// Messages are large, so that a copy cannot hide among the small allocations.
+// Large messages, to distinguish a copy from small allocations.
 double largeAllocationsOfExchange() {
   constexpr size_t kSize = 1 << 20;
   vesk::IPCReply large(vesk::IPC_OP_PING);

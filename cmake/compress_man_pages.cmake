@@ -1,4 +1,4 @@
-# cpack runs this on the packages' files: it compresses the manual pages, as Debian policy demands.
+# Run by cpack: compresses the manual pages in packages, as Debian policy requires.
 file(GLOB_RECURSE pages ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*.[1-9])
 list(FILTER pages INCLUDE REGEX "/man/man[1-9]/[^/]*$")
 if(pages)

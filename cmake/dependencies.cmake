@@ -2,7 +2,7 @@ find_package(ZLIB REQUIRED)
 find_package(Boost REQUIRED)
 find_package(Threads REQUIRED)
 
-# liblber comes without a CMake package.
+# liblber has no CMake package.
 find_path(LBER_INCLUDE_DIR lber.h REQUIRED)
 find_library(LBER_LIBRARY lber REQUIRED)
 add_library(fokrazo::lber UNKNOWN IMPORTED)
@@ -10,7 +10,7 @@ set_target_properties(fokrazo::lber PROPERTIES IMPORTED_LOCATION ${LBER_LIBRARY}
                       INTERFACE_INCLUDE_DIRECTORIES ${LBER_INCLUDE_DIR})
 
 if(FOKRAZO_TOOLS)
-  # The tool asks for passwords at the terminal with libbsd.
+  # For readpassphrase, which the tool uses.
   find_library(BSD_LIBRARY bsd REQUIRED)
 
   # libldap reads LDIF for the stand-in; the library itself never links it.

@@ -1,9 +1,9 @@
-# No path of the build machine in what is installed. A debugger wants the paths.
+# Installed files contain no paths of the build machine. Debug builds keep them for the debugger.
 add_compile_options(
   $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
   $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=.>)
 
-# Protections against what an attacker would make of a fault in memory. A sanitizer replaces them.
+# Mitigations of memory errors. Sanitizers replace them.
 if(NOT FOKRAZO_HARDENING OR FOKRAZO_SANITIZE)
   return()
 endif()
@@ -19,8 +19,8 @@ if(FOKRAZO_HAS_CF_PROTECTION)
   add_compile_options(-fcf-protection)
 endif()
 
-# Checked calls of the C library, which exist in optimized code only. Level 3 also knows the sizes of allocations; where
-# it is not available the C library falls back to level 2 with a warning.
+# Checked calls of the C library, in optimized code only. Level 3 also knows the sizes of allocations; if it
+# is not available, the C library falls back to level 2 with a warning.
 set(CMAKE_REQUIRED_FLAGS "-O2 -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
 check_cxx_source_compiles("#include <stdlib.h>
 static_assert(__USE_FORTIFY_LEVEL == 3, \"\");

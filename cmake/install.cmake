@@ -1,9 +1,9 @@
-# What is installed, in three components:
+# Installs three components:
 #   runtime      the library
 #   development  its development links, the headers under include/fokrazo (the one include path), a pkg-config file, a
 #                CMake package, the manual page fokrazo(3), the guides and the examples
 #   tools        fokrazo and the stand-in daemon with its sample directory, their manual pages and completion
-# The installed tree can be moved, unless an install directory is absolute.
+# The installed tree is relocatable, unless an install directory is absolute.
 include(public_headers)
 include(CMakePackageConfigHelpers)
 
@@ -14,7 +14,7 @@ foreach(header IN LISTS FOKRAZO_PUBLIC_HEADERS)
 endforeach()
 install(FILES include/fokrazo.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
-# fokrazo/qtr_ber.h calls liblber from the user's own code; programs that use none of it are not linked with it.
+# fokrazo/qtr_ber.h calls liblber from the program's own code; other programs do not link with it.
 set(FOKRAZO_LINK_LBER_IF_USED -Wl,--push-state,--as-needed,-llber,--pop-state)
 target_link_libraries(fokrazo INTERFACE "$<INSTALL_INTERFACE:${FOKRAZO_LINK_LBER_IF_USED}>")
 install(TARGETS fokrazo EXPORT fokrazoTargets

@@ -1,4 +1,4 @@
-# Debian's linker, pkg-config and CMake look for libraries in the architecture's own folder below every prefix.
+# On Debian, linker, pkg-config and CMake search the architecture's folder below every prefix.
 if(PROJECT_IS_TOP_LEVEL AND NOT DEFINED CMAKE_INSTALL_LIBDIR AND EXISTS /etc/debian_version
    AND CMAKE_LIBRARY_ARCHITECTURE)
   set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Libraries, below the prefix")

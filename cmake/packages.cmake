@@ -1,7 +1,7 @@
 # Debian packages of the three components: `cpack -G DEB` in a build folder, or its target `package`.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME fokrazo)
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # set per package
 set(CPACK_PACKAGE_VENDOR "The fokrazo maintainers")
 set(CPACK_PACKAGE_CONTACT "The fokrazo maintainers <maintainers@fokrazo.invalid>")
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
@@ -16,8 +16,8 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-# Dependencies are read from the binaries, and the maintainer scripts run ldconfig. That packed relocations need glibc
-# 2.36 is not detected, so it is added below.
+# Dependencies are detected from the binaries, and the maintainer scripts run ldconfig. The need of packed
+# relocations for glibc 2.36 is not detected, so it is added below.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)

@@ -1,4 +1,4 @@
-# Every public header, in include/fokrazo; fokrazo.h includes all the others.
+# All public headers, in include/fokrazo; fokrazo.h includes the others.
 set(FOKRAZO_PUBLIC_HEADERS
   account_name.h
   adattribute.h

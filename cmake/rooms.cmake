@@ -6,7 +6,7 @@ function(fokrazo_room name)
   set(target fokrazo_${name})
   add_library(${target} OBJECT ${ARGN})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
-  # clang checks that the library's guarded fields are touched only under their locks.
+  # clang checks that guarded fields are accessed only under their locks.
   target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
   set_property(GLOBAL APPEND PROPERTY FOKRAZO_OBJECTS $<TARGET_OBJECTS:${target}>)
 endfunction()

@@ -2,10 +2,10 @@ find_package(GTest REQUIRED)
 add_executable(brondalt-standin ALIAS fokrazo_standin)
 add_library(standin_objects ALIAS fokrazo_standin_objects)
 
-# fokrazo_test(NAME [WORLD] [LABELS label...] SOURCES file...): one test program over the library's objects, with the
-# system's headers of tests/support/prelude.h already included.
+# fokrazo_test(NAME [WORLD] [LABELS label...] SOURCES file...): a test program, linked with the library's
+# objects, with tests/support/prelude.h precompiled.
 # WORLD runs it in the private world: its own /etc/velmora, /var and /dev/log, and root's view.
-# LABELS: `threads` for programs with threads (the thread sanitizer's build has no others).
+# LABELS: `threads` for programs with threads; the thread sanitizer's build has only these.
 function(fokrazo_test name)
   cmake_parse_arguments(T "WORLD" "" "SOURCES;LABELS;LIBS" ${ARGN})
   add_executable(${name} ${T_SOURCES})

@@ -1,2 +1,2 @@
-# The presets make warnings errors, by CMAKE_COMPILE_WARNING_AS_ERROR.
+# The presets turn warnings into errors, with CMAKE_COMPILE_WARNING_AS_ERROR.
 add_compile_options(-Wall -Wextra)

@@ -1,6 +1,5 @@
 // Serialized objects: every reader of <fokrazo/adserializer.h> on any bytes, compared with the reference
-// reader where that can read them. An input is a blob, or (first byte odd) the attributes of an object to be
-// written.
+// reader if that can read them. An input is a blob, or (first byte odd) the attributes of an object to write.
 
 #include <map>
 #include <memory>
@@ -26,7 +25,7 @@ Values valuesOf(const ADAttribute& attribute) {
   return {attribute.begin(), attribute.end()};
 }
 
-// A blob in memory of exactly its size, for the sanitizers.
+// A blob in a buffer of exactly its size, for the sanitizers.
 std::unique_ptr<ADSerializer> hold(const std::string& bytes) {
   std::unique_ptr<char, void (*)(void*)> data(static_cast<char*>(malloc(bytes.size() + bytes.empty())), free);
   std::copy(bytes.begin(), bytes.end(), data.get());
@@ -45,7 +44,7 @@ bool isInside(const ADSerializer& blob, const void* position, size_t size) {
   return !position || (at >= begin && at + size <= begin + blob.size());
 }
 
-// The names to look for: those present, their neighbours, and some common ones.
+// Names to look up: those present, similar ones, and some common ones.
 Values namesFor(const ReferenceBlob& reference) {
   Values names = {"", AD_DN, AD_OBJECT_CLASS, "zzz"};
   for (const auto& record : reference.records) {
@@ -84,7 +83,7 @@ void lookUpAsWritten(const ADSerializer& blob, const ReferenceBlob& reference) {
   }
 }
 
-// The first attribute of a name counts.
+// Of attributes with the same name the first one wins.
 void readAll(ADSerializer& blob, const ReferenceBlob& reference) {
   ADAttributeMap attributes;
   bool wasRead = true;
@@ -156,7 +155,7 @@ void readAsObject(const std::string& bytes, const ReferenceBlob& reference) {
   object.toString();
 }
 
-// What an object writes reads the same as what it was read from.
+// An object that is read and written again has the same content.
 void writeAgain(const std::string& bytes, const ReferenceBlob& reference) {
   ADObject object = objectOver(bytes);
   object.deSerialize(false);
@@ -194,11 +193,11 @@ void readBlob(const std::string& bytes) {
   if (reference.wellFormed) writeAgain(bytes, reference);
   try {
     readAsObject(bytes, reference);
-  } catch (const VESKException&) {  // values that are no times, or a blob that cannot be read
+  } catch (const VESKException&) {  // values that are not times, or an unreadable blob
   }
 }
 
-// Attributes from the input: a name and values, each a number in the dictionary or literal text.
+// Attributes from the input: a name and values, each a dictionary index or literal text.
 std::string textFrom(fuzz::Input& input) {
   const uint8_t kind = input.byte();
   const auto& dictionary = GetDictionaryVector();

@@ -1,5 +1,5 @@
 // The configuration file. An input is a value up to a byte 0, and a file: it is read, rewritten unchanged,
-// rewritten with that value, and with a list of the value's lines under a key that it has, and read again.
+// with that value, and with a list of the value's lines under an existing key, and read again.
 
 #include <set>
 #include <sstream>
@@ -21,8 +21,8 @@ Properties::Map valuesOf(Properties& properties) {
   return all ? *all : Properties::Map();
 }
 
-// Whether the file now has these values; prints what differs.
-bool gives(const Properties::Map& expected) {
+// Whether the file now has these values; prints differences.
+bool readsAs(const Properties::Map& expected) {
   Properties reading;
   reading.load(kFile.c_str(), true);
   const Properties::Map values = valuesOf(reading);
@@ -36,7 +36,7 @@ bool gives(const Properties::Map& expected) {
   return values == expected;
 }
 
-// Every kind of lookup. Lists that name a file are left out: the file could be anything.
+// Every kind of lookup, except of lists that refer to a file, which could be any file.
 void lookUp(Properties& properties) {
   for (const auto& entry : valuesOf(properties)) {
     const std::string& key = entry.first;
@@ -51,7 +51,7 @@ void lookUp(Properties& properties) {
   properties.store(out, "header");
 }
 
-// The lines of the value; none that looks like a reference to a file.
+// The lines of the value; empty if it looks like a reference to a file.
 Properties::ValueList listOf(const std::string& value) {
   std::istringstream stream(value);
   Properties::ValueList list = *Properties::getValueList(stream);
@@ -59,7 +59,7 @@ Properties::ValueList listOf(const std::string& value) {
   return list;
 }
 
-// A list that is set reads back as its items.
+// A list reads back as its items.
 void tryList(Properties& properties, const Properties::ValueList& list) {
   properties.setValueList(kKey, list, true);
   FUZZ_CHECK(*properties.getValueList(kKey, "") == list);
@@ -67,7 +67,7 @@ void tryList(Properties& properties, const Properties::ValueList& list) {
 
 using Keys = std::multiset<std::string, StringCaseLessThan>;
 
-// The keys of the lines, those of comments included as a save sees them.
+// The keys of the lines, and of comments as a save reads them.
 Keys keysOf(const std::string& content, bool skipComments) {
   Keys keys;
   std::istringstream stream(content);
@@ -83,8 +83,8 @@ Keys keysOf(const std::string& content, bool skipComments) {
   return keys;
 }
 
-// Whether a save may move a line: to an earlier one with its key, or out of a comment that continues. Its
-// variables may have other values there.
+// Whether a save may move a line, to an earlier one with its key or out of a continued comment, where its
+// variables may have other values.
 bool movesVariables(const std::string& content) {
   if (content.find('$') == std::string::npos) return false;
   const Keys seen = keysOf(content, false);
@@ -101,23 +101,23 @@ bool namesValue(std::string comment, const Properties::Map& values) {
   return Properties::getPropertyFromLine(comment, key, value) && values.count(key) != 0;
 }
 
-// The first lines of the comments that a save leaves as they are: those that name no value.
+// The first lines of the comments that a save keeps: those without a value's key.
 std::multiset<std::string> commentsOf(const std::string& content, const Properties::Map& values) {
   std::multiset<std::string> comments;
   std::istringstream stream(content);
   std::string line;
   std::string whole;
   std::string extra;
-  for (bool goesOn = false; stream.good();) {
+  for (bool continues = false; stream.good();) {
     const auto begin = stream.tellg();
     Properties::getLine(stream, whole, extra, false);
     stream.clear();
     stream.seekg(begin);
     Properties::getLine(stream, line, extra, true);
     const bool isComment = Properties::isComment(line);
-    if (isComment && !goesOn && !namesValue(whole, values) && !namesValue(line, values))
+    if (isComment && !continues && !namesValue(whole, values) && !namesValue(line, values))
       comments.insert(line);
-    goesOn = isComment && Properties::isEscaped(line);
+    continues = isComment && Properties::isEscaped(line);
   }
   return comments;
 }
@@ -126,7 +126,7 @@ void rewriteUnchanged(const std::string& content, const Properties::Map& expecte
   Properties file(false);
   file.load(kFile.c_str(), false);
   FUZZ_CHECK(file.saveProperty(kFile) == 0);
-  FUZZ_CHECK(gives(expected));
+  FUZZ_CHECK(readsAs(expected));
   const auto before = commentsOf(content, expected);
   const auto after = commentsOf(fuzz::read(kFile), expected);
   FUZZ_CHECK(std::includes(after.begin(), after.end(), before.begin(), before.end()));
@@ -139,7 +139,7 @@ void rewriteWith(Properties::Map expected, const std::string& value) {
                return true;
              }) == 0);
   if (wasSet) expected[kKey] = value;
-  FUZZ_CHECK(gives(expected));
+  FUZZ_CHECK(readsAs(expected));
 }
 
 void rewriteWithList(const std::string& key, const Properties::ValueList& list) {
@@ -154,7 +154,7 @@ void rewriteWithList(const std::string& key, const Properties::ValueList& list) 
 
 bool prepare() {
   fuzz::enterWorld("log: FATAL\n");
-  Logger::close();  // the tree of loggers would grow with every name that is tried
+  Logger::close();  // the tree of loggers would grow with every input
   return true;
 }
 

@@ -1,4 +1,4 @@
-/// What all fuzz targets need: an input that can be cut into parts, and a check that ends the program.
+/// For all fuzz targets: an input that is consumed in parts, and a check that aborts the program.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 namespace fuzz {
 
-/// Hands out an input from its front. Past its end there are zeros and empty strings.
+/// Consumes an input from the front. Past its end it returns zeros and empty strings.
 class Input {
  public:
   Input(const uint8_t* data, size_t size) : m_left(reinterpret_cast<const char*>(data), size) {}
@@ -28,7 +28,7 @@ class Input {
     m_left.remove_prefix(part.size());
     return part;
   }
-  /// Everything before the next byte `end`, which is dropped; all that is left if there is none.
+  /// The text before the next byte `end`, which is dropped; all the rest if there is none.
   std::string upTo(char end) {
     const std::string part = bytes(std::min(m_left.find(end), m_left.size()));
     bytes(1);
@@ -42,7 +42,7 @@ class Input {
 
 }  // namespace fuzz
 
-/// Ends the program if `condition` does not hold.
+/// Aborts the program if `condition` is false.
 #define FUZZ_CHECK(condition)                                                       \
   do {                                                                              \
     if (!(condition)) {                                                             \

@@ -1,5 +1,5 @@
 // Replies: every typed reader of <fokrazo/ipcmessage.h> on any bytes. An input is a script of readers, one
-// per byte and ended by 0xff, and then the message.
+// per byte, ended by 0xff, followed by the message.
 
 #include <sys/socket.h>
 
@@ -22,7 +22,7 @@ using namespace vesk;
 namespace {
 
 constexpr char kEndOfScript = '\xff';
-constexpr size_t kLargestMessage = 64 * 1024;  // what a socket buffers without a reader
+constexpr size_t kLargestMessage = 64 * 1024;  // fits into a socket's buffer
 
 std::string dumped(const ADObject& object) {
   std::ostringstream out;
@@ -121,7 +121,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   read(reply, script);
   try {
-    reply.rewind();  // leaves only the part of the message that was read
+    reply.rewind();  // keeps only the part that was read
   } catch (const IOException&) {
     return 0;
   }

@@ -1,4 +1,4 @@
-// Texts of DNs, SIDs and GUIDs: any text is read or refused, and what the library writes it reads back.
+// DNs, SIDs and GUIDs: any text is parsed or refused, and the library reads back what it writes.
 
 #include <cctype>
 #include <stdexcept>
@@ -58,7 +58,7 @@ void tryDN(const std::string& text) {
   for (unsigned int position = 0; position <= text.size() + 1; ++position) DN::isEscaped(text, position);
 }
 
-// A DN whose first value is any text.
+// Puts any text into a DN as its first value.
 void tryValue(const std::string& text) {
   const std::string value = DN::escapeDNString(text);
   const std::string parent = "OU=Sales,DC=example,DC=com";
@@ -94,7 +94,7 @@ void trySid(const std::string& text) {
   FUZZ_CHECK(again == any || any.bytes()[0] != 1);  // printable bytes appear in the text unchanged
 }
 
-// Numbers make a SID, whose text is that of the numbers.
+// A SID made of numbers has these numbers in its text.
 void trySidOfNumbers(const std::string& text) {
   const size_t count = std::min<size_t>(text.size() / 4, SID::kMaxSubAuthorities);
   if (count == 0) return;

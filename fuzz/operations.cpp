@@ -1,6 +1,6 @@
-// Replies as the operations of a session read them. An input is the number of an operation, a byte that is
-// odd if the rest is the body of a successful reply and even if it is a whole message, and that rest. An
-// operation of several exchanges gets it as each reply.
+// Replies, read by the operations of a session. An input is the number of an operation; a byte that is odd if
+// the rest is the body of a successful reply and even if it is a whole message; and that rest. An operation
+// with several exchanges gets the same reply each time.
 
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -19,12 +19,12 @@ using namespace vesk;
 
 namespace {
 
-constexpr size_t kLargestMessage = 64 * 1024;  // what a socket buffers without a reader
+constexpr size_t kLargestMessage = 64 * 1024;  // fits into a socket's buffer
 constexpr int kParts = 4;
 const std::string kSocket = paths::kDaemonSocket;
 
-// The daemon, without a thread of its own: it answers while the session sends, and takes a connection only
-// between two operations.
+// The daemon, without its own thread: it answers while the session sends, and accepts only between
+// operations.
 class Peer {
  public:
   /// Offers the session a connection, and `frame` as the reply to each of its next requests.
@@ -34,13 +34,13 @@ class Peer {
     m_repliesLeft = replies;
   }
 
-  /// For a request that has been sent.
+  /// Answers a sent request.
   void answer() {
     if (m_repliesLeft-- > 0)
       send(m_connection.get(), m_frame.data(), m_frame.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
   }
 
-  /// After an operation: forgets its requests, and the connection if anything is left on it.
+  /// After an operation: drops its requests, and the connection if there is unread data.
   void settle(LocalRpcSession& session) {
     char bytes[4096];
     while (recv(m_connection.get(), bytes, sizeof bytes, MSG_DONTWAIT) > 0) {
@@ -88,7 +88,7 @@ bool prepare() {
 
 }  // namespace
 
-// Linked in the place of the system's own (-Wl,--wrap). A request goes out as its length and then its bytes.
+// Replaces the C library's function (-Wl,--wrap). A request is sent as its length and then its bytes.
 extern "C" ssize_t __real_sendmsg(int fd, const msghdr* message, int flags);
 extern "C" ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags) {
   const ssize_t count = __real_sendmsg(fd, message, flags);

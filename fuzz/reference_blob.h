@@ -1,5 +1,5 @@
-/// A second reader for the blob of a directory object (see <fokrazo/adserializer.h>), as plain as possible:
-/// front to back, into copies. The library's readers are compared with it.
+/// A reference reader for blobs (see <fokrazo/adserializer.h>), to compare the library's readers with. As
+/// simple as possible: front to back, into copies.
 #pragma once
 
 #include <cstdint>
@@ -19,10 +19,10 @@ struct ReferenceBlob {
   /// Reads any bytes, up to the first damaged record.
   explicit ReferenceBlob(const std::string& bytes);
 
-  /// The records fill everything after the index, and every text and reference can be read.
+  /// The records fill the space after the index, and every text and reference is valid.
   bool readable = false;
-  /// As a writer makes it: readable, the index matches the records, and the names ascend. A negative count
-  /// counts as 0.
+  /// As from a writer: readable, the index matches the records, and the names ascend. A negative count counts
+  /// as 0.
   bool wellFormed = false;
   std::vector<Record> records;
 

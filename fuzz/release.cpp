@@ -1,5 +1,5 @@
-// What describes the operating system: the output of lsb_release, os-release and the release files. An input
-// is the first byte for a file's name, the output up to a byte 0, and the file.
+// Descriptions of the operating system: the output of lsb_release, os-release and the release files. An input
+// is a byte that selects a file's name, the output up to a byte 0, and the file.
 
 #include <unistd.h>
 
@@ -25,7 +25,7 @@ bool tellsOfRelease(const std::string& name) {
   return name.find("release") != std::string::npos || name.find("version") != std::string::npos;
 }
 
-// Removes the world's own release files.
+// Removes the private world's release files.
 void clearReleaseFiles() {
   std::vector<fs::path> found;
   for (const fs::directory_entry& entry : fs::directory_iterator("/etc"))
@@ -36,7 +36,7 @@ void clearReleaseFiles() {
 
 }  // namespace
 
-// The program is missing, so none runs.
+// Pretends that the program is missing, so that none runs.
 extern "C" int __real_access(const char* path, int mode);
 extern "C" int __wrap_access(const char* path, int mode) {
   if (strcmp(path, "/usr/bin/lsb_release") != 0) return __real_access(path, mode);
@@ -63,12 +63,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string version;
   try {
     vesk::readLsbRelease(output);
-  } catch (const std::out_of_range&) {  // a line too short for its kind
+  } catch (const std::out_of_range&) {  // the line is too short
   }
   try {
     OSVersion(os, version);
     FUZZ_CHECK(!os.empty());
-  } catch (const std::out_of_range&) {  // a line too short for its kind
+  } catch (const std::out_of_range&) {  // the line is too short
   }
   unlink(path.c_str());
   return prepared ? 0 : -1;

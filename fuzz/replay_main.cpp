@@ -1,4 +1,4 @@
-// Stands in for libFuzzer: runs every file of the given directories once.
+// Replaces libFuzzer: runs every file of the given directories once.
 
 #include <filesystem>
 #include <fstream>

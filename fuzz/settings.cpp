@@ -17,7 +17,7 @@ bool isAllowed(char c) {
   return c == '\n' || !IsCntrlChar(static_cast<unsigned char>(c));
 }
 
-// Sets `value` to what a file of these bytes holds; returns false if the library must refuse it.
+// Sets `value` to the value of a file with these bytes; returns false if the library must refuse the file.
 bool valueOf(const std::string& name, const std::string& content, std::string& value) {
   if (content.size() > 1024 && name != SETTING_TRUSTS) return false;
   if (!std::all_of(content.begin(), content.end(), isAllowed)) return false;

@@ -1,4 +1,4 @@
-/// How fuzz targets set up the private world (see tests/support/private_world).
+/// Sets up the private world for fuzz targets (see tests/support/private_world).
 #pragma once
 
 #include <cstdio>
@@ -22,8 +22,8 @@ inline std::string read(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// Makes `text` the configuration. Call it before the library is used. Ends the program outside the private
-/// world, because inputs become files under the system's own names.
+/// Writes `text` to the configuration file. Call it before using the library. Aborts outside the private
+/// world, because inputs are written to the system's paths.
 inline void enterWorld(const std::string& text) {
   if (!testsupport::inPrivateWorld()) {
     fprintf(stderr, "Run this with tests/support/private_world.\n");

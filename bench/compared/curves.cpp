@@ -18,9 +18,9 @@ constexpr int kCpu = 0;  // for both processes
 constexpr double kBatchMs = 30;
 constexpr int kBatches = 5;
 
-/// A user of about `size` bytes: what a login needs, filled up with memberships.
+/// A user of about `size` bytes: the attributes for a login, padded with memberships.
 Entry userOfSize(size_t bytes) {
-  constexpr size_t kPlain = 150;  // size of the blob with what a login needs
+  constexpr size_t kPlain = 150;  // size of the blob with only the attributes for a login
   constexpr size_t kMembership = 64;
   Entry user = {{AD_DN, {"CN=alice,DC=example,DC=com"}},
                 {"gidNumber", {"20017"}},
@@ -45,7 +45,7 @@ void measureObjectSizes() {
   }
 }
 
-// Compared with the least code that does it, because a long list does not fit into any cache.
+// Compared with minimal code, because a long list does not fit into any cache.
 void measureListLengths() {
   constexpr size_t kEntry = 200;
   for (size_t length : {1, 10, 100, 1'000, 10'000, 100'000}) {

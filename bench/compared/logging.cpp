@@ -22,7 +22,7 @@ constexpr int kRuns = 7;
 constexpr char kLargestCache[] = "512";   // messages between flushes
 constexpr char kAmpleQueue[] = "200000";  // a half full queue slows down its posters
 
-/// Sends the log to a file of its own during the object's lifetime.
+/// Sends the log to its own file during the object's lifetime.
 class LogFile {
  public:
   explicit LogFile(const std::string& flushFrequency) {
@@ -51,7 +51,7 @@ void logCalls(Logger& logger) {
   for (int i = 0; i < kCalls; ++i) VESK_LOG(&logger, Info, "write size %d, waiting for the reply", i);
 }
 
-/// Nanoseconds per call, as each of several threads sees it.
+/// Nanoseconds per call in each of several threads.
 double timeOfCalls(int threadCount) {
   const auto logger = vesk::getLogger("lrpc.ipcmessage", false);
   std::vector<std::thread> threads;
@@ -98,7 +98,7 @@ void measureDisabled() {
 
 void measureLogging() {
   measureDisabled();
-  const vesk::Thread threaded;  // its existence alone makes the library take its locks
+  const vesk::Thread threaded;  // makes the library take its locks
   for (int threads : {1, 4}) measureFile("ours.log.file." + std::to_string(threads) + "t", "", threads);
   measureFile("ours.log.cache", kLargestCache, 1);
   measureQueued();

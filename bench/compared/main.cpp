@@ -1,4 +1,4 @@
-// Prints figures of the library, one per line: key, value and unit, separated by tabs. It uses only the
+// Prints measurements of the library, one per line: key, value and unit, separated by tabs. Uses only the
 // public interface of the shared library. bench/README.md lists the keys.
 
 #include <getopt.h>
@@ -26,7 +26,7 @@ constexpr Part kParts[] = {
     {"runtime", bench::measureRuntime},     {"logging", bench::measureLogging},
 };
 
-// In a process of its own, so that no part inherits memory, threads or configuration from another.
+// In its own process, so that no part inherits memory, threads or configuration from another.
 template <class Measure>
 bool measureApart(Measure measure) {
   fflush(stdout);

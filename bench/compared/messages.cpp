@@ -15,7 +15,7 @@ namespace {
 const std::string kName = "alice.example@corp.example.com";
 const std::string kDomain = "corp.example.com";
 
-/// A request of six fields, encoded as it would be sent.
+/// A request of six fields, encoded for sending.
 void buildRequest() {
   vesk::IPCRequest request(vesk::IPC_OP_ADD_SPN);
   (((((request += kName) += 3) += kDomain) += 0) += 300) += 1;
@@ -43,8 +43,8 @@ void measureMessages() {
   vesk::LocalRpcSession session("", false, false);
   vesk::IPCReply reply;
   receiveReply(statusReply(), reply);
-  session.updateVRErrInfo(reply);  // now it can be read again
-  // Header and status block, from bytes that have already arrived.
+  session.updateVRErrInfo(reply);  // makes it readable again
+  // Header and status block, from received bytes.
   auto parse = [&] {
     reply.rewind();
     if (session.updateVRErrInfo(reply) != vesk::VR_SUCCESS || session.healthMessage().empty())

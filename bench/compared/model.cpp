@@ -87,8 +87,8 @@ double timeOfDictionary(int checksum) {
   return static_cast<double>(now() - begin);
 }
 
-/// Touches and frees as much memory as a list needs, so that the page faults after a fork are not taken for the
-/// list's cost.
+/// Touches and frees as much memory as a list needs, to exclude page faults after a fork from the
+/// measurement.
 void touchMemory(int checksum) {
   const vesk::DictionaryVector entries = vesk::GetDictionaryVector(checksum);
   const vesk::DictionaryMap indexes = vesk::GetDictionaryMap(checksum);
@@ -96,7 +96,7 @@ void touchMemory(int checksum) {
   keep(&indexes);
 }
 
-// A process makes the list once, so each is timed in a process of its own that has made two others before.
+// A process creates the list only once, so each is timed in its own process, after two others.
 double timeOfFirstUse() {
   constexpr int kWarmUps[] = {0x45829, 0x36361};
   constexpr int kTouches = 5;
@@ -117,7 +117,7 @@ double timeOfFirstUse() {
   return time;
 }
 
-// The same texts in the standard library's containers; many are too long for the small-string buffer.
+// The same strings in standard containers; many are too long for the small-string buffer.
 void makeStandardContainers() {
   const std::vector<std::string> entries = vesk::GetDictionaryVector();
   std::unordered_map<std::string, int> indexes;

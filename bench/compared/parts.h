@@ -9,7 +9,7 @@ namespace bench {
 void measureExchanges();
 /// Sessions against `program`, the stand-in daemon, with 300 accounts; both on one processor.
 void measureStandin(const std::string& program);
-/// How exchanges grow with the size of an object and the length of a list.
+/// The cost of exchanges by size of an object and length of a list.
 void measureCurves();
 /// Messages without a socket.
 void measureMessages();

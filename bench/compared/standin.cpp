@@ -40,7 +40,7 @@ void writeAccounts(const std::string& path) {
   }
 }
 
-/// The stand-in with its accounts, in a folder of its own. The destructor ends it.
+/// The stand-in with its accounts, in its own folder. The destructor ends it.
 class Standin {
  public:
   explicit Standin(const std::string& program)

@@ -66,7 +66,7 @@ int listenAt(const std::string& path) {
 std::string bytesOf(vesk::IPCMessage& message) {
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) die("socketpair");
-  // In a process of its own, because it may not fit into the socket's buffer.
+  // In its own process, because it may not fit into the socket's buffer.
   const pid_t sender = fork();
   if (sender == 0) {
     message.send(ends[0]);

@@ -1,4 +1,4 @@
-/// A daemon that does no work, so that measurements show the client.
+/// A daemon that does no work, to measure only the client.
 #pragma once
 
 #include <sys/types.h>
@@ -17,7 +17,7 @@ namespace bench {
 /// The bytes of a finished message, without its frame.
 std::string bytesOf(vesk::IPCMessage& message);
 
-/// The reply to a ping, and a reply with nothing but the status block of a success.
+/// The reply to a ping, and a reply with only the status block of a success.
 std::string emptyReply();
 std::string statusReply();
 /// The reply to the lookup of one object.

@@ -8,7 +8,7 @@ namespace {
 
 using Counter = std::atomic<unsigned long>;
 
-// In a cache line of their own, away from what other threads write.
+// In their own cache line, to avoid false sharing.
 struct alignas(64) Counters {
   Counter all{0};
   Counter large{0};
@@ -16,7 +16,7 @@ struct alignas(64) Counters {
 
 Counters gAllocations;
 
-// Not an atomic increment, which would cost more than the allocation it counts.
+// An atomic increment would cost more than the allocation.
 void increment(Counter& counter) {
   counter.store(counter.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
@@ -28,7 +28,7 @@ void countAllocation(size_t size) {
 
 }  // namespace
 
-// These replace the C library's functions in the whole process.
+// Replace the C library's functions in the whole process.
 extern "C" {
 void* __libc_malloc(size_t);
 void* __libc_calloc(size_t, size_t);

@@ -1,4 +1,4 @@
-/// How `ratios` and `compared` measure. Not thread-safe.
+/// Measuring for `ratios` and `compared`. Not thread-safe.
 #pragma once
 
 #include <ctime>
@@ -18,7 +18,7 @@ inline uint64_t now() {
   return uint64_t{1'000'000'000} * time.tv_sec + time.tv_nsec;
 }
 
-/// Makes the compiler believe that the value is used.
+/// Keeps the compiler from optimizing the value away.
 template <class T>
 void keep(const T& value) {
   asm volatile("" : : "r,m"(value) : "memory");
@@ -41,7 +41,7 @@ double allocationsOf(Work&& work, int calls = 100) {
   return static_cast<double>(allocationCount() - before) / calls;
 }
 
-/// Repeats work until it has run long enough to be timed, and computes the time of one call.
+/// Repeats work long enough to time it, and computes the time of one call.
 template <class Work>
 class Timed {
  public:
@@ -73,7 +73,7 @@ double nanosecondsOf(Work&& work, double batchMs = 8, int batches = 15) {
   return median(values);
 }
 
-/// Compares two times: batches of both in turn, so that whatever else the machine does affects both.
+/// Compares two times with alternating batches, so that other load affects both.
 struct Comparison {
   double ours;   // nanoseconds, medians
   double other;  // nanoseconds, medians
@@ -93,7 +93,7 @@ Comparison compare(Ours&& ours, Other&& other, double batchMs = 1, int batches =
   return {median(all[0]), median(all[1]), median(all[2])};
 }
 
-/// Prints a figure on a line of standard output: key, value and unit, separated by tabs.
+/// Prints a measurement on a line of standard output: key, value and unit, separated by tabs.
 void print(const std::string& key, double value, const char* unit);
 
 }  // namespace bench

@@ -1,5 +1,5 @@
-/// The least that a lookup must do, written by hand for exactly these bytes: no logging, checks, retries or
-/// exceptions. These are the floors of the benchmarks.
+/// Minimal lookups, hand-written for exactly these bytes: no logging, checks, retries or exceptions. The
+/// baselines of the benchmarks.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace bench {
 
-/// One exchange that carries no fields. Ends the process if it fails.
+/// One exchange without fields. Ends the process if it fails.
 void plainPing(int fd);
 
 struct PlainAttribute {
@@ -24,9 +24,9 @@ PlainObject plainUnpack(const char* blob, size_t size);
 /// The same, keeping only names and values.
 std::map<std::string, std::vector<std::string>> plainMap(const char* blob, size_t size);
 
-/// Asks for one object by name and unpacks the reply.
+/// Requests one object by name and unpacks the reply.
 PlainObject plainGetUser(int fd, const std::string& name);
-/// Asks for a list of objects and unpacks them.
+/// Requests a list of objects and unpacks them.
 std::vector<PlainObject> plainSearch(int fd);
 
 }  // namespace bench

@@ -10,7 +10,7 @@ namespace bench {
 
 /// Ends the process with the system's text for errno.
 [[noreturn]] void die(const char* what);
-/// Keeps the process on one processor; -1 gives it all of them.
+/// Pins the process to one processor; -1 means all.
 void pinTo(int cpu);
 
 /// Returns a non-blocking descriptor that is connected to `path`.
@@ -22,7 +22,7 @@ bool receiveFrame(int fd, std::vector<char>& bytes, size_t& size);
 size_t receiveLength(int fd);
 void receiveBytes(int fd, char* bytes, size_t size);
 
-/// What a session checks before each request: still the same process and descriptor, and nothing to read?
+/// A session's checks before each request: same process, same descriptor, nothing to read.
 void checkConnection(int fd);
 
 }  // namespace bench

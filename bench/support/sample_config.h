@@ -5,7 +5,7 @@
 
 namespace bench {
 
-/// A file of its own. The destructor removes it.
+/// A temporary file, removed by the destructor.
 class SampleConfig {
  public:
   /// "key: value", or "key = value" below the name of a section.

@@ -13,10 +13,10 @@ namespace bench {
 
 using Entry = std::map<std::string, std::vector<std::string>>;
 
-/// Variant 0 has all attributes. The others lack some and have values of other lengths, so that a processor's
-/// branch predictor cannot learn one object.
+/// Variant 0 has all attributes. The others lack some, and have values of other lengths, so that the branch
+/// predictor cannot learn one object.
 Entry sampleUser(int variant = 0);
-/// Variant 0 with its DN where the daemon puts it and typed views look for it.
+/// Variant 0 with its DN in the attribute that the daemon sets and typed views read.
 Entry daemonUser();
 
 vesk::ADObject objectOf(const Entry& entry);
@@ -24,11 +24,11 @@ vesk::ADObject objectOf(const Entry& entry);
 std::string blobOf(const Entry& entry);
 std::vector<std::string> sampleBlobs(int count);
 
-/// Three names to ask a sample user for, which all variants have.
+/// Three attribute names that all variants have.
 using Triple = std::vector<std::string>;
 const std::vector<Triple>& sampleTriples();
 
-/// Runs through numbers in an order that no predictor can learn.
+/// Iterates over numbers in an unpredictable order.
 class Scatter {
  public:
   unsigned next() {
@@ -40,7 +40,7 @@ class Scatter {
   unsigned m_state = 1;
 };
 
-/// A different choice of object and names at every call.
+/// Chooses another object and other names on every call.
 class Mix {
  public:
   static constexpr int kObjects = 128;
