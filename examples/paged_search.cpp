@@ -1,5 +1,6 @@
 // Searches the directory and prints the name and DN of each object. Keeps only one page of the result in
-// memory. usage: paged_search SOCKET FILTER
+// memory.
+// usage: paged_search SOCKET FILTER
 #include <fokrazo.h>
 
 #include <iostream>
