@@ -23,21 +23,6 @@ void loadText(Directory& directory, const std::string& ldif) {
   directory.load(scratch.path("ldif"));
 }
 
-std::string sidBytes(unsigned rid) {
-  vesk::SID sid("S-1-5-21-1-2-3-" + std::to_string(rid));
-  return sid.bytes();
-}
-
-/// An account or a group with SID and, for a member, what it is in.
-Entry makeEntry(const std::string& name, const char* objectClass, unsigned rid, const char* in = nullptr) {
-  Entry entry("CN=" + name + ",DC=x,DC=y");
-  entry.add(AD_OBJECT_CLASS, objectClass);
-  entry.add(AD_USERNAME, name);
-  entry.add(AD_OBJECT_SID, sidBytes(rid));
-  if (in) entry.add(AD_MEMBEROF, "CN="s + in + ",DC=x,DC=y");
-  return entry;
-}
-
 std::set<std::string> values(const Directory& directory, const char* name, const std::string& attribute) {
   AttributeMap map(directory);
   vesk::ADObject object = map.object(directory.byName(name, Family::Both), {});
@@ -113,25 +98,7 @@ TEST(Directory, ShortensALongDomainToItsShortName) {
 
 TEST(Directory, ResolvesNestedGroupsAndSurvivesCircles) {
   Directory directory;
-  directory.add(makeEntry("user", "user", 1, "inner"));
-  directory.add(makeEntry("computer", "computer", 2));
-  Entry inner = makeEntry("inner", "group", 10, "middle");
-  inner.add(AD_GROUP_MEMBERS, "CN=computer,DC=x,DC=y");
-  directory.add(inner);
-  Entry middle = makeEntry("middle", "group", 11, "outer");
-  middle.add(AD_GROUP_MEMBERS, "cn=Inner, dc=x, dc=y");  // both ends of one edge
-  middle.add(AD_GROUP_MEMBERS, "CN=gone,DC=x,DC=y");
-  middle.add(AD_GROUP_MEMBERS, "CN=middle,DC=x,DC=y");
-  directory.add(middle);
-  directory.add(makeEntry("outer", "group", 12, "inner"));  // the circle
-  directory.add(makeEntry("apart", "group", 13));
-  Entry primary = makeEntry("loner", "user", 3);
-  primary.add(AD_PRIMARY_GID, "12");
-  primary.add(AD_TOKEN_GROUPS, sidBytes(13));  // nothing else leads there
-  primary.add(AD_TOKEN_GROUPS, sidBytes(99));  // a group outside
-  primary.add(AD_TOKEN_GROUPS, "damaged");
-  directory.add(primary);
-
+  directory.load(TEST_SOURCE_DIR "/tests/standin/groups.ldif");
   std::set<std::string> both = {"loner", "user"};
   for (const char* group : {"inner", "middle", "outer"}) {
     EXPECT_EQ(values(directory, group, VESK_GROUP_MEMBERS), both) << group;

@@ -19,7 +19,7 @@ end() {  # end SIGNAL: sends it to the process of the file `pid`, and waits for 
   local pid
   read -r pid <pid
   kill "-$1" "$pid"
-  tail --pid="$pid" -f /dev/null
+  tail -s 0.1 --pid="$pid" -f /dev/null
   rm -f pid
 }
 

@@ -46,61 +46,57 @@ Guid guid(const char* text) {
   return guid;
 }
 
-const std::string kSystem = "SystemException 0 ";
-const std::string kNull = kSystem + "Null adobject";
-const std::string kNoUser = "NotFoundException 0 User not found";
-const std::string kNoGroup = "NotFoundException 0 Group not found";
-const std::string kUnread = "IOException 0 ber_scanf ";
-const std::string kDebug = "DEBUG lrpc.session ";
-const std::string kRemote = i(3) + s("no such base");
-const std::string kRemoteText = " 0 no such base";  // such an exception has no class name
+// clang-format off
+const std::string kSystem = "SystemException 0 ", kNull = kSystem + "Null adobject", kUnread = "IOException 0 ber_scanf ";
+const std::string kNoUser = "NotFoundException 0 User not found", kNoGroup = "NotFoundException 0 Group not found";
+const std::string kNoRoles = kSystem + "could not get roles", kNoTest = kSystem + "could do sandbox test";
+const std::string kDebug = "DEBUG lrpc.session ", kRenewed = kDebug + "O:LRPC::renewCredentials user=xbjork ";
+const std::string kLoggedOn = kDebug + "O:LRPC::netLogonSamLogon - user=xbjork ";
+const std::string kChanged = kDebug + "O:LRPC::samChangeUserPassword - user=nobody ";
+const std::string kMachine = kDebug + "LocalRpcSession::setMachinePassword returns ";
+const std::string kRemote = i(3) + s("no such base"), kRemoteText = " 0 no such base";  // an exception without class name
+const std::string kRefused = reply(0, status(36, 0, static_cast<int>(0xC000006D), "Logon failure"));
+const std::string kSearch = s("EXAMPLE") + s("OU=Corp," DOMAIN) + s("(sAMAccountName=xbjork)") + sequence(s("cn") + s("")) + i(2) + i(9) + i(1);
+const std::string kSearchAll = s("") + s("") + s("") + sequence("") + i(0) + i(-1) + i(0);
+const std::string kSix = s("1") + s("2") + s("3") + s("4") + s("5") + s("");
 
-// The usual replies: a result that is returned, one that is true on failure, a value with one exception for
-// every failure, and a value with the daemon's own exceptions.
+// The usual replies: a result that is returned, one that is true on failure, a value with one exception for every failure,
+// and a value with the daemon's own exceptions.
 const Answers kResult = {{answer(0), "0"}, {answer(2), "2"}, {answer(14, kRemote), "14"}, {reply(0), "11"}};
-const Answers kFailure = {
-    {answer(0), "false"}, {answer(17), "true"}, {answer(17, kRemote), "true"}, {reply(0), "true"}};
+const Answers kFailure = {{answer(0), "false"}, {answer(17), "true"}, {answer(17, kRemote), "true"}, {reply(0), "true"}};
+const Answers kMachineResult = {{answer(0), "0", kMachine + "(0)\n"}, {answer(10), "10", kMachine + "(10)\n"}};
 
-Answers value(const std::string& fields, const std::string& read, const std::string& failure,
-              const Answers& more = {}) {
-  Answers all = {
-      {answer(0, fields), read}, {answer(2), failure}, {answer(2, kRemote), failure}, {reply(0), failure}};
-  all.insert(all.end(), more.begin(), more.end());
-  return all;
+Answers operator+(Answers some, const Answers& more) {
+  some.insert(some.end(), more.begin(), more.end());
+  return some;
 }
-Answers value(const std::string& fields, const std::string& read, const Answers& more = {}) {
+Answers value(const std::string& fields, const std::string& read, const std::string& failure) {
+  return {{answer(0, fields), read}, {answer(2), failure}, {answer(2, kRemote), failure}, {reply(0), failure}};
+}
+Answers value(const std::string& fields, const std::string& read) {
   const std::string none = kUnread + "IPCException::decode";
-  Answers all = {
-      {answer(0, fields), read}, {answer(33, kRemote), kRemoteText}, {answer(33), none}, {reply(0), none}};
-  all.insert(all.end(), more.begin(), more.end());
-  return all;
+  return {{answer(0, fields), read}, {answer(33, kRemote), kRemoteText}, {answer(33), none}, {reply(0), none}};
 }
-
 // By name the daemon's own exceptions come through; `none` is for all that is not found otherwise.
 Answers named(const std::string& dn, const std::string& none, const std::string& emptied) {
-  return {{answer(0, object(dn)), dn},
-          {answer(17), none},
-          {answer(13, kRemote), kRemoteText},
-          {reply(0), none},
-          {answer(0, s("")), emptied}};
+  return {{answer(0, object(dn)), dn}, {answer(17), none}, {answer(13, kRemote), kRemoteText}, {reply(0), none}, {answer(0, s("")), emptied}};
 }
 Answers keyed(const std::string& dn, const std::string& none, const std::string& emptied) {
-  return value(object(dn), dn, none, {{answer(0, s("")), emptied}});
+  return value(object(dn), dn, none) + Answers{{answer(0, s("")), emptied}};
 }
 Answers listed(const std::string& dn, const std::string& none) {
-  Answers all = named(dn, none, kNull);
-  all.push_back({reply(0, status(42, 10)), "EndOfListException 0 End of list"});
-  return all;
+  return named(dn, none, kNull) + Answers{{reply(0, status(42, 10)), "EndOfListException 0 End of list"}};
 }
-Answers objects(const std::string& dn) {
-  return value(i(1) + object(dn), "1 " + dn,
-               {{answer(0, i(2) + s("") + object(dn)), "2 empty " + dn},
-                {answer(0, i(0)), "0"},
-                {answer(0, i(-1) + object(dn)), "0"},
-                {answer(0, i(0x7fffffff) + object(dn)), kUnread + "adobj"},
-                {answer(33, i(6) + s("x")), " 0 Unknown error"}});
+Answers yes(const std::string& failure) {
+  return value(i(-1), "true", failure) + Answers{{answer(0, i(0)), "false"}};
 }
-
+const Answers kUserOrEmpty = named(USER, "empty", "empty"), kGroupOrEmpty = named(GROUP, "empty", "empty");
+const Answers kList = value(i(1) + object(USER), "1 " USER) + Answers{
+    {answer(0, i(2) + s("") + object(USER)), "2 empty " USER},
+    {answer(0, i(0)), "0"},
+    {answer(0, i(-1) + object(USER)), "0"},
+    {answer(0, i(0x7fffffff) + object(USER)), kUnread + "adobj"},
+    {answer(33, i(6) + s("x")), " 0 Unknown error"}};
 Answers refreshed(const std::string& done) {
   return {{answer(0), done},
           {reply(0, status(0, 0, 5, "as you wish")), "as you wish"},
@@ -112,23 +108,7 @@ Answers refreshed(const std::string& done) {
           {reply(0, status(9, 0, -5, "100%% of %s, %n%")), "SystemException -5 100% of %s, %n%"},
           {reply(0, status(9, 0, 0, std::string(600, 'x'))), "SystemException 9 " + std::string(511, 'x')}};
 }
-Answers yes(const std::string& failure) {
-  return value(i(-1), "true", failure, {{answer(0, i(0)), "false"}});
-}
-
-const Answers kUserOrEmpty = named(USER, "empty", "empty"), kGroupOrEmpty = named(GROUP, "empty", "empty");
-const std::string kSearch = s("EXAMPLE") + s("OU=Corp," DOMAIN) + s("(sAMAccountName=xbjork)") +
-                            sequence(s("cn") + s("")) + i(2) + i(9) + i(1);
-const std::string kSearchAll = s("") + s("") + s("") + sequence("") + i(0) + i(-1) + i(0);
-const std::string kSix = s("1") + s("2") + s("3") + s("4") + s("5") + s("");
-const std::string kNoRoles = kSystem + "could not get roles", kNoTest = kSystem + "could do sandbox test";
-const std::string kLoggedOn = kDebug + "O:LRPC::netLogonSamLogon - user=xbjork ";
-const std::string kChanged = kDebug + "O:LRPC::samChangeUserPassword - user=nobody ";
-const std::string kRefused = reply(0, status(36, 0, static_cast<int>(0xC000006D), "Logon failure"));
-const std::string kRenewed = kDebug + "O:LRPC::renewCredentials user=xbjork ";
-const std::string kMachine = kDebug + "LocalRpcSession::setMachinePassword returns ";
-const Answers kMachineResult = {{answer(0), "0", kMachine + "(0)\n"},
-                                {answer(10), "10", kMachine + "(10)\n"}};
+// clang-format on
 
 // With all attributes, to reveal an answer that is cut short or mixed with another.
 std::string whole(LocalRpcSession& session) {
@@ -222,15 +202,15 @@ const std::vector<Operation> kOperations = {
     {CALL(endListUser()), kSame, kOnce, SENDS(14, i(0) + i(0)), kFailure},
     {CALL(endListGroup()), kSame, kOnce, SENDS(14, i(1) + i(0)), kFailure},
     {CALL(endListShadow()), kSame, kOnce, SENDS(14, i(2) + i(0)), kFailure},
-    {CALL(ldapSearch("EXAMPLE", "OU=Corp," DOMAIN, "(sAMAccountName=xbjork)", kNames, ScopeSubtree, 9, true)), kSame, kAgain, SENDS(16, kSearch), objects(USER)},
-    {CALL(ldapSearch("", "", "", nullptr, ScopeBase, -1, false)), kNone, kAgain, SENDS(16, kSearchAll), objects(USER)},
-    {CALL(ldapPagedSearch("EXAMPLE", "OU=Corp," DOMAIN, "(sAMAccountName=xbjork)", kNames, ScopeSubtree, 9, true)), kNone, kAgain, SENDS(22, kSearch), value(i(7), "handle", {{answer(0), kUnread + "int"}})},
+    {CALL(ldapSearch("EXAMPLE", "OU=Corp," DOMAIN, "(sAMAccountName=xbjork)", kNames, ScopeSubtree, 9, true)), kSame, kAgain, SENDS(16, kSearch), kList},
+    {CALL(ldapSearch("", "", "", nullptr, ScopeBase, -1, false)), kNone, kAgain, SENDS(16, kSearchAll), kList},
+    {CALL(ldapPagedSearch("EXAMPLE", "OU=Corp," DOMAIN, "(sAMAccountName=xbjork)", kNames, ScopeSubtree, 9, true)), kNone, kAgain, SENDS(22, kSearch), value(i(7), "handle") + Answers{{answer(0), kUnread + "int"}}},
     {"ldapPagedSearch, all pages", [](LocalRpcSession& session, const Secrets&) { return pages(session); }, "11", kInParts},
-    {CALL(ldapFetch("EXAMPLE", USER, kNames, true)), kSame, kAgain, SENDS(21, s("EXAMPLE") + s(USER) + sequence(s("cn") + s("")) + i(1)), value(object(USER), USER, {{answer(0, s("")), "empty"}})},
+    {CALL(ldapFetch("EXAMPLE", USER, kNames, true)), kSame, kAgain, SENDS(21, s("EXAMPLE") + s(USER) + sequence(s("cn") + s("")) + i(1)), value(object(USER), USER) + Answers{{answer(0, s("")), "empty"}}},
 
     {CALL(validatePlainTextUser("xbjork", p.first, true)), kSame, kAgain, SENDS(3, s("xbjork") + s(p.first) + i(1)), kResult},
     {CALL(validatePlainTextUser("nobody", p.second, false)), "1", kAgain, SENDS(3, s("nobody") + s(p.second) + i(0)), kResult},
-    {CALL(validateKerberosUser("xbjork", p.first)), kSame, kAgain, SENDS(4, s("xbjork") + s(p.first)), value(object(USER), USER, kSystem + "failed to validate Kerberos user", {{answer(0, s("")), kNull}})},
+    {CALL(validateKerberosUser("xbjork", p.first)), kSame, kAgain, SENDS(4, s("xbjork") + s(p.first)), value(object(USER), USER, kSystem + "failed to validate Kerberos user") + Answers{{answer(0, s("")), kNull}}},
     {CALL(getNtlmChallenge(p.first).size()), kSame, kAgain, SENDS(5, s(p.first)), value(s(std::string("p\0\xff%s\nq", 8)), "8", kSystem + "failed to get NLTM challenge")},
     {CALL(validateNtlmUser(p.first)), kSystem + "failed to validate NTLM user", kOnce, SENDS(6, s(p.first)), value(object(USER), USER, kSystem + "failed to validate NTLM user")},
     {CALL(validateUserGroup("asharma", {"nest6", ""}, false, UNIX_NAME | WINDOWS_NAME)), kSame, kAgain, SENDS(10, s("asharma") + i(2) + s("nest6") + s("") + i(0) + i(2)), kResult},
