@@ -38,7 +38,7 @@ class ListeningSocketTest : public testing::Test {
   std::optional<ListeningSocket> m_socket;
 };
 
-TEST_F(ListeningSocketTest, IsForEverybodyAndForNoChild) {
+TEST_F(ListeningSocketTest, IsOpenToEveryUserAndClosedOnExec) {
   const mode_t before = umask(0077);
   EXPECT_EQ(open(), "open");
   umask(before);
@@ -86,7 +86,7 @@ TEST_F(ListeningSocketTest, IsReplacedAndRemovesOnlyItsOwnFile) {
   EXPECT_TRUE(exists("daemon"));
 }
 
-TEST_F(ListeningSocketTest, HasAPathThatFits) {
+TEST_F(ListeningSocketTest, RefusesAPathThatIsTooLong) {
   const auto create = [&](size_t size) { ListeningSocket socket("/tmp/" + std::string(size - 5, 'x')); };
   EXPECT_NO_THROW(create(ListeningSocket::kLongestPath));
   EXPECT_THROW(create(ListeningSocket::kLongestPath + 1), Error);

@@ -42,45 +42,7 @@ Object object() {
   return made;
 }
 
-/// What the searches and listings of a back end do.
-struct Journal {
-  std::vector<size_t> limits;       // of the pages asked for
-  std::vector<Done<Objects>> late;  // the pages not yet answered
-  int cutShort = 0;                 // searches destroyed before next() had returned
-};
-
-/// Pages of one object. A page of 1 is empty, a page of 2 comes late.
-class ScriptedSearch : public Search {
- public:
-  explicit ScriptedSearch(Journal& journal) : m_journal(journal) {}
-  ~ScriptedSearch() override { m_journal.cutShort += m_isRunning; }
-  void next(size_t limit, Done<Objects> done) override {
-    m_isRunning = true;
-    m_journal.limits.push_back(limit);
-    if (limit == 2) {
-      m_journal.late.push_back(std::move(done));
-    } else {
-      done(limit == 1 ? Objects() : Objects(1, object()));
-    }
-    m_isRunning = false;
-  }
-
- private:
-  Journal& m_journal;
-  bool m_isRunning = false;
-};
-
-/// A listing whose objects come late.
-class LateListing : public Listing {
- public:
-  explicit LateListing(std::vector<Done<Object>>& later) : m_later(later) {}
-  void next(const Selection&, Done<Object> done) override { m_later.push_back(std::move(done)); }
-
- private:
-  std::vector<Done<Object>>& m_later;
-};
-
-/// Answers a lookup as its name says.
+/// Answers a lookup as its name says, and counts and holds back what searches and listings are asked for.
 class ScriptedBackend : public Backend {
  public:
   Health health() const override { return {vesk::VR_DISCONNECTED_MODE, 7, 8, "offline"}; }
@@ -96,17 +58,42 @@ class ScriptedBackend : public Backend {
     done(object());
   }
   void openSearch(const Caller&, const SearchQuery&, Done<std::unique_ptr<Search>> done) override {
-    done(std::unique_ptr<Search>(std::make_unique<ScriptedSearch>(journal)));
+    done(std::unique_ptr<Search>(std::make_unique<ScriptedSearch>(*this)));
   }
   void openListing(const Caller& caller, vesk::DSObjectType type,
                    Done<std::unique_ptr<Listing>> done) override {
     if (type != vesk::DSGroup) return Backend::openListing(caller, type, std::move(done));
-    done(std::unique_ptr<Listing>(std::make_unique<LateListing>(later)));
+    done(std::unique_ptr<Listing>(std::make_unique<LateListing>(*this)));
   }
 
   const Object large = objectOf(8 << 20);  // more than a socket takes
   std::vector<Done<Object>> later;
-  Journal journal;
+  std::vector<Done<Objects>> laterPages;
+  std::vector<size_t> limits;  // of the pages asked for
+  int cutShort = 0;            // searches destroyed before next() had returned
+
+ private:
+  /// Pages of one object. A page of 1 is empty, a page of 2 comes late.
+  struct ScriptedSearch : Search {
+    explicit ScriptedSearch(ScriptedBackend& backend) : m_backend(backend) {}
+    ~ScriptedSearch() override { m_backend.cutShort += m_isRunning; }
+    void next(size_t limit, Done<Objects> done) override {
+      m_isRunning = true;
+      m_backend.limits.push_back(limit);
+      if (limit == 2)
+        m_backend.laterPages.push_back(std::move(done));
+      else
+        done(limit == 1 ? Objects() : Objects(1, object()));
+      m_isRunning = false;
+    }
+    ScriptedBackend& m_backend;
+    bool m_isRunning = false;
+  };
+  struct LateListing : Listing {
+    explicit LateListing(ScriptedBackend& backend) : m_backend(backend) {}
+    void next(const Selection&, Done<Object> done) override { m_backend.later.push_back(std::move(done)); }
+    ScriptedBackend& m_backend;
+  };
 };
 
 /// Requests and replies pass, as the members say.
@@ -223,7 +210,7 @@ class ServerTest : public testing::Test {
   /// Waits until so many lookups and pages are held back.
   void awaitHeldBack(size_t count) {
     for (size_t held = 0; held < count;)
-      onLoop([&] { held = m_backend.later.size() + m_backend.journal.late.size(); });
+      onLoop([&] { held = m_backend.later.size() + m_backend.laterPages.size(); });
   }
   void answerLater() {
     onLoop([this] {
@@ -268,7 +255,7 @@ TEST_F(ServerTest, EveryAnswerOfTheBackEndReachesTheClient) {
       {"an unknown opcode", framed(request(48)), refused(48, 2)},
       {"a field that is missing", framed(request(20)), refused(20, 2)},
   };
-  RawClient client = this->client();
+  RawClient client(m_path);
   for (const auto& row : kRows) EXPECT_EQ(client.ask(row.request, row.reply), row.reply) << row.what;
   EXPECT_TRUE(client.send(framed("no message at all")).isEnded());
 }
@@ -287,7 +274,7 @@ TEST_F(ServerTest, ALateAnswerHoldsUpNobodyElseAndKeepsItsPlace) {
   EXPECT_EQ(other.ask(m_ping, kPong), kPong);
 }
 
-TEST_F(ServerTest, ClientsThatMakeNoProgressAreLeftAndOthersStay) {
+TEST_F(ServerTest, ClientsThatMakeNoProgressAreDroppedAndOthersStay) {
   startImpatient();
   RawClient idle = client(), half = client(), deaf = client(), waiting = client();
   EXPECT_EQ(idle.ask(m_ping, kPong), kPong);
@@ -302,7 +289,7 @@ TEST_F(ServerTest, ClientsThatMakeNoProgressAreLeftAndOthersStay) {
   EXPECT_EQ(idle.ask(m_ping, kPong), kPong);
 }
 
-TEST_F(ServerTest, ARequestHasItsLargestSize) {
+TEST_F(ServerTest, ARequestMayBeAsLongAsTheLimit) {
   Limits limits;
   limits.frameBytes = 1000;
   start(limits);
@@ -317,10 +304,10 @@ TEST_F(ServerTest, ARequestHasItsLargestSize) {
   EXPECT_TRUE(client().send(word(UINT32_MAX)).isEnded());
 }
 
-TEST_F(ServerTest, AClientHasSoManySearchesOpenAndPagesOfAUsualSize) {
+TEST_F(ServerTest, TheOldestSearchGivesWayAndPagesHaveADefaultSize) {
   start();
   const std::string one = answered(0, "", integer(1) + octets({object()->data(), object()->size()}), 23);
-  RawClient client = this->client();
+  RawClient client(m_path);
   for (int handle = 1; handle <= 65; ++handle) {
     const std::string opened = answered(0, "", integer(handle), 22);
     EXPECT_EQ(client.ask(openSearch(handle == 65 ? 1 : handle == 64 ? 0 : 500), opened), opened);
@@ -331,22 +318,22 @@ TEST_F(ServerTest, AClientHasSoManySearchesOpenAndPagesOfAUsualSize) {
   EXPECT_EQ(client.ask(page(65), kEmptyPage), kEmptyPage);
   EXPECT_EQ(client.ask(page(65), kUnknownSearch), kUnknownSearch) << "a search is closed after its last page";
   EXPECT_EQ(this->client().ask(page(64), kUnknownSearch), kUnknownSearch) << "the search of another client";
-  EXPECT_EQ(m_backend.journal.limits, (std::vector<size_t>{500, 100, 1}));
-  EXPECT_EQ(m_backend.journal.cutShort, 0) << "next() goes on after its completion";
+  EXPECT_EQ(m_backend.limits, (std::vector<size_t>{500, 100, 1}));
+  EXPECT_EQ(m_backend.cutShort, 0) << "next() goes on after its completion";
 }
 
 TEST_F(ServerTest, ALateLastPageEndsTheSearchBeforeTheNextRequest) {
   start();
-  RawClient client = this->client();
+  RawClient client(m_path);
   const std::string opened = answered(0, "", integer(1), 22);
   EXPECT_EQ(client.ask(openSearch(2), opened), opened);
   client.send(page(1) + page(1));
   awaitHeldBack(1);
   size_t asked = 0;
   onLoop([&] {
-    const Done<Objects> done = m_backend.journal.late.front();
+    const Done<Objects> done = m_backend.laterPages.front();
     done(Objects());
-    asked = m_backend.journal.late.size();
+    asked = m_backend.laterPages.size();
   });
   EXPECT_EQ(asked, 1u) << "a page of a search that has ended";
   EXPECT_EQ(client.receive((kEmptyPage + kUnknownSearch).size()), kEmptyPage + kUnknownSearch);
@@ -366,13 +353,13 @@ TEST_F(ServerTest, ATimeOutEndsTheSearchOrListing) {
       {framed(request(13, integer(1) + integer(0) + integer(0))), answered(0, "", "", 13), list("@#"),
        answered(16, away), thrown(33, closed, 11)},
   };
-  RawClient client = this->client();
+  RawClient client(m_path);
   for (const auto& row : kRows) {
     EXPECT_EQ(client.ask(row.open, row.opened), row.opened);
     EXPECT_EQ(client.ask(row.next, row.away), row.away);
     EXPECT_EQ(client.ask(row.next, row.gone), row.gone);
   }
-  onLoop([this] { m_backend.journal.late.front()(Objects()); });
+  onLoop([this] { m_backend.laterPages.front()(Objects()); });
   answerLater();
   EXPECT_EQ(client.ask(m_ping, kPong), kPong) << "late answers that nobody waits for";
 }
@@ -433,7 +420,7 @@ TEST_F(ServerTest, ARestartEndsEveryConnectionAndIsCounted) {
 
 TEST_F(ServerTest, AFailedRestartIsLoggedAndChangesNothing) {
   start();
-  RawClient client = this->client(), other = this->client();
+  RawClient client(m_path), other(m_path);
   EXPECT_EQ(client.ask(m_ping, kPong), kPong);
   std::filesystem::create_directory(m_path + ".new");
   bool isRestarted = true;

@@ -1,5 +1,5 @@
-// A session while the system fails it: an operation gives the right answer or an exception that the
-// header names, nothing is left behind, and the same session works afterwards.
+// A session while calls of the system fail: an operation returns the right answer or throws an exception that
+// the header names, nothing leaks, and the same session works afterwards.
 
 #include <fokrazo/session.h>
 #include "tests/faults/fault_plans.h"
@@ -27,7 +27,7 @@ class SessionFaultsTest : public WorldTest {
     WorldTest::TearDown();
   }
 
-  // Gives the number of failures. `prepare` is called before each time that the operation is made.
+  // Returns the number of failures. Calls `prepare` before each attempt.
   template <class Prepare>
   unsigned failEachCallOf(const Operation& operation, LocalRpcSession& session, Prepare prepare) {
     SCOPED_TRACE(operation.name);
@@ -52,13 +52,13 @@ class SessionFaultsTest : public WorldTest {
     return failures;
   }
 
-  // A transfer is gone on with. Nothing interrupts a receiving for which the bytes are there.
+  // A short or interrupted transfer continues. A read is never interrupted once its bytes have arrived.
   static bool isHarmless(const FaultPlan& plan) {
     return plan.error == Fault::kShort || (plan.isInterruption() && plan.call != Call::Read);
   }
 
-  // A descriptor that cannot be inspected is not known to be the session's own, and it stays open while the
-  // operation goes on with another.
+  // A session does not close a descriptor that it cannot inspect, because it may not be its own, and uses a
+  // new one.
   void checkRest(const Operation& operation, LocalRpcSession& session, bool mayLeak) {
     inAnotherThread([&] { EXPECT_EQ(operation.make(session), operation.outcome); });
     if (mayLeak || !m_staysConnected) session.dropConnection();
@@ -82,7 +82,7 @@ class SessionFaultsTest : public WorldTest {
   bool m_staysConnected = false;  // between failures: those of a connect have been tried
 };
 
-TEST_F(SessionFaultsTest, EachCallOfEachOperationFails) {
+TEST_F(SessionFaultsTest, EveryOperationSurvivesTheFailureOfEachCall) {
   constexpr size_t kConnecting = 2;  // one that is sent again and one that is not
   unsigned failures = 0;
   for (size_t i = 0; i < operations().size() && !HasFailure(); ++i) {
@@ -92,8 +92,8 @@ TEST_F(SessionFaultsTest, EachCallOfEachOperationFails) {
   printf("%u failures of the system in %zu operations\n", failures, operations().size());
 }
 
-// With a stand-in that knows nobody: it is started again for each failure.
-TEST_F(SessionFaultsTest, EachCallOfStopFails) {
+// The stand-in is started again for each failure, so it serves an empty directory.
+TEST_F(SessionFaultsTest, StopSurvivesTheFailureOfEachCall) {
   put(in("nobody.ldif"), "");
   StandinProcess standin({}, in("nobody.ldif"));
   LocalRpcSession session(standin.socket(), false, true);
@@ -106,7 +106,7 @@ TEST_F(SessionFaultsTest, EachCallOfStopFails) {
   printf("%u failures of the system\n", failures);
 }
 
-TEST_F(SessionFaultsTest, ASignalInterruptsEverything) {
+TEST_F(SessionFaultsTest, OperationsSucceedWhileSignalsInterruptThem) {
   const unsigned long before = Interruptions::count();
   {
     const Interruptions interruptions;

@@ -48,7 +48,7 @@ TEST(DnKey, IsTheSameForAllSpellingsOfOneName) {
   EXPECT_FALSE(isWithin(dnKey("CN=a\\,DC=y"), dnKey("DC=y")));
 }
 
-TEST(Directory, ReadsLdifAsItComes) {
+TEST(Directory, ReadsEveryFormOfLdif) {
   Directory directory;
   loadText(
       directory,
@@ -158,7 +158,7 @@ TEST_F(SampleTest, KeepsEveryValueAndItsIdentity) {
   EXPECT_EQ(m_directory.bySid(vesk::SID().bytes()), kNoEntry);
 }
 
-TEST_F(SampleTest, GivesTheAttributesThatAreWanted) {
+TEST_F(SampleTest, ReturnsOnlyTheAttributesThatAreWanted) {
   const EntryId id = m_directory.byName("lquispe", Family::Accounts);
   vesk::ADObject some = m_map.object(id, {"CN", "_uid", "nosuch"});
   EXPECT_TRUE(some.attributeExists("cn", true) && some.attributeExists(VESK_UID, true));

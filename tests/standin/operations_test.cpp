@@ -1,5 +1,4 @@
-// Operations of a session against a whole stand-in: what each comes to, and what connections of every kind do
-// to it.
+// Operations of a session against a whole stand-in: their results, over good connections and bad ones.
 
 #include "tests/support/operations.h"
 #include <fokrazo/attrnames.h>
@@ -72,9 +71,9 @@ const Operation kSteps[] = {
 };
 // clang-format on
 
-// Over connections that are slow, and lost or spoiled at every third request: what is not sent again fails in
-// that way, and comes to the same when it is asked for once more.
-TEST(StandinOperations, ComeToTheSameOverBadConnections) {
+// The connections are slow, or lost or spoiled at every third request. An operation that is not sent again
+// fails as expected, and succeeds when the test repeats it.
+TEST(StandinOperations, ReturnTheSameOverBadConnections) {
   const struct {
     const char *fault, *failure;
   } kRows[] = {
@@ -106,13 +105,13 @@ TEST(StandinOperations, ComeToTheSameOverBadConnections) {
   }
 }
 
-TEST(StandinOperations, ComeToWhatTheDirectoryHolds) {
+TEST(StandinOperations, ReturnWhatTheDirectoryHolds) {
   StandinProcess standin;
   LocalRpcSession session(standin.socket(), false, true);
   for (const Operation& step : kSteps) EXPECT_EQ(step.make(session), step.outcome) << step.name;
 }
 
-TEST(StandinOperations, TellTheStateOfAnAccount) {
+TEST(StandinOperations, ReportTheStateOfAnAccount) {
   const struct {
     const char *user, *password;
     ValidationResult result;
@@ -147,7 +146,7 @@ TEST(StandinOperations, TellTheStateOfAnAccount) {
   EXPECT_THROW(session.validateNtlmUser(token), SystemException);  // a challenge counts once
 }
 
-// The peer's effective user decides, not the name that it gives.
+// The peer's effective user decides, not the name in the request.
 TEST(StandinOperations, RefuseAdministrationToOtherUsers) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can become another user";
   const Operation kRefused[] = {

@@ -77,7 +77,7 @@ TEST_F(StandinTest, FindsEveryAccountAndGroupByEachKey) {
   }
 }
 
-TEST_F(StandinTest, ListsEachKindToItsOwnEnd) {
+TEST_F(StandinTest, ListsEachKindOfEntryIndependently) {
   const auto user = [&] { return m_session.getUser2(NEXT_ENTRY, 0); };
   const auto group = [&] { return m_session.getGroup2(NEXT_ENTRY, 0); };
   const auto shadow = [&] { return m_session.getShadow(NEXT_ENTRY, 0); };
@@ -137,7 +137,7 @@ TEST_F(StandinTest, RestartsAtASignal) {
 
 // It can neither accept a client nor restart; then there is room again; at last there is none when it has to
 // end.
-TEST_F(StandinTest, WaitsForDescriptors) {
+TEST_F(StandinTest, ServesOnWhileThereAreNoMoreDescriptors) {
   // The sanitizer needs descriptors for its own checks of addresses.
   if (strstr(SANITIZERS, "undefined")) GTEST_SKIP() << "not with the undefined-behaviour sanitizer";
   m_session.ping();
@@ -235,8 +235,7 @@ TEST_F(StandinTest, NoClientDisturbsTheOthers) {
   EXPECT_EQ(reply.result(), IPC_SUCCESS);
 }
 
-// A test that is killed leaves neither a stand-in nor a holder of the stream that its runner reads to the
-// end.
+// Otherwise a test that is killed would leave a stand-in, and a runner would wait for the end of its output.
 TEST(StandinProcess, EndsWithItsTestAndHoldsNoneOfItsStreams) {
   int output[2];
   ASSERT_EQ(pipe2(output, O_CLOEXEC), 0);

@@ -24,12 +24,8 @@ const char* kNames[] = {"cn", "", nullptr};
 #define USER "CN=Ximena Björk,OU=People,OU=Corp," DOMAIN
 #define GROUP "CN=Büro,OU=Groups,OU=Corp," DOMAIN
 
-std::string i(int value) {
-  return integer(value);
-}
-std::string s(const std::string& bytes) {
-  return octets(bytes);
-}
+constexpr auto i = integer;
+constexpr auto s = octets;
 
 const SID kUserSid("S-1-5-21-359486819-752017888-1696740182-1246");
 const SID kGroupSid("S-1-5-21-359486819-752017888-1696740182-1410");
@@ -70,26 +66,16 @@ Answers operator+(Answers some, const Answers& more) {
   some.insert(some.end(), more.begin(), more.end());
   return some;
 }
-Answers value(const std::string& fields, const std::string& read, const std::string& failure) {
-  return {{answer(0, fields), read}, {answer(2), failure}, {answer(2, kRemote), failure}, {reply(0), failure}};
-}
+Answers value(const std::string& fields, const std::string& read, const std::string& failure) { return {{answer(0, fields), read}, {answer(2), failure}, {answer(2, kRemote), failure}, {reply(0), failure}}; }
 Answers value(const std::string& fields, const std::string& read) {
   const std::string none = kUnread + "IPCException::decode";
   return {{answer(0, fields), read}, {answer(33, kRemote), kRemoteText}, {answer(33), none}, {reply(0), none}};
 }
 // By name the daemon's own exceptions come through; `none` is for all that is not found otherwise.
-Answers named(const std::string& dn, const std::string& none, const std::string& emptied) {
-  return {{answer(0, object(dn)), dn}, {answer(17), none}, {answer(13, kRemote), kRemoteText}, {reply(0), none}, {answer(0, s("")), emptied}};
-}
-Answers keyed(const std::string& dn, const std::string& none, const std::string& emptied) {
-  return value(object(dn), dn, none) + Answers{{answer(0, s("")), emptied}};
-}
-Answers listed(const std::string& dn, const std::string& none) {
-  return named(dn, none, kNull) + Answers{{reply(0, status(42, 10)), "EndOfListException 0 End of list"}};
-}
-Answers yes(const std::string& failure) {
-  return value(i(-1), "true", failure) + Answers{{answer(0, i(0)), "false"}};
-}
+Answers named(const std::string& dn, const std::string& none, const std::string& emptied) { return {{answer(0, object(dn)), dn}, {answer(17), none}, {answer(13, kRemote), kRemoteText}, {reply(0), none}, {answer(0, s("")), emptied}}; }
+Answers keyed(const std::string& dn, const std::string& none, const std::string& emptied) { return value(object(dn), dn, none) + Answers{{answer(0, s("")), emptied}}; }
+Answers listed(const std::string& dn, const std::string& none) { return named(dn, none, kNull) + Answers{{reply(0, status(42, 10)), "EndOfListException 0 End of list"}}; }
+Answers yes(const std::string& failure) { return value(i(-1), "true", failure) + Answers{{answer(0, i(0)), "false"}}; }
 const Answers kUserOrEmpty = named(USER, "empty", "empty"), kGroupOrEmpty = named(GROUP, "empty", "empty");
 const Answers kList = value(i(1) + object(USER), "1 " USER) + Answers{
     {answer(0, i(2) + s("") + object(USER)), "2 empty " USER},

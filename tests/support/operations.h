@@ -1,5 +1,5 @@
-/// The operations of a session: for each the bytes that it sends, the replies to that and what each comes to,
-/// and what it comes to with a stand-in that serves the sample directory.
+/// The operations of a session. Each has the bytes that it sends, possible replies with the outcome of each,
+/// and its outcome with a stand-in that serves the sample directory.
 #pragma once
 
 #include <string>
@@ -36,7 +36,7 @@ struct Operation {
   const char* name;
   std::string (*function)(vesk::LocalRpcSession& session, const Secrets& secrets);
   /// With the sample directory, however often it is repeated and whatever other clients do at the same time.
-  /// Empty if the stand-in is not asked.
+  /// Empty if it is not for the stand-in.
   std::string outcome;
   Sent sent = Sent::Again;
   std::string (*request)(const Secrets& secrets) = nullptr;  ///< null if there are several
@@ -54,7 +54,7 @@ struct Operation {
 #__VA_ARGS__, [](vesk::LocalRpcSession & session, [[maybe_unused]] const Secrets& p) { return __VA_ARGS__; }
 #define CALL(...) ASK(outcomeOf([&] { return session.__VA_ARGS__; }))
 
-/// Those that the stand-in is asked for, without stop, which ends it.
+/// Those for the stand-in, except stop, which ends it.
 const std::vector<Operation>& operations();
 /// Those of one exchange.
 const std::vector<Operation>& exchanges();
@@ -67,8 +67,8 @@ bool isFailure(const Operation& operation, const std::string& outcome);
 /// memberships, as hexadecimal digits, and then its key.
 std::string lookupFields(const std::string& header, const std::string& key);
 
-// Operations with out arguments. An untouched one is 5, "key", "why", "first" or "second"; of a session key
-// that was set only the size is told.
+// Operations with out arguments, as text: the outcome, then each argument. Before the call they are 5, "key",
+// "why", "first" and "second". Of a session key that was set only the size is shown.
 std::string renewed(vesk::LocalRpcSession& session, const std::string& user);
 std::string mapped(vesk::LocalRpcSession& session, const std::string& name, unsigned options);
 std::string samChanged(vesk::LocalRpcSession& session, const std::string& user,

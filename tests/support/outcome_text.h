@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <type_traits>
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/attrnames.h>
@@ -12,33 +13,26 @@
 
 namespace testsupport {
 
-inline std::string text(const std::string& value) {
-  return value;
-}
-inline std::string text(bool value) {
-  return value ? "true" : "false";
-}
-inline std::string text(int value) {
-  return std::to_string(value);
-}
-inline std::string text(size_t value) {
-  return std::to_string(value);
-}
-/// An object by its DN, a list by the number of its objects and each of them.
-inline std::string text(vesk::ADObject object) {
-  return object.isEmpty() ? "empty" : std::string(object[AD_DN]);
-}
-inline std::string text(const vesk::ADObjectList& list) {
-  std::string all = std::to_string(list.size());
-  for (const vesk::ADObject& object : list) all += " " + text(object);
-  return all;
-}
-template <class View>
-std::string text(const boost::shared_ptr<View>& view) {
-  return view->getDN();
-}
-inline std::string text(const vesk::PagedSearchHandle&) {
-  return "handle";
+/// A number, a text, an object or view by its DN, a list by the number of its objects and each of them.
+template <class Value>
+std::string text(const Value& value) {
+  if constexpr (std::is_same_v<Value, bool>) {
+    return value ? "true" : "false";
+  } else if constexpr (std::is_arithmetic_v<Value> || std::is_enum_v<Value>) {
+    return std::to_string(value);
+  } else if constexpr (std::is_same_v<Value, vesk::ADObject>) {
+    return value.isEmpty() ? "empty" : vesk::ADObject(value)[AD_DN].front();
+  } else if constexpr (std::is_same_v<Value, vesk::ADObjectList>) {
+    std::string all = std::to_string(value.size());
+    for (const vesk::ADObject& object : value) all += " " + text(object);
+    return all;
+  } else if constexpr (std::is_same_v<Value, vesk::PagedSearchHandle>) {
+    return "handle";
+  } else if constexpr (std::is_convertible_v<Value, std::string>) {
+    return value;
+  } else {
+    return value->getDN();
+  }
 }
 
 /// What it returns or throws, and then the out arguments.

@@ -5,7 +5,6 @@
 #include <sys/ioctl.h>
 
 #include <fokrazo/strutil.h>
-#include "tests/support/wire.h"
 
 namespace testsupport {
 
@@ -148,10 +147,6 @@ void ScriptedPeer::checkSilence() {
   if (count > 0) fail("the client has also sent " + tohex(std::string(bytes, count)));
 }
 
-ScriptedPeer& ScriptedPeer::accept() {
-  return then([this] { acceptNow(); });
-}
-
 ScriptedPeer& ScriptedPeer::expect(const std::string& message) {
   return then([this, message] {
     if (!m_connection) acceptNow();
@@ -169,22 +164,6 @@ ScriptedPeer& ScriptedPeer::expectClosed() {
     char byte;
     if (recv(m_connection.get(), &byte, 1, 0) > 0) fail("the client does not close but sends");
   });
-}
-
-ScriptedPeer& ScriptedPeer::send(const std::string& message) {
-  return sendRaw(framed(message));
-}
-
-ScriptedPeer& ScriptedPeer::sendRaw(const std::string& bytes) {
-  return then([this, bytes] { sendNow(bytes); });
-}
-
-ScriptedPeer& ScriptedPeer::hangUp() {
-  return then([this] { closeNow(); });
-}
-
-ScriptedPeer& ScriptedPeer::endStream() {
-  return then([this] { shutdown(m_connection.get(), SHUT_WR); });
 }
 
 ScriptedPeer& ScriptedPeer::down() {

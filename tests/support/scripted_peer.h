@@ -4,6 +4,7 @@
 #include <deque>
 
 #include "tests/support/prelude.h"
+#include "tests/support/wire.h"
 #include "util/file/unique_fd.h"
 
 namespace testsupport {
@@ -26,23 +27,31 @@ class ScriptedPeer {
   ~ScriptedPeer();
 
   /// Closes the connection, if there is one, and takes the next.
-  ScriptedPeer& accept();
+  ScriptedPeer& accept() {
+    return then([this] { acceptNow(); });
+  }
   /// Reads one frame, which must be that message. Accepts a connection first if there is none.
   ScriptedPeer& expect(const std::string& message);
   /// Waits until the client closes the connection; it must not send another byte.
   ScriptedPeer& expectClosed();
 
   /// Sends the message in its frame.
-  ScriptedPeer& send(const std::string& message);
+  ScriptedPeer& send(const std::string& message) { return sendRaw(framed(message)); }
   /// Sends bytes as they are.
-  ScriptedPeer& sendRaw(const std::string& bytes);
+  ScriptedPeer& sendRaw(const std::string& bytes) {
+    return then([this, bytes] { sendNow(bytes); });
+  }
 
   /// Does anything else.
   ScriptedPeer& then(Step step);
   /// hangUp closes the connection once the client has received everything; endStream ends only the direction
   /// to the client.
-  ScriptedPeer& hangUp();
-  ScriptedPeer& endStream();
+  ScriptedPeer& hangUp() {
+    return then([this] { closeNow(); });
+  }
+  ScriptedPeer& endStream() {
+    return then([this] { shutdown(m_connection.get(), SHUT_WR); });
+  }
   /// Stops listening.
   ScriptedPeer& down();
 

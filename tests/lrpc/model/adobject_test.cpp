@@ -39,7 +39,7 @@ ADObject unread(ADObject object) {
   return ADObject(blob->size(), data, true, nullptr);
 }
 
-TEST(Attribute, WritersSetTheMarks) {
+TEST(Attribute, EachWayToWriteMarksTheChange) {
 #define WRITE(...) [](ADAttribute& a) { __VA_ARGS__; }
   const struct {
     void (*write)(ADAttribute&);
@@ -117,7 +117,7 @@ TEST(Attribute, DirectoryTimesAreUtcInAnyZone) {
   unsetenv("TZ");
 }
 
-TEST(Object, NullHandlesFail) {
+TEST(Object, ANullHandleThrows) {
   ADObject null;
   const std::string failure = "SystemException 0 Null adobject";
   EXPECT_EQ(thrownBy([&] { null["x"]; }), failure);
@@ -127,7 +127,7 @@ TEST(Object, NullHandlesFail) {
   EXPECT_EQ(dumped(null), "null ADObject\n");
 }
 
-TEST(Object, ExtendedNameComesApartAndTogether) {
+TEST(Object, AnExtendedNameIsTakenApartAndPutTogether) {
   ADObject object{std::string(kExtended)};
   EXPECT_EQ(attributesOf(object), "_SID(d):S-1-5-21-1-2-3-1104\n_dn(d):CN=Jo Doe,DC=example,DC=com\n");
   EXPECT_EQ(object.guid().toString(), "33221100554477668899aabbccddeeff");
@@ -162,7 +162,7 @@ TEST(Object, CopiesShareAndClonesDoNot) {
   EXPECT_EQ(std::string(separate["_dn"]), "CN=Jo Doe,DC=example,DC=com");
 }
 
-TEST(Object, ReadsItsBlobOnDemand) {
+TEST(Object, ReadsAnAttributeWhenItIsFirstAskedFor) {
   ADObject object = unread(objectOf("CN=x", "cn=Jo;sn=Doe"));
   const ADSerializer* blob = object.serializer();
   EXPECT_TRUE(object.attributeExists("sn", true));
@@ -224,7 +224,7 @@ TEST(Object, ComparisonsAreTheSameOnBothPaths) {
   EXPECT_TRUE(ADObject::usnChanged("1", "2"));
 }
 
-TEST(Object, ChangesOfExtendedObjects) {
+TEST(Object, NoticesAChangedExtension) {
   ADObject object("CN=x"), other("CN=x"), empty;
   EXPECT_TRUE(object.extUsnChanged(empty, false));
   EXPECT_FALSE(object.extUsnChanged(other, false));
@@ -241,7 +241,7 @@ TEST(Object, ChangesOfExtendedObjects) {
   EXPECT_FALSE(object.extUsnChanged(extension, true));
 }
 
-TEST(Object, Category) {
+TEST(Object, TheCategoryFollowsFromSchemaAndNames) {
   const struct {
     std::string schema, dn, displayName, category;
   } rows[] = {
@@ -273,7 +273,7 @@ TEST(Object, Category) {
   }
 }
 
-TEST(Object, Dump) {
+TEST(Object, ADumpShowsWhatIsReadAndWhatIsNot) {
   setenv("TZ", "UTC", 1);
   tzset();
   ADObject object{std::string(kExtended)};
@@ -298,7 +298,7 @@ TEST(Object, Dump) {
 
 using ObjectLog = testsupport::WorldTest;
 
-TEST_F(ObjectLog, TellsOfTimesThatAreNoneAndOfWhatIsMissing) {
+TEST_F(ObjectLog, BadTimesAndMissingAttributesAreLogged) {
   ADObject object = objectOf("CN=x", "good=20200704120000.0Z;unix=1593864000;when=soon");
   EXPECT_EQ(object.getTime("good", 7), 1593864000);
   EXPECT_EQ(object.getUnixTime("unix", 7), 1593864000);
@@ -315,7 +315,7 @@ TEST_F(ObjectLog, TellsOfTimesThatAreNoneAndOfWhatIsMissing) {
   EXPECT_TRUE(isLogged("copy attribute sn not found"));
 }
 
-TEST_F(ObjectLog, AssertionGoesByTheScratchFileIfThereIsOne) {
+TEST_F(ObjectLog, AFailedAssertionIsAlsoWrittenToItsFileIfThatExists) {
   ADObject object("CN=x");
   EXPECT_TRUE(isLogged("new object: CN=x"));
   ADObjAssert(object, false, "no file", "here.cpp", 7);

@@ -102,7 +102,7 @@ void readEverything(const std::string& bytes) {
   LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(input.data()), input.size());
 }
 
-TEST(Blob, TheWorkedExampleToTheByte) {
+TEST(Blob, HasTheBytesOfTheExample) {
   ADObject object(std::string{});
   object.erase("_dn");
   object["objectClass"] = "top";
@@ -131,7 +131,7 @@ TEST(Blob, HeaderIsReadAndWrittenInPlace) {
   EXPECT_EQ(bytesOf(blob), word(9) + blobOf({}, 0xffffffff).substr(4));
 }
 
-TEST(Blob, OneAttributeAtATime) {
+TEST(Blob, FindsOneAttributeWithoutReadingTheOthers) {
   const Held blob(sampleBlob());
   EXPECT_EQ(valuesOf(blob.find("objectClass")), (std::vector<std::string>{"top", "person", "Person "}));
   EXPECT_TRUE(blob.find("objectClass").serialized());
@@ -156,7 +156,7 @@ TEST(Blob, SearchAllocatesNothing) {
   EXPECT_EQ(g_allocations, before);
 }
 
-TEST(Blob, BulkReaderNamesWhatIsWrong) {
+TEST(Blob, ReadingAllNamesWhatIsWrong) {
   const std::string tail = ". Potential cache corruption or shared library and agent version mismatch.";
   const std::string cn = word(kTop | 277);
   const struct {
@@ -179,7 +179,7 @@ TEST(Blob, BulkReaderNamesWhatIsWrong) {
   EXPECT_EQ(bulkThrows(blobOf({cn + word(0x80000000)}), object), "nothing");
 }
 
-TEST(Blob, BulkReaderKeepsWhatTheObjectHas) {
+TEST(Blob, ReadingAllKeepsWhatTheObjectHas) {
   ADObject object = objectOver(sampleBlob());
   object["cn"] = "Jim";
   object.deSerialize(true);
@@ -200,7 +200,7 @@ TEST(Blob, AnOlderReleaseIsReadWithItsOwnDictionary) {
             std::string::npos);
 }
 
-TEST(Blob, Dump) {
+TEST(Blob, ADumpShowsHeaderAndAttributes) {
   std::ostringstream none;
   ADSerializer::dump(nullptr, none);
   EXPECT_EQ(none.str(), "null ADSerializer\n");
@@ -217,7 +217,7 @@ TEST(Blob, Dump) {
             header + "truncated serializer at 11 bytes\n");
 }
 
-TEST(Blob, CutAnywhereItIsRefusedOrNoReaderLeavesIt) {
+TEST(Blob, NoReaderStepsOutsideACutBlob) {
   const std::string bytes = sampleBlob();
   for (size_t size = 0; size < bytes.size(); ++size) {
     const std::string cut = bytes.substr(0, size);
@@ -230,7 +230,7 @@ TEST(Blob, CutAnywhereItIsRefusedOrNoReaderLeavesIt) {
   }
 }
 
-TEST(Blob, DamagedAnywhereNoReaderLeavesIt) {
+TEST(Blob, NoReaderStepsOutsideADamagedBlob) {
   const std::string bytes = sampleBlob();
   readEverything(bytes);
   for (size_t bit = 0; bit < 8 * bytes.size(); ++bit) {

@@ -19,7 +19,7 @@ uint64_t digestOf(const std::string& text) {
 #define LIST(suffix) \
   0x##suffix, GetDictionaryVector##suffix, GetDictionaryMap##suffix, GetDictionarySum##suffix
 
-TEST(StringDict, EveryListIsTheOneThatItsReleaseWroteWith) {
+TEST(StringDict, EachDictionaryIsThatOfItsRelease) {
   const struct {
     int checksum;
     const DictionaryVector& (*vector)();
@@ -45,7 +45,7 @@ TEST(StringDict, EveryListIsTheOneThatItsReleaseWroteWith) {
   }
 }
 
-TEST(StringDict, TheCurrentListIsTheNewest) {
+TEST(StringDict, TheCurrentDictionaryIsTheNewest) {
   EXPECT_EQ(GetDictionarySum(), 0x16090);
   EXPECT_NE(&GetDictionaryVector(), &GetDictionaryVector16090());
   EXPECT_EQ(GetDictionaryVector(), GetDictionaryVector16090());

@@ -21,7 +21,7 @@ std::string passwdLine(const User& user) {
 using UserView = testsupport::WorldTest;
 using GroupView = testsupport::WorldTest;
 
-TEST_F(UserView, UnixFields) {
+TEST_F(UserView, HasThePasswdFieldsOfItsAttributes) {
   const char kNobody[] = "nobody:x:65534:65534::/:/bin/false";
   const struct {
     const char *attributes, *line;
@@ -48,7 +48,7 @@ TEST_F(UserView, UnixFields) {
   EXPECT_EQ(passwdLine(User(objectOf(""))), ":x:65534:65534::/:/bin/false");
 }
 
-TEST_F(UserView, Password) {
+TEST_F(UserView, TakesThePasswordFromTheNamedSource) {
   const struct {
     const char *attributes, *password;
   } rows[] = {
@@ -84,7 +84,7 @@ std::string directoryLine(const User& user) {
   return line.str();
 }
 
-TEST_F(UserView, DirectorySide) {
+TEST_F(UserView, ReadsTheDirectorysAttributes) {
   ADObject object = objectOf(
       "sAMAccountName=jdoe;_SID=S-1-5-21-1-2-3-1104;servicePrincipalName=host/a;servicePrincipalName=host/b;"
       "_userPrincipalName=jo@EXAMPLE;userPrincipalName=jo@example.com;altSecurityIdentities=Kerberos:jo;"
@@ -106,7 +106,7 @@ TEST_F(UserView, DirectorySide) {
   EXPECT_EQ(directoryLine(User(objectOf("_SysRights=33"))), names + "1AuditRequired0");
 }
 
-TEST_F(GroupView, Fields) {
+TEST_F(GroupView, ReadsAGroupsAttributes) {
   ADObject object = objectOf(
       "_Gid=100;_UnixName=staff;sAMAccountName=Staff;_Required=true;_Members=jo;_Members=;_Members=jo");
   object["_dn"] = std::string("CN=Staff,DC=example,DC=com\0more", 31);
@@ -125,7 +125,7 @@ TEST_F(GroupView, Fields) {
   EXPECT_EQ(directory.getName(), "example.com/Staff/Jo Doe");
 }
 
-TEST(Views, ObjectsThatCannotBeSeen) {
+TEST(Views, NeedAnObjectWithADn) {
   ADObject nameless = objectOf(""), none;
   nameless.erase("_dn");
   EXPECT_EQ(thrownBy([&] { User view(nameless); }), "SystemException 0 ADAttribute '_dn' is empty");

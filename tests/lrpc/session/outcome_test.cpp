@@ -46,7 +46,7 @@ Exception made(const std::string& message = "message") {
   return Exception("file", 1, message.c_str(), "", 0);
 }
 
-TEST(OutcomeTest, EveryExceptionIsAnsweredByTheRowOfItsClassAndText) {
+TEST(OutcomeTest, EachExceptionHasTheOutcomeOfItsClassAndText) {
   const std::string connect = "ipc socket connect: ", execute = "Unsuccesful IPC execute: ";
   const auto current = [](auto thrown) {
     try {

@@ -1,5 +1,5 @@
-// What a secret leaves behind: nothing in the memory of the process once its owner has wiped it, and nothing
-// in any log.
+// No copy of a secret remains in the memory of the process once its owner has wiped it, and none reaches a
+// log.
 
 #include <sys/mman.h>
 
@@ -17,8 +17,8 @@ using namespace testsupport;
 
 namespace {
 
-// A secret is one of these, repeated. It is found where it stands twice in a row, which the test itself never
-// lets happen.
+// A secret repeats one of these. The search looks for two in a row, which the test itself never has in
+// memory.
 using Unit = uint64_t;
 constexpr size_t kPair = 2 * sizeof(Unit);
 
@@ -43,7 +43,7 @@ std::unique_ptr<Secrets> secretsOf(Unit unit, size_t size) {
   return secrets;
 }
 
-// The first mapping of the process's private writable memory where the unit stands twice in a row; empty if
+// The first mapping of the process's private writable memory with the unit twice in a row; empty if
 // there is none. Read piece by piece into a shared page, which is none of it.
 std::string found(Unit unit) {
   constexpr size_t kPiece = 1 << 20;
@@ -72,7 +72,7 @@ bool takesSecrets(const Operation& operation) {
 
 class SecretsTest : public WorldTest {
  protected:
-  // Gives each operation secrets of its own, and looks for them afterwards.
+  // Calls each operation with secrets of its own, and searches for them afterwards.
   void check(SyslogSocket& syslogd, const std::string& socket, size_t size) {
     for (const Operation& operation : exchanges()) {
       if (!takesSecrets(operation)) continue;
@@ -92,7 +92,7 @@ class SecretsTest : public WorldTest {
   }
 };
 
-TEST_F(SecretsTest, NoneIsLeftInMemoryAndNoneIsLogged) {
+TEST_F(SecretsTest, NoOperationLeavesASecretInMemoryOrInALog) {
   SyslogSocket syslogd;
   const Unit unit = newUnit();
   auto secrets = secretsOf(unit, 48);
@@ -121,7 +121,7 @@ TEST_F(SecretsTest, NoneIsLeftInMemoryAndNoneIsLogged) {
   }
 }
 
-TEST_F(SecretsTest, NoneIsLeftOfAReplyThatBreaksOff) {
+TEST_F(SecretsTest, APartialReplyIsWiped) {
   configure("lrpc.timeout: 0\n");
   int ends[2];
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
@@ -141,7 +141,7 @@ TEST_F(SecretsTest, NoneIsLeftOfAReplyThatBreaksOff) {
   EXPECT_EQ(found(unit), "");
 }
 
-// A short text stands in the object itself, where it can be looked at afterwards.
+// A short text is stored in the object itself, whose bytes the test can inspect after the destructor.
 TEST(ShredderTest, WipesItsOwnTextAlone) {
   alignas(Shredder) static unsigned char place[sizeof(Shredder)];
   const std::string original = "short";

@@ -1,5 +1,5 @@
-// Every operation of the session: the bytes that it sends, whether they are sent again when the connection is
-// lost, and what each reply comes to.
+// Every operation of the session: the bytes it sends, whether it sends them again when the connection is
+// lost, and what it makes of each reply.
 
 #include <fokrazo/adserializer.h>
 #include <fokrazo/fixed_paths.h>

@@ -269,7 +269,6 @@ TEST_F(SessionCoreTest, ADescriptorThatTheProgramHasReusedIsLeftAlone) {
     EXPECT_TRUE(hasLogged(row.reason)) << row.reason;
     session().dropConnection();
     EXPECT_EQ(fcntl(number, F_GETFD), reused ? 0 : -1);
-    EXPECT_TRUE(peer().finished());
   }
   EXPECT_EQ(std::filesystem::file_size(in("file")), 0u);
 }
@@ -315,7 +314,7 @@ TEST_F(SessionCoreTest, WhatIsSentOnceIsNotSentAgain) {
 }
 
 // The rest of the reply may still come: it must not be taken for the next answer.
-TEST_F(SessionCoreTest, AReplyThatIsTooLongLeavesItsConnection) {
+TEST_F(SessionCoreTest, AfterAReplyThatIsTooLongTheConnectionIsReplaced) {
   configure("lrpc.message.maxsize: 2\n");
   const std::string tooLong = "IOException 12 read 2097153 bytes from IPC: Cannot allocate memory";
   peer().expect(request(1)).sendRaw(hex("01002000"));
@@ -368,7 +367,7 @@ TEST_F(SessionCoreTest, AThreadThatIsCancelledClosesItsConnectionAndUnwinds) {
 }
 
 TEST_F(SessionCoreTest, EachNewConnectionIsAuthenticatedBeforeItIsUsed) {
-  const std::string authenticate = hex("30 84 00000006 02010f 020100");
+  const std::string authenticate = request(15);
   startSession(true);
   peer().expect(authenticate).send(answer(0)).expect(ping).send(pong).expect(ping).hangUp();
   peer().accept().expect(authenticate).hangUp();  // may be tried again like any other
@@ -392,7 +391,7 @@ TEST_F(SessionCoreTest, EachNewConnectionIsAuthenticatedBeforeItIsUsed) {
   EXPECT_EQ(pingThrows(), kBroken + " 0 brondalt sent more than was asked for");
 }
 
-TEST_F(SessionCoreTest, AStatusBlockIsReadAsFarAsItGoes) {
+TEST_F(SessionCoreTest, AShortStatusBlockIsReadAsFarAsItGoes) {
   const std::string fields[] = {integer(2),  integer(10), integer(-5), octets("no such"),
                                 integer(17), integer(6),  integer(7),  octets("tired")};
   for (int count = 8; count >= 0; --count) {

@@ -96,7 +96,7 @@ class SockioTest : public WorldTest {
   UniqueFd m_other;
 };
 
-TEST_F(SockioTest, ConnectsWithoutBlockingAndCutsALongPath) {
+TEST_F(SockioTest, AConnectionNeverBlocksAndALongPathIsCut) {
   const std::string cut = "/tmp/" + std::string(102, 'p');
   const ScriptedPeer peer(cut);
   const UniqueFd socket(IPCconnect(cut + "more"));
@@ -133,7 +133,7 @@ TEST_F(SockioTest, AConnectThatTakesTimeIsWaitedFor) {
   EXPECT_TRUE(isLogged("Timed out while waiting for socket connection"));
 }
 
-TEST_F(SockioTest, AWaitTellsReadyFromSilentFromGone) {
+TEST_F(SockioTest, AWaitFindsAPeerReadySilentOrGone) {
   EXPECT_EQ(RecvWait(m_own.get(), 0), 0);
   EXPECT_EQ(SendWait(m_own.get(), 0), 1);
   ASSERT_EQ(write(m_other.get(), "x", 1), 1);
@@ -151,7 +151,7 @@ TEST_F(SockioTest, AWaitTellsReadyFromSilentFromGone) {
   EXPECT_EQ(error, EINVAL);
 }
 
-TEST_F(SockioTest, EachFailureHasItsWordsAndNoSignal) {
+TEST_F(SockioTest, EachFailureHasItsMessageAndRaisesNoSignal) {
   std::vector<unsigned char> bytes(16 << 20);
   const auto size = static_cast<unsigned int>(bytes.size());
   EXPECT_EQ(readThrows(), "TimeoutException 0 RecvWait out");

@@ -1,4 +1,4 @@
-// Messages against literal bytes: what is written, what is read, and what damaged ones come to.
+// Messages against literal bytes: what is written, what is read, and how damaged ones fail.
 
 #include <fokrazo/ipcmessage.h>
 
@@ -66,7 +66,7 @@ class MessageTest : public ::testing::Test {
   int m_ends[2];
 };
 
-TEST_F(MessageTest, EachFieldHasItsForm) {
+TEST_F(MessageTest, EachFieldHasItsBytes) {
   const char* texts[] = {"ab", "", nullptr};
   IPCExceptionDerived<3> exception(std::string("no\0x", 4));  // up to the NUL
   ADObject nobody, empty(""), object("CN=x");
@@ -91,7 +91,7 @@ TEST_F(MessageTest, EachFieldHasItsForm) {
             octets(std::string(blob.data(), blob.size()))));
 }
 
-TEST_F(MessageTest, WhatCannotBeWrittenIsToldInItsOwnWords) {
+TEST_F(MessageTest, EachValueThatCannotBeWrittenHasItsMessage) {
   IPCReply message(IPC_OP_PING);
   ADObjectList list = ADObjectList::create();
   list.push_back(ADObject());
@@ -103,7 +103,7 @@ TEST_F(MessageTest, WhatCannotBeWrittenIsToldInItsOwnWords) {
             "IOException 0 ber_printf IPCException::encode");
 }
 
-TEST_F(MessageTest, FieldsAreReadInTheirOrderAndOnceMoreAfterRewind) {
+TEST_F(MessageTest, FieldsAreReadInOrderAndAgainAfterRewind) {
   const auto message = received(
       integer(-129) + octets(std::string("a\0b", 3)) + octets("") + hex("04080102000000000000") +
       sequence(octets("x")) + sequence("") + integer(2) + octets("p") + octets("q") + octets(kSidBytes) +
@@ -134,7 +134,7 @@ TEST_F(MessageTest, FieldsAreReadInTheirOrderAndOnceMoreAfterRewind) {
   }
 }
 
-TEST_F(MessageTest, DamagedFieldsAreFailuresForEveryReader) {
+TEST_F(MessageTest, EveryReaderRefusesDamagedFields) {
   const struct {
     void (*read)(const IPCMessage& message);
     std::string failure;
@@ -187,7 +187,7 @@ TEST_F(MessageTest, TheTypeOfAnExceptionDecidesItsClass) {
   EXPECT_EQ(thrownBy([&] { received(integer(1) + octets(""))->getAndThrowIPCException(); }), " 0 ");
 }
 
-TEST_F(MessageTest, IdentitiesThatAreCutShortGoOnWithZeros) {
+TEST_F(MessageTest, AShortSidOrGuidIsFilledWithZeros) {
   for (size_t size = 0; size < kSidBytes.size(); ++size) {
     const auto message = received(octets(kSidBytes.substr(0, size)) + octets(std::string(size % 16, 'g')));
     EXPECT_EQ(message->getSid().isNull(), size == 0);
@@ -196,7 +196,7 @@ TEST_F(MessageTest, IdentitiesThatAreCutShortGoOnWithZeros) {
   }
 }
 
-TEST_F(MessageTest, AnAbsurdLengthCostsNothing) {
+TEST_F(MessageTest, AnAbsurdLengthTakesNoMemory) {
   const std::string limit = std::to_string(256 << 20), above = std::to_string((256 << 20) + 1);
   const auto refused = [](const std::string& length) {
     return "IOException " + std::to_string(ENOMEM) + " read " + length +
@@ -228,7 +228,7 @@ TEST_F(MessageTest, AStringIsWipedBeforeItIsFreed) {
   EXPECT_EQ(gFreed, std::string(6, '\0'));
 }
 
-TEST(MessageTextTest, NumbersWithoutARowAreUnknown) {
+TEST(MessageTextTest, OtherNumbersPrintAsUnknown) {
   for (const int gap : {-1, 32, 49, 50})
     EXPECT_STREQ(IPCMessage::IPC_OPCODEToStr(static_cast<IPC_OPCODE>(gap)), "(unknown)") << gap;
   EXPECT_STREQ(IPCMessage::IPC_OPCODEToStr(IPC_OP_SAM_TEST_ENABLED), "sam - test enabled");
