@@ -24,8 +24,8 @@ class SELinuxTest : public WorldTest {
   template <class Work>
   void onSELinux(const char* library, Work work) const {
     checkInChild([&] {
-      ASSERT_EQ(unshare(CLONE_NEWNS) + mount("tmpfs", "/sys/fs", "tmpfs", 0, ""), 0);
-      ASSERT_EQ(mkdir("/sys/fs/selinux", 0755), 0);
+      ASSERT_EQ(unshare(CLONE_NEWNS) + mount("tmpfs", "/sys", "tmpfs", 0, ""), 0);
+      ASSERT_TRUE(std::filesystem::create_directories("/sys/fs/selinux"));
       put("/sys/fs/selinux/enforce", "1");
       configure("selinux.lib.name: " + std::string(library) + "\n");
       setenv("FAKE_DEFAULT", kDefault.c_str(), 1);
