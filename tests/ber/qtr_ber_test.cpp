@@ -1,4 +1,4 @@
-// The flatten without a copy, and the socket buffer's read with a time-out.
+// Flattening without a copy, and the socket buffer's reads with a time-out.
 
 #include <fokrazo/qtr_ber.h>
 
@@ -15,7 +15,7 @@ namespace {
 int gReadsThatFail = 0;  // with EAGAIN
 }  // namespace
 
-// Linked in the place of read (-Wl,--wrap).
+// Replaces read (-Wl,--wrap).
 extern "C" ssize_t __real_read(int fd, void* bytes, size_t size);
 extern "C" ssize_t __wrap_read(int fd, void* bytes, size_t size) {
   if (gReadsThatFail == 0) return __real_read(fd, bytes, size);
@@ -68,7 +68,7 @@ class SockbufTest : public ::testing::Test {
     EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, QTR_SB_OPT_SET_TIMEOUT, timeout), 1);
   }
 
-  // What LDAP's reader gets of the stream, from the top layer down: the tag, or -1 with errno.
+  // What LDAP's reader gets from the stream through all layers: the tag, or -1 with errno.
   int readTag() {
     BerElement* ber = qtr_ber_alloc_t(0);
     ber_len_t length;
@@ -94,7 +94,7 @@ class SockbufTest : public ::testing::Test {
   int m_ends[2];
 };
 
-TEST_F(SockbufTest, TheTimeoutStartsAtZeroAndIsGivenBack) {
+TEST_F(SockbufTest, TheTimeoutStartsAtZeroAndReadsBack) {
   int timeout[] = {9, 9};
   EXPECT_EQ(qtr_ber_sockbuf_ctrl(m_buffer, QTR_SB_OPT_GET_TIMEOUT, timeout), 1);
   EXPECT_EQ(timeout[0] + timeout[1], 0);
@@ -109,7 +109,7 @@ TEST_F(SockbufTest, TheTimeoutStartsAtZeroAndIsGivenBack) {
   qtr_ber_sockbuf_free(plain);
 }
 
-TEST_F(SockbufTest, ASilentPeerGivesEtimeAndTheDescriptorBlocksAgain) {
+TEST_F(SockbufTest, ASilentPeerMeansEtimeAndTheDescriptorBlocksAgain) {
   for (const int microseconds : {0, 1000}) {
     setTimeout(0, microseconds);
     EXPECT_EQ(readTag(), -1);
@@ -126,7 +126,7 @@ TEST_F(SockbufTest, ASilentPeerGivesEtimeAndTheDescriptorBlocksAgain) {
   EXPECT_FALSE(blocking());
 }
 
-TEST_F(SockbufTest, ReadinessThatIsNoneIsRetriedThreeTimes) {
+TEST_F(SockbufTest, AReadWithNothingToReadIsRetriedThreeTimes) {
   gReadsThatFail = 3;
   EXPECT_EQ(readTagThatCame(), 2);
   logged();
@@ -144,6 +144,39 @@ TEST_F(SockbufTest, WritingToAPeerThatIsGoneRaisesNoSignal) {
   ASSERT_GE(qtr_ber_printf(ber, "i", 5), 0);
   EXPECT_EQ(ber_flush2(m_buffer, ber, LBER_FLUSH_FREE_ALWAYS), -1);
   EXPECT_EQ(errno, EPIPE);
+}
+
+// What ber_flush2 and then ber_get_next return on a buffer, with errno if they fail.
+std::string flushAndGet(Sockbuf* buffer) {
+  const auto text = [](auto result) {
+    const int number = static_cast<int>(result);
+    return std::to_string(number) + (number < 0 ? " " + std::to_string(errno) : "");
+  };
+  BerElement* ber = qtr_ber_alloc_t(0);
+  EXPECT_GE(qtr_ber_printf(ber, "i", 5), 0);
+  const std::string flushed = text(ber_flush2(buffer, ber, LBER_FLUSH_FREE_ALWAYS));
+  ber = qtr_ber_alloc_t(0);
+  ber_len_t length;
+  const std::string got = text(ber_get_next(buffer, &length, ber));
+  qtr_ber_free(ber, 1);
+  return flushed + ", " + got;
+}
+
+TEST(SockbufStream, MayBeAnyDescriptorButMustBeThere) {
+  Sockbuf* buffer = qtr_ber_sockbuf_alloc();
+  const std::string notConnected = "-1 " + std::to_string(ENOTCONN);
+  EXPECT_EQ(flushAndGet(buffer), notConnected + ", " + notConnected);
+  qtr_ber_sockbuf_free(buffer);
+
+  const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+  buffer = qtr_ber_sockbuf_alloc();
+  EXPECT_EQ(qtr_ber_sockbuf_add_io(buffer, &qtr_ber_sockbuf_io_tcp, LBER_SBIOD_LEVEL_PROVIDER,
+                                   const_cast<int*>(&null)),
+            0);
+  int timeout[] = {1, 0};
+  EXPECT_EQ(qtr_ber_sockbuf_ctrl(buffer, QTR_SB_OPT_SET_TIMEOUT, timeout), 1);
+  EXPECT_EQ(flushAndGet(buffer), "0, -1 0");
+  qtr_ber_sockbuf_free(buffer);
 }
 
 }  // namespace

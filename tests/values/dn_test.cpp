@@ -18,7 +18,7 @@ namespace {
 
 using namespace vesk;
 
-// The result, or what kind of failure with which text.
+// The result, or the kind of failure and its text.
 std::string resultOf(std::string (*operation)(const std::string&), const std::string& text) {
   try {
     return operation(text);
@@ -62,6 +62,7 @@ TEST(Dn, TextOperations) {
       {DN::canonicalFromDN, "cn=\\x,dc=ex", "BadData: Invalid escape sequence \\x"},
       {DN::canonicalFromDN, "cn=a,o=x", "BadData: Malformed DN \"cn=a,o=x\", missing DC= or /"},
       {DN::escapeDNString, "   ", "\\ \\ \\ "},
+      {DN::escapeDNString, " a b  ", "\\ a b\\ \\ "},
       {DN::escapeDNString, "\\,+=\"\r<>#;\n()*/\xc3", "\\\\\\,\\+\\=\\\"\\\r\\<\\>\\#\\;\\\n\\(\\)*/\xc3"},
       {DN::escapeLDAPString, "a (*)\\,\t\xc3" + nul, "a\\20\\(\\*\\)\\\\\\2C\\09\\C3\\00"},
       {DN::escapeLDAPFilter, "a (*)\\,\xc3", "a \\(\\*\\)\\\\,\xc3"},

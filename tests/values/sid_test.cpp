@@ -32,7 +32,7 @@ TEST(Sid, EachSpellingReadsAndPrints) {
   }
 }
 
-TEST(Sid, EachReaderTakesWhatItTakesAndMakesANullSidOfTheRest) {
+TEST(Sid, AReaderThatFailsLeavesANullSid) {
   const std::string b64Shape = "Base 64 SID must start with a 'A' and end with '=='";
   const std::string b64Failed = "Base 64 conversion failed";
   using Reader = void (SID::*)(const std::string&);
@@ -41,7 +41,7 @@ TEST(Sid, EachReaderTakesWhatItTakesAndMakesANullSidOfTheRest) {
       {&SID::fromMSString, "S-1-5", "S-1-5-0", false},
       {&SID::fromMSString, "S-99-5-21-1-2-3", "S-99-5-21-1-2-3", false},
       {&SID::fromMSString, "S-1-300-1", "S-1-44-1", false},
-      {&SID::fromMSString, "S-1-5-21-4294967796", "S-1-5-21-4294967295", false},  // wraps around to no one's
+      {&SID::fromMSString, "S-1-5-21-4294967796", "S-1-5-21-4294967295", false},  // capped: no account has it
       {&SID::fromMSString, "", "<NULL>", false},
       {&SID::fromMSString, "S-1-", "Sid too short: (4) S-1-", true},
       {&SID::fromMSString, "X-1-5-21", "Bad SID prefix: X-1-5-21", true},
@@ -68,8 +68,8 @@ TEST(Sid, EachReaderTakesWhatItTakesAndMakesANullSidOfTheRest) {
   }
 }
 
-// Bytes from outside: the count may promise more, and less, than there is. Kept in a heap block of the exact
-// size, so that a sanitizer sees any read behind it.
+// Bytes from outside: the count may promise more than there is, or less. They lie in a heap block of their
+// exact size, so that a sanitizer sees any read past their end.
 TEST(Sid, MissingBytesAreZero) {
   for (unsigned int count : {0U, 1U, 5U, 15U, 16U, 255U}) {
     for (size_t available : {size_t{1}, size_t{2}, size_t{8}, size_t{11}, size_t{28}, size_t{1028}}) {
@@ -109,6 +109,14 @@ TEST(Sid, SubAuthorities) {
   EXPECT_EQ(domain.getObjectRid(), 0U);
   domain.setObjectRid(1104);
   EXPECT_EQ(domain, SID(kUserText));
+  for (const size_t odd : {size_t{0}, size_t{7}, size_t{8}}) {  // revision, authority, first sub-authority
+    std::string bytes = kUserBytes;
+    ++bytes[odd];
+    SID other;
+    other.init(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    EXPECT_TRUE(other.domainSID().isNull()) << odd;
+  }
+  EXPECT_EQ(SID(kUserText).domainSID(), SID("S-1-5-21-1-2-3"));
   EXPECT_TRUE(SID("S-1-5-21-1").domainSID().isNull());
   SID one("S-1-5-32");
   one.setSubAuthority(3, 9);
@@ -128,7 +136,8 @@ TEST(Sid, NullSidFailsWhereBytesAreNeeded) {
 TEST(Sid, KindsOfSid) {
   EXPECT_TRUE(SID("S-1-5-21-1-2-3").isDomainSID());
   EXPECT_FALSE(SID("S-1-5-32-544").isDomainSID() || NULL_SID.isDomainSID());
-  for (const char* builtin : {"S-1-5-32-544", "S-1-5-50-1", "S-1-5-80-0"})  // the second by its text's prefix
+  for (const char* builtin :
+       {"S-1-5-32-544", "S-1-5-50-1", "S-1-5-80-0"})  // the second because its text begins like the first's
     EXPECT_TRUE(SID(builtin).isBuiltinGroupSID()) << builtin;
   for (const char* other : {"S-1-5-21-1-2-3", "S-1-5-80-1", ""})
     EXPECT_FALSE(SID(other).isBuiltinGroupSID()) << other;
@@ -138,7 +147,7 @@ TEST(Sid, KindsOfSid) {
 TEST(Sid, AgreesWithTheDirectory) {
   std::ifstream table(TEST_SOURCE_DIR "/standin/sample/sids.tsv");
   std::string line;
-  int counts[] = {0, 0};  // refused and taken as base 64
+  int counts[] = {0, 0};  // base 64 that is refused, and that is read
   for (std::getline(table, line); std::getline(table, line);) {
     std::vector<std::string> fields;
     StringSplit('\t', line, fields);
@@ -146,7 +155,7 @@ TEST(Sid, AgreesWithTheDirectory) {
     if (fields[1].empty()) continue;
     const SID sid(fields[1]);
     EXPECT_EQ(sid.toMSString(), fields[1]);
-    // Only the lengths with two padding characters are known as base 64.
+    // Base 64 is recognised by two padding characters, which not every length has.
     const bool known = sid.bytes().size() % 3 == 1;
     EXPECT_EQ(SID(fields[2]), known ? sid : NULL_SID) << fields[2];
     ++counts[known];
@@ -156,7 +165,7 @@ TEST(Sid, AgreesWithTheDirectory) {
 
 using SidLog = testsupport::WorldTest;
 
-TEST_F(SidLog, TellsOfBadTextUnlessAnObjectMerelyHasNone) {
+TEST_F(SidLog, BadTextIsLoggedButNotAnObjectWithoutSid) {
   for (const char* text : {"Joe", "<GUID=00>;CN=a", "S-2-5-21", "AQ", "\\0", "<SID="})
     EXPECT_TRUE(SID(text).isNull()) << text;
   EXPECT_TRUE(isLogged("Bad SID string: Joe"));
