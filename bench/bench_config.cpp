@@ -1,5 +1,6 @@
-// Reading the configuration file, compared with alternatives: 500 lines, 400 of them with a key.
+// The configuration and the settings, by their number. (`compared` reads the file of 500 lines.)
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -9,9 +10,6 @@
 #include <string>
 #include <vector>
 
-#include <boost/property_tree/ini_parser.hpp>
-#include <boost/property_tree/ptree.hpp>
-
 #include <fokrazo/properties.h>
 #include <fokrazo/setting.h>
 
@@ -19,94 +17,16 @@ using namespace vesk;
 
 namespace {
 
-constexpr int kLines = 500;
-
-/// The same keys as a properties file and as an INI file; both are removed at the end.
-class Files {
- public:
-  Files() : m_dir("/tmp/bench-config-XXXXXX") {
-    if (!mkdtemp(&m_dir[0])) abort();
-    std::ofstream plain(properties());
-    std::ofstream ini(iniFile());
-    ini << "[main]\n";
-    for (int i = 0; i < kLines; i++) writeLine(plain, ini, i);
-  }
-  ~Files() {
-    remove(properties().c_str());
-    remove(iniFile().c_str());
-    remove(m_dir.c_str());
-  }
-  std::string properties() const { return m_dir + "/plain.conf"; }
-  std::string iniFile() const { return m_dir + "/plain.ini"; }
-
- private:
-  static void writeLine(std::ostream& plain, std::ostream& ini, int i) {
-    const std::string number = std::to_string(i);
-    if (i % 5 == 4) {
-      plain << "# comment line " << number << " explains the next key\n";
-      ini << "; comment line " << number << " explains the next key\n";
-      return;
-    }
-    const std::string key = "section" + std::to_string(i / 25) + ".option.name" + number;
-    const std::string value = "value number " + number + " /var/lib/x";
-    plain << key << ": " << value << '\n';
-    ini << key << " = " << value << '\n';
-  }
-
-  std::string m_dir;
-};
-
-const Files& files() {
-  static const Files files;
-  return files;
-}
-
-const std::string kKey = "section9.option.name240";
-
-std::map<std::string, std::string> readByHand(const std::string& path) {
-  std::map<std::string, std::string> map;
-  std::ifstream file(path);
-  for (std::string line; std::getline(file, line);) {
-    if (line.empty() || line[0] == '#') continue;
-    const size_t colon = line.find(':');
-    if (colon == std::string::npos) continue;
-    map[line.substr(0, colon)] = line.substr(line.find_first_not_of(' ', colon + 1));
-  }
-  return map;
-}
-
-void loadProperties(benchmark::State& state) {
-  const std::string path = files().properties();
-  for (auto _ : state) {
-    Properties properties;
-    properties.load(path.c_str(), true);
-    benchmark::DoNotOptimize(properties.loaded());
-  }
-  state.SetItemsProcessed(state.iterations() * kLines);
-}
-BENCHMARK(loadProperties);
-
-void loadByGetlineIntoAMap(benchmark::State& state) {
-  const std::string path = files().properties();
-  for (auto _ : state) benchmark::DoNotOptimize(readByHand(path).size());
-  state.SetItemsProcessed(state.iterations() * kLines);
-}
-BENCHMARK(loadByGetlineIntoAMap);
-
-void loadByBoostPropertyTree(benchmark::State& state) {
-  const std::string path = files().iniFile();
-  for (auto _ : state) {
-    boost::property_tree::ptree tree;
-    boost::property_tree::read_ini(path, tree);
-    benchmark::DoNotOptimize(tree.size());
-  }
-  state.SetItemsProcessed(state.iterations() * kLines);
-}
-BENCHMARK(loadByBoostPropertyTree);
+constexpr int kKeys = 400;
+const std::string kKey = "section.option.name240";
+const char kFile[] = "/tmp/bench-config-XXXXXX";
 
 /// Loads `state.range(0)` keys; the time per key shows whether the cost grows with the number.
 void loadManyKeys(benchmark::State& state) {
-  const std::string path = files().properties() + ".many";
+  std::string path = kFile;
+  const int fd = mkstemp(path.data());
+  if (fd < 0) abort();
+  close(fd);
   {
     std::ofstream file(path);
     for (int i = 0; i < state.range(0); i++)
@@ -172,11 +92,11 @@ void findSettingInMemory(benchmark::State& state) {
 }
 BENCHMARK(findSettingInMemory)->Arg(10)->Arg(10000);
 
-/// A loaded file, for the lookups.
+/// The lookups.
 class Loaded : public benchmark::Fixture {
  public:
   void SetUp(benchmark::State&) override {
-    properties.load(files().properties().c_str(), true);
+    for (int i = 0; i < kKeys; ++i) properties.setString("section.option.name" + std::to_string(i), "value");
     properties.setText("list", "one, two \"and three\"");
     properties.setText("time", "5m");
   }
@@ -196,7 +116,8 @@ BENCHMARK_F(Loaded, getCachedList)(benchmark::State& state) {
 }
 
 void findInABareMap(benchmark::State& state) {
-  const auto map = readByHand(files().properties());
+  std::map<std::string, std::string> map;
+  for (int i = 0; i < kKeys; ++i) map["section.option.name" + std::to_string(i)] = "value";
   for (auto _ : state) {
     const std::string value = map.find(kKey)->second;
     benchmark::DoNotOptimize(value.data());

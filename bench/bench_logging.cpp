@@ -1,6 +1,5 @@
-// The cost of a log call for its caller: disabled, to the file, and through the background thread. Compared
-// with spdlog, if installed, with the same format, file system and number of messages between flushes. Counts
-// allocations per message.
+// What a log call costs its caller: disabled, to the file, and through the background thread, with one and
+// with four threads. Allocations are counted per message.
 
 #include <benchmark/benchmark.h>
 
@@ -13,12 +12,6 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include <fokrazo/thread.h>
-
-#ifdef HAVE_SPDLOG
-#include <spdlog/async.h>
-#include <spdlog/sinks/basic_file_sink.h>
-#include <spdlog/spdlog.h>
-#endif
 
 namespace {
 
@@ -145,59 +138,6 @@ BENCHMARK(EnabledHere)
     ->UseRealTime()
     ->Setup(openQueue)
     ->Teardown(closeQueue);
-
-#ifdef HAVE_SPDLOG
-
-std::shared_ptr<spdlog::logger> gSpdlog;
-
-void DisabledSpdlog(benchmark::State& state) {
-  const auto logger = spdlog::basic_logger_mt("disabled", logFile("spdlog"));
-  const AllocationCounter counter(state);
-  long i = 0;
-  for (auto _ : state) logger->trace("message {} of {}", ++i, "bench");
-  spdlog::drop_all();
-}
-BENCHMARK(DisabledSpdlog);
-
-void openSpdlog(const benchmark::State&) {
-  gSpdlog = spdlog::basic_logger_mt("bench", logFile("spdlog"));
-}
-void openAsyncSpdlog(const benchmark::State&) {
-  spdlog::init_thread_pool(kQueueSize, 1);
-  gSpdlog = spdlog::basic_logger_mt<spdlog::async_factory>("bench", logFile("spdlog"));
-}
-void closeSpdlog(const benchmark::State&) {
-  gSpdlog.reset();
-  spdlog::shutdown();
-  remove(logFile("spdlog").c_str());
-}
-
-void EnabledSpdlog(benchmark::State& state) {
-  const AllocationCounter counter(state);
-  long i = 0;
-  for (auto _ : state) {
-    gSpdlog->info("message {} of {}", ++i, "bench");
-    if (i % kMessagesPerFlush == 0) gSpdlog->flush();
-  }
-}
-BENCHMARK(EnabledSpdlog)
-    ->Name("FileSpdlog")
-    ->Threads(1)
-    ->Threads(4)
-    ->Iterations(kMessages)
-    ->UseRealTime()
-    ->Setup(openSpdlog)
-    ->Teardown(closeSpdlog);
-BENCHMARK(EnabledSpdlog)
-    ->Name("QueueSpdlog")
-    ->Threads(1)
-    ->Threads(4)
-    ->Iterations(kMessages)
-    ->UseRealTime()
-    ->Setup(openAsyncSpdlog)
-    ->Teardown(closeSpdlog);
-
-#endif
 
 }  // namespace
 
