@@ -26,7 +26,7 @@ extern "C" ssize_t __wrap_read(int fd, void* bytes, size_t size) {
 
 namespace {
 
-TEST(FastFlattenTest, TheBufferChangesHandsOnceAndStaysOnFailure) {
+TEST(FastFlattenTest, MovesTheBufferOnceAndKeepsItOnFailure) {
   BerElement* ber = qtr_ber_alloc_t(0);
   ASSERT_GE(qtr_ber_printf(ber, "{i", 0), 0);
   berval inPlace, untouched;
@@ -138,7 +138,7 @@ TEST_F(SockbufTest, AReadWithNothingToReadIsRetriedThreeTimes) {
     EXPECT_NE(text.find(std::string("recv says no (retries left: ") + left + ")"), text.npos) << text;
 }
 
-TEST_F(SockbufTest, WritingToAPeerThatIsGoneRaisesNoSignal) {
+TEST_F(SockbufTest, WritingToAClosedPeerRaisesNoSignal) {
   shutdown(m_ends[1], SHUT_RDWR);
   BerElement* ber = qtr_ber_alloc_t(0);
   ASSERT_GE(qtr_ber_printf(ber, "i", 5), 0);

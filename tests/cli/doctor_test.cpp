@@ -16,7 +16,7 @@ using namespace testsupport;
 
 class DoctorTest : public WorldTest {};
 
-TEST_F(DoctorTest, ReportsTheDaemonsOwnProblem) {
+TEST_F(DoctorTest, ReportsTheDaemonsHealth) {
   const struct {
     int health;
     const char* text;

@@ -15,7 +15,7 @@ Descriptor alwaysReady() {
   return Descriptor(eventfd(1, EFD_CLOEXEC), "eventfd");
 }
 
-TEST(EventLoop, CallsNoHandlerThatWasForgottenInTheSameRound) {
+TEST(EventLoop, DoesNotCallHandlersForgottenInTheSameRound) {
   EventLoop loop;
   const Descriptor one = alwaysReady(), other = alwaysReady();
   int calls = 0;
@@ -32,7 +32,7 @@ TEST(EventLoop, CallsNoHandlerThatWasForgottenInTheSameRound) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST(EventLoop, WaitsForTheEventsThatAreWanted) {
+TEST(EventLoop, WaitsOnlyForRequestedEvents) {
   int ends[2];
   ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
   const Descriptor reader(ends[0]);
@@ -59,7 +59,7 @@ TEST(EventLoop, WaitsForTheEventsThatAreWanted) {
   EXPECT_EQ(seen, "pwc");
 }
 
-TEST(EventLoop, RunsTasksOfTimersInTheirOrderAndThoseOfOtherThreads) {
+TEST(EventLoop, RunsTimersInOrderAndTasksOfOtherThreads) {
   EventLoop loop;
   std::string order;
   loop.after(milliseconds(2), [&] { order += 'b'; });
@@ -92,7 +92,7 @@ TEST(Signals, ArriveWhileOtherDescriptorsAreAlwaysReady) {
   EXPECT_LT(rounds, 10);
 }
 
-TEST(StandardStreams, AreOpenedSoThatNothingElseTakesTheirPlace) {
+TEST(StandardStreams, AreOpenedBeforeOtherFilesTakeTheirNumbers) {
   const pid_t child = fork();
   if (child == 0) {
     close(STDIN_FILENO);

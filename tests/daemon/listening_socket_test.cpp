@@ -50,7 +50,7 @@ TEST_F(ListeningSocketTest, IsOpenToEveryUserAndClosedOnExec) {
   EXPECT_FALSE(exists("daemon.new"));
 }
 
-TEST_F(ListeningSocketTest, TakesThePlaceOfALeftoverAndOfNothingElse) {
+TEST_F(ListeningSocketTest, ReplacesOnlyStaleSockets) {
   leaveSocket("daemon");
   leaveSocket("daemon.new");
   EXPECT_EQ(open(), "open");

@@ -260,7 +260,7 @@ TEST_F(ServerTest, EveryAnswerOfTheBackEndReachesTheClient) {
   EXPECT_TRUE(client.send(framed("no message at all")).isEnded());
 }
 
-TEST_F(ServerTest, ALateAnswerHoldsUpNobodyElseAndKeepsItsPlace) {
+TEST_F(ServerTest, ALateAnswerDelaysNoOtherClientAndKeepsItsOrder) {
   start();
   RawClient patient = client(), gone = client(), other = client();
   patient.send(lookup("later") + m_ping);
@@ -365,7 +365,7 @@ TEST_F(ServerTest, ATimeOutEndsTheSearchOrListing) {
 }
 
 // All in one thread: a pause in the first round of the loop, then a stop, and what a timer and a signal call.
-TEST(AcceptorTest, AcceptsNobodyOnceItIsStopped) {
+TEST(AcceptorTest, AcceptsNoClientsAfterStop) {
   const ScratchDirectory scratch;
   ListeningSocket socket(scratch.path("daemon"));
   EventLoop loop;
@@ -387,7 +387,7 @@ TEST(AcceptorTest, AcceptsNobodyOnceItIsStopped) {
 }
 
 // Each ping is a round of the loop, in which a waiting client that is looked at would cost a call.
-TEST_F(ServerTest, AcceptingPausesWhileThereAreNoDescriptors) {
+TEST_F(ServerTest, AcceptingPausesWithoutDescriptors) {
   constexpr int kRounds = 500;
   start();
   RawClient first = client();
@@ -449,7 +449,7 @@ TEST_F(ServerTest, StopDoesNotWaitForAClientThatReadsNothing) {
 }
 
 // Not even a restart in the meantime cuts a reply off.
-TEST_F(ServerTest, StopDeliversRepliesThatAreUnderWayFirst) {
+TEST_F(ServerTest, StopDeliversPendingRepliesFirst) {
   start();
   RawClient reader = client(), administrator = client();
   reader.send(lookup("large"));

@@ -164,7 +164,7 @@ TEST(NssModule, AListingOfUnusableEntriesEnds) {
   }
 }
 
-TEST(NssModule, EachMisbehaviourHasItsAnswer) {
+TEST(NssModule, EachDaemonFaultHasItsAnswer) {
   const struct {
     const char* fault;
     const char* answer;
@@ -180,7 +180,7 @@ TEST(NssModule, EachMisbehaviourHasItsAnswer) {
   }
 }
 
-TEST(NssModule, ADaemonThatIsAwayIsUnavailableUntilItIsBack) {
+TEST(NssModule, AStoppedDaemonIsUnavailableUntilItIsBack) {
   EXPECT_EQ(askFor("root"), "NOTFOUND ENOENT");  // the daemon is not asked for root
   EXPECT_EQ(askFor(kUser), "UNAVAIL EIO");
   {
@@ -212,7 +212,7 @@ TEST(NssModule, ACallFromInsideTheLibraryIsRefused) {
   EXPECT_EQ(inner, "UNAVAIL ECONNREFUSED");
 }
 
-TEST(NssModule, AProcessOutOfDescriptorsMayTryAgain) {
+TEST(NssModule, OutOfDescriptorsMeansTryAgain) {
   const StandinProcess daemon(kAtTheSocket);
   rlimit before;
   getrlimit(RLIMIT_NOFILE, &before);
@@ -226,7 +226,7 @@ TEST(NssModule, AProcessOutOfDescriptorsMayTryAgain) {
   EXPECT_EQ(askAnew(kUser), kUserLine);
 }
 
-TEST(NssModule, ThreadsAndChildrenHaveTheirOwnSessionsAndLeaveNone) {
+TEST(NssModule, ThreadsAndChildrenHaveTheirOwnSessionsAndLeakNone) {
   const StandinProcess daemon(kAtTheSocket);
   errno = EDOM;
   ASSERT_EQ(askFor(kUser), kUserLine);
@@ -275,7 +275,7 @@ TEST(NssModule, NamesAreLookedUpAtTheEndOfAThreadAndOfTheProgram) {
   checkInChild(askAtTheEnd);
 }
 
-TEST(NssModule, ACancelledThreadIsNotCancelledInside) {
+TEST(NssModule, CancellationWaitsUntilTheModuleReturns) {
   const StandinProcess daemon(kAtTheSocket);
   std::string answer;
   pthread_t thread;

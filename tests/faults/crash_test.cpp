@@ -155,7 +155,7 @@ TEST_F(CrashTest, AKilledWriterLeavesTheOldOrTheNewValueAndALiveOneIsLeftAlone) 
 }
 
 // Before each of its changes a writer is killed, or overtaken by one that takes its lock for stale.
-TEST_F(CrashTest, WritersOfTheConfigurationNeverMixIt) {
+TEST_F(CrashTest, ConcurrentSavesOfTheConfigurationNeverMix) {
   const RecordedPauses pauses;
   const MovedDay later(100);
   const std::string path = in("conf"), mine(5000, 'm');

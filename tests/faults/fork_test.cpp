@@ -147,7 +147,7 @@ TEST_F(ForkTest, ChildrenOfABusyProgramWork) {
 }
 
 // The child keeps the locks that the forking thread held, and can release them.
-TEST_F(ForkTest, AHolderMayFork) {
+TEST_F(ForkTest, AThreadThatHoldsALockMayFork) {
   const Thread soThatLocksCount;
   Mutex& mutex = Props(false, false)->mutex;
   Lock properties(mutex);
@@ -160,7 +160,7 @@ TEST_F(ForkTest, AHolderMayFork) {
   });
 }
 
-TEST_F(ForkTest, AChildLoadsAgainWhatAnotherThreadWasChanging) {
+TEST_F(ForkTest, AChildReloadsWhatAnotherThreadWasChanging) {
   Properties& properties = *Props(false, false);
   put(paths::kConfigFile, "fork.key: new\n");
   Gate held, over;
@@ -176,7 +176,7 @@ TEST_F(ForkTest, AChildLoadsAgainWhatAnotherThreadWasChanging) {
 
 // The kernel takes some lines, and then the thread that logs waits, with the C library's lock on syslog. The
 // fork does not wait for it. The child must not use that lock, but its line arrives.
-TEST_F(ForkTest, AStalledSyslogHoldsUpNoForkAndNoChild) {
+TEST_F(ForkTest, AStalledSyslogBlocksNeitherForksNorChildren) {
   alarm(kPatience);
   SyslogSocket syslogd;
   ::configure("");

@@ -9,8 +9,8 @@
 
 #include <fokrazo/setting.h>
 #include "host/endpoint_probe.h"
-#include "tests/support/world_test.h"
 #include "tests/support/rows.h"
+#include "tests/support/world_test.h"
 #include "util/file/unique_fd.h"
 
 using namespace testsupport;
@@ -84,7 +84,7 @@ TEST_F(OsUtilTest, DistributionsAreRecognised) {
   }
 }
 
-TEST_F(OsUtilTest, PassesOverWhatIsNoFileAndThrowsForLinesTooShort) {
+TEST_F(OsUtilTest, SkipsNonFilesAndThrowsForShortLines) {
   put(in("target"), "NAME=Planted\nVERSION_ID=1\n");
   ASSERT_EQ(symlink(in("target").c_str(), "/etc/linked-release"), 0);
   ASSERT_EQ(mkdir("/etc/dir-release", 0755) + mkfifo("/etc/pipe-release", 0600), 0);
@@ -150,7 +150,7 @@ TEST_F(OsUtilTest, LoginsAreCountedAndTheOlderInterfaceShowsEachAsAUser) {
   });
 }
 
-TEST_F(OsUtilTest, TheJoinNamesTheHost) {
+TEST_F(OsUtilTest, JoinedNamesComeFromTheSettings) {
   for (const auto& name : {shortJoinedHostName, longJoinedHostName, PreW2KHostName, SamHostName})
     EXPECT_THROW(name(), IOException) << "not joined";
   saveSetting(SETTING_HOST_NAME, "Srv.Example.COM", SETTING_PUBLIC, false, true);
@@ -170,7 +170,7 @@ TEST_F(OsUtilTest, TheJoinNamesTheHost) {
   }
 }
 
-TEST_F(OsUtilTest, TheSystemNamesTheHost) {
+TEST_F(OsUtilTest, LocalNamesComeFromTheSystem) {
   put("/etc/nsswitch.conf", "hosts: files\n");
   put("/etc/hosts", "127.0.0.5 Canonical.Example Box.Example.Com " + std::string(5000, 'a') + "\n");
   if (inChild([] { ASSERT_EQ(unshare(CLONE_NEWUTS), 0); }) != 0)

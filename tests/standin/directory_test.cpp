@@ -96,7 +96,7 @@ TEST(Directory, ShortensALongDomainToItsShortName) {
   }
 }
 
-TEST(Directory, ResolvesNestedGroupsAndSurvivesCircles) {
+TEST(Directory, ResolvesNestedGroupsAndCycles) {
   Directory directory;
   directory.load(TEST_SOURCE_DIR "/tests/standin/groups.ldif");
   std::set<std::string> both = {"loner", "user"};
@@ -122,7 +122,7 @@ class SampleTest : public testing::Test {
   AttributeMap m_map{m_directory};
 };
 
-TEST_F(SampleTest, IsSearchedAsFarAsTheScope) {
+TEST_F(SampleTest, SearchesFollowTheScope) {
   const char kGroups[] = "OU=Groups,OU=Corp,DC=example,DC=com";
   EXPECT_EQ(count("", vesk::ScopeSubtree, ""), m_directory.size());
   EXPECT_EQ(count("dc=EXAMPLE, dc=com", vesk::ScopeBase, "(objectClass=domain)"), 1u);

@@ -31,7 +31,7 @@ std::string verdict(const std::string& filter, const Entry& entry) {
   }
 }
 
-TEST(LdapFilter, MatchesDiffersOrIsRefusedAsTheListSays) {
+TEST(LdapFilter, AgreesWithTheList) {
   std::ifstream list(TEST_SOURCE_DIR "/tests/standin/filters.txt");
   const Entry entry = person();
   int filters = 0;
@@ -45,7 +45,7 @@ TEST(LdapFilter, MatchesDiffersOrIsRefusedAsTheListSays) {
   EXPECT_EQ(verdict("(cn=x"s + '\0' + ")"s + "(", entry), "refused");
 }
 
-TEST(LdapFilter, IsRefusedWhenItIsNestedTooDeep) {
+TEST(LdapFilter, IsRefusedIfNestedTooDeep) {
   auto nested = [](int depth) {
     std::string text;
     for (int i = 1; i < depth; ++i) text += i % 2 ? "(!" : "(&";
@@ -58,7 +58,7 @@ TEST(LdapFilter, IsRefusedWhenItIsNestedTooDeep) {
 }
 
 // The memory is exactly as long as the filter, so that a sanitizer sees a step past the end.
-TEST(LdapFilter, IsRefusedWhereverItIsCut) {
+TEST(LdapFilter, IsRefusedIfTruncated) {
   const std::string whole = "(&(|(cn=a*b\\2a)(x>=1))(!(uac:1.2.840.113556.1.4.803:=2)))";
   for (size_t length = 1; length < whole.size(); ++length) {
     std::unique_ptr<char[]> exact(new char[length]);

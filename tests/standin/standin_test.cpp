@@ -107,7 +107,7 @@ TEST_F(StandinTest, ListsEachKindOfEntryIndependently) {
   EXPECT_EQ(rest([&] { return m_session.getUser2(NEXT_ENTRY, UNIX_ONLY); }, end), shadows);
 }
 
-TEST_F(StandinTest, SearchesByPagesAndForTheAttributesThatAreWanted) {
+TEST_F(StandinTest, SearchesByPageAndReturnsWantedAttributes) {
   const char *base = "OU=Corp,DC=example,DC=com", *filter = "(objectClass=group)";
   const char* wanted[] = {"CN", "_Members", nullptr};
   PagedSearchHandle handle =
@@ -128,7 +128,7 @@ TEST_F(StandinTest, SearchesByPagesAndForTheAttributesThatAreWanted) {
   EXPECT_EQ(outcomeOf([&] { return lost.getNext(); }), " 0 No such paged search");
 }
 
-TEST_F(StandinTest, RestartsAtASignal) {
+TEST_F(StandinTest, RestartsOnASignal) {
   m_session.ping();
   m_standin.signal(SIGHUP);
   RecvWait(m_session.socket(), 100);
@@ -192,7 +192,7 @@ TEST(StandinFaults, VerboseLinesNameRequestsAndNoSecrets) {
   EXPECT_EQ(lines.find("Paper"), std::string::npos) << lines;
 }
 
-TEST_F(StandinTest, StopsWhenAClientAsksForIt) {
+TEST_F(StandinTest, StopsAtAClientsRequest) {
   m_session.stop();
   EXPECT_TRUE(m_session.processAuthenticated());
   EXPECT_EQ(m_standin.wait(), 0);

@@ -23,7 +23,7 @@ class ClientPathTest : public SessionTest {
   }
 };
 
-TEST_F(ClientPathTest, ASessionMakesNoLockNoThreadAndNoKey) {
+TEST_F(ClientPathTest, ASessionCreatesNoLockThreadOrKey) {
   useASession();
   EXPECT_GT(gLocks, 0) << "the process-wide ones, at their first use";
   gLocks = gThreads = gKeys = 0;

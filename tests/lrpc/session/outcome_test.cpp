@@ -94,7 +94,7 @@ TEST(OutcomeTest, EachExceptionHasTheOutcomeOfItsClassAndText) {
       EXPECT_EQ(classes.count(name), 1u) << name;
 }
 
-TEST(OutcomeTest, NoOutcomeIsMixedUpWithAnother) {
+TEST(OutcomeTest, OutcomesAreNeverConfused) {
   const std::set<int> readAsNotFound = {0, ENOENT, ESRCH, EBADF, EPERM};  // see getpwnam(3)
   std::vector<Answer> answers;
   for (const ResultRow& row : kResultRows) answers.push_back(row.answer);

@@ -142,7 +142,7 @@ TEST_F(SecretsTest, APartialReplyIsWiped) {
 }
 
 // A short text is stored in the object itself, whose bytes the test can inspect after the destructor.
-TEST(ShredderTest, WipesItsOwnTextAlone) {
+TEST(ShredderTest, WipesOnlyItsOwnText) {
   alignas(Shredder) static unsigned char place[sizeof(Shredder)];
   const std::string original = "short";
   auto* secret = new (place) Shredder(original);

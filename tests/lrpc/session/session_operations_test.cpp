@@ -111,7 +111,7 @@ TEST_F(OperationsTest, TheCategoryOfASidDecidesTheView) {
   EXPECT_EQ(thrownBy([&] { session().getObject(SID(), 0); }), "BadDataException 0 SID is Null");
 }
 
-TEST_F(OperationsTest, TheHealthIsThatOfTheLastReplyOrOfAProbe) {
+TEST_F(OperationsTest, HealthComesFromTheLastReplyOrAProbe) {
   ValidationResult health = VR_SUCCESS;
   int a = 1, b = 2;
   std::string why = "why";
@@ -136,7 +136,7 @@ TEST_F(OperationsTest, TheHealthIsThatOfTheLastReplyOrOfAProbe) {
   EXPECT_EQ(session().getFipsMode(), 0);
 }
 
-TEST_F(OperationsTest, ASearchIsAskedForPageByPageAndOutlivesFailures) {
+TEST_F(OperationsTest, APagedSearchContinuesAfterFailures) {
   const std::string next = request(23, integer(-7)), a = object("a"), b = object("b");
   peer()
       .expect(request(

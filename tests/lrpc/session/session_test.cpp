@@ -65,7 +65,7 @@ class SessionCoreTest : public SessionTest {
   }
 };
 
-TEST_F(SessionCoreTest, ConnectsWithTheFirstRequestOrAtOnce) {
+TEST_F(SessionCoreTest, ConnectsOnTheFirstRequestOrImmediately) {
   EXPECT_EQ(session().socket(), -1);
   exchange();
   EXPECT_TRUE(peer().down().finished());
@@ -103,7 +103,7 @@ TEST_F(SessionCoreTest, AnIdleConnectionIsReplaced) {
   exchange();
 }
 
-TEST_F(SessionCoreTest, AChildOfForkTakesAConnectionOfItsOwn) {
+TEST_F(SessionCoreTest, AForkedChildOpensItsOwnConnection) {
   exchange();
   const int socket = session().socket();
   // The child finds nobody: its request must not go to the parent's connection.
@@ -159,7 +159,7 @@ TEST_F(SessionCoreTest, TheDescriptorIsPrivateAndAboveTheStandardOnes) {
   });
 }
 
-TEST_F(SessionCoreTest, AnotherEffectiveUserOrGroupTakesANewConnection) {
+TEST_F(SessionCoreTest, AChangedEffectiveUserOrGroupNeedsANewConnection) {
   for (gid_t* id : {&gOtherUid, &gOtherGid})
     for (const gid_t other : {1, 0}) {  // rights that are given up, and taken back
       exchangeOnNewConnection();
@@ -191,7 +191,7 @@ TEST_F(SessionCoreTest, AConnectionWithSomethingToReadIsReplaced) {
     }
 }
 
-TEST_F(SessionCoreTest, ATrustedPeerIsDemandedOfEachConnectionBeforeAnythingIsSent) {
+TEST_F(SessionCoreTest, EachConnectionIsCheckedForTheTrustedPeerBeforeSending) {
   const std::string own = std::to_string(getuid()), other = std::to_string(getuid() + 1);
   exchange();
   startSession(true);
@@ -273,7 +273,7 @@ TEST_F(SessionCoreTest, ADescriptorThatTheProgramHasReusedIsLeftAlone) {
   EXPECT_EQ(std::filesystem::file_size(in("file")), 0u);
 }
 
-TEST_F(SessionCoreTest, TheSecondFailureIsTheCallers) {
+TEST_F(SessionCoreTest, TheSecondFailureIsThrown) {
   const struct {
     std::string frame, failure;
   } rows[] = {
@@ -293,7 +293,7 @@ TEST_F(SessionCoreTest, TheSecondFailureIsTheCallers) {
   }
 }
 
-TEST_F(SessionCoreTest, WhatIsSentOnceIsNotSentAgain) {
+TEST_F(SessionCoreTest, RequestsSentOnceAreNotRepeated) {
   exchange();
   peer().expect(request(1)).hangUp();
   EXPECT_EQ(stopThrows().substr(0, kBroken.size()), kBroken);
@@ -327,7 +327,7 @@ TEST_F(SessionCoreTest, AfterAReplyThatIsTooLongTheConnectionIsReplaced) {
   EXPECT_EQ(stopThrows(), "nothing") << "a megabyte is always taken";
 }
 
-TEST_F(SessionCoreTest, ALateReplyIsNoAnswerToTheNextRequest) {
+TEST_F(SessionCoreTest, ALateReplyIsNotTakenForTheNextOne) {
   configure("lrpc.timeout: 0\n");
   for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(ping);
   EXPECT_EQ(pingThrows(), "TimeoutException 0 RecvWait out");
@@ -343,7 +343,7 @@ TEST_F(SessionCoreTest, ALateReplyIsNoAnswerToTheNextRequest) {
 }
 
 // The thread is cancelled, and reaches a cancellation point before or after its exchange.
-TEST_F(SessionCoreTest, AThreadThatIsCancelledClosesItsConnectionAndUnwinds) {
+TEST_F(SessionCoreTest, ACancelledThreadClosesItsConnectionAndUnwinds) {
   static bool early;
   for (const bool row : {true, false}) {
     early = row;

@@ -108,7 +108,7 @@ TEST_F(SockioTest, AConnectionNeverBlocksAndALongPathIsCut) {
   EXPECT_EQ(gid, getgid() + 2);
 }
 
-TEST_F(SockioTest, AConnectThatTakesTimeIsWaitedFor) {
+TEST_F(SockioTest, WaitsForASlowConnect) {
   const std::string path = in("socket");
   gConnectLater = true;
   auto peer = std::make_unique<ScriptedPeer>(path);

@@ -62,7 +62,7 @@ TEST_F(FileUtilTest, RenamesWithOrWithoutAnException) {
                  MoveFile(in("gone"), in("d")));
 }
 
-TEST_F(FileUtilTest, TemporaryFilesAreBornWithModeAndOwnerOrNotAtAll) {
+TEST_F(FileUtilTest, TemporaryFilesHaveModeAndOwnerOrDoNotExist) {
   using Make = std::function<void(mode_t mode, uid_t user, gid_t group)>;
   std::string name;
   std::ofstream out;

@@ -99,7 +99,7 @@ TEST_F(PathTest, CreatesDirectoriesWhateverTheUmask) {
   }
 }
 
-TEST_F(PathTest, WalksNamesOfAnyBytes) {
+TEST_F(PathTest, IteratesOverNamesOfAnyBytes) {
   const std::set<std::string> names = {"back\\slash", " ",   "new\nline",
                                        "\x01\xff",    "...", std::string(255, 'n')};
   for (const std::string& name : names) put(in(name), "x");

@@ -57,7 +57,7 @@ TEST_F(SELinuxTest, NothingHappensWithoutSELinux) {
   EXPECT_FALSE(isLogged("restorecon"));
 }
 
-TEST_F(SELinuxTest, LoadsTheLibraryThatThePropertyNames) {
+TEST_F(SELinuxTest, LoadsTheConfiguredLibrary) {
   onSELinux(FAKE_SELINUX_COMPLETE, [] {
     setenv("FAKE_OFF", "1", 1);
     EXPECT_EQ(instanceFailure(), "NotFoundException|SELinux is NOT enabled");
@@ -78,7 +78,7 @@ TEST_F(SELinuxTest, LoadsTheLibraryThatThePropertyNames) {
             [] { EXPECT_EQ(instanceFailure().find("SystemException|Load /no/such failed: "), 0u); });
 }
 
-TEST_F(SELinuxTest, AdjustsTheTypeAloneAndRestoresThePolicysLabel) {
+TEST_F(SELinuxTest, AdjustsOnlyTheTypeAndRestoresThePolicysLabel) {
   onSELinux(FAKE_SELINUX_COMPLETE, [this] {
     EXPECT_EQ(labelled(kLabel, "old_t"), kLabel) << "the right type is not written again";
     EXPECT_EQ(labelled(kLabel, "new_t"), "user:role:new_t:s0 written");
@@ -93,7 +93,7 @@ TEST_F(SELinuxTest, AdjustsTheTypeAloneAndRestoresThePolicysLabel) {
   });
 }
 
-TEST_F(SELinuxTest, FailuresAreLoggedAndNeverPassedOn) {
+TEST_F(SELinuxTest, FailuresAreOnlyLogged) {
   const std::string file = in("file"), missing = in("missing");
   const std::string gone = ": No such file or directory. Please run 'restorecon' on ";
   const std::string denied = ": Operation not permitted. Please run 'restorecon' on ",

@@ -7,10 +7,10 @@
 #include <fokrazo/circular_buffer.h>
 #include <fokrazo/mutex.h>
 #include <fokrazo/thread.h>
+#include "tests/support/rows.h"
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
 #include "tests/support/workers.h"
-#include "tests/support/rows.h"
 #include "util/log/log_internal.h"
 #include "util/thread/clock.h"
 
@@ -266,7 +266,7 @@ TEST_F(LogTest, AProgramRunsWithoutConfigurationSyslogOrDirectories) {
   EXPECT_EQ(syslogd.texts(), Texts());
 }
 
-TEST_F(LogTest, ThreadsLogAcrossChangesAndNoLevelSticks) {
+TEST_F(LogTest, ThreadsLogAcrossChangesAndNoOldLevelStays) {
   const std::string file = "logger.destination: /var/log/change.log\nlogger.memory.log: DISABLED\n";
   configure(file);
   std::atomic<bool> stop{false};

@@ -10,9 +10,9 @@
 #include <fokrazo/fixed_paths.h>
 #include <fokrazo/secure_open.h>
 #include <fokrazo/setting.h>
+#include "tests/support/rows.h"
 #include "tests/support/workers.h"
 #include "tests/support/world_test.h"
-#include "tests/support/rows.h"
 
 using namespace testsupport;
 using namespace vesk;
@@ -168,7 +168,7 @@ TEST_F(PropertiesTest, EscapedTextIsOneLine) {
   EXPECT_FALSE(properties.setString("", "v") || properties.setText("k", "v\\"));
 }
 
-TEST_F(PropertiesTest, ASecondLoadGoesOverTheFirstAndReloadStartsAfresh) {
+TEST_F(PropertiesTest, ASecondLoadMergesAndReloadStartsOver) {
   load("a: 1\nb: 1\nl: x, y");
   load("B: 2");
   EXPECT_EQ(properties.getString("a") + properties.getString("b"), "12");
@@ -193,7 +193,7 @@ TEST_F(PropertiesTest, OnlyARegularFileIsLoaded) {
   }
 }
 
-TEST_F(PropertiesTest, HugeAndHostileTextEndsSoon) {
+TEST_F(PropertiesTest, HugeAndHostileTextIsBounded) {
   const size_t million = 1024 * 1024;
   std::string growing = "v0: xxxxxxxxxx\n", deep = "k: ";
   for (int i = 1; i < 20; i++) {
@@ -330,7 +330,7 @@ TEST(PropertyNames, KeysNeverChange) {
 
 using PropertiesThreads = PropertiesTest;
 
-TEST_F(PropertiesThreads, ReadersSeeTheOldFileOrTheNewOneWhole) {
+TEST_F(PropertiesThreads, ReadersSeeTheOldOrTheNewFile) {
   const auto set = [](const std::string& number) {
     configure("pair.1: " + number + "\npair.2: " + number + "\n");
   };
@@ -448,7 +448,7 @@ TEST_F(PropertiesSaveTest, AFreshLockIsWaitedForAndAStaleOneTaken) {
   EXPECT_EQ(get(m_path), "a: 2\n");
 }
 
-TEST_F(PropertiesSaveTest, UpdatesOfManyProcessesAllCount) {
+TEST_F(PropertiesSaveTest, ConcurrentUpdatesAreAllKept) {
   put(m_path, "# counter\ncount: 0\n");
   const auto increment = [](Properties& p) {
     return p.setString("count", std::to_string(p.getInt("count", 0) + 1));

@@ -60,7 +60,7 @@ std::string run(RunQueue& queue, std::string& ran) {
 
 }  // namespace
 
-TEST(RunQueueTest, RunsInOrderAndTakesDuplicatesOut) {
+TEST(RunQueueTest, RunsInOrderAndRemovesDuplicates) {
   RunQueue queue("order", 0, false);
   std::string ran;
   const auto note = [&](const char* what) { return [&ran, what] { ran += what; }; };
@@ -92,7 +92,7 @@ TEST(RunQueueTest, TheRegistryHasOneQueuePerName) {
   EXPECT_EQ(RunQueue::getRunQueue("other", false, 1), nullptr);
 }
 
-TEST(RunQueueTest, PostersSlowDownFromHalfFullOnAndGiveUpAtAFullQueueAfterABoundedTime) {
+TEST(RunQueueTest, PostersSlowDownWhenHalfFullAndGiveUpWhenFull) {
   const std::tuple<int, int, int> rows[] = {{10, 7, 3}, {1, 1, 1}, {0, 50, 0}, {10, 11, 106}};
   for (const bool isLogQueue : {false, true})
     for (const auto& [maxSize, posts, expected] : rows) {
@@ -127,7 +127,7 @@ TEST(RunQueueTest, CongestionEndsWhenAThirdIsLeft) {
   EXPECT_EQ(pauses.taken(), (std::vector<long>{0, 10, 20}));
 }
 
-TEST(RunQueueThreads, ARunnerPostsPastTheLimitWithoutAWait) {
+TEST(RunQueueThreads, ARunnerPostsPastTheLimitWithoutWaiting) {
   RunQueue queue("limited", 2, false);
   RecordedPauses pauses;
   Gate left, done;
@@ -143,7 +143,7 @@ TEST(RunQueueThreads, ARunnerPostsPastTheLimitWithoutAWait) {
   EXPECT_EQ(pauses.taken().size(), 2u) << "by a thread that is no runner";
 }
 
-TEST(RunQueueThreads, TheFirstRunnerIsRememberedUntilAnotherOneServesInItsPlace) {
+TEST(RunQueueThreads, TheFirstRunnerKeepsItsRoleUntilAnotherServes) {
   RunQueue queue("limited", 2, false);
   RecordedPauses pauses;
   Gate first, second;
@@ -168,7 +168,7 @@ TEST(RunQueueThreads, TheFirstRunnerIsRememberedUntilAnotherOneServesInItsPlace)
   EXPECT_EQ(pauses.taken(), std::vector<long>{10});
 }
 
-TEST(RunQueueThreads, ACancelledRunnerLeavesItsPlace) {
+TEST(RunQueueThreads, ACancelledRunnerReleasesItsRole) {
   RunQueue queue("left", 2, false);
   cancelAt([&](auto point) {
     vesk::Thread::disableKill();
@@ -197,7 +197,7 @@ TEST(RunQueueThreads, ATimedRunnerLeavesAnEmptyQueueWhenTheTimeIsOver) {
   done.wait(3);
 }
 
-TEST(RunQueueThreads, ShutdownRunsWhatIsLeftAndRefusesTheRest) {
+TEST(RunQueueThreads, ShutdownRunsQueuedItemsAndRefusesNewOnes) {
   Watched<RunQueue> queue("ending", 2, false);
   Gate left, busy, release, ran;
   auto runner = runnerOf(queue, left);
@@ -283,7 +283,7 @@ class TimeQueueTest : public testing::Test {
   Event a = [this] { ran += "a"; }, b = [this] { ran += "b"; }, c = [this] { ran += "c"; };
 };
 
-TEST_F(TimeQueueTest, RunsWhatIsDueInOrderOfTimeThenOfPosting) {
+TEST_F(TimeQueueTest, RunsDueItemsByTimeThenByPosting) {
   const std::pair<long, Event*> events[] = {{2000, &c}, {1000, &a}, {2000, &a}, {1000, &b}, {LONG_MAX, &a}};
   for (const auto& [delay, event] : events) schedule(queue, delay, *event);
   EXPECT_EQ(runAt(0), "");

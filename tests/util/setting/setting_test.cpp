@@ -93,7 +93,7 @@ TEST_F(SettingTest, AFileIsOneValueOrAnError) {
                  readSettingFile("dc.q", in("")));
 }
 
-TEST_F(SettingTest, WhatIsTooLargeIsRefusedAndChangesNothing) {
+TEST_F(SettingTest, TooLargeValuesAreRefusedAndChangeNothing) {
   save("site", "old");
   for (const bool defer : {false, true})
     for (const std::string name : {"site", "dc.a"}) {
@@ -315,7 +315,7 @@ TEST_F(KSetTest, CopiesWithModesAndNeverThroughALink) {
   EXPECT_EQ(get(in("victim")), "stays");
 }
 
-TEST_F(KSetTest, RollsBackToTheSnapshotOnceAndCleansTheMemoryToo) {
+TEST_F(KSetTest, RollsBackToTheSnapshotOnceAndClearsTheMemory) {
   saveSetting("site", "s", SETTING_DEFAULT, false, false);
   KSets sets(in("a"));
   EXPECT_FAILURE("NotFoundException|Cannot open directory " + in("gone/: No such file or directory"),

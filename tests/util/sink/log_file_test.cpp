@@ -162,7 +162,7 @@ TEST_F(LogFileTest, TheLogNeverBecomesAStandardStream) {
 
 // As with a container's /dev/stdout. If the reader does not read or is gone, the lines go to syslog; what the
 // pipe had no room for is dropped when it is closed, and no signal ends the program.
-TEST_F(LogFileTest, APipeBehindALinkOfRootGetsEachLineAtOnce) {
+TEST_F(LogFileTest, APipeThroughALinkOfRootGetsEachLineImmediately) {
   SyslogSocket syslogd;
   int ends[2];
   ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
@@ -219,7 +219,7 @@ TEST_F(LogFileTest, OutsideTextIsEscapedInEverySink) {
   }
 }
 
-TEST_F(LogFileTest, ADestinationThatFailsFallsBackOnSyslogAndCanChange) {
+TEST_F(LogFileTest, AFailingDestinationFallsBackToSyslogAndCanChange) {
   SyslogSocket syslogd;
   const auto logger = Logger::GetLogger("dest");
   const auto logTo = [&](const std::string& destination, const char* text) {
@@ -239,7 +239,7 @@ TEST_F(LogFileTest, ADestinationThatFailsFallsBackOnSyslogAndCanChange) {
 }
 
 // The lines that wait for a flush go to syslog too, and a new directory gets a new file.
-TEST_F(LogFileTest, AFileWhoseDirectoryIsGoneFallsBackOnSyslog) {
+TEST_F(LogFileTest, AFileWhoseDirectoryIsGoneFallsBackToSyslog) {
   const auto logger = Logger::GetLogger("gone");
   for (const int frequency : {1, 3}) {
     SyslogSocket syslogd;
@@ -263,7 +263,7 @@ TEST_F(LogFileTest, AFileWhoseDirectoryIsGoneFallsBackOnSyslog) {
 }
 
 // Compressing a large file takes long; meanwhile others can use the log.
-TEST_F(LogFileTest, NobodyWaitsForACompression) {
+TEST_F(LogFileTest, CompressionDoesNotBlockLogging) {
   constexpr unsigned int kSize = 256 << 20;
   put(in("log"), "");
   fs::resize_file(in("log"), kSize);  // takes no room
@@ -287,7 +287,7 @@ TEST_F(LogFileTest, NobodyWaitsForACompression) {
 }
 
 // With compression, cached lines wait until a new file can be opened.
-TEST_F(LogFileTest, AFileThatCannotBeOpenedAgainIsTriedAgain) {
+TEST_F(LogFileTest, ReopeningIsRetried) {
   FileLogging file, cached;
   ASSERT_EQ(file.init(in("log").c_str(), {4, 5, false, 1, 0}), 0);
   ASSERT_EQ(cached.init(in("cached").c_str(), {1 << 20, 5, true, 2, 2048}), 0);

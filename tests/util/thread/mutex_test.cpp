@@ -44,7 +44,7 @@ TEST(LockWithoutThreads, HoldsOnceTheProcessHasAnySecondThread) {
   EXPECT_EQ(mutex.lockDepth(), 1u);
 }
 
-TEST_F(LockTest, RecursiveHoldsAreCountedAndTheLastOneFrees) {
+TEST_F(LockTest, RecursiveLocksAreCountedAndTheLastUnlockFrees) {
   Lock outer(mutex);
   Lock inner(mutex);
   EXPECT_EQ(mutex.lockDepth(), 2u);

@@ -93,7 +93,7 @@ TEST(ThreadTest, APendingCancelTakesEffectAtTheNextCancellationPoint) {
   }
 }
 
-TEST(ThreadTest, SleepAddsUpItsPartsAndASignalCutsItShort) {
+TEST(ThreadTest, SleepAddsUpItsPartsAndASignalInterruptsIt) {
   EXPECT_TRUE(Thread::sleep(0, 1, 999, 999));
   // A fraction of a whole second or more is refused.
   EXPECT_EQ(thrownBy([] { Thread::sleep(0, 1'000'000'000); }), kInvalid);
