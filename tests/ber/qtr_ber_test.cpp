@@ -81,7 +81,7 @@ class SockbufTest : public ::testing::Test {
   }
   int readTagThatCame() { return write(m_ends[1], "\2\1\5", 3) == 3 ? readTag() : -2; }
 
-  // What has been logged since the last call.
+  // The log since the last call.
   static std::string logged() {
     std::string text = ::testing::internal::GetCapturedStderr();
     ::testing::internal::CaptureStderr();

@@ -1,5 +1,5 @@
-// fokrazo doctor with a daemon that is ill itself, as no stand-in is. All other findings are in
-// transcript.txt.
+// fokrazo doctor with an unhealthy daemon, which the stand-in never is. transcript.txt has all other
+// findings.
 
 #include <gtest/gtest.h>
 

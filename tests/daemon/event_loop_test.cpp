@@ -66,7 +66,7 @@ TEST(EventLoop, RunsTimersInOrderAndTasksOfOtherThreads) {
   loop.after(milliseconds(1), [&] { order += 'a'; });
   std::thread other;
   loop.after(milliseconds(3), [&] {
-    // From here on nothing but the other thread can wake the loop.
+    // From now on only the other thread can wake the loop.
     other = std::thread([&] { loop.post([&] { loop.stop(); }); });
   });
   loop.run();

@@ -24,7 +24,7 @@ class ListeningSocketTest : public testing::Test {
       return error.what();
     }
   }
-  /// A socket file at which nobody listens.
+  /// A socket file without a listener.
   void leaveSocket(const std::string& name) {
     {
       ListeningSocket gone(m_scratch.path("gone"));
@@ -76,7 +76,7 @@ TEST_F(ListeningSocketTest, IsReplacedAndRemovesOnlyItsOwnFile) {
   m_socket->replace();
   EXPECT_NE(m_socket->fd(), first);
   EXPECT_EQ(connectTo(m_path), "nothing");
-  std::filesystem::create_directory(m_scratch.path("daemon.new"));  // nothing can be made there
+  std::filesystem::create_directory(m_scratch.path("daemon.new"));  // blocks the temporary name
   EXPECT_THROW(m_socket->replace(), Error);
   EXPECT_EQ(connectTo(m_path), "nothing");
 

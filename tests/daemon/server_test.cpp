@@ -1,5 +1,4 @@
-// A server on a loop in a thread of its own, with a back end that answers as the tests say, and clients that
-// write down their bytes.
+// A server in its own thread, with a scripted back end and clients that record their bytes.
 
 #include "daemon/server.h"
 
@@ -27,7 +26,7 @@ namespace {
 
 using namespace testsupport;
 
-constexpr int kPatienceMs = 100 * 1000;        // bounds a hang; no test depends on it
+constexpr int kPatienceMs = 100 * 1000;        // bounds hangs; no test depends on it
 const std::string kPong = framed(request(0));  // the reply is the same bytes
 
 Object objectOf(size_t size) {
@@ -36,7 +35,7 @@ Object objectOf(size_t size) {
   return vesk::ADSerializer::serialize(object);
 }
 
-/// One and the same, because an object says when it was made.
+/// Always the same object, because it contains its creation time.
 Object object() {
   static const Object made = objectOf(1);
   return made;
@@ -66,10 +65,10 @@ class ScriptedBackend : public Backend {
     done(std::unique_ptr<Listing>(std::make_unique<LateListing>(*this)));
   }
 
-  const Object large = objectOf(8 << 20);  // more than a socket takes
+  const Object large = objectOf(8 << 20);  // more than a socket buffers
   std::vector<Done<Object>> later;
   std::vector<Done<Objects>> laterPages;
-  std::vector<size_t> limits;  // of the pages asked for
+  std::vector<size_t> limits;  // of the requested pages
   int cutShort = 0;            // searches destroyed before next() had returned
 
  private:
@@ -96,7 +95,7 @@ class ScriptedBackend : public Backend {
   };
 };
 
-/// Requests and replies pass, as the members say.
+/// Passes requests and replies, as set by the members.
 class ScriptedTraffic : public Traffic {
  public:
   Admission admit() override { return {verdict, 0}; }
@@ -122,7 +121,7 @@ std::string page(int handle) {
   return framed(request(23, integer(handle)));
 }
 
-/// A reply of the scripted back end: the status, its health, and what follows.
+/// A reply of the scripted back end: status, health, and further fields.
 std::string answered(int result, const std::string& message, const std::string& rest = "", int opcode = 11) {
   const std::string health = integer(19) + integer(7) + integer(8) + octets("offline");
   std::string bytes = request(opcode, integer(result) + integer(0) + integer(0) + octets(message) + health);
@@ -153,7 +152,7 @@ class RawClient {
               static_cast<ssize_t>(bytes.size()));
     return *this;
   }
-  /// So many bytes, or those before the end of the stream.
+  /// `size` bytes, or those before the end of the stream.
   std::string receive(size_t size) {
     std::string bytes(size, '\0');
     size_t have = 0;
@@ -192,7 +191,7 @@ class ServerTest : public testing::Test {
                      [this](const std::string& line) { m_lastLine = line; });
     m_thread = std::thread([this] { m_loop.run(); });
   }
-  /// With little time for each step of a client or the back end.
+  /// Sets a short time-out for each step of a client or the back end.
   void startImpatient() {
     Limits limits;
     limits.step = std::chrono::milliseconds(20);
@@ -207,7 +206,7 @@ class ServerTest : public testing::Test {
     });
     done.get_future().wait();
   }
-  /// Waits until so many lookups and pages are held back.
+  /// Waits until `count` lookups and pages are pending.
   void awaitHeldBack(size_t count) {
     for (size_t held = 0; held < count;)
       onLoop([&] { held = m_backend.later.size() + m_backend.laterPages.size(); });
@@ -230,7 +229,7 @@ class ServerTest : public testing::Test {
   ScriptedTraffic m_traffic;
   ListeningSocket m_socket{m_path};
   EventLoop m_loop;
-  std::string m_lastLine;  // of the log
+  std::string m_lastLine;  // logged
   std::optional<Server> m_server;
   std::thread m_thread;
 };
@@ -339,7 +338,7 @@ TEST_F(ServerTest, ALateLastPageEndsTheSearchBeforeTheNextRequest) {
   EXPECT_EQ(client.receive((kEmptyPage + kUnknownSearch).size()), kEmptyPage + kUnknownSearch);
 }
 
-// After a time-out nobody knows where the search or the listing is, and its next() is still under way.
+// After a time-out the position of the search or listing is unknown, and its next() is still running.
 TEST_F(ServerTest, ATimeOutEndsTheSearchOrListing) {
   startImpatient();
   const std::string away = "The directory does not answer", closed = "No listing of this kind is open";
@@ -364,7 +363,7 @@ TEST_F(ServerTest, ATimeOutEndsTheSearchOrListing) {
   EXPECT_EQ(client.ask(m_ping, kPong), kPong) << "late answers that nobody waits for";
 }
 
-// All in one thread: a pause in the first round of the loop, then a stop, and what a timer and a signal call.
+// In one thread: a pause in the first round of the loop, then a stop, and the calls of a timer and a signal.
 TEST(AcceptorTest, AcceptsNoClientsAfterStop) {
   const ScratchDirectory scratch;
   ListeningSocket socket(scratch.path("daemon"));
@@ -386,7 +385,7 @@ TEST(AcceptorTest, AcceptsNoClientsAfterStop) {
   EXPECT_EQ(accepted, 0);
 }
 
-// Each ping is a round of the loop, in which a waiting client that is looked at would cost a call.
+// Each ping is a round of the loop; a check of a waiting client would be another call.
 TEST_F(ServerTest, AcceptingPausesWithoutDescriptors) {
   constexpr int kRounds = 500;
   start();
@@ -413,7 +412,7 @@ TEST_F(ServerTest, ARestartEndsEveryConnectionAndIsCounted) {
   awaitHeldBack(1);
   onLoop([this] { m_server->restart(); });
   EXPECT_TRUE(idle.isEnded() && waiting.isEnded());
-  answerLater();  // nobody waits for it any more
+  answerLater();  // too late
   EXPECT_EQ(client().ask(m_ping, kPong), kPong);
   EXPECT_EQ(m_statistics.restarts, 1u);
 }
@@ -448,7 +447,7 @@ TEST_F(ServerTest, StopDoesNotWaitForAClientThatReadsNothing) {
   m_thread.join();
 }
 
-// Not even a restart in the meantime cuts a reply off.
+// Even a restart in the meantime does not truncate a reply.
 TEST_F(ServerTest, StopDeliversPendingRepliesFirst) {
   start();
   RawClient reader = client(), administrator = client();

@@ -1,5 +1,5 @@
-// The name-service module as the C library calls it, in the private world: its status and errno when buffers,
-// descriptors, threads or the daemon are not as they should be. usage: nss_module_test MODULE
+// The name-service module as the C library calls it, in the private world: its status and errno for problems
+// with buffers, descriptors, threads or the daemon. usage: nss_module_test MODULE
 
 #include <dlfcn.h>
 #include <grp.h>
@@ -67,8 +67,8 @@ std::string text(nss_status status, int error) {
   return status == NSS_STATUS_SUCCESS ? name : name + " " + strerrorname_np(error);
 }
 
-/// Calls with ever larger buffers until the entry fits, and returns it, or the status with its errno. A
-/// buffer that is too small must be all that changes.
+/// Calls with larger and larger buffers until the entry fits, and returns it, or the status with its errno.
+/// Until then nothing but the buffer may change.
 template <class Entry, class Call>
 std::string growUntilItFits(Call call, size_t first) {
   for (size_t size = first; size <= kLarge; ++size) {
@@ -96,7 +96,7 @@ std::string askFor(const char* user) {
   return askFor<passwd>("getpwnam_r", user);
 }
 
-/// In a thread of its own, which begins and ends without a session.
+/// In its own thread, which begins and ends without a session.
 std::string askAnew(const char* name) {
   std::string answer;
   std::thread([&] { answer = askFor(name); }).join();
@@ -109,7 +109,7 @@ TEST(NssModule, ABufferThatIsTooSmallIsReported) {
   EXPECT_EQ(askFor<group>("getgrnam_r", kGroup, 0), "Büro:x:20002,dgruber,mgruber,ygruber,rquispe");
 }
 
-/// All entries and, as the last two, how the listing ended; begins each with a buffer of size `first`.
+/// All entries, then two items for the end of the listing. Begins each with a buffer of size `first`.
 template <class Entry>
 std::vector<std::string> listAll(const std::string& name, size_t first) {
   auto* const next = function<Next<Entry>>(("get" + name + "_r").c_str());
@@ -127,8 +127,8 @@ TEST(NssModule, AnEnumerationLosesNoEntryToASmallBuffer) {
   const StandinProcess daemon(kAtTheSocket);
   const std::vector<std::string> users = listAll<passwd>("pwent", kLarge),
                                  groups = listAll<group>("grent", kLarge);
-  EXPECT_EQ(users.size(), 21u);  // one user of the sample has root's group and is left out
-  EXPECT_EQ(groups.size(), 4u);  // the name of one group is not safe
+  EXPECT_EQ(users.size(), 21u);  // without a user of the sample in root's group
+  EXPECT_EQ(groups.size(), 4u);  // without a group with an unsafe name
   EXPECT_EQ(users.back(), "NOTFOUND ENOENT");
   EXPECT_EQ(listAll<passwd>("pwent", 0), users);
   EXPECT_EQ(listAll<group>("grent", 0), groups);
@@ -268,7 +268,7 @@ TEST(NssModule, NamesAreLookedUpAtTheEndOfAThreadAndOfTheProgram) {
 
   const auto askAtTheEnd = [] {
     askFor(kUser);
-    g_atConnect = [] { _exit(2); };  // the session must still be there
+    g_atConnect = [] { _exit(2); };  // the session must still exist
     atexit([] { _exit(askFor(kUser) == kUserLine ? 0 : 1); });
     exit(3);
   };
@@ -303,7 +303,7 @@ TEST(NssModule, GroupsAreAddedToTheCallersArray) {
     const char* answer;
     Groups after;
   } rows[] = {
-      {"mgruber", 1, -1, {1}, "SUCCESS", {1, 20002}},  // the array has to grow
+      {"mgruber", 1, -1, {1}, "SUCCESS", {1, 20002}},  // the array must grow
       {"mgruber", 1, 2, {1}, "SUCCESS", {1, 20002}},   {"mgruber", 1, 1, {1}, "SUCCESS", {1}},
       {"mgruber", 1, -1, {20002}, "SUCCESS", {20002}}, {"mgruber", 20002, -1, {}, "SUCCESS", {}},
       {"nosuch", 1, -1, {1}, "NOTFOUND ENOENT", {1}},

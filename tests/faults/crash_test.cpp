@@ -1,5 +1,5 @@
-// Settings and the configuration while writers are killed: what a reader could see at any moment. A program
-// of its own, because the first write of a process cleans up what dead writers left.
+// Settings and the configuration while writers are killed: what a reader can see at any moment. A separate
+// program, because a process's first write removes the files of dead writers.
 
 #include <linux/filter.h>
 #include <linux/seccomp.h>
@@ -26,7 +26,7 @@ class CrashTest : public WorldTest {
     WorldTest::SetUp();
     if (IsSkipped()) return;
     if (!canTrace()) GTEST_SKIP() << "the kernel does not let a filter stop children";
-    configure("log: FATAL\n");  // a line of the log is many calls
+    configure("log: FATAL\n");  // a log line would add many calls
   }
 
   static int temporaryFiles() {
@@ -36,8 +36,7 @@ class CrashTest : public WorldTest {
     return count;
   }
 
-  /// Runs `work` in a child and stops it before its `nth` call that could change what others see. 0 if
-  /// it ended before.
+  /// Runs `work` in a child and stops it before its `nth` visible change. Returns 0 if it ended before.
   template <class Work>
   static pid_t stoppedBefore(int nth, Work work) {
     const pid_t child = fork();
@@ -60,9 +59,8 @@ class CrashTest : public WorldTest {
     return 0;
   }
 
-  /// Kills `write` before each of its changes, and calls `killed` then; lets `overtake` run at each of these
-  /// points in another run, and calls `ended` with the exit status. The last call of `killed` is for a run to
-  /// the end.
+  /// Kills `write` before each of its changes and then calls `killed`; in another run calls `overtake` at
+  /// each of these points, and `ended` with the exit status. The last call of `killed` is for a complete run.
   static void atEachChange(const std::function<void()>& prepare, const std::function<void()>& write,
                            const std::function<void()>& killed, const std::function<void()>& overtake,
                            const std::function<void(int status)>& ended) {
@@ -92,8 +90,8 @@ class CrashTest : public WorldTest {
 
  private:
   /// Makes the kernel notify the tracer before each call that changes names, contents, modes or locks.
-  /// Between two such calls nothing changes for other processes, so a kill at any other moment shows nothing
-  /// new. False if the kernel does not support it.
+  /// Between two such calls nothing changes for other processes, so no other moment needs a kill. Returns
+  /// false if the kernel does not support it.
   static bool stopBeforeChanges() {
     std::vector<sock_filter> filter = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
     for (const unsigned call : {
@@ -115,7 +113,7 @@ class CrashTest : public WorldTest {
   }
 };
 
-// Before each of its changes a writer is killed, or overtaken by a process that cleans up.
+// A writer is killed before each of its changes, or overtaken by a process that cleans up.
 TEST_F(CrashTest, AKilledWriterLeavesTheOldOrTheNewValueAndALiveOneIsLeftAlone) {
   createDataDir();
   put(kSite, "rolled back");
@@ -154,7 +152,7 @@ TEST_F(CrashTest, AKilledWriterLeavesTheOldOrTheNewValueAndALiveOneIsLeftAlone) 
                  CleanTempSettingFiles("/no/such/"));
 }
 
-// Before each of its changes a writer is killed, or overtaken by one that takes its lock for stale.
+// A writer is killed before each of its changes, or overtaken by one that takes its lock for stale.
 TEST_F(CrashTest, ConcurrentSavesOfTheConfigurationNeverMix) {
   const RecordedPauses pauses;
   const MovedDay later(100);

@@ -1,4 +1,4 @@
-/// Every way in which one call of the system can fail, and the search for the call at which it does.
+/// Makes each system call of an operation fail in turn, in every way it can.
 #pragma once
 
 #include "tests/support/faults.h"
@@ -11,7 +11,7 @@ struct FaultPlan {
   int error;
   bool lasting;
 
-  /// Whether what is asked of the system needs only be asked again.
+  /// Whether the call can just be repeated.
   bool isInterruption() const { return error == EINTR && call != Call::Open; }
 };
 
@@ -28,7 +28,8 @@ inline constexpr FaultPlan kFaultPlans[] = {
 };
 // clang-format on
 
-/// Runs `work` in a thread of its own, which a lock that this one has kept would stop: that ends the program.
+/// Runs `work` in another thread; a lock left held by this thread would block it, and the alarm ends the
+/// program.
 template <class Work>
 void inAnotherThread(Work work) {
   constexpr unsigned kPatience = 60;  // seconds
@@ -37,9 +38,9 @@ void inAnotherThread(Work work) {
   alarm(0);
 }
 
-/// Runs `attempt` with the first call of that kind failing, then the second, and so on until none is left to
-/// fail. Calls `before` ahead of each run and `after` with its outcome: "nothing", "no memory" or the class
-/// of the exception. Returns the number of runs with a failure.
+/// Runs `attempt` with the first call of that kind failing, then the second, and so on to the last. Calls
+/// `before` before each run and `after` with its outcome: "nothing", "no memory" or the exception's class.
+/// Returns the number of runs with a failure.
 template <class Before, class Attempt, class After>
 unsigned failEachCall(const FaultPlan& plan, Before before, Attempt attempt, After after) {
   constexpr unsigned kEnough = 10000;

@@ -1,5 +1,5 @@
-// The work on files while the system fails it: only what the headers name is thrown, a file that is replaced
-// is the old one or the new one, nothing is left behind, and the same work succeeds afterwards.
+// File operations with failing system calls: they throw only documented exceptions, replaced files are the
+// old or the new one, nothing leaks, and the same operation succeeds afterwards.
 
 #include <sys/syscall.h>
 
@@ -25,15 +25,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const std::string kDir = "/var/velmora/faults/";  // in memory: fsync would take most of the time elsewhere
+const std::string kDir = "/var/velmora/faults/";  // in memory, where fsync is fast
 
 // One piece of work on the directory, which holds "config", "values", "old", "tree/…" and key sets. What it
 // returns is the same each time.
 struct Work {
   const char* name;
   std::string (*run)();
-  const char* replaced = nullptr;  // a file that is the old or the new one whatever happens
-  bool byOthers = false;  // uses the C library's streams or zlib, which do not go on after an interruption
+  const char* replaced = nullptr;  // a file that must be the old or the new one
+  bool byOthers = false;           // uses stdio or zlib, which do not resume after EINTR
 };
 
 std::string list(const std::string& dir) {
@@ -45,7 +45,7 @@ std::string list(const std::string& dir) {
   return all;
 }
 
-// No fault reaches these two.
+// Not affected by faults.
 std::string contentOf(const std::string& path) {
   std::ifstream file(path);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -215,9 +215,9 @@ class FileFaultsTest : public WorldTest {
   }
 
   void checkLeftovers(const FaultPlan& plan, const Work& work) {
-    // The cleaning up may have failed too.
+    // The cleanup may have failed too.
     if (plan.call == Call::Inspect || (plan.call == Call::Change && plan.lasting)) return;
-    // A lock that could not be removed is for a later save to find.
+    // A later save finds a lock that could not be removed.
     const bool staysLocked = plan.call == Call::Open || plan.call == Call::Change;
     const std::regex leftover(staysLocked ? "\\.TEMP|\\.new|/temp" : "\\.TEMP|\\.new|/temp|\\.lock");
     const std::string names = list(kDir) + (fs::exists(kDir + "tree") ? list(kDir + "tree") : "");

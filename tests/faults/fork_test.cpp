@@ -1,5 +1,5 @@
-// Forks of a program whose threads use the library: for the first time, all of it at once, or stuck in a log
-// that nobody reads. Every child can do the same, and none hangs.
+// Forks of a program whose threads use the library: for the first time, all parts at once, or blocked in a
+// log without a reader. Every child can use it too, and none hangs.
 
 #include <syslog.h>
 
@@ -39,7 +39,7 @@ void logLine() {
   VESK_LOG_TO("fork.test", Info, "a line of %d", static_cast<int>(getpid()));
 }
 
-// What the threads do all the time, and the children too.
+// The work of the threads and of the children.
 constexpr void (*kWorks[])() = {
     logLine,
     [] { expect(Props(false, false)->getString("fork.key"), "value"); },
@@ -54,8 +54,7 @@ constexpr void (*kWorks[])() = {
     [] { RunQueue::getRunQueue("fork.queue", true, 10); },
 };
 
-// Runs in processes that have not used the library yet, so it comes first. Nobody has announced the
-// threads.
+// Runs first, in processes that have not used the library yet. The threads are not announced to the library.
 TEST(FirstUse, IsSafeInSeveralThreadsAndOverForks) {
   if (strstr(SANITIZERS, "address"))
     GTEST_SKIP() << "the address sanitizer cannot be forked by a busy program";
@@ -111,7 +110,7 @@ class ForkTest : public WorldTest {
     return get("/proc/self/task/" + std::to_string(thread) + "/stat").find(") S ") != std::string::npos;
   }
 
-  // Runs the work over and over in a thread of its own.
+  // Repeats the work in another thread.
   template <class Work>
   void keepBusy(Work work) {
     m_threads.emplace_back([this, work] {
@@ -146,7 +145,7 @@ TEST_F(ForkTest, ChildrenOfABusyProgramWork) {
   for (std::thread& thread : m_threads) thread.join();
 }
 
-// The child keeps the locks that the forking thread held, and can release them.
+// The child still holds the forking thread's locks, and can release them.
 TEST_F(ForkTest, AThreadThatHoldsALockMayFork) {
   const Thread soThatLocksCount;
   Mutex& mutex = Props(false, false)->mutex;
@@ -174,7 +173,7 @@ TEST_F(ForkTest, AChildReloadsWhatAnotherThreadWasChanging) {
   over.open();
 }
 
-// The kernel takes some lines, and then the thread that logs waits, with the C library's lock on syslog. The
+// The kernel accepts some lines; then the logging thread blocks, with the C library's syslog lock held. The
 // fork does not wait for it. The child must not use that lock, but its line arrives.
 TEST_F(ForkTest, AStalledSyslogBlocksNeitherForksNorChildren) {
   alarm(kPatience);
@@ -193,7 +192,7 @@ TEST_F(ForkTest, AStalledSyslogBlocksNeitherForksNorChildren) {
   const pid_t child = fork();
   if (child == 0) {
     alarm(kPatience);
-    logLine();  // nobody reads: lost
+    logLine();  // lost: there is no reader
     __progname = "fork\ntest";
     const bool goesOn = write(ends[0], "x", 1) == 1 && read(ends[0], &byte, 1) == 1;
     _exit(goesOn ? (logLine(), 0) : 1);

@@ -79,11 +79,11 @@ class SessionFaultsTest : public WorldTest {
   std::unique_ptr<StandinProcess> m_standin;
   std::unique_ptr<LocalRpcSession> m_session;
   long m_descriptors = 0;
-  bool m_staysConnected = false;  // between failures: those of a connect have been tried
+  bool m_staysConnected = false;  // between failures: failures of connect are already tested
 };
 
 TEST_F(SessionFaultsTest, EveryOperationSurvivesTheFailureOfEachCall) {
-  constexpr size_t kConnecting = 2;  // one that is sent again and one that is not
+  constexpr size_t kConnecting = 2;  // one that is repeated and one that is not
   unsigned failures = 0;
   for (size_t i = 0; i < operations().size() && !HasFailure(); ++i) {
     m_staysConnected = i >= kConnecting;

@@ -26,7 +26,7 @@ const char* moved(const char* path) {
 
 }  // namespace
 
-// Linked in place of the system's calls (-Wl,--wrap): the test's lsb_release stands in for the machine's.
+// Replace system calls (-Wl,--wrap), to use the test's lsb_release instead of the machine's.
 extern "C" int __real_access(const char* path, int mode);
 extern "C" int __wrap_access(const char* path, int mode) {
   return __real_access(moved(path), mode);
@@ -61,7 +61,7 @@ class OsUtilTest : public WorldTest {
     put("/etc/os-release", "# or that of the machine in /usr/lib counts\n");
   }
 
-  /// An lsb_release that prints that text; none for the empty text.
+  /// Installs an lsb_release that prints that text; none for the empty text.
   static void installCommand(const std::string& output) {
     unlink(gCommand.c_str());
     if (!output.empty())
@@ -209,7 +209,7 @@ TEST_F(OsUtilTest, AnEndpointAnswersRefusesOrIsSilent) {
   });
   peer.close();
   EXPECT_EQ(TestConnect(address), 1);
-  // A queue that is full makes the endpoint silent.
+  // A full queue makes the endpoint silent.
   const UniqueFd full = listener(0, address);
   std::vector<UniqueFd> waiting;
   for (int i = 0; i < 4; ++i) {

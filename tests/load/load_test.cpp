@@ -1,6 +1,6 @@
-// Many clients at once, each with its session, while the daemon is restarted, away, slow and wrong by turns:
-// every answer is right, every failure is reported, and nothing piles up. One round takes some seconds; the
-// environment variable FOKRAZO_LOAD_ROUNDS sets how many there are.
+// Many clients, each with a session, while the daemon is restarted, stopped, slow and faulty in turn: every
+// answer is right, every failure is reported, and nothing accumulates. A round takes some seconds; the
+// environment variable FOKRAZO_LOAD_ROUNDS sets their number.
 
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -18,8 +18,7 @@ using namespace vesk;
 
 namespace {
 
-// The sanitizer multiplies memory, keeps it back when it is freed, and marks each byte of what is only
-// announced.
+// The sanitizer multiplies memory, retains freed memory, and touches reserved memory.
 constexpr bool kSanitized = SANITIZERS[0] != '\0';
 constexpr unsigned kProcesses = kSanitized ? 16 : 64;
 constexpr unsigned kThreads = kSanitized ? 16 : 64;
@@ -30,7 +29,7 @@ constexpr long kMayGrow = 8 * 1024;           // KiB for each process
 constexpr unsigned long kRestartEvery = 500;  // requests
 constexpr unsigned long kSignals = 20;
 
-// How the daemon misbehaves, one phase after the other.
+// The daemon's faults, phase by phase.
 const std::vector<std::string> kFaults[] = {
     {"--fault", "drop%61", "--fault", "lose%47"},
     {"--fault", "garbage%41", "--fault", "empty%53"},
@@ -74,7 +73,7 @@ class LoadTest : public WorldTest {
     WorldTest::TearDown();
   }
 
-  // One client asks until all is over.
+  // One client sends requests until the end.
   void ask(unsigned seed) {
     LocalRpcSession session(m_standin->socket(), false, seed % 2 == 0);
     for (size_t i = seed; !m_totals->over; ++i) {
@@ -98,7 +97,7 @@ class LoadTest : public WorldTest {
     for (std::thread& thread : threads) thread.join();
   }
 
-  // In a process of its own: work, and no more descriptors and memory than at its start.
+  // In its own process: works, and ends with no more descriptors and memory than at its start.
   template <class Work>
   void inProcess(Work work) {
     const pid_t parent = getpid(), pid = fork();
@@ -113,7 +112,7 @@ class LoadTest : public WorldTest {
     _exit(isFlat ? 0 : 1);
   }
 
-  // Waits until `isReached`. Fails only if the clients get no answer at all for a long time.
+  // Waits until `isReached`. Fails only if no client gets an answer for a long time.
   template <class Condition>
   void await(Condition isReached) {
     using Clock = std::chrono::steady_clock;
@@ -129,7 +128,7 @@ class LoadTest : public WorldTest {
     await([&count, end = count + growth] { return count >= end; });
   }
 
-  // Asks until the daemon answers.
+  // Sends requests until the daemon answers.
   DaemonState state() {
     LocalRpcSession session(m_standin->socket(), false, false);
     std::string text;
@@ -148,7 +147,7 @@ class LoadTest : public WorldTest {
     return {number("requests"), number("restarts")};
   }
 
-  // The daemon restarts at every so many requests. Those that it meets with a restart are not carried out.
+  // The daemon restarts periodically; it does not carry out the request at which it restarts.
   void restartByRequests() {
     m_standin->restart({"--fault", "restart%" + std::to_string(kRestartEvery)});
     awaitGrowth(m_totals->right, kAnswersOfPhase);
@@ -157,7 +156,7 @@ class LoadTest : public WorldTest {
     EXPECT_EQ(now.restarts, (now.requests + now.restarts) / kRestartEvery);
   }
 
-  // Each signal reaches the daemon at its work, and makes it restart once.
+  // Each signal makes the working daemon restart once.
   void restartBySignals() {
     m_standin->restart({});
     for (unsigned long sent = 1; sent <= kSignals; ++sent) {
@@ -168,7 +167,7 @@ class LoadTest : public WorldTest {
     }
   }
 
-  // Under each kind of misbehaviour clients get answers; they fail while there is no daemon.
+  // Clients get answers despite each fault; they fail only while there is no daemon.
   void misbehave() {
     for (const auto& arguments : kFaults) {
       m_standin->restart(arguments);

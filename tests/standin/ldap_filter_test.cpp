@@ -57,7 +57,7 @@ TEST(LdapFilter, IsRefusedIfNestedTooDeep) {
   EXPECT_EQ(verdict(std::string(1 << 20, '('), person()), "refused");
 }
 
-// The memory is exactly as long as the filter, so that a sanitizer sees a step past the end.
+// The buffer is exactly as long as the filter, so that a sanitizer detects reads past the end.
 TEST(LdapFilter, IsRefusedIfTruncated) {
   const std::string whole = "(&(|(cn=a*b\\2a)(x>=1))(!(uac:1.2.840.113556.1.4.803:=2)))";
   for (size_t length = 1; length < whole.size(); ++length) {

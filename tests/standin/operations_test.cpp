@@ -36,7 +36,7 @@ std::string findAdded(LocalRpcSession& session) {
 #define ROLES ",CN=Containers,OU=Corp," DOMAIN
 #define TWO_ROLES "CN=Web operators" ROLES " CN=Release crew" ROLES
 
-// One after the other: what is refused, and what changes the directory. transcript.txt has what the tool can ask for.
+// In order: refused operations, and changes of the directory. transcript.txt has the tool's operations.
 const Operation kSteps[] = {
     {CALL(getUser("", 0)), "NotFoundException 0 User not found"},
     {CALL(ldapPagedSearch("", "", "", nullptr, static_cast<LdapSearchScopeType>(9), 0, false)), " 0 There is no search scope 9"},
@@ -143,7 +143,7 @@ TEST(StandinOperations, ReportTheStateOfAnAccount) {
   EXPECT_EQ(challenge.size(), 8u);
   const std::string token = challenge + "tbjork" + '\0' + "Stone-bridge-9";
   EXPECT_EQ(session.validateNtlmUser(token)->getName(), "tbjork");
-  EXPECT_THROW(session.validateNtlmUser(token), SystemException);  // a challenge counts once
+  EXPECT_THROW(session.validateNtlmUser(token), SystemException);  // a challenge is valid once
 }
 
 // The peer's effective user decides, not the name in the request.

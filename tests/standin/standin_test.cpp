@@ -1,4 +1,4 @@
-// The stand-in as a program, driven by client sessions and by misbehaving clients.
+// The stand-in program, with client sessions and misbehaving clients.
 
 #include <sys/syscall.h>
 
@@ -135,8 +135,8 @@ TEST_F(StandinTest, RestartsOnASignal) {
   EXPECT_EQ(m_session.getSystemInfo(9), "1");
 }
 
-// It can neither accept a client nor restart; then there is room again; at last there is none when it has to
-// end.
+// It can neither accept a client nor restart; then it gets descriptors again; at last it has none when it
+// ends.
 TEST_F(StandinTest, ServesOnWhileThereAreNoMoreDescriptors) {
   // The sanitizer needs descriptors for its own checks of addresses.
   if (strstr(SANITIZERS, "undefined")) GTEST_SKIP() << "not with the undefined-behaviour sanitizer";
@@ -163,7 +163,7 @@ TEST_F(StandinTest, ServesOnWhileThereAreNoMoreDescriptors) {
   EXPECT_EQ(m_standin.wait(), 0);
 }
 
-// Once another client has its answer, the request before it has been dealt with.
+// When another client has its answer, the earlier request has been processed.
 TEST(StandinFaults, AStalledRequestHasNeitherAnswerNorEnd) {
   const StandinProcess standin({"--fault", "stall@1", "--fault", "huge@3"});
   const std::string ping = framed(request(0));
@@ -206,7 +206,7 @@ TEST_F(StandinTest, NoClientDisturbsTheOthers) {
     (void)send(clients.back().get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
     return clients.back().get();
   };
-  next("");                                // says nothing
+  next("");                                // sends nothing
   next("\x0c");                            // stops inside the length
   next(std::string("\x0c\0\0\0\x30", 5));  // and inside the message
   next(std::string(4, '\0'));
@@ -220,7 +220,7 @@ TEST_F(StandinTest, NoClientDisturbsTheOthers) {
       next(framed(request(opcode, hex(body))));
     if (clients.size() > 100) clients.clear();
   }
-  // A client that asks for everything and reads nothing.
+  // A client that requests everything and reads nothing.
   const std::string everything =
       request(16, octets("") + octets("") + octets("") + sequence("") + integer(2) + integer(0) + integer(0));
   const int deaf = next("");

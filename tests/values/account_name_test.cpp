@@ -1,4 +1,4 @@
-// Which texts may become names and paths of accounts.
+// Safe names and paths of accounts.
 
 #include <gtest/gtest.h>
 
@@ -68,9 +68,9 @@ TEST(AccountName, OnlyWhatMeansTheSameEverywhereIsSafe) {
       {"a\xf0\x9d\x94", false, false, false},      // cut
       {"a\xc2\x9b", false, false, false},          // a control character of two bytes
       {"a\u00a0", false, false, false},            // a blank
-      {"a\u00ad", false, false, false},            // seen at line ends only
-      {"a\u200b", false, false, false},            // no width
-      {"a\u202e", false, false, false},            // turns the text around
+      {"a\u00ad", false, false, false},            // visible only at line ends
+      {"a\u200b", false, false, false},            // zero width
+      {"a\u202e", false, false, false},            // reverses the text
       {"a\u2067", false, false, false},
       {"a\u3000", false, false, false},
       {"a\ufeff", false, false, false},

@@ -36,7 +36,7 @@ TEST(Sid, AReaderThatFailsLeavesANullSid) {
   const std::string b64Shape = "Base 64 SID must start with a 'A' and end with '=='";
   const std::string b64Failed = "Base 64 conversion failed";
   using Reader = void (SID::*)(const std::string&);
-  // The result is what is printed, or the text of the failure.
+  // The printed form, or the text of the failure.
   const std::tuple<Reader, std::string, std::string, bool> rows[] = {
       {&SID::fromMSString, "S-1-5", "S-1-5-0", false},
       {&SID::fromMSString, "S-99-5-21-1-2-3", "S-99-5-21-1-2-3", false},
@@ -143,7 +143,7 @@ TEST(Sid, KindsOfSid) {
     EXPECT_FALSE(SID(other).isBuiltinGroupSID()) << other;
 }
 
-// The table of a real directory: each SID as its own tools print it, beside its bytes in base 64.
+// From a real directory: each SID as printed by its tools, and its bytes in base 64.
 TEST(Sid, AgreesWithTheDirectory) {
   std::ifstream table(TEST_SOURCE_DIR "/standin/sample/sids.tsv");
   std::string line;

@@ -107,7 +107,7 @@ TEST(Attribute, DirectoryTimesAreUtcInAnyZone) {
     time = "20200704120000.0Z";
     EXPECT_EQ(time.toTime(), 1593864000) << zone;
     time = "19700101000000.0Z";
-    EXPECT_EQ(time.toTime(), 0) << zone;  // an hour past midnight by the clocks of London
+    EXPECT_EQ(time.toTime(), 0) << zone;  // 01:00 in London
     for (const auto& row : bad) {
       time = row.value;
       EXPECT_EQ(thrownBy([&] { time.toTime(); }),
@@ -169,14 +169,14 @@ TEST(Object, ReadsAnAttributeWhenItIsFirstAskedFor) {
   EXPECT_TRUE(object.attributes().empty());
   EXPECT_EQ(std::string(object["cn"]), "Jo");
   EXPECT_EQ(object.attributes().size(), 1u);
-  EXPECT_EQ(object.getSerialized(), blob);  // clean: kept as it is
+  EXPECT_EQ(object.getSerialized(), blob);  // clean: not rebuilt
 
-  object["cn"].clear();  // the map answers before the blob
+  object["cn"].clear();  // the map takes precedence over the blob
   EXPECT_FALSE(object.attributeExists("cn", true));
   EXPECT_TRUE(object.attributeExists("cn", false));
   EXPECT_EQ(object.erase("cn"), 1u);
   EXPECT_FALSE(object.attributeExists("cn", false));
-  EXPECT_EQ(object.erase("_dn"), 1u);  // in the blob alone
+  EXPECT_EQ(object.erase("_dn"), 1u);  // only in the blob
   EXPECT_EQ(object.erase("_dn"), 0u);
 
   object["missing"];

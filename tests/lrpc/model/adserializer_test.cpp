@@ -1,5 +1,5 @@
-// Blobs against literal bytes. What is damaged goes through the readers as the fuzz target calls them, and is
-// held against its reference reader.
+// Blobs against literal bytes. Damaged ones are read as by the fuzz target, and compared with its reference
+// reader.
 
 #include <fokrazo/adserializer.h>
 
@@ -14,7 +14,7 @@ using namespace testsupport;
 
 static size_t g_allocations = 0;
 
-// Not inlined: the optimizer would take these for the library's own and see memory that changes hands.
+// Not inlined, because the optimizer would take these for the library's functions.
 [[gnu::noinline]] void* operator new(size_t size) {
   ++g_allocations;
   if (void* memory = malloc(size)) return memory;
@@ -35,7 +35,7 @@ std::string inlineText(const std::string& text) {
   return word(text.size()) + text;
 }
 
-// A record of fields that are encoded already.
+// A record of encoded fields.
 std::string record(const std::string& name, const std::vector<std::string>& values) {
   std::string bytes = name + word(values.size());
   for (const std::string& value : values) bytes += value;
@@ -53,7 +53,7 @@ std::string blobOf(const std::vector<std::string>& records, uint32_t flags = 0) 
   return bytes;
 }
 
-// All the forms a field can have: inline and reference names, no values, empty values, many values.
+// All forms of fields: inline and reference names, no values, empty values, many values.
 std::string sampleBlob() {
   return blobOf({record(inlineText("_Ab"), {inlineText(""), word(kTop | 378)}),
                  record(word(kTop | 277), {inlineText("Joe")}), record(inlineText("cnx"), {}),
@@ -61,7 +61,7 @@ std::string sampleBlob() {
                  record(inlineText("zz"), {inlineText(std::string("\0\xff", 2))})});
 }
 
-// The bytes in memory of exactly their own size, so that a sanitizer sees every step outside; from malloc.
+// The bytes in a malloc buffer of exactly their size, so that a sanitizer detects any access outside.
 char* exact(const std::string& bytes) {
   auto* data = static_cast<char*>(malloc(bytes.empty() ? 1 : bytes.size()));
   memcpy(data, bytes.data(), bytes.size());
@@ -90,13 +90,13 @@ std::vector<std::string> valuesOf(const ADAttribute& attribute) {
   return {attribute.begin(), attribute.end()};
 }
 
-// What the bulk reader throws, and in `read` what it has read before.
+// Returns what the bulk reader throws; `read` is what it read before.
 std::string bulkThrows(const std::string& bytes, ADObject& read) {
   read = objectOver(bytes);
   return thrownBy([&] { read.deSerialize(true); });
 }
 
-// Calls every reader, which comes back and stays inside the blob. What is wrong ends the program.
+// Calls every reader. A reader that fails or leaves the blob ends the program.
 void readEverything(const std::string& bytes) {
   const std::string input = '\0' + bytes;
   LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(input.data()), input.size());

@@ -56,7 +56,7 @@ TEST_F(UserView, TakesThePasswordFromTheNamedSource) {
       {"_PwSync=unixUserPassword;unixUserPassword=unix", "unix"},
       {"_PwSync=msSFU30Password;msSFU30Password=sfu", "sfu"},
       {"_PwSync=unixUserPassword", "x"},
-      {"_PwSync=cn;cn=qtrPasswordHash:abc", "x"},  // is no source
+      {"_PwSync=cn;cn=qtrPasswordHash:abc", "x"},  // not a source
       {"_PwSync=altSecurityIdentities;altSecurityIdentities=Kerberos:jo qtrPasswordHash:no;"
        "altSecurityIdentities=qtrPasswordHash:a;altSecurityIdentities=qtrPasswordHash:b",
        "a"},

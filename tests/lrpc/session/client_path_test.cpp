@@ -1,4 +1,4 @@
-// What a session makes in a program that has no threads of its own.
+// What a session creates in a single-threaded program.
 
 #include "tests/support/session_test.h"
 #include "tests/support/wrapped.h"
@@ -11,7 +11,7 @@ int gLocks = 0, gThreads = 0, gKeys = 0;
 
 class ClientPathTest : public SessionTest {
  protected:
-  /// One session's life: an exchange, a lost connection, another exchange.
+  /// A session: an exchange, a lost connection, another exchange.
   void useASession() {
     startSession(false);
     for (int i = 0; i < 2; ++i) {

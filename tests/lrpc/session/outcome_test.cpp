@@ -1,5 +1,5 @@
-// What modules answer: no class and no result without a row, no two outcomes mixed up, and docs/outcomes.md
-// says the same.
+// The modules' answers: every class and result has a row, outcomes are not confused, and docs/outcomes.md
+// agrees.
 
 #include <fokrazo/outcome.h>
 
@@ -30,7 +30,7 @@ std::string columns(const Answer& answer) {
   return text;
 }
 
-// The first group of all matches in a file of the sources.
+// The first group of all matches in a source file.
 std::vector<std::string> namesIn(const std::string& name, const char* pattern) {
   std::ifstream file(TEST_SOURCE_DIR "/" + name);
   const std::string text(std::istreambuf_iterator<char>(file), {});
@@ -114,7 +114,7 @@ TEST(OutcomeTest, OutcomesAreNeverConfused) {
   }
 }
 
-// The two tables as docs/outcomes.md has them.
+// The two tables for docs/outcomes.md.
 std::vector<std::string> printedTables() {
   const std::string columnNames = "Outcome | Name service | errno | Authenticate | Account | Password |\n";
   const std::string line = "|---|---|---|---|---|---|---|---|\n";
@@ -134,7 +134,7 @@ std::vector<std::string> printedTables() {
   return {results, exceptions};
 }
 
-// With FOKRAZO_UPDATE in the environment, writes the tables into the document.
+// With FOKRAZO_UPDATE in the environment, writes the tables to the document.
 TEST(OutcomeTest, TheDocumentPrintsTheTables) {
   const std::string path = TEST_SOURCE_DIR "/docs/outcomes.md";
   std::ifstream file(path);

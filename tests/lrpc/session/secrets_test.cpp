@@ -117,7 +117,7 @@ TEST_F(SecretsTest, NoOperationLeavesASecretInMemoryOrInALog) {
     configure(all + row.settings);
     const StandinProcess standin({"--fault", row.fault});
     check(syslogd, standin.socket(), 48);
-    check(syslogd, standin.socket(), 70000);  // a message grows
+    check(syslogd, standin.socket(), 70000);  // makes a message grow
   }
 }
 
@@ -128,7 +128,7 @@ TEST_F(SecretsTest, APartialReplyIsWiped) {
   const UniqueFd own(ends[0]), peer(ends[1]);
   const Unit unit = newUnit();
   const pid_t child = fork();
-  if (child == 0) {  // whose memory is another
+  if (child == 0) {  // has its own memory
     std::string frame = {100, 0, 0, 0};
     for (int i = 0; i < 8; ++i) frame += textOf(unit);
     _exit(write(peer.get(), frame.data(), frame.size()) == static_cast<ssize_t>(frame.size()) ? 0 : 1);

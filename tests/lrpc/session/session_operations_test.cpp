@@ -46,7 +46,7 @@ class OperationsTest : public SessionTest {
     }
   }
 
-  // A reply whose body ends anywhere is never taken for a whole one.
+  // A truncated reply is never taken for a complete one.
   template <class Make>
   void checkCutReplies(const Answer& good, Make make) {
     const bool hasFields = good.message.size() > answer(0).size();
@@ -151,12 +151,12 @@ TEST_F(OperationsTest, APagedSearchContinuesAfterFailures) {
                {answer(0, integer(2) + a + b), "a b"},
                {answer(0, integer(1) + b), "b"}};
   for (const auto& page : pages) {
-    ASSERT_TRUE(peer().finished());  // nothing has been asked for yet
+    ASSERT_TRUE(peer().finished());  // no request yet
     peer().accept().expect(next).send(page.reply);
     std::string all = outcomeOf([&] { return handle.getNext(); });
     if (page.outcome == "a b") all += " " + text(handle.getNext());
     EXPECT_EQ(all, page.outcome);
-    peer().hangUp();  // the next page is asked for on a new connection, with the old number
+    peer().hangUp();  // requests the next page on a new connection, with the old number
   }
   for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(next).hangUp();
   EXPECT_EQ(outcomeOf([&] { return handle.getNext(); }).find("ConnectionBrokenException"), 0u);

@@ -17,9 +17,9 @@ using namespace testsupport;
 namespace {
 
 pid_t gPid = 77;      // of the parent and of a child, as in another namespace of process ids
-uid_t gOtherUid = 0;  // how far the effective ids are from the real ones
+uid_t gOtherUid = 0;  // added to the effective ids
 gid_t gOtherGid = 0;
-std::atomic<uid_t> gPeerUid{0};  // how far the peer's user is from the real one
+std::atomic<uid_t> gPeerUid{0};  // added to the peer's user id
 int gSocketType = 0;             // of the last socket
 
 int withOtherPeer(int rc, int name, void* value) {
@@ -29,7 +29,7 @@ int withOtherPeer(int rc, int name, void* value) {
 
 }  // namespace
 
-WRAPPED(time_t, time, (time_t*), 1000000000)  // only its offset moves the day's clock
+WRAPPED(time_t, time, (time_t*), 1000000000)  // only dayclock's offset changes the time
 WRAPPED(pid_t, getpid, (), gPid)
 WRAPPED(uid_t, geteuid, (), __real_geteuid() + gOtherUid)
 WRAPPED(gid_t, getegid, (), __real_getegid() + gOtherGid)
@@ -45,7 +45,7 @@ const std::string kBadData = "SystemException 2 Unsuccesful IPC execute: bad dat
 
 class SessionCoreTest : public SessionTest {
  protected:
-  // A ping that is answered.
+  // A ping with a reply.
   void exchange() {
     peer().expect(ping).send(pong);
     session().ping();
@@ -96,7 +96,7 @@ TEST_F(SessionCoreTest, AnIdleConnectionIsReplaced) {
     EXPECT_EQ(hasLogged("dropping old lrpc connection"), !row.kept) << row.timeout << " " << row.idle;
     EXPECT_TRUE(peer().finished());
   }
-  // It is idle from the end of its exchange.
+  // Idle time starts at the end of the exchange.
   peer().expect(ping).then([] { dayclock::offset += 8; }).send(pong);
   session().ping();
   dayclock::offset += 5;
@@ -106,7 +106,7 @@ TEST_F(SessionCoreTest, AnIdleConnectionIsReplaced) {
 TEST_F(SessionCoreTest, AForkedChildOpensItsOwnConnection) {
   exchange();
   const int socket = session().socket();
-  // The child finds nobody: its request must not go to the parent's connection.
+  // The child finds no daemon: its request must not use the parent's connection.
   const std::string elsewhere = path + ".away";
   ASSERT_EQ(rename(path.c_str(), elsewhere.c_str()), 0);
   checkInChild([&] {
@@ -119,7 +119,7 @@ TEST_F(SessionCoreTest, AForkedChildOpensItsOwnConnection) {
   exchange();
   EXPECT_EQ(session().socket(), socket);
 
-  gPid = 78;  // a child that no handler has seen
+  gPid = 78;  // a child without fork handlers
   peer().expectClosed().accept();
   exchange();
   gPid = 77;
@@ -129,7 +129,7 @@ TEST_F(SessionCoreTest, AForkedChildOpensItsOwnConnection) {
 
 TEST_F(SessionCoreTest, AForkClosesTheChildsCopiesOfEverySessionAndNothingElse) {
   std::list<LocalRpcSession> sessions;
-  for (int count = 1; count <= 8; ++count) {  // the latest has the highest number so far
+  for (int count = 1; count <= 8; ++count) {  // each has the highest number so far
     sessions.emplace_back(path, true, false);
     checkInChild([&] {
       for (const LocalRpcSession& each : sessions) EXPECT_EQ(fcntl(each.socket(), F_GETFD), -1) << count;
@@ -140,7 +140,7 @@ TEST_F(SessionCoreTest, AForkClosesTheChildsCopiesOfEverySessionAndNothingElse) 
   ASSERT_EQ(dup2(file.get(), reused), reused);
   checkInChild([&] { EXPECT_NE(fcntl(reused, F_GETFD), -1) << "what the program has put there"; });
   close(reused);
-  peer().accept();  // those that wait
+  peer().accept();  // the waiting ones
   for (size_t waiting = 1; waiting < sessions.size(); ++waiting) peer().accept();
 }
 
@@ -161,7 +161,7 @@ TEST_F(SessionCoreTest, TheDescriptorIsPrivateAndAboveTheStandardOnes) {
 
 TEST_F(SessionCoreTest, AChangedEffectiveUserOrGroupNeedsANewConnection) {
   for (gid_t* id : {&gOtherUid, &gOtherGid})
-    for (const gid_t other : {1, 0}) {  // rights that are given up, and taken back
+    for (const gid_t other : {1, 0}) {  // privileges dropped and regained
       exchangeOnNewConnection();
       peer().expectClosed().accept();
       *id = other;
@@ -171,7 +171,7 @@ TEST_F(SessionCoreTest, AChangedEffectiveUserOrGroupNeedsANewConnection) {
     }
 }
 
-// What was not asked for, or the end of the stream, by the time of the next request.
+// Unrequested data, or the end of the stream, before the next request.
 TEST_F(SessionCoreTest, AConnectionWithSomethingToReadIsReplaced) {
   const std::string spare[] = {framed(pong), framed(pong).substr(0, 3), ""};
   for (const std::string& bytes : spare)
@@ -252,7 +252,7 @@ TEST_F(SessionCoreTest, ADescriptorThatTheProgramHasReusedIsLeftAlone) {
   const UniqueFd file(open(in("file").c_str(), O_RDWR | O_CREAT, 0600));
   const UniqueFd other(::socket(AF_UNIX, SOCK_STREAM, 0));
   const struct {
-    int theirs;  // what takes the number; -1 leaves it closed
+    int theirs;  // reuses the number; -1 leaves it closed
     long idle;
     const char* reason;
   } rows[] = {{file.get(), 0, "lrpc connection reopened "},
@@ -300,12 +300,12 @@ TEST_F(SessionCoreTest, RequestsSentOnceAreNotRepeated) {
   EXPECT_EQ(session().socket(), -1);
   ASSERT_TRUE(peer().finished());
 
-  // What may be sent twice goes over a second connection, and the first is closed.
+  // Repeatable requests use a second connection, and the first is closed.
   peer().accept().expect(ping).send("x").expectClosed().accept().expect(ping).send(pong);
   session().ping();
   EXPECT_TRUE(hasLogged("Retried brondalt request succeeds"));
 
-  // Whole replies leave the connection as it is.
+  // Complete replies keep the connection.
   peer().expect(request(1)).send(reply(2)).expect(request(1)).send("x").expect(request(1)).send("");
   EXPECT_EQ(stopThrows(), kBadData);
   EXPECT_NE(stopThrows().find("garbled"), std::string::npos);
@@ -313,7 +313,7 @@ TEST_F(SessionCoreTest, RequestsSentOnceAreNotRepeated) {
   exchange();
 }
 
-// The rest of the reply may still come: it must not be taken for the next answer.
+// The rest of the reply may still arrive; it must not be taken for the next reply.
 TEST_F(SessionCoreTest, AfterAReplyThatIsTooLongTheConnectionIsReplaced) {
   configure("lrpc.message.maxsize: 2\n");
   const std::string tooLong = "IOException 12 read 2097153 bytes from IPC: Cannot allocate memory";
@@ -370,11 +370,11 @@ TEST_F(SessionCoreTest, EachNewConnectionIsAuthenticatedBeforeItIsUsed) {
   const std::string authenticate = request(15);
   startSession(true);
   peer().expect(authenticate).send(answer(0)).expect(ping).send(pong).expect(ping).hangUp();
-  peer().accept().expect(authenticate).hangUp();  // may be tried again like any other
+  peer().accept().expect(authenticate).hangUp();  // is retried like any other
   peer().accept().expect(authenticate).send(answer(0)).expect(ping).send(pong);
   session().ping();
   session().ping();
-  session().authenticateProcess();  // is already
+  session().authenticateProcess();  // already done
   session().lostConnection();
   EXPECT_FALSE(session().processAuthenticated());
   EXPECT_TRUE(peer().finished());
@@ -384,7 +384,7 @@ TEST_F(SessionCoreTest, EachNewConnectionIsAuthenticatedBeforeItIsUsed) {
   EXPECT_TRUE(hasLogged("process authentication request failed: client failed to"));
   EXPECT_FALSE(session().processAuthenticated());
   EXPECT_TRUE(peer().finished());
-  exchange();  // over the same connection, which stays open
+  exchange();  // on the same connection, which stays open
 
   session().dropConnection();
   peer().accept().expect(authenticate).sendRaw(framed(answer(0)) + framed(pong)).expectClosed();
@@ -397,7 +397,7 @@ TEST_F(SessionCoreTest, AShortStatusBlockIsReadAsFarAsItGoes) {
   for (int count = 8; count >= 0; --count) {
     std::string body;
     for (int i = 0; i < count; ++i) body += fields[i];
-    if (count < 8) body += fields[count].substr(0, fields[count].size() - 1);  // the next is cut
+    if (count < 8) body += fields[count].substr(0, fields[count].size() - 1);  // the next is truncated
     SCOPED_TRACE(count);
     peer().expect(ping).send(reply(0, body));
     IPCRequest request(IPC_OP_PING);

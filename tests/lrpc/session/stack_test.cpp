@@ -1,5 +1,5 @@
-// How much stack the first lookups of a process take, one that fails and one that succeeds, with the
-// configuration read and the log opened on the way. Host programs have threads with stacks of 16 kB.
+// The stack used by a process's first lookups, a failing and a successful one, including reading the
+// configuration and opening the log. Host programs have threads with stacks of 16 kB.
 
 #include <sys/mman.h>
 
@@ -38,7 +38,7 @@ class PaintedThread {
   }
   ~PaintedThread() { munmap(m_bottom, kStack); }
 
-  /// How many bytes the work has used.
+  /// Bytes used by the work.
   size_t used() const {
     return m_start - std::find_if(m_bottom, m_start, [](unsigned char byte) { return byte != kPaint; });
   }

@@ -1,4 +1,4 @@
-// The shared library as a module of another program loads it: by name, and not for good.
+// The shared library, loaded and unloaded like a module.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ TEST(UnloadTest, AThreadThatUsedTheLibraryMayOutliveIt) {
     EXPECT_EQ(static_cast<unsigned>(ask(nullptr, "host", "nfs", 3, name)), 0x96c73af5) << "no daemon here";
     EXPECT_EQ(dlclose(library), 0);
   });
-  user.join();  // what the library keeps for each thread is destroyed at the thread's end
+  user.join();  // the library's per-thread data is destroyed when the thread ends
 }
 
 }  // namespace

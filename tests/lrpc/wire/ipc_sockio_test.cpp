@@ -15,9 +15,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-bool gConnectLater = false;  // connect does its work but says EINPROGRESS
-bool gNeverReady = false;    // poll finds nothing in its time
-int gInterruptions = 0;      // how many calls still end in EINTR, each after two milliseconds
+bool gConnectLater = false;  // connect succeeds but returns EINPROGRESS
+bool gNeverReady = false;    // poll times out
+int gInterruptions = 0;      // calls that still end in EINTR, each after two milliseconds
 Clock::time_point gNow;      // by the test's clock
 thread_local std::vector<int> gPollTimeouts;
 
@@ -30,7 +30,7 @@ int connected(int rc) {
 // The test's own calls wait for two descriptors.
 int polled(pollfd* entries, nfds_t count, int timeout);
 
-// The other end is another user's and another group's.
+// The peer has another user and group.
 int withOtherPeer(int rc, int name, void* value) {
   auto* peer = static_cast<ucred*>(value);
   if (rc == 0 && name == SO_PEERCRED) *peer = {peer->pid, peer->uid + 1, peer->gid + 2};

@@ -20,7 +20,7 @@ using namespace testsupport;
 namespace {
 
 bool gNoMemory = false;
-std::string gFreed;  // the text "secret" as it was when its memory was freed
+std::string gFreed;  // the memory of "secret" when it was freed
 
 void noteFreed(const void* memory) {
   if (memory && gFreed == "expected") gFreed.assign(static_cast<const char*>(memory), 6);
@@ -166,7 +166,7 @@ TEST_F(MessageTest, EveryReaderRefusesDamagedFields) {
   const std::string cut = object("CN=x").substr(2, object("CN=x").size() - 3);
   EXPECT_EQ(thrownBy([&] { received(octets(cut))->getADObject(); }).find("BadDataException 0 Bad length"),
             0u);
-  // A count says nothing of memory.
+  // A count does not determine memory.
   EXPECT_EQ(thrownBy([&] { received(integer(INT_MAX))->getStringVector(); }),
             "IOException 0 ber_scanf string");
   EXPECT_EQ(thrownBy([&] { received(integer(INT_MAX))->getADObjectList(); }),

@@ -1,6 +1,6 @@
-// A stand-in for libselinux, in which all files have one label, "user:role:type:level". The environment holds
-// it (FAKE_LABEL) and the policy's (FAKE_DEFAULT), names a function that fails (FAKE_FAIL), and switches
-// SELinux off (FAKE_OFF).
+// A fake libselinux, in which all files have the same label, "user:role:type:level". Environment variables
+// set that label (FAKE_LABEL) and the policy's (FAKE_DEFAULT), name a failing function (FAKE_FAIL), and
+// disable SELinux (FAKE_OFF).
 
 #include <sys/types.h>
 
@@ -25,7 +25,7 @@ int write(const char* function, const char* context) {
   return fails(function) ? -1 : setenv("FAKE_LABEL", (std::string(context) + " written").c_str(), 1);
 }
 
-/// What the interface's "void*" points at: "user:role:", the type, ":level", and all of it.
+/// The target of the interface's "void*": "user:role:", the type, ":level", and the whole label.
 struct FakeContext {
   std::string begin, type, end, text;
 };

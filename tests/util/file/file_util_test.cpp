@@ -102,7 +102,7 @@ TEST_F(FileUtilTest, TemporaryFilesHaveModeAndOwnerOrDoNotExist) {
   EXPECT_TRUE(std::filesystem::is_empty(m_dir)) << "nothing is left whose owner cannot be set";
 }
 
-// In a program that has closed its standard streams, output must not end in a file of the library's.
+// In a program that has closed its standard streams, output must not go to a file of the library.
 TEST_F(FileUtilTest, DescriptorsAreCloseOnExecAndAboveTheStandardStreams) {
   put(in("file"), "");
   int status = 0;

@@ -4,7 +4,7 @@
 
 using namespace testsupport;
 
-// Linked in place of the C library's (-Wl,--wrap).
+// Replace the C library's functions (-Wl,--wrap).
 namespace {
 std::function<void()> gBeforeUnlink;  // runs once
 }
@@ -130,7 +130,7 @@ TEST_F(PathTest, RemovalNeverFollowsLinks) {
   EXPECT_TRUE(Path::exists(in("outside/keep")));
 }
 
-// A directory that is moved away while it is emptied takes the removal nowhere else.
+// If a directory is moved while it is being emptied, nothing else is removed.
 TEST_F(PathTest, RemovalStopsWhenItsDirectoryIsMoved) {
   Path::createDirectories(in("tree/sub"), 0755);
   Path::createDirectories(in("other"), 0755);
@@ -141,7 +141,7 @@ TEST_F(PathTest, RemovalStopsWhenItsDirectoryIsMoved) {
   EXPECT_TRUE(Path::exists(in("other/sub")) && Path::exists(in("tree")));
 }
 
-// Longer than the system takes in one call, and deeper than this process may have descriptors.
+// Longer than the limit of a system call, and deeper than this process's limit of descriptors.
 TEST_F(PathTest, TakesPathsBeyondTheSystemsLimit) {
   const std::string name(40, 'd');
   checkInChild([&] {

@@ -19,8 +19,8 @@ class SELinuxTest : public WorldTest {
     WorldTest::SetUp();
   }
 
-  /// Runs `work` in a child whose system has SELinux and whose configuration names that library: a process
-  /// loads it once.
+  /// Runs `work` in a child with SELinux and a configuration that names that library; a process loads it only
+  /// once.
   template <class Work>
   void onSELinux(const char* library, Work work) const {
     checkInChild([&] {
@@ -36,8 +36,7 @@ class SELinuxTest : public WorldTest {
     });
   }
 
-  /// The label of a file that had `before`, after its type was to be adjusted, or if none is named, its label
-  /// restored.
+  /// The label of a file that had `before`, after adjusting its type or, without one, restoring its label.
   std::string labelled(const std::string& before, const std::string& type = "",
                        const char* name = "file") const {
     std::string path = in(name);

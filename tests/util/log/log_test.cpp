@@ -1,4 +1,4 @@
-// Messages and the configuration: levels, names, positions, complaints, and changes while other threads log.
+// Messages and the configuration: levels, names, positions, warnings, and changes while other threads log.
 
 #include <fokrazo/log.h>
 
@@ -17,7 +17,7 @@
 using namespace vesk;
 using testsupport::checkInChild;
 
-// The thread sanitizer allows a forked child no thread of its own otherwise.
+// By default the thread sanitizer does not allow threads in a forked child.
 extern "C" const char* __tsan_default_options() {
   return "die_after_fork=0";
 }
@@ -26,13 +26,13 @@ namespace {
 
 class LogTest : public ::testing::Test {
  protected:
-  // Configures, and forgets what was logged on the way.
+  // Configures, and discards what that logged.
   void set(const std::string& configuration) {
     configure(configuration);
     syslogd.take();
   }
 
-  // How one INFO message of a logger arrives at the log socket.
+  // An INFO message of a logger, as received at the log socket.
   std::string shown(const std::string& name, int line = 12, const char* function = "main") {
     Logger::GetLogger(name)->log(Logger::Info, "/src/dir/file.cpp", line, function, "%d%%", 7);
     const Texts texts = syslogd.texts();
@@ -72,7 +72,7 @@ TEST_F(LogTest, EachLoggerUsesTheNearestSetting) {
     }
     EXPECT_EQ(level, Logger::Disabled + 1) << name;
   }
-  configure("");  // the root keeps its facility if nothing names another
+  configure("");  // the root keeps its facility unless another is set
   EXPECT_EQ(Logger::GetLogger("tree")->getEffectiveFacility(), LOG_LOCAL2);
 }
 

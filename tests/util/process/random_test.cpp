@@ -1,4 +1,4 @@
-// Links the shared library and nothing else of the project: the numbers must still come from it.
+// Links only the shared library; the numbers must still come from it.
 
 #include "tests/support/prelude.h"
 
@@ -10,7 +10,7 @@ std::vector<long> draw(std::size_t count, long (*source)() = random) {
   return numbers;
 }
 
-/// What the underlying generator returns for a seed.
+/// The underlying generator's first number for a seed.
 std::vector<long> sequenceOf(long seed, std::size_t count) {
   srand48(seed);
   return draw(count, lrand48);

@@ -19,7 +19,7 @@ int run(std::string script, std::vector<int> fds = {}, int mode = kWait, int tim
                                     kill, emptyEnvironment, callback);
 }
 
-/// Blocks until some child has ended, and leaves it to be collected.
+/// Blocks until some child has ended, without reaping it.
 siginfo_t awaitZombie() {
   siginfo_t info{};
   waitid(P_ALL, 0, &info, WEXITED | WNOWAIT);
@@ -28,7 +28,7 @@ siginfo_t awaitZombie() {
 
 }  // namespace
 
-/// Each test leaves no child and no descriptor.
+/// No test leaves a child or a descriptor.
 class SpawnTest : public testsupport::ScratchTest {
  protected:
   void SetUp() override {
@@ -43,7 +43,7 @@ class SpawnTest : public testsupport::ScratchTest {
     ScratchTest::TearDown();
   }
 
-  /// What was written since the last time.
+  /// What was written since the last call.
   std::string written() {
     const std::string text = get(in("output"));
     return lseek(output, ftruncate(output, 0), SEEK_SET) == 0 ? text : "";
@@ -75,7 +75,7 @@ TEST_F(SpawnTest, AProgramThatCannotRunIsAnError) {
 }
 
 TEST_F(SpawnTest, TheChildGetsExactlyTheDescriptorsAskedFor) {
-  std::vector<int> notOpen(40, -1);  // with an entry at the first number that is free for moving
+  std::vector<int> notOpen(40, -1);  // with an entry at the first free number
   notOpen[1] = output;
   notOpen[39] = 40;
   const std::pair<std::vector<int>, const char*> rows[] = {
@@ -114,7 +114,7 @@ TEST_F(SpawnTest, EveryWayOfClosingKeepsTheListedDescriptors) {
       bool right = way(kept, 3);
       for (int fd = 0; fd < 400; ++fd)
         right = right && (fcntl(fd, F_GETFD) >= 0) == (fd == 0 || fd == 5 || fd == 300);
-      if (!right) _exit(1);  // no stream is left to report to
+      if (!right) _exit(1);  // there is no stream to report to
     });
 }
 
@@ -152,7 +152,7 @@ TEST_F(SpawnTest, ATimeOutLeavesTheChildToTheReaper) {
     EXPECT_EQ(run("read line; exit 9", {input[0], null, null}, kWait, 3, kill), -1);
     EXPECT_EQ(errno, ETIMEDOUT);
     EXPECT_EQ(pauses.taken(), std::vector<long>(6, 500));
-    if (!kill) spawnfv_reap();  // it runs on: nothing to collect, and no waiting
+    if (!kill) spawnfv_reap();  // still running: nothing to reap, and no wait
     answer();
     const siginfo_t end = awaitZombie();
     EXPECT_EQ(end.si_code, kill ? CLD_KILLED : CLD_EXITED);

@@ -1,4 +1,4 @@
-// The configuration file: what its lines mean, and how it is saved.
+// The configuration file: reading and saving.
 
 #include <fokrazo/properties.h>
 
@@ -17,7 +17,7 @@
 using namespace testsupport;
 using namespace vesk;
 
-// The C library's comparisons as they are in a Turkish locale, which few machines have installed.
+// C library comparisons as in a Turkish locale, which few machines have.
 extern "C" int strncasecmp(const char* a, const char* b, size_t size) noexcept {
   const auto fold = [](char c) { return c == 'I' ? c : asciiLower(c); };
   for (size_t i = 0; i < size; ++i) {
@@ -49,7 +49,7 @@ List itemsOf(const std::string& cell) {
 
 class PropertiesTest : public WorldTest {
  protected:
-  /// Loads over what is there; everything stays logged.
+  /// Loads into the existing entries; everything stays logged.
   void load(const std::string& text, bool expand = true) {
     std::istringstream stream(text + "\nlog: TRACE\nlogger.destination: /var/log/test.log\n" +
                               "logger.file.flush.frequency: 1\n");
@@ -115,7 +115,7 @@ TEST(SetUserProgram, DISABLED_IgnoresTheEnvironment) {
   Properties properties;
   std::istringstream stream("k: <$CONFIG_TEST>");
   properties.load(stream, true);
-  _exit(properties.getString("k") == "<>" ? 0 : 1);  // such a program may not search for leaks
+  _exit(properties.getString("k") == "<>" ? 0 : 1);  // a leak check is not possible in such a program
 }
 
 TEST_F(PropertiesTest, TheEnvironmentOfASetUserProgramIsNotRead) {
@@ -172,7 +172,7 @@ TEST_F(PropertiesTest, ASecondLoadMergesAndReloadStartsOver) {
   load("a: 1\nb: 1\nl: x, y");
   load("B: 2");
   EXPECT_EQ(properties.getString("a") + properties.getString("b"), "12");
-  EXPECT_TRUE(list("l").empty());  // lists are cut from the last load
+  EXPECT_TRUE(list("l").empty());  // lists come from the last load
   configure("b: 3\n");
   EXPECT_TRUE(properties.reload());
   EXPECT_EQ(properties.getString("a") + properties.getString("b"), "3");
@@ -245,7 +245,7 @@ TEST_F(PropertiesTest, AListMayBeAFileOfItems) {
   EXPECT_TRUE(isLogged("Opening config file [" + in("items") + "]."));
 }
 
-// Each row breaks the rules of those below it too, as far as a file can.
+// Each row also breaks the rules of the rows below it, as far as possible.
 TEST_F(PropertiesTest, AnUnsafeFileOfItemsIsReportedAndTheDefaultTakesOver) {
   for (const char* name : {"writable", "linked"}) put(in(name), "item\n"), chmod(in(name).c_str(), 0666);
   std::filesystem::create_hard_link(in("linked"), in("linked2"));
@@ -316,7 +316,7 @@ TEST_F(PropertiesTest, ItemsReadBackUnchanged) {
   }
 }
 
-// Other programs' configuration files spell these keys: none may come, go or change by mistake.
+// Other programs' configuration files use these keys, so none may change by mistake.
 TEST(PropertyNames, KeysNeverChange) {
   std::ifstream source(TEST_SOURCE_DIR "/util/properties/propnames.cpp");
   const std::string text{std::istreambuf_iterator<char>(source), {}};
@@ -373,7 +373,7 @@ TEST_F(PropertiesSaveTest, WithNoChangeTheFileComesBack) {
   for (const std::string& text :
        {m_handWritten, m_handWritten + "\n", large, std::string("\n"), std::string()}) {
     put(m_path, text);
-    put(m_path + ".new", std::string(300'000, 'x'));  // left by a writer that was killed
+    put(m_path + ".new", std::string(300'000, 'x'));  // left by a killed writer
     EXPECT_EQ(saved(m_path), text);
   }
   EXPECT_EQ(modeOf(m_path) & 07777, 0644u);
@@ -391,7 +391,7 @@ TEST_F(PropertiesSaveTest, OneChangeChangesOneLine) {
   }
 }
 
-// A change of meaning is saved even where the lookup of the value would show none.
+// A change of meaning is saved even if lookups return the same value.
 TEST_F(PropertiesSaveTest, ChangesOfMeaningAreSavedAndLinesComeAndGo) {
   for (const auto& [before, change, after] : rows<3>("saves: file, change, file after")) {
     const std::string kind = change.substr(0, change.find(' ')),

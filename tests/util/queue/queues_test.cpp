@@ -1,4 +1,4 @@
-// The queues of the runtime: items as they are posted, and items at their times.
+// Work queues and timed queues.
 
 #include <fokrazo/runqueue.h>
 
@@ -14,7 +14,7 @@ using vesk::TimeQueue;
 
 namespace {
 
-/// Work that calls a function. With an identity it is one of a set of duplicates.
+/// Work that calls a function. Items with the same identity are duplicates.
 class Work : public vesk::QueueAble {
  public:
   explicit Work(std::function<void()> body, std::string id = "", bool stays = false)
@@ -106,7 +106,7 @@ TEST(RunQueueTest, PostersSlowDownWhenHalfFullAndGiveUpWhenFull) {
       else
         EXPECT_EQ(testsupport::thrownBy(postAll), "BufferFullException -1 runqueue full 10");
       std::vector<long> wanted(std::min(expected, 6),
-                               10);  // at the full queue: 0, 10, 20 ... in its last wait
+                               10);  // at the full queue: 0, 10, 20 …
       for (int i = 6; i < expected; ++i) wanted.push_back(10 * (i - 6));
       EXPECT_EQ(pauses.taken(), wanted) << maxSize;
     }
@@ -222,9 +222,9 @@ TEST(RunQueueThreads, ShutdownRunsQueuedItemsAndRefusesNewOnes) {
   EXPECT_THROW(fill(queue, 1), vesk::EndOfFileException);
 }
 
-// Several posters and runners on one small queue; each interrupt sends one runner away.
+// Several posters and runners on one small queue; each interrupt ends one runner.
 TEST(RunQueueThreads, EachItemRunsExactlyOnce) {
-  constexpr std::size_t items = 5'000;  // of each poster
+  constexpr std::size_t items = 5'000;  // per poster
   RunQueue queue("soak", 64, false);
   RecordedPauses pauses([](long) { sched_yield(); });
   std::vector<std::atomic<int>> runs(4 * items);
@@ -266,10 +266,10 @@ void schedule(TimeQueue& queue, long delay, Event& event, bool periodic = false)
 /// A single thread, and a clock that the tests move.
 class TimeQueueTest : public testing::Test {
  protected:
-  /// What runs when the clock reaches `seconds` after the start.
+  /// Runs the items due `seconds` after the start.
   std::string runAt(long seconds) {
     day.moveTo(seconds);
-    // Each call runs one item at most: then its time is over.
+    // Each call runs at most one item, because its time is then over.
     for (std::size_t before = std::string::npos; before != ran.size();) {
       before = ran.size();
       queue.runQueue();
@@ -322,7 +322,7 @@ TEST_F(TimeQueueTest, EventsGoToTheDaemonsQueueAndReplaceTheirDuplicates) {
   EXPECT_EQ(ran, "cb");
 }
 
-/// An event that signals when a thread of the class Thread has asked for its time.
+/// An event that signals when a Thread has read its time.
 struct Asked : TimedEvent {
   Asked(long delay, Event& event) : TimedEvent("", delay, runEvent, &event, false, false) {}
   long getTimeout() override {
@@ -347,7 +347,7 @@ TEST(TimeQueueThreads, AnEarlierItemWakesASleepingRunner) {
   schedule(queue, 0, openEarly);
   early.wait();
   day.moveTo(15'000);
-  schedule(queue, 0, start);  // the last in line: that wakes the runner, too
+  schedule(queue, 0, start);  // the last item: that also wakes the runner
   late.wait();
   started.wait(2);
   day.moveTo(30'000);

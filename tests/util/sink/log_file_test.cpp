@@ -31,7 +31,7 @@ class LogFileTest : public testsupport::ScratchTest {
     ScratchTest::TearDown();
   }
 
-  // A file with the plain text: a compressed one is expanded.
+  // The plain text of a file, expanded if compressed.
   std::string plain(const fs::path& path) {
     if (path.extension() != ".gz") return path;
     EXPECT_EQ(system(("gzip -t " + path.string()).c_str()), 0);
@@ -49,7 +49,7 @@ class LogFileTest : public testsupport::ScratchTest {
     });
   }
 
-  // How often each line is in the files, which are removed.
+  // Counts each line in the files, and removes them.
   std::map<std::string, int> takeLines() {
     std::map<std::string, int> all;
     for (const fs::path& path : paths()) {
@@ -160,8 +160,8 @@ TEST_F(LogFileTest, TheLogNeverBecomesAStandardStream) {
   });
 }
 
-// As with a container's /dev/stdout. If the reader does not read or is gone, the lines go to syslog; what the
-// pipe had no room for is dropped when it is closed, and no signal ends the program.
+// As a container's /dev/stdout. If the reader does not read or is gone, lines go to syslog; text that does
+// not fit into the pipe is dropped when it is closed, and no signal ends the program.
 TEST_F(LogFileTest, APipeThroughALinkOfRootGetsEachLineImmediately) {
   SyslogSocket syslogd;
   int ends[2];
@@ -182,7 +182,7 @@ TEST_F(LogFileTest, APipeThroughALinkOfRootGetsEachLineImmediately) {
   close(ends[1]);
 }
 
-// Quoted text neither ends a line nor controls a terminal; a newline of the format stays.
+// Quoted text neither ends a line nor controls a terminal; a newline of the format is kept.
 TEST_F(LogFileTest, OutsideTextIsEscapedInEverySink) {
   const std::pair<std::string, std::string> rows[] = {
       {"plain \t\x7f D\xc3\xa9j\xc3\xa0 \xe2\x82\xac \xf0\x9f\x94\x91 \\x1b", ""},
@@ -238,7 +238,7 @@ TEST_F(LogFileTest, AFailingDestinationFallsBackToSyslogAndCanChange) {
   EXPECT_EQ(syslogd.texts(), Texts{"INFO  dest fourth"});
 }
 
-// The lines that wait for a flush go to syslog too, and a new directory gets a new file.
+// Unflushed lines go to syslog too, and a new directory gets a new file.
 TEST_F(LogFileTest, AFileWhoseDirectoryIsGoneFallsBackToSyslog) {
   const auto logger = Logger::GetLogger("gone");
   for (const int frequency : {1, 3}) {
@@ -266,7 +266,7 @@ TEST_F(LogFileTest, AFileWhoseDirectoryIsGoneFallsBackToSyslog) {
 TEST_F(LogFileTest, CompressionDoesNotBlockLogging) {
   constexpr unsigned int kSize = 256 << 20;
   put(in("log"), "");
-  fs::resize_file(in("log"), kSize);  // takes no room
+  fs::resize_file(in("log"), kSize);  // sparse
   FileLogging file;
   ASSERT_EQ(file.init(in("log").c_str(), {kSize, 2, true, 1, 0}), 0);
   const auto isCompressing = [&] { return exists(".rotated.") && exists(".1.gz"); };
@@ -326,7 +326,7 @@ TEST_F(LogFileTest, AFullDiskCostsOnlyTheLinesAndDelaysABackup) {
   ASSERT_EQ(umount(m_dir.c_str()), 0);
 }
 
-// Both processes write and rotate: every line is in one of the files, whole. A block that one process wrote
+// Both processes write and rotate: every line is complete in one of the files. A block that one process wrote
 // while the other compressed the file may appear twice.
 TEST_F(LogFileTest, TwoProcessesShareAFile) {
   constexpr int kLines = 1500;
@@ -367,7 +367,7 @@ TEST_F(LogFileTest, LinesWrittenIntoACompressedFileAreWrittenAgain) {
   }
 }
 
-// Lines that wait for a flush during a fork are written by the parent alone.
+// Only the parent writes lines that are unflushed during a fork.
 TEST_F(LogFileTest, AForkLeavesTheCacheToTheParentAndTheEndFlushesIt) {
   configure("logger.destination: " + in("log") + "\nlogger.file.flush.frequency: 100\n");
   const auto logger = Logger::GetLogger("fork");

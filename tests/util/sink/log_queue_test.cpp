@@ -8,7 +8,7 @@
 using namespace vesk;
 using testsupport::checkInChild;
 
-// The thread sanitizer allows a forked child no thread of its own otherwise.
+// By default the thread sanitizer does not allow threads in a forked child.
 extern "C" const char* __tsan_default_options() {
   return "die_after_fork=0";
 }
@@ -49,7 +49,7 @@ TEST_F(LogQueueTest, StartAndStopAreLogged) {
   EXPECT_EQ(linesOf(kFile).back(), "WARN  own LogQueue disabled.  Recommended for debugging only.");
 }
 
-// Nothing reads the socket, so the runner waits in syslog and the queue fills up.
+// Without a reader of the socket the runner blocks in syslog, and the queue fills up.
 void overflow(const char* configuration) {
   configure(configuration);
   SyslogSocket syslogd;
@@ -88,9 +88,8 @@ void writeLines(const char* name, int lines) {
   for (int i = 0; i < lines; ++i) VESK_LOG_TO("many", Info, "%d", i);
 }
 
-// The queue is switched on and off while threads log, and the configuration changes with complaints of its
-// own. With a small queue lines are dropped, but posters, the runner's report and the reload never wait for
-// each other.
+// The queue is switched on and off while threads log, and the configuration changes and logs warnings. A
+// small queue drops lines, but posters, the runner's report and the reload never wait for each other.
 TEST_F(LogQueueTest, EveryLineIsWrittenOnceAndInItsThreadsOrder) {
   for (const char* size : {"2", "100000"}) {
     unlink(kFile);

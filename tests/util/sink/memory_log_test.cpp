@@ -1,4 +1,4 @@
-// The memory log, read the way an administrator reads it: from another process's memory. And the write cache.
+// The memory log, read from another process's memory, as an administrator would; and the write cache.
 
 #include <fokrazo/circular_buffer.h>
 #include <fokrazo/log.h>
@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kLogger[] = "com.zantrel.logger";
 
-// What docs/memory-log.sh prints of a child that has done `work` and waits.
+// The output of docs/memory-log.sh for a child that has done `work` and waits.
 template <class Work>
 Texts memoryLogOf(Work work) {
   const pid_t child = fork();
@@ -49,7 +49,7 @@ TEST(MemoryLogTest, SizesHaveTheirLimits) {
   }
 }
 
-// Each in a child of its own, so that no copy of one log is found among the entries of the next.
+// Each in its own child, so that no copy of one log is found in the next.
 TEST(MemoryLogTest, TheNewestEntriesAreFoundByTheirMarkers) {
   checkInChild([] {
     const Texts lines = memoryLogOf([] {
@@ -73,7 +73,7 @@ TEST(MemoryLogTest, TheNewestEntriesAreFoundByTheirMarkers) {
   });
 }
 
-// Ten entries leave 240 bytes of the ring; an eleventh has room to the byte, or starts over at the front.
+// Ten entries leave 240 bytes of the ring; an eleventh fits exactly, or starts again at the front.
 TEST(MemoryLogTest, AnEntryIsNeverSplitAtTheRingsEnd) {
   for (const int length : {227, 228})
     checkInChild([length] {

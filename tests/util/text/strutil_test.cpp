@@ -26,7 +26,7 @@ std::string itemsOf(const StringList& list) {
   return text;
 }
 
-// What a function that fills a list adds.
+// The items that a splitting function adds.
 template <class List, class Function>
 std::string filled(Function function) {
   List list;

@@ -101,7 +101,7 @@ TEST_F(LockTest, SignalsWakeOneOrAll) {
     });
   waiting.wait(3);
   for (const bool all : {false, true}) {
-    Lock lock(mutex);  // so that those who are left wait by now
+    Lock lock(mutex);  // so that the others are now waiting
     permits = all ? 2 : 1;
     all ? mutex.signalAll() : mutex.signalOne();
     lock.unLock();

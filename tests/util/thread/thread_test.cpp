@@ -117,6 +117,6 @@ TEST(ThreadTest, StackSizeAndPriorityFollowTheConfiguration) {
   configure("brondalt.clients.threads.stacksize: 1\nbrondalt.clients.threads.priority: true\n");
   EXPECT_EQ(stackSizeOfANewThread(), usual) << "an impossible size counts as none";
   Thread neverStarted;
-  neverStarted.changePriority(5);  // reported to the log alone
+  neverStarted.changePriority(5);  // only logged
   configure("");
 }
