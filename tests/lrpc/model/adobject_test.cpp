@@ -155,6 +155,8 @@ TEST(Object, CopiesShareAndClonesDoNot) {
   shared.setAcquired(1);
   EXPECT_EQ(std::string(object["cn"]), "new");
   EXPECT_EQ(object.serializer()->getAcquired(), 1);
+  shared.setUsn(Int64("7"));
+  EXPECT_EQ(std::string(object.serializer()->getUsn()), "7");
   EXPECT_NE(separate.acquired(), 1);
   EXPECT_NE(dumped(separate).find("IsIndexed: Yes"), std::string::npos);
   EXPECT_NE(separate.serializer()->data(), object.serializer()->data());
