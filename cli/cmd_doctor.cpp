@@ -1,4 +1,4 @@
-// doctor: what is wrong with this host, and what to do about it.
+// doctor: finds problems of this host, and gives advice.
 
 #include <sys/socket.h>
 #include <sys/stat.h>

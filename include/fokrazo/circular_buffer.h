@@ -26,21 +26,21 @@ class FOKRAZO_API CircularBuffer {
   CircularBuffer(const CircularBuffer&) = delete;
   CircularBuffer& operator=(const CircularBuffer&) = delete;
 
-  /// The process's memory log; empty before the first logger is made and after Logger::close.
+  /// The process's memory log; empty before the first logger is created and after Logger::close.
   static boost::shared_ptr<CircularBuffer> GetCircularBuffer();
   /// The configured size of the ring in bytes (`logger.memory.bufsize`, in kilobytes): 128 kilobytes by
   /// default, never less than 10.
   static unsigned int configuredSize();
 
-  /// Makes the ring, of the configured size or of `bytes`, never less than 10 kilobytes. True if the memory
-  /// log is on afterwards; false if it is not allowed or memory runs out. Reports to `logger`, which may be
-  /// empty, at WARN.
+  /// Creates the ring, of the configured size or of `bytes`, but at least 10 kilobytes. Returns true if the
+  /// memory log is on afterwards; false if it is not allowed or memory runs out. Reports to `logger`, which
+  /// may be empty, at WARN.
   bool init(boost::shared_ptr<Logger> logger);
   bool init(boost::shared_ptr<Logger> logger, unsigned int bytes);
   /// Adds an entry. Costs one comparison while the memory log is off.
   void log(const char* format, va_list args) __attribute__((format(printf, 2, 0)));
-  /// Sets the root logger's memory level and, with `enable`, makes the ring. Without it, an existing ring is
-  /// still written.
+  /// Sets the root logger's memory level and, with `enable`, creates the ring. Without `enable`, an existing
+  /// ring is still written.
   void reconfigure(bool enable, std::string level);
 
   /// Whether there is a ring, and whether the process allows one.

@@ -105,7 +105,7 @@ class FOKRAZO_API Logger {
 
   std::string m_fullName;
   std::string m_displayName;           // as used in formats: with "%" doubled, and a trailing blank
-  boost::shared_ptr<Logger> m_parent;  // empty in the root alone
+  boost::shared_ptr<Logger> m_parent;  // empty only in the root
   std::atomic<int> m_level{kInherit};  // cached by isEnabled until the next configuration
   std::atomic<int> m_configuredLevel{kInherit};
   std::atomic<int> m_memoryLevel{kInherit};  // as configured, or cached by isEnabled

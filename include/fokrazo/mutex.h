@@ -57,7 +57,7 @@ class FOKRAZO_CAPABILITY("mutex") FOKRAZO_API Mutex {
 
   pthread_mutex_t m_mutex{};
   pthread_cond_t m_condition{};
-  unsigned int m_lockDepth = 0;  // written by the holder alone
+  unsigned int m_lockDepth = 0;  // written only by the holder
   std::atomic<pthread_t> m_owner{};
 };
 
@@ -111,7 +111,7 @@ class FOKRAZO_SCOPED_CAPABILITY FOKRAZO_API Lock {
   Lock& operator=(const Lock&) = delete;
 
  protected:
-  /// The mutex that the guard was made for.
+  /// The guard's mutex.
   Mutex& mutex() const { return *m_mutex; }
 
  private:

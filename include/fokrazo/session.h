@@ -155,7 +155,7 @@ class FOKRAZO_API LocalRpcSession {
   ADObject getGroupObj(int gid, int flags);
 
   /// @throws NotFoundException "User not found", "Group not found"
-  /// @throws IPCException by name alone: the daemon's failure
+  /// @throws IPCException only by name: the daemon's failure
   boost::shared_ptr<User> getUser(const std::string& name, int flags);
   boost::shared_ptr<Group> getGroup(const std::string& name, int flags);
   boost::shared_ptr<User> getUser(int uid, int flags);
@@ -284,7 +284,7 @@ class FOKRAZO_API LocalRpcSession {
   std::string updateMachinePolicy();
   /// The part of the daemon's state with the number `what`. @throws SystemException "could not get sysinfo"
   std::string getSystemInfo(unsigned int what);
-  /// For debugging the daemon, which alone interprets the strings.
+  /// For debugging the daemon; only the daemon interprets the strings.
   ValidationResult dumpCache(const std::string& daemonText1, const std::string& daemonText2,
                              const std::string& daemonText3);
   /// @throws SystemException "could do sandbox test"

@@ -7,7 +7,7 @@ namespace vesk {
 constexpr int UNIX_ONLY = 1;         ///< only objects with a Unix profile
 constexpr int CHECK_AD_FIRST = 2;    ///< ask the directory before the cache
 constexpr int GROUP_MEMBERSHIP = 4;  ///< include group memberships
-// Name forms, for LocalRpcSession::validateUserGroup alone.
+// Name forms, only for LocalRpcSession::validateUserGroup.
 constexpr int UNIX_NAME = 8;
 constexpr int WINDOWS_NAME = 16;
 
@@ -26,7 +26,7 @@ enum DSObjectType : int {
   DSUser = 0,
   DSGroup = 1,
   DSShadow = 2,
-  DSAny = 24,  ///< by SID alone
+  DSAny = 24,  ///< only for lookups by SID
 };
 
 /// The objects that a lookup searches.

@@ -134,7 +134,7 @@ void connectTo(int fd, const std::string& path) {
   waitForConnection(fd);
 }
 
-// A message of these bytes alone.
+// A message of only these bytes.
 msghdr messageOf(iovec& bytes) {
   msghdr message = {};
   message.msg_iov = &bytes;

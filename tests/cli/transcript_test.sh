@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs the commands of transcript.txt, which are all that the tool has, and compares everything they print. Runs in the
+# Runs the commands of transcript.txt, which cover all of the tool's, and compares their output. Runs in the
 # private world.
 # usage: transcript_test.sh SOURCE_DIR BUILD_DIR
 set -euo pipefail
@@ -10,7 +10,7 @@ source_dir=$1 build_dir=$2
 . "$source_dir/tests/support/transcript.sh"
 export PATH=$build_dir/bin:$PATH LC_ALL=C.UTF-8 TZ=UTC
 
-# The words of the transcript beside the tool's own.
+# Helper commands of the transcript.
 daemon() { stop_daemon; start_daemon "$build_dir" "$source_dir" /var/velmora/daemon "$@"; }
 each() {  # each [OPTION ...]: for each line of standard input, the exit status and the output of the tool with those words
   local words status

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the examples as a stranger would, against the installed package, and has the host's own programs use the two
-# modules: transcript.txt holds what each command prints. Runs in the private world.
+# Builds the examples with the installed package, and uses the two modules with the host's own programs;
+# transcript.txt has the output of each command. Runs in the private world.
 # usage: examples_test.sh SOURCE_DIR BUILD_DIR CXX
 set -euo pipefail
 source_dir=$1 build_dir=$2 cxx=$3
@@ -27,9 +27,9 @@ sed -i -E 's/^(passwd|group|shadow):.*/\1: files fokrazo/' /etc/nsswitch.conf
 for task in auth account password; do echo "$task required $place/examples/pam_fokrazo.so"; done >/etc/pam.d/example
 export LD_LIBRARY_PATH=$lib:$place/examples PATH=$place/examples:$PATH LC_ALL=C.UTF-8
 
-# The words of the transcript beside the host's programs.
+# Helper commands of the transcript.
 daemon() { stop_daemon; start_daemon "$build_dir" "$source_dir" /var/velmora/daemon "$@"; }
-login() {  # login USER "TASK ..." [LINE ...]: what the person types is LINE for LINE
+login() {  # login USER "TASK ..." [LINE ...]: the user types these LINEs
   local user=$1 tasks=$2
   shift 2
   # shellcheck disable=SC2086

@@ -1,5 +1,6 @@
 // The name-service module as the C library calls it, in the private world: its status and errno for problems
-// with buffers, descriptors, threads or the daemon. usage: nss_module_test MODULE
+// with buffers, descriptors, threads or the daemon.
+// usage: nss_module_test MODULE
 
 #include <dlfcn.h>
 #include <grp.h>

@@ -1,5 +1,5 @@
-# Sourced by the tests that use the installed library as its users do. Makes a scratch folder, $place; the folder and all
-# programs that were started go away with the test.
+# Sourced by tests that use the installed library like its users. Creates a scratch folder, $place; at the end
+# of the test removes it and ends all started programs.
 # shellcheck shell=bash
 place=$(mktemp -d)
 daemon_pid=
@@ -7,11 +7,11 @@ trap 'stop_daemon; rm -rf "$place"' EXIT
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-# install_package BUILD_DIR: installs the build into $place/root, sets $lib to its library folder, and lets compilers and
-# programs find it.
+# install_package BUILD_DIR: installs the build into $place/root, sets $lib to its library folder, and sets
+# the environment so that compilers and programs find it.
 install_package() {
   cmake --install "$1" --prefix "$place/first" >/dev/null
-  mv "$place/first" "$place/root"  # the installed tree can be moved
+  mv "$place/first" "$place/root"  # the installed tree is relocatable
   lib=$(dirname "$(find "$place/root" -name 'fokrazo.so.0')")
   export PKG_CONFIG_PATH=$lib/pkgconfig LD_LIBRARY_PATH=$lib
 }
@@ -33,7 +33,7 @@ start_daemon() {
   rm "$place/ready"
 }
 
-# start_impostor BUILD_DIR SOURCE_DIR SOCKET UID: the stand-in as another user than root.
+# start_impostor BUILD_DIR SOURCE_DIR SOCKET UID: the stand-in with an effective user other than root.
 start_impostor() {
   stop_daemon
   printf '#!/bin/sh\nexec setpriv --reuid=%s --clear-groups %s "$@"\n' "$4" "$1/bin/brondalt-standin" >"$place/impostor"

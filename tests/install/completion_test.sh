@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What the shell's completion offers at the end of a command line.
+# The shell's completions at the end of a command line.
 # usage: completion_test.sh SOURCE_DIR TOOL
 set -euo pipefail
 # shellcheck source=/dev/null
@@ -7,7 +7,7 @@ source "$1/completion/fokrazo"
 tool=$2
 failures=0
 
-# offers LINE EXPECTED: what is offered for the last word of the line, sorted and joined by blanks.
+# offers LINE EXPECTED: checks the completions of the line's last word, sorted and joined by blanks.
 offers() {
   read -r -a COMP_WORDS <<<"$1"
   [[ $1 == *' ' ]] && COMP_WORDS+=('')
@@ -39,7 +39,7 @@ offers 'fokrazo doctor ' '--help'
 offers 'fokrazo conf get --t' '--text --time'
 offers 'fokrazo nosuch ' '--help'
 
-# A word that the tool would refuse is of no use.
+# The tool must accept every completion.
 for command in list flush conf setting dn; do
   for word in $(_fokrazo_words $command); do
     if "$tool" --socket /nonexistent $command "$word" 2>&1 | grep -E "unknown (operation|cache)|$command takes" >/dev/null; then

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes the Debian packages, installs them into an empty root, uses them, and removes them without a trace. Needs to be
+# Builds the Debian packages, installs them into an empty root, uses them, and removes them completely. Needs
 # root, as in the private world.
 # usage: debian_packages_test.sh BUILD_DIR
 set -euo pipefail

@@ -9,7 +9,8 @@ build_dir=$2
 failures=0
 complain() { echo "FAILED: $*" >&2; failures=$((failures + 1)); }
 
-# The files of this tree that a guide names. A word in capitals is a placeholder, and a program stands for its source.
+# The files of this tree that a guide mentions. Words in capitals are placeholders, and programs mean their
+# sources.
 folders='ber|bench|cli|cmake|daemon|docs|examples|fuzz|host|include|lrpc|man|scripts|standin|tests|util|values'
 files() { tr '`' '\n' <"$1" | grep -E "^($folders)/[A-Za-z0-9_./-]+\$" | grep -Ev '/[A-Z]+(\.[a-z]+)?$'; }
 
@@ -30,7 +31,7 @@ if [ ! -e "$build_dir/Doxyfile" ]; then
 else
   scripts/docs/make-site "$build_dir" || complain "the site"
   scripts/docs/check-links "$site" || complain "links of the site"
-  # One page of each kind, as the index of the guides and the search know them.
+  # One page of each kind, as in the index of the guides and the search.
   for page in classvesk_1_1LocalRpcSession man_velmora_conf_5 troubleshooting contributing changelog; do
     { [ -s "$site/$page.html" ] && grep -qF "\"$page.html" "$site/search-index.js"; } || complain "the site has no $page"
   done

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# A project that takes this one in with add_subdirectory gets fokrazo::fokrazo and nothing that it did not ask for.
+# A project that includes this one with add_subdirectory gets only fokrazo::fokrazo.
 # usage: embedded_test.sh SOURCE_DIR CXX [build]   (build: also build and run the project, which takes a minute)
 set -euo pipefail
 source_dir=$1 cxx=$2

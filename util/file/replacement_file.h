@@ -35,7 +35,7 @@ class ReplacementFile {
 
   /// Replaces the content of the temporary file, and sets its mode.
   bool write(const std::string& content, mode_t mode);
-  /// Flushes what was written to the disk.
+  /// Flushes the file to the disk (fsync).
   bool sync();
   /// Renames the temporary file to the file's name.
   bool replace();
