@@ -82,9 +82,9 @@ void DestinationSettings::apply() const {
     if (error == 0) return flushAtExit();
   }
   if (callOpenlog) openSyslog();
+  if (error == 0 || geteuid() != 0) return;
   // strerror's text is per thread. NOLINTNEXTLINE(concurrency-mt-unsafe)
-  if (error != 0 && geteuid() == 0)
-    hold(LOG_ERR, "Could not open %s: %s", destination.c_str(), strerror(error));
+  hold(LOG_ERR, "Could not open %s: %s", destination.c_str(), strerror(error));
 }
 
 void openLog(bool reopen) {

@@ -1,5 +1,5 @@
-// fokrazo doctor with an unhealthy daemon, which the stand-in never is. transcript.txt has all other
-// findings.
+// What the stand-in cannot show: fokrazo doctor with an unhealthy daemon, and what the tool sends. Everything
+// else is in transcript.txt.
 
 #include <gtest/gtest.h>
 
@@ -14,9 +14,9 @@ namespace {
 
 using namespace testsupport;
 
-class DoctorTest : public WorldTest {};
+class ToolTest : public WorldTest {};
 
-TEST_F(DoctorTest, ReportsTheDaemonsHealth) {
+TEST_F(ToolTest, DoctorReportsTheDaemonsHealth) {
   const struct {
     int health;
     const char* text;
@@ -43,6 +43,17 @@ TEST_F(DoctorTest, ReportsTheDaemonsHealth) {
     EXPECT_EQ(ran.status, 1);
     EXPECT_NE(ran.out.find(row.finding), std::string::npos) << ran.out;
     EXPECT_TRUE(peer.finished());
+  }
+}
+
+TEST_F(ToolTest, MemberAsksForBothFormsOfNamesUnlessOneIsGiven) {
+  const std::pair<const char*, int> rows[] = {{"", 2}, {"--unix ", 0}, {"--windows ", 1}};
+  for (const auto& [option, form] : rows) {
+    ScriptedPeer peer(in("daemon"));
+    peer.expect(request(10, octets("al") + integer(1) + octets("g") + integer(0) + integer(form)));
+    peer.send(answer(0));
+    EXPECT_EQ(run("fokrazo --socket " + in("daemon") + " member " + option + "al g").status, 0) << option;
+    EXPECT_TRUE(peer.finished()) << option;
   }
 }
 
