@@ -49,38 +49,35 @@ TEST_F(LogQueueTest, StartAndStopAreLogged) {
   EXPECT_EQ(linesOf(kFile).back(), "WARN  own LogQueue disabled.  Recommended for debugging only.");
 }
 
-// Without a reader of the socket the runner blocks in syslog, and the queue fills up.
-void overflow(const char* configuration) {
-  configure(configuration);
-  SyslogSocket syslogd;
-  const auto logger = Logger::GetLogger("full");
+// Without a reader of the socket the runner blocks in syslog, and the queue fills up. It has room for four
+// times as much while "log" is at DEBUG.
+TEST_F(LogQueueTest, AFullQueueDropsTheNewestWithAWarning) {
   constexpr int kLines = 600;
-  syslogd.pause();
-  Logger::startThread(logger);
-  for (int i = 0; i < kLines; ++i) VESK_LOG(logger, Info, "%d", i);
-  syslogd.resume();
-  Logger::stopThread(logger);
-  const Texts texts = syslogd.texts();
   const std::string warning =
       "ERROR log Warning: Zantrel logger dropping messages:(runqueue full 16) Please insure syslog is "
       "running correctly or increase the value of logger.queue.size in velmora.conf.";
-  int numbers = 0, last = -1, number;
-  for (const std::string& text : texts) {
-    if (sscanf(text.c_str(), "INFO  full %d", &number) != 1) continue;
-    EXPECT_GT(number, last);
-    last = number;
-    ++numbers;
+  const auto logger = Logger::GetLogger("full");
+  for (const char* configuration : {"logger.queue.size: 16\n", "logger.queue.size: 4\nlog.log: DEBUG\n"}) {
+    configure(configuration);
+    SyslogSocket syslogd;
+    syslogd.pause();
+    Logger::startThread(logger);
+    for (int i = 0; i < kLines; ++i) VESK_LOG(logger, Info, "%d", i);
+    syslogd.resume();
+    Logger::stopThread(logger);
+    const Texts texts = syslogd.texts();
+    int numbers = 0, last = -1, number;
+    for (const std::string& text : texts) {
+      if (sscanf(text.c_str(), "INFO  full %d", &number) != 1) continue;
+      EXPECT_GT(number, last);
+      last = number;
+      ++numbers;
+    }
+    EXPECT_EQ(texts[0], "INFO  full 0");
+    EXPECT_GE(numbers, 15) << "the newest of a full queue made room for the warning";
+    EXPECT_LT(numbers, kLines);
+    EXPECT_GT(std::count(texts.begin(), texts.end(), warning), 0);
   }
-  EXPECT_EQ(texts[0], "INFO  full 0");
-  EXPECT_GE(numbers, 15) << "the newest of a full queue made room for the warning";
-  EXPECT_LT(numbers, kLines);
-  EXPECT_GT(std::count(texts.begin(), texts.end(), warning), 0);
-}
-
-// The queue has room for four times as much while "log" is at DEBUG.
-TEST_F(LogQueueTest, AFullQueueDropsTheNewestWithAWarning) {
-  overflow("logger.queue.size: 16\n");
-  overflow("logger.queue.size: 4\nlog.log: DEBUG\n");
 }
 
 void writeLines(const char* name, int lines) {
