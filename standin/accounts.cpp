@@ -57,7 +57,7 @@ std::vector<std::string> Accounts::load(const std::string& path) {
     if (line.empty() || line[0] == '#') continue;
     size_t colon = line.find(':');
     if (colon == std::string::npos)
-      throw Error(path + ", line " + std::to_string(number) + ": there is no colon");
+      throw Error(path + ", line " + std::to_string(number) + ": the colon is missing");
     std::string name = line.substr(0, colon);
     EntryId account = m_directory.byName(name, Family::Accounts);
     if (account == kNoEntry) {

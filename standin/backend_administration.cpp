@@ -45,7 +45,7 @@ struct LdifBackend::StateRow {
 };
 
 const LdifBackend::StateRow LdifBackend::kState[] = {
-    {"program", [](const LdifBackend&) { return std::string("brondalt-standin (no product daemon)"); }},
+    {"program", [](const LdifBackend&) { return std::string("brondalt-standin (not for production)"); }},
     {"process", [](const LdifBackend&) { return std::to_string(getpid()); }},
     {"domain", [](const LdifBackend& backend) { return backend.m_directory.domain().dnsName; }},
     {"short name", [](const LdifBackend& backend) { return backend.m_directory.domain().netbiosName; }},

@@ -80,7 +80,7 @@ EntryId Directory::add(Entry entry) {
   }
   EntryId id = static_cast<EntryId>(m_entries.size());
   auto [place, isNew] = m_byDn.try_emplace(dnKey(entry.dn()), id);
-  if (!isNew) throw Error("there are two entries with the DN " + entry.dn());
+  if (!isNew) throw Error("duplicate entry with the DN " + entry.dn());
   EntryKind kind = entry.kind();
   m_entries.push_back({std::move(entry), kind, &place->first});
   index(id);

@@ -39,7 +39,7 @@ const FaultRow* findRow(std::string_view word) {
 void Faults::add(const std::string& text) {
   size_t mark = text.find_first_of("@%");
   const FaultRow* row = findRow(std::string_view(text).substr(0, mark));
-  if (!row) throw Error("there is no fault \"" + text + "\"");
+  if (!row) throw Error("unknown fault \"" + text + "\"");
   Rule rule = {row->fault, true, 1};
   if (mark != std::string::npos) {
     rule.repeats = text[mark] == '%';

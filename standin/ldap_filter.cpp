@@ -210,13 +210,13 @@ class Parser {
     if (atEnd()) return std::make_unique<AndNode>(NodeList());
     NodePtr root = peek() == '(' ? parenthesized(1) : item();
     skipBlanks();
-    if (!atEnd()) fail("something follows the filter");
+    if (!atEnd()) fail("unexpected text after the filter");
     return root;
   }
 
  private:
   NodePtr parenthesized(int depth) {
-    if (depth > LdapFilter::kMaxDepth) fail("it is nested too deep");
+    if (depth > LdapFilter::kMaxDepth) fail("nested too deeply");
     expect('(');
     skipBlanks();
     NodePtr node;
@@ -259,7 +259,7 @@ class Parser {
     expect('=');
     std::vector<std::string> pieces = value();
     if (sign != '=') {
-      if (pieces.size() != 1) fail("an asterisk stands in a comparison");
+      if (pieces.size() != 1) fail("an asterisk in a comparison");
       if (sign == '~') return std::make_unique<EqualNode>(std::move(attribute), std::move(pieces.front()));
       return std::make_unique<OrderNode>(std::move(attribute), std::move(pieces.front()), sign == '>');
     }
@@ -282,9 +282,9 @@ class Parser {
     }
     expect(':');
     expect('=');
-    if (attribute.empty() && rule.empty()) fail("neither attribute nor matching rule");
+    if (attribute.empty() && rule.empty()) fail("an attribute or a matching rule is missing");
     std::vector<std::string> pieces = value();
-    if (pieces.size() != 1) fail("an asterisk stands in an extensible match");
+    if (pieces.size() != 1) fail("an asterisk in an extensible match");
     if (attribute.empty()) return nothing();
     if (rule.empty()) return std::make_unique<EqualNode>(std::move(attribute), std::move(pieces.front()));
     long long mask = 0;
@@ -298,7 +298,7 @@ class Parser {
     std::vector<std::string> pieces(1);
     for (; !atEnd() && peek() != ')'; ++m_position) {
       char c = peek();
-      if (c == '(') fail("a parenthesis stands in a value");
+      if (c == '(') fail("a parenthesis in a value");
       if (c == '*') {
         pieces.emplace_back();
       } else if (c == '\\') {
@@ -319,7 +319,7 @@ class Parser {
     unsigned char byte = 0;
     const char* digits = m_text.data() + m_position + 1;
     if (m_text.size() - m_position < 3 || std::from_chars(digits, digits + 2, byte, 16).ptr != digits + 2)
-      fail("two hexadecimal digits do not follow a backslash");
+      fail("a backslash without two hexadecimal digits");
     m_position += 2;
     return static_cast<char>(byte);
   }

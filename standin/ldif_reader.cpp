@@ -63,14 +63,14 @@ class RecordParser {
  private:
   void take(char* text) {
     Line line;
-    if (!line.parse(text)) fail("a line is malformed");
+    if (!line.parse(text)) fail("malformed line");
     std::string_view name = line.name();
     if (m_entry) {
       takeAttribute(name, line.value());
     } else if (equalFolded(name, "dn")) {
       m_entry = std::make_unique<Entry>(line.value());
     } else if (!equalFolded(name, "version")) {
-      fail("it does not begin with its dn");
+      fail("does not begin with its dn");
     }
   }
 
@@ -78,7 +78,7 @@ class RecordParser {
     if (!equalFolded(name, "changetype")) {
       m_entry->add(name, std::move(value));
     } else if (!equalFolded(value, "add")) {
-      fail("it is a change, not content");
+      fail("not a content record");
     }
   }
 

@@ -30,7 +30,7 @@ void load(LdifBackend& backend, const Options& options) {
   for (const std::string& path : options.ldifPaths) backend.directory().load(path);
   if (options.passwordsPath.empty()) return;
   for (const std::string& name : backend.accounts().load(options.passwordsPath))
-    fprintf(stderr, "brondalt-standin: %s: there is no account %s\n", options.passwordsPath.c_str(),
+    fprintf(stderr, "brondalt-standin: %s: unknown account %s\n", options.passwordsPath.c_str(),
             name.c_str());
 }
 

@@ -27,7 +27,7 @@ Usage: brondalt-standin --socket PATH --ldif FILE [OPTION]...
 
 The stand-in speaks the daemon's protocol on a unix-domain socket and answers every
 operation of a client session from a directory in memory. It is meant for development,
-demonstrations and tests, and is not a product daemon: it contacts no directory server,
+demonstrations and tests, not for production: it contacts no directory server,
 checks no tickets, does not protect passwords, and loses all changes when it ends.
 
 Once its socket accepts connections it prints a line "ready" to its standard output and,
@@ -42,10 +42,10 @@ Options:
   -f, --foreground   stay in the foreground
   -v, --verbose      print a line for each request to standard error, without secrets
   --pid-file FILE    write the process id to FILE
-  --fault WHAT       misbehave, see below; may be repeated
+  --fault WHAT       inject a fault, see below; may be repeated
   -h, --help         print this text
 
-What clients see:
+What clients receive:
   All attributes of an entry unchanged, and in addition the names that Unix views read:
   _UnixName from uid, else sAMAccountName; _Uid and _Gid from uidNumber and gidNumber;
   _LoginShell, _HomeDirectory, _GECOS from loginShell, unixHomeDirectory, gecos; _Members
@@ -54,14 +54,14 @@ What clients see:
   DOMAIN\name, DN, Unix id, SID and GUID; the case of letters in names does not matter.
   Searches take domain, base DN, filter, attributes and a scope: 0 base, 1 one level,
   2 subtree. The limit of a paged search is the size of its pages (100 if it is 0).
-  The password itself takes the place of what a client would derive from it. A Kerberos
+  The password itself replaces what a client would derive from it. A Kerberos
   token is the password; so is the token of a logon by remote procedure call. The answer
   to an NTLM challenge is the challenge, the user name, a NUL byte and the password.
   A new user has a name, password, uid, gid, full name, home, shell and container.
   Administrators are the members of Domain Admins or Administrators. Root and the user
-  that runs the stand-in may do everything without being one.
+  that runs the stand-in have the same rights.
 
-Faults: WHAT hits every request, WHAT@N only the Nth, WHAT%N every Nth. Requests are
+Faults: WHAT affects every request, WHAT@N only the Nth, WHAT%N every Nth. Requests are
 counted from 1 over all connections.
 )";
 
@@ -123,7 +123,7 @@ Options parseOptions(int argc, char** argv) {
     const int code = getopt_long(argc, argv, "+:fvh", kOptions, nullptr);
     if (code == -1) break;
     if (code == ':') throw UsageError(std::string(word) + " needs a value");
-    if (code == '?') throw UsageError(std::string("there is no option ") + word);
+    if (code == '?') throw UsageError(std::string("unknown option ") + word);
     take(options, code);
   }
   if (options.wantsHelp) return options;

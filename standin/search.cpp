@@ -9,7 +9,7 @@ namespace {
 
 vesk::LdapSearchScopeType checked(vesk::LdapSearchScopeType scope) {
   if (scope < vesk::ScopeBase || scope > vesk::ScopeSubtree)
-    throw Error("There is no search scope " + std::to_string(scope));
+    throw Error("Unknown search scope " + std::to_string(scope));
   return scope;
 }
 

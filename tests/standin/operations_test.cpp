@@ -39,8 +39,8 @@ std::string findAdded(LocalRpcSession& session) {
 // In order: refused operations, and changes of the directory. transcript.txt has the tool's operations.
 const Operation kSteps[] = {
     {CALL(getUser("", 0)), "NotFoundException 0 User not found"},
-    {CALL(ldapPagedSearch("", "", "", nullptr, static_cast<LdapSearchScopeType>(9), 0, false)), " 0 There is no search scope 9"},
-    {CALL(ldapSearch("", "", "", nullptr, static_cast<LdapSearchScopeType>(9), 0, false)), " 0 There is no search scope 9"},
+    {CALL(ldapPagedSearch("", "", "", nullptr, static_cast<LdapSearchScopeType>(9), 0, false)), " 0 Unknown search scope 9"},
+    {CALL(ldapSearch("", "", "", nullptr, static_cast<LdapSearchScopeType>(9), 0, false)), " 0 Unknown search scope 9"},
     {CALL(userLogin("asharma")), "false"},
     {ASK(renewed(session, "asharma")), "0 1"},
     {CALL(userLogout("asharma")), "false"},
