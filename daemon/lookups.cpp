@@ -17,10 +17,8 @@ struct Lookup {
 };
 
 Lookup readLookup(handlers::Request request) {
-  Lookup lookup;
-  for (int* field : {&lookup.type, &lookup.scope, &lookup.keyKind, &lookup.isFresh, &lookup.withMembership})
-    *field = request.getInt();
-  return lookup;
+  // Braces evaluate in order, so the fields are read as they are declared.
+  return {request.getInt(), request.getInt(), request.getInt(), request.getInt(), request.getInt()};
 }
 
 bool isListable(int type) {
