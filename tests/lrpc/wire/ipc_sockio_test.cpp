@@ -116,7 +116,7 @@ TEST_F(SockioTest, WaitsForASlowConnect) {
     const char* configured;
     int milliseconds;
     bool isLegal;
-  } rows[] = {{"0", 5000, false}, {"-1", 5000, false}, {"3", 3000, true}, {"4294967297", INT_MAX, true}};
+  } rows[] = {{"0", 5000, false}, {"-1", 5000, false}, {"3", 3000, true}, {"33554432w", INT_MAX, true}};
   for (const auto& row : rows) {
     configure("lrpc.connect.timeout: " + std::string(row.configured) + "\n");
     forgetLog();
