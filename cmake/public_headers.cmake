@@ -6,8 +6,13 @@ set(FOKRAZO_PUBLIC_HEADERS
   adserializer.h
   attrnames.h
   byteorder.h
+  call_result.h
+  call_status.h
+  call_step.h
+  cancellation.h
   char_accumulator.h
   circular_buffer.h
+  client.h
   dn.h
   error_util.h
   export.h
@@ -28,6 +33,8 @@ set(FOKRAZO_PUBLIC_HEADERS
   log_gzip.h
   murhash.h
   mutex.h
+  object_key.h
+  object_range.h
   oid.h
   osport.h
   osutil.h

@@ -7,8 +7,13 @@
 #include <fokrazo/adserializer.h>
 #include <fokrazo/attrnames.h>
 #include <fokrazo/byteorder.h>
+#include <fokrazo/call_result.h>
+#include <fokrazo/call_status.h>
+#include <fokrazo/call_step.h>
+#include <fokrazo/cancellation.h>
 #include <fokrazo/char_accumulator.h>
 #include <fokrazo/circular_buffer.h>
+#include <fokrazo/client.h>
 #include <fokrazo/dn.h>
 #include <fokrazo/error_util.h>
 #include <fokrazo/export.h>
@@ -28,6 +33,8 @@
 #include <fokrazo/log_gzip.h>
 #include <fokrazo/murhash.h>
 #include <fokrazo/mutex.h>
+#include <fokrazo/object_key.h>
+#include <fokrazo/object_range.h>
 #include <fokrazo/oid.h>
 #include <fokrazo/osport.h>
 #include <fokrazo/osutil.h>

@@ -26,6 +26,7 @@ class Guid;
 class IPCException;
 class ReceivedText;
 class SID;
+struct CallProgress;
 
 /// One message, to be written or received. If writing a field throws, nothing is rolled back: do not send
 /// that message. A field that cannot be read, whatever the peer sent, is an IOException.
@@ -127,14 +128,13 @@ class FOKRAZO_API IPCMessage {
   void dropElement();
 
  private:
-  friend class IPCRequest;
   friend class LocalRpcSession;
 
   // send and get. `midExchange` becomes true before the first byte is sent, and false when a whole frame has
-  // been received, whatever it holds.
-  void transmit(int fd, bool& midExchange);
-  void receive(int fd, bool& midExchange);
-  void receiveBody(int fd, unsigned int length);
+  // been received, whatever it holds. `call` sets limits in place of `lrpc.timeout`; it may be null.
+  void transmit(int fd, bool& midExchange, CallProgress* call);
+  void receive(int fd, bool& midExchange, CallProgress* call);
+  void receiveBody(int fd, unsigned int length, CallProgress* call);
   bool makeRoom(size_t size);
   void put(const void* bytes, size_t size, const char* failure);
   void take(ReceivedText& received, const char* failure) const;
@@ -153,6 +153,13 @@ class FOKRAZO_API IPCReply : public IPCMessage {
   IPCReply() = default;
   /// For the daemon.
   explicit IPCReply(IPC_OPCODE opcode) { setOpcode(opcode); }
+
+ private:
+  friend class IPCRequest;
+  friend class LocalRpcSession;
+
+  // @throws SystemException the result in the header is not success; its code is that result
+  void requireSuccess() const;
 };
 
 /// A request. Its header is already written.
@@ -166,9 +173,6 @@ class FOKRAZO_API IPCRequest : public IPCMessage {
   void execute(int fd, IPCReply* reply);
 
  private:
-  friend class LocalRpcSession;
-  void exchange(int fd, IPCReply& reply, bool& midExchange);  // execute, with transmit's flag
-
   [[maybe_unused]] const int m_reserved[3] = {0, -1, -1};  // part of the class layout; unused
 };
 

@@ -30,6 +30,7 @@ class SID;
 class Shredder;
 class User;
 class VeskObj;
+struct CallProgress;
 
 /// A session with the daemon, over one connection that is opened on first use:
 ///
@@ -119,6 +120,9 @@ class FOKRAZO_API LocalRpcSession {
   /// fields, and returns the first of them. Missing fields read as VR_SYSTEM_ERROR, 0 or empty. Does not
   /// throw, whatever was received.
   ValidationResult updateVRErrInfo(IPCReply& reply);
+  /// What the status block of the last operation's reply said; VR_NO_REPLY_YET if there was none, because the
+  /// operation has failed before or its reply has no such block (ping and stop).
+  ValidationResult lastResult() const { return m_lastResult; }
   /// The text of a result; "unexpected error" for an unknown number.
   static std::string errorString(ValidationResult value);
 
@@ -311,13 +315,20 @@ class FOKRAZO_API LocalRpcSession {
   int getFipsMode();
 
  private:
+  friend class CallScope;
+  friend class Exchange;
   friend class SessionHold;
 
   bool isConnectionGood(time_t now, pid_t pid);
+  bool isConnectionGoodForCall(time_t now, pid_t pid);
   void connect(time_t now, pid_t pid);
-  void checkTrustedPeer();
+  void checkPeer();
   void closeConnection();
+  void sendRequest(IPCRequest& request);
+  void receiveReply(IPCReply& reply);
   void exchange(IPCRequest& request, IPCReply& reply);
+  bool hasDaemonMissedRequest() const;
+  bool maySendAgain() const;
   void sendAgain(IPCRequest& request, IPCReply& reply, bool authenticate);
   std::string refreshPolicy(Exchange& exchange, const char* done);
 
@@ -341,6 +352,9 @@ class FOKRAZO_API LocalRpcSession {
   gid_t m_effectiveGid = 0;
   std::optional<uid_t> m_trustedPeer;  // empty: any user
   std::atomic<pthread_t> m_holder{};   // the thread with a running operation
+  ValidationResult m_lastResult = VR_NO_REPLY_YET;
+  bool m_isStatusReadable = false;  // whether the last reply began with a result
+  CallProgress* m_call = nullptr;   // of the client that uses the session now
 };
 
 }  // namespace vesk

@@ -37,6 +37,17 @@ class Exchange {
     return m_session.updateVRErrInfo(reply);
   }
 
+  /// The two halves of an attempt, for requests to several sessions at a time. No second attempt is made.
+  /// @throws what LocalRpcSession::execute throws
+  void send() {
+    m_session.reConnect(true);
+    m_session.sendRequest(request);
+  }
+  ValidationResult receive() {
+    m_session.receiveReply(reply);
+    return m_session.updateVRErrInfo(reply);
+  }
+
   IPCRequest request;
   IPCReply reply;
 

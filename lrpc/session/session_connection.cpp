@@ -16,7 +16,8 @@
 #include <fokrazo/session.h>
 #include "lrpc/session/own_sockets.h"
 #include "lrpc/session/session_hold.h"
-#include "lrpc/wire/private_connect.h"
+#include "lrpc/wire/call_io.h"
+#include "lrpc/wire/call_progress.h"
 #include "util/error/throw.h"
 #include "util/thread/clock.h"
 
@@ -44,6 +45,11 @@ bool hasInput(int fd) {
   return rc != 0;
 }
 
+[[noreturn]] void failLost(CallProgress& call) {
+  call.stop = CallProgress::Stop::ConnectionLost;
+  FOKRAZO_THROW(ConnectionBrokenException, "ConnectionBrokenException", 0, "brondalt closed connection");
+}
+
 // Whether there are bytes to read. End of stream is harmless: the next request fails.
 bool hasBytes(int fd) {
   char byte;
@@ -65,7 +71,7 @@ SessionHold::SessionHold(LocalRpcSession& session) : m_session(session) {
 // --- The current connection ---
 
 bool LocalRpcSession::isConnectionGood(time_t now, pid_t pid) {
-  if (now - m_lastUsed > idleTimeout()) {
+  if (now - m_lastUsed > idleTimeout() && !(m_call && m_call->needsSameConnection)) {
     VESK_LOG_TO(kLogger, Debug, "dropping old lrpc connection");
     return false;
   }
@@ -117,7 +123,8 @@ void LocalRpcSession::dropConnection() {
 void LocalRpcSession::connect(time_t now, pid_t pid) {
   m_effectiveUid = geteuid();
   m_effectiveGid = getegid();
-  UniqueFd socket = connectPrivately(m_socketPath);
+  if (m_call) m_call->step = CallStep::Connecting;
+  UniqueFd socket = connectPrivately(m_socketPath, m_call);
   struct stat status;
   const int rc = fstat(socket.get(), &status);
   if (rc != 0) FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", rc, errno, "OS call failed");
@@ -127,34 +134,56 @@ void LocalRpcSession::connect(time_t now, pid_t pid) {
   m_lastUsed = now;
   m_socket = socket.release();
   ownsockets::add(m_socket, m_socketInode);
-  if (m_trustedPeer) checkTrustedPeer();
+  checkPeer();
   VESK_LOG_TO(kLogger, Debug, "New socket %ld (%ld)", static_cast<long>(m_socket),
               static_cast<long>(m_socketInode));
 }
 
-void LocalRpcSession::checkTrustedPeer() {
-  uid_t uid = 0;
-  gid_t gid = 0;
-  const int rc = get_peer_credential(m_socket, &uid, &gid);
+// A daemon whose own lookups came back to it through a module would wait for itself.
+void LocalRpcSession::checkPeer() {
+  const bool refusesOwnProcess = m_call && m_call->refusesOwnProcess;
+  if (!m_trustedPeer && !refusesOwnProcess) return;
+  ucred peer = {};
+  socklen_t size = sizeof peer;
+  const int rc = getsockopt(m_socket, SOL_SOCKET, SO_PEERCRED, &peer, &size);
   const int error = errno;
-  if (rc == 0 && uid == *m_trustedPeer) return;
+  if (rc != 0 || (m_trustedPeer && peer.uid != *m_trustedPeer)) {
+    closeConnection();
+    if (m_call) m_call->stop = CallProgress::Stop::UntrustedPeer;
+    if (rc != 0) FOKRAZO_THROW_ERRNO(IOException, "IOException", EACCES, error, "ipc socket peer");
+    FOKRAZO_THROW(IOException, "IOException", EACCES, "ipc socket peer has uid %u instead of %u", peer.uid,
+                  *m_trustedPeer);
+  }
+  if (!refusesOwnProcess || peer.pid != getpid()) return;
   closeConnection();
-  if (rc != 0) FOKRAZO_THROW_ERRNO(IOException, "IOException", EACCES, error, "ipc socket peer");
-  FOKRAZO_THROW(IOException, "IOException", EACCES, "ipc socket peer has uid %u instead of %u", uid,
-                *m_trustedPeer);
+  m_call->stop = CallProgress::Stop::OwnProcess;
+  FOKRAZO_THROW(IOException, "IOException", EDEADLK, "ipc socket peer is this process");
+}
+
+// Whether the present connection serves the call.
+bool LocalRpcSession::isConnectionGoodForCall(time_t now, pid_t pid) {
+  if (m_socket == -1) return false;
+  if (m_call && m_call->needsNewConnection) return false;
+  return isConnectionGood(now, pid);
 }
 
 void LocalRpcSession::reConnect(bool authenticate) {
   const SessionHold hold(*this);
   const time_t now = dayclock::now();
   const pid_t pid = getpid();
-  if (m_socket != -1 && isConnectionGood(now, pid)) {
+  if (isConnectionGoodForCall(now, pid)) {
     m_lastUsed = now;
     return;
   }
   closeConnection();
+  if (m_call && m_call->needsSameConnection) failLost(*m_call);
   connect(now, pid);
-  if (authenticate && m_authenticateProcess && !m_processAuthenticated) authenticateProcess();
+  if (m_call) m_call->needsNewConnection = false;
+  if (authenticate && m_authenticateProcess && !m_processAuthenticated) {
+    if (m_call) m_call->isAuthenticating = true;
+    authenticateProcess();
+    if (m_call) m_call->isAuthenticating = false;
+  }
   if (!hasBytes(m_socket)) return;
   closeConnection();
   FOKRAZO_THROW(ConnectionBrokenException, "ConnectionBrokenException", 0,

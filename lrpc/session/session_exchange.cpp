@@ -4,6 +4,7 @@
 #include <fokrazo/log.h>
 #include <fokrazo/session.h>
 #include "lrpc/session/session_hold.h"
+#include "lrpc/wire/call_progress.h"
 #include "util/error/throw.h"
 #include "util/thread/clock.h"
 
@@ -24,17 +25,35 @@ void TestReplySuccess(IPCReply& reply) {
 
 }  // namespace
 
-void LocalRpcSession::exchange(IPCRequest& request, IPCReply& reply) {
-  request.exchange(m_socket, reply, m_midExchange);
+void LocalRpcSession::sendRequest(IPCRequest& request) {
+  m_lastResult = VR_NO_REPLY_YET;
+  m_isStatusReadable = false;
+  if (m_call) m_call->reach(CallStep::Sending);
+  request.transmit(m_socket, m_midExchange, m_call);
+  if (m_call) m_call->reach(CallStep::Receiving);
+}
+
+void LocalRpcSession::receiveReply(IPCReply& reply) {
+  reply.receive(m_socket, m_midExchange, m_call);
+  if (m_call) m_call->reach(CallStep::Reading);
+  reply.requireSuccess();
   m_lastUsed = dayclock::now();
+}
+
+void LocalRpcSession::exchange(IPCRequest& request, IPCReply& reply) {
+  sendRequest(request);
+  receiveReply(reply);
 }
 
 void LocalRpcSession::execute(IPCRequest& request, IPCReply& reply, bool authenticate) {
   const SessionHold hold(*this);
+  m_lastResult = VR_NO_REPLY_YET;
   reConnect(authenticate);
   try {
     exchange(request, reply);
-  } catch (const ConnectionBrokenException&) {
+  } catch (const VESKException& error) {
+    if (hasDaemonMissedRequest()) return sendAgain(request, reply, authenticate);
+    if (!dynamic_cast<const ConnectionBrokenException*>(&error)) throw;
     closeConnection();
     request.dropElement();
     throw;
@@ -44,14 +63,31 @@ void LocalRpcSession::execute(IPCRequest& request, IPCReply& reply, bool authent
 
 void LocalRpcSession::executeWithRetry(IPCRequest& request, IPCReply& reply, bool authenticate) {
   const SessionHold hold(*this);
+  m_lastResult = VR_NO_REPLY_YET;
   reConnect(authenticate);
   try {
     exchange(request, reply);
   } catch (const VESKException& error) {
+    if (!maySendAgain()) {
+      closeConnection();
+      throw;
+    }
     VESK_LOG_TO(kLogger, Debug, "Cannot communicate with brondalt: %s. Rconnecting...", error.what());
     sendAgain(request, reply, authenticate);
   }
   TestReplySuccess(reply);
+}
+
+// Whether the call may try again: a daemon that has not had the whole request cannot have carried it out.
+bool LocalRpcSession::hasDaemonMissedRequest() const {
+  return m_call && m_call->stop == CallProgress::Stop::None && !m_call->needsSameConnection &&
+         m_call->step <= CallStep::Sending;
+}
+
+bool LocalRpcSession::maySendAgain() const {
+  if (!m_call) return true;
+  if (m_call->stop != CallProgress::Stop::None || m_call->needsSameConnection) return false;
+  return m_call->isRepeatable || hasDaemonMissedRequest();
 }
 
 void LocalRpcSession::sendAgain(IPCRequest& request, IPCReply& reply, bool authenticate) {
@@ -83,6 +119,7 @@ ValidationResult LocalRpcSession::updateVRErrInfo(IPCReply& reply) {
   m_healthMessage.clear();
   try {
     result = static_cast<ValidationResult>(reply.getInt());
+    m_isStatusReadable = true;
     m_statusCode = reply.getInt();
     m_statusDetail = reply.getInt();
     m_statusMessage = reply.getString();
@@ -92,6 +129,7 @@ ValidationResult LocalRpcSession::updateVRErrInfo(IPCReply& reply) {
     m_healthMessage = reply.getString();
   } catch (const VESKException&) {  // the block may be shorter
   }
+  m_lastResult = result;
   return result;
 }
 

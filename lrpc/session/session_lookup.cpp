@@ -6,7 +6,7 @@
 #include <fokrazo/attrnames.h>
 #include <fokrazo/session.h>
 #include <fokrazo/unixviews.h>
-#include "lrpc/session/exchange.h"
+#include "lrpc/session/lookup.h"
 #include "util/error/throw.h"
 
 namespace vesk {
@@ -17,26 +17,9 @@ constexpr char kSource[] = "lrpc/session";
 constexpr char kUserNotFound[] = "User not found";
 constexpr char kGroupNotFound[] = "Group not found";
 
-LookupScope scopeOf(int flags) {
-  return flags & UNIX_ONLY ? UnixObjects : AllObjects;
-}
-
 [[noreturn]] void failNotFound(const char* text) {
   FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "%s", text);
 }
-
-// A lookup: the fields common to all lookups, then the key.
-class Lookup : public Exchange {
- public:
-  template <class Key>
-  Lookup(LocalRpcSession& session, IPC_OPCODE opcode, DSObjectType type, LookupScope scope, KeyKind keyKind,
-         const Key& key, int flags)
-      : Exchange(session, opcode, type, scope, keyKind, (flags & CHECK_AD_FIRST) != 0,
-                 (flags & GROUP_MEMBERSHIP) != 0, key) {}
-
-  // NEXT_ENTRY advances a position in the daemon, so it is never repeated.
-  ValidationResult askByName(const std::string& name) { return name == NEXT_ENTRY ? askOnce() : ask(); }
-};
 
 ADObject objectById(LocalRpcSession& session, DSObjectType type, int id, int flags) {
   Lookup lookup(session, IPC_OP_GET_OBJECT, type, UnixObjects, KeyId, id, flags);

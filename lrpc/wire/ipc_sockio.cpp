@@ -17,36 +17,40 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include <fokrazo/strutil.h>
-#include "lrpc/wire/private_connect.h"
+#include "lrpc/wire/call_io.h"
+#include "lrpc/wire/call_progress.h"
 #include "util/error/throw.h"
+#include "util/thread/deadline.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-// Milliseconds until then, for poll; at least 0.
-int millisecondsUntil(Clock::time_point end) {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-  return static_cast<int>(std::clamp<decltype(left)>(left, 0, INT_MAX));
-}
+using vesk::Deadline;
 
 int failWithoutError() {
   errno = 0;
   return -1;
 }
 
+// As IOWait.
+int outcomeOf(int rc, int revents, int events) {
+  if (rc <= 0) return rc;
+  if (revents & (POLLERR | POLLHUP | POLLNVAL)) return failWithoutError();
+  return (revents & events) == events ? 1 : failWithoutError();
+}
+
+int pollUntil(int fd, int events, Deadline end) {
+  pollfd entry = {fd, static_cast<short>(events), 0};
+  int rc;
+  do {
+    rc = poll(&entry, 1, end.pollTime());
+  } while (rc < 0 && errno == EINTR);
+  return outcomeOf(rc, entry.revents, events);
+}
+
 }  // namespace
 
 int IOWait(int fd, int seconds, int events) {
-  pollfd entry = {fd, static_cast<short>(events), 0};
-  const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds);
-  int rc;
-  do {
-    rc = poll(&entry, 1, seconds < 0 ? -1 : millisecondsUntil(end));
-  } while (rc < 0 && errno == EINTR);
-  if (rc <= 0) return rc;
-  if (entry.revents & (POLLERR | POLLHUP | POLLNVAL)) return failWithoutError();
-  return (entry.revents & events) == events ? 1 : failWithoutError();
+  return pollUntil(fd, events, seconds < 0 ? Deadline::never() : Deadline::in(std::chrono::seconds(seconds)));
 }
 
 int RecvWait(int fd, int seconds) {
@@ -83,6 +87,9 @@ constexpr char kLogger[] = "lrpc.sockio";
 constexpr char kConnectLogger[] = "lrpc.ipcmessage";
 constexpr int kDefaultConnectTimeout = 5;
 constexpr int kDefaultTimeout = 300;
+constexpr int kBusyPause = 5;  // milliseconds
+// How long a cancelled call may go on waiting. A flag needs no descriptor that the program could close.
+constexpr std::chrono::milliseconds kCancellationInterval(20);
 
 // A configured number of seconds, limited to the range of int.
 int seconds(long configured) {
@@ -101,37 +108,60 @@ int connectTimeout() {
   return kDefaultConnectTimeout;
 }
 
-[[noreturn]] void failCreate() {
-  FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, errno, "ipc socket create");
+[[noreturn]] void failCreate(CallProgress* call) {
+  const int error = errno;
+  if (call) call->error = error;
+  FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, error, "ipc socket create");
 }
 
-[[noreturn]] void failConnect(int error) {
+[[noreturn]] void failConnect(int error, CallProgress* call) {
+  if (call) call->error = error;
   FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, error, "ipc socket connect");
 }
 
-void waitForConnection(int fd) {
-  const int rc = SendWait(fd, connectTimeout());
-  if (rc == 1) return;
-  if (rc != 0) failConnect(errno);
-  VESK_LOG_TO(kConnectLogger, Warn, "Timed out while waiting for socket connection");
-  FOKRAZO_THROW(IOException, "IOException", 0, "ipc socket connect timed out");
-}
-
-UniqueFd newSocket(int flags) {
+UniqueFd newSocket(int flags, CallProgress* call) {
   UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | flags, 0));
-  if (!socket) failCreate();
+  if (!socket) failCreate(call);
   fcntl(socket.get(), F_SETFL, fcntl(socket.get(), F_GETFL) | O_NONBLOCK | O_WRONLY);
   return socket;
 }
 
-void connectTo(int fd, const std::string& path) {
+// Waits for at most one step's time-out, or within the limits of the call.
+int waitFor(int fd, int events, CallProgress* call) {
+  if (!call) return IOWait(fd, timeout(), events);
+  while (!call->mustStop()) {
+    const Deadline look = call->cancellation ? Deadline::in(kCancellationInterval) : Deadline::never();
+    const int rc = pollUntil(fd, events, call->deadline.orEarlier(look));
+    if (rc != 0) return rc;
+  }
+  return 0;
+}
+
+void waitForConnection(int fd, CallProgress* call) {
+  const int rc = call ? waitFor(fd, POLLOUT, call) : SendWait(fd, connectTimeout());
+  if (rc == 1) return;
+  if (rc != 0) failConnect(errno, call);
+  VESK_LOG_TO(kConnectLogger, Warn, "Timed out while waiting for socket connection");
+  FOKRAZO_THROW(IOException, "IOException", 0, "ipc socket connect timed out");
+}
+
+// A full queue of connections is EAGAIN; nothing tells when it has room.
+bool isWorthAnotherTry(int error, CallProgress* call) {
+  if (error != EAGAIN || !call || call->mustStop()) return false;
+  poll(nullptr, 0, kBusyPause);
+  return true;
+}
+
+void connectTo(int fd, const std::string& path, CallProgress* call) {
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
   SafeStrnCpy(address.sun_path, path.c_str(), sizeof address.sun_path);
   const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + strlen(address.sun_path));
-  if (connect(fd, reinterpret_cast<sockaddr*>(&address), size) == 0) return;
-  if (errno != EINPROGRESS) failConnect(errno);
-  waitForConnection(fd);
+  while (connect(fd, reinterpret_cast<sockaddr*>(&address), size) != 0) {
+    if (errno == EINPROGRESS) return waitForConnection(fd, call);
+    const int error = errno;
+    if (!isWorthAnotherTry(error, call)) failConnect(error, call);
+  }
 }
 
 // A message of only these bytes.
@@ -142,8 +172,8 @@ msghdr messageOf(iovec& bytes) {
   return message;
 }
 
-void waitForInput(int fd) {
-  const int rc = RecvWait(fd, timeout());
+void waitForInput(int fd, CallProgress* call) {
+  const int rc = waitFor(fd, POLLIN, call);
   const int error = errno;
   if (rc < 0)
     FOKRAZO_THROW_ERRNO(ConnectionBrokenException, "ConnectionBrokenException", error, error,
@@ -151,8 +181,8 @@ void waitForInput(int fd) {
   if (rc == 0) FOKRAZO_THROW(TimeoutException, "TimeoutException", 0, "RecvWait out");
 }
 
-void waitForRoom(int fd) {
-  const int rc = SendWait(fd, timeout());
+void waitForRoom(int fd, CallProgress* call) {
+  const int rc = waitFor(fd, POLLOUT, call);
   const int error = errno;
   if (rc < 0)
     FOKRAZO_THROW_ERRNO(ConnectionBrokenException, "ConnectionBrokenException", rc, error,
@@ -160,44 +190,7 @@ void waitForRoom(int fd) {
   if (rc == 0) FOKRAZO_THROW(TimeoutException, "TimeoutException", 0, "write timed out");
 }
 
-}  // namespace
-
-int IPCconnect(std::string path) {
-  UniqueFd socket = newSocket(0);
-  connectTo(socket.get(), path);
-  return socket.release();
-}
-
-// A low descriptor is replaced before connecting: until then nothing can be written to the socket.
-UniqueFd connectPrivately(const std::string& path) {
-  UniqueFd socket = newSocket(SOCK_CLOEXEC);
-  if (socket.get() <= STDERR_FILENO) {
-    socket = UniqueFd(fcntl(socket.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-    if (!socket) failCreate();
-  }
-  connectTo(socket.get(), path);
-  return socket;
-}
-
-void IPCdisconnect(int fd) {
-  UniqueFd(fd).close();
-}
-
-unsigned int readMsg(int fd, void* buffer, unsigned int size, int* /*reserved*/) {
-  waitForInput(fd);
-  VESK_LOG_TO(kLogger, Trace, "recv message: flag %x", static_cast<unsigned int>(MSG_NOSIGNAL));
-  iovec bytes = {buffer, size};
-  msghdr message = messageOf(bytes);
-  const ssize_t count = recvmsg(fd, &message, MSG_NOSIGNAL);
-  if (count < 0)
-    FOKRAZO_THROW_ERRNO(ConnectionBrokenException, "ConnectionBrokenException", -1, errno, "readMsg error");
-  if (count == 0)
-    FOKRAZO_THROW(ConnectionBrokenException, "ConnectionBrokenException", 0,
-                  "readMsg: brondalt closed connection");
-  return static_cast<unsigned int>(count);
-}
-
-unsigned int writeMsg(int fd, void* buffer, unsigned int size, bool /*reserved*/) {
+unsigned int sendWithin(int fd, void* buffer, unsigned int size, CallProgress* call) {
   iovec bytes = {buffer, size};
   const msghdr message = messageOf(bytes);
   for (;;) {
@@ -210,16 +203,69 @@ unsigned int writeMsg(int fd, void* buffer, unsigned int size, bool /*reserved*/
     if (error != EAGAIN)
       FOKRAZO_THROW_ERRNO(ConnectionBrokenException, "ConnectionBrokenException", static_cast<int>(count),
                           error, "writeMsg failed");
-    waitForRoom(fd);
+    waitForRoom(fd, call);
   }
 }
 
+}  // namespace
+
+int IPCconnect(std::string path) {
+  UniqueFd socket = newSocket(0, nullptr);
+  connectTo(socket.get(), path, nullptr);
+  return socket.release();
+}
+
+// A low descriptor is replaced before connecting: until then nothing can be written to the socket.
+UniqueFd connectPrivately(const std::string& path, CallProgress* call) {
+  UniqueFd socket = newSocket(SOCK_CLOEXEC, call);
+  if (socket.get() <= STDERR_FILENO) {
+    socket = UniqueFd(fcntl(socket.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    if (!socket) failCreate(call);
+  }
+  connectTo(socket.get(), path, call);
+  return socket;
+}
+
+void IPCdisconnect(int fd) {
+  UniqueFd(fd).close();
+}
+
+unsigned int receiveWithin(int fd, void* buffer, unsigned int size, CallProgress* call) {
+  waitForInput(fd, call);
+  VESK_LOG_TO(kLogger, Trace, "recv message: flag %x", static_cast<unsigned int>(MSG_NOSIGNAL));
+  iovec bytes = {buffer, size};
+  msghdr message = messageOf(bytes);
+  const ssize_t count = recvmsg(fd, &message, MSG_NOSIGNAL);
+  if (count < 0)
+    FOKRAZO_THROW_ERRNO(ConnectionBrokenException, "ConnectionBrokenException", -1, errno, "readMsg error");
+  if (count == 0)
+    FOKRAZO_THROW(ConnectionBrokenException, "ConnectionBrokenException", 0,
+                  "readMsg: brondalt closed connection");
+  return static_cast<unsigned int>(count);
+}
+
+void readWithin(int fd, unsigned char* buffer, unsigned int count, CallProgress* call) {
+  for (unsigned int done = 0; done < count;) done += receiveWithin(fd, buffer + done, count - done, call);
+}
+
+void writeWithin(int fd, unsigned char* buffer, unsigned int count, CallProgress* call) {
+  for (unsigned int done = 0; done < count;) done += sendWithin(fd, buffer + done, count - done, call);
+}
+
+unsigned int readMsg(int fd, void* buffer, unsigned int size, int* /*reserved*/) {
+  return receiveWithin(fd, buffer, size, nullptr);
+}
+
+unsigned int writeMsg(int fd, void* buffer, unsigned int size, bool /*reserved*/) {
+  return sendWithin(fd, buffer, size, nullptr);
+}
+
 void readN(int fd, unsigned char* buffer, unsigned int count) {
-  for (unsigned int done = 0; done < count;) done += readMsg(fd, buffer + done, count - done, nullptr);
+  readWithin(fd, buffer, count, nullptr);
 }
 
 void writeN(int fd, unsigned char* buffer, unsigned int count) {
-  for (unsigned int done = 0; done < count;) done += writeMsg(fd, buffer + done, count - done, false);
+  writeWithin(fd, buffer, count, nullptr);
 }
 
 bool read_peer_cred(int fd, unsigned int& uid, unsigned int& gid) {

@@ -13,6 +13,8 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include <fokrazo/qtr_ber.h>
+#include "lrpc/wire/call_io.h"
+#include "lrpc/wire/call_progress.h"
 #include "lrpc/wire/ipc_tables.h"
 #include "lrpc/wire/received_text.h"
 #include "util/error/throw.h"
@@ -70,10 +72,11 @@ class IncomingBytes {
   IncomingBytes& operator=(const IncomingBytes&) = delete;
 
   explicit operator bool() const { return m_bytes.bv_val != nullptr; }
-  void read(int fd) {
+  void read(int fd, CallProgress* call) {
     auto* const bytes = reinterpret_cast<unsigned char*>(m_bytes.bv_val);
     const auto length = static_cast<unsigned int>(m_bytes.bv_len);
-    while (m_received < length) m_received += readMsg(fd, bytes + m_received, length - m_received, nullptr);
+    while (m_received < length)
+      m_received += receiveWithin(fd, bytes + m_received, length - m_received, call);
   }
   // Passes ownership to the caller.
   berval release() { return std::exchange(m_bytes, berval{}); }
@@ -251,10 +254,10 @@ void IPCMessage::flatten() {
 
 void IPCMessage::send(int fd) {
   bool midExchange = false;
-  transmit(fd, midExchange);
+  transmit(fd, midExchange, nullptr);
 }
 
-void IPCMessage::transmit(int fd, bool& midExchange) {
+void IPCMessage::transmit(int fd, bool& midExchange, CallProgress* call) {
   doHeader();
   if (!m_flattened) flatten();
   auto length = static_cast<uint32_t>(m_flattened->bv_len);
@@ -262,22 +265,22 @@ void IPCMessage::transmit(int fd, bool& midExchange) {
     FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, EMSGSIZE, "ber flatten");
   VESK_LOG_TO(kLogger, Trace, "write size %d", static_cast<int>(length));
   midExchange = true;
-  writeN(fd, reinterpret_cast<unsigned char*>(&length), sizeof length);
-  writeN(fd, reinterpret_cast<unsigned char*>(m_flattened->bv_val), length);
+  writeWithin(fd, reinterpret_cast<unsigned char*>(&length), sizeof length, call);
+  writeWithin(fd, reinterpret_cast<unsigned char*>(m_flattened->bv_val), length, call);
 }
 
 void IPCMessage::get(int fd) {
   bool midExchange = true;
-  receive(fd, midExchange);
+  receive(fd, midExchange, nullptr);
 }
 
-void IPCMessage::receive(int fd, bool& midExchange) {
+void IPCMessage::receive(int fd, bool& midExchange, CallProgress* call) {
   dropElement();
   uint32_t length = 0;
   errno = 0;
-  readN(fd, reinterpret_cast<unsigned char*>(&length), sizeof length);
+  readWithin(fd, reinterpret_cast<unsigned char*>(&length), sizeof length, call);
   VESK_LOG_TO(kLogger, Trace, "read size %d", static_cast<int>(length));
-  if (length > 0) receiveBody(fd, length);
+  if (length > 0) receiveBody(fd, length, call);
   midExchange = false;
   if (length == 0) failFrame(length, 1, errno);
   if (readHeader()) return;
@@ -286,12 +289,12 @@ void IPCMessage::receive(int fd, bool& midExchange) {
   FOKRAZO_THROW_ERRNO(IOException, "IOException", 1, error, "ber_scanf failure (received garbled message?)");
 }
 
-void IPCMessage::receiveBody(int fd, unsigned int length) {
+void IPCMessage::receiveBody(int fd, unsigned int length, CallProgress* call) {
   if (length > kUnlimitedLength && length > longestMessage()) failFrame(length, ENOMEM, ENOMEM);
   std::unique_ptr<BerElement, FreeElement> element(qtr_ber_alloc_t(1));
   IncomingBytes bytes(length);
   if (!element || !bytes) failFrame(length, ENOMEM, ENOMEM);
-  bytes.read(fd);
+  bytes.read(fd, call);
   berval message = bytes.release();
   m_ber = element.release();
   qtr_ber_init2(m_ber, &message, 0);
@@ -312,16 +315,15 @@ IPCRequest::IPCRequest(IPC_OPCODE opcode) {
 }
 
 void IPCRequest::execute(int fd, IPCReply* reply) {
-  bool midExchange = false;
-  exchange(fd, *reply, midExchange);
+  send(fd);
+  reply->get(fd);
+  reply->requireSuccess();
 }
 
-void IPCRequest::exchange(int fd, IPCReply& reply, bool& midExchange) {
-  transmit(fd, midExchange);
-  reply.receive(fd, midExchange);
-  if (reply.result() == IPC_SUCCESS) return;
-  FOKRAZO_THROW(SystemException, "SystemException", reply.result(), "Unsuccesful IPC execute: %s",
-                IPC_RESULTToStr(reply.result()));
+void IPCReply::requireSuccess() const {
+  if (result() == IPC_SUCCESS) return;
+  FOKRAZO_THROW(SystemException, "SystemException", result(), "Unsuccesful IPC execute: %s",
+                IPC_RESULTToStr(result()));
 }
 
 }  // namespace vesk

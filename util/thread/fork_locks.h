@@ -29,6 +29,7 @@ enum class ForkOrder {
   LogFile,           // FileLogging::mutex of the process's log file
   Syslog,            // the C library's connection to syslog
   ProgramName,       // this and the rest are held only for a few instructions
+  Clients,           // the sessions and the caches of all clients
   RandomNumbers,
   ActiveThreads,
   RunningThreads,

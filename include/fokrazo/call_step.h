@@ -1,0 +1,22 @@
+/// How far a call to the daemon got.
+#pragma once
+
+#include <fokrazo/export.h>
+
+namespace vesk {
+
+/// The steps of a call, in their order.
+enum class CallStep : int {
+  NotStarted,         ///< refused before anything was tried: the daemon failed a moment ago
+  WaitingForSession,  ///< all sessions were in use
+  Connecting,
+  Authenticating,  ///< the daemon checks this process
+  Sending,
+  Receiving,  ///< the daemon has the whole request, and may have carried it out
+  Reading,    ///< the reply has come
+};
+
+/// What happened in that step, such as "sending the request". Constant storage. Thread-safe.
+FOKRAZO_API const char* textOf(CallStep step) noexcept;
+
+}  // namespace vesk

@@ -1,0 +1,89 @@
+/// The objects of a listing or a search, one after the other.
+#pragma once
+
+#include <cstddef>
+#include <iterator>
+#include <memory>
+
+#include <fokrazo/adobject.h>
+#include <fokrazo/call_status.h>
+#include <fokrazo/export.h>
+#include <fokrazo/unixviews.h>
+
+namespace vesk {
+
+/// Where the objects of a range come from. Internal.
+class ObjectSource;
+
+/// Made by Client. A range that ends early, for whatever reason, never looks complete:
+///
+///   for (const User& user : client.users()) …     // throws CallException if the listing fails
+///
+///   UserRange users = client.users();             // or without exceptions
+///   while (const User* user = users.next()) …
+///   if (!users.status()) …
+///
+/// It holds one of the client's connections from the first object to its end, and closes what it opened in
+/// the daemon when it is destroyed early. The client must outlive it. Thread-safety: one thread at a time.
+/// Fork: a range that the child inherits ends there with a failure.
+template <class T>
+class FOKRAZO_API ObjectRange {
+ public:
+  explicit ObjectRange(std::unique_ptr<ObjectSource> source);
+  ~ObjectRange();
+  ObjectRange(ObjectRange&&) noexcept;
+  ObjectRange& operator=(ObjectRange&&) noexcept;
+
+  /// The next object, which is valid until the next call; null at the end and after a failure.
+  T* next();
+  /// A success as long as there was no failure, at the end too.
+  const CallStatus& status() const noexcept { return m_status; }
+  /// The number of objects so far.
+  size_t count() const noexcept { return m_count; }
+
+  /// For range-for; there is one pass.
+  class iterator {
+   public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = T;
+    using difference_type = std::ptrdiff_t;
+    using pointer = T*;
+    using reference = T&;
+
+    iterator() = default;
+    explicit iterator(ObjectRange& range) : m_range(&range) { ++*this; }
+    T& operator*() const { return *m_object; }
+    T* operator->() const { return m_object; }
+    iterator& operator++() {
+      m_object = m_range->next();
+      m_range->status().throwIfFailed();
+      return *this;
+    }
+    bool operator==(const iterator& other) const { return m_object == other.m_object; }
+    bool operator!=(const iterator& other) const { return m_object != other.m_object; }
+
+   private:
+    ObjectRange* m_range = nullptr;
+    T* m_object = nullptr;
+  };
+
+  /// @throws CallException the listing fails, here or later
+  iterator begin() { return iterator(*this); }
+  iterator end() { return iterator(); }
+
+ private:
+  std::unique_ptr<ObjectSource> m_source;
+  std::unique_ptr<T> m_object;
+  CallStatus m_status;
+  size_t m_count = 0;
+};
+
+using UserRange = ObjectRange<const User>;
+using GroupRange = ObjectRange<const Group>;
+using SearchRange = ObjectRange<ADObject>;
+
+extern template class ObjectRange<const User>;
+extern template class ObjectRange<const Group>;
+extern template class ObjectRange<ADObject>;
+
+}  // namespace vesk

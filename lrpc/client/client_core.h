@@ -1,0 +1,28 @@
+/// What all calls of a client share. Internal.
+#pragma once
+
+#include <fokrazo/client.h>
+#include "lrpc/client/breaker.h"
+#include "lrpc/client/reply_cache.h"
+#include "lrpc/client/session_pool.h"
+#include "util/thread/deadline.h"
+
+namespace vesk {
+
+/// Thread-safety: any thread.
+class ClientCore {
+ public:
+  explicit ClientCore(const ClientOptions& chosen) : options(chosen), pool(options), cache(options.cache) {}
+
+  /// For a call that begins now.
+  Deadline deadlineOf(const CallOptions& call) const {
+    return Deadline::in(call.deadline.value_or(options.deadline));
+  }
+
+  const ClientOptions options;
+  SessionPool pool;
+  Breaker breaker;
+  ReplyCache cache;
+};
+
+}  // namespace vesk

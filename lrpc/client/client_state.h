@@ -1,0 +1,45 @@
+/// What the clients of a process keep under one lock, over a fork. Internal.
+#pragma once
+
+#include <memory>
+
+#include <fokrazo/mutex.h>
+#include <fokrazo/thread_annotations.h>
+#include "util/text/made_once.h"
+#include "util/thread/fork_locks.h"
+
+namespace vesk {
+
+/// Guards the state of all clients. Held for a few instructions: nobody waits or allocates much under it.
+inline Mutex& clientsMutex() {
+  return forkedLock(ForkOrder::Clients);
+}
+
+/// Begins to count. Any number of times.
+void watchLostForks();
+/// The number of forks that did not get the lock. What it guards may then be half changed in the child.
+unsigned long lostForks();
+
+/// State of a client that is made anew in a child that cannot rely on its copy, which is left behind unread.
+/// Thread-safety: get() under the lock.
+template <class State>
+class ClientState {
+ public:
+  ClientState() : m_state(std::make_unique<State>()), m_lostForks(lostForks()) { watchLostForks(); }
+
+  State& get() FOKRAZO_REQUIRES(clientsMutex()) {
+    if (m_lostForks != lostForks()) {
+      auto fresh = std::make_unique<State>();
+      FOKRAZO_LEAKS_ON_PURPOSE(m_state.release());
+      m_state = std::move(fresh);
+      m_lostForks = lostForks();
+    }
+    return *m_state;
+  }
+
+ private:
+  std::unique_ptr<State> m_state;
+  unsigned long m_lostForks;
+};
+
+}  // namespace vesk

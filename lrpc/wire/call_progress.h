@@ -1,0 +1,35 @@
+/// One call of a client, as the layers below see it. Internal.
+#pragma once
+
+#include <fokrazo/call_step.h>
+#include <fokrazo/cancellation.h>
+#include "util/thread/deadline.h"
+
+namespace vesk {
+
+/// Until when a call may take, what may end it earlier, and how far it has got. Belongs to the thread that
+/// makes the call.
+struct CallProgress {
+  /// Why the call ends before its time; the exception that ends it says no more than that it failed.
+  enum class Stop { None, DeadlinePassed, Cancelled, UntrustedPeer, OwnProcess, ConnectionLost };
+
+  Deadline deadline = Deadline::never();
+  const Cancellation* cancellation = nullptr;
+  bool isRepeatable = true;          ///< whether the request may be sent again after the daemon has had it
+  bool needsNewConnection = false;   ///< one that was opened for this call
+  bool needsSameConnection = false;  ///< on which the daemon keeps something for the caller
+  bool refusesOwnProcess = false;    ///< whether this process must not be its own daemon
+
+  CallStep step = CallStep::NotStarted;
+  bool isAuthenticating = false;  ///< the exchange is that of authenticateProcess, not the call's own
+  Stop stop = Stop::None;
+  int error = 0;  ///< the errno of a connection that could not be made
+
+  /// Notes a step of an exchange.
+  void reach(CallStep exchangeStep) { step = isAuthenticating ? CallStep::Authenticating : exchangeStep; }
+
+  /// Whether the deadline has passed or the call was cancelled; notes it.
+  bool mustStop();
+};
+
+}  // namespace vesk
