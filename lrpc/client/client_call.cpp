@@ -158,8 +158,8 @@ bool ClientCall::isHang() const {
 // Tells the breaker, and leaves no connection that waits for a reply.
 void ClientCall::settle(LocalRpcSession& session) {
   const bool isAnswered = m_progress.step == CallStep::Reading;
-  const bool isAway =
-      m_status.outcome == CallOutcome::DaemonAway && m_progress.stop == CallProgress::Stop::None;
+  const bool isAway = m_status.outcome == CallOutcome::DaemonAway && m_status.step == CallStep::Connecting &&
+                      m_progress.stop == CallProgress::Stop::None;
   if (isAway || isHang()) {
     m_core.breaker.failed(m_ticket);
     m_core.pool.wakeWaiters();
