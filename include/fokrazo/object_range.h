@@ -27,15 +27,15 @@ class ObjectSource;
 /// the daemon when it is destroyed early. The client must outlive it. Thread-safety: one thread at a time.
 /// Fork: a range that the child inherits ends there with a failure.
 template <class T>
-class FOKRAZO_API ObjectRange {
+class ObjectRange {
  public:
-  explicit ObjectRange(std::unique_ptr<ObjectSource> source);
-  ~ObjectRange();
-  ObjectRange(ObjectRange&&) noexcept;
-  ObjectRange& operator=(ObjectRange&&) noexcept;
+  FOKRAZO_API explicit ObjectRange(std::unique_ptr<ObjectSource> source);
+  FOKRAZO_API ~ObjectRange();
+  FOKRAZO_API ObjectRange(ObjectRange&&) noexcept;
+  FOKRAZO_API ObjectRange& operator=(ObjectRange&&) noexcept;
 
   /// The next object, which is valid until the next call; null at the end and after a failure.
-  T* next();
+  FOKRAZO_API T* next();
   /// A success as long as there was no failure, at the end too.
   const CallStatus& status() const noexcept { return m_status; }
   /// The number of objects so far.
