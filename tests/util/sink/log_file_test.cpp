@@ -171,8 +171,8 @@ TEST_F(LogFileTest, TheLogNeverBecomesAStandardStream) {
   });
 }
 
-// As a container's /dev/stdout. If the reader does not read or is gone, lines go to syslog, and no signal ends
-// the program.
+// As a container's /dev/stdout. If the reader does not read or is gone, lines go to syslog, and no signal
+// ends the program.
 TEST_F(LogFileTest, APipeThroughALinkOfRootGetsEachLineImmediately) {
   SyslogSocket syslogd;
   int ends[2];
