@@ -36,7 +36,7 @@ start_daemon() {
 # start_impostor BUILD_DIR SOURCE_DIR SOCKET UID: the stand-in with an effective user other than root.
 start_impostor() {
   stop_daemon
-  printf '#!/bin/sh\nexec setpriv --reuid=%s --clear-groups %s "$@"\n' "$4" "$1/bin/brondalt-standin" >"$place/impostor"
+  printf '#!/bin/bash\nexec setpriv --reuid=%s --clear-groups %q "$@"\n' "$4" "$1/bin/brondalt-standin" >"$place/impostor"
   mkdir -p "$place/bin" && install -m 755 "$place/impostor" "$place/bin/brondalt-standin"
   rm -f "$3" && chown "$4" "$(dirname "$3")"
   start_daemon "$place" "$2" "$3"
