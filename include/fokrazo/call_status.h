@@ -32,6 +32,7 @@ FOKRAZO_API const char* textOf(CallOutcome outcome) noexcept;
 
 /// What became of one call. Thread-safety: a plain value.
 struct FOKRAZO_API CallStatus {
+  /// Whether the call succeeded, and if not, why.
   CallOutcome outcome = CallOutcome::Success;
   /// What the daemon said; VR_NO_REPLY_YET if it said nothing.
   ValidationResult result = VR_NO_REPLY_YET;
@@ -45,6 +46,7 @@ struct FOKRAZO_API CallStatus {
   /// The daemon's part is not escaped.
   std::string text;
 
+  /// Whether the call succeeded.
   bool ok() const noexcept { return outcome == CallOutcome::Success; }
   explicit operator bool() const noexcept { return ok(); }
   /// What a name-service or login module answers.
@@ -60,6 +62,7 @@ struct FOKRAZO_API CallStatus {
 /// outcome.
 class FOKRAZO_API CallException : public VESKException {
  public:
+  /// Keeps a copy of the status.
   explicit CallException(const CallStatus& status);
   ~CallException() noexcept override;
   /// Owned by the exception.

@@ -10,7 +10,9 @@ namespace vesk {
 /// from a signal handler.
 class Cancellation {
  public:
+  /// Ends the calls that use it, now and later. There is no way back.
   void cancel() noexcept { m_cancelled.store(true, std::memory_order_relaxed); }
+  /// Whether cancel has been called.
   bool isCancelled() const noexcept { return m_cancelled.load(std::memory_order_relaxed); }
 
  private:

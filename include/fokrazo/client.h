@@ -46,6 +46,7 @@ struct CacheOptions {
 
 /// What a client is made with.
 struct ClientOptions {
+  /// The daemon's socket.
   std::string socketPath = paths::kDaemonSocket;
   /// For each call that sets none of its own; see CallOptions.
   std::chrono::milliseconds deadline{10'000};
@@ -78,7 +79,9 @@ struct CallOptions {
 
 /// The daemon's condition, as it describes it.
 struct Health {
+  /// VR_SUCCESS if it is well.
   ValidationResult result = VR_NO_REPLY_YET;
+  /// Two numbers and a text that go with the result.
   int value1 = 0;
   int value2 = 0;
   std::string text;
@@ -100,6 +103,7 @@ struct Health {
 /// call that another thread had under way does not exist in the child.
 class FOKRAZO_API Client {
  public:
+  /// Connects with the first call.
   explicit Client(const ClientOptions& options = {});
   /// Closes the connections. Requires: no call is under way, and no range is left.
   ~Client();
@@ -108,6 +112,7 @@ class FOKRAZO_API Client {
 
   // --- One object; `flags` are UNIX_ONLY, CHECK_AD_FIRST and GROUP_MEMBERSHIP ---
 
+  /// The user or group with this key.
   CallResult<const User> user(const ObjectKey& key, int flags = 0, const CallOptions& options = {});
   CallResult<const Group> group(const ObjectKey& key, int flags = 0, const CallOptions& options = {});
   /// With the attributes of password ageing.
@@ -117,6 +122,7 @@ class FOKRAZO_API Client {
 
   // --- Many at once: over several connections in parallel, within one deadline, in the order of the keys ---
 
+  /// One result for each key.
   std::vector<CallResult<const User>> users(const std::vector<ObjectKey>& keys, int flags = 0,
                                             const CallOptions& options = {});
   std::vector<CallResult<const Group>> groups(const std::vector<ObjectKey>& keys, int flags = 0,

@@ -24,6 +24,7 @@ class FOKRAZO_API ObjectKey {
   ObjectKey(const SID& sid) : m_key(sid) {}
   ObjectKey(const Guid& guid) : m_key(guid) {}
 
+  /// Which of the four it is.
   KeyKind kind() const { return static_cast<KeyKind>(m_key.index()); }
   /// The key as a person would type it.
   std::string text() const;

@@ -29,8 +29,10 @@ class ObjectSource;
 template <class T>
 class ObjectRange {
  public:
+  /// For Client, which makes all ranges. Takes the source over.
   FOKRAZO_API explicit ObjectRange(std::unique_ptr<ObjectSource> source);
   FOKRAZO_API ~ObjectRange();
+  /// The range that is moved from must not be used again.
   FOKRAZO_API ObjectRange(ObjectRange&&) noexcept;
   FOKRAZO_API ObjectRange& operator=(ObjectRange&&) noexcept;
 
@@ -44,21 +46,27 @@ class ObjectRange {
   /// For range-for; there is one pass.
   class iterator {
    public:
+    /// As the standard library asks of an input iterator.
     using iterator_category = std::input_iterator_tag;
     using value_type = T;
     using difference_type = std::ptrdiff_t;
     using pointer = T*;
     using reference = T&;
 
+    /// The end of every range.
     iterator() = default;
+    /// Fetches the first object. The range must outlive the iterator.
     explicit iterator(ObjectRange& range) : m_range(&range) { ++*this; }
+    /// The current object, valid until the next increment.
     T& operator*() const { return *m_object; }
     T* operator->() const { return m_object; }
+    /// Fetches the next object. @throws CallException the listing fails
     iterator& operator++() {
       m_object = m_range->next();
       m_range->status().throwIfFailed();
       return *this;
     }
+    /// Whether both are at the same object, or at the end.
     bool operator==(const iterator& other) const { return m_object == other.m_object; }
     bool operator!=(const iterator& other) const { return m_object != other.m_object; }
 
@@ -78,6 +86,7 @@ class ObjectRange {
   size_t m_count = 0;
 };
 
+/// The ranges that Client returns.
 using UserRange = ObjectRange<const User>;
 using GroupRange = ObjectRange<const Group>;
 using SearchRange = ObjectRange<ADObject>;
