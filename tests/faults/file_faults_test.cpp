@@ -78,7 +78,8 @@ const Work kWorks[] = {
        file.load((kDir + "config").c_str(), true);
        std::string all = loadSetting(SETTING_DOMAIN_NAME, false) + GetSetting(SETTING_SCHEMA, "none");
        all += std::to_string(SettingModTime(SETTING_DOMAIN_NAME) > 0) + std::to_string(joined());
-       for (const std::string& item : *file.getValueList("list", "file:" + kDir + "values")) all += item;
+       const auto items = file.getValueList("list", "file:" + kDir + "values");
+       for (const std::string& item : *items) all += item;
        return all + file.getString("key");
      }},
     {"save a setting",

@@ -98,7 +98,7 @@ TEST(RunQueueTest, PostersSlowDownWhenHalfFullAndGiveUpWhenFull) {
     for (const auto& [maxSize, posts, expected] : rows) {
       RunQueue queue("limited", maxSize, isLogQueue);
       RecordedPauses pauses;
-      const auto postAll = [&] { fill(queue, posts); };
+      const auto postAll = [&, count = posts] { fill(queue, count); };
       if (maxSize == 0 || posts <= maxSize)
         postAll();
       else if (isLogQueue)
