@@ -4,6 +4,7 @@ set(FOKRAZO_PUBLIC_HEADERS
   adattribute.h
   adobject.h
   adserializer.h
+  ascii.h
   attrnames.h
   byteorder.h
   call_result.h

@@ -5,12 +5,12 @@
 #include <string_view>
 #include <vector>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/error_util.h>
 #include <fokrazo/guid.h>
 #include <fokrazo/sid.h>
 #include <fokrazo/strutil.h>
 #include "util/error/throw.h"
-#include "util/text/ascii.h"
 #include "util/text/ends_escaped.h"
 #include "util/text/hex_digits.h"
 

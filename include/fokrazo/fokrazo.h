@@ -5,6 +5,7 @@
 #include <fokrazo/adattribute.h>
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
+#include <fokrazo/ascii.h>
 #include <fokrazo/attrnames.h>
 #include <fokrazo/byteorder.h>
 #include <fokrazo/call_result.h>

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/export.h>
 
 /// "true" and "false".
@@ -38,13 +39,6 @@ FOKRAZO_API const std::string& booltostr(bool value);
 FOKRAZO_API unsigned int atoui(const char* text);
 
 // Case and white space.
-
-namespace vesk {
-/// Converts an ASCII letter to lower case, whatever the locale; any other character is unchanged.
-constexpr char asciiLower(char c) {
-  return static_cast<char>('A' <= c && c <= 'Z' ? c + ('a' - 'A') : c);
-}
-}  // namespace vesk
 
 /// The text with its ASCII letters in that case, whatever the locale; other bytes are unchanged.
 FOKRAZO_API std::string lower(const std::string& text);

@@ -1,7 +1,6 @@
 #include <fokrazo/adserializer.h>
 
 #include <algorithm>
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -9,9 +8,8 @@
 #include <tuple>
 #include <utility>
 
-#include <fokrazo/adobject.h>
-#include <fokrazo/attrnames.h>
 #include <fokrazo/stringdict.h>
+#include "lrpc/model/adserializer_internal.h"
 #include "lrpc/model/stringdict_table.h"
 #include "util/error/throw.h"
 #include "util/text/printed.h"
@@ -19,31 +17,12 @@
 int GOFAST1 = 1;
 
 namespace vesk {
+
+using namespace blob;
+
 namespace {
 
 constexpr char kSource[] = "lrpc/adserializer";
-
-constexpr size_t kAcquired = 0;
-constexpr size_t kGuid = 4;
-constexpr size_t kUsn = 20;
-constexpr size_t kFlags = 28;
-constexpr size_t kCount = 32;
-constexpr uint32_t kIsIndexed = 1;
-constexpr size_t kWord = 4;
-constexpr uint32_t kReference = 0x80000000;
-static_assert(sizeof(Guid) == kUsn - kGuid, "a GUID is its 16 bytes");
-
-template <class T>
-T load(const unsigned char* from) {
-  T value;
-  memcpy(&value, from, sizeof value);
-  return value;
-}
-
-template <class T>
-void store(unsigned char* to, T value) {
-  memcpy(to, &value, sizeof value);
-}
 
 bool sameName(std::string_view name, std::string_view wanted) {
   return GOFAST1 ? name == wanted : std::string(name).compare(std::string(wanted)) == 0;
@@ -109,17 +88,7 @@ std::unique_ptr<ADSerializer> ADSerializer::clone() const {
   return copy;
 }
 
-// Header. All of it reads as 0 if there is no blob.
-
-template <class T>
-T ADSerializer::header(size_t offset) const {
-  return m_data ? load<T>(m_data + offset) : T();
-}
-
-template <class T>
-void ADSerializer::setHeader(size_t offset, T value) {
-  if (m_data) store(m_data + offset, value);
-}
+// Header.
 
 long ADSerializer::getAcquired() const {
   return header<int32_t>(kAcquired);
@@ -394,41 +363,6 @@ size_t ADSerializer::sizeAttribute(const ADAttribute& attribute) {
   size_t size = sizeOfText(attribute.name()) + kWord;
   for (const std::string& value : attribute) size += sizeOfText(value);
   return size;
-}
-
-size_t ADSerializer::calcSize(ADObject& object) {
-  object.deSerialize(false);
-  size_t size = kHeaderSize;
-  for (const auto& entry : object.attributes()) size += sizeAttribute(entry.second);
-  return size;
-}
-
-std::unique_ptr<ADSerializer> ADSerializer::serialize(ADObject& object) {
-  size_t records = calcSize(object);
-  size_t size = records + kWord * object.attributes().size();
-  if (size > INT_MAX)
-    FOKRAZO_THROW(BadDataException, "BadDataException", 0, "Object too large to serialize: %zu bytes", size);
-  std::unique_ptr<ADSerializer> blob(new ADSerializer(size));
-  blob->putHeader(object);
-  blob->m_cursor = blob->m_data + kHeaderSize + kWord * object.attributes().size();
-  uint32_t position = 0;
-  for (const auto& entry : object.attributes()) {
-    blob->setSlot(position++, blob->m_cursor - blob->m_data);
-    blob->putAttribute(entry.second);
-  }
-  object.markSerialized();
-  return blob;
-}
-
-void ADSerializer::putHeader(ADObject& object) {
-  memset(m_data, 0, kHeaderSize);
-  setAcquired(object.acquired());
-  setHeader(kGuid, object.guid());
-  if (object.usn() == Int64::ZERO && object.attributeExists(AD_USN_CHANGED, true))
-    object.setUsn(object[AD_USN_CHANGED].toInt64());
-  setUsn(object.usn());
-  setIndexed(object.indexed());
-  setHeader(kCount, static_cast<uint32_t>(object.attributes().size()));
 }
 
 void ADSerializer::putAttribute(const ADAttribute& attribute) {

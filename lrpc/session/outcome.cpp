@@ -3,7 +3,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "lrpc/session/outcome_tables.h"
+#include "lrpc/session/outcome_internal.h"
 #include "util/error/throw.h"
 
 namespace vesk {

@@ -1,4 +1,4 @@
-#include "lrpc/session/outcome_tables.h"
+#include "lrpc/session/outcome_internal.h"
 
 #include <cerrno>
 #include <cstddef>

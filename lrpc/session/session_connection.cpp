@@ -127,7 +127,7 @@ void LocalRpcSession::connect(time_t now, pid_t pid) {
   UniqueFd socket = connectPrivately(m_socketPath, m_call);
   struct stat status;
   const int rc = fstat(socket.get(), &status);
-  if (rc != 0) FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", rc, errno, "OS call failed");
+  if (rc != 0) FOKRAZO_THROW_CALL_FAILED(rc, errno);
   m_pid = pid;
   m_forkGeneration = ownsockets::forkGeneration();
   m_socketInode = status.st_ino;

@@ -1,13 +1,10 @@
 #include <fokrazo/error_util.h>
 
-#include <strings.h>
-
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "util/error/throw.h"
+#include <fokrazo/ascii.h>
 #include "util/hook/hooks.h"
 
 namespace {
@@ -151,7 +148,7 @@ const char* VESKException::className() const noexcept {
 
 int VESKException::classID() const noexcept {
   for (const CodeText& row : kClassIds)
-    if (strcasecmp(row.text, m_className.c_str()) == 0) return row.code;
+    if (vesk::equalIgnoringCase(row.text, m_className)) return row.code;
   return 0;
 }
 
@@ -176,20 +173,6 @@ void psn_assert(const char* text) {
 }
 
 namespace vesk {
-
-MessageText MessageText::format(const char* format, ...) {
-  MessageText message;
-  va_list args;
-  va_start(args, format);
-  static_cast<void>(vsnprintf(message.m_text, kSize, format, args));
-  va_end(args);
-  return message;
-}
-
-void throwCallFailed(const char* source, int line, int rc, int error) {
-  throw SystemException(source, line, MessageText::withSystemText(error, "OS call failed").c_str(),
-                        "vesk::SystemException", rc);
-}
 
 Base_Exception::Base_Exception(const char* file, int line, const char* what, const char* className, int rc)
     : VESKException(what, className, rc) {

@@ -42,6 +42,10 @@ class MessageText {
 
 /// Throws SystemException "OS call failed: " and the system's text for `error`.
 [[noreturn]] void throwCallFailed(const char* source, int line, int rc, int error);
+/// The same with `error` as code, unless it is 0.
+inline void checkCall(const char* source, int line, int error) {
+  if (error != 0) throwCallFailed(source, line, error, error);
+}
 
 }  // namespace vesk
 
@@ -51,3 +55,5 @@ class MessageText {
   throw Class(kSource, __LINE__, ::vesk::MessageText::withSystemText(error, __VA_ARGS__).c_str(), className, \
               rc)
 #define FOKRAZO_THROW_CALL_FAILED(rc, error) ::vesk::throwCallFailed(kSource, __LINE__, rc, error)
+/// Checks a call whose result is its error.
+#define FOKRAZO_CHECK_CALL(error) ::vesk::checkCall(kSource, __LINE__, error)

@@ -15,7 +15,6 @@ namespace vesk {
 namespace {
 
 constexpr char kSource[] = "util/file_util";
-constexpr size_t kBlockSize = 16 * 1024;
 
 bool isFileOf(const struct stat& named, int fd) {
   struct stat opened;
@@ -58,10 +57,17 @@ bool readWholeFile(const std::string& path, unsigned options, std::string& conte
   return fd && readAll(fd.get(), content, limit);
 }
 
+ssize_t writeSome(int fd, const char* data, size_t size) {
+  ssize_t written;
+  do {
+    written = ::write(fd, data, size);
+  } while (written < 0 && errno == EINTR);
+  return written;
+}
+
 bool writeAll(int fd, const std::string& content) {
   for (size_t done = 0; done < content.size();) {
-    const ssize_t written = ::write(fd, content.data() + done, content.size() - done);
-    if (written < 0 && errno == EINTR) continue;
+    const ssize_t written = writeSome(fd, content.data() + done, content.size() - done);
     if (written <= 0) return false;
     done += written;
   }

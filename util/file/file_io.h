@@ -20,12 +20,17 @@ constexpr mode_t kPermissionBits = 0777;
 constexpr int kLockAttempts = 100;
 constexpr long kLockPauseMilliseconds = 10;
 
+/// How much is read or copied at a time, in bytes.
+constexpr size_t kBlockSize = 16 * 1024;
+
 /// read(), repeated on EINTR. Returns the number of bytes, 0 at the end, -1 on failure.
 ssize_t readSome(int fd, char* buffer, size_t size);
 /// Appends the rest of the file. Returns false if reading fails or `content` would exceed `limit` (EFBIG).
 bool readAll(int fd, std::string& content, size_t limit = std::string::npos);
 /// Opens a file with Open::Regular and `options`, and appends its content as readAll does.
 bool readWholeFile(const std::string& path, unsigned options, std::string& content, size_t limit);
+/// write(), repeated on EINTR. Returns the number of bytes, -1 on failure.
+ssize_t writeSome(int fd, const char* data, size_t size);
 /// False if not all could be written.
 bool writeAll(int fd, const std::string& content);
 

@@ -20,6 +20,7 @@
 
 using vesk::BadDataException;
 using vesk::IOException;
+using vesk::kBlockSize;
 using vesk::kPermissionBits;
 using vesk::Open;
 using vesk::openFile;
@@ -32,7 +33,6 @@ namespace {
 constexpr char kSource[] = "util/file_util";
 constexpr char kLogger[] = "util.file";
 constexpr int kMaxLinks = 100;
-constexpr size_t kBlockSize = 16 * 1024;
 constexpr mode_t kNewFileMode = 0666;  // minus the umask
 
 // Failures to create a temporary file have the code -1.

@@ -37,16 +37,17 @@ std::string textOf(const Path& path) {
 }
 
 int statAt(const Path& path, struct stat& info, int flags) {
-  return callAt(path,
+  return callAt(textOf(path),
                 [&](int directory, const char* name) { return ::fstatat(directory, name, &info, flags); });
 }
 
 int chmodAt(const Path& path, unsigned mode) {
-  return callAt(path, [=](int directory, const char* name) { return ::fchmodat(directory, name, mode, 0); });
+  return callAt(textOf(path),
+                [=](int directory, const char* name) { return ::fchmodat(directory, name, mode, 0); });
 }
 
 int chownAt(const Path& path, const Owner& owner) {
-  return callAt(path, [=](int directory, const char* name) {
+  return callAt(textOf(path), [=](int directory, const char* name) {
     return ::fchownat(directory, name, owner.uid, owner.gid, 0);
   });
 }
@@ -69,11 +70,11 @@ Path parentOf(const Path& path) {
 // them fails.
 void makeDirectory(const Path& path, unsigned mode, const Owner* owner) {
   const int made =
-      callAt(path, [=](int directory, const char* name) { return ::mkdirat(directory, name, mode); });
+      callAt(textOf(path), [=](int directory, const char* name) { return ::mkdirat(directory, name, mode); });
   const int error = errno;
   path.chmod(mode);
   if (owner) path.chown(owner->uid, owner->gid);
-  if (made != 0) throwPathFailure(error, "Cannot create directory %s", path);
+  if (made != 0) throwPathFailure(error, "Cannot create directory %s", textOf(path));
 }
 
 void makeDirectories(const Path& path, unsigned mode, const Owner* owner) {
@@ -181,7 +182,8 @@ bool Path::is_directory(const Path& path) {
 void Path::chdir() const {
   const auto enter = [this](const std::string& name) {
     if (::chdir(name.c_str()) == 0) return;
-    throwPathFailure(errno, "can't change current dir to %s", *this);
+    const int error = errno;
+    throwPathFailure(error, "can't change current dir to %s", textOf(*this));
   };
   if (m_isRoot) enter(ROOT);
   for (const std::string& component : *this) enter(component);
@@ -205,8 +207,8 @@ void Path::chown(unsigned uid, unsigned gid) const {
 void Path::rename(const Path& from, const Path& to) {
   refuseEmpty(from);
   refuseEmpty(to);
-  const int result = callAt(from, [&](int fromDirectory, const char* fromName) {
-    return callAt(to, [&](int toDirectory, const char* toName) {
+  const int result = callAt(textOf(from), [&](int fromDirectory, const char* fromName) {
+    return callAt(textOf(to), [&](int toDirectory, const char* toName) {
       return ::renameat(fromDirectory, fromName, toDirectory, toName);
     });
   });
@@ -227,21 +229,22 @@ void Path::createDirectories(const Path& path, unsigned uid, unsigned gid, unsig
 
 void Path::remove(const Path& path, bool recursive) {
   refuseEmpty(path);
-  const PathLocation location(path);
+  const std::string text = textOf(path);
+  const PathLocation location(text);
   struct stat info;
   if (location.error() != 0 ||
       ::fstatat(location.directory(), location.name(), &info, AT_SYMLINK_NOFOLLOW) != 0)
     return;
   const bool isDirectory = S_ISDIR(info.st_mode);
-  if (isDirectory && recursive) TreeRemover(path, location).removeContents();
+  if (isDirectory && recursive) TreeRemover(text, location).removeContents();
   if (::unlinkat(location.directory(), location.name(), isDirectory ? AT_REMOVEDIR : 0) == 0) return;
-  throwPathFailure(errno, isDirectory ? "Cannot remove directory %s" : "Cannot remove file %s", path);
+  throwPathFailure(errno, isDirectory ? "Cannot remove directory %s" : "Cannot remove file %s", text);
 }
 
 directory_iterator::directory_iterator(const Path& path) : m_directory(path) {
   if (!Path::exists(path))
     FOKRAZO_THROW(NotFoundException, "NotFoundException", 0, "%s: No such directory", textOf(path).c_str());
-  UniqueFd fd(callAt(path, [](int directory, const char* name) {
+  UniqueFd fd(callAt(textOf(path), [](int directory, const char* name) {
     return openFileAt(directory, name, Open::Directory).release();
   }));
   m_handle.reset(fd ? ::fdopendir(fd.get()) : nullptr);

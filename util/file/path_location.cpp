@@ -2,8 +2,9 @@
 
 #include <fcntl.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <climits>
+#include <utility>
 
 #include "util/error/throw.h"
 #include "util/file/open_file.h"
@@ -15,30 +16,33 @@ constexpr char kSource[] = "util/path";
 
 }  // namespace
 
-PathLocation::PathLocation(const Path& path) : m_name(path.string('/', true)) {
-  if (m_name.find('\0') != std::string::npos)
+PathLocation::PathLocation(std::string path) {
+  if (path.find('\0') != std::string::npos)
     m_error = EINVAL;
-  else if (m_name.size() >= PATH_MAX)
+  else if (path.size() >= PATH_MAX)
     openParent(path);
+  else
+    m_name = std::move(path);
 }
 
 int PathLocation::directory() const {
   return m_directory ? m_directory.get() : AT_FDCWD;
 }
 
-void PathLocation::openParent(const Path& path) {
+void PathLocation::openParent(const std::string& path) {
   constexpr unsigned kOptions = Open::Location | Open::Directory;
-  Path::const_iterator last = path.end();
-  if (path.leaf().empty()) --last;
-  m_directory = openFile(path.isRoot() ? "/" : ".", kOptions);
-  for (auto name = path.begin(); m_directory && name != last; ++name)
-    m_directory = openFileAt(m_directory.get(), name->c_str(), kOptions);
+  m_directory = openFile(path[0] == '/' ? "/" : ".", kOptions);
+  for (size_t begin = 0, end; m_directory && begin < path.size(); begin = end + 1) {
+    end = std::min(path.find('/', begin), path.size());
+    if (end == begin) continue;
+    if (!m_name.empty()) m_directory = openFileAt(m_directory.get(), m_name.c_str(), kOptions);
+    m_name = path.substr(begin, end - begin);
+  }
   if (!m_directory) m_error = errno;
-  m_name = path.leaf().empty() ? *last : path.leaf();
 }
 
-void throwPathFailure(int error, const char* literal, const Path& path) {
-  FOKRAZO_THROW_ERRNO(IOException, "IOException", error, error, literal, path.string('/', true).c_str());
+void throwPathFailure(int error, const char* literal, const std::string& path) {
+  FOKRAZO_THROW_ERRNO(IOException, "IOException", error, error, literal, path.c_str());
 }
 
 }  // namespace vesk

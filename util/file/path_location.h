@@ -1,9 +1,9 @@
 /// Paths of any length for system calls. Internal.
 #pragma once
 
+#include <cerrno>
 #include <string>
 
-#include <fokrazo/path.h>
 #include "util/file/unique_fd.h"
 
 namespace vesk {
@@ -12,8 +12,8 @@ namespace vesk {
 /// one call. Links to directories are followed as usual.
 class PathLocation {
  public:
-  /// Check error() afterwards.
-  explicit PathLocation(const Path& path);
+  /// Takes a path with "/" between its components. Check error() afterwards.
+  explicit PathLocation(std::string path);
 
   /// An errno, or 0 if the path is usable.
   int error() const { return m_error; }
@@ -21,7 +21,7 @@ class PathLocation {
   const char* name() const { return m_name.c_str(); }
 
  private:
-  void openParent(const Path& path);
+  void openParent(const std::string& path);
 
   std::string m_name;
   UniqueFd m_directory;
@@ -30,7 +30,7 @@ class PathLocation {
 
 /// The result of `call(directory, name)`, or -1 with errno if the path is unusable.
 template <class Call>
-int callAt(const Path& path, Call call) {
+int callAt(const std::string& path, Call call) {
   const PathLocation location(path);
   if (location.error() == 0) return call(location.directory(), location.name());
   errno = location.error();
@@ -38,6 +38,6 @@ int callAt(const Path& path, Call call) {
 }
 
 /// Throws IOException with the system's text; `literal` is a format for the path.
-[[noreturn]] void throwPathFailure(int error, const char* literal, const Path& path);
+[[noreturn]] void throwPathFailure(int error, const char* literal, const std::string& path);
 
 }  // namespace vesk

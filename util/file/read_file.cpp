@@ -14,10 +14,8 @@ namespace {
 
 constexpr char kSource[] = "lrpc/session";  // the name in logs, kept for compatibility
 
-void checkCall(bool worked, long result) {
-  if (!worked)
-    FOKRAZO_THROW_ERRNO(SystemException, "vesk::SystemException", static_cast<int>(result), errno,
-                        "OS call failed");
+void require(bool worked, long result) {
+  if (!worked) FOKRAZO_THROW_CALL_FAILED(static_cast<int>(result), errno);
 }
 
 }  // namespace
@@ -25,13 +23,13 @@ void checkCall(bool worked, long result) {
 std::string readFile(std::string path) {
   struct stat status;
   const int rc = stat(path.c_str(), &status);
-  checkCall(rc == 0, rc);
+  require(rc == 0, rc);
   std::string bytes(static_cast<size_t>(status.st_size), '\0');
   const UniqueFd file = openFile(path);
-  checkCall(static_cast<bool>(file), file.get());
+  require(static_cast<bool>(file), file.get());
   errno = 0;  // a short read is not a system error
   const ssize_t count = read(file.get(), bytes.data(), bytes.size());
-  checkCall(count == status.st_size, count);
+  require(count == status.st_size, count);
   return bytes;
 }
 

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
 #include "util/error/throw.h"
 
@@ -28,13 +29,12 @@ std::vector<std::string> entriesOf(const UniqueFd& directory, const std::string&
 
 }  // namespace
 
-TreeRemover::TreeRemover(const Path& root, const PathLocation& location)
-    : m_root(root), m_location(location) {}
+TreeRemover::TreeRemover(std::string root, const PathLocation& location)
+    : m_root(std::move(root)), m_location(location) {}
 
 void TreeRemover::removeContents() {
-  const std::string text = m_root.string('/', true);
-  m_directory = openForListing(m_location.directory(), m_location.name(), text);
-  m_levels.push_back({std::string(), FileId(), entriesOf(m_directory, text)});
+  m_directory = openForListing(m_location.directory(), m_location.name(), m_root);
+  m_levels.push_back({std::string(), FileId(), entriesOf(m_directory, m_root)});
   while (!m_levels.empty()) {
     std::vector<std::string>& pending = m_levels.back().pending;
     if (pending.empty()) {
@@ -59,7 +59,7 @@ void TreeRemover::removeEntry(const std::string& name) {
 }
 
 void TreeRemover::enter(const std::string& name) {
-  const std::string text = pathOf(name).string('/', true);
+  const std::string text = pathOf(name);
   UniqueFd child = openForListing(m_directory.get(), name.c_str(), text);
   std::vector<std::string> entries = entriesOf(child, text);
   if (entries.empty()) {
@@ -92,11 +92,12 @@ void TreeRemover::removeDirectory(const std::string& name) {
   throwPathFailure(error, "Cannot remove directory %s", pathOf(name));
 }
 
-Path TreeRemover::pathOf(const std::string& name) const {
-  Path path = m_root;
+std::string TreeRemover::pathOf(const std::string& name) const {
+  std::string path = m_root;
+  if (path.back() != '/') path += '/';
   for (const Level& level : m_levels)
-    if (!level.name.empty()) path = path.entry(level.name);
-  return path.entry(name);
+    if (!level.name.empty()) (path += level.name) += '/';
+  return path + name;
 }
 
 }  // namespace vesk

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include <fokrazo/path.h>
 #include "util/file/file_io.h"
 #include "util/file/path_location.h"
 #include "util/file/unique_fd.h"
@@ -16,8 +15,8 @@ namespace vesk {
 /// open at a time, and does not recurse.
 class TreeRemover {
  public:
-  /// `location` is that of `root`; both must outlive the object.
-  TreeRemover(const Path& root, const PathLocation& location);
+  /// `location` is that of the path `root`, and must outlive the object.
+  TreeRemover(std::string root, const PathLocation& location);
 
   /// Removes everything below the root, but not the root itself.
   /// @throws IOException, SystemException as Path::remove
@@ -35,9 +34,9 @@ class TreeRemover {
   void leave();
   void removeDirectory(const std::string& name);
   /// The path of an entry of m_directory, for messages.
-  Path pathOf(const std::string& name) const;
+  std::string pathOf(const std::string& name) const;
 
-  const Path& m_root;
+  const std::string m_root;
   const PathLocation& m_location;
   UniqueFd m_directory;
   std::vector<Level> m_levels;  // the directories from the root's first child down to m_directory

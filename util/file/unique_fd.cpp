@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include "util/thread/threads_api.h"
+#include "util/thread/thread_internal.h"
 
 namespace vesk {
 

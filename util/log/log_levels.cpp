@@ -1,8 +1,8 @@
 // Levels, facilities and their names.
 
-#include <strings.h>
 #include <syslog.h>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/log.h>
 #include "util/log/log_internal.h"
 
@@ -49,7 +49,7 @@ int TextToLevel(const std::string& text) {
 
 int TextToFacility(const std::string& text) {
   for (const Facility& row : SYSLOG_FACILITIES)
-    if (strcasecmp(text.c_str(), row.text) == 0) return row.number;
+    if (equalIgnoringCase(text, row.text)) return row.number;
   return Logger::kInherit;
 }
 

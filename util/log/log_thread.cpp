@@ -6,7 +6,7 @@
 
 #include <fokrazo/log.h>
 #include "util/log/log_internal.h"
-#include "util/thread/threads_api.h"
+#include "util/thread/thread_internal.h"
 
 namespace vesk {
 

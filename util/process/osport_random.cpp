@@ -5,7 +5,7 @@
 #include <fokrazo/export.h>
 #include "util/thread/clock.h"
 #include "util/thread/fork_locks.h"
-#include "util/thread/threads_api.h"
+#include "util/thread/mutex_internal.h"
 
 extern "C" {
 FOKRAZO_API long drawRandom() __asm__("random");

@@ -14,8 +14,8 @@
 #include "util/process/descriptors.h"
 #include "util/text/made_once.h"
 #include "util/thread/fork_locks.h"
+#include "util/thread/mutex_internal.h"
 #include "util/thread/pause.h"
-#include "util/thread/threads_api.h"
 
 namespace {
 

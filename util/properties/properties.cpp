@@ -8,15 +8,16 @@
 #include <istream>
 #include <memory>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/fixed_paths.h>
 #include <fokrazo/log.h>
 #include "util/file/file_io.h"
 #include "util/hook/hooks.h"
 #include "util/properties/property_line.h"
-#include "util/text/ascii.h"
 #include "util/text/printed.h"
 #include "util/thread/fork_locks.h"
 
+using vesk::kBlockSize;
 using vesk::Lock;
 using vesk::Properties;
 
@@ -26,7 +27,6 @@ constexpr char kLogger[] = "util.properties";
 constexpr char kDefaultPrefix[] = "brondalt";
 /// A number of seconds that the default replaces.
 constexpr long kNoTime = 0x7FFF573F;
-constexpr size_t kBlockSize = 16 * 1024;
 
 struct TimeText {
   bool hasNumber = false;

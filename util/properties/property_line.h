@@ -6,8 +6,8 @@
 #include <cstring>
 #include <string>
 
-#include <fokrazo/property_syntax.h>
-#include "util/text/ascii.h"
+#include <fokrazo/ascii.h>
+#include "util/text/ends_escaped.h"
 
 namespace vesk {
 
@@ -16,8 +16,7 @@ constexpr size_t kMaxPropertyFile = 64 * 1024 * 1024;
 
 /// Characters of variable names, whatever the locale.
 inline bool isVariableLetter(char c) {
-  const char letter = asciiLower(c);
-  return ('a' <= letter && letter <= 'z') || isAsciiDigit(c) || c == '_';
+  return isAsciiAlnum(c) || c == '_';
 }
 
 /// The length of the variable name at `begin`: letters, digits and underscores, or a single digit.
@@ -80,18 +79,23 @@ class TextLines {
   bool m_atEnd = false;
 };
 
+/// Whether the line begins with "#" or "!".
+inline bool isCommentLine(const std::string& line) {
+  return !line.empty() && (line[0] == '#' || line[0] == '!');
+}
+
 /// Whether the text fits on one line: no newline, and no trailing backslash that would continue it.
 inline bool isSingleLine(const std::string& text) {
-  return text.find('\n') == std::string::npos && !PropertySyntax::isEscaped(text);
+  return text.find('\n') == std::string::npos && !endsEscaped(text);
 }
 
 /// Reads a logical line from TextLines or a similar class, as PropertySyntax::getLine does.
 template <class Lines>
 void readLogicalLine(Lines& lines, std::string& line, std::string& extra, bool skipComments) {
   lines.next(line);
-  const bool comment = PropertySyntax::isComment(line);
+  const bool comment = isCommentLine(line);
   if (comment && skipComments) return;
-  while (PropertySyntax::isEscaped(line) && !lines.atEnd()) {
+  while (endsEscaped(line) && !lines.atEnd()) {
     lines.next(extra);
     if (comment) extra.erase(0, extra.find_first_not_of("#!"));
     line.back() = ' ';

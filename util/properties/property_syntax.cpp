@@ -192,7 +192,7 @@ bool PropertySyntax::isQuoted(const std::string& text) {
 }
 
 bool PropertySyntax::isComment(const std::string& line) {
-  return !line.empty() && (line[0] == '#' || line[0] == '!');
+  return isCommentLine(line);
 }
 
 void PropertySyntax::getLine(std::istream& stream, std::string& line, std::string& extra, bool skipComments) {

@@ -11,8 +11,9 @@
 #include "util/text/made_once.h"
 #include "util/thread/clock.h"
 #include "util/thread/fork_locks.h"
+#include "util/thread/mutex_internal.h"
 #include "util/thread/pause.h"
-#include "util/thread/threads_api.h"
+#include "util/thread/thread_internal.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <fokrazo/error_util.h>
 #include <fokrazo/setting.h>
-#include "util/setting/setting_store.h"
+#include "util/setting/setting_internal.h"
 
 namespace vesk {
 namespace {

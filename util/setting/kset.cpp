@@ -13,13 +13,10 @@
 #include <fokrazo/setting.h>
 #include "util/file/file_io.h"
 #include "util/file/replacement_file.h"
-#include "util/setting/setting_store.h"
+#include "util/setting/kset_file.h"
 
 namespace vesk {
 namespace {
-
-constexpr char kDCFilePrefix[] = "kset.dc.";
-constexpr size_t kMaxSize = 1024 * 1024;
 
 // The type bits of the mode (S_IFREG and others); 0 if unknown.
 mode_t typeOf(const std::string& path) {
@@ -35,12 +32,6 @@ bool isNotRegularFile(const std::string& path, int error) {
   return type != 0 && type != S_IFREG;
 }
 
-// Whether root must not read it: every user can create files in "user/".
-bool isForeign(const struct stat& info, const std::string& path) {
-  const std::string userDir = getDataDir() + paths::kUserDir;
-  return isRootUser() && info.st_uid != 0 && path.compare(0, userDir.size(), userDir) == 0;
-}
-
 // Null if there is no such regular file, or it must not be read. Checks the open file, not the path, because
 // others may change the directory.
 boost::shared_ptr<KSetData> read(const std::string& path) {
@@ -52,10 +43,10 @@ boost::shared_ptr<KSetData> read(const std::string& path) {
   }
   struct stat info;
   if (::fstat(fd.get(), &info) != 0) throwCallFailed(errno);
-  if (!S_ISREG(info.st_mode) || isForeign(info, path)) return boost::shared_ptr<KSetData>();
+  if (!S_ISREG(info.st_mode) || isForeign(path, info, getDataDir())) return boost::shared_ptr<KSetData>();
   auto data = boost::make_shared<KSetData>();
   data->mode = info.st_mode & kPermissionBits;
-  if (!readAll(fd.get(), data->content, kMaxSize)) throwCallFailed(errno);
+  if (!readAll(fd.get(), data->content, kMaxKSetFile)) throwCallFailed(errno);
   return data;
 }
 
@@ -100,7 +91,7 @@ bool KSets::isKSetFile(const char* fileName) {
 }
 
 bool KSets::isKSetDCFile(const char* fileName) {
-  return strncmp(fileName, kDCFilePrefix, strlen(kDCFilePrefix)) == 0;
+  return isKSetFile(fileName) && isDCSetting(fileName + strlen(kKSetPrefix));
 }
 
 void KSets::copy(const std::string& toDir, const std::string& fromDir, const std::string& fileName) const {

@@ -9,7 +9,8 @@
 #include <fokrazo/propnames.h>
 #include <fokrazo/strutil.h>
 #include "util/error/throw.h"
-#include "util/setting/setting_store.h"
+#include "util/setting/kset_file.h"
+#include "util/setting/setting_internal.h"
 
 namespace vesk {
 namespace {
@@ -25,7 +26,7 @@ bool filesDisabled() {
 // Root prefers the system's file, other users the one in "user/".
 std::string readFromFiles(const std::string& name) {
   const std::string dataDir = getDataDir();
-  if (!isDCSetting(name)) return readSettingFile(name, dataDir);
+  if (!isDCSetting(name.c_str())) return readSettingFile(name, dataDir);
   const std::string userDir = dataDir + kUserDir;
   try {
     return readSettingFile(name, isRootUser() ? dataDir : userDir);
@@ -123,7 +124,7 @@ void saveSetting(const std::string& name, const std::string& value, SettingAcces
                  bool force) {
   const bool toProperties = filesDisabled();
   if (toProperties) Props(false, false)->setString(kKSetPrefix + name, value);
-  const bool toFile = !toProperties && (isRootUser() || isDCSetting(name));
+  const bool toFile = !toProperties && (isRootUser() || isDCSetting(name.c_str()));
   const LockedStore store;
   if (!value.empty() && !force && isUnchanged(name, value)) return;
   // Too large a value is never deferred: no later attempt would succeed.

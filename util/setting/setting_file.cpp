@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/path.h>
 #include <fokrazo/setting.h>
 #include <fokrazo/strutil.h>
@@ -13,20 +14,15 @@
 #include "util/file/file_io.h"
 #include "util/file/replacement_file.h"
 #include "util/file/unique_fd.h"
-#include "util/setting/setting_store.h"
-#include "util/text/ascii.h"
+#include "util/setting/kset_file.h"
+#include "util/setting/setting_internal.h"
 
 namespace vesk {
 namespace {
 
 constexpr char kSource[] = "util/setting";
-constexpr char kDCPrefix[] = "dc.";
-constexpr char kCannotOpen[] = "Cannot open file %s";
 constexpr char kCannotRead[] = "Cannot read file %s";
-constexpr char kCannotWrite[] = "Cannot write file %s";
 constexpr int kMaxSize = 1024;
-constexpr int kMaxUnlimitedSize = 1024 * 1024;  // for settings that CheckFileSize does not limit
-constexpr size_t kBlockSize = 4096;
 
 constexpr mode_t kPrivateMode = 0600;
 constexpr mode_t kPublicMode = 0644;
@@ -50,45 +46,32 @@ struct stat statOf(const UniqueFd& fd, const std::string& path) {
   throwFileFailure(errno, "Cannot stat file to %s", path);
 }
 
-// Every user can create files in "user/", and root's decisions must not depend on them.
-bool isForeign(const struct stat& info, const std::string& dir, const SettingStore& store)
-    FOKRAZO_REQUIRES(settingsMutex()) {
-  return isRootUser() && info.st_uid != 0 && dir == store.dataDir + kUserDir;
-}
-
 [[noreturn]] void throwTooLarge(const char* operation, const std::string& name, long long size, int limit) {
   FOKRAZO_THROW(IOException, "IOException", 0, "%s kset.%s: size(%lld) exceeds maximum (%d)", operation,
                 name.c_str(), size, limit);
 }
 
-void refuseControlCharacters(const char* data, size_t size, const std::string& path) {
-  const bool found = std::any_of(data, data + size, [](char c) { return c != '\n' && isAsciiControl(c); });
+void refuseControlCharacters(const std::string& text, const std::string& path) {
+  const bool found =
+      std::any_of(text.begin(), text.end(), [](char c) { return c != '\n' && isAsciiControl(c); });
   if (found)
     FOKRAZO_THROW(BadDataException, "BadDataException", 0, "Control character is disallowed in %s file.",
                   path.c_str());
 }
 
-// Memory grows with the bytes read, not with the file's nominal size.
+// Ignores what was appended after `size` was checked.
 std::string readText(const UniqueFd& fd, off_t size, const std::string& path) {
   std::string text;
-  while (static_cast<off_t>(text.size()) < size) {
-    const size_t done = text.size();
-    text.resize(std::min<off_t>(done + kBlockSize, size));
-    const ssize_t got = readSome(fd.get(), &text[done], text.size() - done);
-    if (got < 0) throwFileFailure(errno, kCannotRead, path);
-    if (got == 0)
-      FOKRAZO_THROW(IOException, "IOException", 0, "Cannot read all data in file %s", path.c_str());
-    refuseControlCharacters(&text[done], got, path);
-    text.resize(done + got);
-  }
+  if (!readAll(fd.get(), text, kMaxKSetFile)) throwFileFailure(errno, kCannotRead, path);
+  if (static_cast<off_t>(text.size()) < size)
+    FOKRAZO_THROW(IOException, "IOException", 0, "Cannot read all data in file %s", path.c_str());
+  text.resize(size);
+  refuseControlCharacters(text, path);
   return text;
 }
 
 void writeText(const ReplacementFile& file, const std::string& text) {
-  ssize_t written;
-  do {
-    written = ::write(file.fd(), text.data(), text.size());
-  } while (written < 0 && errno == EINTR);
+  const ssize_t written = writeSome(file.fd(), text.data(), text.size());
   if (written < 0) throwFileFailure(errno, kCannotWrite, file.name());
   if (static_cast<size_t>(written) != text.size())
     FOKRAZO_THROW(IOException, "IOException", 0, "Cannot write all data to file %s", file.name().c_str());
@@ -105,36 +88,15 @@ void replaceFile(const std::string& path, const std::string& text, mode_t mode) 
 
 }  // namespace
 
-void throwFileFailure(int error, const char* literal, const std::string& path) {
-  FOKRAZO_THROW_ERRNO(IOException, "IOException", error, error, literal, path.c_str());
-}
-
-void openReplacement(ReplacementFile& file) {
-  if (!file.openUnique()) throwFileFailure(errno, kCannotOpen, file.name());
-}
-
-void commitReplacement(ReplacementFile& file, const std::string& path) {
-  if (!file.sync()) throwFileFailure(errno, kCannotWrite, file.name());
-  if (!file.replace()) throwFileFailure(errno, "Cannot rename file to %s", path);
-}
-
-void removeFile(const std::string& path) {
-  if (::unlink(path.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return;
-  throwFileFailure(errno, "Cannot remove file %s", path);
-}
-
-bool isDCSetting(const std::string& name) {
-  return name.compare(0, strlen(kDCPrefix), kDCPrefix) == 0;
-}
-
 void CheckFileSize(const char* operation, const std::string& name, long long size) {
-  if (size <= kMaxSize || name == SETTING_TRUSTS || isDCSetting(name)) return;
+  if (size <= kMaxSize || name == SETTING_TRUSTS || isDCSetting(name.c_str())) return;
   throwTooLarge(operation, name, size, kMaxSize);
 }
 
 void refuseTooLarge(const char* operation, const std::string& name, long long size) {
   CheckFileSize(operation, name, size);
-  if (size > kMaxUnlimitedSize) throwTooLarge(operation, name, size, kMaxUnlimitedSize);
+  constexpr int kMost = kMaxKSetFile;
+  if (size > kMost) throwTooLarge(operation, name, size, kMost);
 }
 
 std::string readSettingFile(const std::string& name, const std::string& dir) {
@@ -143,7 +105,7 @@ std::string readSettingFile(const std::string& name, const std::string& dir) {
   const std::string path = settingPath(directory, name);
   const UniqueFd fd = openForReading(path);
   const struct stat info = statOf(fd, path);
-  if (isForeign(info, directory, *store)) throwFileFailure(EPERM, kCannotRead, path);
+  if (isForeign(path, info, store->dataDir)) throwFileFailure(EPERM, kCannotRead, path);
   refuseTooLarge("Read", name, info.st_size);
   // It may be another user's FIFO or device.
   if (!S_ISREG(info.st_mode)) throwFileFailure(S_ISDIR(info.st_mode) ? EISDIR : EINVAL, kCannotRead, path);

@@ -1,4 +1,4 @@
-#include "util/setting/setting_store.h"
+#include "util/setting/setting_internal.h"
 
 #include <new>
 

@@ -11,8 +11,9 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include "util/log/log_internal.h"
+#include "util/sink/circular_buffer_internal.h"
 #include "util/sink/log_text.h"
-#include "util/sink/sink_internal.h"
+#include "util/text/made_once.h"
 
 namespace vesk {
 namespace {
@@ -28,7 +29,18 @@ constexpr unsigned int kDefaultSize = 0x20000;
 constexpr unsigned int kSmallestSize = 10240;
 static_assert(kSmallestSize >= kScratchSize + kMonikerLength, "any entry has room in any ring");
 
+MadeOnce<boost::shared_ptr<CircularBuffer>> gBuffer;
+
 }  // namespace
+
+boost::shared_ptr<CircularBuffer>& gCircularBuffer() {
+  return gBuffer.get();
+}
+
+void memoryLogInChild(bool intact) {
+  const boost::shared_ptr<CircularBuffer>* const buffer = gBuffer.ifMade();
+  if (!intact && buffer != nullptr && *buffer) (*buffer)->restart();
+}
 
 int memoryLevel(const std::string& text, const boost::shared_ptr<Logger>& logger) {
   const int level = TextToLevel(text);

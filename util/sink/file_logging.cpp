@@ -25,9 +25,8 @@
 #include "util/log/log_internal.h"
 #include "util/sink/log_backups.h"
 #include "util/sink/log_text.h"
-#include "util/sink/sink_internal.h"
 #include "util/sink/syslog_line.h"
-#include "util/thread/threads_api.h"
+#include "util/thread/thread_internal.h"
 
 namespace vesk {
 namespace {

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "util/thread/threads_api.h"
+#include "util/thread/thread_internal.h"
 
 namespace vesk {
 

@@ -3,13 +3,13 @@
 #include <cstdlib>
 #include <memory>
 
-#include <fokrazo/circular_buffer.h>
 #include <fokrazo/log.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include "util/log/log_internal.h"
+#include "util/sink/circular_buffer_internal.h"
+#include "util/sink/log_destination_internal.h"
 #include "util/sink/log_queue.h"
-#include "util/sink/sink_internal.h"
 
 namespace vesk {
 namespace {
@@ -36,6 +36,9 @@ class Reconfiguration {
   template <class Apply>
   void forEach(const std::string& prefix, const char* complaint, Apply apply);
   void set(const std::string& name, int LoggerSettings::*field, int value);
+  // `value` is what the entry means, kInherit if it means nothing; `what` it should have been.
+  void setUnlessIllegal(const std::string& name, int LoggerSettings::*field, int value, const Entry& entry,
+                        const char* what);
   void readFacility(const std::string& program);
   int rootFacility(const std::string& key);
 
@@ -62,6 +65,13 @@ void Reconfiguration::set(const std::string& name, int LoggerSettings::*field, i
   if (name == kLoggingLogger) LoggerTree::setSettings(*m_logger, settings);
 }
 
+void Reconfiguration::setUnlessIllegal(const std::string& name, int LoggerSettings::*field, int value,
+                                       const Entry& entry, const char* what) {
+  if (value != Logger::kInherit) return set(name, field, value);
+  VESK_LOG(m_logger, Warn, "Illegal log %s. Property: '%s', value: '%s'", what, entry.first.c_str(),
+           entry.second.c_str());
+}
+
 template <class Apply>
 void Reconfiguration::forEach(const std::string& prefix, const char* complaint, Apply apply) {
   const std::unique_ptr<Properties::Map> entries(m_properties.getMap(prefix));
@@ -84,12 +94,7 @@ void Reconfiguration::readLevels() {
   }
   forEach(PN::ROOT_LOGGER_NAME + ".", "Illegal log name: '%s'",
           [this](const std::string& name, const Entry& entry) {
-            const int own = TextToLevel(entry.second);
-            if (own == Logger::kInherit)
-              VESK_LOG(m_logger, Warn, "Illegal log level. Property: '%s', value: '%s'", entry.first.c_str(),
-                       entry.second.c_str());
-            else
-              set(name, &LoggerSettings::level, own);
+            setUnlessIllegal(name, &LoggerSettings::level, TextToLevel(entry.second), entry, "level");
           });
   set("client", &LoggerSettings::level, Logger::Trace);
 }
@@ -105,12 +110,7 @@ void Reconfiguration::readFacility(const std::string& program) {
   const int facility = rootFacility(prefix + program);
   if (facility != Logger::kInherit) m_rootSettings.facility = facility;
   forEach(prefix, "Illegal facility name: '%s'", [this](const std::string& name, const Entry& entry) {
-    const int own = TextToFacility(entry.second);
-    if (own == Logger::kInherit)
-      VESK_LOG(m_logger, Warn, "Illegal log facility. Property: '%s', value: '%s'", entry.first.c_str(),
-               entry.second.c_str());
-    else
-      set(name, &LoggerSettings::facility, own);
+    setUnlessIllegal(name, &LoggerSettings::facility, TextToFacility(entry.second), entry, "facility");
   });
 }
 
@@ -176,7 +176,7 @@ void Logger::ReconfigureLevels(Properties& properties) {
   if (LoggerTree::isShutDown()) return;
   HeldMessages::Scope hold(held);
 
-  destination.apply();
+  destination.report(destination.apply());
   Reconfiguration run(properties);
   run.readLevels();
   run.readFacilities();

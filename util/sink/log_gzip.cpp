@@ -8,7 +8,7 @@
 #include <new>
 
 #include "util/file/unique_fd.h"
-#include "util/thread/threads_api.h"
+#include "util/thread/thread_internal.h"
 
 namespace vesk {
 namespace {

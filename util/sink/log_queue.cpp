@@ -24,7 +24,6 @@
 #include <fokrazo/queued_message.h>
 #include <fokrazo/thread.h>
 #include "util/sink/log_text.h"
-#include "util/sink/sink_internal.h"
 #include "util/sink/syslog_line.h"
 #include "util/text/made_once.h"
 #include "util/thread/pause.h"
@@ -194,14 +193,6 @@ HeldMessages::~HeldMessages() noexcept(false) {
   }
   Posting counted;
   for (const boost::shared_ptr<QueuedMessage>& message : m_messages) post(*m_queue, message);
-}
-
-// The caller's Scope holds the lock, which the compiler cannot follow.
-void hold(int priority, const char* format, ...) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
-  va_list args;
-  va_start(args, format);
-  route().held.push_back(boost::make_shared<QueuedMessage>(priority, format, args));
-  va_end(args);
 }
 
 void WriteMessage(int facility, Logger::LogLevel level, CharAccumulator<512>& format, va_list args) {

@@ -42,7 +42,8 @@ class HeldMessages {
   boost::shared_ptr<RunQueue> m_queue;  // null: write directly
 };
 
-/// Holds a message (printf) of that syslog priority. Requires: a Scope.
-void hold(int priority, const char* format, ...) __attribute__((format(printf, 2, 3)));
+/// For the child of a fork: leaves the queue to the parent. The child writes directly to the destination, and
+/// may start its own thread.
+void forgetQueueAfterFork();
 
 }  // namespace vesk

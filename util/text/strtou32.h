@@ -4,7 +4,7 @@
 #include <climits>
 #include <cstdlib>
 
-#include "util/text/ascii.h"
+#include <fokrazo/ascii.h>
 
 namespace vesk {
 

@@ -9,7 +9,7 @@
 #include <cwctype>
 #include <string_view>
 
-#include "util/text/ascii.h"
+#include <fokrazo/ascii.h>
 #include "util/text/strtou32.h"
 
 const std::string STRCLS_TRUE("true");

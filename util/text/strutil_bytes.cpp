@@ -1,8 +1,8 @@
 // Printable forms, hexadecimal digits and bytes.
 #include <algorithm>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/strutil.h>
-#include "util/text/ascii.h"
 #include "util/text/hex_digits.h"
 
 namespace {

@@ -9,7 +9,8 @@
 #include <memory>
 #include <new>
 
-#include "util/thread/threads_api.h"
+#include "util/thread/mutex_internal.h"
+#include "util/thread/thread_internal.h"
 
 namespace vesk {
 namespace {
@@ -70,6 +71,7 @@ void renew(Mutex& mutex, bool isHeld) FOKRAZO_NO_THREAD_SAFETY_ANALYSIS {
 
 void inChild() {
   if (gForksAmongThreads) gIsChildOfThreads = true;
+  threadsInChild();
   for (size_t i = 0; i < kCount; ++i)
     if (Mutex* mutex = gLocks[i].load(std::memory_order_acquire)) renew(*mutex, gHeld[i] != nullptr);
   for (size_t i = 0; i < kCount; ++i) {

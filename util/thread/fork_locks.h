@@ -31,8 +31,6 @@ enum class ForkOrder {
   ProgramName,       // this and the rest are held only for a few instructions
   Clients,           // the sessions and the caches of all clients
   RandomNumbers,
-  ActiveThreads,
-  RunningThreads,
   Count
 };
 

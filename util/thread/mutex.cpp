@@ -8,7 +8,8 @@
 
 #include "util/error/throw.h"
 #include "util/thread/clock.h"
-#include "util/thread/threads_api.h"
+#include "util/thread/mutex_internal.h"
+#include "util/thread/thread_internal.h"
 
 // The thread sanitizer does not know pthread_mutex_clocklock.
 #if defined(__has_feature)
@@ -85,10 +86,6 @@ class OtherHolds {
 
 namespace vesk {
 
-void failOsCall(int error, const char* source, int line) {
-  throwCallFailed(source, line, error, error);
-}
-
 Mutex::Mutex() {
   if (!threadsSupported()) return;
   pthread_mutexattr_t recursive;
@@ -107,7 +104,7 @@ Mutex::~Mutex() {
 
 void Mutex::lock() {
   if (!Thread::m_threadsSupported) return;
-  FOKRAZO_CHECK_OS_CALL(pthread_mutex_lock(&m_mutex));
+  FOKRAZO_CHECK_CALL(pthread_mutex_lock(&m_mutex));
   taken();
 }
 
@@ -115,7 +112,7 @@ bool Mutex::tryLock() {
   if (!Thread::m_threadsSupported) return true;
   const int error = pthread_mutex_trylock(&m_mutex);
   if (error == EBUSY) return false;
-  FOKRAZO_CHECK_OS_CALL(error);
+  FOKRAZO_CHECK_CALL(error);
   taken();
   return true;
 }
@@ -129,7 +126,7 @@ void Mutex::unLock() {
   if (!Thread::m_threadsSupported) return;
   // After a failed wait the depth is 0 although the mutex is locked.
   if (m_lockDepth > 0 && --m_lockDepth == 0) m_owner.store({}, std::memory_order_relaxed);
-  FOKRAZO_CHECK_OS_CALL(pthread_mutex_unlock(&m_mutex));
+  FOKRAZO_CHECK_CALL(pthread_mutex_unlock(&m_mutex));
 }
 
 bool lockUntil(Mutex& mutex, const timespec& deadline) {
@@ -163,7 +160,7 @@ bool Mutex::wait(const timespec* deadline) {
     } else {
       error = pthread_cond_wait(&m_condition, &m_mutex);
     }
-    if (woken) FOKRAZO_CHECK_OS_CALL(error);
+    if (woken) FOKRAZO_CHECK_CALL(error);
   }
   m_lockDepth = depth;
   m_owner.store(holder, std::memory_order_relaxed);
@@ -171,11 +168,11 @@ bool Mutex::wait(const timespec* deadline) {
 }
 
 void Mutex::signalOne() {
-  if (Thread::locksCount()) FOKRAZO_CHECK_OS_CALL(pthread_cond_signal(&m_condition));
+  if (Thread::locksCount()) FOKRAZO_CHECK_CALL(pthread_cond_signal(&m_condition));
 }
 
 void Mutex::signalAll() {
-  if (Thread::locksCount()) FOKRAZO_CHECK_OS_CALL(pthread_cond_broadcast(&m_condition));
+  if (Thread::locksCount()) FOKRAZO_CHECK_CALL(pthread_cond_broadcast(&m_condition));
 }
 
 /// Counts one caller among the waiters.
@@ -231,7 +228,7 @@ namespace {
 // Disables cancellation while a mutex is being taken, and restores it on failure.
 class CancelOff {
  public:
-  CancelOff() { FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_oldState)); }
+  CancelOff() { FOKRAZO_CHECK_CALL(pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_oldState)); }
   ~CancelOff() {
     if (!m_kept) pthread_setcancelstate(m_oldState, nullptr);
   }
@@ -255,7 +252,7 @@ Lock::Lock(Mutex& mutex, long seconds, long nanoseconds) : m_mutex(&mutex) {
   const timespec interval{seconds, seconds == 0 && nanoseconds == 0 ? kDefaultPoll : nanoseconds};
   CancelOff cancelOff;
   while (!m_mutex->tryLock())
-    if (nanosleep(&interval, nullptr) != 0 && errno != EINTR) FOKRAZO_CHECK_OS_CALL(errno);
+    if (nanosleep(&interval, nullptr) != 0 && errno != EINTR) FOKRAZO_CHECK_CALL(errno);
   m_oldCancelState = cancelOff.keep();
 }
 
@@ -271,7 +268,7 @@ void Lock::unLock() {
   const int oldCancelState = std::exchange(m_oldCancelState, kNotLocked);
   m_mutex->unLock();
   if (oldCancelState != PTHREAD_CANCEL_ENABLE) return;
-  FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr));
+  FOKRAZO_CHECK_CALL(pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr));
   // A cancellation while an exception unwinds the stack would end the process.
   if (std::uncaught_exceptions() == 0) pthread_testcancel();
 }

@@ -5,24 +5,26 @@
 #include <cerrno>
 #include <ctime>
 
+#include "util/error/throw.h"
 #include "util/hook/hooks.h"
-#include "util/thread/fork_locks.h"
-#include "util/thread/threads_api.h"
+#include "util/thread/thread_internal.h"
 
 namespace {
 
 constexpr char kSource[] = "util/thread";
 constexpr char kLogger[] = "util.thread";
 
-// Guards Thread::m_threadsActive.
-vesk::Mutex& gMutex() {
-  return vesk::forkedLock(vesk::ForkOrder::ActiveThreads);
-}
+// Held while a thread ends, and while another acts on it, so that its id stays valid. Not a Mutex: that asks
+// Thread whether locks count. Each hold is a few instructions long, with no call that could throw.
+pthread_mutex_t gRunning = PTHREAD_MUTEX_INITIALIZER;
 
-// Held while a thread ends, and while another acts on it, so that its id stays valid.
-vesk::Mutex& gRunningMutex() {
-  return vesk::forkedLock(vesk::ForkOrder::RunningThreads);
-}
+class RunningHold {
+ public:
+  RunningHold() { pthread_mutex_lock(&gRunning); }
+  ~RunningHold() { pthread_mutex_unlock(&gRunning); }
+  RunningHold(const RunningHold&) = delete;
+  RunningHold& operator=(const RunningHold&) = delete;
+};
 
 // The calling thread's Thread object. The first thread to run creates the key.
 pthread_key_t gTSDKey;
@@ -32,13 +34,13 @@ std::atomic<bool> gTSDKeyMade{false};
 // The configured attributes of a new thread.
 class Attributes {
  public:
-  Attributes() { FOKRAZO_CHECK_OS_CALL(pthread_attr_init(&m_attributes)); }
+  Attributes() { FOKRAZO_CHECK_CALL(pthread_attr_init(&m_attributes)); }
   ~Attributes() { pthread_attr_destroy(&m_attributes); }
 
   void configure() {
     const vesk::ThreadPolicy policy = vesk::kHooks.threadPolicy();
     if (policy.stackSize > 0) setStackSize(policy.stackSize);
-    if (policy.usesPriorities) FOKRAZO_CHECK_OS_CALL(pthread_attr_setschedpolicy(&m_attributes, SCHED_FIFO));
+    if (policy.usesPriorities) FOKRAZO_CHECK_CALL(pthread_attr_setschedpolicy(&m_attributes, SCHED_FIFO));
   }
   const pthread_attr_t* get() const { return &m_attributes; }
 
@@ -72,6 +74,10 @@ unsigned long threadNumber() {
   return gNumber;
 }
 
+void threadsInChild() {
+  gRunning = PTHREAD_MUTEX_INITIALIZER;
+}
+
 std::atomic<bool> Thread::m_threadSupportKnown{false};
 std::atomic<bool> Thread::m_threadsSupported{false};
 std::atomic<int> Thread::m_threadsActive{0};
@@ -81,13 +87,14 @@ Thread::Thread() {
 }
 
 Thread::~Thread() {
-  const BriefHold hold(gMutex());
   --m_threadsActive;
 }
 
 void Thread::SetThreadsActive(bool active) {
-  const BriefHold hold(gMutex());
-  m_threadsActive = active ? m_threadsActive + 1 : 0;
+  if (active)
+    ++m_threadsActive;
+  else
+    m_threadsActive = 0;
 }
 
 void Thread::DetermineThreadSupport() {
@@ -112,7 +119,7 @@ void Thread::start(const char* name, void* (*routine)(void*), void* argument, in
   pthread_t id;
   const int error = pthread_create(&id, attributes.get(), ThreadStart, this);
   if (error != 0) m_running = false;
-  FOKRAZO_CHECK_OS_CALL(error);
+  FOKRAZO_CHECK_CALL(error);
   m_id = id;
 }
 
@@ -139,7 +146,7 @@ void Thread::ThreadCancelCleanup(void* argument) {
 }
 
 void Thread::ended() {
-  const BriefHold hold(gRunningMutex());
+  const RunningHold hold;
   m_running = false;
 }
 
@@ -150,25 +157,26 @@ Thread* Thread::getSelf() {
 }
 
 pthread_t Thread::startedId() const {
-  if (m_id == pthread_t{}) FOKRAZO_CHECK_OS_CALL(ESRCH);
+  if (m_id == pthread_t{}) FOKRAZO_CHECK_CALL(ESRCH);
   return m_id;
 }
 
 void Thread::join() {
   if (m_joined) return;
-  FOKRAZO_CHECK_OS_CALL(pthread_join(startedId(), nullptr));
+  FOKRAZO_CHECK_CALL(pthread_join(startedId(), nullptr));
   m_joined = true;
 }
 
 void Thread::detach() {
   if (m_joined) return;
-  FOKRAZO_CHECK_OS_CALL(pthread_detach(startedId()));
+  FOKRAZO_CHECK_CALL(pthread_detach(startedId()));
   m_joined = true;
 }
 
 template <class Call>
 int Thread::whileRunning(Call call) {
-  const BriefHold hold(gRunningMutex());
+  if (!m_running) return ESRCH;
+  const RunningHold hold;
   return m_running && m_id != pthread_t{} ? call(m_id) : ESRCH;
 }
 
@@ -177,7 +185,7 @@ void Thread::cancel() {
     m_cancelled = true;
     return pthread_cancel(id);
   });
-  if (error != ESRCH) FOKRAZO_CHECK_OS_CALL(error);
+  if (error != ESRCH) FOKRAZO_CHECK_CALL(error);
 }
 
 void Thread::kill() {
@@ -211,7 +219,7 @@ bool Thread::sleep(long seconds, long nanoseconds) {
   const int error = nanosleep(&time, nullptr) == 0 ? 0 : errno;
   testCancel();
   if (error == EINTR) return false;
-  FOKRAZO_CHECK_OS_CALL(error);
+  FOKRAZO_CHECK_CALL(error);
   return true;
 }
 
@@ -221,17 +229,17 @@ bool Thread::sleep(long seconds, int milliseconds, int microseconds, int nanosec
 
 void Thread::yield() {
   testCancel();
-  if (sched_yield() != 0) FOKRAZO_CHECK_OS_CALL(errno);
+  if (sched_yield() != 0) FOKRAZO_CHECK_CALL(errno);
 }
 
 void Thread::enableKill() {
   if (!threadsSupported()) return;
-  FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr));
+  FOKRAZO_CHECK_CALL(pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr));
   pthread_testcancel();
 }
 
 void Thread::disableKill() {
-  if (threadsSupported()) FOKRAZO_CHECK_OS_CALL(pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr));
+  if (threadsSupported()) FOKRAZO_CHECK_CALL(pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr));
 }
 
 }  // namespace vesk

@@ -7,7 +7,7 @@
 #include <fokrazo/propnames.h>
 #include "util/log/log_internal.h"
 #include "util/setting/host_variables.h"
-#include "util/sink/sink_internal.h"
+#include "util/sink/sinks.h"
 
 namespace vesk {
 namespace {

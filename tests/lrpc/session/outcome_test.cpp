@@ -7,7 +7,7 @@
 
 #include <fokrazo/error_util.h>
 #include <fokrazo/ipc_exception.h>
-#include "lrpc/session/outcome_tables.h"
+#include "lrpc/session/outcome_internal.h"
 
 using namespace vesk;
 

@@ -1,4 +1,4 @@
-/// The settings in memory, and helpers for reading and writing them. Internal.
+/// The settings in memory. Internal.
 #pragma once
 
 #include <map>
@@ -10,7 +10,6 @@
 #include <fokrazo/mutex.h>
 #include <fokrazo/setting.h>
 #include <fokrazo/thread_annotations.h>
-#include "util/file/replacement_file.h"
 
 namespace vesk {
 
@@ -57,29 +56,7 @@ class FOKRAZO_SCOPED_CAPABILITY LockedStore {
   Lock m_lock;
 };
 
-using paths::kKSetPrefix;
-using paths::kUserDir;
-
-inline std::string settingPath(const std::string& dir, const std::string& name) {
-  return dir + kKSetPrefix + name;
-}
-
-/// Whether the effective user is root.
-bool isRootUser();
-/// Whether a setting holds data of one domain controller. These are not limited, and users have a copy.
-bool isDCSetting(const std::string& name);
-/// CheckFileSize, with a limit of 1 MiB for the settings that it does not limit. @throws IOException
+/// CheckFileSize, with the limit kMaxKSetFile for the settings that it does not limit. @throws IOException
 void refuseTooLarge(const char* operation, const std::string& name, long long size);
-/// Throws IOException with the system's text; `literal` is a format for the path.
-[[noreturn]] void throwFileFailure(int error, const char* literal, const std::string& path);
-/// The first and the last step of replacing a file. @throws IOException "Cannot open file …", "Cannot write
-/// file …", "Cannot rename file to …"
-void openReplacement(ReplacementFile& file);
-void commitReplacement(ReplacementFile& file, const std::string& path);
-/// Removes a file if it exists. @throws IOException "Cannot remove file …"
-void removeFile(const std::string& path);
-/// The names of the entries of a directory without "." and "..".
-/// @throws NotFoundException "Cannot open directory …"
-std::vector<std::string> listKSetDirectory(const std::string& dir);
 
 }  // namespace vesk

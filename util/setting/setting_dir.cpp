@@ -9,7 +9,8 @@
 #include <fokrazo/setting.h>
 #include "util/error/throw.h"
 #include "util/file/file_io.h"
-#include "util/setting/setting_store.h"
+#include "util/setting/kset_file.h"
+#include "util/setting/setting_internal.h"
 
 namespace vesk {
 namespace {
@@ -58,19 +59,6 @@ void openToAllUsers(const Path& dir) {
 }
 
 }  // namespace
-
-bool isRootUser() {
-  return ::geteuid() == 0;
-}
-
-std::vector<std::string> listKSetDirectory(const std::string& dir) {
-  std::vector<std::string> names;
-  const UniqueFd directory = openFile(dir, Open::Directory);
-  if (directory && listDirectory(directory, names)) return names;
-  const int error = errno;
-  FOKRAZO_THROW_ERRNO(NotFoundException, "NotFoundException", error, error, "Cannot open directory %s",
-                      dir.c_str());
-}
 
 std::string getDataDir() {
   const LockedStore store;
