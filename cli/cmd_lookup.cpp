@@ -1,9 +1,9 @@
 // Lookups of one object: ping, user, group, object, shadow.
 
-#include <cctype>
 #include <cstdio>
 #include <iostream>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/error_util.h>
 #include <fokrazo/guid.h>
 #include <fokrazo/session.h>
@@ -32,8 +32,7 @@ struct Key {
 };
 
 bool looksLikeSid(const std::string& text) {
-  return text.compare(0, 2, "S-") == 0 && text.size() > 2 &&
-         isdigit(static_cast<unsigned char>(text[2])) != 0;
+  return text.compare(0, 2, "S-") == 0 && text.size() > 2 && isAsciiDigit(text[2]);
 }
 
 KeyKind kindByName(const std::string& name) {

@@ -1,8 +1,9 @@
 // Conversions of values, without the daemon: sid, guid, dn.
 
-#include <cctype>
+#include <algorithm>
 #include <stdexcept>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/dn.h>
 #include <fokrazo/error_util.h>
 #include <fokrazo/guid.h>
@@ -51,9 +52,7 @@ ExitStatus sid(Invocation& invocation) {
 }
 
 bool isHex(const std::string& text) {
-  for (const char c : text)
-    if (!isxdigit(static_cast<unsigned char>(c))) return false;
-  return true;
+  return std::all_of(text.begin(), text.end(), isAsciiHexDigit);
 }
 
 Guid readGuid(const std::string& text, bool stored) {

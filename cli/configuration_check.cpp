@@ -1,6 +1,5 @@
 #include "cli/configuration_check.h"
 
-#include <strings.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -9,6 +8,7 @@
 #include <fstream>
 #include <map>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/log.h>
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
@@ -42,7 +42,7 @@ std::string facility(const std::string& value) {
 
 std::string boolean(const std::string& value) {
   for (const char* word : {"true", "yes", "1", "false", "no", "0"})
-    if (strcasecmp(value.c_str(), word) == 0) return "";
+    if (equalIgnoringCase(value, word)) return "";
   return "true or false";
 }
 
@@ -118,20 +118,16 @@ const Key kKeys[] = {
 // All keys with these prefixes belong to the library.
 constexpr const char* kOwnFamilies[] = {"log", "log.", "logger.", "lrpc."};
 
-bool beginsWith(const std::string& key, const std::string& prefix) {
-  return strncasecmp(key.c_str(), prefix.c_str(), prefix.size()) == 0;
-}
-
 bool isOwn(const std::string& key) {
-  if (strcasecmp(key.c_str(), kOwnFamilies[0]) == 0) return true;
+  if (equalIgnoringCase(key, kOwnFamilies[0])) return true;
   for (size_t i = 1; i < sizeof kOwnFamilies / sizeof *kOwnFamilies; ++i)
-    if (beginsWith(key, kOwnFamilies[i])) return true;
+    if (startsIgnoringCase(key, kOwnFamilies[i])) return true;
   return false;
 }
 
 bool fits(const Key& row, const std::string& key) {
-  const bool isPlain = strcasecmp(key.c_str(), row.name.c_str()) == 0;
-  const bool hasStem = key.size() > row.name.size() + 1 && beginsWith(key, row.name + '.');
+  const bool isPlain = equalIgnoringCase(key, row.name);
+  const bool hasStem = key.size() > row.name.size() + 1 && startsIgnoringCase(key, row.name + '.');
   return (isPlain && row.form != Key::Stem) || (hasStem && row.form != Key::Plain);
 }
 

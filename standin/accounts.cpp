@@ -1,10 +1,10 @@
 #include "standin/accounts.h"
 
-#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/attrnames.h>
 #include <fokrazo/sid.h>
 #include <fokrazo/strutil.h>
@@ -30,9 +30,12 @@ constexpr int kClassesWanted = 3;
 /// The number of character classes (upper case, lower case, digits, others) in a password.
 int countClasses(const std::string& password) {
   bool upperCase = false, lowerCase = false, digit = false, other = false;
-  for (char c : password) {
-    auto byte = static_cast<unsigned char>(c);
-    (isupper(byte) ? upperCase : islower(byte) ? lowerCase : isdigit(byte) ? digit : other) = true;
+  for (const char c : password) {
+    bool& used = vesk::isAsciiUpper(c)   ? upperCase
+                 : vesk::isAsciiLower(c) ? lowerCase
+                 : vesk::isAsciiDigit(c) ? digit
+                                         : other;
+    used = true;
   }
   return upperCase + lowerCase + digit + other;
 }

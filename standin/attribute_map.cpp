@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include <fokrazo/adserializer.h>
+#include <fokrazo/ascii.h>
 #include <fokrazo/attrnames.h>
 #include <fokrazo/dn.h>
 #include <fokrazo/guid.h>
@@ -181,8 +182,9 @@ unsigned kindBit(EntryKind kind) {
 
 bool isWanted(const std::string& name, const Values& wanted) {
   if (wanted.empty()) return true;
-  return std::any_of(wanted.begin(), wanted.end(),
-                     [&](const std::string& want) { return want == AD_ANY || equalFolded(want, name); });
+  return std::any_of(wanted.begin(), wanted.end(), [&](const std::string& want) {
+    return want == AD_ANY || vesk::equalIgnoringCase(want, name);
+  });
 }
 
 void append(vesk::ADObject& object, const std::string& name, const Values& values) {

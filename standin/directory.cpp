@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/attrnames.h>
 #include <fokrazo/byteorder.h>
 #include <fokrazo/dn.h>
@@ -217,7 +218,8 @@ bool Directory::isOf(EntryId id, Family family) const {
 }
 
 bool Directory::isDomainName(std::string_view name) const {
-  return !name.empty() && (equalFolded(name, domain().dnsName) || equalFolded(name, domain().netbiosName));
+  return !name.empty() && (vesk::equalIgnoringCase(name, domain().dnsName) ||
+                           vesk::equalIgnoringCase(name, domain().netbiosName));
 }
 
 const Membership& Directory::membership() const {

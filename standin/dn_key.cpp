@@ -1,7 +1,8 @@
 #include "standin/dn_key.h"
 
-#include <cctype>
 #include <cstring>
+
+#include <fokrazo/ascii.h>
 
 namespace standin {
 namespace {
@@ -9,7 +10,7 @@ namespace {
 constexpr char kDigits[] = "0123456789abcdef";
 
 int hexValue(char digit) {
-  const char* found = digit ? strchr(kDigits, tolower(static_cast<unsigned char>(digit))) : nullptr;
+  const char* found = digit ? strchr(kDigits, vesk::asciiLower(digit)) : nullptr;
   return found ? static_cast<int>(found - kDigits) : -1;
 }
 
@@ -31,8 +32,7 @@ class Part {
   void moveTo(std::string& key) {
     m_text.resize(m_end);
     size_t first = m_text.find_first_not_of(' '), last = m_text.find_last_not_of(' ');
-    for (size_t i = 0; i < m_text.size(); ++i)
-      appendLiteral(key, static_cast<unsigned char>(m_text[i]), i < first || i > last);
+    for (size_t i = 0; i < m_text.size(); ++i) appendLiteral(key, m_text[i], i < first || i > last);
     m_text.clear();
     m_end = 0;
   }
@@ -40,14 +40,15 @@ class Part {
  private:
   /// Appends one character in lower case, escaped if it could be a separator or is a leading or trailing
   /// blank.
-  static void appendLiteral(std::string& key, unsigned char c, bool isAtEdge) {
-    if ((c == ' ' && !isAtEdge) || isalnum(c) || c >= 0x80) {
-      key += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : static_cast<char>(c);
+  static void appendLiteral(std::string& key, char c, bool isAtEdge) {
+    const auto byte = static_cast<unsigned char>(c);
+    if ((c == ' ' && !isAtEdge) || vesk::isAsciiAlnum(c) || byte >= 0x80) {
+      key += vesk::asciiLower(c);
       return;
     }
     key += '\\';
-    key += kDigits[c >> 4];
-    key += kDigits[c & 15];
+    key += kDigits[byte >> 4];
+    key += kDigits[byte & 15];
   }
 
   std::string m_text;

@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include <fokrazo/ascii.h>
+
 namespace standin {
 namespace {
 
@@ -20,23 +22,11 @@ constexpr ClassRow kClasses[] = {
 
 }  // namespace
 
-bool equalFolded(std::string_view a, std::string_view b) {
-  // strncasecmp would stop at NUL bytes in binary values.
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    unsigned char x = a[i], y = b[i];
-    if (x >= 'A' && x <= 'Z') x += 'a' - 'A';
-    if (y >= 'A' && y <= 'Z') y += 'a' - 'A';
-    if (x != y) return false;
-  }
-  return true;
-}
-
 Entry::Entry(std::string dn) : m_dn(std::move(dn)) {}
 
 const Attribute* Entry::find(std::string_view name) const {
   for (const Attribute& attribute : m_attributes)
-    if (equalFolded(attribute.name, name)) return &attribute;
+    if (vesk::equalIgnoringCase(attribute.name, name)) return &attribute;
   return nullptr;
 }
 
@@ -56,15 +46,16 @@ bool Entry::has(std::string_view name, std::string_view value) const {
   const Attribute* attribute = find(name);
   if (!attribute) return false;
   for (const std::string& own : attribute->values)
-    if (equalFolded(own, value)) return true;
+    if (vesk::equalIgnoringCase(own, value)) return true;
   return false;
 }
 
 Attribute& Entry::obtain(std::string_view name) {
   // Records list the values of an attribute consecutively, so it is nearly always the last attribute.
-  if (!m_attributes.empty() && equalFolded(m_attributes.back().name, name)) return m_attributes.back();
+  if (!m_attributes.empty() && vesk::equalIgnoringCase(m_attributes.back().name, name))
+    return m_attributes.back();
   for (Attribute& attribute : m_attributes)
-    if (equalFolded(attribute.name, name)) return attribute;
+    if (vesk::equalIgnoringCase(attribute.name, name)) return attribute;
   m_attributes.push_back({std::string(name), {}});
   return m_attributes.back();
 }

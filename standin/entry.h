@@ -53,7 +53,4 @@ class Entry {
   std::vector<Attribute> m_attributes;
 };
 
-/// Whether two texts are equal, ignoring the case of ASCII letters.
-bool equalFolded(std::string_view a, std::string_view b);
-
 }  // namespace standin

@@ -1,10 +1,10 @@
 #include "standin/ldap_filter.h"
 
-#include <cctype>
 #include <charconv>
 #include <utility>
 #include <vector>
 
+#include <fokrazo/ascii.h>
 #include <fokrazo/sid.h>
 #include <fokrazo/strutil.h>
 #include "standin/entry.h"
@@ -82,7 +82,8 @@ class ValueNode : public Node {
   explicit ValueNode(std::string attribute) : m_attribute(std::move(attribute)) {}
   bool matches(const Entry& entry) const override {
     // Every entry has this attribute, even if the record does not list it.
-    if (equalFolded(m_attribute, "distinguishedName") && !entry.find(m_attribute)) return test(entry.dn());
+    if (vesk::equalIgnoringCase(m_attribute, "distinguishedName") && !entry.find(m_attribute))
+      return test(entry.dn());
     const Attribute* attribute = entry.find(m_attribute);
     if (!attribute) return false;
     for (const std::string& value : attribute->values)
@@ -109,14 +110,16 @@ class EqualNode : public ValueNode {
  public:
   EqualNode(const std::string& attribute, std::string asserted)
       : ValueNode(attribute), m_asserted(std::move(asserted)) {
-    if (equalFolded(attribute, "objectSid") && m_asserted.compare(0, 4, "S-1-") == 0)
+    if (vesk::equalIgnoringCase(attribute, "objectSid") && m_asserted.compare(0, 4, "S-1-") == 0)
       m_asserted = vesk::SID(m_asserted).bytes();
-    m_isShortCategory = equalFolded(attribute, "objectCategory") && m_asserted.find('=') == std::string::npos;
+    m_isShortCategory =
+        vesk::equalIgnoringCase(attribute, "objectCategory") && m_asserted.find('=') == std::string::npos;
   }
 
  private:
   bool test(const std::string& value) const override {
-    return equalFolded(m_isShortCategory ? shortCategory(value) : std::string_view(value), m_asserted);
+    return vesk::equalIgnoringCase(m_isShortCategory ? shortCategory(value) : std::string_view(value),
+                                   m_asserted);
   }
 
   std::string m_asserted;
@@ -278,7 +281,7 @@ class Parser {
       while (!atEnd() && isNameCharacter(peek())) ++m_position;
       std::string part(m_text.substr(start, m_position - start));
       if (part.empty()) fail("a matching rule is missing");
-      if (!equalFolded(part, "dn")) rule = part;
+      if (!vesk::equalIgnoringCase(part, "dn")) rule = part;
     }
     expect(':');
     expect('=');
@@ -325,13 +328,13 @@ class Parser {
   }
 
   static bool isNameCharacter(char c) {
-    return isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '.' || c == ';' || c == '_';
+    return vesk::isAsciiAlnum(c) || c == '-' || c == '.' || c == ';' || c == '_';
   }
 
   bool atEnd() const { return m_position == m_text.size(); }
   char peek() const { return atEnd() ? '\0' : m_text[m_position]; }
   void skipBlanks() {
-    while (!atEnd() && isspace(static_cast<unsigned char>(peek()))) ++m_position;
+    while (!atEnd() && vesk::isAsciiSpace(peek())) ++m_position;
   }
   void expect(char c) {
     if (peek() != c || atEnd()) fail(std::string("a \"") + c + "\" is missing");

@@ -10,6 +10,7 @@
 
 #include <ldif.h>
 
+#include <fokrazo/ascii.h>
 #include "standin/error.h"
 
 namespace standin {
@@ -67,17 +68,17 @@ class RecordParser {
     std::string_view name = line.name();
     if (m_entry) {
       takeAttribute(name, line.value());
-    } else if (equalFolded(name, "dn")) {
+    } else if (vesk::equalIgnoringCase(name, "dn")) {
       m_entry = std::make_unique<Entry>(line.value());
-    } else if (!equalFolded(name, "version")) {
+    } else if (!vesk::equalIgnoringCase(name, "version")) {
       fail("does not begin with its dn");
     }
   }
 
   void takeAttribute(std::string_view name, std::string value) {
-    if (!equalFolded(name, "changetype")) {
+    if (!vesk::equalIgnoringCase(name, "changetype")) {
       m_entry->add(name, std::move(value));
-    } else if (!equalFolded(value, "add")) {
+    } else if (!vesk::equalIgnoringCase(value, "add")) {
       fail("not a content record");
     }
   }
