@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -75,16 +76,12 @@ bool Connection::nextRequest(std::string_view& message) {
   return true;
 }
 
-void Connection::send(std::string bytes) {
+void Connection::send(std::string bytes, size_t mostAtOnce) {
   m_output = std::move(bytes);
+  m_mostAtOnce = mostAtOnce;
   m_sent = 0;
   m_state = State::Sending;
   flush();
-}
-
-void Connection::trickle(std::string bytes) {
-  m_trickles = true;
-  send(std::move(bytes));
 }
 
 void Connection::sendLast(std::string bytes) {
@@ -93,16 +90,15 @@ void Connection::sendLast(std::string bytes) {
 }
 
 void Connection::flush() {
-  while (m_sent < m_output.size()) {
-    const size_t left = m_output.size() - m_sent;
-    const ssize_t count = ::send(m_fd.get(), m_output.data() + m_sent, m_trickles ? 1 : left, MSG_NOSIGNAL);
+  const size_t stop = m_sent + std::min(m_output.size() - m_sent, m_mostAtOnce);
+  while (m_sent < stop) {
+    const ssize_t count = ::send(m_fd.get(), m_output.data() + m_sent, stop - m_sent, MSG_NOSIGNAL);
     if (count < 0) {
       if (!isTemporary(errno)) end();
       return;
     }
     m_lastProgress = EventLoop::Clock::now();
     m_sent += static_cast<size_t>(count);
-    if (m_trickles) break;
   }
   if (m_sent == m_output.size()) finishReply();
 }
@@ -111,7 +107,6 @@ void Connection::finishReply() {
   explicit_bzero(m_output.data(), m_output.size());
   // Frees the memory; most replies are small.
   std::string().swap(m_output);
-  m_trickles = false;
   m_state = State::Idle;
   if (!m_isLast) return;
   // Closing immediately could destroy a reply that the client has not read yet.

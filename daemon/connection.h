@@ -45,10 +45,9 @@ class Connection {
   /// the next call of handle or nextRequest. The connection is then answering until one of the calls below.
   bool nextRequest(std::string_view& message);
 
-  /// Answers the request with these bytes, sent as the socket accepts them.
-  void send(std::string bytes);
-  /// As send, one byte in each round of the loop.
-  void trickle(std::string bytes);
+  /// Answers the request with these bytes, sent as the socket accepts them, at most `mostAtOnce` in each
+  /// round of the loop.
+  void send(std::string bytes, size_t mostAtOnce = std::string::npos);
   /// As send, followed by the end of the stream.
   void sendLast(std::string bytes);
   /// Whether the client has read all that was sent.
@@ -73,7 +72,7 @@ class Connection {
   EventLoop::Clock::time_point m_lastProgress = EventLoop::Clock::now();
   std::string m_output;
   size_t m_sent = 0;
-  bool m_trickles = false;
+  size_t m_mostAtOnce = std::string::npos;
   bool m_isLast = false;
 };
 

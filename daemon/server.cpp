@@ -54,6 +54,7 @@ bool Server::restart() {
     entry.second.connection->end();
   }
   m_connections.clear();
+  m_connectionsOfUser.clear();
   return true;
 }
 
@@ -66,17 +67,38 @@ bool Server::listenAgain() {
   }
 }
 
-// Closes the connection if the system cannot serve it.
+// Closes the connection if its user has too many, or if the system cannot serve it.
 void Server::add(Descriptor descriptor) {
   const int fd = descriptor.get();
+  ConnectionPtr connection;
   try {
-    const auto connection = std::make_shared<Connection>(std::move(descriptor), m_limits.frameBytes);
+    connection = std::make_shared<Connection>(std::move(descriptor), m_limits.frameBytes);
+    const unsigned uid = connection->client()->caller.uid;
+    if (!mayConnect(uid)) {
+      if (m_log) m_log("user " + std::to_string(uid) + " has too many connections");
+      return;
+    }
+    size_t& ofUser = m_connectionsOfUser[uid];
     m_connections[fd] = {connection, {}};
+    ++ofUser;
     m_loop.watch(fd, connection->wanted(),
                  [this, connection](unsigned events) { handle(connection, events); });
   } catch (const std::exception&) {
-    m_connections.erase(fd);
+    if (connection) forget(*connection);
   }
+}
+
+bool Server::mayConnect(unsigned uid) const {
+  const auto ofUser = m_connectionsOfUser.find(uid);
+  return m_limits.connectionsOfUser == 0 || ofUser == m_connectionsOfUser.end() ||
+         ofUser->second < m_limits.connectionsOfUser;
+}
+
+// Unless it was not counted yet.
+void Server::forget(const Connection& connection) {
+  if (m_connections.erase(connection.fd()) == 0) return;
+  const auto ofUser = m_connectionsOfUser.find(connection.client()->caller.uid);
+  if (--ofUser->second == 0) m_connectionsOfUser.erase(ofUser);
 }
 
 // Running out of memory ends only the connection that needed it.
@@ -177,7 +199,7 @@ void Server::settle(const ConnectionPtr& connection) {
 
 void Server::remove(const ConnectionPtr& connection) {
   m_loop.forget(connection->fd());
-  m_connections.erase(connection->fd());
+  forget(*connection);
   // The descriptor is closed with the last reference to the connection, before the next round.
   m_acceptor.resume();
 }

@@ -20,13 +20,16 @@
 
 namespace brondalt {
 
-/// Limits for each client.
+/// Limits for each client, and for each user.
 struct Limits {
   /// A longer request ends the connection.
   size_t frameBytes = 1 << 20;
   /// The time for a client to send the rest of a request or to accept more of a reply, before its connection
   /// is closed; and for the back end to answer, before the client gets "server unreachable".
   std::chrono::milliseconds step = std::chrono::minutes(5);
+  /// The most connections of one user; further ones are closed at once. 0 for no limit. Without one, a single
+  /// user could take all of the daemon's descriptors.
+  size_t connectionsOfUser = 4096;
 };
 
 /// Serves any number of clients on a loop. No client can delay or disconnect the others: each has one active
@@ -58,6 +61,8 @@ class Server {
 
   bool listenAgain();
   void add(Descriptor fd);
+  bool mayConnect(unsigned uid) const;
+  void forget(const Connection& connection);
   void handle(const ConnectionPtr& connection, unsigned events);
   void serve(const ConnectionPtr& connection);
   void answer(const ConnectionPtr& connection, std::string_view message);
@@ -82,8 +87,9 @@ class Server {
   Log m_log;
   Dispatcher m_dispatcher;
   Acceptor m_acceptor;
-  std::unordered_map<int, Entry> m_connections;  // by descriptor
-  const Connection* m_served = nullptr;          // the one that serve() is working on
+  std::unordered_map<int, Entry> m_connections;              // by descriptor
+  std::unordered_map<unsigned, size_t> m_connectionsOfUser;  // how many of them are a user's, by uid
+  const Connection* m_served = nullptr;                      // the one that serve() is working on
   bool m_isStopping = false;
   std::shared_ptr<Server*> m_self;  // held weakly by tasks and completions, which may outlive this object
 };

@@ -50,7 +50,7 @@ void FaultyTraffic::deliver(brondalt::Connection& connection, std::string_view m
     case Fault::Cut:
       return connection.sendLast(bytes.substr(0, sizeof(uint32_t)));
     case Fault::Trickle:
-      return connection.trickle(std::move(bytes));
+      return connection.send(std::move(bytes), 1);
     default:
       return connection.send(std::move(bytes));
   }

@@ -303,6 +303,25 @@ TEST_F(ServerTest, ARequestMayBeAsLongAsTheLimit) {
   EXPECT_TRUE(client().send(word(UINT32_MAX)).isEnded());
 }
 
+TEST_F(ServerTest, ConnectionsOfAUserAreLimited) {
+  Limits limits;
+  limits.connectionsOfUser = 2;
+  start(limits);
+  RawClient first = client(), second = client();
+  for (RawClient* one : {&first, &second}) EXPECT_EQ(one->ask(m_ping, kPong), kPong);
+  EXPECT_TRUE(client().isEnded());
+  onLoop(
+      [this] { EXPECT_EQ(m_lastLine, "user " + std::to_string(geteuid()) + " has too many connections"); });
+  EXPECT_EQ(second.ask(m_ping, kPong), kPong);
+  EXPECT_TRUE(first.send(framed("no message at all")).isEnded()) << "makes room for another one";
+  RawClient third = client();
+  EXPECT_EQ(third.ask(m_ping, kPong), kPong);
+  onLoop([this] { m_server->restart(); });
+  EXPECT_TRUE(third.isEnded());
+  RawClient fourth = client(), fifth = client();
+  for (RawClient* one : {&fourth, &fifth}) EXPECT_EQ(one->ask(m_ping, kPong), kPong) << "after a restart";
+}
+
 TEST_F(ServerTest, TheOldestSearchGivesWayAndPagesHaveADefaultSize) {
   start();
   const std::string one = answered(0, "", integer(1) + octets({object()->data(), object()->size()}), 23);
