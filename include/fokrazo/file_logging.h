@@ -20,8 +20,9 @@ class LogCache;
 /// effective user, a file with a second hard link is refused (EMLINK), and so is anything but a regular file
 /// or a character device (ENXIO). A pipe or FIFO is accepted if a link that root owns leads to it, as
 /// /dev/stdout does in a container; it has no cache, and what it does not accept within 100 ms goes to
-/// syslog. Write and rotation errors are not reported. Thread-safe; some operations require the lock to be
-/// held.
+/// syslog. While writing fails, as on a full disk, lines are lost: syslog gets one message about that, and
+/// one when writing works again. Rotation errors are not reported. Thread-safe; some operations require the
+/// lock to be held.
 class FOKRAZO_API FileLogging {
  public:
   /// A closed log.
@@ -85,16 +86,19 @@ class FOKRAZO_API FileLogging {
 
  private:
   class Line;
+  struct Afterwards;
 
   void makeCache() FOKRAZO_REQUIRES(mutex);
-  bool logLocked(const char* format, va_list args, std::unique_ptr<LogBackups>& rotated)
-      FOKRAZO_REQUIRES(mutex) __attribute__((format(printf, 2, 0)));
+  bool logLocked(const char* format, va_list args, Afterwards& afterwards) FOKRAZO_REQUIRES(mutex)
+      __attribute__((format(printf, 2, 0)));
   bool isFlushDue() FOKRAZO_REQUIRES(mutex);
   bool writeLine(bool flushDue, const char* format, va_list args) FOKRAZO_REQUIRES(mutex)
       __attribute__((format(printf, 3, 0)));
   void printLine(const Line& line) FOKRAZO_REQUIRES(mutex);
   template <class Write>
   bool writeForGood(Write write) FOKRAZO_REQUIRES(mutex);
+  void noteFailedWrite(int error) FOKRAZO_REQUIRES(mutex);
+  std::string takeNotice() FOKRAZO_REQUIRES(mutex);
   bool flushCache() FOKRAZO_REQUIRES(mutex);
   void forgetCache() FOKRAZO_REQUIRES(mutex);
   std::string takeUnwritten() FOKRAZO_REQUIRES(mutex);
@@ -107,11 +111,13 @@ class FOKRAZO_API FileLogging {
   FILE* m_file FOKRAZO_GUARDED_BY(mutex) = nullptr;
   std::string m_path FOKRAZO_GUARDED_BY(mutex);
   Settings m_settings FOKRAZO_GUARDED_BY(mutex);
-  unsigned int m_unflushed : 30 FOKRAZO_GUARDED_BY(mutex);  // messages since the last flush
+  unsigned int m_unflushed : 29 FOKRAZO_GUARDED_BY(mutex);  // messages since the last flush
   bool m_isPipe : 1 FOKRAZO_GUARDED_BY(mutex);
   bool m_isGone : 1 FOKRAZO_GUARDED_BY(mutex);  // the file was removed, and cannot be created again
+  bool m_isFailureReported : 1 FOKRAZO_GUARDED_BY(mutex);  // syslog was told that writing fails
   std::unique_ptr<LogCache> m_cache FOKRAZO_GUARDED_BY(mutex);
   std::unique_ptr<char[]> m_streamBuffer FOKRAZO_GUARDED_BY(mutex);  // of m_file, if there is no cache
+  int m_writeError FOKRAZO_GUARDED_BY(mutex) = 0;  // errno of the last write, 0 if it worked
 };
 
 }  // namespace vesk

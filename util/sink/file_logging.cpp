@@ -159,6 +159,19 @@ class FileLogging::Line {
   bool m_endsLine;
 };
 
+/// What a log call does after `mutex` is released, because it may take long.
+struct FileLogging::Afterwards {
+  std::string unwritten;                // lines for syslog
+  std::string notice;                   // about the file itself, for syslog
+  std::unique_ptr<LogBackups> rotated;  // to be compressed
+
+  void carryOut() {
+    sendToSyslog(unwritten);
+    if (!notice.empty()) writeSyslog(LOG_ERR, notice.c_str());
+    if (rotated) rotated->compress();
+  }
+};
+
 FileLogging::Settings FileLogging::Settings::read() {
   Properties& properties = *Props(false, false);
   Settings settings;
@@ -175,7 +188,7 @@ FileLogging::Settings FileLogging::Settings::read() {
   return settings;
 }
 
-FileLogging::FileLogging() : m_unflushed(0), m_isPipe(false), m_isGone(false) {}
+FileLogging::FileLogging() : m_unflushed(0), m_isPipe(false), m_isGone(false), m_isFailureReported(false) {}
 
 FileLogging::FileLogging(const char* path) : FileLogging() {
   init(path);
@@ -196,6 +209,8 @@ int FileLogging::init(const char* path, const Settings& settings) {
   closeLog();
   m_path = path;
   m_settings = settings;
+  m_writeError = 0;
+  m_isFailureReported = false;
   const int error = openLog(false);
   if (error == 0) makeCache();
   return error;
@@ -279,17 +294,16 @@ void FileLogging::closeFile() {
 }
 
 void FileLogging::log(const char* format, va_list args) {
-  std::unique_ptr<LogBackups> rotated;
+  Afterwards afterwards;
   {
     Lock lock(mutex);
-    logLocked(format, args, rotated);
+    logLocked(format, args, afterwards);
   }
-  if (rotated) rotated->compress();
+  afterwards.carryOut();
 }
 
 bool FileLogging::logIfOpened(const char* format, va_list args) {
-  std::unique_ptr<LogBackups> rotated;
-  std::string unwritten;
+  Afterwards afterwards;
   bool isTaken = false;
   {
     Lock lock(mutex);
@@ -297,12 +311,11 @@ bool FileLogging::logIfOpened(const char* format, va_list args) {
     if (m_isGone && (!isFlushDue() || openFile() != 0)) return false;
     va_list copy;
     va_copy(copy, args);
-    isTaken = logLocked(format, copy, rotated);
+    isTaken = logLocked(format, copy, afterwards);
     va_end(copy);
-    unwritten = takeUnwritten();
+    afterwards.unwritten = takeUnwritten();
   }
-  sendToSyslog(unwritten);
-  if (rotated) rotated->compress();
+  afterwards.carryOut();
   return isTaken;
 }
 
@@ -312,13 +325,13 @@ bool FileLogging::isFlushDue() {
   return true;
 }
 
-// Returns false if the line was not accepted. The caller compresses `rotated` without the lock, because a
-// large file takes seconds.
-bool FileLogging::logLocked(const char* format, va_list args, std::unique_ptr<LogBackups>& rotated) {
+// Returns false if the line was not accepted.
+bool FileLogging::logLocked(const char* format, va_list args, Afterwards& afterwards) {
   const bool flushDue = isFlushDue();
-  if (!writeLine(flushDue, format, args)) return false;
-  if (flushDue && !m_isGone) rotated = rotate();
-  return true;
+  const bool isTaken = writeLine(flushDue, format, args);
+  afterwards.notice = takeNotice();
+  if (isTaken && flushDue && !m_isGone) afterwards.rotated = rotate();
+  return isTaken;
 }
 
 bool FileLogging::writeLine(bool flushDue, const char* format, va_list args) {
@@ -337,6 +350,7 @@ bool FileLogging::writeLine(bool flushDue, const char* format, va_list args) {
   const Line line(format, args);
   if (!flushDue) {
     printLine(line);
+    if (ferror(m_file)) noteFailedWrite(errno);
     return true;
   }
   const std::unique_ptr<SigpipeBlocked> sigpipeBlocked(m_isPipe ? new SigpipeBlocked : nullptr);
@@ -362,12 +376,36 @@ template <class Write>
 bool FileLogging::writeForGood(Write write) {
   constexpr int kAttempts = 3;
   write();
+  int error = errno;
   for (int attempt = 1; isRemoved(); ++attempt) {
     m_isGone = attempt == kAttempts || openFile() != 0;
     if (m_isGone) return false;
     write();
+    error = errno;
   }
+  if (m_file == nullptr) return true;
+  m_writeError = 0;
+  if (ferror(m_file)) noteFailedWrite(error);
   return true;
+}
+
+void FileLogging::noteFailedWrite(int error) {
+  m_writeError = error != 0 ? error : EIO;
+  clearerr(m_file);
+}
+
+// What syslog is to be told about the file; empty if it knows already.
+std::string FileLogging::takeNotice() {
+  if ((m_writeError != 0) == m_isFailureReported) return {};
+  m_isFailureReported = m_writeError != 0;
+  std::string text = m_isFailureReported ? "Log messages are lost: cannot write " + m_path + ": "
+                                         : "Log messages are no longer lost: can write " + m_path;
+  // The text is the thread's own. NOLINTNEXTLINE(concurrency-mt-unsafe)
+  if (m_isFailureReported) text += strerror(m_writeError);
+  std::string notice;
+  appendEscaped(text.data(), text.size(),
+                [&](const char* part, size_t length) { notice.append(part, length); });
+  return notice;
 }
 
 bool FileLogging::isRemoved() const {

@@ -3,6 +3,7 @@
 #include <fokrazo/file_logging.h>
 
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <syslog.h>
 
 #include <fokrazo/log.h>
@@ -338,6 +339,34 @@ TEST_F(LogFileTest, AFullDiskCostsOnlyTheLinesAndDelaysABackup) {
   EXPECT_EQ(paths().size(), 3u);
   file.destroy();
   ASSERT_EQ(umount(m_dir.c_str()), 0);
+}
+
+// With and without a cache. A limit of the file size stands in for a full disk.
+TEST_F(LogFileTest, LostLinesAreReportedOnceAndSoIsRecovery) {
+  const auto before = signal(SIGXFSZ, SIG_IGN);
+  rlimit unlimited;
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &unlimited), 0);
+  const rlimit none = {0, unlimited.rlim_max};
+  for (const int frequency : {1, 3}) {
+    SyslogSocket syslogd;
+    const auto logger = Logger::GetLogger("full");
+    const auto log = [&](const char* text) {
+      for (int i = 0; i < 3 * frequency; ++i) VESK_LOG(logger, Info, "%s", text);
+    };
+    configure("logger.destination: " + in("log") +
+              "\nlogger.file.flush.frequency: " + std::to_string(frequency) + "\n");
+    log("works");
+    EXPECT_EQ(syslogd.texts(), Texts()) << frequency;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &none), 0);
+    log("is lost");
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    log("works again");
+    EXPECT_EQ(syslogd.texts(), (Texts{"Log messages are lost: cannot write " + in("log") + ": File too large",
+                                      "Log messages are no longer lost: can write " + in("log")}))
+        << frequency;
+    EXPECT_EQ(linesOf(in("log")).back(), "INFO  full works again");
+  }
+  signal(SIGXFSZ, before);
 }
 
 // Both processes write and rotate: every line is complete in one of the files. A block that one process wrote
