@@ -80,10 +80,6 @@ std::vector<gid_t> groupsOf(const std::string& name) {
 
 // --- Enumeration ---
 
-// Ends an enumeration after this many consecutive entries that cannot appear on the host, so that every call
-// returns.
-constexpr int kMaxSkipped = 10000;
-
 // The process's enumeration of one database. Thread-safe; created on first use and never destroyed.
 template <class Database>
 class Enumeration {
@@ -123,11 +119,8 @@ class Enumeration {
   void advance() {
     if (m_end) throw Failure{*m_end};
     endOnFailure([this] {
-      for (int skipped = 0; skipped <= kMaxSkipped; ++skipped) {
-        m_pending = usableView<Database>(m_session->next(Database::kType));
-        if (m_pending) return;
-      }
-      fail(vesk::VR_BAD_DATA);
+      // The end of the listing is a failure, so this ends.
+      while (!m_pending) m_pending = usableView<Database>(m_session->next(Database::kType));
     });
   }
 
