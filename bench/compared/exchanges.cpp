@@ -21,7 +21,7 @@ void printMicroseconds(const std::string& key, double nanoseconds) {
 }
 
 template <class Work>
-void measure(const std::string& key, Work&& work) {
+void measureExchange(const std::string& key, Work&& work) {
   printMicroseconds(key + ".1cpu", nanosecondsOf(work, kBatchMs, kBatches));
   print(key + ".allocs", allocationsOf(work), "allocs");
 }
@@ -29,8 +29,8 @@ void measure(const std::string& key, Work&& work) {
 void measurePing() {
   const CannedPeer peer(emptyReply(), kCpu);
   vesk::LocalRpcSession session(peer.path(), false, false);
-  measure("ours.ping", [&] { session.ping(); });
-  measure("ours.reconnect", [&] {
+  measureExchange("ours.ping", [&] { session.ping(); });
+  measureExchange("ours.reconnect", [&] {
     session.dropConnection();
     session.ping();
   });
@@ -40,7 +40,7 @@ void measureGetUser() {
   const CannedPeer peer(objectReply(daemonUser()), kCpu);
   vesk::LocalRpcSession session(peer.path(), false, false);
   const std::string name = kName;
-  measure("ours.getuser", [&] { keep(session.getUser(name, 0).get()); });
+  measureExchange("ours.getuser", [&] { keep(session.getUser(name, 0).get()); });
 }
 
 void measureList() {

@@ -15,12 +15,6 @@
 namespace bench {
 namespace {
 
-template <class Work>
-void measure(const std::string& key, Work&& work) {
-  print(key, nanosecondsOf(work), "ns");
-  print(key + ".allocs", allocationsOf(work), "allocs");
-}
-
 /// Blobs that stay in place, each with its reader.
 class Blobs {
  public:

@@ -5,16 +5,6 @@
 #include "bench/support/measure.h"
 
 namespace bench {
-namespace {
-
-template <class Work>
-void measure(const std::string& key, Work&& work) {
-  print(key, nanosecondsOf(work), "ns");
-  print(key + ".allocs", allocationsOf(work), "allocs");
-}
-
-}  // namespace
-
 void measureValues() {
   const std::string sidText = "S-1-5-21-1004336348-1177238915-682003330-51234";
   const vesk::SID sid(sidText);

@@ -96,4 +96,11 @@ Comparison compare(Ours&& ours, Other&& other, double batchMs = 1, int batches =
 /// Prints a measurement on a line of standard output: key, value and unit, separated by tabs.
 void print(const std::string& key, double value, const char* unit);
 
+/// Measures a piece of work and prints its time, and as `key.allocs` its heap allocations.
+template <class Work>
+void measure(const std::string& key, Work&& work) {
+  print(key, nanosecondsOf(work), "ns");
+  print(key + ".allocs", allocationsOf(work), "allocs");
+}
+
 }  // namespace bench
