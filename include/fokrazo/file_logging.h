@@ -20,9 +20,9 @@ class LogCache;
 /// effective user, a file with a second hard link is refused (EMLINK), and so is anything but a regular file
 /// or a character device (ENXIO). A pipe or FIFO is accepted if a link that root owns leads to it, as
 /// /dev/stdout does in a container; it has no cache, and what it does not accept within 100 ms goes to
-/// syslog. While writing fails, as on a full disk, lines are lost: syslog gets one message about that, and
-/// one when writing works again. Rotation errors are not reported. Thread-safe; some operations require the
-/// lock to be held.
+/// syslog. While writing to a file fails, as on a full disk, lines are lost: syslog gets one message about
+/// that, and one when writing works again. Rotation errors are not reported. Thread-safe; some operations
+/// require the lock to be held.
 class FOKRAZO_API FileLogging {
  public:
   /// A closed log.

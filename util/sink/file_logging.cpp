@@ -383,7 +383,7 @@ bool FileLogging::writeForGood(Write write) {
     write();
     error = errno;
   }
-  if (m_file == nullptr) return true;
+  if (m_file == nullptr || m_isPipe) return true;
   m_writeError = 0;
   if (ferror(m_file)) noteFailedWrite(error);
   return true;
