@@ -97,8 +97,8 @@ class FOKRAZO_API FileLogging {
   void printLine(const Line& line) FOKRAZO_REQUIRES(mutex);
   template <class Write>
   bool writeForGood(Write write) FOKRAZO_REQUIRES(mutex);
-  void noteFailedWrite(int error) FOKRAZO_REQUIRES(mutex);
-  std::string takeNotice() FOKRAZO_REQUIRES(mutex);
+  __attribute__((visibility("hidden"))) void noteFailedWrite(int error) FOKRAZO_REQUIRES(mutex);
+  __attribute__((visibility("hidden"))) std::string takeNotice() FOKRAZO_REQUIRES(mutex);
   bool flushCache() FOKRAZO_REQUIRES(mutex);
   void forgetCache() FOKRAZO_REQUIRES(mutex);
   std::string takeUnwritten() FOKRAZO_REQUIRES(mutex);
