@@ -78,32 +78,26 @@ TEST_F(OsUtilTest, DistributionsAreRecognised) {
     installCommand(command);
     put("/etc/" + file, content);
     std::string os = "old", version = "old";
-    OSVersion(os, version);
+    try {
+      OSVersion(os, version);
+    } catch (const std::out_of_range&) {
+      os = version = "too short";
+    }
     EXPECT_EQ(os, system != "-" ? system : kernel.sysname) << content;
     EXPECT_EQ(version, release != "-" ? release : kernel.release) << content;
   }
 }
 
-TEST_F(OsUtilTest, SkipsNonFilesAndThrowsForShortLines) {
+TEST_F(OsUtilTest, SkipsWhatIsNoFile) {
   put(in("target"), "NAME=Planted\nVERSION_ID=1\n");
-  ASSERT_EQ(symlink(in("target").c_str(), "/etc/linked-release"), 0);
-  ASSERT_EQ(mkdir("/etc/dir-release", 0755) + mkfifo("/etc/pipe-release", 0600), 0);
+  shell("ln -s $PWD/target /etc/linked-release; mkdir /etc/dir-release; mkfifo -m 600 /etc/pipe-release");
   std::string os = "untouched", version = os;
   EXPECT_FALSE(linuxDistro(os, version));
   EXPECT_EQ(os + version, "untoucheduntouched");
   EXPECT_TRUE(isLogged("linuxDistroBySearch: OS and version not found"));
-  ASSERT_EQ(unlink("/etc/os-release") + symlink(in("target").c_str(), "/etc/os-release"), 0);
+  shell("ln -sf $PWD/target /etc/os-release");
   OSVersion(os, version);
   EXPECT_NE(os, "Planted");
-  const std::pair<std::string, const char*> files[] = {
-      {"x-release", "Some release"}, {"gentoo-release", "Gentoo"}, {"slackware-version", "Slack"}};
-  for (const auto& [name, content] : files) {
-    clearReleaseFiles();
-    put("/etc/" + name, content);
-    EXPECT_THROW(OSVersion(os, version), std::out_of_range) << name;
-  }
-  installCommand("Distributor ID:\tX\nRelease:");
-  EXPECT_THROW(OSVersion(os, version), std::out_of_range);
 }
 
 /// Writes login records. A name may fill its field.

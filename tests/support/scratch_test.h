@@ -109,6 +109,23 @@ class ScratchTest : public ::testing::Test {
     return lstat(path.c_str(), &info) == 0 ? info.st_mode : 0;
   }
 
+  static std::pair<uid_t, gid_t> ownerOf(const std::string& path) {
+    struct stat info = {};
+    lstat(path.c_str(), &info);
+    return {info.st_uid, info.st_gid};
+  }
+
+  /// Runs a script of the shell in the test's directory.
+  void shell(const std::string& script) const {
+    ASSERT_EQ(system(("cd '" + m_dir + "' && " + script).c_str()), 0) << script;
+  }
+
+  /// The text with the test's directory for each "@".
+  std::string here(std::string text) const {
+    for (size_t at; (at = text.find('@')) != std::string::npos;) text.replace(at, 1, m_dir);
+    return text;
+  }
+
   std::string m_dir;
 
  private:

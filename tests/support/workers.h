@@ -6,7 +6,7 @@
 #include "util/thread/clock.h"
 #include "util/thread/pause.h"
 
-/// wait() blocks until open() has been called as often as it asks for.
+/// wait() blocks until open() has been called as often as it asks for; after a minute it ends the program.
 class Gate {
  public:
   void open() {
@@ -16,7 +16,7 @@ class Gate {
   }
   void wait(int openings = 1) {
     std::unique_lock<std::mutex> guard(m_mutex);
-    m_changed.wait(guard, [&] { return m_openings >= openings; });
+    if (!m_changed.wait_for(guard, std::chrono::minutes(1), [&] { return m_openings >= openings; })) abort();
   }
 
  private:

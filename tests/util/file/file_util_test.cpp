@@ -4,6 +4,7 @@
 
 #include <fokrazo/osport.h>
 #include <fokrazo/secure_open.h>
+#include "tests/support/rows.h"
 #include "tests/support/workers.h"
 #include "tests/support/world_test.h"
 
@@ -19,12 +20,6 @@ constexpr char kDir[] = "/var/zantrel";
 constexpr char kTempDir[] = "/var/zantrel/tmp";
 
 using Owner = std::pair<uid_t, gid_t>;
-
-Owner ownerOf(const std::string& path) {
-  struct stat info = {};
-  lstat(path.c_str(), &info);
-  return {info.st_uid, info.st_gid};
-}
 
 class FileUtilTest : public WorldTest {};
 
@@ -63,10 +58,9 @@ TEST_F(FileUtilTest, RenamesWithOrWithoutAnException) {
 }
 
 TEST_F(FileUtilTest, TemporaryFilesHaveModeAndOwnerOrDoNotExist) {
-  using Make = std::function<void(mode_t mode, uid_t user, gid_t group)>;
   std::string name;
   std::ofstream out;
-  const Make makers[] = {
+  const std::function<void(mode_t mode, uid_t user, gid_t group)> makers[] = {
       [&](mode_t mode, uid_t user, gid_t group) { close(mkstemp(name = in("a.XXXXXX"), mode, user, group)); },
       [&](mode_t mode, uid_t user, gid_t group) {
         EXPECT_EQ(OpenTempFile((name = in("b.XXXXXX")).data(), mode, user, group, out), 0);
@@ -77,7 +71,7 @@ TEST_F(FileUtilTest, TemporaryFilesHaveModeAndOwnerOrDoNotExist) {
   };
   const bool owners = canBeOrdinaryUser();
   const Owner owner = owners ? Owner{kOrdinaryUser, 7} : Owner{getuid(), getgid()};
-  for (const Make& make : makers) {
+  for (const auto& make : makers) {
     make(0604, owner.first, owner.second);
     EXPECT_EQ(modeOf(name), S_IFREG | 0604u);
     EXPECT_EQ(ownerOf(name), owner);
@@ -94,7 +88,7 @@ TEST_F(FileUtilTest, TemporaryFilesHaveModeAndOwnerOrDoNotExist) {
   ASSERT_EQ(chmod(m_dir.c_str(), 0777), 0);
   const auto giveToRoot = [&] {
     const long descriptors = openDescriptors();
-    for (const Make& make : makers)
+    for (const auto& make : makers)
       EXPECT_FAILURE(kCallFailed + ": Operation not permitted", make(0600, 0, 0));
     EXPECT_EQ(openDescriptors(), descriptors);
   };
@@ -131,20 +125,15 @@ TEST_F(FileUtilTest, DescriptorsAreCloseOnExecAndAboveTheStandardStreams) {
 }
 
 TEST_F(FileUtilTest, FollowsLinksByHand) {
-  const std::string rows[][3] = {{"absolute", in("file"), in("file")},
-                                 {"relative", "file", in("file")},
-                                 {"sub/chain", "../relative", in("sub/../file")},
-                                 {"dangling", "none", ""},
-                                 {"loop", "loop", ""}};
-  put(in("file"), "");
-  ASSERT_EQ(mkdir(in("sub").c_str(), 0755), 0);
+  shell("touch file; mkdir sub");
   configure("brondalt.clients.threads.stacksize: 262144\n");  // enough for chains of any length
   Worker([&] {
-    for (const auto& [link, target, result] : rows) {
-      EXPECT_EQ(symlink(target.c_str(), in(link).c_str()), 0);
+    for (const auto& [link, target, result] :
+         rowsOf<3>("util/file/rows.txt", "links: name, target, result")) {
+      EXPECT_EQ(symlink(here(target).c_str(), in(link).c_str()), 0);
       std::string out = "untouched";
       EXPECT_EQ(GetSymLinkPath(in(link).c_str(), out, 0), !result.empty()) << link;
-      EXPECT_EQ(out, result);
+      EXPECT_EQ(out, here(result));
     }
   });
   EXPECT_TRUE(isLogged("Detected a potential circular sym link in " + in("loop") + "!"));
@@ -155,10 +144,8 @@ TEST_F(FileUtilTest, FollowsLinksByHand) {
 }
 
 TEST_F(FileUtilTest, CopiesFilesByPatternAndNeverThroughALink) {
-  for (const char* dir : {"from", "to"}) ASSERT_EQ(mkdir(in(dir).c_str(), 0755), 0);
-  for (const char* name : {"a.conf", "b.conf", "c.text"}) put(in("from/") + name, name);
-  put(in("victim"), "stays");
-  ASSERT_EQ(mkfifo(in("from/pipe").c_str(), 0600) + symlink("../victim", in("to/a.conf").c_str()), 0);
+  shell("mkdir from to; for f in a.conf b.conf c.text; do printf $f > from/$f; done; printf stays > victim");
+  shell("mkfifo from/pipe; ln -s ../victim to/a.conf");
   for (const char* pattern : {"(a|b)\\.conf", "^c", "text$", "pipe"})
     CopyFiles(in("from"), in("to"), pattern);
   EXPECT_TRUE(S_ISREG(modeOf(in("to/a.conf"))));
@@ -212,14 +199,13 @@ TEST_F(FileUtilTest, OrdinaryUsersHaveTheSystemsTemporaryDirectory) {
   EXPECT_EQ(errno, ERANGE);
   if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed for the rest";
   ASSERT_EQ(chmod(kTempDir, 0700), 0);
-  checkInChild(
-      [] {
-        char dir[256];
-        const long descriptors = openDescriptors();
-        EXPECT_EQ(GetZantrelTempDir(0, dir, sizeof dir), -1) << "only root repairs root's";
-        EXPECT_EQ(openDescriptors(), descriptors);
-      },
-      kOrdinaryUser);
+  const auto repair = [] {
+    char dir[256];
+    const long descriptors = openDescriptors();
+    EXPECT_EQ(GetZantrelTempDir(0, dir, sizeof dir), -1) << "only root repairs root's";
+    EXPECT_EQ(openDescriptors(), descriptors);
+  };
+  checkInChild(repair, kOrdinaryUser);
   EXPECT_EQ(modeOf(kTempDir), S_IFDIR | 0700u);
 }
 
@@ -258,12 +244,10 @@ TEST_F(LockFileTest, ReportsTheProcessThatHoldsIt) {
 }
 
 TEST_F(LockFileTest, ReplacesAnythingThatIsNoFile) {
-  put(in("precious"), "kept");
-  ASSERT_EQ(symlink(in("precious").c_str(), in("lock").c_str()), 0);
+  shell("printf kept > precious; ln -s precious lock; mkdir -p full/lock");
   EXPECT_EQ(lockAndLook(in("lock")), 0700);
   EXPECT_EQ(get(in("precious")), "kept");
   EXPECT_EQ(lockAndLook(in("lock"), 0640), 0640);
-  std::filesystem::create_directories(in("full/lock"));
   EXPECT_EQ(lockAndLook(in("full")), 0) << "a directory with something in it stays";
   EXPECT_EQ(lockAndLook(in("missing/lock")), 0);
 }

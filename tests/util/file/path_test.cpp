@@ -1,5 +1,6 @@
 #include <fokrazo/path.h>
 
+#include "tests/support/rows.h"
 #include "tests/support/scratch_test.h"
 
 using namespace testsupport;
@@ -27,19 +28,12 @@ class PathTest : public ScratchTest {};
 // The root, the components and the leaf.
 std::string shapeOf(const Path& path) {
   std::string shape = path.isRoot() ? "root " : "";
-  for (const std::string& component : path) shape += component + "|";
+  for (const std::string& component : path) shape += component + ";";
   return shape + path.leaf();
 }
 
 TEST_F(PathTest, ParsesPrintsAndJoins) {
-  const std::string rows[][3] = {
-      {"", "", ""},
-      {"/", "root ", "/"},
-      {"a//b/", "a|b|", "a/b"},
-      {"\\a\\\\b/c", "a|b|c", "a/b/c"},
-      {"/a/../. /\xff", "root a|..|. |\xff", "/a/../. /\xff"},
-  };
-  for (const auto& [text, shape, printed] : rows) {
+  for (const auto& [text, shape, printed] : rowsOf<3>("util/file/rows.txt", "paths: text, shape, printed")) {
     EXPECT_EQ(shapeOf(text), shape);
     EXPECT_EQ(Path(text).string('/', true), printed);
   }
@@ -49,7 +43,7 @@ TEST_F(PathTest, ParsesPrintsAndJoins) {
   Path doubled("a/b");
   const Path& same = doubled;
   doubled /= same;
-  EXPECT_EQ(shapeOf(doubled), "a|b|a|b");
+  EXPECT_EQ(shapeOf(doubled), "a;b;a;b");
   EXPECT_EQ(Path("") / "b/", Path("b/"));
   EXPECT_FAILURE("BadDataException|Attempt to append root path", Path("a") / "/");
   EXPECT_TRUE(Path("a") < Path("a/b") && Path("a/b") < Path("b") && !(Path("a/b") < Path("a\\b")));
@@ -57,10 +51,8 @@ TEST_F(PathTest, ParsesPrintsAndJoins) {
 }
 
 TEST_F(PathTest, FailuresHaveTheirClassesAndTexts) {
-  const std::string gone = in("gone");
-  const std::string file = in("full/file");
-  Path::createDirectories(in("full"), 0755);
-  put(file, "x");
+  const std::string gone = in("gone"), file = in("full/file");
+  shell("mkdir full; touch full/file");
   EXPECT_FAILURE(kEmpty, Path::is_directory(""));
   EXPECT_FAILURE(kEmpty, Path::rename("a", ""));
   EXPECT_FAILURE(kEmpty, Path::remove("", true));
@@ -90,13 +82,8 @@ TEST_F(PathTest, CreatesDirectoriesWhateverTheUmask) {
   if (!canBeOrdinaryUser()) GTEST_SKIP() << "another user is needed for the rest";
   Path::createDirectories(in("c/d"), kOrdinaryUser, 7, 0700);
   Path(in("a")).chown(7, kOrdinaryUser);
-  const std::tuple<const char*, uid_t, gid_t> owners[] = {
-      {"c", kOrdinaryUser, 7}, {"c/d", kOrdinaryUser, 7}, {"a", 7, kOrdinaryUser}};
-  for (const auto& [name, user, group] : owners) {
-    struct stat info = {};
-    ASSERT_EQ(stat(in(name).c_str(), &info), 0);
-    EXPECT_TRUE(info.st_uid == user && info.st_gid == group) << name;
-  }
+  for (const char* name : {"c", "c/d"}) EXPECT_EQ(ownerOf(in(name)), std::make_pair(kOrdinaryUser, gid_t{7}));
+  EXPECT_EQ(ownerOf(in("a")), std::make_pair(uid_t{7}, gid_t{kOrdinaryUser}));
 }
 
 TEST_F(PathTest, IteratesOverNamesOfAnyBytes) {
@@ -112,18 +99,10 @@ TEST_F(PathTest, IteratesOverNamesOfAnyBytes) {
 }
 
 TEST_F(PathTest, RemovalNeverFollowsLinks) {
-  Path::createDirectories(in("outside/keep"), 0755);
-  Path::createDirectories(in("tree/sub/empty"), 0755);
-  put(in("outside/file"), "stays");
-  const std::string targets[] = {in("outside"), in("outside/file"), "/no/such"};
-  for (const std::string& target : targets) {
-    const std::string name = "link" + std::to_string(&target - targets);
-    for (const char* dir : {"tree/", "tree/sub/", ""})
-      ASSERT_EQ(symlink(target.c_str(), in(dir + name).c_str()), 0);
-    Path::remove(in(name), true);
-  }
-  ASSERT_EQ(mkfifo(in("tree/pipe").c_str(), 0600) + link(in("outside/file").c_str(), in("tree/hard").c_str()),
-            0);
+  shell("mkdir -p outside/keep tree/sub/empty; printf stays > outside/file; mkfifo tree/pipe");
+  shell("ln outside/file tree/hard; for d in tree tree/sub .; do ln -s $PWD/outside $d/1; done");
+  shell("for d in tree tree/sub .; do ln -s $PWD/outside/file $d/2; ln -s /no/such $d/3; done");
+  for (const char* link : {"1", "2", "3"}) Path::remove(in(link), true);
   Path::remove(in("tree"), true);
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_dir), {}), 1) << "outside alone is left";
   EXPECT_EQ(get(in("outside/file")), "stays");
@@ -132,9 +111,7 @@ TEST_F(PathTest, RemovalNeverFollowsLinks) {
 
 // If a directory is moved while it is being emptied, nothing else is removed.
 TEST_F(PathTest, RemovalStopsWhenItsDirectoryIsMoved) {
-  Path::createDirectories(in("tree/sub"), 0755);
-  Path::createDirectories(in("other"), 0755);
-  put(in("tree/sub/file"), "x");
+  shell("mkdir -p tree/sub other; touch tree/sub/file");
   gBeforeUnlink = [this] { ASSERT_EQ(rename(in("tree/sub").c_str(), in("other/sub").c_str()), 0); };
   EXPECT_FAILURE("IOException|Cannot remove directory " + in("tree/sub: Stale file handle"),
                  Path::remove(in("tree"), true));

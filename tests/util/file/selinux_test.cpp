@@ -3,6 +3,7 @@
 #include <sys/mount.h>
 
 #include <fokrazo/file_util.h>
+#include "tests/support/rows.h"
 #include "tests/support/world_test.h"
 
 using namespace testsupport;
@@ -93,29 +94,12 @@ TEST_F(SELinuxTest, AdjustsOnlyTheTypeAndRestoresThePolicysLabel) {
 }
 
 TEST_F(SELinuxTest, FailuresAreOnlyLogged) {
-  const std::string file = in("file"), missing = in("missing");
-  const std::string gone = ": No such file or directory. Please run 'restorecon' on ";
-  const std::string denied = ": Operation not permitted. Please run 'restorecon' on ",
-                    original = "Failed to get the original security context";
-  const std::tuple<const char*, const char*, const char*, std::string> rows[] = {
-      {"new_t", "missing", "",
-       "Open " + missing + " failed. Skip SELinux check." + gone + "the file '" + missing + "'"},
-      {"new_t", "file", "fgetfilecon", original + ": " + file + "." + denied + "the file '"},
-      {"new_t", "file", "context_type_set",
-       "Failed to set security type: new_t." + denied + "the file '" + file + "'"},
-      {"new_t", "file", "fsetfilecon", "Failed to change the file[" + file + "] security context from "},
-      {"", "missing", "",
-       "Failed to get stat for (" + missing + "). Skip SELinux check." + gone + "'" + missing + "'"},
-      {"", "file", "getfilecon", original + " for " + file + "." + denied + "'" + file},
-      {"", "file", "matchpathcon",
-       "Failed to get the default security context for " + file + "." + denied + "'" + file},
-      {"", "file", "setfilecon", "Failed to change the security context for '" + file + "' from "},
-  };
   onSELinux(FAKE_SELINUX_COMPLETE, [&] {
-    for (const auto& [type, name, failing, text] : rows) {
-      setenv("FAKE_FAIL", failing, 1);
-      EXPECT_EQ(labelled(kLabel, type, name), kLabel);
-      EXPECT_TRUE(isLogged(text)) << text << logged();
+    for (const auto& [type, name, failing, report] :
+         rowsOf<4>("util/file/rows.txt", "SELinux failures: type, file, failing function, report")) {
+      setenv("FAKE_FAIL", failing.c_str(), 1);
+      EXPECT_EQ(labelled(kLabel, type, name.c_str()), kLabel);
+      EXPECT_TRUE(isLogged(here(report))) << report << logged();
     }
   });
 }

@@ -17,17 +17,12 @@
 using namespace testsupport;
 using namespace vesk;
 
-// C library comparisons as in a Turkish locale, which few machines have.
+// C library comparisons as in a locale where no letter has another case: keys are compared without them.
 extern "C" int strncasecmp(const char* a, const char* b, size_t size) noexcept {
-  const auto fold = [](char c) { return c == 'I' ? c : asciiLower(c); };
-  for (size_t i = 0; i < size; ++i) {
-    if (fold(a[i]) != fold(b[i])) return fold(a[i]) - fold(b[i]);
-    if (a[i] == '\0') break;
-  }
-  return 0;
+  return strncmp(a, b, size);
 }
 extern "C" int strcasecmp(const char* a, const char* b) noexcept {
-  return strncasecmp(a, b, SIZE_MAX);
+  return strcmp(a, b);
 }
 
 namespace {
@@ -130,19 +125,17 @@ TEST_F(PropertiesTest, TheEnvironmentOfASetUserProgramIsNotRead) {
 }
 
 TEST_F(PropertiesTest, NumbersWordsAndTimesFallBack) {
-  load("n: 12x\nbad: x\nempty:\nyes: YES\nno: 0\nmaybe: 2\n");
-  const std::pair<const char*, int> numbers[] = {{"n", 12}, {"bad", 0}, {"empty", 5}, {"missing", 5}};
-  for (const auto& [key, number] : numbers) EXPECT_EQ(properties.getInt(key, 5), number) << key;
-  EXPECT_TRUE(properties.getBool("yes", false) && properties.getBool("maybe", true));
-  EXPECT_FALSE(properties.getBool("no", true) || properties.getBool("empty", false));
-  for (const auto& [value, unit, seconds, complaint] :
-       rows<4>("times: value, default unit, seconds, complaint")) {
-    load("t: '" + value + "'");
+  for (const auto& [value, kind, result, complaint] : rows<4>("lookups: value, kind, result, complaint")) {
+    load("k:" + value);
     forgetLog();
-    EXPECT_EQ(std::to_string(properties.getTime("t", unit[0], 7)), seconds) << value;
+    const long found = kind == "int"    ? properties.getInt("k", 5)
+                       : kind == "bool" ? properties.getBool("k", false) + 2 * properties.getBool("k", true)
+                                        : properties.getTime("k", kind[0], 7);
+    EXPECT_EQ(std::to_string(found), result) << value;
     EXPECT_TRUE(isLogged(complaint)) << value;
     EXPECT_EQ(timesLogged("specification"), complaint.empty() ? 0 : 1) << value;
   }
+  EXPECT_EQ(properties.getInt("missing", 5), 5);
 }
 
 TEST_F(PropertiesTest, KeysAreFoundByPrefix) {
@@ -245,29 +238,16 @@ TEST_F(PropertiesTest, AListMayBeAFileOfItems) {
 
 // Each row also breaks the rules of the rows below it, as far as possible.
 TEST_F(PropertiesTest, AnUnsafeFileOfItemsIsReportedAndTheDefaultTakesOver) {
-  for (const char* name : {"writable", "linked"}) put(in(name), "item\n"), chmod(in(name).c_str(), 0666);
-  std::filesystem::create_hard_link(in("linked"), in("linked2"));
-  std::filesystem::create_symlink(in("linked"), in("symlink"));
-  ASSERT_EQ(mkfifo(in("pipe").c_str(), 0600), 0);
-  const std::string skip = ". Skip reading config file for property l. Please ensure the file ";
-  const std::string fails = "] due to unknown error. Skip reading config file for property l.\n";
-  const std::tuple<const char*, int, const char*, std::string> rows[] = {
-      {"missing", 1, "Config", "] does not exist.\n"},
-      {"writable", 3, "Config",
-       "] is world writable" + skip + "is not world writable to enhance security.\n"},
-      {"symlink", 5, "Config", "] is symlink" + skip + "is not symlink\n"},
-      {"linked", 6, "Config", "] has more than one hardlinks" + skip + "has only one hardlink\n"},
-      {"pipe", 7, "Cannot open config", fails},
-      {"writable/x", 7, "Cannot open config", fails},
-  };
+  shell("echo item | tee writable > linked; chmod 666 writable linked; ln linked linked2");
+  shell("ln -s linked symlink; mkfifo -m 600 pipe");
   int status = -1;
-  for (const auto& [name, refusal, begin, end] : rows) {
+  for (const auto& [name, refusal, report] : rows<3>("unsafe files of items: name, status, report")) {
     EXPECT_EQ(SecureOpenForReading(in(name).c_str(), &status), nullptr);
-    EXPECT_EQ(status, refusal) << name;
+    EXPECT_EQ(std::to_string(status), refusal) << name;
     load("l: file:" + in(name));
     forgetLog();
     EXPECT_EQ(list("l", "a b"), (List{"a", "b"})) << name;
-    EXPECT_EQ(timesLogged(begin + (" file [" + in(name)) + end), 1) << logged();
+    EXPECT_EQ(timesLogged(here(report)), 1) << logged();
   }
   put(in("missing"), "item");
   load("l: file:" + in("missing"));
@@ -293,25 +273,6 @@ TEST_F(PropertiesTest, ListsChangeInMemory) {
   EXPECT_EQ(list("L"), (List{"a", "b"}));
   EXPECT_TRUE(properties.remove("l"));
   EXPECT_TRUE(list("L").empty());
-}
-
-// Also items that need quotes, in both modes, and after further changes.
-TEST_F(PropertiesTest, ItemsReadBackUnchanged) {
-  List items = {"a b", "", "$HOME", "it's", "\"q\"", "x,y", "back\\slash", "tab\there", "plain", "5$$"};
-  items.sort();
-  for (bool expand : {true, false}) {
-    put(in("conf"), "# l:\n");
-    const auto change = [&](Properties& file) {
-      file.setValueList("l", {"$A", "c d"}, true);
-      EXPECT_TRUE(file.addValueList("l", items, true));
-      EXPECT_FALSE(file.delValueList("l", {"b"}, true));
-      EXPECT_TRUE(file.delValueList("l", {"$A", "c d"}, true));
-    };
-    saved(in("conf"), change, expand);
-    Properties read;
-    read.load(in("conf").c_str(), true);
-    EXPECT_EQ(*read.getValueList("l", ""), items) << get(in("conf"));
-  }
 }
 
 // Other programs' configuration files use these keys, so none may change by mistake.
@@ -396,32 +357,31 @@ TEST_F(PropertiesSaveTest, ChangesOfMeaningAreSavedAndLinesComeAndGo) {
                       value = change.substr(kind.size() + (kind != change));
     const auto apply = [&](Properties& file) {
       if (kind == "items" || kind == "variables") file.setValueList("k", itemsOf(value), kind == "items");
+      if (kind == "add") file.addValueList("k", itemsOf(value), true);
       if (kind == "text" || kind == "expand") file.setText("k", value);
       if (kind == "string") file.setString("k", value);
       if (kind == "remove") file.remove("k");
     };
     put(m_path, before);
-    EXPECT_EQ(saved(m_path, apply, kind == "expand"), after) << before;
+    EXPECT_EQ(saved(m_path, apply, kind == "expand" || kind == "add"), after) << before;
     EXPECT_EQ(saved(m_path), after) << before;
+    Properties read;
+    read.load(m_path.c_str(), true);
+    EXPECT_TRUE((kind != "items" && kind != "add") || *read.getValueList("k", "") == itemsOf(value))
+        << before;
   }
 }
 
 TEST_F(PropertiesSaveTest, AFileThatCannotBeWrittenStaysAsItWas) {
   Properties& properties = *Props(false, false);
-  put(in("other"), "a: 1\n");
-  std::filesystem::create_directory(in("other.new"));
-  const std::pair<std::string, std::string> rows[] = {
-      {"missing/conf", "create lock file " + in("missing/conf.lock") + ": No such file or directory"},
-      {"conf", "open config file " + in("conf")},
-      {"other", "open temporary config file " + in("other.new")},
-  };
-  for (const auto& [name, text] : rows) {
+  shell("echo 'a: 1' > other; mkdir other.new");
+  for (const auto& [name, text] : rows<2>("failing saves: file, report")) {
     EXPECT_EQ(properties.saveProperty(in(name)), -1);
-    EXPECT_TRUE(isLogged("Unable to " + text + "\n")) << logged();
+    EXPECT_TRUE(isLogged("Unable to " + here(text) + "\n")) << logged();
   }
   EXPECT_TRUE(std::filesystem::exists(in("conf.lock")));
   EXPECT_FALSE(std::filesystem::exists(in("conf.new")));
-  for (const char* left : {"other.new", "other.lock"}) std::filesystem::remove(in(left));
+  shell("rmdir other.new; rm other.lock");
   properties.setValueList("", {"x"}, true);
   EXPECT_EQ(properties.saveProperty(in("other")), -1);
   EXPECT_FALSE(std::filesystem::exists(in("other.new")));

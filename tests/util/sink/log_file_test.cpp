@@ -8,11 +8,13 @@
 
 #include <fokrazo/log.h>
 #include <fokrazo/log_gzip.h>
+#include "tests/support/rows.h"
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
 #include "util/file/unique_fd.h"
 
 using namespace vesk;
+using testsupport::rowsOf;
 namespace fs = std::filesystem;
 
 // Linked in place of the C library's (-Wl,--wrap).
@@ -53,12 +55,10 @@ class LogFileTest : public testsupport::ScratchTest {
 
   std::set<fs::path> paths() { return {fs::directory_iterator(m_dir), {}}; }
 
-  // Whether a file's name contains that part.
-  bool exists(const std::string& part) {
-    const auto all = paths();
-    return std::any_of(all.begin(), all.end(), [&](const fs::path& path) {
-      return path.filename().string().find(part) != std::string::npos;
-    });
+  // Logs to that file of the test's directory.
+  void logTo(const std::string& name, int flushFrequency) {
+    configure("logger.destination: " + in(name) +
+              "\nlogger.file.flush.frequency: " + std::to_string(flushFrequency) + "\n");
   }
 
   // Counts each line in the files, and removes them.
@@ -73,22 +73,16 @@ class LogFileTest : public testsupport::ScratchTest {
 };
 
 TEST_F(LogFileTest, SettingsHaveTheirLimits) {
-  const std::tuple<const char*, const char*, const char*, FileLogging::Settings> rows[] = {
-      {"", "", "", {0x20000000, 5, false, 10, 10240}},
-      {"0", "0", "1", {1 << 20, 0, false, 0, 0}},
-      {"1", "-3", "0", {0, 5, false, 1, 0}},
-      {"2", "7", "4095", {4095u << 20, 7, false, 2, 2048}},
-      {"513", "2147483647", "4096", {0xFFFFFFFF, 9999, false, 512, 524288}},
-      {"-1", "x", "-1", {0xFFF00000, 0, false, 10, 10240}},
-  };
-  const auto tied = [](const FileLogging::Settings& s) {
-    return std::make_tuple(s.maxSize, s.maxCount, s.zipBackup, s.flushFrequency, s.cacheSize);
-  };
-  for (const auto& [frequency, count, size, wanted] : rows) {
+  for (const auto& [frequency, count, size, wanted] :
+       rowsOf<4>("util/sink/rows.txt", "settings: flush frequency, count, size, what counts")) {
     const std::string stem = "\nlogger.file.";
     configure(stem + "flush.frequency: " + frequency + stem + "maxcount: " + count + stem +
               "maxsize: " + size);
-    EXPECT_EQ(tied(FileLogging::Settings::read()), tied(wanted));
+    const auto read = FileLogging::Settings::read();
+    std::ostringstream text;
+    text << read.maxSize << " " << read.maxCount << " " << read.zipBackup << " " << read.flushFrequency << " "
+         << read.cacheSize;
+    EXPECT_EQ(text.str(), wanted);
   }
 }
 
@@ -109,18 +103,12 @@ TEST_F(LogFileTest, LinesReachTheFileWhenAFlushIsDue) {
   write(file, "nowhere");
 }
 
-// The files before and after one line, each with its text: "name=text ". The line itself is not shown.
 TEST_F(LogFileTest, RotationMovesTheOldFilesUp) {
-  const std::tuple<FileLogging::Settings, std::string, std::string> rows[] = {
-      {{4, 2, false, 1, 0}, "log=new log.1=1 log.2=2 ", "log= log.1=new log.2=1 "},
-      {{4, 4, false, 1, 0}, "log=new log.2=2 ", "log= log.1=new log.3=2 "},
-      {{4, 2, true, 1, 0}, "log=new log.1=1 ", "log= log.1=1 log.1.gz=new "},
-      {{4, 9, false, 1, 0}, "log=new log.rotated.a=x log.rotated.b=x ", "log= log.1=new log.2=x log.3=x "},
-      {{4, 0, false, 1, 0}, "log=new ", "log=new "},
-      {{1 << 20, 2, false, 1, 0}, "log=new ", "log=new "},
-  };
   const std::string line(40000, 'x');
-  for (const auto& [settings, before, after] : rows) {
+  for (const auto& [size, count, before, after] :
+       rowsOf<4>("util/sink/rows.txt", "rotations: size, count, files before, files after")) {
+    FileLogging::Settings settings{0, 0, count.back() == 'z', 1, 0};
+    settings.maxSize = std::stoul(size), settings.maxCount = std::stoul(count);
     std::istringstream files(before);
     for (std::string name, text; std::getline(files, name, '=') && std::getline(files, text, ' ');)
       put(in(name), text);
@@ -140,12 +128,8 @@ TEST_F(LogFileTest, RotationMovesTheOldFilesUp) {
 
 // None of these may block, be written through, or change another file's mode.
 TEST_F(LogFileTest, TrapsInPlaceOfTheFileAreRefused) {
-  ASSERT_EQ(mkfifo(in("fifo").c_str(), 0666) + mkdir(in("directory").c_str(), 0755), 0);
-  put(in("target"), "");
-  fs::permissions(in("target"), fs::perms::owner_read);
-  fs::create_symlink(in("fifo"), in("link to fifo"));
-  fs::create_symlink(in("target"), in("link"));
-  fs::create_hard_link(in("target"), in("hard link"));
+  shell("mkfifo -m 666 fifo; mkdir directory; touch target; chmod 400 target; ln target 'hard link'");
+  shell("ln -s fifo 'link to fifo'; ln -s target link");
   const bool owners = lchown(in("link").c_str(), testsupport::kOrdinaryUser, 0) == 0;
   const std::pair<const char*, int> rows[] = {{"fifo", ENXIO},       {"link to fifo", ENXIO},
                                               {"directory", EISDIR}, {"missing/log", ENOENT},
@@ -237,18 +221,18 @@ TEST_F(LogFileTest, OutsideTextIsEscapedInEverySink) {
 TEST_F(LogFileTest, AFailingDestinationFallsBackToSyslogAndCanChange) {
   SyslogSocket syslogd;
   const auto logger = Logger::GetLogger("dest");
-  const auto logTo = [&](const std::string& destination, const char* text) {
-    configure(destination.empty() ? "" : "logger.destination: " + destination + "\n");
+  const auto log = [&](const std::string& configuration, const char* text) {
+    configure(here(configuration));
     VESK_LOG(logger, Info, "%s", text);
   };
-  logTo(in("none/log"), "first");
+  log("logger.destination: @/none/log", "first");
   EXPECT_EQ(syslogd.texts(),
             (Texts{"Could not open " + in("none/log") + ": No such file or directory", "INFO  dest first"}));
-  logTo(in("log") + "\nlogger.file.flush.frequency: 1", "second");
+  log("logger.destination: @/log\nlogger.file.flush.frequency: 1", "second");
   EXPECT_EQ(linesOf(in("log")), Texts{"INFO  dest second"});
-  logTo("file\nlogger.file.flush.frequency: 5", "third");
+  log("logger.destination: file\nlogger.file.flush.frequency: 5", "third");
   EXPECT_EQ(linesOf("/var/log/velmora.log"), Texts());
-  logTo("", "fourth");
+  log("", "fourth");
   EXPECT_EQ(linesOf("/var/log/velmora.log"), Texts{"INFO  dest third"});
   EXPECT_EQ(syslogd.texts(), Texts{"INFO  dest fourth"});
 }
@@ -259,8 +243,7 @@ TEST_F(LogFileTest, AFileWhoseDirectoryIsGoneFallsBackToSyslog) {
   for (const int frequency : {1, 3}) {
     SyslogSocket syslogd;
     fs::create_directory(in("sub"));
-    configure("logger.destination: " + in("sub/log") +
-              "\nlogger.file.flush.frequency: " + std::to_string(frequency) + "\n");
+    logTo("sub/log", frequency);
     fs::remove_all(in("sub"));
     Texts expected;
     for (int i = 0; i < 7; ++i) {
@@ -284,7 +267,11 @@ TEST_F(LogFileTest, CompressionDoesNotBlockLogging) {
   fs::resize_file(in("log"), kSize);  // sparse
   FileLogging file;
   ASSERT_EQ(file.init(in("log").c_str(), {kSize, 2, true, 1, 0}), 0);
-  const auto isCompressing = [&] { return exists(".rotated.") && exists(".1.gz"); };
+  const auto isCompressing = [&] {
+    std::string names;
+    for (const fs::path& path : paths()) names += path.filename();
+    return names.find(".1.gz") != names.npos && names.find(".rotated.") != names.npos;
+  };
   std::atomic<bool> over{false};
   std::thread writer([&] {
     write(file, "rotates");
@@ -292,11 +279,8 @@ TEST_F(LogFileTest, CompressionDoesNotBlockLogging) {
   });
   while (!over && !isCompressing()) sched_yield();
   bool gotIt = false;
-  while (!gotIt && isCompressing())
-    if (file.mutex.tryLock()) {
-      gotIt = true;
-      file.mutex.unLock();
-    }
+  while (!gotIt && isCompressing()) gotIt = file.mutex.tryLock();
+  if (gotIt) file.mutex.unLock();
   EXPECT_TRUE(gotIt);
   writer.join();
 }
@@ -353,8 +337,7 @@ TEST_F(LogFileTest, LostLinesAreReportedOnceAndSoIsRecovery) {
     const auto log = [&](const char* text) {
       for (int i = 0; i < 3 * frequency; ++i) VESK_LOG(logger, Info, "%s", text);
     };
-    configure("logger.destination: " + in("log") +
-              "\nlogger.file.flush.frequency: " + std::to_string(frequency) + "\n");
+    logTo("log", frequency);
     log("works");
     EXPECT_EQ(syslogd.texts(), Texts()) << frequency;
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &none), 0);
@@ -412,7 +395,7 @@ TEST_F(LogFileTest, LinesWrittenIntoACompressedFileAreWrittenAgain) {
 
 // Only the parent writes lines that are unflushed during a fork.
 TEST_F(LogFileTest, AForkLeavesTheCacheToTheParentAndTheEndFlushesIt) {
-  configure("logger.destination: " + in("log") + "\nlogger.file.flush.frequency: 100\n");
+  logTo("log", 100);
   const auto logger = Logger::GetLogger("fork");
   testsupport::checkInChild([&] {
     VESK_LOG(logger, Info, "before");
