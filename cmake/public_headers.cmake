@@ -14,6 +14,7 @@ set(FOKRAZO_PUBLIC_HEADERS
   char_accumulator.h
   circular_buffer.h
   client.h
+  client_options.h
   dn.h
   error_util.h
   export.h

@@ -17,7 +17,7 @@ enum class CallOutcome : int {
   Success,         ///< found, or done
   NotFound,        ///< the daemon knows that there is no such object, or no further one
   Refused,         ///< the daemon answered no: a wrong password, a missing right; `result` says which
-  Unavailable,     ///< the daemon answered that it cannot tell now: it has no directory, no memory, a fault
+  Unavailable,     ///< the daemon cannot answer now: no directory, no memory, a fault
   DaemonAway,      ///< nobody listens, or the daemon closed the connection without a reply
   DeadlinePassed,  ///< the time of the call was over
   Cancelled,       ///< by another thread

@@ -7,21 +7,16 @@
 ///   else puts(user.status().describe().c_str());  // the daemon is away, too slow, not to be trusted …
 #pragma once
 
-#include <sys/types.h>
-
-#include <chrono>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/call_result.h>
 #include <fokrazo/call_status.h>
-#include <fokrazo/cancellation.h>
+#include <fokrazo/client_options.h>
 #include <fokrazo/export.h>
-#include <fokrazo/fixed_paths.h>
 #include <fokrazo/object_key.h>
 #include <fokrazo/object_range.h>
 #include <fokrazo/session_types.h>
@@ -32,50 +27,6 @@ namespace vesk {
 class ClientCore;
 class LocalRpcSession;
 class Shredder;
-
-/// How long answers are kept, and how many. Nothing is kept by default.
-struct CacheOptions {
-  /// The most answers; 0 keeps none.
-  size_t entries = 0;
-  /// The most bytes of objects.
-  size_t bytes = 8 << 20;
-  /// For how long "found" and "not found" are believed.
-  std::chrono::milliseconds found{60'000};
-  std::chrono::milliseconds notFound{10'000};
-};
-
-/// What a client is made with.
-struct ClientOptions {
-  /// The daemon's socket.
-  std::string socketPath = paths::kDaemonSocket;
-  /// For each call that sets none of its own; see CallOptions.
-  std::chrono::milliseconds deadline{10'000};
-  /// The most connections, 1 to 64.
-  unsigned int sessions = 8;
-  /// A connection that nobody has used for that long is closed, at the latest with the next call.
-  std::chrono::milliseconds idle{10'000};
-  /// The effective user that the daemon must have; none: anyone. Never taken from the environment.
-  std::optional<uid_t> trustedPeer = 0;
-  /// Whether this process must not be the daemon. For modules, which the daemon may load too.
-  bool refuseOwnProcess = false;
-  /// Whether the daemon checks this process on each connection: LocalRpcSession::authenticateProcess.
-  bool authenticateProcess = false;
-  CacheOptions cache;
-};
-
-/// What one call may change.
-struct CallOptions {
-  /// How long the whole call may take: the wait for a free connection, connecting, every piece of the request
-  /// and of the reply, and a second attempt. Signals do not extend it.
-  std::optional<std::chrono::milliseconds> deadline;
-  /// Lets another thread end the call; must outlive it.
-  const Cancellation* cancellation = nullptr;
-  /// Whether to try although the daemon failed a moment ago.
-  bool evenIfAway = false;
-  /// For calls that look up many objects: called in the caller's thread after each, with the number that is
-  /// done and the number of all. Must not throw.
-  std::function<void(size_t done, size_t all)> progress;
-};
 
 /// The daemon's condition, as it describes it.
 struct Health {
@@ -89,23 +40,21 @@ struct Health {
 
 /// A program's one way to the daemon.
 ///
-/// Every call returns what became of it, within its deadline, and throws nothing but what is said at the
-/// call. It uses one of a bounded number of connections, made when they are needed. A request is sent a
-/// second time only if the first connection failed and repeating is harmless, or the daemon cannot have read
-/// it whole.
+/// Every call returns a status within its deadline, and throws only what its comment lists and
+/// std::bad_alloc. Calls share a bounded number of connections, opened on demand. A request is sent a second
+/// time only if the exchange failed and repeating it is harmless, or if the daemon cannot have read all of
+/// it.
 ///
-/// After a hang, or while nobody listens, calls fail at once for a short time that grows with each further
-/// failure, from a quarter of a second to 15 seconds, so that a program beside a dead daemon waits once and
-/// not for every call.
+/// After a hang, or while no daemon listens, calls fail immediately for a back-off time that grows from 0.25
+/// to 15 seconds: a program beside a dead daemon waits once, not for every call.
 ///
-/// Thread-safety: any number of threads. What a call returns belongs to the caller; users and groups may be
-/// shared between threads. Fork: the child uses the client as its own; it makes connections of its own. A
-/// call that another thread had under way does not exist in the child.
+/// Thread-safety: any number of threads. Users and groups that a call returns may be shared between threads.
+/// Fork: the child uses the client with connections of its own. Calls of other threads do not exist there.
 class FOKRAZO_API Client {
  public:
   /// Connects with the first call.
   explicit Client(const ClientOptions& options = {});
-  /// Closes the connections. Requires: no call is under way, and no range is left.
+  /// Closes the connections. Requires: no call is running, and all ranges are destroyed.
   ~Client();
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;

@@ -15,6 +15,7 @@
 #include <fokrazo/char_accumulator.h>
 #include <fokrazo/circular_buffer.h>
 #include <fokrazo/client.h>
+#include <fokrazo/client_options.h>
 #include <fokrazo/dn.h>
 #include <fokrazo/error_util.h>
 #include <fokrazo/export.h>

@@ -38,7 +38,7 @@ class ObjectRange {
 
   /// The next object, which is valid until the next call; null at the end and after a failure.
   FOKRAZO_API T* next();
-  /// A success as long as there was no failure, at the end too.
+  /// Success unless something failed; reaching the end is no failure.
   const CallStatus& status() const noexcept { return m_status; }
   /// The number of objects so far.
   size_t count() const noexcept { return m_count; }

@@ -1,7 +1,6 @@
 #include "lrpc/client/breaker.h"
 
 #include <algorithm>
-#include <chrono>
 
 namespace vesk {
 
@@ -10,8 +9,8 @@ namespace {
 constexpr int64_t kFirstPause = 250'000'000;
 constexpr int64_t kLongestPause = 15'000'000'000;
 
-int64_t now() {
-  return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+int64_t nanoseconds(Breaker::Clock::time_point time) {
+  return std::chrono::nanoseconds(time.time_since_epoch()).count();
 }
 
 // Between three and five quarters of the time. The clock's last digits differ enough between processes.
@@ -23,15 +22,15 @@ int64_t varied(int64_t pause, int64_t moment) {
 
 }  // namespace
 
-bool Breaker::isOpen() const {
+bool Breaker::isOpen(Clock::time_point now) const {
   const Ticket retryAt = m_retryAt.load(std::memory_order_relaxed);
-  return retryAt != 0 && now() < retryAt;
+  return retryAt != 0 && nanoseconds(now) < retryAt;
 }
 
-std::optional<Breaker::Ticket> Breaker::admit() {
+std::optional<Breaker::Ticket> Breaker::admit(Clock::time_point now) {
   Ticket retryAt = m_retryAt.load(std::memory_order_relaxed);
   if (retryAt == 0) return retryAt;
-  const int64_t moment = now();
+  const int64_t moment = nanoseconds(now);
   if (moment < retryAt) return std::nullopt;
   const Ticket own = moment + m_pause.load(std::memory_order_relaxed);
   if (m_retryAt.compare_exchange_strong(retryAt, own, std::memory_order_relaxed)) return own;
@@ -44,9 +43,9 @@ void Breaker::succeeded() {
   m_retryAt.store(0, std::memory_order_relaxed);
 }
 
-void Breaker::failed(Ticket ticket) {
+void Breaker::failed(Ticket ticket, Clock::time_point now) {
   if (ticket == kUncounted) return;
-  const int64_t moment = now();
+  const int64_t moment = nanoseconds(now);
   const int64_t pause = std::clamp(2 * m_pause.load(std::memory_order_relaxed), kFirstPause, kLongestPause);
   if (m_retryAt.compare_exchange_strong(ticket, moment + varied(pause, moment), std::memory_order_relaxed))
     m_pause.store(pause, std::memory_order_relaxed);

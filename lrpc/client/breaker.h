@@ -2,33 +2,34 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <optional>
 
 namespace vesk {
 
-/// Closed while the daemon works. A failure opens it for a short time, in which no call is admitted; then one
-/// call may try, and if it fails, the next time is twice as long. The times are a quarter of a second to 15
-/// seconds, each varied by a quarter so that many processes do not come back together. Thread-safety: any
-/// thread. There is no lock: a fork leaves the child a usable object.
+/// Closed while the daemon works. A failure opens it for a back-off time in which no call is admitted; then
+/// one call may try, and if that fails, the next time is twice as long. The times are 0.25 to 15 seconds,
+/// each varied by a quarter so that many processes do not come back together. Thread-safety: any thread.
+/// There is no lock: a fork leaves the child a usable object.
 class Breaker {
  public:
+  using Clock = std::chrono::steady_clock;
   /// What a call was admitted with.
   using Ticket = int64_t;
   /// The ticket of a call that asks in any case; its failure changes nothing.
   static constexpr Ticket kUncounted = -1;
 
-  /// A ticket, if a call may try now.
-  std::optional<Ticket> admit();
-  /// Whether a call would be refused at this moment.
-  bool isOpen() const;
-  /// What became of an admitted call. Of the calls that fail together only the first counts.
+  /// A ticket, if a call may try at that time.
+  std::optional<Ticket> admit(Clock::time_point now = Clock::now());
+  bool isOpen(Clock::time_point now = Clock::now()) const;
+  /// What became of an admitted call. Of calls that fail together only the first counts.
   void succeeded();
-  void failed(Ticket ticket);
+  void failed(Ticket ticket, Clock::time_point now = Clock::now());
 
  private:
-  std::atomic<Ticket> m_retryAt{0};  // nanoseconds of the monotonic clock; 0 while it is closed
-  std::atomic<int64_t> m_pause{0};   // the last time that was chosen
+  std::atomic<Ticket> m_retryAt{0};  // nanoseconds of the clock; 0 while closed
+  std::atomic<int64_t> m_pause{0};   // the current back-off time
 };
 
 }  // namespace vesk

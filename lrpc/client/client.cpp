@@ -41,7 +41,7 @@ CallResult<View> fromCache(const ReplyCache::Answer& answer) {
   return {boost::static_pointer_cast<View>(answer), std::move(status)};
 }
 
-// What the cache has to do with one lookup.
+// The cache's part in one lookup.
 template <class View>
 class CachedLookup {
  public:

@@ -139,7 +139,7 @@ CallOutcome ClientCall::stopOutcome() const {
   return CallOutcome::DaemonAway;
 }
 
-// Of a call to which the daemon gave no result.
+// The outcome when the daemon returned no result.
 CallOutcome ClientCall::failureOutcome(const VESKException* error) const {
   if (!error) return CallOutcome::LocalFailure;
   if (isA<ConnectionBrokenException>(error)) return CallOutcome::DaemonAway;

@@ -4,7 +4,8 @@
 #include <exception>
 #include <functional>
 
-#include <fokrazo/client.h>
+#include <fokrazo/call_status.h>
+#include <fokrazo/client_options.h>
 #include <fokrazo/session.h>
 #include "lrpc/client/client_core.h"
 #include "lrpc/session/call_scope.h"
@@ -16,7 +17,7 @@ namespace vesk {
 struct Operation {
   const char* name;
   bool isRepeatable = true;          ///< may be sent again after the daemon has had it
-  bool isChange = false;             ///< without an answer, nobody knows whether it was made
+  bool isChange = false;             ///< if no answer comes, the outcome is unknown
   bool needsNewConnection = false;   ///< so that it does not fail on one that the daemon has just closed
   bool needsSameConnection = false;  ///< as the call before it
 };

@@ -1,7 +1,7 @@
 /// What all calls of a client share. Internal.
 #pragma once
 
-#include <fokrazo/client.h>
+#include <fokrazo/client_options.h>
 #include "lrpc/client/breaker.h"
 #include "lrpc/client/reply_cache.h"
 #include "lrpc/client/session_pool.h"

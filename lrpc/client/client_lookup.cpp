@@ -51,7 +51,7 @@ void takeObject(ClientCall& call, const Lookup& lookup, ValidationResult result,
     call.setText(failureText(lookup.reply));
 }
 
-// The daemon's "found" with nothing in it.
+// A success reply without an object.
 CallStatus unlessEmpty(CallStatus status, const ADObject& object) {
   if (status.ok() && object.isEmpty()) status.outcome = CallOutcome::NotFound;
   return status;

@@ -9,7 +9,11 @@
 
 #include <boost/make_shared.hpp>
 
-#include <fokrazo/client.h>
+#include <fokrazo/call_result.h>
+#include <fokrazo/client_options.h>
+#include <fokrazo/object_key.h>
+#include <fokrazo/session_types.h>
+#include <fokrazo/unixviews.h>
 #include "lrpc/client/client_call.h"
 #include "lrpc/client/shared_view.h"
 
@@ -27,8 +31,7 @@ struct TypeOf<const Group> {
   static constexpr DSObjectType kType = DSGroup;
 };
 
-/// Whether the daemon would not take the key for the object's: no name, the sign for the next entry of a
-/// listing, a null SID.
+/// Whether the daemon would misread the key: an empty name, NEXT_ENTRY, or a null SID.
 bool isNoKey(const ObjectKey& key);
 /// The status of a lookup with such a key.
 CallStatus notFoundStatus(const char* operation);
@@ -44,7 +47,7 @@ struct Wanted {
 CallStatus findObject(ClientCore& core, const Wanted& wanted, const ObjectKey& key,
                       const CallOptions& options, Deadline deadline, ADObject& object);
 
-/// Told of each object, in the order of the keys.
+/// Called with each object, in key order.
 using TakeObject = std::function<void(size_t index, const CallStatus& status, const ADObject& object)>;
 /// Looks up many objects, over several connections at a time, within one deadline.
 void findObjects(ClientCore& core, const Wanted& wanted, const std::vector<ObjectKey>& keys,

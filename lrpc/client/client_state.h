@@ -17,10 +17,11 @@ inline Mutex& clientsMutex() {
 
 /// Begins to count. Any number of times.
 void watchLostForks();
-/// The number of forks that did not get the lock. What it guards may then be half changed in the child.
+/// The number of forks, before and in this process, that did not get the lock: what it guards may be half
+/// changed in the child.
 unsigned long lostForks();
 
-/// State of a client that is made anew in a child that cannot rely on its copy, which is left behind unread.
+/// State that a forked child makes again if it cannot trust its copy. The old copy is leaked, never read.
 /// Thread-safety: get() under the lock.
 template <class State>
 class ClientState {

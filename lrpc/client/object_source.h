@@ -6,8 +6,10 @@
 #include <vector>
 
 #include <fokrazo/adobject.h>
-#include <fokrazo/client.h>
+#include <fokrazo/call_status.h>
+#include <fokrazo/client_options.h>
 #include <fokrazo/paged_search.h>
+#include <fokrazo/session_types.h>
 #include "lrpc/client/client_call.h"
 
 namespace vesk {

@@ -10,7 +10,9 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include <fokrazo/client.h>
+#include <fokrazo/client_options.h>
+#include <fokrazo/object_key.h>
+#include <fokrazo/session_types.h>
 #include <fokrazo/unixviews.h>
 #include "lrpc/client/client_state.h"
 

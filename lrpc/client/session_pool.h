@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-#include <fokrazo/client.h>
+#include <fokrazo/client_options.h>
 #include <fokrazo/session.h>
 #include "lrpc/client/client_state.h"
 #include "util/thread/event_count.h"
@@ -54,7 +54,7 @@ class SessionPool {
   Lease borrow(CallProgress& call, const Breaker& breaker);
   /// A session that is free now.
   Lease tryBorrow();
-  /// Makes those who wait look again.
+  /// Wakes all waiters.
   void wakeWaiters() { m_changed.notifyAll(); }
   /// Closes the connections of free sessions that were not used for that long.
   void closeIdle(std::chrono::nanoseconds unusedFor);

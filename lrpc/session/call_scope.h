@@ -5,7 +5,7 @@
 
 namespace vesk {
 
-/// While it lives, the session's operations keep the limits of the call, and note in it how far they get.
+/// While it exists, the session's operations obey the call's limits and record their progress in it.
 class CallScope {
  public:
   CallScope(LocalRpcSession& session, CallProgress& call) : m_session(session) {

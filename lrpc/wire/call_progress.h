@@ -1,4 +1,4 @@
-/// One call of a client, as the layers below see it. Internal.
+/// A client's call, as the layers below see it. Internal.
 #pragma once
 
 #include <fokrazo/call_step.h>
@@ -7,10 +7,9 @@
 
 namespace vesk {
 
-/// Until when a call may take, what may end it earlier, and how far it has got. Belongs to the thread that
-/// makes the call.
+/// A call's deadline, cancellation and progress. Belongs to the calling thread.
 struct CallProgress {
-  /// Why the call ends before its time; the exception that ends it says no more than that it failed.
+  /// Why a call ended early; the exception says only that it failed.
   enum class Stop { None, DeadlinePassed, Cancelled, UntrustedPeer, OwnProcess, ConnectionLost };
 
   Deadline deadline = Deadline::never();

@@ -88,7 +88,7 @@ constexpr char kConnectLogger[] = "lrpc.ipcmessage";
 constexpr int kDefaultConnectTimeout = 5;
 constexpr int kDefaultTimeout = 300;
 constexpr int kBusyPause = 5;  // milliseconds
-// How long a cancelled call may go on waiting. A flag needs no descriptor that the program could close.
+// How long a call may take to notice its cancellation; polled, because the program could close a descriptor.
 constexpr std::chrono::milliseconds kCancellationInterval(20);
 
 // A configured number of seconds, limited to the range of int.
@@ -145,7 +145,7 @@ void waitForConnection(int fd, CallProgress* call) {
   FOKRAZO_THROW(IOException, "IOException", 0, "ipc socket connect timed out");
 }
 
-// A full queue of connections is EAGAIN; nothing tells when it has room.
+// connect() reports a full backlog as EAGAIN, and no event announces room.
 bool isWorthAnotherTry(int error, CallProgress* call) {
   if (error != EAGAIN || !call || call->mustStop()) return false;
   poll(nullptr, 0, kBusyPause);

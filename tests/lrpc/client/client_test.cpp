@@ -1,18 +1,11 @@
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
 #include <future>
-#include <optional>
-#include <string>
-#include <thread>
-#include <vector>
 
-#include <gtest/gtest.h>
 #include <fokrazo/client.h>
 #include <fokrazo/ipc_opcode.h>
 #include <fokrazo/session.h>
 #include <fokrazo/shredder.h>
+#include "lrpc/client/client_call.h"
+#include "tests/support/prelude.h"
 #include "tests/support/scripted_peer.h"
 #include "tests/support/standin_process.h"
 #include "tests/support/wire.h"
@@ -44,6 +37,15 @@ const std::string kMissing = answer(VR_NOT_FOUND);
 std::string shown(const CallStatus& status) {
   return std::string(textOf(status.outcome)) + " | " + std::to_string(status.result) + " | " +
          textOf(status.step);
+}
+
+size_t openSockets() {
+  size_t count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code closed;
+    if (std::filesystem::read_symlink(entry, closed).string().compare(0, 7, "socket:") == 0) ++count;
+  }
+  return count;
 }
 
 class ClientTest : public WorldTest {
@@ -113,6 +115,7 @@ TEST_F(ClientTest, ALostReplyIsAskedForOnceMore) {
 TEST_F(ClientTest, ARefusalOfTheProtocolIsRefused) {
   for (int i = 0; i < 2; ++i) peer().accept().expect(lookup(DSUser, "a")).send(reply(IPC_NOT_AUTHORIZED));
   EXPECT_EQ(user(), "refused | 48 | reading the reply");
+  EXPECT_TRUE(peer().finished());
 }
 
 TEST_F(ClientTest, NothingIsSentToAnUntrustedPeer) {
@@ -182,9 +185,10 @@ TEST_F(ClientTest, TheDeadlineCoversEveryPieceOfTheReply) {
   call.deadline = kShort;
   peer().expect(lookup(DSUser, "a"));
   EXPECT_EQ(user(call), "the deadline has passed | 48 | waiting for the reply");
-  // A byte now and then would satisfy a limit that begins anew with each.
-  peer().accept().expect(lookup(DSUser, "a")).sendRaw(word(1000));
-  for (int i = 0; i < 30; ++i) peer().sendRaw("x").then([] { std::this_thread::sleep_for(kShort / 10); });
+  // A limit for each byte would let this reply come to its end.
+  peer().accept().expect(lookup(DSUser, "a"));
+  for (const char byte : framed(kFound))
+    peer().sendRaw(std::string(1, byte)).then([] { std::this_thread::sleep_for(kShort / 10); });
   EXPECT_EQ(user(call), "the deadline has passed | 48 | waiting for the reply");
 }
 
@@ -218,17 +222,30 @@ TEST_F(ClientTest, ACallWaitsForASessionNoLongerThanItsDeadline) {
   EXPECT_TRUE(peer().finished());
 }
 
-TEST_F(ClientTest, AfterAFailureCallsFailAtOnceUntilTheDaemonIsBack) {
-  const std::string notTried =
-      "the daemon cannot be reached | 48 | nothing, as the daemon failed a moment ago";
-  EXPECT_EQ(user(), "the daemon cannot be reached | 48 | connecting");
-  EXPECT_EQ(user(), notTried);
-  EXPECT_EQ(shown(client().ping()), "the daemon cannot be reached | 48 | connecting") << "a ping always asks";
-  peer().expect(request(IPC_OP_PING)).send(reply(IPC_SUCCESS)).expect(lookup(DSUser, "a")).send(kFound);
-  EXPECT_EQ(user(), notTried);
-  EXPECT_TRUE(client().ping().ok());
-  EXPECT_EQ(user(), "success | 0 | reading the reply");
+TEST_F(ClientTest, WhileTheBreakerIsOpenOnlyCallsThatInsistAsk) {
+  ClientCore core(options);
+  core.breaker.failed(*core.breaker.admit(), Breaker::Clock::now() + std::chrono::hours(1));
+  CallOptions insisting;
+  insisting.evenIfAway = true;
+  const auto pings = [&](const CallOptions& call) {
+    return shown(ClientCall(core, {"ping"}, call).run([](LocalRpcSession& session) { session.ping(); }));
+  };
+  EXPECT_EQ(pings(insisting), "the daemon cannot be reached | 48 | connecting");
+  peer().expect(request(IPC_OP_PING)).send(reply(IPC_SUCCESS));
+  EXPECT_EQ(pings({}), "the daemon cannot be reached | 48 | nothing, as the daemon failed a moment ago");
+  EXPECT_EQ(pings(insisting), "success | 48 | reading the reply");
+  peer().expect(request(IPC_OP_PING)).send(reply(IPC_SUCCESS));
+  EXPECT_EQ(pings({}), "success | 48 | reading the reply") << "a success closes the breaker";
   EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(ClientTest, AConnectionThatIsRefusedOpensTheBreaker) {
+  ClientCore core(options);
+  const auto later = Breaker::Clock::now() + std::chrono::hours(1);
+  EXPECT_EQ(ClientCall(core, {"ping"}, {}).run([](LocalRpcSession& session) { session.ping(); }).outcome,
+            CallOutcome::DaemonAway);
+  EXPECT_TRUE(core.breaker.isOpen(Breaker::Clock::now() - std::chrono::hours(1)));
+  EXPECT_FALSE(core.breaker.isOpen(later));
 }
 
 // --- Ranges ---
@@ -385,6 +402,7 @@ TEST_F(ClientTest, AChildUsesTheClientAsItsOwn) {
 TEST_F(ClientTest, ThreadsShareTheSessionsThatThereAre) {
   const StandinProcess standin({"--fault", "drop%10"});
   options.socketPath = standin.socket();
+  const size_t before = openSockets();
   std::atomic<int> wrong{0};
   std::atomic<int> right{0};
   const auto judge = [&](const CallStatus& status, CallOutcome expected) {
@@ -402,6 +420,7 @@ TEST_F(ClientTest, ThreadsShareTheSessionsThatThereAre) {
       }
     });
   for (std::thread& thread : threads) thread.join();
+  EXPECT_LE(openSockets() - before, 8U);
   EXPECT_EQ(wrong, 0);
   EXPECT_GT(right, 1280 - 100) << "a tenth of the requests is dropped, and each call has two";
 }
