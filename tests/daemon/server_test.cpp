@@ -167,7 +167,11 @@ class RawClient {
   std::string ask(const std::string& bytes, const std::string& expected) {
     return send(bytes).receive(expected.size());
   }
-  bool isEnded() { return receive(1).empty(); }
+  bool isEnded() {
+    pollfd polled = {m_fd.get(), POLLIN, 0};
+    char byte;
+    return poll(&polled, 1, kPatienceMs) == 1 && recv(m_fd.get(), &byte, 1, 0) <= 0;
+  }
   bool isQuiet() const {
     pollfd polled = {m_fd.get(), POLLIN, 0};
     return poll(&polled, 1, 0) == 0;
