@@ -2,27 +2,16 @@
 
 #include <fokrazo/qtr_ber.h>
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <string>
+#include "tests/support/wrapped.h"
 
 namespace {
 
 int gReadsThatFail = 0;  // with EAGAIN
+
 }  // namespace
 
-// Replaces read (-Wl,--wrap).
-extern "C" ssize_t __real_read(int fd, void* bytes, size_t size);
-extern "C" ssize_t __wrap_read(int fd, void* bytes, size_t size) {
-  if (gReadsThatFail == 0) return __real_read(fd, bytes, size);
-  --gReadsThatFail;
-  errno = EAGAIN;
-  return -1;
-}
+WRAPPED(ssize_t, read, (int fd, void* bytes, size_t size),
+        gReadsThatFail > 0 ? (--gReadsThatFail, errno = EAGAIN, -1) : __real_read(fd, bytes, size))
 
 namespace {
 

@@ -4,11 +4,17 @@
 #include <array>
 
 #include "tests/support/prelude.h"
+#include "tests/support/wire.h"
 
 namespace testsupport {
 
-/// The text with the control characters that its control pictures (U+2400 to U+241F) stand for.
+/// The text with the control characters that its control pictures (U+2400 to U+241F) stand for, and the bytes
+/// whose hexadecimal digits are between "⟨" and "⟩".
 inline std::string withControls(std::string text) {
+  for (size_t at; (at = text.find("⟨")) != std::string::npos;) {
+    const size_t end = text.find("⟩", at);
+    text.replace(at, end + 3 - at, hex(text.substr(at + 3, end - at - 3)));
+  }
   for (size_t at = 0; (at = text.find("\xe2\x90", at)) != std::string::npos; ++at)
     text.replace(at, 3, 1, static_cast<char>(text[at + 2] - '\x80'));
   return text;

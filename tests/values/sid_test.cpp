@@ -1,9 +1,7 @@
 #include <fokrazo/sid.h>
 
-#include <fstream>
-#include <vector>
-
 #include <fokrazo/strutil.h>
+#include "tests/support/rows.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
 
@@ -33,38 +31,19 @@ TEST(Sid, EachSpellingReadsAndPrints) {
 }
 
 TEST(Sid, AReaderThatFailsLeavesANullSid) {
-  const std::string b64Shape = "Base 64 SID must start with a 'A' and end with '=='";
-  const std::string b64Failed = "Base 64 conversion failed";
-  using Reader = void (SID::*)(const std::string&);
-  // The printed form, or the text of the failure.
-  const std::tuple<Reader, std::string, std::string, bool> rows[] = {
-      {&SID::fromMSString, "S-1-5", "S-1-5-0", false},
-      {&SID::fromMSString, "S-99-5-21-1-2-3", "S-99-5-21-1-2-3", false},
-      {&SID::fromMSString, "S-1-300-1", "S-1-44-1", false},
-      {&SID::fromMSString, "S-1-5-21-4294967796", "S-1-5-21-4294967295", false},  // capped: no account has it
-      {&SID::fromMSString, "", "<NULL>", false},
-      {&SID::fromMSString, "S-1-", "Sid too short: (4) S-1-", true},
-      {&SID::fromMSString, "X-1-5-21", "Bad SID prefix: X-1-5-21", true},
-      {&SID::fromMSString, "S-2-5-21", "Unknown SID revision: S-2-5-21", true},
-      {&SID::fromMSString, "S-1-5-21-1-2-3-4-5", "Too many SID sub-authorities: S-1-5-21-1-2-3-4-5", true},
-      {&SID::fromB64String, "AQUA", b64Shape, true},
-      {&SID::fromB64String, "AQU*AQ==", b64Failed, true},
-      {&SID::fromB64String, "AQ==AQ==", b64Failed, true},
-      {&SID::fromB64String, "AR==", b64Failed, true},
-      {&SID::fromB64String, "A===", b64Failed, true},
-      {&SID::fromB64String, std::string(1370, 'A') + "==", b64Failed, true},  // 1027 bytes
-      {&SID::fromEscapedString, "01", "Escape SID must start with a '\\' ", true},
-      {&SID::fromEscapedString, "\\01\\5", "Escape SID length must be a factor of three: (length=5)", true},
-      {&SID::fromExtendedDN, "><SID=0105", "SID: Bad extended DN: ><SID=0105", true},
-      {&SID::fromExtendedDN, "<SID=0102zz000000000515000000FF>", "S-1-5-21-255", false},
-      {&SID::fromExtendedDN, "<SID=01050000000000051500000>", "S-1-5-21-0-0-0-0", false},
-      {&SID::fromExtendedDN, "<SID=>", "<NULL>", false},
-  };
-  for (const auto& [read, text, result, fails] : rows) {
+  const std::map<std::string, void (SID::*)(const std::string&)> readers = {
+      {"fromMSString", &SID::fromMSString},
+      {"fromB64String", &SID::fromB64String},
+      {"fromEscapedString", &SID::fromEscapedString},
+      {"fromExtendedDN", &SID::fromExtendedDN}};
+  auto rows = testsupport::rowsOf<4>("values/rows.txt", "sid readers");
+  rows.push_back({"fromB64String", std::string(1370, 'A') + "==", "fails", "Base 64 conversion failed"});
+  for (const auto& row : rows) {
     SID sid(kUserText);
-    const std::string thrown = thrownBy([&, read = read, &text = text] { (sid.*read)(text); });
-    EXPECT_EQ(thrown, fails ? "BaseException 1004 " + result : "nothing");
-    EXPECT_EQ(sid.toMSString(), fails ? "<NULL>" : result) << text.substr(0, 40);
+    const bool fails = row[2] == "fails";
+    EXPECT_EQ(thrownBy([&] { (sid.*readers.at(row[0]))(row[1]); }),
+              fails ? "BaseException 1004 " + row[3] : "nothing");
+    EXPECT_EQ(sid.toMSString(), fails ? "<NULL>" : row[3]) << row[1].substr(0, 40);
   }
 }
 

@@ -1,15 +1,5 @@
 // The small values: GUIDs, OIDs, hashes and numbers as text.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <memory>
-#include <new>
-#include <sstream>
-#include <tuple>
-#include <vector>
-
 #include <fokrazo/guid.h>
 #include <fokrazo/int64.h>
 #include <fokrazo/oid.h>
