@@ -4,12 +4,14 @@
 #include <fokrazo/attrnames.h>
 #include <fokrazo/fixed_paths.h>
 #include "tests/support/objects.h"
+#include "tests/support/rows.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
 #include "util/thread/clock.h"
 
 using namespace vesk;
 using testsupport::objectOf;
+using testsupport::rowsOf;
 using testsupport::thrownBy;
 
 namespace {
@@ -94,13 +96,7 @@ TEST(Attribute, ReadersConvertTheFirstValue) {
 }
 
 TEST(Attribute, DirectoryTimesAreUtcInAnyZone) {
-  const struct {
-    const char* value;
-    std::string shown;
-  } bad[] = {{"2020070412000.0Z", "2020070412000.0Z"},
-             {"20201304120000.0Z", "2020:13:04:12:00:00.0Z"},
-             {"20200704120000.0X", "2020:07:04:12:00:00.0X"},
-             {"19691231235959.0Z", "1969:12:31:23:59:59.0Z"}};
+  const auto bad = rowsOf<2>("lrpc/model/rows.txt", "bad times");
   ADAttribute time("when");
   for (const char* zone : {"UTC", "EST5EDT,M3.2.0,M11.1.0", "<+0530>-5:30", "Europe/London"}) {
     setenv("TZ", zone, 1);
@@ -108,10 +104,10 @@ TEST(Attribute, DirectoryTimesAreUtcInAnyZone) {
     EXPECT_EQ(time.toTime(), 1593864000) << zone;
     time = "19700101000000.0Z";
     EXPECT_EQ(time.toTime(), 0) << zone;  // 01:00 in London
-    for (const auto& row : bad) {
-      time = row.value;
+    for (const auto& [value, shown] : bad) {
+      time = value;
       EXPECT_EQ(thrownBy([&] { time.toTime(); }),
-                "SystemException 0 ADAttribute 'when' is not a UTC time, time value is " + row.shown + " ");
+                "SystemException 0 ADAttribute 'when' is not a UTC time, time value is " + shown + " ");
     }
   }
   unsetenv("TZ");
@@ -244,29 +240,11 @@ TEST(Object, NoticesAChangedExtension) {
 }
 
 TEST(Object, TheCategoryFollowsFromSchemaAndNames) {
-  const struct {
-    std::string schema, dn, displayName, category;
-  } rows[] = {
-      {"CN=Person,DC=x", "CN=x", "", "Person"},
-      {"CN=Organizational-Unit,DC=x", "OU=x", "plain", "Container"},
-      {"CN=Container,DC=x", "CN=x", "a $VeskZoneVersion3", "_zone"},
-      {"CN=Organizational-Unit,DC=x", "CN=x", "$VeskComputerZoneVersion2", "_zone"},
-      {"CN=Container,DC=x", "CN=auto_home,CN=NisMaps,DC=x", "", "automountMap"},
-      {"CN=Container,DC=x", "CN=z,CN=auto_home,CN=NisMaps,DC=x", "", "Container"},
-      {"CN=Class-Store,DC=x", "CN=x", "$VeskRpcVersion1", "oncRpc"},
-      {"CN=Class-Store,DC=x", "CN=x", "$VeskRpcVersion12", "Class-Store"},
-      {"CN=Class-Store,DC=x", "CN=x,CN=Hosts,CN=NisMaps,DC=x", "$VeskNetmaskVersion1", "ipHost"},
-      {"CN=Class-Store,DC=x", "CN=k,CN=auto_home,CN=NisMaps,DC=x", "", "automount"},
-      {"CN=class-store,DC=x", "CN=k,CN=auto_home,CN=NisMaps,DC=x", "", "class-store"},
-      {"Person", "CN=x", "", ""},
-      {"CN=Person", "CN=x", "", ""},
-      {"cn=Person,DC=x", "CN=x", "", ""},
-  };
-  for (const auto& row : rows) {
-    ADObject object = objectOf(row.dn, "objectCategory=" + row.schema + ";displayName=" + row.displayName);
-    EXPECT_EQ(object.category(), row.category) << row.schema << row.dn;
+  for (const auto& [schema, dn, displayName, category] : rowsOf<4>("lrpc/model/rows.txt", "categories")) {
+    ADObject object = objectOf(dn, "objectCategory=" + schema + ";displayName=" + displayName);
+    EXPECT_EQ(object.category(), category) << schema << dn;
     object["objectCategory"] = "CN=Other,CN=Schema";
-    EXPECT_EQ(object.category(), row.category.empty() ? "Other" : row.category) << "remembered";
+    EXPECT_EQ(object.category(), category.empty() ? "Other" : category) << "remembered";
     object.erase("_objectCategory");
     object.erase("_dn");
     EXPECT_EQ(thrownBy([&] { object.category(); }), "SystemException 0 ADAttribute '_dn' is empty");

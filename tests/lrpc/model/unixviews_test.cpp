@@ -1,10 +1,12 @@
 #include <fokrazo/unixviews.h>
 
 #include "tests/support/objects.h"
+#include "tests/support/rows.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"
 
 using namespace vesk;
+using testsupport::rowsOf;
 using testsupport::thrownBy;
 
 namespace {
@@ -22,21 +24,10 @@ using UserView = testsupport::WorldTest;
 using GroupView = testsupport::WorldTest;
 
 TEST_F(UserView, HasThePasswdFieldsOfItsAttributes) {
-  const char kNobody[] = "nobody:x:65534:65534::/:/bin/false";
-  const struct {
-    const char *attributes, *line;
-  } rows[] = {
-      {"_Uid=1001;_Gid=100;_UnixName=jo;_LoginShell=/bin/sh;_GECOS=Jo,Room 1;_HomeDirectory=/home/jo;cn=Jo "
-       "Doe",
-       "jo:x:1001:100:Jo,Room 1:/home/jo:/bin/sh"},
-      {"_Uid=1;_GECOS=;cn=Jo Doe", ":x:1:0:Jo Doe::"},
-      {"_Gid=100;cn=Jo", kNobody},
-      {"_Uid", kNobody},
-  };
-  for (const auto& row : rows) {
-    User user(objectOf(row.attributes));
-    EXPECT_EQ(passwdLine(user), row.line);
-    EXPECT_EQ(user.isUnix(), row.line != kNobody) << row.line;
+  for (const auto& [attributes, line] : rowsOf<2>("lrpc/model/rows.txt", "passwd lines")) {
+    const User user(objectOf(attributes));
+    EXPECT_EQ(passwdLine(user), line);
+    EXPECT_EQ(user.isUnix(), line.substr(0, 6) != "nobody") << line;
   }
   configure(
       "nss.nobody.uid: 99\nnss.nobody.gid: 98\nnss.nobody.user: none\nnss.nobody.group: nogroup\n"
@@ -49,61 +40,37 @@ TEST_F(UserView, HasThePasswdFieldsOfItsAttributes) {
 }
 
 TEST_F(UserView, TakesThePasswordFromTheNamedSource) {
-  const struct {
-    const char *attributes, *password;
-  } rows[] = {
-      {"_PwSync=", "x"},
-      {"_PwSync=unixUserPassword;unixUserPassword=unix", "unix"},
-      {"_PwSync=msSFU30Password;msSFU30Password=sfu", "sfu"},
-      {"_PwSync=unixUserPassword", "x"},
-      {"_PwSync=cn;cn=qtrPasswordHash:abc", "x"},  // not a source
-      {"_PwSync=altSecurityIdentities;altSecurityIdentities=Kerberos:jo qtrPasswordHash:no;"
-       "altSecurityIdentities=qtrPasswordHash:a;altSecurityIdentities=qtrPasswordHash:b",
-       "a"},
-      {"_PwSync=altSecurityIdentities;altSecurityIdentities=Kerberos:jo", "x"},
-  };
-  for (const auto& row : rows) {
-    ADObject object = objectOf(row.attributes);
-    EXPECT_EQ(User(object).password(), row.password) << row.attributes;
+  for (const auto& [attributes, password] : rowsOf<2>("lrpc/model/rows.txt", "passwords")) {
+    ADObject object = objectOf(attributes);
+    EXPECT_EQ(User(object).password(), password) << attributes;
     object["_AltPasswordHash"] = "alt";
-    EXPECT_EQ(User(object).password(), "alt") << row.attributes;
+    EXPECT_EQ(User(object).password(), "alt") << attributes;
   }
 }
 
 // The directory's side of a user: names, hash, numbers, times, groups, rights.
 std::string directoryLine(const User& user) {
   std::ostringstream line;
-  line << user.getName() << '|' << user.getSid().toMSString() << '|' << user.getType() << '|' << user.getDN()
-       << '|' << user.servicePrincipalName() << '|' << user.computedPrincipalName() << '|'
-       << user.userPrincipalName() << '|' << user.altSecurityIdentity() << '|' << user.workstations() << '|'
-       << user.passwordHash() << '|' << user.accountControl() << '|' << user.accountExpires() << '|'
-       << user.passwordLastSet() << '|' << user.minPasswordAge() << '|' << user.maxPasswordAge() << '|'
-       << user.maxPasswordAgeDisplay() << '|' << user.lockoutTime() << '|';
+  line << user.getName() << ';' << user.getSid().toMSString() << ';' << user.getType() << ';' << user.getDN()
+       << ';' << user.servicePrincipalName() << ';' << user.computedPrincipalName() << ';'
+       << user.userPrincipalName() << ';' << user.altSecurityIdentity() << ';' << user.workstations() << ';'
+       << user.passwordHash() << ';' << user.accountControl() << ';' << user.accountExpires() << ';'
+       << user.passwordLastSet() << ';' << user.minPasswordAge() << ';' << user.maxPasswordAge() << ';'
+       << user.maxPasswordAgeDisplay() << ';' << user.lockoutTime() << ';';
   for (const SID& sid : user.groupSids()) line << sid.toMSString() << ' ';
-  line << '|' << user.hasBaseSysRights() << user.auditLevel() << user.alwaysPermitLogin();
+  line << ';' << user.hasBaseSysRights() << user.auditLevel() << user.alwaysPermitLogin();
   return line.str();
 }
 
 TEST_F(UserView, ReadsTheDirectorysAttributes) {
-  ADObject object = objectOf(
-      "sAMAccountName=jdoe;_SID=S-1-5-21-1-2-3-1104;servicePrincipalName=host/a;servicePrincipalName=host/b;"
-      "_userPrincipalName=jo@EXAMPLE;userPrincipalName=jo@example.com;altSecurityIdentities=Kerberos:jo;"
-      "userWorkstations=a,b;_passwordHash=hash;userAccountControl=-512;accountExpires=9223372036854775807;"
-      "_maxPwdAge=100;_groupSidList=S-1-5-32-544;_groupSidList=rubbish;_groupSidList=S-1-1-0");
+  for (const auto& [attributes, line] : rowsOf<2>("lrpc/model/rows.txt", "directory users"))
+    EXPECT_EQ(directoryLine(User(objectOf(attributes))), line) << attributes;
+  ADObject object = objectOf("");
   object.setAcquired(77);
   const User user(object);
   EXPECT_EQ(user.acquired(), 77);
-  EXPECT_EQ(
-      directoryLine(user),
-      "jdoe|S-1-5-21-1-2-3-1104|0|CN=Jo Doe,OU=Staff,DC=example,DC=com|host/a|jo@EXAMPLE|jo@example.com|"
-      "Kerberos:jo|a,b|hash|-512|9223372036854775807|-1|-1|100|100|0|S-1-5-32-544 <NULL> S-1-1-0 |"
-      "0AuditIfPossible0");
   user.getObject()["cn"] = "shared";
   EXPECT_EQ(std::string(object["cn"]), "shared");
-  const std::string names = "|<NULL>|0|CN=Jo Doe,OU=Staff,DC=example,DC=com|||||||0|-1|-1|-1|-1|-1|0||";
-  EXPECT_EQ(directoryLine(User(objectOf("_SysRights=16"))), names + "0AuditNotRequested0");
-  EXPECT_EQ(directoryLine(User(objectOf("_SysRights=64"))), names + "0AuditIfPossible1");
-  EXPECT_EQ(directoryLine(User(objectOf("_SysRights=33"))), names + "1AuditRequired0");
 }
 
 TEST_F(GroupView, ReadsAGroupsAttributes) {
