@@ -4,6 +4,7 @@
 
 #include "daemon/signals.h"
 #include "daemon/standard_streams.h"
+#include "tests/support/scratch_test.h"
 
 namespace brondalt {
 namespace {
@@ -93,20 +94,15 @@ TEST(Signals, ArriveWhileOtherDescriptorsAreAlwaysReady) {
 }
 
 TEST(StandardStreams, AreOpenedBeforeOtherFilesTakeTheirNumbers) {
-  const pid_t child = fork();
-  if (child == 0) {
-    close(STDIN_FILENO);
-    close(STDERR_FILENO);
+  testsupport::checkInChild([] {
+    for (const int stream : {STDIN_FILENO, STDERR_FILENO}) close(stream);
     openStandardStreams();
-    struct stat in = {}, error = {}, null = {};
-    const bool areNull = fstat(STDIN_FILENO, &in) == 0 && fstat(STDERR_FILENO, &error) == 0 &&
-                         stat("/dev/null", &null) == 0 && in.st_rdev == null.st_rdev &&
-                         error.st_rdev == null.st_rdev;
-    _exit(areNull && alwaysReady().get() > STDERR_FILENO ? 0 : 1);
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
+    struct stat info = {}, null = {};
+    EXPECT_EQ(stat("/dev/null", &null), 0);
+    for (const int stream : {STDIN_FILENO, STDERR_FILENO})
+      EXPECT_TRUE(fstat(stream, &info) == 0 && info.st_rdev == null.st_rdev) << stream;
+    EXPECT_GT(alwaysReady().get(), STDERR_FILENO);
+  });
 }
 
 }  // namespace

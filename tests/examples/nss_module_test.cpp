@@ -4,19 +4,8 @@
 
 #include <dlfcn.h>
 #include <grp.h>
-#include <gtest/gtest.h>
 #include <nss.h>
-#include <pthread.h>
 #include <pwd.h>
-#include <sys/resource.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include <cstring>
-#include <fstream>
-#include <functional>
-#include <thread>
 
 #include "tests/support/scratch_test.h"
 #include "tests/support/standin_process.h"

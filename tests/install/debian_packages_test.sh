@@ -5,9 +5,8 @@
 set -euo pipefail
 build_dir=$1
 command -v dpkg-shlibdeps >/dev/null || { echo "skipped: no Debian"; exit 77; }
-place=$(mktemp -d)
-trap 'rm -rf "$place"' EXIT
-fail() { echo "FAILED: $*" >&2; exit 1; }
+# shellcheck source=tests/install/common.sh
+source "$(dirname "$0")/common.sh"
 
 cpack -G DEB --config "$build_dir/CPackConfig.cmake" -B "$place/made" >"$place/log" 2>&1 || { cat "$place/log"; exit 1; }
 mv "$place"/made/*.deb "$place"

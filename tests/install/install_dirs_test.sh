@@ -33,16 +33,8 @@ try() {
   printf '#include <fokrazo.h>\nint main() { vesk::SID sid; }\n' >"$place/program.cpp"
   # shellcheck disable=SC2046
   "$cxx" -std=c++17 "$place/program.cpp" $(pkg-config --cflags --libs fokrazo) -o "$place/program" || fail "pkg-config for $*"
-  mkdir -p "$place/user"
-  cat >"$place/user/CMakeLists.txt" <<'CMAKE'
-cmake_minimum_required(VERSION 3.22)
-project(user LANGUAGES CXX)
-find_package(fokrazo REQUIRED)
-add_executable(user ../program.cpp)
-target_link_libraries(user PRIVATE fokrazo::fokrazo)
-CMAKE
-  cmake -S "$place/user" -B "$place/user/build" -G Ninja -DCMAKE_CXX_COMPILER="$cxx" -Dfokrazo_DIR="$lib/cmake/fokrazo" \
-    >"$place/log" 2>&1 && cmake --build "$place/user/build" >>"$place/log" && "$place/user/build/user" ||
+  cmake -S "$source_dir/tests/install/user" -B "$place/user" -G Ninja -DCMAKE_CXX_COMPILER="$cxx" -DPROGRAM="$place/program.cpp" \
+    -Dfokrazo_DIR="$lib/cmake/fokrazo" >"$place/log" 2>&1 && cmake --build "$place/user" >>"$place/log" && "$place/user/user" ||
     { cat "$place/log"; fail "find_package for $*"; }
 }
 

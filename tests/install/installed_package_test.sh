@@ -36,10 +36,7 @@ readme_example "$source_dir" >"$place/ten.cpp"
 # shellcheck disable=SC2046
 "$cxx" -std=c++17 "$place/ten.cpp" $(pkg-config --cflags --libs fokrazo) -o "$place/ten"
 
-cat >"$place/ber.cpp" <<'CPP'
-#include <fokrazo.h>
-int main() { qtr_ber_free(qtr_ber_alloc_t(0), 1); }
-CPP
+printf '#include <fokrazo.h>\nint main() { qtr_ber_free(qtr_ber_alloc_t(0), 1); }\n' >"$place/ber.cpp"
 # shellcheck disable=SC2046
 "$cxx" -std=c++17 "$place/ber.cpp" $(pkg-config --cflags --libs fokrazo) -o "$place/ber" || fail "BER functions"
 ! readelf -d "$place/ten" | grep 'NEEDED.*lber' >/dev/null || fail "liblber is linked where nothing calls it"

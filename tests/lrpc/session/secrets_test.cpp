@@ -127,15 +127,11 @@ TEST_F(SecretsTest, APartialReplyIsWiped) {
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
   const UniqueFd own(ends[0]), peer(ends[1]);
   const Unit unit = newUnit();
-  const pid_t child = fork();
-  if (child == 0) {  // has its own memory
+  checkInChild([&] {  // has its own memory
     std::string frame = {100, 0, 0, 0};
     for (int i = 0; i < 8; ++i) frame += textOf(unit);
-    _exit(write(peer.get(), frame.data(), frame.size()) == static_cast<ssize_t>(frame.size()) ? 0 : 1);
-  }
-  int status = -1;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_EQ(status, 0);
+    EXPECT_EQ(write(peer.get(), frame.data(), frame.size()), static_cast<ssize_t>(frame.size()));
+  });
   IPCReply reply;
   EXPECT_THROW(reply.get(own.get()), TimeoutException);
   EXPECT_EQ(found(unit), "");

@@ -1,0 +1,3 @@
+#include <fokrazo/fokrazo.h>
+#include <cstdio>
+int main() { puts(vesk::SID("S-1-5-32-544").toMSString().c_str()); }
