@@ -3,6 +3,7 @@
 #include "tests/support/operations.h"
 #include <fokrazo/attrnames.h>
 #include <fokrazo/session.h>
+#include "tests/support/rows.h"
 #include "tests/support/standin_process.h"
 
 using namespace vesk;
@@ -74,21 +75,8 @@ const Operation kSteps[] = {
 // The connections are slow, or lost or spoiled at every third request. An operation that is not sent again
 // fails as expected, and succeeds when the test repeats it.
 TEST(StandinOperations, ReturnTheSameOverBadConnections) {
-  const struct {
-    const char *fault, *failure;
-  } kRows[] = {
-      {"trickle", "none"},
-      {"drop%3", "ConnectionBrokenException "},
-      {"lose%3", "ConnectionBrokenException "},
-      {"short%3", "ConnectionBrokenException "},
-      {"cut%3", "ConnectionBrokenException "},
-      {"restart%3", "ConnectionBrokenException "},
-      {"garbage%3", "IOException 1 ber_scanf failure (received garbled message?)"},
-      {"empty%3", "IOException 1 read 0 bytes from IPC: Success"},
-      {"refuse%3", "SystemException 3 Unsuccesful IPC execute: not authorized"},
-  };
-  for (const auto& row : kRows) {
-    StandinProcess standin({"--fault", row.fault});
+  for (const auto& [fault, failure] : rowsOf<2>("standin/rows.txt", "faults")) {
+    StandinProcess standin({"--fault", fault});
     LocalRpcSession session(standin.socket(), false, false);
     int failures = 0;
     for (const Operation& operation : operations()) {
@@ -96,12 +84,12 @@ TEST(StandinOperations, ReturnTheSameOverBadConnections) {
       std::string outcome = operation.make(session);
       if (operation.sent == Sent::Once && outcome != operation.outcome) {
         ++failures;
-        EXPECT_EQ(outcome.find(row.failure), 0u) << outcome << row.fault;
+        EXPECT_EQ(outcome.find(failure), 0u) << outcome << fault;
         outcome = operation.make(session);
       }
-      EXPECT_EQ(outcome, operation.outcome) << row.fault << " " << operation.name;
+      EXPECT_EQ(outcome, operation.outcome) << fault << " " << operation.name;
     }
-    EXPECT_EQ(failures > 0, row.failure != std::string("none")) << row.fault;
+    EXPECT_EQ(failures > 0, failure != "none") << fault;
   }
 }
 
@@ -112,32 +100,21 @@ TEST(StandinOperations, ReturnWhatTheDirectoryHolds) {
 }
 
 TEST(StandinOperations, ReportTheStateOfAnAccount) {
-  const struct {
-    const char *user, *password;
-    ValidationResult result;
-    unsigned ntStatus;
-  } kRows[] = {
-      {"lquispe", "Paper-boat-42", VR_SUCCESS, 0},
-      {"EXAMPLE\\xbjork", "Grüne-Lampe-2", VR_SUCCESS, 0},
-      {"lquispe", "paper-boat-42", VR_INVALID_PASSWORD, 0xC000006A},
-      {"nosuch", "x", VR_INVALID_PRINCIPAL, 0xC0000064},
-      {"rmacdonald", "Wrong-three-times-1", VR_ACCOUNT_LOCKED, 0xC0000234},
-      {"oyilmaz", "Gone-for-good-1", VR_ACCOUNT_DISABLED, 0xC0000072},
-      {"dtran", "Was-here-once-1", VR_ACCOUNT_EXPIRED, 0xC0000193},
-      {"yfernandezlopez", "First-day-here-1", VR_PASSWORD_EXPIRED, 0xC0000224},
-  };
   StandinProcess standin;
   LocalRpcSession session(standin.socket(), false, false);
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.user);
-    const bool isGood = row.result == VR_SUCCESS;
-    EXPECT_EQ(session.validatePlainTextUser(row.user, Shredder(row.password), false), row.result);
-    EXPECT_EQ(session.statusMessage(), isGood ? "" : LocalRpcSession::errorString(row.result));
-    EXPECT_EQ(loggedOn(session, row.user, "example.com", row.password, 0),
-              isGood ? "0 0  16" : "36 " + text(static_cast<int>(row.ntStatus)) + " Logon failure key");
-    EXPECT_EQ(
-        outcomeOf([&] { return session.validateKerberosUser(row.user, row.password); }),
-        isGood ? text(session.getUser(row.user, 0)) : "SystemException 0 failed to validate Kerberos user");
+  for (const auto& [user, password, result, ntStatus] : rowsOf<4>("standin/rows.txt", "accounts")) {
+    SCOPED_TRACE(user);
+    const bool isGood = result == "0";
+    EXPECT_EQ(text(session.validatePlainTextUser(user, Shredder(password), false)), result);
+    EXPECT_EQ(session.statusMessage(),
+              isGood ? "" : LocalRpcSession::errorString(static_cast<ValidationResult>(stoi(result))));
+    const int number = static_cast<int>(stoul(ntStatus, nullptr, 16));
+    EXPECT_EQ(loggedOn(session, user, "example.com", password, 0),
+              isGood ? "0 0  16" : "36 " + text(number) + " Logon failure key");
+    EXPECT_EQ(outcomeOf([&, &user = user, &password = password] {
+                return session.validateKerberosUser(user, password);
+              }),
+              isGood ? text(session.getUser(user, 0)) : "SystemException 0 failed to validate Kerberos user");
   }
   const std::string challenge = session.getNtlmChallenge("");
   EXPECT_EQ(challenge.size(), 8u);

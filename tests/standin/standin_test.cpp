@@ -107,34 +107,6 @@ TEST_F(StandinTest, ListsEachKindOfEntryIndependently) {
   EXPECT_EQ(rest([&] { return m_session.getUser2(NEXT_ENTRY, UNIX_ONLY); }, end), shadows);
 }
 
-TEST_F(StandinTest, SearchesByPageAndReturnsWantedAttributes) {
-  const char *base = "OU=Corp,DC=example,DC=com", *filter = "(objectClass=group)";
-  const char* wanted[] = {"CN", "_Members", nullptr};
-  PagedSearchHandle handle =
-      m_session.ldapPagedSearch("EXAMPLE", base, filter, wanted, ScopeSubtree, 2, false);
-  Names names;
-  for (ADObject object = handle.getNext(); !object.isEmpty(); object = handle.getNext()) {
-    EXPECT_TRUE(names.insert(text(object)).second);
-    EXPECT_TRUE(object.attributeExists("cn", true));
-    EXPECT_FALSE(object.attributeExists("name", false));
-  }
-  EXPECT_EQ(names.size(), m_session.ldapSearch("", base, filter, nullptr, ScopeSubtree, 0, false).size());
-  EXPECT_TRUE(handle.getNext().isEmpty());
-  EXPECT_EQ(m_session.ldapSearch("", "", "(cn=*)", nullptr, ScopeSubtree, 5, false).size(), 5u);
-
-  // A handle belongs to its connection: the next one does not know it.
-  PagedSearchHandle lost = m_session.ldapPagedSearch("", "", "", nullptr, ScopeSubtree, 10, false);
-  m_session.dropConnection();
-  EXPECT_EQ(outcomeOf([&] { return lost.getNext(); }), " 0 No such paged search");
-}
-
-TEST_F(StandinTest, RestartsOnASignal) {
-  m_session.ping();
-  m_standin.signal(SIGHUP);
-  RecvWait(m_session.socket(), 100);
-  EXPECT_EQ(m_session.getSystemInfo(9), "1");
-}
-
 // It can neither accept a client nor restart; then it gets descriptors again; at last it has none when it
 // ends.
 TEST_F(StandinTest, ServesOnWhileThereAreNoMoreDescriptors) {
