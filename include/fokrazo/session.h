@@ -77,8 +77,9 @@ class FOKRAZO_API LocalRpcSession {
   /// - was opened before a fork, or under another effective user or group,
   /// - is gone, because the program has closed or reused the descriptor,
   /// - was left in the middle of an exchange by an exception,
-  /// - has ended, or has something to read before a request was sent. With `authenticate` a new connection is
-  /// authenticated, if the session wants that.
+  /// - has ended, or has something to read before a request was sent.
+  ///
+  /// With `authenticate` a new connection is authenticated, if the session wants that.
   /// @throws IOException the daemon cannot be reached, or is not the trusted peer
   /// @throws ConnectionBrokenException the daemon sent unrequested data on a new connection
   /// @throws what authenticateProcess throws
@@ -185,9 +186,10 @@ class FOKRAZO_API LocalRpcSession {
   /// @throws NotFoundException "User not found", on any failure and at the end of a listing
   boost::shared_ptr<User> getShadow(const std::string& name, int flags);
 
-  // --- Listings: the daemon keeps one position per kind and connection --- Start and end a listing; a lookup
-  // of NEXT_ENTRY returns its next entry. A new connection has no open listing. All return true on failure.
-  // Only the daemon interprets `daemonFlag`.
+  // --- Listings: the daemon keeps one position per kind and connection ---
+  //
+  // Start and end a listing; a lookup of NEXT_ENTRY returns its next entry. A new connection has no open
+  // listing. All return true on failure. Only the daemon interprets `daemonFlag`.
 
   bool startListUser();
   bool startListGroup(bool daemonFlag);
@@ -200,7 +202,7 @@ class FOKRAZO_API LocalRpcSession {
   // --- LDAP ---
   // `domain` is a DNS or short name, empty for the daemon's own domain. `attributes` lists the wanted
   // attributes and ends with a null pointer; null means all. `limit` is the maximum number of objects, 0 for
-  // all; for ldapPagedSearch, that of a page. Only the daemon interprets `daemonFlag`.
+  // all; `pageSize`, that of a page. Only the daemon interprets `daemonFlag`.
   // @throws IPCException the daemon's failure
 
   ADObjectList ldapSearch(const std::string& domain, const std::string& baseDn, const std::string& filter,
@@ -208,7 +210,7 @@ class FOKRAZO_API LocalRpcSession {
   /// The handle refers to this session, which must outlive it.
   PagedSearchHandle ldapPagedSearch(const std::string& domain, const std::string& baseDn,
                                     const std::string& filter, const char** attributes,
-                                    LdapSearchScopeType scope, int limit, bool daemonFlag);
+                                    LdapSearchScopeType scope, int pageSize, bool daemonFlag);
   /// One object; an empty `dn` means the root of the directory.
   ADObject ldapFetch(const std::string& domain, const std::string& dn, const char** attributes,
                      bool daemonFlag);

@@ -56,8 +56,8 @@ ADObjectList LocalRpcSession::ldapSearch(const std::string& domain, const std::s
 
 PagedSearchHandle LocalRpcSession::ldapPagedSearch(const std::string& domain, const std::string& baseDn,
                                                    const std::string& filter, const char** attributes,
-                                                   LdapSearchScopeType scope, int limit, bool daemonFlag) {
-  Exchange exchange(*this, IPC_OP_LDAP_PAGED_SEARCH, domain, baseDn, filter, attributes, scope, limit,
+                                                   LdapSearchScopeType scope, int pageSize, bool daemonFlag) {
+  Exchange exchange(*this, IPC_OP_LDAP_PAGED_SEARCH, domain, baseDn, filter, attributes, scope, pageSize,
                     daemonFlag);
   return PagedSearchHandle(this, replyOrThrow(exchange).getInt());
 }

@@ -43,5 +43,5 @@ if setpriv --reuid=10060 --clear-groups true 2>/dev/null; then
   findings=$(fokrazo doctor) || true
   [[ $findings == *"find out who that is first"*"a stand-in or an impostor"* ]] || fail "doctor does not see an impostor"
 else
-  echo "an impostor: not tried, only the host's root can play one"
+  echo "left out: an impostor, whom only the host's root can play"
 fi

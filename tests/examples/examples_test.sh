@@ -44,7 +44,7 @@ touch "$place/file"
 if chown 10060:20002 "$place/file" 2>/dev/null; then
   [ "$(stat -c '%U %G' "$place/file")" = 'lquispe Büro' ] || fail "stat does not know the owner"
 else
-  echo "a file of the directory's user: not tried, only the host's root can make one"
+  echo "left out: a file of the directory's user, which only the host's root can make"
 fi
 
 if setpriv --reuid=10060 --clear-groups true 2>/dev/null; then
@@ -52,7 +52,7 @@ if setpriv --reuid=10060 --clear-groups true 2>/dev/null; then
   [ -z "$(getent passwd mgruber)" ] || fail "a name of an impostor's"
   ! login lquispe authenticate Paper-boat-42 >"$place/login" 2>&1 || fail "an impostor's word for a password"
 else
-  echo "an impostor: not tried, only the host's root can play one"
+  echo "left out: an impostor, whom only the host's root can play"
 fi
 stop_daemon
 

@@ -27,7 +27,7 @@ done | grep . && complain "numbers of docs/protocol.md"
 
 site=$build_dir/docs/html
 if [ ! -e "$build_dir/Doxyfile" ]; then
-  echo "doxygen or mandoc is not installed: the site was not made"
+  echo "left out: the site, because doxygen or mandoc is not installed"
 else
   scripts/docs/make-site "$build_dir" || complain "the site"
   scripts/docs/check-links "$site" || complain "links of the site"

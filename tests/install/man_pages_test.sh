@@ -18,7 +18,7 @@ same() {
 if command -v mandoc >/dev/null; then
   mandoc -T lint -W warning man/* || failures=$((failures + 1))
 else
-  echo "mandoc is not installed: the form of the pages was not checked"
+  echo "left out: the form of the pages, because mandoc is not installed"
 fi
 
 # Commands, options, faults.
