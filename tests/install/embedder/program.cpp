@@ -1,3 +1,5 @@
-#include <fokrazo/fokrazo.h>
 #include <cstdio>
-int main() { puts(vesk::SID("S-1-5-32-544").toMSString().c_str()); }
+#include <fokrazo/fokrazo.h>
+int main() {
+  puts(vesk::SID("S-1-5-32-544").toMSString().c_str());
+}
