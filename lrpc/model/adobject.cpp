@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <ctime>
-#include <fstream>
-#include <istream>
 #include <memory>
 #include <sstream>
 
@@ -16,6 +14,8 @@
 #include <fokrazo/log.h>
 #include <fokrazo/strutil.h>
 #include "util/error/throw.h"
+#include "util/file/file_io.h"
+#include "util/file/open_file.h"
 #include "util/text/printed.h"
 #include "util/thread/clock.h"
 
@@ -416,7 +416,8 @@ void ADObjectList::dump(std::ostream& out) const {
 
 namespace {
 
-std::string joinLines(std::istream& in) {
+std::string joinLines(const std::string& lines) {
+  std::istringstream in(lines);
   std::string joined;
   for (std::string line; std::getline(in, line);) {
     if (!joined.empty()) joined += "; ";
@@ -425,14 +426,15 @@ std::string joinLines(std::istream& in) {
   return joined;
 }
 
-// The object's dump on one line. Also written to paths::kAssertFile, if that exists.
+// The object's dump on one line. Also written to paths::kAssertFile, if that exists: then with what the file
+// has after it.
 std::string assertText(const ADObject& object) {
-  std::fstream file(paths::kAssertFile);
-  std::stringstream memory;
-  std::iostream& stream = file.is_open() ? static_cast<std::iostream&>(file) : memory;
-  object.dump(stream);
-  stream.seekg(0);
-  return joinLines(stream);
+  std::ostringstream out;
+  object.dump(out);
+  std::string text = out.str();
+  const UniqueFd file = openFile(paths::kAssertFile, Open::ReadWrite);
+  if (file && writeAll(file.get(), text)) readAll(file.get(), text);
+  return joinLines(text);
 }
 
 }  // namespace

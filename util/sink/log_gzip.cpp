@@ -7,6 +7,7 @@
 #include <memory>
 #include <new>
 
+#include "util/file/open_file.h"
 #include "util/file/unique_fd.h"
 #include "util/thread/thread_internal.h"
 
@@ -30,6 +31,23 @@ bool exists(const char* path) {
   return path != nullptr && stat(path, &ignored) == 0;
 }
 
+File fileOn(UniqueFd fd, const char* mode) {
+  File file(fd ? fdopen(fd.get(), mode) : nullptr, fclose);
+  if (file) fd.release();
+  return file;
+}
+
+GzFile gzFileOn(UniqueFd fd, const char* mode) {
+  GzFile file(fd ? gzdopen(fd.get(), mode) : nullptr, gzclose);
+  if (file) fd.release();
+  return file;
+}
+
+UniqueFd openTarget(const char* path) {
+  constexpr mode_t kUmaskDecides = 0666;
+  return openFile(path, Open::Write | Open::Create | Open::Truncate, kUmaskDecides);
+}
+
 // Continues after the last call.
 bool compress(FILE* source, gzFile target) {
   const Block block = makeBlock();
@@ -45,19 +63,17 @@ bool compress(FILE* source, gzFile target) {
 void gzip(const char* from, const char* to) {
   if (to == nullptr || !exists(from)) return;
   const CancelKeptOff cancelKeptOff;
-  const File source(fopen(from, "re"), fclose);
+  const File source = fileOn(openFile(from), "r");
   if (!source) return;
-  const GzFile target(gzopen(to, "we"), gzclose);
+  const GzFile target = gzFileOn(openTarget(to), "w");
   if (target) compress(source.get(), target.get());
 }
 
 // Copies again after removing the file, to include lines written meanwhile. Later writers notice the removal.
 bool moveCompressed(const char* from, int to) {
   const CancelKeptOff cancelKeptOff;
-  UniqueFd owned(to);
-  const File source(fopen(from, "re"), fclose);
-  const GzFile target(owned ? gzdopen(to, "w") : nullptr, gzclose);
-  if (target) owned.release();
+  const GzFile target = gzFileOn(UniqueFd(to), "w");
+  const File source = fileOn(openFile(from), "r");
   if (!source || !target || !compress(source.get(), target.get())) return false;
   if (gzflush(target.get(), Z_FINISH) != Z_OK) return false;
   remove(from);
@@ -68,9 +84,9 @@ bool moveCompressed(const char* from, int to) {
 void gunzip(const char* from, const char* to) {
   if (to == nullptr || !exists(from)) return;
   const CancelKeptOff cancelKeptOff;
-  const GzFile source(gzopen(from, "re"), gzclose);
+  const GzFile source = gzFileOn(openFile(from), "r");
   if (!source) return;
-  const File target(fopen(to, "we"), fclose);
+  const File target = fileOn(openTarget(to), "w");
   if (!target) return;
   const Block block = makeBlock();
   if (!block) return;
