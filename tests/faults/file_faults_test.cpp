@@ -46,10 +46,6 @@ std::string list(const std::string& dir) {
 }
 
 // Not affected by faults.
-std::string contentOf(const std::string& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 void removeUnfailing(const char* path) {
   syscall(SYS_unlinkat, AT_FDCWD, path, 0);
 }
@@ -110,22 +106,38 @@ const Work kWorks[] = {
     {"change the configuration",
      [] {
        const auto change = [](Properties& file) { return file.setString("key", "new"); };
-       return std::to_string(Properties::update(kDir + "config", change)) + contentOf(kDir + "config");
+       return std::to_string(Properties::update(kDir + "config", change)) + WorldTest::get(kDir + "config");
      },
      "config"},
-    {"write and read a file",
+    {"write, read and look at files",
      [] {
-       int mode = 0640;
+       int mode = 0640, status = 0;
        WriteFile(kDir + "written", "text", &mode);
-       return ReadFile(kDir + "written", &mode) + readFile(kDir + "written") + std::to_string(mode);
+       std::string all =
+           ReadFile(kDir + "written", &mode) + readFile(kDir + "written") + std::to_string(mode);
+       std::string target;
+       unsigned long long kilobytes = 0;
+       all += std::to_string(GetSymLinkPath((kDir + "link").c_str(), target, 8)) + target;
+       GetFreeSpaceSize(kDir, kilobytes);
+       for (const int secure : {0, 1}) {
+         if (FILE* const file = OpenForReading((kDir + "old").c_str(), &status, secure)) fclose(file);
+         all += std::to_string(status);
+       }
+       return all + std::to_string(GetPerms(kDir + "old")) +
+              std::to_string(Path::exists(kDir) && Path::is_directory(kDir));
      },
      nullptr, true},
-    {"copy and move files",
+    {"copy, move and change files",
      [] {
        CopyFile(kDir + "old", kDir + "copy");
        CopyFiles(kDir, kDir + "tree", "old");
        MoveFile(kDir + "copy", kDir + "moved");
-       return list(kDir) + std::to_string(GetFileSize(kDir + "old"));
+       Path(kDir + "moved").chmod(0600);
+       Path(kDir + "moved").chown(getuid(), getgid());
+       RestoreFileSELinuxLabel(kDir + "moved");
+       renameFile(kDir + "moved", kDir + "other");
+       return list(kDir) + std::to_string(GetFileSize(kDir + "old")) +
+              std::to_string(GetPerms(kDir + "other"));
      }},
     {"make temporary files and a lock",
      [] {
@@ -150,33 +162,11 @@ const Work kWorks[] = {
        Path::remove(kDir + "tree", true);
        return list(kDir);
      }},
-    {"look at files",
-     [] {
-       std::string target;
-       unsigned long long kilobytes = 0;
-       int status = 0;
-       const bool isLink = GetSymLinkPath((kDir + "link").c_str(), target, 8);
-       GetFreeSpaceSize(kDir, kilobytes);
-       for (const int secure : {0, 1}) {
-         if (FILE* const file = OpenForReading((kDir + "old").c_str(), &status, secure)) fclose(file);
-         target += std::to_string(status);
-       }
-       return target + std::to_string(isLink) + std::to_string(GetPerms(kDir + "old")) +
-              std::to_string(Path::exists(kDir) && Path::is_directory(kDir));
-     }},
-    {"change modes and owners",
-     [] {
-       Path(kDir + "old").chmod(0600);
-       Path(kDir + "old").chown(getuid(), getgid());
-       RestoreFileSELinuxLabel(kDir + "old");
-       renameFile(kDir + "old", kDir + "other");
-       return std::to_string(GetPerms(kDir + "other"));
-     }},
     {"compress a log",
      [] {
        gzip((kDir + "old").c_str(), (kDir + "old.gz").c_str());
        gunzip((kDir + "old.gz").c_str(), (kDir + "again").c_str());
-       return contentOf(kDir + "again");
+       return WorldTest::get(kDir + "again");
      },
      nullptr, true},
     {"write and rotate a log", [] { return rotated(false, 10, 10); }, nullptr, true},

@@ -11,6 +11,7 @@
 #include "host/endpoint_probe.h"
 #include "tests/support/rows.h"
 #include "tests/support/world_test.h"
+#include "tests/support/wrapped.h"
 #include "util/file/unique_fd.h"
 
 using namespace testsupport;
@@ -27,14 +28,9 @@ const char* moved(const char* path) {
 }  // namespace
 
 // Replace system calls (-Wl,--wrap), to use the test's lsb_release instead of the machine's.
-extern "C" int __real_access(const char* path, int mode);
-extern "C" int __wrap_access(const char* path, int mode) {
-  return __real_access(moved(path), mode);
-}
-extern "C" int __real_execve(const char* path, char* const* argv, char* const* environment);
-extern "C" int __wrap_execve(const char* path, char* const* argv, char* const* environment) {
-  return __real_execve(moved(path), argv, environment);
-}
+WRAPPED(int, access, (const char* path, int mode), __real_access(moved(path), mode))
+WRAPPED(int, execve, (const char* path, char* const* argv, char* const* environment),
+        __real_execve(moved(path), argv, environment))
 
 namespace {
 

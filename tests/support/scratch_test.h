@@ -73,6 +73,19 @@ inline bool canMount() {
 }
 
 class ScratchTest : public ::testing::Test {
+ public:
+  static void put(const std::string& path, const std::string& content) {
+    std::ofstream file(path, std::ios::binary);
+    file << content;
+    file.close();
+    ASSERT_TRUE(file) << path;
+  }
+
+  static std::string get(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  }
+
  protected:
   void SetUp() override {
     char name[] = "/tmp/scratch-XXXXXX";
@@ -92,27 +105,23 @@ class ScratchTest : public ::testing::Test {
   /// A path in the test's directory.
   std::string in(const std::string& name) const { return m_dir + "/" + name; }
 
-  static void put(const std::string& path, const std::string& content) {
-    std::ofstream file(path, std::ios::binary);
-    file << content;
-    file.close();
-    ASSERT_TRUE(file) << path;
-  }
-
-  static std::string get(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-  }
-
-  static mode_t modeOf(const std::string& path) {
-    struct stat info;
-    return lstat(path.c_str(), &info) == 0 ? info.st_mode : 0;
-  }
-
-  static std::pair<uid_t, gid_t> ownerOf(const std::string& path) {
+  /// What lstat() returns; zeros if there is nothing.
+  static struct stat infoOf(const std::string& path) {
     struct stat info = {};
     lstat(path.c_str(), &info);
-    return {info.st_uid, info.st_gid};
+    return info;
+  }
+  static mode_t modeOf(const std::string& path) { return infoOf(path).st_mode; }
+  static std::pair<uid_t, gid_t> ownerOf(const std::string& path) {
+    return {infoOf(path).st_uid, infoOf(path).st_gid};
+  }
+
+  /// The names in a directory, in order, each followed by a blank.
+  static std::string namesIn(const std::string& dir) {
+    const std::set<std::filesystem::path> paths(std::filesystem::directory_iterator(dir), {});
+    std::string names;
+    for (const auto& path : paths) names += path.filename().string() + " ";
+    return names;
   }
 
   /// Runs a script of the shell in the test's directory.

@@ -2,18 +2,14 @@
 
 #include "tests/support/rows.h"
 #include "tests/support/scratch_test.h"
+#include "tests/support/wrapped.h"
 
 using namespace testsupport;
 
-// Replace the C library's functions (-Wl,--wrap).
-namespace {
-std::function<void()> gBeforeUnlink;  // runs once
-}
-extern "C" int __real_unlinkat(int directory, const char* name, int flags);
-extern "C" int __wrap_unlinkat(int directory, const char* name, int flags) {
-  if (gBeforeUnlink) std::exchange(gBeforeUnlink, nullptr)();
-  return __real_unlinkat(directory, name, flags);
-}
+static std::function<void()> gBeforeUnlink;  // runs once
+WRAPPED(int, unlinkat, (int directory, const char* name, int flags),
+        gBeforeUnlink ? std::exchange(gBeforeUnlink, nullptr)() : void(),
+        __real_unlinkat(directory, name, flags))
 
 using vesk::directory_iterator;
 using vesk::Path;
@@ -23,7 +19,7 @@ namespace {
 const std::string kGone = ": No such file or directory";
 const std::string kEmpty = "BadDataException|Empty path";
 
-class PathTest : public ScratchTest {};
+using PathTest = ScratchTest;
 
 // The root, the components and the leaf.
 std::string shapeOf(const Path& path) {

@@ -49,24 +49,14 @@ TEST_F(LogTest, EachLoggerUsesTheNearestSetting) {
       "''\n");
   const char* texts[] = {"TRACE ", "DEBUG ", "DIAG  ", "INFO  ", "WARN  ", "ERROR ", "FATAL ", "DISAB "};
   const int priorities[] = {7, 7, 7, 6, 4, 3, 0, 0};
-  const std::tuple<const char*, const char*, int, int> rows[] = {
-      {"", " ", Logger::Warn, LOG_LOCAL2},
-      {"*", "* ", Logger::Warn, LOG_LOCAL1},
-      {"tree.twig", "tree.twig \"file.cpp:main()\" ", Logger::Debug, LOG_MAIL},
-      {"tree.x", "tree.x \"file.cpp:main()\" ", Logger::Debug, LOG_MAIL},
-      {"tree.twig.leaf", "tree.twig.leaf \"file.cpp:main()\" ", Logger::Disabled, LOG_MAIL},
-      {"client.x", "", Logger::Trace, LOG_LOCAL2},
-      {"client2", "client2 ", Logger::Warn, LOG_LOCAL2},
-      {"diag.tree", "tree ", Logger::Warn, LOG_LOCAL2},
-      {kLoggingLogger, "com.zantrel.logger ", Logger::Warn, LOG_AUTH},
-  };
-  for (const auto& [name, shown, lowest, facility] : rows) {
+  for (const auto& [name, shown, lowest, facility] :
+       testsupport::rowsOf<4>("util/log/settings.txt", "loggers: name, shown, lowest level, facility")) {
     for (int level = Logger::Trace; level <= Logger::Disabled; ++level)
       Logger::GetLogger(name)->log(static_cast<Logger::LogLevel>(level), "/a/file.cpp", 0, "main", "x");
-    int level = lowest;
+    int level = std::stoi(lowest);
     for (const SyslogLine& line : syslogd.take()) {
       EXPECT_EQ(line.text, std::string(texts[level]) + shown + "x");
-      EXPECT_EQ(line.priority, facility | priorities[level]);
+      EXPECT_EQ(line.priority, std::stoi(facility) | priorities[level]);
       EXPECT_EQ(line.sender, "log_test[" + std::to_string(getpid()) + "]");
       ++level;
     }

@@ -29,12 +29,6 @@ class SettingTest : public WorldTest {
     clearSettingsMap();
   }
 
-  static ino_t inodeOf(const std::string& path) {
-    struct stat info = {};
-    lstat(path.c_str(), &info);
-    return info.st_ino;
-  }
-
   static std::string readOrFailure(const std::string& name) {
     std::string value;
     const std::string failure = failureOf([&] { value = readSettingFile(name, ""); });
@@ -52,11 +46,11 @@ TEST_F(SettingTest, RootsValuesAreTrimmedAndSavedWithTheirModes) {
   EXPECT_EQ(modeOf(kDir + "kset.schema"), S_IFREG | 0600u);
   EXPECT_EQ(modeOf(kDir + "user"), S_IFDIR | 01777u);
   EXPECT_TRUE(SettingExists("site") && SettingModTime("site") > 0);
-  const ino_t before = inodeOf(kSite);
+  const ino_t before = infoOf(kSite).st_ino;
   save("site", "a.example ", SETTING_PUBLIC);
-  EXPECT_EQ(inodeOf(kSite), before) << "the same value is not written again";
+  EXPECT_EQ(infoOf(kSite).st_ino, before) << "the same value is not written again";
   saveSetting("site", "a.example", SETTING_PUBLIC, false, true);
-  EXPECT_NE(inodeOf(kSite), before) << "unless it is forced";
+  EXPECT_NE(infoOf(kSite).st_ino, before) << "unless it is forced";
   put(kDir + "user/kset.site", "stale");
   save("site", "");
   EXPECT_FALSE(SettingExists("site") || SettingModTime("site") != 0 || modeOf(kDir + "user/kset.site") != 0);
@@ -265,13 +259,7 @@ class KSetTest : public WorldTest {
     ASSERT_EQ(symlink(in("victim").c_str(), in(name).c_str()), 0);
   }
 
-  /// The names in a directory, in order.
-  std::string list(const std::string& dir) const {
-    std::set<std::filesystem::path> paths(std::filesystem::directory_iterator(in(dir)), {});
-    std::string text;
-    for (const auto& path : paths) text += path.filename().string() + " ";
-    return text;
-  }
+  std::string list(const std::string& dir) const { return namesIn(in(dir)); }
 
  private:
   int m_writer = -1;  // holds the lock of a file that is still being written

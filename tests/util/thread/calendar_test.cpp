@@ -2,18 +2,13 @@
 
 #include "tests/support/scratch_test.h"
 #include "tests/support/workers.h"
+#include "tests/support/wrapped.h"
 
 using namespace vesk;
 
-// Linked in place of the C library's (-Wl,--wrap).
-namespace {
-int gConversions = 0;
-}
-extern "C" tm* __real_localtime_r(const time_t* seconds, tm* fields);
-extern "C" tm* __wrap_localtime_r(const time_t* seconds, tm* fields) {
-  ++gConversions;
-  return __real_localtime_r(seconds, fields);
-}
+static int gConversions = 0;
+WRAPPED(tm*, localtime_r, (const time_t* seconds, tm* fields), ++gConversions,
+        __real_localtime_r(seconds, fields))
 
 namespace {
 
