@@ -240,10 +240,7 @@ class ServerTest : public testing::Test {
 
 TEST_F(ServerTest, EveryAnswerOfTheBackEndReachesTheClient) {
   start();
-  const struct {
-    const char* what;
-    std::string request, reply;
-  } kRows[] = {
+  const std::tuple<const char*, std::string, std::string> kRows[] = {
       {"success", lookup("now"), m_found},
       {"away", lookup("away"), answered(16, "no server")},
       {"a completion called twice counts once", lookup("twice") + m_ping, m_found + kPong},
@@ -259,7 +256,7 @@ TEST_F(ServerTest, EveryAnswerOfTheBackEndReachesTheClient) {
       {"a field that is missing", framed(request(20)), refused(20, 2)},
   };
   RawClient client(m_path);
-  for (const auto& row : kRows) EXPECT_EQ(client.ask(row.request, row.reply), row.reply) << row.what;
+  for (const auto& [what, request, reply] : kRows) EXPECT_EQ(client.ask(request, reply), reply) << what;
   EXPECT_TRUE(client.send(framed("no message at all")).isEnded());
 }
 

@@ -149,18 +149,15 @@ TEST(NssModule, AListingGoesOnAfterManyUnusableEntries) {
 }
 
 TEST(NssModule, EachDaemonFaultHasItsAnswer) {
-  const struct {
-    const char* fault;
-    const char* answer;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"drop", "TRYAGAIN EAGAIN"},  {"lose", "TRYAGAIN EAGAIN"}, {"short", "TRYAGAIN EAGAIN"},
       {"cut", "TRYAGAIN EAGAIN"},   {"garbage", "UNAVAIL EIO"},  {"empty", "UNAVAIL EIO"},
       {"refuse", "UNAVAIL EACCES"}, {"trickle", kUserLine},      {"drop@1", kUserLine},
       {"restart@1", kUserLine},
   };
-  for (const auto& row : rows) {
-    const StandinProcess daemon({"--socket", kSocket, "--fault", row.fault});
-    EXPECT_EQ(askAnew(kUser), row.answer) << row.fault;
+  for (const auto& [fault, answer] : rows) {
+    const StandinProcess daemon({"--socket", kSocket, "--fault", fault});
+    EXPECT_EQ(askAnew(kUser), answer) << fault;
   }
 }
 

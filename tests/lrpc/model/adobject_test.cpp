@@ -43,10 +43,7 @@ ADObject unread(ADObject object) {
 
 TEST(Attribute, EachWayToWriteMarksTheChange) {
 #define WRITE(...) [](ADAttribute& a) { __VA_ARGS__; }
-  const struct {
-    void (*write)(ADAttribute&);
-    const char* text;
-  } rows[] = {
+  const std::pair<void (*)(ADAttribute&), const char*> rows[] = {
       {WRITE(a = "x"), "n(d):x\n"},
       {WRITE(a = true), "n(d):TRUE\n"},
       {WRITE(a = 0), "n(d):0\n"},
@@ -67,11 +64,11 @@ TEST(Attribute, EachWayToWriteMarksTheChange) {
       {WRITE(a.addCList(" , ", true, false)), "n(s):old\n"},
       {WRITE(a = "\x01z"), "n(d):017a\n"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [write, text] : rows) {
     ADAttribute attribute("n");
     attribute.addVal("old", false, true);
-    row.write(attribute);
-    EXPECT_EQ(dumped(attribute), row.text);
+    write(attribute);
+    EXPECT_EQ(dumped(attribute), text);
   }
 }
 

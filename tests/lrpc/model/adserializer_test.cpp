@@ -159,9 +159,7 @@ TEST(Blob, SearchAllocatesNothing) {
 TEST(Blob, ReadingAllNamesWhatIsWrong) {
   const std::string tail = ". Potential cache corruption or shared library and agent version mismatch.";
   const std::string cn = word(kTop | 277);
-  const struct {
-    std::string record, failure;
-  } rows[] = {
+  const std::pair<std::string, std::string> rows[] = {
       {word(kTop | 398) + word(0), "index value 398 in serialized object, size:398"},
       {record(cn, {word(0xffffffff)}), "index value 2147483647 in serialized object, size:398"},
       {word(5) + "name", "length value 5 in serialized object, size:66"},
@@ -171,9 +169,8 @@ TEST(Blob, ReadingAllNamesWhatIsWrong) {
   };
   const std::string whole = record(inlineText("a"), {inlineText("b")});
   ADObject object;
-  for (const auto& row : rows) {
-    EXPECT_EQ(bulkThrows(blobOf({whole, row.record}), object),
-              "BadDataException 0 Bad " + row.failure + tail);
+  for (const auto& [damaged, failure] : rows) {
+    EXPECT_EQ(bulkThrows(blobOf({whole, damaged}), object), "BadDataException 0 Bad " + failure + tail);
     EXPECT_EQ(std::string(object.attributes().at("a")), "b") << "read before the damage, it stays";
   }
   EXPECT_EQ(bulkThrows(blobOf({cn + word(0x80000000)}), object), "nothing");

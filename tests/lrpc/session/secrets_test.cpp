@@ -7,6 +7,7 @@
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/log.h>
 #include "tests/support/operations.h"
+#include "tests/support/rows.h"
 #include "tests/support/standin_process.h"
 #include "tests/support/syslog_socket.h"
 #include "tests/support/world_test.h"
@@ -105,17 +106,10 @@ TEST_F(SecretsTest, NoOperationLeavesASecretInMemoryOrInALog) {
   configure(all);
   ASSERT_TRUE(CircularBuffer::GetCircularBuffer()->isEnabled());
   check(syslogd, in("nobody"), 48);
-  const struct {
-    const char *fault, *settings;
-  } rows[] = {{"drop@100000", ""},
-              {"lose%1", ""},
-              {"refuse%1", ""},
-              {"stall%1", "lrpc.timeout: 0\n"},
-              {"lose%4", "logger.destination: syslog\n"}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.fault);
-    configure(all + row.settings);
-    const StandinProcess standin({"--fault", row.fault});
+  for (const auto& [fault, settings] : rowsOf<2>("lrpc/session/rows.txt", "faults")) {
+    SCOPED_TRACE(fault);
+    configure(all + settings);
+    const StandinProcess standin({"--fault", fault});
     check(syslogd, standin.socket(), 48);
     check(syslogd, standin.socket(), 70000);  // makes a message grow
   }

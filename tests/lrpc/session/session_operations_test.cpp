@@ -5,6 +5,7 @@
 #include <fokrazo/fixed_paths.h>
 #include <fokrazo/strutil.h>
 #include "tests/support/operations.h"
+#include "tests/support/rows.h"
 #include "tests/support/session_test.h"
 
 using namespace vesk;
@@ -90,20 +91,19 @@ TEST_F(OperationsTest, TheCategoryOfASidDecidesTheView) {
   const SID sid("S-1-5-32-544");
   const std::string sidKey = octets(hex("01 02 000000000005 20000000 20020000"));
   const std::string sidLookup = request(11, lookupFields("1802030000", sidKey));
-  const struct {
-    const char *category, *view;
-  } rows[] = {{"Person", "User"}, {"Computer", "User"}, {"Group", "Group"}, {"person", ""}};
-  for (const auto& row : rows) {
+  const std::pair<const char*, std::string> rows[] = {
+      {"Person", "User"}, {"Computer", "User"}, {"Group", "Group"}, {"person", ""}};
+  for (const auto& [category, kind] : rows) {
     ADObject found("CN=al,DC=x");
-    found[VESK_OBJECT_CATEGORY] = row.category;
+    found[VESK_OBJECT_CATEGORY] = category;
     const ADSerializer& blob = *found.getSerialized();
     peer().expect(sidLookup);
     peer().send(answer(0, octets(std::string(blob.data(), blob.size()))));
     boost::shared_ptr<VeskObj> view;
     EXPECT_EQ(thrownBy([&] { view = session().getObject(sid, 0); }),
-              *row.view ? "nothing" : "NotFoundException 0 SID is not a user or group");
-    EXPECT_EQ(dynamic_cast<const User*>(view.get()) != nullptr, row.view == std::string("User"));
-    EXPECT_EQ(dynamic_cast<const Group*>(view.get()) != nullptr, row.view == std::string("Group"));
+              !kind.empty() ? "nothing" : "NotFoundException 0 SID is not a user or group");
+    EXPECT_EQ(dynamic_cast<const User*>(view.get()) != nullptr, kind == "User");
+    EXPECT_EQ(dynamic_cast<const Group*>(view.get()) != nullptr, kind == "Group");
   }
   peer().expect(request(11, lookupFields("1800030101", sidKey))).send(answer(2));
   EXPECT_EQ(thrownBy([&] { session().getObject(sid, UNIX_ONLY | CHECK_AD_FIRST | GROUP_MEMBERSHIP); }),
@@ -144,18 +144,17 @@ TEST_F(OperationsTest, APagedSearchContinuesAfterFailures) {
       .send(answer(0, integer(-7)))
       .hangUp();
   PagedSearchHandle handle = session().ldapPagedSearch("", "", "", nullptr, ScopeBase, 0, false);
-  const struct {
-    std::string reply, outcome;
-  } pages[] = {{answer(9, exception), " 0 no such base"},
-               {answer(0, integer(0x7fffffff) + a), "IOException 0 ber_scanf adobj"},
-               {answer(0, integer(2) + a + b), "a b"},
-               {answer(0, integer(1) + b), "b"}};
-  for (const auto& page : pages) {
+  const std::pair<std::string, std::string> pages[] = {
+      {answer(9, exception), " 0 no such base"},
+      {answer(0, integer(0x7fffffff) + a), "IOException 0 ber_scanf adobj"},
+      {answer(0, integer(2) + a + b), "a b"},
+      {answer(0, integer(1) + b), "b"}};
+  for (const auto& [page, outcome] : pages) {
     ASSERT_TRUE(peer().finished());  // no request yet
-    peer().accept().expect(next).send(page.reply);
+    peer().accept().expect(next).send(page);
     std::string all = outcomeOf([&] { return handle.getNext(); });
-    if (page.outcome == "a b") all += " " + text(handle.getNext());
-    EXPECT_EQ(all, page.outcome);
+    if (outcome == "a b") all += " " + text(handle.getNext());
+    EXPECT_EQ(all, outcome);
     peer().hangUp();  // requests the next page on a new connection, with the old number
   }
   for (int attempt = 0; attempt < 2; ++attempt) peer().accept().expect(next).hangUp();
@@ -169,34 +168,23 @@ TEST_F(OperationsTest, TheServicePrincipalForAKerberosLibrary) {
   ASSERT_EQ(gethostname(name, 64), 0);
   const std::string local = "host/" + lower(std::string(name));
   const std::string found = answer(0, octets(std::string("nfs/h@X\0y", 9)));
-  const struct {
-    const char *host, *service;
-    int type;
-    std::string sent;  // nothing if empty
-    std::string reply;
-    const char* permitted;
-    unsigned result;
-  } rows[] = {
-      {"H.X", "NFS", 1, "", "", "", 0x96c73ada},
-      {"H.X", "NFS", 0, "NFS/h.x", found, "", 1},
-      {nullptr, nullptr, 3, local, found, "", 1},
-      {"H", nullptr, 3, "host/h", answer(17), "", 0x96c73ad8},
-      {"H", "", 3, "/h", answer(17), "no", 0x96c73ad8},
-      {"H", "", 3, "/h", answer(17), "YES", 0x96c73af5},
-      {"H", "", 3, "/h", answer(0), "", 0x96c73af5},
-  };
-  for (const auto& row : rows) {
-    configure("krb5.permit.dns.spn.lookups: " + std::string(row.permitted) + "\n");
+  const auto given = [](const std::string& text) { return text == "-" ? nullptr : text.c_str(); };
+  for (const auto& row : rowsOf<7>("lrpc/session/rows.txt", "service principals")) {
+    const std::string sent = row[3] == "host/HERE" ? local : row[3];
+    configure("krb5.permit.dns.spn.lookups: " + row[5] + "\n");
     forgetLog();
     ScriptedPeer daemon(paths::kDaemonSocket);
-    if (!row.sent.empty()) daemon.expect(request(20, octets(row.sent))).send(row.reply).expectClosed();
+    if (!sent.empty())
+      daemon.expect(request(20, octets(sent)))
+          .send(row[4] == "found" ? found : answer(stoi(row[4])))
+          .expectClosed();
     char out[32] = "untouched";
-    const int result = velmora_sname_to_principal(nullptr, row.host, row.service, row.type, out);
-    EXPECT_EQ(static_cast<unsigned>(result), row.result);
-    EXPECT_STREQ(out, row.result == 1 ? "nfs/h@X" : "untouched");
-    EXPECT_EQ(isLogged("DEBUG lrpc.session SPN wasn't found in AD.  Trying DNS...\n"),
-              row.result == 0x96c73af5 && *row.permitted);
-    EXPECT_TRUE(daemon.finished()) << row.sent;
+    const int type = stoi(row[2]);
+    const unsigned result = velmora_sname_to_principal(nullptr, given(row[0]), given(row[1]), type, out);
+    EXPECT_EQ(result, stoul(row[6], nullptr, 16));
+    EXPECT_STREQ(out, result == 1 ? "nfs/h@X" : "untouched");
+    EXPECT_EQ(isLogged("DEBUG lrpc.session SPN wasn't found in AD.  Trying DNS...\n"), row[5] == "YES");
+    EXPECT_TRUE(daemon.finished()) << sent;
   }
   char out[1];
   EXPECT_EQ(static_cast<unsigned>(velmora_sname_to_principal(nullptr, "h", "s", 3, out)), 0x96c73af5);

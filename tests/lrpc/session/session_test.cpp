@@ -19,8 +19,9 @@ namespace {
 pid_t gPid = 77;      // of the parent and of a child, as in another namespace of process ids
 uid_t gOtherUid = 0;  // added to the effective ids
 gid_t gOtherGid = 0;
-std::atomic<uid_t> gPeerUid{0};  // added to the peer's user id
-int gSocketType = 0;             // of the last socket
+std::atomic<uid_t> gPeerUid{0};          // added to the peer's user id
+int gSocketType = 0;                     // of the last socket
+std::atomic<int> gLocks{0}, gOthers{0};  // locks, and threads and keys, that were created
 
 int withOtherPeer(int rc, int name, void* value) {
   if (name == SO_PEERCRED) static_cast<ucred*>(value)->uid += gPeerUid;
@@ -37,6 +38,13 @@ WRAPPED(int, socket, (int domain, int type, int protocol),
         __real_socket(domain, gSocketType = type, protocol))
 WRAPPED(int, getsockopt, (int fd, int level, int name, void* value, socklen_t* size),
         withOtherPeer(__real_getsockopt(fd, level, name, value, size), name, value))
+WRAPPED(int, pthread_mutex_init, (pthread_mutex_t * mutex, const pthread_mutexattr_t* attributes),
+        (++gLocks, __real_pthread_mutex_init(mutex, attributes)))
+WRAPPED(int, pthread_create,
+        (pthread_t * id, const pthread_attr_t* attributes, void* (*routine)(void*), void* argument),
+        (++gOthers, __real_pthread_create(id, attributes, routine, argument)))
+WRAPPED(int, pthread_key_create, (pthread_key_t * key, void (*destructor)(void*)),
+        (++gOthers, __real_pthread_key_create(key, destructor)))
 
 namespace {
 
@@ -79,21 +87,32 @@ TEST_F(SessionCoreTest, ConnectsOnTheFirstRequestOrImmediately) {
   EXPECT_FALSE(hasLogged("Cannot communicate"));
 }
 
+// It must stay cheap, and a name service may not bring threads into its host.
+TEST_F(SessionCoreTest, ASessionCreatesNoLockThreadOrKey) {
+  for (const bool isFirst : {true, false}) {
+    if (!isFirst) gLocks = gOthers = 0;
+    startSession(false);
+    for (int i = 0; i < 2; ++i) {
+      exchangeOnNewConnection();
+      session().dropConnection();
+    }
+    EXPECT_EQ(gLocks > 0, isFirst) << "the process-wide ones, at their first use";
+  }
+  EXPECT_EQ(gOthers, 0);
+}
+
 TEST_F(SessionCoreTest, AnIdleConnectionIsReplaced) {
-  const struct {
-    const char* timeout;
-    long idle;
-    bool kept;
-  } rows[] = {{"", 30, true}, {"", 31, false}, {"abc", 0, true}, {"abc", 1, false}, {"7m", 7, true}};
-  for (const auto& row : rows) {
-    configure("lrpc.timeout: 60\nlrpc.session.timeout: " + std::string(row.timeout) + "\n");
+  const std::tuple<std::string, long, bool> rows[] = {
+      {"", 30, true}, {"", 31, false}, {"abc", 0, true}, {"abc", 1, false}, {"7m", 7, true}};
+  for (const auto& [timeout, idle, kept] : rows) {
+    configure("lrpc.timeout: 60\nlrpc.session.timeout: " + timeout + "\n");
     session().dropConnection();
     exchangeOnNewConnection();
     forgetLog();
-    dayclock::offset += row.idle;
-    if (!row.kept) peer().expectClosed().accept();
+    dayclock::offset += idle;
+    if (!kept) peer().expectClosed().accept();
     exchange();
-    EXPECT_EQ(hasLogged("dropping old lrpc connection"), !row.kept) << row.timeout << " " << row.idle;
+    EXPECT_EQ(hasLogged("dropping old lrpc connection"), !kept) << timeout << " " << idle;
     EXPECT_TRUE(peer().finished());
   }
   // Idle time starts at the end of the exchange.
@@ -251,22 +270,19 @@ TEST_F(SessionCoreTest, ASecondThreadIsRefusedAndTheFirstIsUndisturbed) {
 TEST_F(SessionCoreTest, ADescriptorThatTheProgramHasReusedIsLeftAlone) {
   const UniqueFd file(open(in("file").c_str(), O_RDWR | O_CREAT, 0600));
   const UniqueFd other(::socket(AF_UNIX, SOCK_STREAM, 0));
-  const struct {
-    int theirs;  // reuses the number; -1 leaves it closed
-    long idle;
-    const char* reason;
-  } rows[] = {{file.get(), 0, "lrpc connection reopened "},
-              {other.get(), 0, "lrpc connection reopened "},
-              {file.get(), 60, "dropping old lrpc connection"},
-              {-1, 0, "lrpc connection reopened 0 != "}};
-  for (const auto& row : rows) {
+  // A descriptor that reuses the number (-1 leaves it closed), the idle time, the reason.
+  const std::tuple<int, long, const char*> rows[] = {{file.get(), 0, "lrpc connection reopened "},
+                                                     {other.get(), 0, "lrpc connection reopened "},
+                                                     {file.get(), 60, "dropping old lrpc connection"},
+                                                     {-1, 0, "lrpc connection reopened 0 != "}};
+  for (const auto& [theirs, idle, reason] : rows) {
     exchangeOnNewConnection();
     const int number = session().socket();
     close(number);
-    const UniqueFd reused(row.theirs >= 0 ? dup2(row.theirs, number) : -1);
-    dayclock::offset += row.idle;
+    const UniqueFd reused(theirs >= 0 ? dup2(theirs, number) : -1);
+    dayclock::offset += idle;
     exchangeOnNewConnection();
-    EXPECT_TRUE(hasLogged(row.reason)) << row.reason;
+    EXPECT_TRUE(hasLogged(reason)) << reason;
     session().dropConnection();
     EXPECT_EQ(fcntl(number, F_GETFD), reused ? 0 : -1);
   }
@@ -274,9 +290,7 @@ TEST_F(SessionCoreTest, ADescriptorThatTheProgramHasReusedIsLeftAlone) {
 }
 
 TEST_F(SessionCoreTest, TheSecondFailureIsThrown) {
-  const struct {
-    std::string frame, failure;
-  } rows[] = {
+  const std::pair<std::string, std::string> rows[] = {
       {framed(reply(2)), kBadData},
       {framed(""), "IOException 1 read 0 bytes from IPC"},
       {framed("garbled"), "IOException 1 ber_scanf failure (received garbled message?)"},
@@ -284,10 +298,10 @@ TEST_F(SessionCoreTest, TheSecondFailureIsThrown) {
       {hex("ffffff"), kBroken},
       {hex("0000001030"), kBroken},
   };
-  for (const auto& row : rows) {
+  for (const auto& [frame, failure] : rows) {
     for (int attempt = 0; attempt < 2; ++attempt)
-      peer().accept().expect(ping).sendRaw(row.frame).endStream().expectClosed();
-    EXPECT_EQ(pingThrows().substr(0, row.failure.size()), row.failure);
+      peer().accept().expect(ping).sendRaw(frame).endStream().expectClosed();
+    EXPECT_EQ(pingThrows().substr(0, failure.size()), failure);
     EXPECT_EQ(session().socket(), -1);
     EXPECT_TRUE(peer().finished());
   }

@@ -112,19 +112,15 @@ TEST_F(SockioTest, WaitsForASlowConnect) {
   const std::string path = in("socket");
   gConnectLater = true;
   auto peer = std::make_unique<ScriptedPeer>(path);
-  const struct {
-    const char* configured;
-    int milliseconds;
-    bool isLegal;
-  } rows[] = {{"0", 5000, false}, {"-1", 5000, false}, {"3", 3000, true}, {"33554432w", INT_MAX, true}};
-  for (const auto& row : rows) {
-    configure("lrpc.connect.timeout: " + std::string(row.configured) + "\n");
+  const std::tuple<std::string, int, bool> rows[] = {
+      {"0", 5000, false}, {"-1", 5000, false}, {"3", 3000, true}, {"33554432w", INT_MAX, true}};
+  for (const auto& [value, milliseconds, isLegal] : rows) {
+    configure("lrpc.connect.timeout: " + value + "\n");
     forgetLog();
     gPollTimeouts.clear();
     IPCdisconnect(IPCconnect(path));
-    EXPECT_EQ(gPollTimeouts, std::vector<int>{row.milliseconds}) << row.configured;
-    const std::string value(row.configured);
-    EXPECT_EQ(isLogged("Illegal value for lrpc.connect.timeout: " + value + ". Using 5"), !row.isLegal);
+    EXPECT_EQ(gPollTimeouts, std::vector<int>{milliseconds}) << value;
+    EXPECT_EQ(isLogged("Illegal value for lrpc.connect.timeout: " + value + ". Using 5"), !isLegal);
   }
   peer.reset();  // a socket that is not connected hangs up
   EXPECT_EQ(thrownBy([&] { IPCconnect(path); }), "IOException 1 ipc socket connect: Success");
