@@ -334,6 +334,17 @@ TEST_F(ClientTest, AnswersAreForgottenInTimeAndOnFlush) {
   EXPECT_TRUE(peer().finished());
 }
 
+TEST_F(ClientTest, AnAnswerFromBeforeAFlushIsNotKept) {
+  options.cache.entries = 10;
+  ReplyCache cache(options.cache);
+  const ReplyCache::Ticket ticket = cache.ticket();
+  cache.clear();
+  cache.keep(ticket, "key", nullptr);
+  EXPECT_FALSE(cache.find("key"));
+  cache.keep(cache.ticket(), "key", nullptr);
+  EXPECT_TRUE(cache.find("key"));
+}
+
 TEST_F(ClientTest, AnAnswerThatIsTooLargeIsNotKept) {
   options.cache.entries = 10;
   options.cache.bytes = 100;
