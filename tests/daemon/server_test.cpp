@@ -136,7 +136,6 @@ std::string thrown(int result, const std::string& message, int opcode) {
 const std::string kUnknownSearch = thrown(33, "No such paged search", 23);
 const std::string kEmptyPage = answered(0, "", integer(0), 23);
 
-/// The header of a reply without a body.
 std::string refused(int opcode, int result) {
   std::string bytes = request(opcode);
   bytes.back() = static_cast<char>(result);
@@ -195,13 +194,11 @@ class ServerTest : public testing::Test {
                      [this](const std::string& line) { m_lastLine = line; });
     m_thread = std::thread([this] { m_loop.run(); });
   }
-  /// Sets a short time-out for each step of a client or the back end.
   void startImpatient() {
     Limits limits;
     limits.step = std::chrono::milliseconds(20);
     start(limits);
   }
-  /// Runs a task on the loop and waits for it.
   void onLoop(const std::function<void()>& task) {
     std::promise<void> done;
     m_loop.post([&] {
@@ -210,7 +207,6 @@ class ServerTest : public testing::Test {
     });
     done.get_future().wait();
   }
-  /// Waits until `count` lookups and pages are pending.
   void awaitHeldBack(size_t count) {
     for (size_t held = 0; held < count;)
       onLoop([&] { held = m_backend.later.size() + m_backend.laterPages.size(); });

@@ -26,7 +26,6 @@ constexpr char kFill = 0x5a;
 void* g_module;
 std::function<void()> g_atConnect;
 
-/// A function of the module.
 template <class Function>
 Function* function(const char* name) {
   return reinterpret_cast<Function*>(dlsym(g_module, (std::string("_nss_fokrazo_") + name).c_str()));
@@ -276,14 +275,8 @@ TEST(NssModule, CancellationWaitsUntilTheModuleReturns) {
 TEST(NssModule, GroupsAreAddedToTheCallersArray) {
   using InitGroups = nss_status(const char*, gid_t, long*, long*, gid_t**, long, int*);
   using Groups = std::vector<gid_t>;
-  const struct {
-    const char* user;
-    gid_t primary;
-    long limit;
-    Groups before;
-    const char* answer;
-    Groups after;
-  } rows[] = {
+  // User, primary group, limit, the groups before, the answer, the groups after.
+  const std::tuple<const char*, gid_t, long, Groups, const char*, Groups> rows[] = {
       {"mgruber", 1, -1, {1}, "SUCCESS", {1, 20002}},  // the array must grow
       {"mgruber", 1, 2, {1}, "SUCCESS", {1, 20002}},   {"mgruber", 1, 1, {1}, "SUCCESS", {1}},
       {"mgruber", 1, -1, {20002}, "SUCCESS", {20002}}, {"mgruber", 20002, -1, {}, "SUCCESS", {}},
@@ -305,10 +298,10 @@ TEST(NssModule, GroupsAreAddedToTheCallersArray) {
   EXPECT_EQ(ask("mgruber", 1, -1, groups), "UNAVAIL EIO");
   EXPECT_EQ(groups, Groups{1});
   const StandinProcess daemon(kAtTheSocket);
-  for (const auto& row : rows) {
-    groups = row.before;
-    EXPECT_EQ(ask(row.user, row.primary, row.limit, groups), row.answer) << &row - rows;
-    EXPECT_EQ(groups, row.after) << &row - rows;
+  for (const auto& [user, primary, limit, before, answer, after] : rows) {
+    groups = before;
+    EXPECT_EQ(ask(user, primary, limit, groups), answer) << user << limit;
+    EXPECT_EQ(groups, after) << user << limit;
   }
 }
 

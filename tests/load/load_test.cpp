@@ -29,7 +29,6 @@ constexpr long kMayGrow = 8 * 1024;           // KiB for each process
 constexpr unsigned long kRestartEvery = 500;  // requests
 constexpr unsigned long kSignals = 20;
 
-// The daemon's faults, phase by phase.
 const std::vector<std::string> kFaults[] = {
     {"--fault", "drop%61", "--fault", "lose%47"},
     {"--fault", "garbage%41", "--fault", "empty%53"},
@@ -38,12 +37,10 @@ const std::vector<std::string> kFaults[] = {
     {"--fault", "stall%300"},
 };
 
-// Counted by the daemon itself.
 struct DaemonState {
   unsigned long requests, restarts;
 };
 
-// Shared by all processes.
 struct Totals {
   std::atomic<bool> over{false};
   std::atomic<long> right{0}, failures{0}, wrong{0};
@@ -73,7 +70,6 @@ class LoadTest : public WorldTest {
     WorldTest::TearDown();
   }
 
-  // One client sends requests until the end.
   void ask(unsigned seed) {
     LocalRpcSession session(m_standin->socket(), false, seed % 2 == 0);
     for (size_t i = seed; !m_totals->over; ++i) {
@@ -156,7 +152,6 @@ class LoadTest : public WorldTest {
     EXPECT_EQ(now.restarts, (now.requests + now.restarts) / kRestartEvery);
   }
 
-  // Each signal makes the working daemon restart once.
   void restartBySignals() {
     m_standin->restart({});
     for (unsigned long sent = 1; sent <= kSignals; ++sent) {

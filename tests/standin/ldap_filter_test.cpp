@@ -2,6 +2,7 @@
 
 #include "standin/entry.h"
 #include "standin/error.h"
+#include "tests/support/rows.h"
 
 namespace standin {
 namespace {
@@ -10,16 +11,8 @@ using std::string_literals::operator""s;
 
 Entry person() {
   Entry entry("CN=Joe (the first)*,OU=People,DC=example,DC=com");
-  for (const char* objectClass : {"top", "person", "user"}) entry.add("objectClass", objectClass);
-  entry.add("cn", "Joe (the first)*");
-  entry.add("description", "");
-  entry.add("uidNumber", "1000");
-  entry.add("balance", "-20");
-  entry.add("sn", "Müller\\Meyer");
-  entry.add("userAccountControl", "514");
-  entry.add("objectCategory", "CN=Person,CN=Schema,CN=Configuration,DC=example,DC=com");
-  entry.add("objectSid", "\x01\x05\0\0\0\0\0\x05\x15\0\0\0\x01\0\0\0\x02\0\0\0\x03\0\0\0\x50\x04\0\0"s);
-  entry.add("objectGUID", "\x00\x2a\x28\x29\x5c\xff"s);
+  for (const auto& [name, value] : testsupport::rowsOf<2>("standin/rows.txt", "person"))
+    entry.add(name, value);
   return entry;
 }
 

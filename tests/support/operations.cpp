@@ -297,13 +297,13 @@ const Operation& stopOperation() {
 }
 
 bool isFailure(const Operation& operation, const std::string& outcome) {
-  static const std::set<std::string> kClasses = {
-      "",  // the daemon's exceptions have no class name: it sends one for an unknown listing
-      "ConnectionBrokenException",
-      "TimeoutException",
-      "IOException",
-      "SystemException",
-      "vesk::SystemException"};
+  // The daemon's exceptions have no class name: it sends one for an unknown listing.
+  static const std::set<std::string> kClasses = {"",
+                                                 "ConnectionBrokenException",
+                                                 "TimeoutException",
+                                                 "IOException",
+                                                 "SystemException",
+                                                 "vesk::SystemException"};
   if (outcome == std::to_string(VR_DAEMON_NOT_RUNNING)) return operation.name == kHealth;
   const size_t end = outcome.find(' ');
   if (end == std::string::npos) return false;

@@ -102,7 +102,6 @@ class ScratchTest : public ::testing::Test {
     std::filesystem::remove_all(m_dir);
   }
 
-  /// A path in the test's directory.
   std::string in(const std::string& name) const { return m_dir + "/" + name; }
 
   /// What lstat() returns; zeros if there is nothing.

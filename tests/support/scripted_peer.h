@@ -35,14 +35,11 @@ class ScriptedPeer {
   /// Waits until the client closes the connection; it must not send another byte.
   ScriptedPeer& expectClosed();
 
-  /// Sends the message in its frame.
   ScriptedPeer& send(const std::string& message) { return sendRaw(framed(message)); }
-  /// Sends bytes as they are.
   ScriptedPeer& sendRaw(const std::string& bytes) {
     return then([this, bytes] { sendNow(bytes); });
   }
 
-  /// Does anything else.
   ScriptedPeer& then(Step step);
   /// hangUp closes the connection once the client has received everything; endStream ends only the direction
   /// to the client.
@@ -52,7 +49,6 @@ class ScriptedPeer {
   ScriptedPeer& endStream() {
     return then([this] { shutdown(m_connection.get(), SHUT_WR); });
   }
-  /// Stops listening.
   ScriptedPeer& down();
 
   /// Waits for the script. Succeeds if every step did, and the client has sent or opened nothing more.

@@ -35,7 +35,6 @@ class StandinProcess {
   int pid() const { return m_pid; }
   /// What it has written to its standard error.
   std::string errors() const;
-  /// Sends a signal.
   void signal(int number) const;
   /// Ends it as a crash would; the socket file stays.
   void kill();

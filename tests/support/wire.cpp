@@ -7,7 +7,6 @@ namespace testsupport {
 
 namespace {
 
-// Most significant byte first.
 std::string bigEndian(uint32_t value, int bytes) {
   std::string text;
   while (bytes-- > 0) text += static_cast<char>(value >> (8 * bytes));

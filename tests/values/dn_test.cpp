@@ -42,8 +42,7 @@ const std::map<std::string, std::string (*)(const std::string&)> kOperations = {
     OPERATION(escapeCanonicalString),
     OPERATION(unescapeDNString),
     OPERATION(unescapeLDAPString),
-    OPERATION(unescapeCanonicalString),
-};
+    OPERATION(unescapeCanonicalString)};
 
 TEST(Dn, TextOperations) {
   for (const auto& [operation, text, result] : testsupport::rowsOf<3>("values/rows.txt", "dn operations"))

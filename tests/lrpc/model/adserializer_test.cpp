@@ -35,7 +35,6 @@ std::string inlineText(const std::string& text) {
   return word(text.size()) + text;
 }
 
-// A record of encoded fields.
 std::string record(const std::string& name, const std::vector<std::string>& values) {
   std::string bytes = name + word(values.size());
   for (const std::string& value : values) bytes += value;

@@ -20,28 +20,26 @@ uint64_t digestOf(const std::string& text) {
   0x##suffix, GetDictionaryVector##suffix, GetDictionaryMap##suffix, GetDictionarySum##suffix
 
 TEST(StringDict, EachDictionaryIsThatOfItsRelease) {
-  const struct {
-    int checksum;
-    const DictionaryVector& (*vector)();
-    const DictionaryMap& (*map)();
-    int (*sum)();
-    uint64_t digest;  // of all entries, a newline after each
-  } rows[] = {
-      {LIST(15487), 0x9ad08e8f6d69a2e4}, {LIST(15667), 0xaa1d5c9b781f1d42}, {LIST(12258), 0x39ca3028e88e7370},
-      {LIST(27271), 0x39ca3028e88e7370}, {LIST(30618), 0x3091f45b07eed954}, {LIST(60690), 0x2302bb873d0c5d8e},
-      {LIST(45829), 0x1416f37f5a50e0e9}, {LIST(36361), 0xbcc204a0fcdbb222}, {LIST(16090), 0xd4b369e5b6ed2e66},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << std::hex << row.checksum);
-    const DictionaryVector& entries = GetDictionaryVector(row.checksum);
+  // The digest is that of all entries, a newline after each.
+  const std::tuple<int, const DictionaryVector& (*)(), const DictionaryMap& (*)(), int (*)(), uint64_t>
+      rows[] = {
+          {LIST(15487), 0x9ad08e8f6d69a2e4}, {LIST(15667), 0xaa1d5c9b781f1d42},
+          {LIST(12258), 0x39ca3028e88e7370}, {LIST(27271), 0x39ca3028e88e7370},
+          {LIST(30618), 0x3091f45b07eed954}, {LIST(60690), 0x2302bb873d0c5d8e},
+          {LIST(45829), 0x1416f37f5a50e0e9}, {LIST(36361), 0xbcc204a0fcdbb222},
+          {LIST(16090), 0xd4b369e5b6ed2e66},
+      };
+  for (const auto& [checksum, vector, map, sum, digest] : rows) {
+    SCOPED_TRACE(testing::Message() << std::hex << checksum);
+    const DictionaryVector& entries = GetDictionaryVector(checksum);
     std::string text;
     for (const std::string& entry : entries) text += entry + '\n';
-    EXPECT_EQ(digestOf(text), row.digest);
-    for (size_t i = 0; i < entries.size(); ++i) EXPECT_EQ(row.map().at(entries[i]), static_cast<int>(i));
-    EXPECT_EQ(row.map().size(), entries.size());
-    EXPECT_EQ(&entries, &row.vector());
-    EXPECT_EQ(&GetDictionaryMap(row.checksum), &row.map());
-    EXPECT_EQ(row.sum(), row.checksum);
+    EXPECT_EQ(digestOf(text), digest);
+    for (size_t i = 0; i < entries.size(); ++i) EXPECT_EQ(map().at(entries[i]), static_cast<int>(i));
+    EXPECT_EQ(map().size(), entries.size());
+    EXPECT_EQ(&entries, &vector());
+    EXPECT_EQ(&GetDictionaryMap(checksum), &map());
+    EXPECT_EQ(sum(), checksum);
   }
 }
 

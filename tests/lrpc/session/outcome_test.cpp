@@ -55,11 +55,7 @@ TEST(OutcomeTest, EachExceptionHasTheOutcomeOfItsClassAndText) {
       return answerOfCurrentException();
     }
   };
-  const struct {
-    Answer answer;
-    Outcome expected;
-    int error;
-  } rows[] = {
+  const std::tuple<Answer, Outcome, int> rows[] = {
       {answerOf(made<NotFoundException>()), Outcome::NotFound, ENOENT},
       {answerOf(made<EndOfListException>()), Outcome::NotFound, ENOENT},
       {answerOf(made<ConnectionBrokenException>()), Outcome::TryAgain, EAGAIN},
@@ -84,8 +80,9 @@ TEST(OutcomeTest, EachExceptionHasTheOutcomeOfItsClassAndText) {
       {answerOf(static_cast<ValidationResult>(48)), Outcome::Unavailable, EIO},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(row.answer.outcome, row.expected) << &row - rows;
-    EXPECT_EQ(row.answer.error, row.error) << &row - rows;
+    const auto& [answer, expected, error] = row;
+    EXPECT_EQ(answer.outcome, expected) << &row - rows;
+    EXPECT_EQ(answer.error, error) << &row - rows;
   }
   std::set<std::string> classes = {"IPCExceptionDerived"};  // an IPCException to every module
   for (const ExceptionRow& row : kExceptionRows) classes.insert(row.className);
@@ -114,7 +111,6 @@ TEST(OutcomeTest, OutcomesAreNeverConfused) {
   }
 }
 
-// The two tables for docs/outcomes.md.
 std::vector<std::string> printedTables() {
   const std::string columnNames = "Outcome | Name service | errno | Authenticate | Account | Password |\n";
   const std::string line = "|---|---|---|---|---|---|---|---|\n";

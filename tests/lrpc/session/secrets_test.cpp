@@ -73,7 +73,6 @@ bool takesSecrets(const Operation& operation) {
 
 class SecretsTest : public WorldTest {
  protected:
-  // Calls each operation with secrets of its own, and searches for them afterwards.
   void check(SyslogSocket& syslogd, const std::string& socket, size_t size) {
     for (const Operation& operation : exchanges()) {
       if (!takesSecrets(operation)) continue;

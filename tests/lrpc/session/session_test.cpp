@@ -53,7 +53,6 @@ const std::string kBadData = "SystemException 2 Unsuccesful IPC execute: bad dat
 
 class SessionCoreTest : public SessionTest {
  protected:
-  // A ping with a reply.
   void exchange() {
     peer().expect(ping).send(pong);
     session().ping();
@@ -200,10 +199,7 @@ TEST_F(SessionCoreTest, AConnectionWithSomethingToReadIsReplaced) {
       session().ping();
       ASSERT_TRUE(bytes.empty() ? peer().finished() : testing::AssertionSuccess());
       peer().expectClosed().accept().expect(isSentOnce ? request(1) : ping).send(pong);
-      if (isSentOnce)
-        session().stop();
-      else
-        session().ping();
+      isSentOnce ? session().stop() : session().ping();
       EXPECT_TRUE(hasLogged("dropping lrpc connection that brondalt has closed or written to unasked"));
       EXPECT_FALSE(hasLogged("Cannot communicate"));
       EXPECT_TRUE(peer().finished());

@@ -19,7 +19,6 @@ constexpr size_t kLimit = 12 * 1024;
 constexpr size_t kStack = 1024 * 1024;
 constexpr unsigned char kPaint = 0xa5;
 
-/// Runs work in a thread on a painted stack.
 class PaintedThread {
  public:
   template <class Work>
@@ -38,7 +37,6 @@ class PaintedThread {
   }
   ~PaintedThread() { munmap(m_bottom, kStack); }
 
-  /// Bytes used by the work.
   size_t used() const {
     return m_start - std::find_if(m_bottom, m_start, [](unsigned char byte) { return byte != kPaint; });
   }

@@ -30,7 +30,6 @@ int connected(int rc) {
 // The test's own calls wait for two descriptors.
 int polled(pollfd* entries, nfds_t count, int timeout);
 
-// The peer has another user and group.
 int withOtherPeer(int rc, int name, void* value) {
   auto* peer = static_cast<ucred*>(value);
   if (rc == 0 && name == SO_PEERCRED) *peer = {peer->pid, peer->uid + 1, peer->gid + 2};

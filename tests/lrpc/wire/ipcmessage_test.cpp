@@ -43,7 +43,6 @@ class MessageTest : public ::testing::Test {
     for (const int end : m_ends) close(end);
   }
 
-  // The bytes that a message puts on the socket.
   std::string sent(IPCMessage& message) {
     message.send(m_ends[0]);
     char bytes[4096];
@@ -51,7 +50,6 @@ class MessageTest : public ::testing::Test {
     return std::string(bytes, count < 0 ? 0 : count);
   }
 
-  // A message with that body, received.
   std::unique_ptr<IPCReply> received(const std::string& body) {
     put(framed(reply(0, body)));
     auto message = std::make_unique<IPCReply>();
@@ -135,10 +133,7 @@ TEST_F(MessageTest, FieldsAreReadInOrderAndAgainAfterRewind) {
 }
 
 TEST_F(MessageTest, EveryReaderRefusesDamagedFields) {
-  const struct {
-    void (*read)(const IPCMessage& message);
-    std::string failure;
-  } rows[] = {
+  const std::pair<void (*)(const IPCMessage&), std::string> rows[] = {
       {[](const IPCMessage& m) { m.getInt(); }, "ber_scanf int"},
       {[](const IPCMessage& m) { m.getString(); }, "ber_scanf string"},
       {[](const IPCMessage& m) { m.getBerString(); }, "ber_scanf string"},
@@ -158,9 +153,9 @@ TEST_F(MessageTest, EveryReaderRefusesDamagedFields) {
     for (const char* body : {"", "0205", "0401", "04847fffffff41", "0488ffffffffffffffff41",
                              "30847fffffff0400", "04ff", "04890000000000000000014141"}) {
       const auto message = received(hex(body));
-      EXPECT_EQ(thrownBy([&] { row.read(*message); }), "IOException 0 " + row.failure) << body;
+      EXPECT_EQ(thrownBy([&] { row.first(*message); }), "IOException 0 " + row.second) << body;
     }
-    EXPECT_EQ(thrownBy([&] { row.read(empty); }), "IOException 0 " + row.failure);
+    EXPECT_EQ(thrownBy([&] { row.first(empty); }), "IOException 0 " + row.second);
   }
   // A damaged object is refused when it is received, not when it is first used.
   const std::string cut = object("CN=x").substr(2, object("CN=x").size() - 3);
