@@ -413,6 +413,7 @@ TEST_F(ClientTest, AChildUsesTheClientAsItsOwn) {
 TEST_F(ClientTest, ThreadsShareTheSessionsThatThereAre) {
   const StandinProcess standin({"--fault", "drop%10"});
   options.socketPath = standin.socket();
+  Client& shared = client();
   const size_t before = openSockets();
   std::atomic<int> wrong{0};
   std::atomic<int> right{0};
@@ -426,8 +427,8 @@ TEST_F(ClientTest, ThreadsShareTheSessionsThatThereAre) {
   for (int i = 0; i < 32; ++i)
     threads.emplace_back([&] {
       for (int k = 0; k < 20; ++k) {
-        judge(client().user("nosuchuser").status(), CallOutcome::NotFound);
-        judge(client().user("mgruber").status(), CallOutcome::Success);
+        judge(shared.user("nosuchuser").status(), CallOutcome::NotFound);
+        judge(shared.user("mgruber").status(), CallOutcome::Success);
       }
     });
   for (std::thread& thread : threads) thread.join();
