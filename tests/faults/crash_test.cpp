@@ -25,7 +25,8 @@ class CrashTest : public WorldTest {
   void SetUp() override {
     WorldTest::SetUp();
     if (IsSkipped()) return;
-    if (!canTrace()) GTEST_SKIP() << "the kernel does not let a filter stop children";
+    if (inChild([] { EXPECT_TRUE(stopBeforeChanges()); }) != 0)
+      GTEST_SKIP() << "the kernel does not let a filter stop children";
     configure("log: FATAL\n");  // a log line would add many calls
   }
 
@@ -77,10 +78,6 @@ class CrashTest : public WorldTest {
       } while (WIFSTOPPED(status));
       ended(status);
     }
-  }
-
-  static bool canTrace() {
-    return inChild([] { EXPECT_TRUE(stopBeforeChanges()); }) == 0;
   }
 
  private:

@@ -3,13 +3,7 @@
 
 #include <syslog.h>
 
-#include <fokrazo/log.h>
-#include <fokrazo/runqueue.h>
-#include <fokrazo/session.h>
-#include <fokrazo/setting.h>
-#include <fokrazo/stringdict.h>
-#include <fokrazo/thread.h>
-#include <fokrazo/unixviews.h>
+#include <fokrazo/fokrazo.h>
 #include "tests/support/standin_process.h"
 #include "tests/support/syslog_socket.h"
 #include "tests/support/workers.h"

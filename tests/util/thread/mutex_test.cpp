@@ -109,36 +109,30 @@ TEST_F(LockTest, SignalsWakeOneOrAll) {
   }
 }
 
-TEST_F(LockTest, CancellationStaysPendingUntilTheOutermostUnLock) {
-  bool cameToUnLock = false, survived = false;
-  cancelAt([&](auto point) {
-    Lock outer(mutex);
-    Lock inner(mutex);
-    point();
-    Thread::yield();
-    inner.unLock();
-    cameToUnLock = true;
-    outer.unLock();
-    survived = true;
-  });
-  EXPECT_TRUE(cameToUnLock);
-  EXPECT_FALSE(survived);
-  EXPECT_TRUE(freeForOthers());
-}
-
-TEST_F(LockTest, CancellationDoesNotInterruptAnException) {
-  bool caught = false;
-  cancelAt([&](auto point) {
-    try {
-      Lock lock(mutex);
-      point();
-      throw std::runtime_error("unwinds the guard");
-    } catch (const std::runtime_error&) {
-      caught = true;
-    }
-    Thread::yield();
-  });
-  EXPECT_TRUE(caught);
+TEST_F(LockTest, CancellationStaysPendingUntilTheOutermostUnLockAndSparesAnException) {
+  for (const bool throws : {false, true}) {
+    bool cameToUnLock = false, caught = false, survived = false;
+    cancelAt([&](auto point) {
+      try {
+        Lock outer(mutex);
+        Lock inner(mutex);
+        point();
+        if (throws) throw std::runtime_error("unwinds the guards");
+        Thread::yield();
+        inner.unLock();
+        cameToUnLock = true;
+        outer.unLock();
+        survived = true;
+      } catch (const std::runtime_error&) {
+        caught = true;
+      }
+      Thread::yield();
+      survived = true;
+    });
+    EXPECT_TRUE(throws ? caught : cameToUnLock);
+    EXPECT_FALSE(survived);
+    EXPECT_TRUE(freeForOthers());
+  }
 }
 
 TEST_F(LockTest, APollingLockGetsTheMutexOnceItIsFree) {
