@@ -1,11 +1,6 @@
 // What the stand-in cannot show: fokrazo doctor with an unhealthy daemon, and what the tool sends. Everything
 // else is in transcript.txt.
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "tests/support/command_line.h"
 #include "tests/support/scripted_peer.h"
 #include "tests/support/wire.h"
 #include "tests/support/world_test.h"
@@ -13,6 +8,23 @@
 namespace {
 
 using namespace testsupport;
+
+struct Ran {
+  int status;
+  std::string out;  // its output, of both streams
+};
+
+/// Runs `line`, a program's name and its arguments.
+Ran run(const std::string& line) {
+  FILE* pipe = popen(("'" TEST_BINARY_DIR "'/bin/" + line + " 2>&1 </dev/null").c_str(), "r");
+  Ran ran{-1, ""};
+  if (!pipe) return ran;
+  char buffer[4096];
+  while (size_t count = fread(buffer, 1, sizeof buffer, pipe)) ran.out.append(buffer, count);
+  const int status = pclose(pipe);
+  ran.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return ran;
+}
 
 class ToolTest : public WorldTest {};
 

@@ -361,18 +361,16 @@ TEST_F(ServerTest, ATimeOutEndsTheSearchOrListing) {
   const auto list = [](const std::string& name) {
     return framed(request(11, integer(1) + integer(2) + integer(0) + integer(0) + integer(0) + octets(name)));
   };
-  const struct {
-    std::string open, opened, next, away, gone;
-  } kRows[] = {
+  const std::array<std::string, 5> kRows[] = {
       {openSearch(2), answered(0, "", integer(1), 22), page(1), thrown(16, away, 23), kUnknownSearch},
       {framed(request(13, integer(1) + integer(0) + integer(0))), answered(0, "", "", 13), list("@#"),
        answered(16, away), thrown(33, closed, 11)},
   };
   RawClient client(m_path);
-  for (const auto& row : kRows) {
-    EXPECT_EQ(client.ask(row.open, row.opened), row.opened);
-    EXPECT_EQ(client.ask(row.next, row.away), row.away);
-    EXPECT_EQ(client.ask(row.next, row.gone), row.gone);
+  for (const auto& [open, opened, next, late, gone] : kRows) {
+    EXPECT_EQ(client.ask(open, opened), opened);
+    EXPECT_EQ(client.ask(next, late), late);
+    EXPECT_EQ(client.ask(next, gone), gone);
   }
   onLoop([this] { m_backend.laterPages.front()(Objects()); });
   answerLater();

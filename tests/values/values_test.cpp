@@ -4,11 +4,13 @@
 #include <fokrazo/int64.h>
 #include <fokrazo/oid.h>
 #include <fokrazo/stringarray.h>
+#include "tests/support/rows.h"
 #include "tests/support/thrown.h"
 
 namespace {
 
 using namespace vesk;
+using testsupport::rowsOf;
 
 constexpr unsigned char kBytes[] = {0x33, 0x22, 0x11, 0x00, 0x55, 0x44, 0x77, 0x66,
                                     0x88, 0x99, 0xaa, 0xbb, 0xcc, 0xdd, 0xee, 0xff};
@@ -23,19 +25,14 @@ TEST(Guid, EachFormIsPrintedAndRead) {
   EXPECT_EQ(guid.toRealMSString(), kRealText);
   EXPECT_EQ(guid.toEscapedString(), "\\33\\22\\11\\00\\55\\44\\77\\66\\88\\99\\aa\\bb\\cc\\dd\\ee\\ff");
   EXPECT_EQ(guid.toDN(), kDn);
-  using Reader = void (Guid::*)(const std::string&);
-  const std::tuple<Reader, std::string, const char*> rows[] = {
-      {&Guid::fromString, kMsText, kText},
-      {&Guid::fromString, "33221100554477668899AABBCCDDEEFF00", kText},
-      {&Guid::fromString, "33-22-1x", "33221000000000000000000000000000"},
-      {&Guid::fromRealMSString, kRealText, kText},
-      {&Guid::fromHexValue, std::string(reinterpret_cast<const char*>(kBytes), 16) + "more", kText},
-      {&Guid::fromHexValue, "\x33\x22", "33220000000000000000000000000000"},
-      {&Guid::fromExtendedDN, kDn + ";CN=a", kText},
-  };
-  for (const auto& [read, text, printed] : rows) {
+  const std::map<std::string, void (Guid::*)(const std::string&)> readers = {
+      {"fromString", &Guid::fromString},
+      {"fromRealMSString", &Guid::fromRealMSString},
+      {"fromHexValue", &Guid::fromHexValue},
+      {"fromExtendedDN", &Guid::fromExtendedDN}};
+  for (const auto& [reader, text, printed] : rowsOf<3>("values/rows.txt", "guid readers")) {
     Guid other(reinterpret_cast<const unsigned char*>("0123456789abcdef"), 16);
-    (other.*read)(text);
+    (other.*readers.at(reader))(text);
     EXPECT_EQ(other.toString(), printed) << text;
   }
   for (const std::string& text : {std::string(), kDn.substr(0, 38), "<GUID=0" + kDn.substr(6), " " + kDn,
@@ -48,10 +45,9 @@ TEST(Guid, EachFormIsPrintedAndRead) {
 }
 
 TEST(Guid, ValidFormat) {
-  EXPECT_TRUE(Guid::isValidGuidStringFormat("00112233-4455-6677-8899-AABBCCDDEEFF"));
-  for (const char* text : {static_cast<const char*>(nullptr), kText, "00112233-4455-6677-8899-aabbccddeefg",
-                           "00112233-4455-6677-8899-aabbccddeeff0", "001122334-455-6677-8899-aabbccddeeff"})
-    EXPECT_FALSE(Guid::isValidGuidStringFormat(text)) << text;
+  for (const auto& [isValid, text] : rowsOf<2>("values/rows.txt", "guid formats"))
+    EXPECT_EQ(Guid::isValidGuidStringFormat(text.c_str()), isValid == "valid") << text;
+  EXPECT_FALSE(Guid::isValidGuidStringFormat(nullptr));
 }
 
 TEST(GuidList, KeepsTheFirstOfEachAndSharesItsBody) {
@@ -105,17 +101,12 @@ TEST(MurmurHash2, KnownValues) {
 }
 
 TEST(Int64, TextBothWays) {
-  const std::pair<std::string, int64_t> rows[] = {{"", 0},
-                                                  {"9223372036854775807", INT64_MAX},
-                                                  {"-9223372036854775808", INT64_MIN},
-                                                  {"18446744073709551617", 1},
-                                                  {"1:", 20}};  // ":" counts as ten
-  for (const auto& [text, value] : rows) {
+  for (const auto& [text, value] : rowsOf<2>("values/rows.txt", "int64")) {
     const Int64 number{text};
     std::ostringstream out;
     out << number;
-    EXPECT_EQ(number.value(), value) << text;
-    EXPECT_EQ(out.str(), std::to_string(value));
+    EXPECT_EQ(std::to_string(number.value()), value) << text;
+    EXPECT_EQ(out.str(), value);
   }
 }
 
