@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
+#include <string_view>
 
 namespace vesk {
 
@@ -14,7 +14,7 @@ struct Utf8Character {
 
 /// Decodes the character at `position`, as RFC 3629 defines: no overlong form, no surrogate, nothing above
 /// U+10FFFF.
-inline Utf8Character utf8At(const std::string& text, size_t position) {
+inline Utf8Character utf8At(std::string_view text, size_t position) {
   const auto byteAt = [&text](size_t i) -> unsigned char { return i < text.size() ? text[i] : 0; };
   const unsigned char lead = byteAt(position);
   if (lead < 0x80) return {lead, position < text.size() ? size_t{1} : 0};

@@ -217,11 +217,8 @@ int IPCconnect(std::string path) {
 
 // A low descriptor is replaced before connecting: until then nothing can be written to the socket.
 UniqueFd connectPrivately(const std::string& path, CallProgress* call) {
-  UniqueFd socket = newSocket(SOCK_CLOEXEC, call);
-  if (socket.get() <= STDERR_FILENO) {
-    socket = UniqueFd(fcntl(socket.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-    if (!socket) failCreate(call);
-  }
+  UniqueFd socket = aboveStandardStreams(newSocket(SOCK_CLOEXEC, call));
+  if (!socket) failCreate(call);
   connectTo(socket.get(), path, call);
   return socket;
 }

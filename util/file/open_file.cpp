@@ -28,11 +28,6 @@ int flagsOf(unsigned options) {
   return flags;
 }
 
-UniqueFd aboveStandardStreams(UniqueFd fd) {
-  if (!fd || fd.get() > STDERR_FILENO) return fd;
-  return UniqueFd(::fcntl(fd.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-}
-
 bool isRegular(const UniqueFd& fd) {
   struct stat info;
   if (::fstat(fd.get(), &info) != 0) return false;

@@ -34,4 +34,8 @@ class UniqueFd {
   int m_fd = -1;
 };
 
+/// The same file under a number above 2: a program that has closed its standard streams must not write its
+/// output there. Close-on-exec. Empty, with errno, if there is no descriptor left.
+UniqueFd aboveStandardStreams(UniqueFd fd);
+
 }  // namespace vesk

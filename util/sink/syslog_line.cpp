@@ -24,7 +24,6 @@ namespace vesk {
 namespace {
 
 constexpr char kMonths[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
-constexpr int kLowestDescriptor = 3;  // 0 to 2 are the standard streams
 constexpr int kMaxWait = 100;         // milliseconds; for a stalled syslog
 
 // Held during each call of the C library's syslog functions, so that no fork interrupts one.
@@ -54,9 +53,8 @@ struct Identity {
 Identity gIdentity FOKRAZO_GUARDED_BY(gSyslogProtect());  // openlog keeps the pointer
 
 UniqueFd connectToSyslog() {
-  UniqueFd made(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  if (made && made.get() < kLowestDescriptor)
-    made = UniqueFd(fcntl(made.get(), F_DUPFD_CLOEXEC, kLowestDescriptor));
+  UniqueFd made =
+      aboveStandardStreams(UniqueFd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)));
   constexpr sockaddr_un kSyslog{AF_UNIX, "/dev/log"};
   if (made && connect(made.get(), reinterpret_cast<const sockaddr*>(&kSyslog), sizeof kSyslog) != 0)
     return UniqueFd();
