@@ -24,7 +24,7 @@ namespace vesk {
 namespace {
 
 constexpr char kMonths[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
-constexpr int kMaxWait = 100;         // milliseconds; for a stalled syslog
+constexpr int kMaxWait = 100;  // milliseconds; for a stalled syslog
 
 // Held during each call of the C library's syslog functions, so that no fork interrupts one.
 Mutex& gSyslogProtect() {
