@@ -1,7 +1,5 @@
 // Flattening without a copy, and the socket buffer's reads with a time-out.
 
-#include <fokrazo/qtr_ber.h>
-
 #include "tests/support/wrapped.h"
 
 namespace {

@@ -2,7 +2,6 @@
 
 #include <optional>
 
-#include <fokrazo/ipc_sockio.h>
 #include "tests/support/standin_process.h"
 #include "tests/support/thrown.h"
 

@@ -5,8 +5,6 @@
 #include <future>
 #include <optional>
 
-#include <fokrazo/adserializer.h>
-#include <fokrazo/ipc_sockio.h>
 #include "tests/support/standin_process.h"
 #include "tests/support/wire.h"
 #include "tests/support/wrapped.h"

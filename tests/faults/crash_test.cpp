@@ -7,8 +7,6 @@
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
 
-#include <fokrazo/kset.h>
-#include <fokrazo/setting.h>
 #include "tests/support/workers.h"
 #include "tests/support/world_test.h"
 

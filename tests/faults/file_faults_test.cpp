@@ -5,7 +5,6 @@
 
 #include <regex>
 
-#include <fokrazo/fokrazo.h>
 #include "tests/faults/fault_plans.h"
 #include "tests/support/world_test.h"
 

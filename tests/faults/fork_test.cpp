@@ -3,7 +3,6 @@
 
 #include <syslog.h>
 
-#include <fokrazo/fokrazo.h>
 #include "tests/support/standin_process.h"
 #include "tests/support/syslog_socket.h"
 #include "tests/support/workers.h"

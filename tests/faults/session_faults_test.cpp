@@ -1,7 +1,6 @@
 // A session while calls of the system fail: an operation returns the right answer or throws an exception that
 // the header names, nothing leaks, and the same session works afterwards.
 
-#include <fokrazo/session.h>
 #include "tests/faults/fault_plans.h"
 #include "tests/support/operations.h"
 #include "tests/support/standin_process.h"

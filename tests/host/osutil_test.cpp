@@ -1,4 +1,3 @@
-#include <fokrazo/osutil.h>
 
 #include <arpa/inet.h>
 #include <sys/utsname.h>
@@ -7,7 +6,6 @@
 
 #include <regex>
 
-#include <fokrazo/setting.h>
 #include "host/endpoint_probe.h"
 #include "tests/support/rows.h"
 #include "tests/support/world_test.h"

@@ -5,9 +5,6 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 
-#include <fokrazo/error_util.h>
-#include <fokrazo/session.h>
-#include <fokrazo/thread.h>
 #include "tests/support/operations.h"
 #include "tests/support/standin_process.h"
 #include "tests/support/world_test.h"

@@ -1,8 +1,5 @@
 #include "standin/directory.h"
 
-#include <fokrazo/adobject.h>
-#include <fokrazo/adserializer.h>
-#include <fokrazo/attrnames.h>
 #include "standin/attribute_map.h"
 #include "standin/dn_key.h"
 #include "standin/error.h"

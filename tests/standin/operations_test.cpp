@@ -1,8 +1,6 @@
 // Operations of a session against a whole stand-in: their results, over good connections and bad ones.
 
 #include "tests/support/operations.h"
-#include <fokrazo/attrnames.h>
-#include <fokrazo/session.h>
 #include "tests/support/rows.h"
 #include "tests/support/standin_process.h"
 

@@ -2,12 +2,6 @@
 
 #include <sys/syscall.h>
 
-#include <fokrazo/attrnames.h>
-#include <fokrazo/guid.h>
-#include <fokrazo/ipc_sockio.h>
-#include <fokrazo/ipcmessage.h>
-#include <fokrazo/session.h>
-#include <fokrazo/shredder.h>
 #include "standin/directory.h"
 #include "standin/unix_profile.h"
 #include "tests/support/outcome_text.h"

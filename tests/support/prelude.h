@@ -1,5 +1,5 @@
-/// The headers of the C++ library, GoogleTest and the system that tests use, precompiled for all of them:
-/// test sources need not include the headers listed here.
+/// The library's public headers, and those of the C++ library, GoogleTest and the system that tests use,
+/// precompiled for all of them: test sources need not include the headers listed here.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -51,3 +51,5 @@
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
+
+#include <fokrazo/fokrazo.h>

@@ -1,4 +1,3 @@
-#include <fokrazo/account_name.h>
 
 #include "tests/support/rows.h"
 

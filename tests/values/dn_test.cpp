@@ -1,8 +1,4 @@
-#include <fokrazo/dn.h>
 
-#include <fokrazo/error_util.h>
-#include <fokrazo/guid.h>
-#include <fokrazo/sid.h>
 #include "tests/support/rows.h"
 
 // As in a locale of ISO 8859-1.

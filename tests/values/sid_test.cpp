@@ -1,6 +1,4 @@
-#include <fokrazo/sid.h>
 
-#include <fokrazo/strutil.h>
 #include "tests/support/rows.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"

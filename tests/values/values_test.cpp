@@ -1,9 +1,5 @@
 // The small values: GUIDs, OIDs, hashes and numbers as text.
 
-#include <fokrazo/guid.h>
-#include <fokrazo/int64.h>
-#include <fokrazo/oid.h>
-#include <fokrazo/stringarray.h>
 #include "tests/support/rows.h"
 #include "tests/support/thrown.h"
 

@@ -1,9 +1,5 @@
 #include <future>
 
-#include <fokrazo/client.h>
-#include <fokrazo/ipc_opcode.h>
-#include <fokrazo/session.h>
-#include <fokrazo/shredder.h>
 #include "lrpc/client/client_call.h"
 #include "tests/support/prelude.h"
 #include "tests/support/scripted_peer.h"

@@ -1,8 +1,4 @@
-#include <fokrazo/adobject.h>
 
-#include <fokrazo/adserializer.h>
-#include <fokrazo/attrnames.h>
-#include <fokrazo/fixed_paths.h>
 #include "tests/support/objects.h"
 #include "tests/support/rows.h"
 #include "tests/support/thrown.h"

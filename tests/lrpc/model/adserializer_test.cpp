@@ -1,10 +1,6 @@
 // Blobs against literal bytes. Damaged ones are read as by the fuzz target, and compared with its reference
 // reader.
 
-#include <fokrazo/adserializer.h>
-
-#include <fokrazo/adobject.h>
-#include <fokrazo/stringdict.h>
 #include "fuzz/fuzz_input.h"
 #include "tests/support/thrown.h"
 #include "tests/support/wire.h"

@@ -1,7 +1,4 @@
-#include <fokrazo/stringdict.h>
 
-#include <fokrazo/adserializer.h>
-#include <fokrazo/attrnames.h>
 #include "tests/support/thrown.h"
 
 using namespace vesk;

@@ -1,4 +1,3 @@
-#include <fokrazo/unixviews.h>
 
 #include "tests/support/objects.h"
 #include "tests/support/rows.h"

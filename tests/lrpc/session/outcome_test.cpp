@@ -1,12 +1,8 @@
 // The modules' answers: every class and result has a row, outcomes are not confused, and docs/outcomes.md
 // agrees.
 
-#include <fokrazo/outcome.h>
-
 #include <regex>
 
-#include <fokrazo/error_util.h>
-#include <fokrazo/ipc_exception.h>
 #include "lrpc/session/outcome_internal.h"
 
 using namespace vesk;

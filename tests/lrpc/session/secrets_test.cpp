@@ -3,9 +3,6 @@
 
 #include <sys/mman.h>
 
-#include <fokrazo/circular_buffer.h>
-#include <fokrazo/ipcmessage.h>
-#include <fokrazo/log.h>
 #include "tests/support/operations.h"
 #include "tests/support/rows.h"
 #include "tests/support/standin_process.h"

@@ -1,9 +1,6 @@
 // Every operation of the session: the bytes it sends, whether it sends them again when the connection is
 // lost, and what it makes of each reply.
 
-#include <fokrazo/adserializer.h>
-#include <fokrazo/fixed_paths.h>
-#include <fokrazo/strutil.h>
 #include "tests/support/operations.h"
 #include "tests/support/rows.h"
 #include "tests/support/session_test.h"
@@ -39,7 +36,7 @@ class OperationsTest : public SessionTest {
 
   template <class Make>
   void checkAnswers(const Operation& operation, Make make) {
-    for (const Answer& each : operation.answers) {
+    for (const testsupport::Answer& each : operation.answers) {
       peer().expect(m_request).send(each.message);
       EXPECT_EQ(make(), each.outcome);
       EXPECT_TRUE(isLogged(operation.logged)) << logged();
@@ -49,7 +46,7 @@ class OperationsTest : public SessionTest {
 
   // A truncated reply is never taken for a complete one.
   template <class Make>
-  void checkCutReplies(const Answer& good, Make make) {
+  void checkCutReplies(const testsupport::Answer& good, Make make) {
     const bool hasFields = good.message.size() > answer(0).size();
     for (size_t size = reply(0).size(); size < good.message.size(); ++size) {
       peer().expect(m_request).send(good.message.substr(0, size));
@@ -60,7 +57,7 @@ class OperationsTest : public SessionTest {
 
   template <class Make>
   void checkCarrier(const Operation& operation, Make make) {
-    const Answer& good = operation.answers[0];
+    const testsupport::Answer& good = operation.answers[0];
     peer().accept().expect(m_request).hangUp();
     if (operation.sent == Sent::Again) {
       peer().accept().expect(m_request).send(good.message);

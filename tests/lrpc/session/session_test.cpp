@@ -1,12 +1,7 @@
 // The core of a session: its connection, the exchange, the second attempt, and the status block.
 
-#include <fokrazo/session.h>
-
 #include <future>
 
-#include <fokrazo/file_util.h>
-#include <fokrazo/ipcmessage.h>
-#include <fokrazo/shredder.h>
 #include "tests/support/session_test.h"
 #include "tests/support/wrapped.h"
 #include "util/file/unique_fd.h"

@@ -3,8 +3,6 @@
 
 #include <sys/mman.h>
 
-#include <fokrazo/session.h>
-#include <fokrazo/unixviews.h>
 #include "tests/support/scripted_peer.h"
 #include "tests/support/syslog_socket.h"
 #include "tests/support/wire.h"

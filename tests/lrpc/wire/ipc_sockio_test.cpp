@@ -1,7 +1,5 @@
 // The socket: connecting, waiting, moving bytes, and each way to fail.
 
-#include <fokrazo/ipc_sockio.h>
-
 #include "tests/support/scripted_peer.h"
 #include "tests/support/thrown.h"
 #include "tests/support/world_test.h"

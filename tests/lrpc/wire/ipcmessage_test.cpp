@@ -1,15 +1,5 @@
 // Messages against literal bytes: what is written, what is read, and how damaged ones fail.
 
-#include <fokrazo/ipcmessage.h>
-
-#include <fokrazo/adobject.h>
-#include <fokrazo/adserializer.h>
-#include <fokrazo/attrnames.h>
-#include <fokrazo/ipc_exception.h>
-#include <fokrazo/qtr_ber.h>
-#include <fokrazo/session_types.h>
-#include <fokrazo/sid.h>
-#include <fokrazo/strutil.h>
 #include "tests/support/thrown.h"
 #include "tests/support/wire.h"
 #include "tests/support/wrapped.h"

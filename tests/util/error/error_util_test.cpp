@@ -1,4 +1,3 @@
-#include <fokrazo/error_util.h>
 
 #include "tests/support/world_test.h"
 #include "util/error/throw.h"

@@ -1,9 +1,5 @@
 // Files, lock files, and the program's name.
 
-#include <fokrazo/file_util.h>
-
-#include <fokrazo/osport.h>
-#include <fokrazo/secure_open.h>
 #include "tests/support/rows.h"
 #include "tests/support/workers.h"
 #include "tests/support/world_test.h"

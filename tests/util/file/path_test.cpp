@@ -1,4 +1,3 @@
-#include <fokrazo/path.h>
 
 #include "tests/support/rows.h"
 #include "tests/support/scratch_test.h"

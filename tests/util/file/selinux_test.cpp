@@ -1,8 +1,6 @@
-#include <fokrazo/selinux_context.h>
 
 #include <sys/mount.h>
 
-#include <fokrazo/file_util.h>
 #include "tests/support/rows.h"
 #include "tests/support/world_test.h"
 

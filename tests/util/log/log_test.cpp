@@ -1,12 +1,7 @@
 // Messages and the configuration: levels, names, positions, warnings, and changes while other threads log.
 
-#include <fokrazo/log.h>
-
 #include <syslog.h>
 
-#include <fokrazo/circular_buffer.h>
-#include <fokrazo/mutex.h>
-#include <fokrazo/thread.h>
 #include "tests/support/rows.h"
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"

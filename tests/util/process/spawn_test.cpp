@@ -1,6 +1,5 @@
 
 
-#include <fokrazo/osport.h>
 #include "tests/support/scratch_test.h"
 #include "tests/support/workers.h"
 #include "util/process/descriptors.h"

@@ -1,15 +1,10 @@
 // The configuration file: reading and saving.
 
-#include <fokrazo/properties.h>
-
 #include <sys/auxv.h>
 #include <zlib.h>
 
 #include <regex>
 
-#include <fokrazo/fixed_paths.h>
-#include <fokrazo/secure_open.h>
-#include <fokrazo/setting.h>
 #include "tests/support/rows.h"
 #include "tests/support/workers.h"
 #include "tests/support/world_test.h"

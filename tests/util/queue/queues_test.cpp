@@ -1,10 +1,7 @@
 // Work queues and timed queues.
 
-#include <fokrazo/runqueue.h>
-
 #include <boost/make_shared.hpp>
 
-#include <fokrazo/timequeue.h>
 #include "tests/support/thrown.h"
 #include "tests/support/workers.h"
 

@@ -1,11 +1,8 @@
 // Settings, and the files that hold them.
 
-#include <fokrazo/setting.h>
-
 #include <sys/file.h>
 #include <sys/mount.h>
 
-#include <fokrazo/kset.h>
 #include "tests/support/rows.h"
 #include "tests/support/world_test.h"
 

@@ -1,13 +1,9 @@
 // The log file: settings, cache, rotation, traps in its place, full disks, several processes.
 
-#include <fokrazo/file_logging.h>
-
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <syslog.h>
 
-#include <fokrazo/log.h>
-#include <fokrazo/log_gzip.h>
 #include "tests/support/rows.h"
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"

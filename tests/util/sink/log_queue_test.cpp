@@ -1,6 +1,5 @@
 // The background thread: order, a full queue, its end, forks.
 
-#include <fokrazo/log.h>
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"
 #include "tests/support/workers.h"

@@ -1,8 +1,5 @@
 // The memory log, read from another process's memory, as an administrator would; and the write cache.
 
-#include <fokrazo/circular_buffer.h>
-#include <fokrazo/log.h>
-#include <fokrazo/log_cache.h>
 #include "tests/support/rows.h"
 #include "tests/support/scratch_test.h"
 #include "tests/support/syslog_socket.h"

@@ -1,7 +1,4 @@
-#include <fokrazo/strutil.h>
 
-#include <fokrazo/byteorder.h>
-#include <fokrazo/sysrights.h>
 #include "tests/support/rows.h"
 #include "util/text/base64.h"
 

@@ -1,4 +1,3 @@
-#include <fokrazo/mutex.h>
 
 #include "tests/support/thrown.h"
 #include "tests/support/workers.h"

@@ -1,4 +1,3 @@
-#include <fokrazo/thread.h>
 
 #include "tests/support/syslog_socket.h"
 #include "tests/support/thrown.h"
