@@ -14,9 +14,8 @@ namespace {
 pid_t gPid = 77;      // of the parent and of a child, as in another namespace of process ids
 uid_t gOtherUid = 0;  // added to the effective ids
 gid_t gOtherGid = 0;
-std::atomic<uid_t> gPeerUid{0};          // added to the peer's user id
-int gSocketType = 0;                     // of the last socket
-std::atomic<int> gLocks{0}, gOthers{0};  // locks, and threads and keys, that were created
+std::atomic<uid_t> gPeerUid{0};  // added to the peer's user id
+int gSocketType = 0;             // of the last socket
 
 int withOtherPeer(int rc, int name, void* value) {
   if (name == SO_PEERCRED) static_cast<ucred*>(value)->uid += gPeerUid;
@@ -33,13 +32,6 @@ WRAPPED(int, socket, (int domain, int type, int protocol),
         __real_socket(domain, gSocketType = type, protocol))
 WRAPPED(int, getsockopt, (int fd, int level, int name, void* value, socklen_t* size),
         withOtherPeer(__real_getsockopt(fd, level, name, value, size), name, value))
-WRAPPED(int, pthread_mutex_init, (pthread_mutex_t * mutex, const pthread_mutexattr_t* attributes),
-        (++gLocks, __real_pthread_mutex_init(mutex, attributes)))
-WRAPPED(int, pthread_create,
-        (pthread_t * id, const pthread_attr_t* attributes, void* (*routine)(void*), void* argument),
-        (++gOthers, __real_pthread_create(id, attributes, routine, argument)))
-WRAPPED(int, pthread_key_create, (pthread_key_t * key, void (*destructor)(void*)),
-        (++gOthers, __real_pthread_key_create(key, destructor)))
 
 namespace {
 
@@ -79,20 +71,6 @@ TEST_F(SessionCoreTest, ConnectsOnTheFirstRequestOrImmediately) {
   EXPECT_TRUE(hasLogged("LRPC connection failed: (IOException) " + failure));
   EXPECT_EQ(thrownBy([&] { eager.ping(); }), "IOException 1 " + failure);
   EXPECT_FALSE(hasLogged("Cannot communicate"));
-}
-
-// It must stay cheap, and a name service may not bring threads into its host.
-TEST_F(SessionCoreTest, ASessionCreatesNoLockThreadOrKey) {
-  for (const bool isFirst : {true, false}) {
-    if (!isFirst) gLocks = gOthers = 0;
-    startSession(false);
-    for (int i = 0; i < 2; ++i) {
-      exchangeOnNewConnection();
-      session().dropConnection();
-    }
-    EXPECT_EQ(gLocks > 0, isFirst) << "the process-wide ones, at their first use";
-  }
-  EXPECT_EQ(gOthers, 0);
 }
 
 TEST_F(SessionCoreTest, AnIdleConnectionIsReplaced) {

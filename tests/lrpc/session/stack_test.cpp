@@ -1,5 +1,6 @@
-// The stack used by a process's first lookups, a failing and a successful one, including reading the
-// configuration and opening the log. Host programs have threads with stacks of 16 kB.
+// What lookups cost their host: what they create, and the stack that a process's first ones use, a failing
+// and a successful one, including reading the configuration and opening the log. Host programs have threads
+// with stacks of 16 kB.
 
 #include <sys/mman.h>
 
@@ -7,9 +8,24 @@
 #include "tests/support/syslog_socket.h"
 #include "tests/support/wire.h"
 #include "tests/support/world_test.h"
+#include "tests/support/wrapped.h"
 
 using namespace testsupport;
 using vesk::LocalRpcSession;
+
+namespace {
+
+int gLocks = 0, gOthers = 0;  // locks, and threads and keys, that were created
+
+}  // namespace
+
+WRAPPED(int, pthread_mutex_init, (pthread_mutex_t * mutex, const pthread_mutexattr_t* attributes),
+        (++gLocks, __real_pthread_mutex_init(mutex, attributes)))
+WRAPPED(int, pthread_create,
+        (pthread_t * id, const pthread_attr_t* attributes, void* (*routine)(void*), void* argument),
+        (++gOthers, __real_pthread_create(id, attributes, routine, argument)))
+WRAPPED(int, pthread_key_create, (pthread_key_t * key, void (*destructor)(void*)),
+        (++gOthers, __real_pthread_key_create(key, destructor)))
 
 namespace {
 
@@ -77,6 +93,23 @@ TEST_F(StackTest, AFirstLookupWithALogLineStaysWithinTwelveKilobytes) {
   }
   EXPECT_NE(get("/var/log/test.log").find("lrpc"), std::string::npos);
   EXPECT_FALSE(syslog.texts().empty());
+}
+
+// It must stay cheap, and a name service may not bring threads into its host. The test above leaves the
+// library unused in this process.
+TEST_F(StackTest, ASessionCreatesNoLockThreadOrKey) {
+  ScriptedPeer peer(in("daemon"));
+  for (const bool isFirst : {true, false}) {
+    if (!isFirst) gLocks = gOthers = 0;
+    LocalRpcSession session(in("daemon"), false, false);
+    for (int i = 0; i < 2; ++i) {
+      peer.accept().expect(request(0)).send(reply(0));
+      session.ping();
+      session.dropConnection();
+    }
+    EXPECT_EQ(gLocks > 0, isFirst) << "the process-wide ones, at their first use";
+  }
+  EXPECT_EQ(gOthers, 0);
 }
 
 }  // namespace
