@@ -281,7 +281,7 @@ CallStatus Client::call(const char* operation, Repeat repeat,
 // --- The client itself ---
 
 void Client::closeIdle() {
-  m_core->pool.closeIdle(std::chrono::nanoseconds(0));
+  m_core->pool.closeIdle(std::chrono::milliseconds(0));
 }
 
 void Client::clearCache() {

@@ -78,6 +78,7 @@ bool ClientCall::admit() {
 
 bool ClientCall::begin() {
   if (!admit()) return false;
+  m_core.sweep();
   try {
     m_lease = m_core.pool.borrow(m_progress, m_core.breaker);
   } catch (const std::bad_alloc&) {

@@ -43,14 +43,13 @@ void ReplyCache::State::erase(Entries::iterator entry, Entries& erased) {
 }
 
 std::optional<ReplyCache::Answer> ReplyCache::find(const std::string& key) {
-  const Clock::time_point now = Clock::now();
   Entries erased;
   const Lock lock(clientsMutex());
   State& state = m_state.get();
   const auto found = state.index.find(key);
   if (found == state.index.end()) return std::nullopt;
   const Entries::iterator entry = found->second;
-  if (entry->end <= now) {
+  if (entry->end.hasPassed()) {
     state.erase(entry, erased);
     return std::nullopt;
   }
@@ -66,7 +65,7 @@ ReplyCache::Ticket ReplyCache::ticket() {
 void ReplyCache::keep(Ticket ticket, const std::string& key, const Answer& answer) {
   Entries fresh;
   fresh.push_back({key, answer, sizeOf(answer) + key.size(),
-                   Clock::now() + (answer ? m_options.found : m_options.notFound)});
+                   Deadline::in(answer ? m_options.found : m_options.notFound)});
   if (fresh.front().size > m_options.bytes) return;
   Entries erased;
   const Lock lock(clientsMutex());

@@ -1,7 +1,6 @@
 /// Answers that a client keeps for a while. Internal.
 #pragma once
 
-#include <chrono>
 #include <list>
 #include <optional>
 #include <string>
@@ -15,6 +14,7 @@
 #include <fokrazo/session_types.h>
 #include <fokrazo/unixviews.h>
 #include "lrpc/client/client_state.h"
+#include "util/thread/deadline.h"
 
 namespace vesk {
 
@@ -38,13 +38,11 @@ class ReplyCache {
   void clear();
 
  private:
-  using Clock = std::chrono::steady_clock;
-
   struct Entry {
     std::string key;
     Answer answer;
     size_t size;
-    Clock::time_point end;
+    Deadline end;
   };
   using Entries = std::list<Entry>;  // the one asked for last comes first
 

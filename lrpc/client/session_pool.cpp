@@ -116,8 +116,10 @@ std::optional<SessionPool::Taken> SessionPool::takeIdle(Clock::time_point unused
   return std::nullopt;
 }
 
-void SessionPool::closeIdle(std::chrono::nanoseconds unusedFor) {
-  const Clock::time_point since = Clock::now() - unusedFor;
+void SessionPool::closeIdle(std::chrono::milliseconds unusedFor) {
+  const Clock::time_point now = Clock::now();
+  if (unusedFor > std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch())) return;
+  const Clock::time_point since = now - unusedFor;
   while (const std::optional<Taken> taken = takeIdle(since)) {
     taken->second->dropConnection();
     giveBack(taken->first, taken->second);

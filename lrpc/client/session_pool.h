@@ -57,7 +57,7 @@ class SessionPool {
   /// Wakes all waiters.
   void wakeWaiters() { m_changed.notifyAll(); }
   /// Closes the connections of free sessions that were not used for that long.
-  void closeIdle(std::chrono::nanoseconds unusedFor);
+  void closeIdle(std::chrono::milliseconds unusedFor);
 
  private:
   using Clock = std::chrono::steady_clock;

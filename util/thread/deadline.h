@@ -12,10 +12,9 @@ class Deadline {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// That long from now; a time too long for the clock never comes.
-  static Deadline in(std::chrono::nanoseconds time) {
-    const Clock::time_point now = Clock::now();
-    return time > Clock::time_point::max() - now ? never() : Deadline(now + time);
+  /// That long from now. A hundred years and more are taken for ever.
+  static Deadline in(std::chrono::milliseconds time) {
+    return time > kEver ? never() : Deadline(Clock::now() + time);
   }
   /// A moment that never comes.
   static Deadline never() { return Deadline(Clock::time_point::max()); }
@@ -33,6 +32,8 @@ class Deadline {
   Deadline orEarlier(Deadline other) const { return Deadline(std::min(m_moment, other.m_moment)); }
 
  private:
+  static constexpr std::chrono::milliseconds kEver = std::chrono::hours(24 * 365 * 100);
+
   explicit Deadline(Clock::time_point moment) : m_moment(moment) {}
 
   Clock::time_point m_moment;

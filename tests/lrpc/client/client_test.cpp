@@ -188,6 +188,23 @@ TEST_F(ClientTest, TheDeadlineCoversEveryPieceOfTheReply) {
   EXPECT_EQ(user(call), "the deadline has passed | 48 | waiting for the reply");
 }
 
+TEST_F(ClientTest, IdleConnectionsAreClosedByTheNextCall) {
+  options.idle = milliseconds(0);
+  for (int i = 0; i < 2; ++i) {
+    peer().accept().expect(lookup(DSUser, "a")).send(kFound);
+    EXPECT_EQ(user(), "success | 0 | reading the reply");
+  }
+  EXPECT_TRUE(peer().finished());
+}
+
+TEST_F(ClientTest, TheLongestTimesAreEver) {
+  options.deadline = options.idle = options.cache.found = milliseconds::max();
+  options.cache.entries = 1;
+  peer().expect(lookup(DSUser, "a")).send(kFound);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(user(), "success | 0 | reading the reply");
+  EXPECT_TRUE(peer().finished());
+}
+
 TEST_F(ClientTest, AnotherThreadEndsACall) {
   Cancellation cancellation;
   CallOptions call;
