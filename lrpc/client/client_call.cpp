@@ -152,7 +152,7 @@ CallOutcome ClientCall::failureOutcome(const VESKException* error) const {
 }
 
 bool ClientCall::isHang() const {
-  const auto limit = std::min<std::chrono::nanoseconds>(kHang, m_core.options.deadline);
+  const auto limit = std::min<std::chrono::milliseconds>(kHang, m_core.options.deadline);
   return m_progress.stop == CallProgress::Stop::DeadlinePassed && Deadline::Clock::now() - m_start >= limit;
 }
 
