@@ -35,15 +35,6 @@ std::string shown(const CallStatus& status) {
          textOf(status.step);
 }
 
-size_t openSockets() {
-  size_t count = 0;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    std::error_code closed;
-    if (std::filesystem::read_symlink(entry, closed).string().compare(0, 7, "socket:") == 0) ++count;
-  }
-  return count;
-}
-
 class ClientTest : public WorldTest {
  protected:
   void SetUp() override {
@@ -75,8 +66,6 @@ class ClientTest : public WorldTest {
   std::optional<ScriptedPeer> m_peer;
   std::optional<Client> m_client;
 };
-
-// --- What became of a call ---
 
 TEST_F(ClientTest, EveryReplyHasItsOutcome) {
   const struct {
@@ -174,8 +163,6 @@ TEST_F(ClientTest, NamesThatCannotBeAskedForAreNotFound) {
     EXPECT_EQ(shown(client().user(key).status()).substr(0, 9), "not found");
 }
 
-// --- Time ---
-
 TEST_F(ClientTest, TheDeadlineCoversEveryPieceOfTheReply) {
   CallOptions call;
   call.deadline = kShort;
@@ -261,8 +248,6 @@ TEST_F(ClientTest, AConnectionThatIsRefusedOpensTheBreaker) {
   EXPECT_FALSE(core.breaker.isOpen(later));
 }
 
-// --- Ranges ---
-
 TEST_F(ClientTest, AListingThatIsLeftEarlyIsClosed) {
   const std::string start = request(IPC_OP_START_LIST, integer(DSUser) + integer(0) + integer(0));
   const std::string end = request(IPC_OP_END_LIST, integer(DSUser) + integer(0));
@@ -312,8 +297,6 @@ TEST_F(ClientTest, AListingThatBreaksOffIsNoSuccess) {
   peer().down();
   EXPECT_THROW(for (const User& user : away.users()) static_cast<void>(user), CallException);
 }
-
-// --- The cache ---
 
 TEST_F(ClientTest, KeptAnswersAreNotAskedForAgain) {
   options.cache.entries = 2;
@@ -367,8 +350,6 @@ TEST_F(ClientTest, AnAnswerThatIsTooLargeIsNotKept) {
   }
   EXPECT_TRUE(peer().finished());
 }
-
-// --- With a daemon ---
 
 TEST_F(ClientTest, ManyObjectsComeInTheOrderOfTheirKeys) {
   StandinProcess standin;
@@ -427,7 +408,7 @@ TEST_F(ClientTest, ThreadsShareTheSessionsThatThereAre) {
   const StandinProcess standin({"--fault", "drop%10"});
   options.socketPath = standin.socket();
   Client& shared = client();
-  const size_t before = openSockets();
+  const long before = openDescriptors();
   std::atomic<int> wrong{0};
   std::atomic<int> right{0};
   const auto judge = [&](const CallStatus& status, CallOutcome expected) {
@@ -445,7 +426,7 @@ TEST_F(ClientTest, ThreadsShareTheSessionsThatThereAre) {
       }
     });
   for (std::thread& thread : threads) thread.join();
-  EXPECT_LE(openSockets() - before, 8U);
+  EXPECT_LE(openDescriptors() - before, 8);
   EXPECT_EQ(wrong, 0);
   EXPECT_GT(right, 1280 - 100) << "a tenth of the requests is dropped, and each call has two";
 }
