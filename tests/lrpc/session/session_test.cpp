@@ -130,9 +130,10 @@ TEST_F(SessionCoreTest, AForkClosesTheChildsCopiesOfEverySessionAndNothingElse) 
   const UniqueFd file(open("/dev/null", O_RDONLY));
   ASSERT_EQ(dup2(file.get(), reused), reused);
   checkInChild([&] { EXPECT_NE(fcntl(reused, F_GETFD), -1) << "what the program has put there"; });
-  close(reused);
   peer().accept();  // the waiting ones
   for (size_t waiting = 1; waiting < sessions.size(); ++waiting) peer().accept();
+  sessions.clear();
+  close(reused);  // last: the peer must not get the number while a session has it
 }
 
 TEST_F(SessionCoreTest, TheDescriptorIsPrivateAndAboveTheStandardOnes) {
