@@ -13,6 +13,7 @@
 #include <fokrazo/properties.h>
 #include <fokrazo/propnames.h>
 #include <fokrazo/secure_open.h>
+#include "cli/did_you_mean.h"
 #include "cli/output.h"
 
 namespace cli {
@@ -203,13 +204,19 @@ void checkReference(const std::string& key, const std::string& value, Complaints
                    "make it a regular file that root owns and only root can change");
 }
 
+void checkUnknown(const std::string& key, Complaints& complaints) {
+  std::vector<std::string> names;
+  for (const Key& row : kKeys) names.push_back(row.form == Key::Stem ? row.name + ".*" : row.name);
+  std::string text = shown(key) + " is not a key of the library";
+  if (const std::string name = closest(key, names); !name.empty()) text += "; did you mean " + name + "?";
+  complaints.add(Finding::Warning, text, "see velmora.conf(5) for the keys");
+}
+
 void checkValue(const std::string& key, const std::string& value, Complaints& complaints) {
   if (Properties::isFileReference(value)) return checkReference(shown(key), value, complaints);
   const Key* row = findKey(key);
   if (!row) {
-    if (isOwn(key))
-      complaints.add(Finding::Warning, shown(key) + " is not a key of the library",
-                     "see velmora.conf(5) for the keys");
+    if (isOwn(key)) checkUnknown(key, complaints);
     return;
   }
   const std::string expected = value.empty() ? "" : row->judge(value);
