@@ -85,6 +85,8 @@ class FOKRAZO_API Client {
   /// All users or groups that the daemon lists; with UNIX_ONLY those with a Unix profile.
   UserRange users(int flags = 0, const CallOptions& options = {});
   GroupRange groups(int flags = 0, const CallOptions& options = {});
+  /// All users with a Unix profile, with the attributes of password ageing.
+  UserRange shadows(const CallOptions& options = {});
   /// The objects below `base` that match an LDAP filter (RFC 4515), fetched page by page. Empty `domain`: the
   /// daemon's own. No `attributes`: all of them.
   SearchRange search(const std::string& domain, const std::string& base, const std::string& filter,

@@ -194,6 +194,10 @@ GroupRange Client::groups(int flags, const CallOptions& options) {
   return GroupRange(std::make_unique<ListingSource>(*m_core, "list groups", DSGroup, flags, options));
 }
 
+UserRange Client::shadows(const CallOptions& options) {
+  return UserRange(std::make_unique<ListingSource>(*m_core, "list shadow", DSShadow, UNIX_ONLY, options));
+}
+
 SearchRange Client::search(const std::string& domain, const std::string& base, const std::string& filter,
                            const std::vector<std::string>& attributes, LdapSearchScopeType scope,
                            int pageSize, const CallOptions& options) {

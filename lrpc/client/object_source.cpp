@@ -8,6 +8,27 @@ namespace vesk {
 
 namespace {
 
+// How a listing of a type is opened, advanced and closed.
+struct Listing {
+  void (*open)(LocalRpcSession&);
+  IPC_OPCODE next;
+  void (*close)(LocalRpcSession&);
+};
+
+Listing listingOf(DSObjectType type) {
+  using Session = LocalRpcSession;
+  switch (type) {
+    case DSUser:
+      return {[](Session& s) { s.startListUser(); }, IPC_OP_GET_OBJECT2, [](Session& s) { s.endListUser(); }};
+    case DSGroup:
+      return {[](Session& s) { s.startListGroup(false); }, IPC_OP_GET_OBJECT2,
+              [](Session& s) { s.endListGroup(); }};
+    default:
+      return {[](Session& s) { s.startListShadow(); }, IPC_OP_GET_OBJECT,
+              [](Session& s) { s.endListShadow(); }};
+  }
+}
+
 // How long a range that is left early may take to tell the daemon.
 constexpr std::chrono::milliseconds kGoodbye(1000);
 
@@ -43,15 +64,15 @@ CallStatus ObjectSource::next(ADObject& object) {
 // --- Listings ---
 
 void ListingSource::open(LocalRpcSession& session) {
-  m_type == DSUser ? session.startListUser() : session.startListGroup(false);
+  listingOf(m_type).open(session);
 }
 
 // The daemon's end of the list is the only end.
 ADObject ListingSource::fetch(LocalRpcSession& session) {
-  Lookup lookup(session, IPC_OP_GET_OBJECT2, m_type, scopeOf(m_flags), KeyName, std::string(NEXT_ENTRY),
+  Lookup lookup(session, listingOf(m_type).next, m_type, scopeOf(m_flags), KeyName, std::string(NEXT_ENTRY),
                 m_flags);
   if (lookup.askOnce() == VR_SUCCESS) return lookup.reply.getADObject();
-  if (session.statusCode() == END_OF_LIST) setEnded();
+  if (session.statusCode() == END_OF_LIST || session.lastResult() == VR_NO_MORE) setEnded();
   return ADObject();
 }
 
@@ -59,9 +80,7 @@ ListingSource::~ListingSource() {
   if (!isOpen() || hasEnded() || session().socket() == -1) return;
   CallOptions goodbye;
   goodbye.deadline = kGoodbye;
-  const CallStatus status = run(goodbye, false, [this](LocalRpcSession& session) {
-    m_type == DSUser ? session.endListUser() : session.endListGroup();
-  });
+  const CallStatus status = run(goodbye, false, listingOf(m_type).close);
   if (!status.ok()) session().dropConnection();
 }
 

@@ -53,7 +53,7 @@ class ObjectSource {
   bool m_hasEnded = false;
 };
 
-/// The users or groups that the daemon lists.
+/// The users, groups or shadow entries that the daemon lists.
 class ListingSource : public ObjectSource {
  public:
   ListingSource(ClientCore& core, const char* operation, DSObjectType type, int flags,
