@@ -91,8 +91,4 @@ using UserRange = ObjectRange<const User>;
 using GroupRange = ObjectRange<const Group>;
 using SearchRange = ObjectRange<ADObject>;
 
-extern template class ObjectRange<const User>;
-extern template class ObjectRange<const Group>;
-extern template class ObjectRange<ADObject>;
-
 }  // namespace vesk
