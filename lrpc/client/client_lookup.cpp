@@ -86,7 +86,10 @@ class Lanes {
   }
 
   void run(const TakeObject& take) {
-    for (size_t i = 0; i < std::min(m_lanes.size(), m_keys.size()); ++i) send(i);
+    size_t sent = 0;
+    while (sent < std::min(m_lanes.size(), m_keys.size()) && send(sent)) ++sent;
+    // A process with few descriptors left goes on with the connections that it has.
+    while (m_lanes.size() > std::max<size_t>(sent, 1)) m_lanes.pop_back();
     for (size_t i = 0; i < m_keys.size(); ++i) {
       ADObject object;
       const CallStatus status = receive(i, object);
@@ -106,19 +109,21 @@ class Lanes {
 
   Lane& laneOf(size_t index) { return m_lanes[index % m_lanes.size()]; }
 
-  void send(size_t index) {
+  // False if the request could not be sent; receive tries again.
+  bool send(size_t index) {
     Lane& lane = laneOf(index);
     lane.lookup.reset();
     ClientCall& call = lane.call.emplace(m_core, m_wanted.operation, m_options, m_deadline);
-    if (m_core.breaker.isOpen()) return;
+    if (m_core.breaker.isOpen()) return false;
     const CallScope scope(lane.lease.session(), call.progress());
     try {
       std::unique_ptr<Lookup> lookup = makeLookup(lane.lease.session(), m_wanted, m_keys[index]);
       lookup->send();
       lane.lookup = std::move(lookup);
-    } catch (const VESKException&) {  // receive tries again
+    } catch (const VESKException&) {
     } catch (const std::bad_alloc&) {
     }
+    return lane.lookup != nullptr;
   }
 
   CallStatus receive(size_t index, ADObject& object) {

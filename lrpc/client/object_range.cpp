@@ -43,6 +43,8 @@ T* ObjectRange<T>::next() {
   } catch (const VESKException& error) {  // it lacks an attribute that every object has
     m_status.outcome = CallOutcome::MalformedReply;
     m_status.text = error.what();
+  } catch (const std::bad_alloc&) {
+    m_status.outcome = CallOutcome::LocalFailure;
   }
   if (m_object) {
     ++m_count;
