@@ -10,14 +10,11 @@
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/error_util.h>
-#include <fokrazo/stringarray.h>
 #include <fokrazo/stringdict.h>
 #include <fokrazo/strutil.h>
 #include "cli/command.h"
-#include "cli/did_you_mean.h"
 #include "cli/result.h"
 #include "cli/views.h"
-#include "cli/whole_blob.h"
 
 namespace cli {
 
@@ -50,65 +47,17 @@ std::string readAll(const std::string& path) {
   return bytes;
 }
 
-int checksumOf(const std::string& release) {
-  try {
-    return GetDictionarySum(release);
-  } catch (const NotFoundException&) {
-    const std::string near = closest(release, {version, version + kReleaseRows - 1});
-    throw RefusedError("release " + release + " is not known" +
-                       (near.empty() ? "" : "; did you mean " + near + '?') +
-                       " ('fokrazo dict --releases' lists all)");
-  }
-}
-
-StringArray dictionaryOf(int checksum) {
-  return {&GetDictionaryMap(checksum), &GetDictionaryVector(checksum)};
-}
-
-// Prints the header and the attributes that have been read.
-void dumpObject(const ADObject& object) {
-  std::ostringstream dump;
-  dump << "Serialized Data\n"
-       << "  ADOHeader:\n"
-       << "    m_acquired: " << object.acquired() << '\n'
-       << "    m_guid: " << object.guid().toString() << '\n'
-       << "    m_usn: " << object.usn() << '\n'
-       << "    isIndexed: " << (object.indexed() ? 1 : 0) << '\n';
-  for (const auto& entry : object.attributes()) {
-    dump << "  ";
-    entry.second.dump(dump);
-  }
-  Output::print(dump.str());
-}
-
-// Prints as much of a damaged object as can be read, for a person to judge.
-void dumpRemains(std::string& bytes, const StringArray& dictionary) {
-  if (bytes.size() < ADSerializer::kHeaderSize) return;
+ExitStatus showBlob(Output& output, std::string bytes, const std::string* attribute) {
   ADObject object(static_cast<unsigned>(bytes.size()), bytes.data(), false, nullptr);
-  try {
-    object.deSerialize(ADSerializer::kHeaderSize, dictionary, true);
-  } catch (const VESKException&) {  // the caller reports the damage
-  }
-  dumpObject(object);
-}
-
-ExitStatus showBlob(Output& output, std::string bytes, const StringArray& dictionary,
-                    const std::string* attribute) {
-  try {
-    requireWhole(bytes, static_cast<uint32_t>(dictionary.count()));
-  } catch (const DamagedBlob&) {
-    if (!output.json() && !attribute) dumpRemains(bytes, dictionary);
-    throw;
-  }
-  ADObject object(static_cast<unsigned>(bytes.size()), bytes.data(), false, nullptr);
-  object.deSerialize(ADSerializer::kHeaderSize, dictionary, true);
   if (attribute) {
     if (!object.attributeExists(*attribute, false)) return kRefused;
     output.record(Record().texts(*attribute, object[*attribute]));
   } else if (output.json()) {
     printObject(output, object);
   } else {
-    dumpObject(object);
+    std::ostringstream dump;
+    object.sdump(dump);
+    output.print(dump.str());
   }
   return kFound;
 }
@@ -116,24 +65,22 @@ ExitStatus showBlob(Output& output, std::string bytes, const StringArray& dictio
 ExitStatus blob(Invocation& invocation) {
   std::string attribute;
   const bool one = invocation.arguments.option("--attribute", attribute);
-  std::string release;
-  const bool isOld = invocation.arguments.option("--as-of-release", release);
   std::string path = "-";
   if (!invocation.arguments.flag("-") && invocation.arguments.hasOperand())
     path = invocation.arguments.operand("a file");
   invocation.arguments.done();
 
-  const StringArray dictionary = dictionaryOf(isOld ? checksumOf(release) : GetDictionarySum());
   try {
-    return showBlob(invocation.output, readAll(path), dictionary, one ? &attribute : nullptr);
-  } catch (const DamagedBlob& error) {
-    throw std::runtime_error(nameOf(path) + " is not a whole serialized object: " + error.what());
+    return showBlob(invocation.output, readAll(path), one ? &attribute : nullptr);
+  } catch (const VESKException& error) {
+    throw std::runtime_error(nameOf(path) + ": " + error.what());
   }
 }
 
 int takeChecksum(Arguments& arguments) {
   std::string text;
-  if (arguments.option("--release", text)) return checksumOf(text);
+  if (arguments.option("--release", text))
+    return named("release " + text, [&] { return GetDictionarySum(text); });
   if (!arguments.option("--sum", text)) return GetDictionarySum();
   char* end = nullptr;
   const unsigned long sum = strtoul(text.c_str(), &end, 16);
@@ -159,7 +106,7 @@ ExitStatus dict(Invocation& invocation) {
   if (keys.empty())
     for (size_t i = 0; i < entries.size(); ++i)
       printEntry(invocation.output, static_cast<int>(i), entries[i]);
-  const StringArray dictionary = dictionaryOf(sum);
+  const StringArray dictionary(&GetDictionaryMap(sum), &entries);
   ExitStatus status = kFound;
   for (const std::string& key : keys) {
     unsigned number = 0;
@@ -174,12 +121,8 @@ ExitStatus dict(Invocation& invocation) {
 }
 
 const Command kCommands[] = {
-    {"blob", "[--attribute NAME] [--as-of-release VERSION] [FILE|-]", "show a serialized object",
-     "  --attribute A      show only this attribute\n"
-     "  --as-of-release V  read it with the dictionary of this release (see dict --releases)\n"
-     "Reads standard input if there is no FILE. If the object is damaged, shows what can be read of\n"
-     "it, unless --json or --attribute is given, and exits with status 4.\n",
-     blob},
+    {"blob", "[--attribute NAME] [FILE|-]", "show a serialized object",
+     "  --attribute A  show only this attribute\nReads standard input if there is no FILE.\n", blob},
     {"dict", "[--sum HEX | --release VERSION] [INDEX|TEXT …] | --releases",
      "show the string dictionary of serialized objects",
      "  --sum HEX      show the dictionary with this checksum, not the current one\n"

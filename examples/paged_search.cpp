@@ -9,7 +9,7 @@ namespace {
 
 constexpr int kPageSize = 20;
 
-void print(vesk::ADObject object) {
+void print(vesk::ADObject& object) {
   const std::string* name = object.firstValue(AD_CN);
   const std::string* dn = object.firstValue(AD_DISTINGUISHED_NAME);
   std::cout << (name ? *name : "-") << '\t' << (dn ? *dn : "-") << '\n';
@@ -17,18 +17,20 @@ void print(vesk::ADObject object) {
 
 }  // namespace
 
-int main(int argc, char** argv) try {
+int main(int argc, char** argv) {
   if (argc != 3) {
     std::cerr << "usage: paged_search SOCKET FILTER\n";
     return 2;
   }
-  vesk::LocalRpcSession session(argv[1], false, false);
-  const char* attributes[] = {AD_CN.c_str(), AD_DISTINGUISHED_NAME.c_str(), nullptr};
-  // The session must outlive the handle. An empty base means this host's whole domain.
-  vesk::PagedSearchHandle found =
-      session.ldapPagedSearch("", "", argv[2], attributes, vesk::ScopeSubtree, kPageSize, false);
-  for (vesk::ADObject object = found.getNext(); !object.isEmpty(); object = found.getNext()) print(object);
-} catch (const VESKException& error) {
-  std::cerr << error.what() << '\n';
+  vesk::ClientOptions options;
+  options.socketPath = argv[1];
+  options.trustedPeer.reset();
+  vesk::Client client(options);
+  // An empty base means this host's whole domain.
+  vesk::SearchRange found =
+      client.search("", "", argv[2], {AD_CN, AD_DISTINGUISHED_NAME}, vesk::ScopeSubtree, kPageSize);
+  while (vesk::ADObject* object = found.next()) print(*object);
+  if (found.status()) return 0;
+  std::cerr << found.status().describe() << '\n';
   return 1;
 }

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "standin/faults.h"
-#include "standin/faulty_traffic.h"
 
 namespace standin {
 
@@ -25,7 +24,6 @@ struct Options {
   std::string pidPath;        ///< empty: none
   std::vector<std::string> ldifPaths;
   Faults faults;
-  Treatment treatment;
 };
 
 /// @throws UsageError

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "../module_session.h"
+#include "../entry_point.h"
 
 namespace example {
 

@@ -2,14 +2,15 @@
 // it if /etc/nsswitch.conf lists "fokrazo" for passwd, group or shadow, and calls the functions at the end of
 // this file.
 //
-// Each thread has its own session for lookups. Enumerations belong to the process, as in the C library, and
-// have their own sessions, because the daemon keeps one position in a listing per connection.
+// All threads of the process share one client. Enumerations belong to the process, as in the C library.
 
 #include <nss.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "entries.h"
@@ -23,58 +24,63 @@ static_assert(static_cast<int>(vesk::NameStatus::Unavailable) == NSS_STATUS_UNAV
 static_assert(static_cast<int>(vesk::NameStatus::NotFound) == NSS_STATUS_NOTFOUND);
 static_assert(static_cast<int>(vesk::NameStatus::Success) == NSS_STATUS_SUCCESS);
 
-// --- Lookups. All throw Failure if there is nothing to return. ---
+// How long an `ls -l` waits for a name; and a login for its groups, and a listing for each entry, because the
+// daemon may have to ask a distant domain controller for them.
+constexpr std::chrono::seconds kDeadline(5);
+constexpr std::chrono::seconds kLongDeadline(30);
 
-pthread_key_t makeSessionKey() {
-  pthread_key_t key;
-  if (pthread_key_create(&key, [](void* session) { delete static_cast<ModuleSession*>(session); }) != 0)
-    fail(vesk::VR_TRY_AGAIN);
-  return key;
+// A program of another author needs its descriptors.
+constexpr unsigned int kSessions = 4;
+
+vesk::ClientOptions clientOptions() {
+  vesk::ClientOptions options;
+  options.deadline = kDeadline;
+  options.sessions = kSessions;
+  options.refuseOwnProcess = true;
+  return options;
 }
 
-// Uses a thread key, because destructors of other keys and atexit handlers may look names up when a
-// thread_local object is already gone. If such a destructor creates a new session, the C library calls this
-// key's destructor again.
-ModuleSession& threadSession() {
-  static const pthread_key_t key = makeSessionKey();
-  if (void* const session = pthread_getspecific(key)) return *static_cast<ModuleSession*>(session);
-  auto session = std::make_unique<ModuleSession>();
-  if (pthread_setspecific(key, session.get()) != 0) throw std::bad_alloc();
-  return *session.release();
+// Never destroyed: handlers of atexit and destructors of thread keys look names up, too.
+vesk::Client& client() {
+  static auto* const client = new vesk::Client(clientOptions());
+  return *client;
 }
 
-template <class Database, class Key>
-typename Database::View find(vesk::KeyKind kind, const Key& key, int flags) {
-  const auto view =
-      usableView<Database>(threadSession().find(Database::kType, kind, key, vesk::UNIX_ONLY | flags));
-  if (!view) fail(vesk::VR_NOT_FOUND);
-  return *view;
+vesk::CallOptions patiently() {
+  vesk::CallOptions options;
+  options.deadline = kLongDeadline;
+  return options;
 }
 
-template <class Database>
-typename Database::View findByName(const std::string& name, int flags = Database::kFlags) {
-  if (!vesk::isSafeAccountKey(name) || ModuleSession::isReserved(name)) fail(vesk::VR_NOT_FOUND);
-  return find<Database>(vesk::KeyName, name, flags);
+// --- Lookups. All throw if there is nothing to return. ---
+
+vesk::ObjectKey keyOf(const char* name) {
+  const std::string text(name);
+  if (!vesk::isSafeAccountKey(text) || text == kRoot) fail(vesk::VR_NOT_FOUND);
+  return text;
 }
 
-// Root belongs to the host: a lookup of uid 0 must not wait for the daemon.
-template <class Database>
-typename Database::View findById(uint32_t id) {
+vesk::ObjectKey keyOf(uint32_t id) {
   if (!isUsableId(id)) fail(vesk::VR_NOT_FOUND);
-  return find<Database>(vesk::KeyId, static_cast<int>(id), Database::kFlags);
+  return id;
+}
+
+template <class Database>
+const typename Database::View& usable(const vesk::CallResult<const typename Database::View>& found) {
+  if (!Database::isUsable(found.value())) fail(vesk::VR_NOT_FOUND);
+  return *found;
 }
 
 // The ids of the user's groups, except groups without an id.
-std::vector<gid_t> groupsOf(const std::string& name) {
-  const vesk::User user = findByName<Users>(name, vesk::GROUP_MEMBERSHIP);
+std::vector<gid_t> groupIdsOf(const char* name) {
+  const auto user = client().user(keyOf(name), vesk::UNIX_ONLY | vesk::GROUP_MEMBERSHIP, patiently());
   std::vector<gid_t> ids;
-  for (const vesk::SID& sid : user.groupSids()) {
-    try {
-      if (!sid.isNull()) ids.push_back(find<Groups>(vesk::KeySid, sid, 0).getId());
-    } catch (const Failure& failure) {  // an incomplete list could grant what the missing group forbids
-      if (failure.answer.outcome != vesk::Outcome::NotFound) throw;
-    }
+  for (const auto& group : client().groupsOf(usable<Users>(user), vesk::UNIX_ONLY, patiently())) {
+    if (group.status().outcome == vesk::CallOutcome::NotFound) continue;
+    // Any other failure throws: an incomplete list could grant what the missing group forbids.
+    if (Groups::isUsable(group.value())) ids.push_back(group->getId());
   }
+  client().closeIdle();  // a login needs several connections, but only once
   return ids;
 }
 
@@ -89,64 +95,33 @@ class Enumeration {
     return *instance;
   }
 
-  void begin() {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    close();
-    open();
-  }
-
-  // The next entry. If it does not fit into the buffer, the next call returns it.
+  // The next entry. If it does not fit into the buffer, the next call returns it. After a failure there are
+  // no more entries: a program that continues must not get all of them again.
   typename Database::Entry next(CallerBuffer& buffer) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_session && !m_end) open();
-    if (!m_pending) advance();
-    const typename Database::Entry entry = Database::write(*m_pending, buffer);
-    m_pending.reset();
+    if (!m_range) m_range.emplace(Database::list(client(), patiently()));
+    while (!m_current || !Database::isUsable(*m_current)) {
+      m_current = m_range->next();
+      if (m_current) continue;
+      m_range->status().throwIfFailed();
+      fail(vesk::VR_NO_MORE);
+    }
+    const typename Database::Entry entry = Database::write(*m_current, buffer);
+    m_current = nullptr;
     return entry;
   }
 
+  // The next call of next() begins anew.
   void end() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    close();
+    m_current = nullptr;
+    m_range.reset();
   }
 
  private:
-  void open() {
-    m_session.emplace();
-    endOnFailure([this] { m_session->startListing(Database::kType); });
-  }
-
-  void advance() {
-    if (m_end) throw Failure{*m_end};
-    endOnFailure([this] {
-      // The end of the listing is a failure, so this ends.
-      while (!m_pending) m_pending = usableView<Database>(m_session->next(Database::kType));
-    });
-  }
-
-  // A failure ends the enumeration for good: a program that continues must not get all entries again.
-  template <class Step>
-  void endOnFailure(Step step) {
-    try {
-      step();
-    } catch (...) {
-      close();
-      m_end = currentAnswer();
-      throw;
-    }
-  }
-
-  // The daemon forgets the listing when the connection closes.
-  void close() {
-    m_session.reset();
-    m_pending.reset();
-    m_end.reset();
-  }
-
   std::mutex m_mutex;  // guards the fields below
-  std::optional<ModuleSession> m_session;
-  std::optional<typename Database::View> m_pending;
-  std::optional<vesk::Answer> m_end;  // why there are no more entries
+  std::optional<typename Database::Range> m_range;
+  const typename Database::View* m_current = nullptr;  // of the range, not returned yet
 };
 
 // --- Shared by the functions of the module ---
@@ -168,6 +143,26 @@ nss_status fill(Entry* result, char* buffer, size_t size, int* errnop, Make make
     CallerBuffer texts(buffer, size);
     *result = make(texts);
   });
+}
+
+template <class Database, class Key>
+nss_status find(Key key, typename Database::Entry* result, char* buffer, size_t size, int* errnop) {
+  return fill(result, buffer, size, errnop, [&](CallerBuffer& texts) {
+    const auto found = Database::find(client(), keyOf(key));
+    return Database::write(usable<Database>(found), texts);
+  });
+}
+
+template <class Database>
+nss_status next(typename Database::Entry* result, char* buffer, size_t size, int* errnop) {
+  return fill(result, buffer, size, errnop,
+              [](CallerBuffer& texts) { return Enumeration<Database>::instance().next(texts); });
+}
+
+// Before the first entry and after the last one.
+template <class Database>
+nss_status end() {
+  return run(&errno, [] { Enumeration<Database>::instance().end(); });
 }
 
 // The C library's array of group ids: `size` elements, the first `start` of them in use. A positive `limit`
@@ -202,67 +197,59 @@ struct GroupArray {
 extern "C" {
 
 nss_status _nss_fokrazo_getpwnam_r(const char* name, passwd* result, char* buffer, size_t size, int* errnop) {
-  return fill(result, buffer, size, errnop,
-              [&](CallerBuffer& texts) { return Users::write(findByName<Users>(name), texts); });
+  return find<Users>(name, result, buffer, size, errnop);
 }
 
 nss_status _nss_fokrazo_getpwuid_r(uid_t uid, passwd* result, char* buffer, size_t size, int* errnop) {
-  return fill(result, buffer, size, errnop,
-              [&](CallerBuffer& texts) { return Users::write(findById<Users>(uid), texts); });
+  return find<Users>(uid, result, buffer, size, errnop);
 }
 
 nss_status _nss_fokrazo_getgrnam_r(const char* name, group* result, char* buffer, size_t size, int* errnop) {
-  return fill(result, buffer, size, errnop,
-              [&](CallerBuffer& texts) { return Groups::write(findByName<Groups>(name), texts); });
+  return find<Groups>(name, result, buffer, size, errnop);
 }
 
 nss_status _nss_fokrazo_getgrgid_r(gid_t gid, group* result, char* buffer, size_t size, int* errnop) {
-  return fill(result, buffer, size, errnop,
-              [&](CallerBuffer& texts) { return Groups::write(findById<Groups>(gid), texts); });
-}
-
-nss_status _nss_fokrazo_setpwent(int /*stayOpen*/) {
-  return run(&errno, [] { Enumeration<Users>::instance().begin(); });
-}
-
-nss_status _nss_fokrazo_getpwent_r(passwd* result, char* buffer, size_t size, int* errnop) {
-  return fill(result, buffer, size, errnop,
-              [](CallerBuffer& texts) { return Enumeration<Users>::instance().next(texts); });
-}
-
-nss_status _nss_fokrazo_endpwent() {
-  return run(&errno, [] { Enumeration<Users>::instance().end(); });
-}
-
-nss_status _nss_fokrazo_setgrent(int /*stayOpen*/) {
-  return run(&errno, [] { Enumeration<Groups>::instance().begin(); });
-}
-
-nss_status _nss_fokrazo_getgrent_r(group* result, char* buffer, size_t size, int* errnop) {
-  return fill(result, buffer, size, errnop,
-              [](CallerBuffer& texts) { return Enumeration<Groups>::instance().next(texts); });
-}
-
-nss_status _nss_fokrazo_endgrent() {
-  return run(&errno, [] { Enumeration<Groups>::instance().end(); });
+  return find<Groups>(gid, result, buffer, size, errnop);
 }
 
 nss_status _nss_fokrazo_getspnam_r(const char* name, spwd* result, char* buffer, size_t size, int* errnop) {
-  return fill(result, buffer, size, errnop,
-              [&](CallerBuffer& texts) { return Shadows::write(findByName<Shadows>(name), texts); });
+  return find<Shadows>(name, result, buffer, size, errnop);
+}
+
+nss_status _nss_fokrazo_setpwent(int /*stayOpen*/) {
+  return end<Users>();
+}
+
+nss_status _nss_fokrazo_getpwent_r(passwd* result, char* buffer, size_t size, int* errnop) {
+  return next<Users>(result, buffer, size, errnop);
+}
+
+nss_status _nss_fokrazo_endpwent() {
+  return end<Users>();
+}
+
+nss_status _nss_fokrazo_setgrent(int /*stayOpen*/) {
+  return end<Groups>();
+}
+
+nss_status _nss_fokrazo_getgrent_r(group* result, char* buffer, size_t size, int* errnop) {
+  return next<Groups>(result, buffer, size, errnop);
+}
+
+nss_status _nss_fokrazo_endgrent() {
+  return end<Groups>();
 }
 
 nss_status _nss_fokrazo_setspent(int /*stayOpen*/) {
-  return run(&errno, [] { Enumeration<Shadows>::instance().begin(); });
+  return end<Shadows>();
 }
 
 nss_status _nss_fokrazo_getspent_r(spwd* result, char* buffer, size_t size, int* errnop) {
-  return fill(result, buffer, size, errnop,
-              [](CallerBuffer& texts) { return Enumeration<Shadows>::instance().next(texts); });
+  return next<Shadows>(result, buffer, size, errnop);
 }
 
 nss_status _nss_fokrazo_endspent() {
-  return run(&errno, [] { Enumeration<Shadows>::instance().end(); });
+  return end<Shadows>();
 }
 
 // Adds the user's groups, except `primary`, to the array, but only if the daemon returned all of them.
@@ -270,7 +257,7 @@ nss_status _nss_fokrazo_initgroups_dyn(const char* user, gid_t primary, long* st
                                        gid_t** groups, long limit, int* errnop) {
   return run(errnop, [&] {
     GroupArray array = {start, size, groups, limit};
-    for (const gid_t id : groupsOf(user))
+    for (const gid_t id : groupIdsOf(user))
       if (id != primary && !array.has(id) && !array.isFull()) array.add(id);
   });
 }

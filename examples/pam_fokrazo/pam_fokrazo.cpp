@@ -1,21 +1,24 @@
 // A login module: the directory's passwords and accounts for every program that uses PAM. Add it to a
 // service's file in /etc/pam.d, in lines of the types auth, account and password.
 //
-// Each task has its own session, so that no descriptor stays open in the program between tasks.
+// All tasks of the process share one client. No descriptor stays open in the program between tasks.
 
 #include <pwd.h>
 #include <security/pam_ext.h>
 #include <security/pam_modules.h>
 
+#include <chrono>
 #include <iterator>
 #include <vector>
 
-#include "../module_session.h"
+#include "../entry_point.h"
 #include "account_state.h"
 
 namespace {
 
 using namespace example;
+using vesk::CallOutcome;
+using vesk::CallStatus;
 using vesk::LoginAnswer;
 using vesk::Outcome;
 using vesk::Shredder;
@@ -36,9 +39,34 @@ int toCode(LoginAnswer answer) {
 
 // --- Questions to the daemon ---
 
-// The daemon's result, or VR_SYSTEM_ERROR if there is none, and the module's answer.
+// How long a login waits for its account; and for the directory's word on a password, which may have to come
+// from a distant domain controller. Login programs give up after one or two minutes.
+constexpr std::chrono::seconds kDeadline(5);
+constexpr std::chrono::seconds kPasswordDeadline(50);
+
+vesk::ClientOptions clientOptions() {
+  vesk::ClientOptions options;
+  options.deadline = kDeadline;
+  options.refuseOwnProcess = true;
+  return options;
+}
+
+// Never destroyed. It remembers from one task to the next that the daemon is away.
+vesk::Client& client() {
+  static auto* const client = new vesk::Client(clientOptions());
+  return *client;
+}
+
+vesk::CallOptions patiently() {
+  vesk::CallOptions options;
+  options.deadline = kPasswordDeadline;
+  return options;
+}
+
+// What became of a question; result is the daemon's or VR_NO_REPLY_YET, and answer the module's.
 struct Verdict {
-  ValidationResult result;
+  CallOutcome outcome = CallOutcome::Unavailable;
+  ValidationResult result = vesk::VR_NO_REPLY_YET;
   vesk::Answer answer;
 };
 
@@ -56,51 +84,45 @@ uid_t hostUid(const std::string& user) {
 }
 
 // The directory's account, if the login gets that account: the host may have its own user of that name.
-vesk::User accountOf(ModuleSession& module, const std::string& user) {
-  const vesk::User account(module.find(vesk::DSUser, vesk::KeyName, user, vesk::UNIX_ONLY));
-  const uid_t uid = hostUid(user);
-  if (uid == 0 || uid != account.getId()) fail(vesk::VR_NOT_FOUND);
+vesk::CallResult<const vesk::User> accountOf(const std::string& user) {
+  if (!vesk::isSafeAccountKey(user) || user == kRoot) fail(vesk::VR_NOT_FOUND);
+  auto account = client().user(user, vesk::UNIX_ONLY);
+  const uid_t directoryUid = account.value().getId();
+  if (directoryUid == 0 || directoryUid != hostUid(user)) fail(vesk::VR_NOT_FOUND);
   return account;
 }
 
-// Calls `question` with a session and the account; it returns the daemon's result.
+// Calls `question` with the account; it returns a status.
 template <class Question>
 Verdict ask(const std::string& user, Question question) {
-  Verdict verdict = {vesk::VR_SYSTEM_ERROR, {}};
+  Verdict verdict;
   verdict.answer = answer([&] {
-    if (!vesk::isSafeAccountKey(user) || ModuleSession::isReserved(user)) fail(vesk::VR_NOT_FOUND);
-    ModuleSession module;
-    const vesk::User account = accountOf(module, user);
-    verdict.result = module.with([&](vesk::LocalRpcSession& session) { return question(session, account); });
-    succeedOrFail(verdict.result);
+    const auto account = accountOf(user);
+    const CallStatus status = question(*account);
+    verdict.outcome = status.outcome;
+    verdict.result = status.result;
+    status.throwIfFailed();
   });
+  answer([] { client().closeIdle(); });
   return verdict;
 }
 
-// Sends the password once, on a new connection: no late reply can be mistaken for its result.
 Verdict validate(const std::string& user, const Shredder& password) {
-  return ask(user, [&](vesk::LocalRpcSession& session, const vesk::User&) {
-    return session.validatePlainTextUserOnce(user, password, false);
-  });
+  return ask(user, [&](const vesk::User&) { return client().authenticate(user, password, patiently()); });
 }
 
-// Sets `isOpen` if it is unknown whether the password has changed: the request was sent without a result.
-Verdict change(const std::string& user, const Shredder& old, const Shredder& wanted, bool& isOpen) {
-  const Verdict verdict = ask(user, [&](vesk::LocalRpcSession& session, const vesk::User&) {
-    session.dropConnection();  // a new connection, as for a login
-    isOpen = true;
-    const ValidationResult result = session.changePassword(user, old, wanted, false);
-    isOpen = false;
-    return result;
-  });
-  if (verdict.answer.outcome == Outcome::Refused) isOpen = false;  // a refusal may come without a result
-  return verdict;
+Verdict change(const std::string& user, const Shredder& old, const Shredder& wanted) {
+  return ask(user,
+             [&](const vesk::User&) { return client().changePassword(user, old, wanted, patiently()); });
 }
 
 Verdict stateOf(const std::string& user, bool isPasswordExpired) {
-  return ask(user, [&](vesk::LocalRpcSession&, const vesk::User& account) {
-    const ValidationResult state = accountState(account, time(nullptr));
-    return state == vesk::VR_SUCCESS && isPasswordExpired ? vesk::VR_PASSWORD_EXPIRED : state;
+  return ask(user, [&](const vesk::User& account) {
+    CallStatus status;
+    status.result = accountState(account, time(nullptr));
+    if (status.result == vesk::VR_SUCCESS && isPasswordExpired) status.result = vesk::VR_PASSWORD_EXPIRED;
+    if (status.result != vesk::VR_SUCCESS) status.outcome = CallOutcome::Refused;
+    return status;
   });
 }
 
@@ -124,8 +146,13 @@ void tell(pam_handle_t* handle, int flags, const Verdict& verdict) {
   const bool isWrong =
       verdict.result == vesk::VR_INVALID_PASSWORD || verdict.result == vesk::VR_LOGON_FAILURE;
   const bool isRefused = vesk::answerOf(verdict.result).outcome == Outcome::Refused;
-  if ((flags & PAM_SILENT) || !isRefused || isWrong) return;
-  answer([&] { pam_error(handle, "%s", vesk::LocalRpcSession::errorString(verdict.result).c_str()); });
+  if ((flags & PAM_SILENT) || isWrong) return;
+  answer([&] {
+    if (verdict.outcome == CallOutcome::OutcomeUnknown)
+      pam_error(handle, "The password may have been changed; try to log in with the new one");
+    else if (isRefused)
+      pam_error(handle, "%s", vesk::LocalRpcSession::errorString(verdict.result).c_str());
+  });
 }
 
 // --- A note from one task to the next: the password was correct but has expired ---
@@ -181,11 +208,8 @@ int changePassword(pam_handle_t* handle, int flags, const std::string& user) {
   if (rc != PAM_SUCCESS || isFirstRound) return rc;
   rc = getSecret(handle, PAM_AUTHTOK, wanted);  // PAM asks twice and compares
   if (rc != PAM_SUCCESS) return rc;
-  bool isOpen = false;
-  const Verdict verdict = change(user, old, wanted, isOpen);
+  const Verdict verdict = change(user, old, wanted);
   if (verdict.answer.outcome == Outcome::Success) markExpired(handle, false);
-  if (isOpen && !(flags & PAM_SILENT))
-    pam_error(handle, "It is not known whether the password has been changed. Try both");
   tell(handle, flags, verdict);
   return toCode(verdict.answer.password);
 }

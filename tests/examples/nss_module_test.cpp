@@ -1,5 +1,6 @@
 // The name-service module as the C library calls it, in the private world: its status and errno for problems
-// with buffers, descriptors, threads or the daemon.
+// with buffers, descriptors, threads or the daemon. Each test needs a process of its own: the module's client
+// remembers that the daemon was away.
 // usage: nss_module_test MODULE
 
 #include <dlfcn.h>
@@ -20,6 +21,7 @@ const std::vector<std::string> kAtTheSocket = {"--socket", kSocket};
 constexpr char kUser[] = "lquispe";  // only in the primary group
 constexpr char kUserLine[] = "lquispe:x:Liên Quispe:/home/lquispe:/bin/false:10060:20004";
 constexpr char kGroup[] = "Büro";
+constexpr char kAway[] = "UNAVAIL ECONNREFUSED";
 constexpr size_t kLarge = 4096;
 constexpr char kFill = 0x5a;
 
@@ -85,10 +87,13 @@ std::string askFor(const char* user) {
   return askFor<passwd>("getpwnam_r", user);
 }
 
-/// In its own thread, which begins and ends without a session.
-std::string askAnew(const char* name) {
-  std::string answer;
-  std::thread([&] { answer = askFor(name); }).join();
+/// Asks until the module, which has found the daemon away, turns to it again.
+std::string askUntilItIsBack() {
+  std::string answer = kAway;
+  for (int i = 0; answer == kAway && i < 6000; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    answer = askFor(kUser);
+  }
   return answer;
 }
 
@@ -127,9 +132,21 @@ TEST(NssModule, AFailureEndsAnEnumerationForGood) {
   const StandinProcess daemon({"--socket", kSocket, "--fault", "drop@3"});
   const std::vector<std::string> lines = listAll<passwd>("pwent", kLarge);
   ASSERT_EQ(lines.size(), 3u);
-  EXPECT_EQ(lines[1], "TRYAGAIN EAGAIN");
-  EXPECT_EQ(lines[2], "TRYAGAIN EAGAIN");
+  EXPECT_EQ(lines[1], kAway);
+  EXPECT_EQ(lines[2], kAway);
   EXPECT_EQ(listAll<passwd>("pwent", kLarge).back(), "NOTFOUND ENOENT");
+}
+
+TEST(NssModule, AChildDoesNotContinueItsParentsEnumeration) {
+  const StandinProcess daemon(kAtTheSocket);
+  const auto next = [] { return growUntilItFits<passwd>(function<Next<passwd>>("getpwent_r"), kLarge); };
+  const std::vector<std::string> users = listAll<passwd>("pwent", kLarge);
+  EXPECT_EQ(next(), users[0]);
+  checkInChild([&] {
+    EXPECT_EQ(next(), kAway);
+    EXPECT_EQ(listAll<passwd>("pwent", kLarge), users);
+  });
+  EXPECT_EQ(next(), users[1]);
 }
 
 TEST(NssModule, AListingGoesOnAfterManyUnusableEntries) {
@@ -148,28 +165,35 @@ TEST(NssModule, AListingGoesOnAfterManyUnusableEntries) {
 }
 
 TEST(NssModule, EachDaemonFaultHasItsAnswer) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"drop", "TRYAGAIN EAGAIN"},  {"lose", "TRYAGAIN EAGAIN"}, {"short", "TRYAGAIN EAGAIN"},
-      {"cut", "TRYAGAIN EAGAIN"},   {"garbage", "UNAVAIL EIO"},  {"empty", "UNAVAIL EIO"},
-      {"refuse", "UNAVAIL EACCES"}, {"trickle", kUserLine},      {"drop@1", kUserLine},
-      {"restart@1", kUserLine},
+  const std::pair<std::vector<std::string>, const char*> rows[] = {
+      {{"drop", "lose", "short", "cut"}, kAway},
+      {{"garbage", "empty"}, "UNAVAIL EIO"},
+      {{"refuse"}, "UNAVAIL EACCES"},
+      {{"trickle", "drop@1", "restart@1"}, kUserLine},
   };
-  for (const auto& [fault, answer] : rows) {
-    const StandinProcess daemon({"--socket", kSocket, "--fault", fault});
-    EXPECT_EQ(askAnew(kUser), answer) << fault;
-  }
+  for (const auto& [faults, answer] : rows)
+    for (const std::string& fault : faults) {
+      const StandinProcess daemon({"--socket", kSocket, "--fault", fault});
+      EXPECT_EQ(askFor(kUser), answer) << fault;
+    }
 }
 
 TEST(NssModule, AStoppedDaemonIsUnavailableUntilItIsBack) {
   EXPECT_EQ(askFor("root"), "NOTFOUND ENOENT");  // the daemon is not asked for root
-  EXPECT_EQ(askFor(kUser), "UNAVAIL EIO");
-  {
-    const StandinProcess daemon(kAtTheSocket);
-    EXPECT_EQ(askFor(kUser), kUserLine);
-  }
-  EXPECT_EQ(askFor(kUser), "UNAVAIL EIO");
+  EXPECT_EQ(askFor(kUser), kAway);
   const StandinProcess daemon(kAtTheSocket);
-  EXPECT_EQ(askFor(kUser), kUserLine);
+  EXPECT_EQ(askUntilItIsBack(), kUserLine);
+}
+
+TEST(NssModule, AHangIsNotWaitedForByEachLookup) {
+  StandinProcess daemon({"--socket", kSocket, "--fault", "stall"});
+  std::string answer = askFor(kUser);
+  EXPECT_EQ(answer, "TRYAGAIN EAGAIN");
+  // On a busy machine the first back-off times may be over before the next lookup.
+  for (int i = 0; answer != kAway && i < 5; ++i) answer = askFor(kUser);
+  EXPECT_EQ(answer, kAway);
+  daemon.restart(kAtTheSocket);
+  EXPECT_EQ(askUntilItIsBack(), kUserLine);
 }
 
 TEST(NssModule, TheDaemonDoesNotWaitForItself) {
@@ -178,7 +202,7 @@ TEST(NssModule, TheDaemonDoesNotWaitForItself) {
   strcpy(address.sun_path, kSocket);
   ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
   ASSERT_EQ(listen(listener, 5), 0);
-  EXPECT_EQ(askAnew(kUser), "UNAVAIL ECONNREFUSED");
+  EXPECT_EQ(askFor(kUser), kAway);
   close(listener);
   unlink(kSocket);
 }
@@ -187,26 +211,67 @@ TEST(NssModule, ACallFromInsideTheLibraryIsRefused) {
   const StandinProcess daemon(kAtTheSocket);
   std::string inner;
   g_atConnect = [&] { inner = askFor(kUser); };
-  EXPECT_EQ(askAnew(kUser), kUserLine);
+  EXPECT_EQ(askFor(kUser), kUserLine);
   g_atConnect = nullptr;
-  EXPECT_EQ(inner, "UNAVAIL ECONNREFUSED");
+  EXPECT_EQ(inner, kAway);
 }
 
-TEST(NssModule, OutOfDescriptorsMeansTryAgain) {
+using Groups = std::vector<gid_t>;
+
+std::string addGroups(const char* user, gid_t primary, long limit, Groups& groups) {
+  using InitGroups = nss_status(const char*, gid_t, long*, long*, gid_t**, long, int*);
+  long start = static_cast<long>(groups.size()), size = start;
+  int error = 0;
+  auto* array = static_cast<gid_t*>(malloc(sizeof(gid_t)));
+  std::copy(groups.begin(), groups.end(), array);
+  const nss_status status =
+      function<InitGroups>("initgroups_dyn")(user, primary, &start, &size, &array, limit, &error);
+  EXPECT_TRUE(start <= size && (limit <= 0 || size <= limit)) << user << ' ' << size;
+  groups.assign(array, array + start);
+  free(array);
+  return text(status, error);
+}
+
+TEST(NssModule, GroupsAreAddedToTheCallersArray) {
+  // User, primary group, limit, the groups before, the answer, the groups after.
+  const std::tuple<const char*, gid_t, long, Groups, const char*, Groups> rows[] = {
+      {"mgruber", 1, -1, {1}, "SUCCESS", {1, 20002}},  // the array must grow
+      {"mgruber", 1, 2, {1}, "SUCCESS", {1, 20002}},   {"mgruber", 1, 1, {1}, "SUCCESS", {1}},
+      {"mgruber", 1, -1, {20002}, "SUCCESS", {20002}}, {"mgruber", 20002, -1, {}, "SUCCESS", {}},
+      {"nosuch", 1, -1, {1}, "NOTFOUND ENOENT", {1}},
+  };
+  StandinProcess daemon(kAtTheSocket);
+  for (const auto& [user, primary, limit, before, answer, after] : rows) {
+    Groups groups = before;
+    EXPECT_EQ(addGroups(user, primary, limit, groups), answer) << user << limit;
+    EXPECT_EQ(groups, after) << user << limit;
+  }
+  daemon.kill();
+  Groups groups = {1};
+  EXPECT_EQ(addGroups("mgruber", 1, -1, groups), kAway);
+  EXPECT_EQ(groups, Groups{1});
+}
+
+TEST(NssModule, OneDescriptorIsEnoughAndNoneMeansTryAgain) {
   const StandinProcess daemon(kAtTheSocket);
   rlimit before;
   getrlimit(RLIMIT_NOFILE, &before);
   const int lowest = dup(0);
   close(lowest);
-  const rlimit none = {static_cast<rlim_t>(lowest), before.rlim_max};
-  setrlimit(RLIMIT_NOFILE, &none);
-  const std::string answer = askAnew(kUser);
-  setrlimit(RLIMIT_NOFILE, &before);
-  EXPECT_EQ(answer, "TRYAGAIN EMFILE");
-  EXPECT_EQ(askAnew(kUser), kUserLine);
+  Groups groups;
+  const auto askWith = [&](int descriptors) {
+    const rlimit few = {static_cast<rlim_t>(lowest + descriptors), before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    const std::string answer = addGroups("mgruber", 1, -1, groups);
+    setrlimit(RLIMIT_NOFILE, &before);
+    return answer;
+  };
+  EXPECT_EQ(askWith(0), "TRYAGAIN ENOMEM");
+  EXPECT_EQ(askWith(1), "SUCCESS");
+  EXPECT_EQ(groups, Groups{20002});
 }
 
-TEST(NssModule, ThreadsAndChildrenHaveTheirOwnSessionsAndLeakNone) {
+TEST(NssModule, ThreadsAndChildrenShareFourConnections) {
   const StandinProcess daemon(kAtTheSocket);
   errno = EDOM;
   ASSERT_EQ(askFor(kUser), kUserLine);
@@ -219,7 +284,7 @@ TEST(NssModule, ThreadsAndChildrenHaveTheirOwnSessionsAndLeakNone) {
         EXPECT_EQ(askFor(j % 2 ? kUser : "nosuch"), j % 2 ? kUserLine : "NOTFOUND ENOENT");
     });
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_LE(openDescriptors(), before + 3);
 
   checkInChild([&] {
     EXPECT_EQ(askFor(kUser), kUserLine);
@@ -230,25 +295,16 @@ TEST(NssModule, ThreadsAndChildrenHaveTheirOwnSessionsAndLeakNone) {
 
 TEST(NssModule, NamesAreLookedUpAtTheEndOfAThreadAndOfTheProgram) {
   const StandinProcess daemon(kAtTheSocket);
-  ASSERT_EQ(askFor(kUser), kUserLine);
-  const long before = openDescriptors();
   static std::string answer;
   pthread_key_t key;
   pthread_key_create(&key, [](void*) { answer = askFor(kUser); });
-  for (const bool isFirstLookup : {false, true}) {
-    answer.clear();
-    std::thread([&] {
-      if (!isFirstLookup) askFor(kUser);
-      pthread_setspecific(key, &key);
-    }).join();
-    EXPECT_EQ(answer, kUserLine) << isFirstLookup;
-    EXPECT_EQ(openDescriptors(), before) << isFirstLookup;
-  }
+  std::thread([&] { pthread_setspecific(key, &key); }).join();
+  EXPECT_EQ(answer, kUserLine);
   pthread_key_delete(key);
 
   const auto askAtTheEnd = [] {
     askFor(kUser);
-    g_atConnect = [] { _exit(2); };  // the session must still exist
+    g_atConnect = [] { _exit(2); };  // the connection must still exist
     atexit([] { _exit(askFor(kUser) == kUserLine ? 0 : 1); });
     exit(3);
   };
@@ -270,39 +326,6 @@ TEST(NssModule, CancellationWaitsUntilTheModuleReturns) {
   pthread_join(thread, &end);
   EXPECT_EQ(answer, kUserLine);
   EXPECT_EQ(end, PTHREAD_CANCELED);
-}
-
-TEST(NssModule, GroupsAreAddedToTheCallersArray) {
-  using InitGroups = nss_status(const char*, gid_t, long*, long*, gid_t**, long, int*);
-  using Groups = std::vector<gid_t>;
-  // User, primary group, limit, the groups before, the answer, the groups after.
-  const std::tuple<const char*, gid_t, long, Groups, const char*, Groups> rows[] = {
-      {"mgruber", 1, -1, {1}, "SUCCESS", {1, 20002}},  // the array must grow
-      {"mgruber", 1, 2, {1}, "SUCCESS", {1, 20002}},   {"mgruber", 1, 1, {1}, "SUCCESS", {1}},
-      {"mgruber", 1, -1, {20002}, "SUCCESS", {20002}}, {"mgruber", 20002, -1, {}, "SUCCESS", {}},
-      {"nosuch", 1, -1, {1}, "NOTFOUND ENOENT", {1}},
-  };
-  const auto ask = [](const char* user, gid_t primary, long limit, Groups& groups) {
-    long start = static_cast<long>(groups.size()), size = start;
-    int error = 0;
-    auto* array = static_cast<gid_t*>(malloc(sizeof(gid_t)));
-    std::copy(groups.begin(), groups.end(), array);
-    const nss_status status =
-        function<InitGroups>("initgroups_dyn")(user, primary, &start, &size, &array, limit, &error);
-    EXPECT_TRUE(start <= size && (limit <= 0 || size <= limit)) << user << ' ' << size;
-    groups.assign(array, array + start);
-    free(array);
-    return text(status, error);
-  };
-  Groups groups = {1};
-  EXPECT_EQ(ask("mgruber", 1, -1, groups), "UNAVAIL EIO");
-  EXPECT_EQ(groups, Groups{1});
-  const StandinProcess daemon(kAtTheSocket);
-  for (const auto& [user, primary, limit, before, answer, after] : rows) {
-    groups = before;
-    EXPECT_EQ(ask(user, primary, limit, groups), answer) << user << limit;
-    EXPECT_EQ(groups, after) << user << limit;
-  }
 }
 
 }  // namespace
