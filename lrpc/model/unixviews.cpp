@@ -29,12 +29,23 @@ std::string valueOr(ADObject& object, const std::string& name, const std::string
   return value ? *value : fallback;
 }
 
+// The attribute if it has a value, otherwise null. Adds nothing to the object.
+const ADAttribute* valued(ADObject& object, const std::string& name) {
+  const ADAttributeMap& known = object.attributes();
+  const auto found = known.find(name);
+  if (found != known.end()) return found->second.empty() ? nullptr : &found->second;
+  const bool isInBlob = object.serializer() && object.attributeExists(name, true);
+  return isInBlob ? &object[name] : nullptr;
+}
+
 unsigned int unsignedOrZero(ADObject& object, const std::string& name) {
-  return object.attributeExists(name, true) ? object[name].toUInt() : 0;
+  const ADAttribute* attribute = valued(object, name);
+  return attribute ? attribute->toUInt() : 0;
 }
 
 int64_t int64Or(ADObject& object, const std::string& name, int64_t fallback) {
-  return object.attributeExists(name, true) ? object[name].toInt64().value() : fallback;
+  const ADAttribute* attribute = valued(object, name);
+  return attribute ? attribute->toInt64().value() : fallback;
 }
 
 // An empty value counts as missing.
@@ -133,21 +144,22 @@ void User::useNobodyProfile() {
 
 void User::readPassword() {
   m_password = kShadowed;
-  if (object().attributeExists(VESK_ALT_PWHASH, true))
-    m_password = valueOr(object(), VESK_ALT_PWHASH, EMPTY_STRING);
-  else if (object().attributeExists(VESK_USER_PWSYNC, true))
-    readPasswordFrom(valueOr(object(), VESK_USER_PWSYNC, EMPTY_STRING));
+  if (const ADAttribute* hash = valued(object(), VESK_ALT_PWHASH))
+    m_password = hash->front();
+  else if (const ADAttribute* source = valued(object(), VESK_USER_PWSYNC))
+    readPasswordFrom(source->front());
 }
 
 // `source` is the name of an attribute that may hold the hash.
 void User::readPasswordFrom(const std::string& source) {
   const bool plain = source == SFU_PASSWORD || source == AD_R2_PASSWORD;
   if (!plain && source != AD_ALT_PWSYNC_PWHASH) return;
-  if (!object().attributeExists(source, true)) return;
+  const ADAttribute* const attribute = valued(object(), source);
+  if (!attribute) return;
   if (plain)
-    m_password = object()[source].front();
+    m_password = attribute->front();
   else
-    readPrefixedPassword(object()[source]);
+    readPrefixedPassword(*attribute);
 }
 
 void User::readPrefixedPassword(const std::list<std::string>& identities) {
@@ -160,8 +172,8 @@ void User::readPrefixedPassword(const std::list<std::string>& identities) {
 }
 
 void User::readNames() {
-  if (object().attributeExists(AD_ALT_PWSYNC_PWHASH, true))
-    m_altSecurityIdentity = object()[AD_ALT_PWSYNC_PWHASH].front();
+  if (const ADAttribute* identity = valued(object(), AD_ALT_PWSYNC_PWHASH))
+    m_altSecurityIdentity = identity->front();
   m_servicePrincipalName = valueOr(object(), AD_SERVER_PRINCIPAL_NAME, EMPTY_STRING);
   m_computedPrincipalName = valueOr(object(), VESK_USER_PRINCIPAL_NAME, EMPTY_STRING);
   m_userPrincipalName = valueOr(object(), AD_USER_PRINCIPAL_NAME, EMPTY_STRING);
@@ -178,16 +190,17 @@ void User::readTimes() {
 }
 
 void User::readAccount() {
-  if (object().attributeExists(AD_USER_ACCNT_CONTROL, true))
-    m_accountControl = object()[AD_USER_ACCNT_CONTROL].toInt();
-  if (object().attributeExists(AD_USER_WORKSTATIONS, true))
-    m_workstations = valueOr(object(), AD_USER_WORKSTATIONS, EMPTY_STRING);
+  if (const ADAttribute* control = valued(object(), AD_USER_ACCNT_CONTROL))
+    m_accountControl = control->toInt();
+  if (const ADAttribute* stations = valued(object(), AD_USER_WORKSTATIONS))
+    m_workstations = stations->front();
   for (const std::string& sid : object()[VESK_GROUPS]) m_groupSids.push_back(SID(sid));
   m_passwordHash = valueOr(object(), VESK_PASSWD_HASH, EMPTY_STRING);
 }
 
 void User::readSysRights() {
-  unsigned int rights = object().attributeExists(VESK_SYSRIGHTS, true) ? object()[VESK_SYSRIGHTS].toInt() : 0;
+  const ADAttribute* const attribute = valued(object(), VESK_SYSRIGHTS);
+  const unsigned int rights = attribute ? attribute->toInt() : 0;
   m_hasBaseSysRights = (rights & kBaseSysRights) != 0;
   m_auditLevel = sam::AuditLevelToString(sam::GetAuditLevelFromSysRights(rights));
   m_alwaysPermitLogin = sam::IsAlwaysPermitLogin(rights);
@@ -219,7 +232,8 @@ std::string Group::getName() const {
 void Group::readUnixProfile() {
   m_id = unsignedOrZero(object(), VESK_GID);
   m_unixName = valueOr(object(), VESK_GROUPNAME, EMPTY_STRING);
-  m_required = object().attributeExists(VESK_REQUIRED, true) && object()[VESK_REQUIRED].toBool();
+  const ADAttribute* const required = valued(object(), VESK_REQUIRED);
+  m_required = required && required->toBool();
 }
 
 void Group::useNobodyProfile() {
