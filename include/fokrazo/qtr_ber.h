@@ -24,6 +24,7 @@ inline constexpr auto& qtr_ber_peek_tag = ber_peek_tag;
 inline constexpr auto& qtr_ber_printf = ber_printf;
 inline constexpr auto& qtr_ber_reset = ber_reset;
 inline constexpr auto& qtr_ber_scanf = ber_scanf;
+inline constexpr auto& qtr_ber_skip_element = ber_skip_element;
 inline constexpr auto& qtr_ber_sockbuf_add_io = ber_sockbuf_add_io;
 inline constexpr auto& qtr_ber_sockbuf_free = ber_sockbuf_free;
 inline constexpr auto& qtr_ber_sockbuf_remove_io = ber_sockbuf_remove_io;

@@ -34,7 +34,7 @@ void IPCException::encode(BerElement* ber) {
 void IPCException::decodeAndThrow(BerElement* ber) {
   ber_int_t type = 0;
   ReceivedText received;
-  if (!ber || qtr_ber_scanf(ber, "io", &type, received.target()) == LBER_ERROR)
+  if (!ber || qtr_ber_scanf(ber, "i", &type) == LBER_ERROR || !received.read(ber))
     FOKRAZO_THROW(IOException, "IOException", 0, "ber_scanf IPCException::decode");
   const std::string message = received.text();
   switch (type) {

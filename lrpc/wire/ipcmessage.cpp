@@ -145,7 +145,7 @@ void IPCMessage::put(const void* bytes, size_t size, const char* failure) {
 }
 
 void IPCMessage::take(ReceivedText& received, const char* failure) const {
-  if (!m_ber || qtr_ber_scanf(m_ber, "o", received.target()) == LBER_ERROR) failField(failure);
+  if (!received.read(m_ber)) failField(failure);
 }
 
 IPCMessage& IPCMessage::operator+=(int value) {

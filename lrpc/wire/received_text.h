@@ -1,28 +1,19 @@
-/// Owns the bytes that the BER layer allocates for an OCTET STRING. Internal.
+/// An OCTET STRING in a received message. Internal.
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 #include <string>
 
 #include <fokrazo/qtr_ber.h>
 
 namespace vesk {
 
-/// Wipes and frees the bytes when destroyed. Belongs to one thread.
+/// The bytes, where they lie in the message: valid, and wiped, with it. Belongs to one thread.
 class ReceivedText {
  public:
-  ReceivedText() = default;
-  ReceivedText(const ReceivedText&) = delete;
-  ReceivedText& operator=(const ReceivedText&) = delete;
-  ~ReceivedText() {
-    if (!m_bytes.bv_val) return;
-    explicit_bzero(m_bytes.bv_val, m_bytes.bv_len);
-    qtr_ber_memfree(m_bytes.bv_val);
-  }
+  /// Reads the element at the position of `ber`, which may be null. False if there is none.
+  bool read(BerElement* ber) { return ber && qtr_ber_skip_element(ber, &m_bytes) != LBER_DEFAULT; }
 
-  /// The argument for the format letter "o" of qtr_ber_scanf.
-  berval* target() { return &m_bytes; }
   char* data() { return m_bytes.bv_val; }
   size_t size() const { return m_bytes.bv_len; }
   std::string text() const {
