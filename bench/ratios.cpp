@@ -11,6 +11,8 @@
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
+#include <fokrazo/attrnames.h>
+#include <fokrazo/client.h>
 #include <fokrazo/ipcmessage.h>
 #include <fokrazo/session.h>
 #include <fokrazo/stringdict.h>
@@ -20,6 +22,7 @@
 #include "bench/support/plain_lookup.h"
 #include "bench/support/plain_socket.h"
 #include "bench/support/sample_user.h"
+#include "bench/support/standin_process.h"
 
 namespace bench {
 namespace {
@@ -93,6 +96,55 @@ void compareExchanges() {
     auto plain = [&] { keep(plainSearch(pair.fd).size()); };
     printRow("an object of a list of 300", compare(ours, plain, kListBatchMs, kListBatches), kListed);
   }
+}
+
+vesk::ClientOptions optionsFor(const std::string& socket) {
+  vesk::ClientOptions options;
+  options.socketPath = socket;
+  options.trustedPeer = getuid();
+  return options;
+}
+
+void compareClient() {
+  const std::string reply = objectReply(daemonUser());
+  const CannedPeer peer(reply, kCpu), otherPeer(reply, kCpu);
+  vesk::ClientOptions options = optionsFor(peer.path());
+  vesk::Client client(options);
+  vesk::LocalRpcSession session(otherPeer.path(), false, false);
+  printHead("the client of a program, compared with a session");
+  printRow("a user through the client", compare([&] { keep(client.user(kName).share().get()); },
+                                                [&] { keep(session.getUser(kName, 0).get()); }));
+  options.cache.entries = 1;
+  vesk::Client caching(options);
+  const vesk::ObjectKey key(kName);
+  printCount("a hit of the client's cache, in nanoseconds",
+             nanosecondsOf([&] { keep(caching.user(key).share().get()); }));
+}
+
+// A user who is in so many groups. The sample has fewer; some come more than once.
+vesk::User memberOfGroups(vesk::Client& client, size_t count) {
+  std::vector<std::string> sids;
+  for (const vesk::Group& group : client.groups()) sids.push_back(group.getSid().toMSString());
+  if (sids.empty()) throw std::runtime_error("no groups");
+  vesk::ADObject object("CN=member");
+  for (size_t i = 0; i < count; ++i) object[VESK_GROUPS] += sids[i % sids.size()];
+  return vesk::User(object);
+}
+
+void compareManyAtOnce() {
+  constexpr size_t kGroups = 200;
+  constexpr int kRuns = 9;
+  const StandinProcess standin(FOKRAZO_STANDIN, FOKRAZO_SAMPLE, {"--delay", "1"});
+  vesk::Client client(optionsFor(standin.socket()));
+  vesk::LocalRpcSession session(standin.socket(), false, false);
+  const vesk::User user = memberOfGroups(client, kGroups);
+  auto atOnce = [&] {
+    for (const auto& group : client.groupsOf(user)) keep(group.value().getId());
+  };
+  auto inARow = [&] {
+    for (const vesk::SID& sid : user.groupSids()) keep(session.getGroup(sid, 0)->getId());
+  };
+  printRow("200 groups at once, with a daemon that takes 1 ms each", compare(atOnce, inARow, 1, kRuns));
 }
 
 void compareReading() {
@@ -197,6 +249,8 @@ int main() {
     compareLoading();
     pinTo(kCpu);
     compareExchanges();
+    compareClient();
+    compareManyAtOnce();
     compareReading();
     compareDictionary();
     countAllocations();

@@ -1,9 +1,6 @@
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -12,6 +9,7 @@
 #include "bench/compared/parts.h"
 #include "bench/support/measure.h"
 #include "bench/support/plain_socket.h"
+#include "bench/support/standin_process.h"
 
 namespace bench {
 namespace {
@@ -40,48 +38,15 @@ void writeAccounts(const std::string& path) {
   }
 }
 
-/// The stand-in with its accounts, in its own folder. The destructor ends it.
-class Standin {
- public:
-  explicit Standin(const std::string& program)
-      : m_folder(std::filesystem::temp_directory_path() / "bench-XXXXXX") {
-    if (!mkdtemp(m_folder.data())) die("mkdtemp");
-    writeAccounts(ldif());
-    int ready[2];
-    if (pipe(ready) != 0) die("pipe");
-    m_pid = fork();
-    if (m_pid == 0) {
-      dup2(ready[1], STDOUT_FILENO);
-      execl(program.c_str(), program.c_str(), "--foreground", "--socket", socket().c_str(), "--ldif",
-            ldif().c_str(), nullptr);
-      die(program.c_str());
-    }
-    close(ready[1]);
-    char byte;
-    if (read(ready[0], &byte, 1) != 1) die("the stand-in did not start");
-    close(ready[0]);
-  }
-  ~Standin() {
-    kill(m_pid, SIGTERM);
-    waitpid(m_pid, nullptr, 0);
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder, ignored);
-  }
-  std::string socket() const { return m_folder + "/daemon"; }
-
- private:
-  std::string ldif() const { return m_folder + "/accounts.ldif"; }
-
-  std::string m_folder;
-  pid_t m_pid;
-};
-
 }  // namespace
 
 void measureStandin(const std::string& program) {
   pinTo(kCpu);
   {
-    const Standin standin(program);
+    const std::string ldif = std::filesystem::temp_directory_path() / ("bench." + std::to_string(getpid()));
+    writeAccounts(ldif);
+    const StandinProcess standin(program, ldif);
+    unlink(ldif.c_str());
     vesk::LocalRpcSession session(standin.socket(), false, false);
     print("ours.ping.standin", nanosecondsOf([&] { session.ping(); }, kBatchMs, kBatches) / 1000, "us");
     std::vector<std::string> names;
