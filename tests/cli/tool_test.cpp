@@ -36,13 +36,14 @@ TEST_F(ToolTest, DoctorReportsTheDaemonsHealth) {
   } rows[] = {
       {16, "dc1",
        "problem  health: Server unreachable: dc1 (16, 3, 4)\n"
-       "         -> check the network, the name servers and the clock, then run 'fokrazo network-changed'\n"},
+       "         -> check the network, the name servers and the clock; then let the daemon try again\n"
+       "         run: fokrazo network-changed\n"},
       {14, "",
        "problem  health: Not joined to a domain (14, 3, 4)\n"
-       "         -> join this machine to its domain\n"},
+       "         -> join this machine to its domain\n         run: fokrazo joined\n"},
       {9, "a\33[2J",
        "problem  health: Extended error: 611b5b324a (9, 3, 4)\n"
-       "         -> see the daemon's log\n"},
+       "         -> see the daemon's log\n         run: journalctl -u brondalt -n 50\n"},
   };
   for (const auto& row : rows) {
     ScriptedPeer peer(in("daemon"));
@@ -51,7 +52,7 @@ TEST_F(ToolTest, DoctorReportsTheDaemonsHealth) {
     peer.expect(request(0)).send(reply(0));
     peer.expect(request(21, octets("") + octets("") + sequence("") + integer(0)));
     peer.send(reply(0, status + integer(1) + octets("no such entry")));
-    const Ran ran = run("fokrazo --socket " + in("daemon") + " doctor");
+    const Ran ran = run("fokrazo --socket " + in("daemon") + " doctor daemon ping health");
     EXPECT_EQ(ran.status, 1);
     EXPECT_NE(ran.out.find(row.finding), std::string::npos) << ran.out;
     EXPECT_TRUE(peer.finished());

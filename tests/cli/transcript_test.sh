@@ -28,7 +28,7 @@ wrong() {  # a command line that is wrong: its complaint without the line that f
 }
 configured() {  # configured TEXT: what doctor says about a configuration file of that text
   printf '%b\n' "$1" >/etc/velmora/velmora.conf
-  fokrazo doctor | grep -A 1 ' configuration: '
+  fokrazo doctor configuration
 }
 
 cd /var/velmora
@@ -42,6 +42,13 @@ if setpriv --reuid=10060 --clear-groups true 2>/dev/null; then
   fokrazo --peer-uid 10060 auth --password-fd 0 lquispe <<<Paper-boat-42 >/dev/null || fail "a user's own daemon"
   findings=$(fokrazo doctor) || true
   [[ $findings == *"find out who that is first"*"a stand-in or an impostor"* ]] || fail "doctor does not see an impostor"
+  daemon
+  chown 0 . && chmod 0600 daemon
+  findings=$(setpriv --reuid=10060 --clear-groups "$build_dir/bin/fokrazo" doctor socket) || true
+  [[ $findings == *"this user may not open it"*"run: chmod a+rw /var/velmora/daemon"* ]] || fail "a closed socket: $findings"
+  chmod 0700 .
+  findings=$(setpriv --reuid=10060 --clear-groups "$build_dir/bin/fokrazo" doctor socket) || true
+  [[ $findings == *"this user may not enter /var/velmora"*"run: chmod a+x /var/velmora"* ]] || fail "a closed folder: $findings"
 else
   echo "left out: an impostor, whom only the host's root can play"
 fi

@@ -46,7 +46,7 @@ keys_in() {
   done
 }
 keys_in {util/*,values,host,ber,lrpc/*}/*.cpp >"$place/read"
-keys_in cli/configuration_check.cpp >"$place/judged"
+keys_in cli/doctor/configuration_keys.cpp >"$place/judged"
 sed -n 's/^\.It Ic \([a-z0-9.]*\).*/\1/p' man/velmora.conf.5 | sed 's/\.$//' >"$place/told"
 same "keys that fokrazo doctor judges" "$place/read" "$place/judged"
 same "keys of velmora.conf(5)" <(cat "$place/read" && echo kset) "$place/told"

@@ -1,0 +1,159 @@
+#include "cli/doctor/module_file.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <glob.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+#include <fokrazo/strutil.h>
+#include "cli/doctor/shell_word.h"
+#include "cli/doctor/tampering.h"
+#include "cli/output.h"
+
+namespace cli {
+
+const ModuleKind kNameServiceModule = {"libnss_fokrazo.so.2", "", "_nss_fokrazo_getpwnam_r",
+                                       "libnss-fokrazo"};
+const ModuleKind kPamModule = {"pam_fokrazo.so", "/security", "pam_sm_authenticate", "libpam-fokrazo"};
+
+namespace {
+
+constexpr std::chrono::seconds kLongestLoading(5);
+constexpr int kDeepestInclude = 8;
+constexpr char kLoaderConfig[] = "/etc/ld.so.conf";
+
+void addConfigured(std::vector<std::string>& folders, const std::string& file, int depth);
+
+void addIncluded(std::vector<std::string>& folders, const std::string& pattern, int depth) {
+  glob_t found = {};
+  const std::string path = pattern.compare(0, 1, "/") == 0 ? pattern : "/etc/" + pattern;
+  if (glob(path.c_str(), 0, nullptr, &found) == 0)
+    for (size_t i = 0; i < found.gl_pathc; ++i) addConfigured(folders, found.gl_pathv[i], depth + 1);
+  globfree(&found);
+}
+
+// As ldconfig(8) reads its configuration.
+void addConfigured(std::vector<std::string>& folders, const std::string& file, int depth) {
+  struct stat info;
+  if (depth > kDeepestInclude || stat(file.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return;
+  std::ifstream lines(file);
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line.substr(0, line.find('#')));
+    std::string word;
+    words >> word;
+    if (word == "include")
+      while (words >> word) addIncluded(folders, word, depth);
+    else if (!word.empty() && word[0] == '/')
+      folders.push_back(word);
+  }
+}
+
+std::vector<std::string> libraryFolders() {
+  std::vector<std::string> folders;
+  Dl_info library = {};
+  if (dladdr(reinterpret_cast<void*>(&getpid), &library) != 0 && library.dli_fname[0] == '/') {
+    const std::string path = library.dli_fname;
+    folders.push_back(path.substr(0, path.rfind('/')));
+  }
+  folders.insert(folders.end(), {"/lib64", "/lib", "/usr/lib64", "/usr/lib"});
+  addConfigured(folders, kLoaderConfig, 0);
+  return folders;
+}
+
+// In the child: tries to load the module and writes why that fails.
+[[noreturn]] void tryLoading(const ModuleKind& kind, const std::string& path, int out) {
+  std::string failure;
+  void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!module) {
+    failure = dlerror();
+    if (failure.compare(0, path.size() + 2, path + ": ") == 0) failure.erase(0, path.size() + 2);
+  } else if (!dlsym(module, kind.function)) {
+    failure = std::string("it has no function ") + kind.function;
+  }
+  const ssize_t written = write(out, failure.data(), failure.size());
+  _exit(written == static_cast<ssize_t>(failure.size()) ? 0 : 1);
+}
+
+// Reads until the other end is closed or the time is over, at most `size` bytes. Returns whether it was
+// closed.
+bool readWithin(int fd, std::chrono::steady_clock::time_point end, std::string& text, size_t size) {
+  for (;;) {
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+    if (left.count() <= 0) return false;
+    pollfd entry = {fd, POLLIN, 0};
+    if (poll(&entry, 1, static_cast<int>(left.count())) <= 0) continue;
+    char buffer[512];
+    const ssize_t count = read(fd, buffer, sizeof buffer);
+    if (count <= 0) return true;
+    if (text.size() < size) text.append(buffer, static_cast<size_t>(count));
+  }
+}
+
+// As pipe2, but leaves the standard streams alone.
+bool openPipe(int ends[2]) {
+  if (pipe2(ends, O_CLOEXEC) != 0) return false;
+  for (int* end = ends; end < ends + 2; ++end) {
+    if (*end > STDERR_FILENO) continue;
+    const int low = *end;
+    *end = fcntl(low, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    close(low);
+  }
+  return ends[0] >= 0 && ends[1] >= 0;
+}
+
+// Why the module cannot be loaded; empty if it can.
+std::string loadingFault(const ModuleKind& kind, const std::string& path) {
+  int ends[2];
+  if (!openPipe(ends)) return std::string("no pipe: ") + strerror(errno);
+  const pid_t child = fork();
+  if (child == 0) tryLoading(kind, path, ends[1]);
+  close(ends[1]);
+  std::string failure;
+  const auto end = std::chrono::steady_clock::now() + kLongestLoading;
+  const bool hasEnded = child > 0 && readWithin(ends[0], end, failure, 4096);
+  close(ends[0]);
+  if (child < 0) return std::string("no process: ") + strerror(errno);
+  if (!hasEnded) kill(child, SIGKILL);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (!hasEnded) return "loading it does not end";
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? failure : "loading it ends the program";
+}
+
+}  // namespace
+
+std::string findModule(const ModuleKind& kind) {
+  for (const std::string& folder : libraryFolders()) {
+    const std::string path = folder + kind.subfolder + '/' + kind.file;
+    if (access(path.c_str(), F_OK) == 0) return path;
+  }
+  return "";
+}
+
+void checkModule(Findings& findings, const ModuleKind& kind, const std::string& path) {
+  if (!checkTampering(findings, path)) return;
+  const std::string fault = loadingFault(kind, path);
+  if (!fault.empty())
+    findings.problem(shown(path) + " cannot be loaded: " + shown(fault), "install it again",
+                     "apt-get install --reinstall " + std::string(kind.package));
+}
+
+std::string installCommand(const ModuleKind& kind) {
+  return std::string("apt-get install ") + kind.package;
+}
+
+}  // namespace cli
