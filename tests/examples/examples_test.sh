@@ -33,9 +33,7 @@ login() {  # login USER "TASK ..." [LINE ...]: the user types these LINEs, and i
 }
 
 cd /var/velmora
-awk -F'|' 'BEGIN { print "version: 1\n" } !/^#/ { print "dn: CN=" $2 ",DC=example,DC=com\nobjectClass: " $1 "\nsAMAccountName: " $2
-  print ($1 == "user" ? "gidNumber: 20002\nuidNumber: " : "gidNumber: ") $3; for (i = 4; i <= NF; ++i) print $i; print "" }' \
-  "$source_dir/tests/examples/accounts.txt" >accounts.ldif
+more_accounts "$source_dir" >accounts.ldif
 transcript "$source_dir/tests/examples/transcript.txt"
 
 start_daemon "$build_dir" "$source_dir" /var/velmora/daemon

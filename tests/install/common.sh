@@ -21,6 +21,13 @@ readme_example() {
   awk '/^```cpp$/ { inside = 1; next } /^```$/ { inside = 0 } inside' "$1/README.md"
 }
 
+# more_accounts SOURCE_DIR: prints tests/examples/accounts.txt as LDIF.
+more_accounts() {
+  awk -F'|' 'BEGIN { print "version: 1\n" } !/^#/ { print "dn: CN=" $2 ",DC=example,DC=com\nobjectClass: " $1 "\nsAMAccountName: " $2
+    print ($1 == "user" ? "gidNumber: 20002\nuidNumber: " : "gidNumber: ") $3; for (i = 4; i <= NF; ++i) print $i; print "" }' \
+    "$1/tests/examples/accounts.txt"
+}
+
 # start_daemon BUILD_DIR SOURCE_DIR SOCKET [ARGUMENT ...]: the stand-in with the sample directory, ready for connections.
 start_daemon() {
   local program=$1/bin/brondalt-standin sample=$2/standin/sample socket=$3
