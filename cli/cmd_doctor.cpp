@@ -28,6 +28,7 @@ constexpr struct Check {
     {"ping", checkPing, true},
     {"health", checkHealth, true},
     {"joined", checkJoined, false},
+    {"dns", checkDns, false},
     {"configuration", checkConfiguration, false},
     {"name-service", checkNameService, false},
     {"pam", checkPam, false},
@@ -84,6 +85,7 @@ const Command kCommands[] = {
      "  ping           the time of an exchange\n"
      "  health         what the daemon says about itself\n"
      "  joined         the joined state of this machine\n"
+     "  dns            the domain's servers, as the name servers know them\n"
      "  configuration  the configuration file: its mode, misspelled keys and wrong values\n"
      "  name-service   /etc/nsswitch.conf and the module libnss_fokrazo.so.2\n"
      "  pam            /etc/pam.d and the module pam_fokrazo.so\n"

@@ -25,6 +25,8 @@ Findings checkDaemon(Patient& patient);
 Findings checkPing(Patient& patient);
 /// What the daemon says about its own condition.
 Findings checkHealth(Patient& patient);
+/// The domain controllers in DNS. Nothing if the machine is not joined.
+Findings checkDns(Patient& patient);
 /// The machine's joined state.
 Findings checkJoined(Patient& patient);
 /// The configuration file: who can change it, misspelled keys, and wrong values. Keys of other programs are
