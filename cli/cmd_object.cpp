@@ -10,11 +10,14 @@
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
 #include <fokrazo/error_util.h>
+#include <fokrazo/stringarray.h>
 #include <fokrazo/stringdict.h>
 #include <fokrazo/strutil.h>
 #include "cli/command.h"
+#include "cli/did_you_mean.h"
 #include "cli/result.h"
 #include "cli/views.h"
+#include "cli/whole_blob.h"
 
 namespace cli {
 
@@ -47,17 +50,65 @@ std::string readAll(const std::string& path) {
   return bytes;
 }
 
-ExitStatus showBlob(Output& output, std::string bytes, const std::string* attribute) {
+int checksumOf(const std::string& release) {
+  try {
+    return GetDictionarySum(release);
+  } catch (const NotFoundException&) {
+    const std::string near = closest(release, {version, version + kReleaseRows - 1});
+    throw RefusedError("release " + release + " is not known" +
+                       (near.empty() ? "" : "; did you mean " + near + '?') +
+                       " ('fokrazo dict --releases' lists all)");
+  }
+}
+
+StringArray dictionaryOf(int checksum) {
+  return {&GetDictionaryMap(checksum), &GetDictionaryVector(checksum)};
+}
+
+// Prints the header and the attributes that have been read.
+void dumpObject(const ADObject& object) {
+  std::ostringstream dump;
+  dump << "Serialized Data\n"
+       << "  ADOHeader:\n"
+       << "    m_acquired: " << object.acquired() << '\n'
+       << "    m_guid: " << object.guid().toString() << '\n'
+       << "    m_usn: " << object.usn() << '\n'
+       << "    isIndexed: " << (object.indexed() ? 1 : 0) << '\n';
+  for (const auto& entry : object.attributes()) {
+    dump << "  ";
+    entry.second.dump(dump);
+  }
+  Output::print(dump.str());
+}
+
+// Prints as much of a damaged object as can be read, for a person to judge.
+void dumpRemains(std::string& bytes, const StringArray& dictionary) {
+  if (bytes.size() < ADSerializer::kHeaderSize) return;
   ADObject object(static_cast<unsigned>(bytes.size()), bytes.data(), false, nullptr);
+  try {
+    object.deSerialize(ADSerializer::kHeaderSize, dictionary, true);
+  } catch (const VESKException&) {  // the caller reports the damage
+  }
+  dumpObject(object);
+}
+
+ExitStatus showBlob(Output& output, std::string bytes, const StringArray& dictionary,
+                    const std::string* attribute) {
+  try {
+    requireWhole(bytes, static_cast<uint32_t>(dictionary.count()));
+  } catch (const DamagedBlob&) {
+    if (!output.json() && !attribute) dumpRemains(bytes, dictionary);
+    throw;
+  }
+  ADObject object(static_cast<unsigned>(bytes.size()), bytes.data(), false, nullptr);
+  object.deSerialize(ADSerializer::kHeaderSize, dictionary, true);
   if (attribute) {
     if (!object.attributeExists(*attribute, false)) return kRefused;
     output.record(Record().texts(*attribute, object[*attribute]));
   } else if (output.json()) {
     printObject(output, object);
   } else {
-    std::ostringstream dump;
-    object.sdump(dump);
-    output.print(dump.str());
+    dumpObject(object);
   }
   return kFound;
 }
@@ -65,22 +116,24 @@ ExitStatus showBlob(Output& output, std::string bytes, const std::string* attrib
 ExitStatus blob(Invocation& invocation) {
   std::string attribute;
   const bool one = invocation.arguments.option("--attribute", attribute);
+  std::string release;
+  const bool isOld = invocation.arguments.option("--as-of-release", release);
   std::string path = "-";
   if (!invocation.arguments.flag("-") && invocation.arguments.hasOperand())
     path = invocation.arguments.operand("a file");
   invocation.arguments.done();
 
+  const StringArray dictionary = dictionaryOf(isOld ? checksumOf(release) : GetDictionarySum());
   try {
-    return showBlob(invocation.output, readAll(path), one ? &attribute : nullptr);
-  } catch (const VESKException& error) {
-    throw std::runtime_error(nameOf(path) + ": " + error.what());
+    return showBlob(invocation.output, readAll(path), dictionary, one ? &attribute : nullptr);
+  } catch (const DamagedBlob& error) {
+    throw std::runtime_error(nameOf(path) + " is not a whole serialized object: " + error.what());
   }
 }
 
 int takeChecksum(Arguments& arguments) {
   std::string text;
-  if (arguments.option("--release", text))
-    return named("release " + text, [&] { return GetDictionarySum(text); });
+  if (arguments.option("--release", text)) return checksumOf(text);
   if (!arguments.option("--sum", text)) return GetDictionarySum();
   char* end = nullptr;
   const unsigned long sum = strtoul(text.c_str(), &end, 16);
@@ -106,7 +159,7 @@ ExitStatus dict(Invocation& invocation) {
   if (keys.empty())
     for (size_t i = 0; i < entries.size(); ++i)
       printEntry(invocation.output, static_cast<int>(i), entries[i]);
-  const StringArray dictionary(&GetDictionaryMap(sum), &entries);
+  const StringArray dictionary = dictionaryOf(sum);
   ExitStatus status = kFound;
   for (const std::string& key : keys) {
     unsigned number = 0;
@@ -121,8 +174,12 @@ ExitStatus dict(Invocation& invocation) {
 }
 
 const Command kCommands[] = {
-    {"blob", "[--attribute NAME] [FILE|-]", "show a serialized object",
-     "  --attribute A  show only this attribute\nReads standard input if there is no FILE.\n", blob},
+    {"blob", "[--attribute NAME] [--as-of-release VERSION] [FILE|-]", "show a serialized object",
+     "  --attribute A      show only this attribute\n"
+     "  --as-of-release V  read it with the dictionary of this release (see dict --releases)\n"
+     "Reads standard input if there is no FILE. If the object is damaged, shows what can be read of\n"
+     "it, unless --json or --attribute is given, and exits with status 4.\n",
+     blob},
     {"dict", "[--sum HEX | --release VERSION] [INDEX|TEXT …] | --releases",
      "show the string dictionary of serialized objects",
      "  --sum HEX      show the dictionary with this checksum, not the current one\n"

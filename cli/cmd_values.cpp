@@ -1,6 +1,7 @@
 // Conversions of values, without the daemon: sid, guid, dn.
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 
 #include <fokrazo/ascii.h>
@@ -9,6 +10,7 @@
 #include <fokrazo/guid.h>
 #include <fokrazo/sid.h>
 #include <fokrazo/strutil.h>
+#include "cli/base64.h"
 #include "cli/command.h"
 #include "cli/sid_text.h"
 
@@ -18,23 +20,54 @@ namespace {
 
 using namespace vesk;
 
+[[noreturn]] void refuseSid(const std::string& text, const std::string& why) {
+  throw UsageError("'" + text + "' is not a SID: " + why);
+}
+
+// Why the bytes are not one whole SID; empty if they are.
+std::string faultOfSid(const std::string& bytes) {
+  constexpr size_t kHeader = 8;  // revision, count, authority
+  if (bytes.size() < kHeader)
+    return "it has only " + std::to_string(bytes.size()) + " of the 8 bytes that it begins with";
+  if (bytes[0] != 1) return "its first byte, the revision, is not 1";
+  if (bytes.find_first_not_of('\0', 2) < kHeader - 1) return "its authority is above 255";
+  const size_t size = kHeader + 4 * static_cast<unsigned char>(bytes[1]);
+  if (bytes.size() == size) return "";
+  return "it has " + std::to_string(bytes.size()) + " bytes, and its second byte asks for " +
+         std::to_string(size);
+}
+
+SID sidOfBytes(const std::string& text, const std::string& bytes) {
+  const std::string fault = faultOfSid(bytes);
+  if (!fault.empty()) refuseSid(text, fault);
+  SID sid;
+  sid.init(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+  return sid;
+}
+
 SID readSid(const std::string& text) {
   if (startsWith(text, "S-", false, false)) return readSidText(text);
   const bool isExtended = text.find("<SID=") != std::string::npos;
   SID sid;
   try {
-    if (isExtended)
+    if (isExtended) {
       sid.fromExtendedDN(text);
-    else if (text.compare(0, 1, "\\") == 0)
+    } else if (text.compare(0, 1, "\\") == 0) {
       sid.fromEscapedString(text);
-    else
-      sid.fromB64String(text);
+    } else {
+      const std::optional<std::string> bytes = decodeBase64(text);
+      if (text.empty() || !bytes) refuseSid(text, "it is neither S-…, base 64, \\01\\05… nor <SID=…>");
+      return sidOfBytes(text, *bytes);
+    }
   } catch (const VESKException& error) {
-    throw UsageError("'" + text + "' is not a SID: " + error.what());
+    refuseSid(text, error.what());
   }
-  if (isExtended && lower(text).find(lower(sid.toDN())) == std::string::npos)
-    throw UsageError("'" + text + "' is not a SID: it would be read as " + sid.toMSString());
-  if (sid.isNull()) throw UsageError("'" + text + "' is not a SID: it has no digits");
+  if (sid.isNull()) refuseSid(text, "it has no digits");
+  const std::string fault = faultOfSid(sid.bytes());
+  if (!fault.empty()) refuseSid(text, fault);
+  const std::string form = isExtended ? sid.toDN() : sid.toEscapedString();
+  if (lower(text).find(lower(form)) == std::string::npos)
+    refuseSid(text, "it would be read as " + sid.toMSString());
   return sid;
 }
 
@@ -134,7 +167,7 @@ ExitStatus dn(Invocation& invocation) {
 
 const Command kCommands[] = {
     {"sid", "SID", "show a SID in all its forms",
-     "Reads S-…, base 64, bytes with backslashes (\\01\\05…), and <SID=…>.\n", sid},
+     "Reads S-…, base 64 with or without padding, bytes with backslashes (\\01\\05…), and <SID=…>.\n", sid},
     {"guid", "[--stored] GUID", "show a GUID in all its forms",
      "Reads the text form, 32 digits in stored order, and <GUID=…>.\n"
      "  --stored       the bytes of the text form are in stored order, too\n",

@@ -9,14 +9,14 @@ namespace {
 constexpr int kUserPolicy = 1;
 constexpr char kAllUsers[] = "all users";
 
-/// Replies with one of a domain's two names, or with an exception if there is no such domain.
+/// Replies with one of a domain's two names.
 Done<DomainNames> replyWithName(Call& call, const std::string& asked, std::string DomainNames::*name) {
   return [self = call.shared_from_this(), asked, name](Answer<DomainNames> answer) {
     if (answer) return self->reply<std::string>()((*answer).*name);
     Status status = answer.status();
     if (status.result == vesk::VR_NOT_FOUND && status.message.empty())
       status.message = "Unknown domain: " + asked;
-    self->completeAndThrow(status);
+    self->complete(status);
   };
 }
 

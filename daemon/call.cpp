@@ -47,11 +47,6 @@ void Call::complete(const Status& status, const std::function<void(vesk::IPCMess
   });
 }
 
-void Call::completeAndThrow(const Status& status) {
-  m_throws = true;
-  complete(status);
-}
-
 void Call::timeOut() {
   if (isComplete()) return;
   if (m_drop) m_drop(*m_client);

@@ -49,18 +49,12 @@ class Call : public std::enable_shared_from_this<Call> {
       self->complete(answer.status(), [&](vesk::IPCMessage& message) { write(message, *answer); });
     };
   }
-  /// As reply<T>, where the protocol has a failure followed by an exception with its text.
-  template <class T>
-  Done<T> replyOrThrow() {
-    m_throws = true;
-    return reply<T>();
-  }
+  /// From now on a failure is followed by an exception with its text.
+  void throwFailures() { m_throws = true; }
 
   /// Each of these replies immediately, or does nothing if the call is complete. None throws. `writeResults`
   /// appends what follows the status of a success.
   void complete(const Status& status, const std::function<void(vesk::IPCMessage&)>& writeResults = {});
-  /// Replies with a failure and an exception of the same text.
-  void completeAndThrow(const Status& status);
   /// If the back end does not answer in time, `drop` is called to end the search or listing that the request
   /// reads from, because its position is then unknown.
   void onTimeOut(std::function<void(Client& client)> drop) { m_drop = std::move(drop); }

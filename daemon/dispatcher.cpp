@@ -11,7 +11,10 @@ namespace {
 struct OperationRow {
   vesk::IPC_OPCODE opcode;
   void (*handle)(Call& call, handlers::Request request);
+  bool throws = false;  // a failure is followed by an exception with its text
 };
+
+constexpr bool kThrows = true;
 
 // Without ping and stop, whose replies have no status block.
 constexpr OperationRow kOperations[] = {
@@ -29,22 +32,22 @@ constexpr OperationRow kOperations[] = {
     {vesk::IPC_OP_START_LIST, handlers::startList},
     {vesk::IPC_OP_END_LIST, handlers::endList},
     {vesk::IPC_OP_AUTH_REQUEST, handlers::authRequest},
-    {vesk::IPC_OP_LDAP_SEARCH, handlers::ldapSearch},
+    {vesk::IPC_OP_LDAP_SEARCH, handlers::ldapSearch, kThrows},
     {vesk::IPC_OP_UPDATE_GP, handlers::updatePolicy},
     {vesk::IPC_OP_ADD_NEW_USER, handlers::addUser},
     {vesk::IPC_OP_GET_SPN, handlers::getServicePrincipal},
-    {vesk::IPC_OP_LDAP_FETCH, handlers::ldapFetch},
-    {vesk::IPC_OP_LDAP_PAGED_SEARCH, handlers::ldapPagedSearch},
-    {vesk::IPC_OP_LDAP_PAGED_NEXT, handlers::ldapPagedNext},
+    {vesk::IPC_OP_LDAP_FETCH, handlers::ldapFetch, kThrows},
+    {vesk::IPC_OP_LDAP_PAGED_SEARCH, handlers::ldapPagedSearch, kThrows},
+    {vesk::IPC_OP_LDAP_PAGED_NEXT, handlers::ldapPagedNext, kThrows},
     {vesk::IPC_OP_FLUSH_CACHE, handlers::flushCache},
     {vesk::IPC_OP_USER_LOGIN, handlers::userLogin},
     {vesk::IPC_OP_USER_LOGOUT, handlers::userLogout},
-    {vesk::IPC_OP_GET_NTLM_DOMAIN, handlers::getNtlmDomain},
+    {vesk::IPC_OP_GET_NTLM_DOMAIN, handlers::getNtlmDomain, kThrows},
     {vesk::IPC_OP_MAP_DOMAIN, handlers::mapDomain},
     {vesk::IPC_OP_SET_MACHINE_PASSWORD, handlers::setMachinePassword},
     {vesk::IPC_OP_MSRPC_USER_AUTH, handlers::samLogon},
     {vesk::IPC_OP_MSRPC_CHANGE_PASSWORD_MSCHAP2, handlers::samChangePassword},
-    {vesk::IPC_OP_GET_AD_DOMAIN, handlers::getAdDomain},
+    {vesk::IPC_OP_GET_AD_DOMAIN, handlers::getAdDomain, kThrows},
     {vesk::IPC_OP_NETWORK_CHANGED, handlers::networkChanged},
     {vesk::IPC_OP_READ_BRONDALT_STATE, handlers::readState},
     {vesk::IPC_OP_RENEW_CREDENTIALS, handlers::renewCredentials},
@@ -61,9 +64,11 @@ const OperationRow* findOperation(vesk::IPC_OPCODE opcode) {
   return nullptr;
 }
 
-void carryOutRow(Call& call, const vesk::IPCMessage& request) {
+void carryOutRow(Call& call, const vesk::IPCMessage& request, const std::optional<Status>& answer) {
   const OperationRow* row = findOperation(request.opcode());
   if (!row) return call.completeBare(vesk::IPC_BAD_DATA);
+  if (row->throws) call.throwFailures();
+  if (answer && row->opcode != vesk::IPC_OP_AUTH_REQUEST) return call.complete(*answer);
   try {
     row->handle(call, request);
   } catch (const VESKException&) {
@@ -79,7 +84,7 @@ Dispatcher::Dispatcher(Service& service, std::function<void()> onStop)
     : m_service(service), m_onStop(std::move(onStop)) {}
 
 std::weak_ptr<Call> Dispatcher::carryOut(std::shared_ptr<Client> client, const vesk::IPCMessage& request,
-                                         Call::Send send) {
+                                         Call::Send send, const std::optional<Status>& answer) {
   ++m_service.statistics.requests;
   const auto call = std::make_shared<Call>(m_service, std::move(client), request.opcode(), std::move(send));
   switch (request.opcode()) {
@@ -90,7 +95,7 @@ std::weak_ptr<Call> Dispatcher::carryOut(std::shared_ptr<Client> client, const v
       stop(*call);
       break;
     default:
-      carryOutRow(*call, request);
+      carryOutRow(*call, request, answer);
   }
   return call;
 }

@@ -74,7 +74,7 @@ void EventLoop::forget(int fd) {
   m_watches.erase(found);
 }
 
-void EventLoop::after(std::chrono::milliseconds delay, Task task) {
+void EventLoop::after(Clock::duration delay, Task task) {
   m_timers.emplace(Clock::now() + delay, std::move(task));
 }
 

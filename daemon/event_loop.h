@@ -46,7 +46,7 @@ class EventLoop {
   void forget(int fd);
 
   /// Calls `task` once after `delay`.
-  void after(std::chrono::milliseconds delay, Task task);
+  void after(Clock::duration delay, Task task);
   /// Calls `task` in the next round. May be called from any thread, also while the loop waits.
   void post(Task task);
 

@@ -52,8 +52,10 @@ LookupKey readKey(handlers::Request request, int kind) {
 
 void nextOfListing(Call& call, const Selection& selection) {
   const auto found = call.client().listings.find(selection.type);
-  if (found == call.client().listings.end())
-    return call.completeAndThrow({vesk::VR_BAD_PARAMETER, "No listing of this kind is open"});
+  if (found == call.client().listings.end()) {
+    call.throwFailures();
+    return call.complete({vesk::VR_BAD_PARAMETER, "No listing of this kind is open"});
+  }
   const std::shared_ptr<Listing> listing = found->second;  // a copy: the completion may drop the client's
   call.onTimeOut([type = selection.type](Client& client) { client.listings.erase(type); });
   listing->next(selection, [self = call.shared_from_this()](Answer<Object> answer) {

@@ -57,14 +57,14 @@ int keep(Call& call, std::unique_ptr<Search> search, size_t pageSize) {
 
 void handlers::ldapSearch(Call& call, Request request) {
   const LimitedQuery read = readQuery(request);
-  call.backend().search(call.caller(), read.query, read.limit, call.replyOrThrow<Objects>());
+  call.backend().search(call.caller(), read.query, read.limit, call.reply<Objects>());
 }
 
 void handlers::ldapPagedSearch(Call& call, Request request) {
   const LimitedQuery read = readQuery(request);
   const size_t pageSize = read.limit ? read.limit : kUsualPageSize;
   call.backend().openSearch(call.caller(), read.query,
-                            [self = call.shared_from_this(), reply = call.replyOrThrow<int>(),
+                            [self = call.shared_from_this(), reply = call.reply<int>(),
                              pageSize](Answer<std::unique_ptr<Search>> answer) {
                               if (self->isComplete()) return;  // timed out: its handle is unknown
                               if (!answer) return reply(answer.status());
@@ -76,10 +76,10 @@ void handlers::ldapPagedNext(Call& call, Request request) {
   const int handle = request.getInt();
   const auto found = call.client().searches.find(handle);
   if (found == call.client().searches.end())
-    return call.completeAndThrow({vesk::VR_BAD_PARAMETER, "No such paged search"});
+    return call.complete({vesk::VR_BAD_PARAMETER, "No such paged search"});
   const PagedSearch paged = found->second;  // a copy: the completion may drop the client's
   call.onTimeOut([handle](Client& client) { client.searches.erase(handle); });
-  paged.search->next(paged.pageSize, [self = call.shared_from_this(), reply = call.replyOrThrow<Objects>(),
+  paged.search->next(paged.pageSize, [self = call.shared_from_this(), reply = call.reply<Objects>(),
                                       handle](Answer<Objects> answer) {
     // The reply may trigger the client's next request, which must not find a search that has ended. The
     // search may own this completion, so it is destroyed last.
@@ -94,7 +94,7 @@ void handlers::ldapFetch(Call& call, Request request) {
   const std::string dn = request.getString();
   const Names attributes = readNames(request);
   request.getInt();
-  call.backend().fetch(call.caller(), domain, dn, attributes, call.replyOrThrow<Object>());
+  call.backend().fetch(call.caller(), domain, dn, attributes, call.reply<Object>());
 }
 
 }  // namespace brondalt

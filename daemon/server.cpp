@@ -148,9 +148,9 @@ void Server::answer(const ConnectionPtr& connection, std::string_view bytes) {
     decode(bytes, request);
     if (m_log) logRequest(*connection, request.opcode());
     if (admission.verdict == Traffic::Verdict::Refuse) {
-      refuse(connection, request.opcode(), admission.mark);
+      refuse(connection, request.opcode(), admission);
     } else {
-      carryOut(connection, request, admission.mark);
+      carryOut(connection, request, admission);
     }
   } catch (const VESKException& exception) {
     // There is no reply to bytes that are not a message.
@@ -159,35 +159,69 @@ void Server::answer(const ConnectionPtr& connection, std::string_view bytes) {
   }
 }
 
-void Server::refuse(const ConnectionPtr& connection, vesk::IPC_OPCODE opcode, int mark) {
+void Server::refuse(const ConnectionPtr& connection, vesk::IPC_OPCODE opcode,
+                    const Traffic::Admission& admission) {
   vesk::IPCReply refusal(opcode);
   refusal.setResult(vesk::IPC_NOT_AUTHORIZED);
-  deliver(connection, &refusal, mark);
+  deliver(connection, &refusal, admission);
 }
 
-void Server::carryOut(const ConnectionPtr& connection, const vesk::IPCMessage& request, int mark) {
+void Server::carryOut(const ConnectionPtr& connection, const vesk::IPCMessage& request,
+                      const Traffic::Admission& admission) {
   auto send = [self = std::weak_ptr<Server*>(m_self), held = std::weak_ptr<Connection>(connection),
-               mark](vesk::IPCReply* reply) {
+               admission](vesk::IPCReply* reply) {
     const auto server = self.lock();
     const auto client = held.lock();
-    if (server && client && client->isAnswering()) (*server)->finish(client, reply, mark);
+    if (server && client && client->isAnswering()) (*server)->finish(client, reply, admission);
   };
-  const std::weak_ptr<Call> call = m_dispatcher.carryOut(connection->client(), request, std::move(send));
+  const std::weak_ptr<Call> call =
+      m_dispatcher.carryOut(connection->client(), request, std::move(send), admission.answer);
   if (isServed(connection)) m_connections[connection->fd()].call = call;
 }
 
-void Server::finish(const ConnectionPtr& connection, vesk::IPCReply* reply, int mark) {
-  deliver(connection, reply, mark);
+void Server::finish(const ConnectionPtr& connection, vesk::IPCReply* reply,
+                    const Traffic::Admission& admission) {
+  deliver(connection, reply, admission);
+  serveNext(connection);
+}
+
+// Unless serve() is doing it.
+void Server::serveNext(const ConnectionPtr& connection) {
   if (m_served != connection.get()) handle(connection, 0);
 }
 
-void Server::deliver(const ConnectionPtr& connection, vesk::IPCReply* reply, int mark) {
+void Server::deliver(const ConnectionPtr& connection, vesk::IPCReply* reply,
+                     const Traffic::Admission& admission) {
   try {
     if (!reply) return connection->end();
-    m_traffic.deliver(*connection, encode(*reply), mark);
+    const std::string_view message = encode(*reply);
+    if (admission.delay.count() > 0 && !m_isStopping) return sendLater(connection, message, admission);
+    send(connection, message, admission.mark);
   } catch (const std::exception&) {
     connection->end();
   }
+}
+
+void Server::send(const ConnectionPtr& connection, std::string_view message, int mark) {
+  try {
+    m_traffic.deliver(*connection, message, mark);
+  } catch (const std::exception&) {
+    connection->end();
+  }
+}
+
+void Server::sendLater(const ConnectionPtr& connection, std::string_view message,
+                       const Traffic::Admission& admission) {
+  const auto due = connection->lastProgress() + admission.delay;  // the progress was the request
+  m_loop.after(due - EventLoop::Clock::now(),
+               [self = std::weak_ptr<Server*>(m_self), held = std::weak_ptr<Connection>(connection),
+                message = std::string(message), mark = admission.mark] {
+                 const auto server = self.lock();
+                 const auto client = held.lock();
+                 if (!server || !client || !client->isAnswering()) return;
+                 (*server)->send(client, message, mark);
+                 (*server)->serveNext(client);
+               });
 }
 
 /// Waits for the connection's next event, or closes it.

@@ -66,10 +66,15 @@ class Server {
   void handle(const ConnectionPtr& connection, unsigned events);
   void serve(const ConnectionPtr& connection);
   void answer(const ConnectionPtr& connection, std::string_view message);
-  void carryOut(const ConnectionPtr& connection, const vesk::IPCMessage& request, int mark);
-  void refuse(const ConnectionPtr& connection, vesk::IPC_OPCODE opcode, int mark);
-  void finish(const ConnectionPtr& connection, vesk::IPCReply* reply, int mark);
-  void deliver(const ConnectionPtr& connection, vesk::IPCReply* reply, int mark);
+  void carryOut(const ConnectionPtr& connection, const vesk::IPCMessage& request,
+                const Traffic::Admission& admission);
+  void refuse(const ConnectionPtr& connection, vesk::IPC_OPCODE opcode, const Traffic::Admission& admission);
+  void finish(const ConnectionPtr& connection, vesk::IPCReply* reply, const Traffic::Admission& admission);
+  void deliver(const ConnectionPtr& connection, vesk::IPCReply* reply, const Traffic::Admission& admission);
+  void send(const ConnectionPtr& connection, std::string_view message, int mark);
+  void sendLater(const ConnectionPtr& connection, std::string_view message,
+                 const Traffic::Admission& admission);
+  void serveNext(const ConnectionPtr& connection);
   void settle(const ConnectionPtr& connection);
   void remove(const ConnectionPtr& connection);
   bool isServed(const ConnectionPtr& connection) const;

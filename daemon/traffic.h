@@ -1,10 +1,13 @@
 /// A hook for requests and replies in transit.
 #pragma once
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "daemon/connection.h"
+#include "daemon/status.h"
 
 namespace brondalt {
 
@@ -21,6 +24,10 @@ class Traffic {
   struct Admission {
     Verdict verdict = Verdict::CarryOut;
     int mark = 0;  ///< passed to deliver() with the reply
+    /// The least time from the arrival of the request to its reply.
+    std::chrono::milliseconds delay{0};
+    /// The reply of an operation, which is then not carried out: see Dispatcher::carryOut.
+    std::optional<Status> answer{};
   };
 
   virtual ~Traffic() = default;

@@ -230,7 +230,7 @@ vesk::ADObject AttributeMap::object(EntryId id, const std::vector<std::string>& 
 }
 
 brondalt::Object AttributeMap::root(const std::vector<std::string>& wanted) const {
-  const Entry& entry = m_directory.rootEntry();
+  const Entry entry = m_directory.rootEntry();
   vesk::ADObject object = bareObject(entry);
   appendOwn(object, entry, wanted);
   return vesk::ADSerializer::serialize(object);

@@ -97,7 +97,6 @@ void Directory::touch() {
   ++m_generation;
   m_domain.reset();
   m_membership.reset();
-  m_madeRoot.reset();
 }
 
 void Directory::index(EntryId id) {
@@ -140,20 +139,23 @@ const Domain& Directory::domain() const {
   return *m_domain;
 }
 
-const Entry& Directory::rootEntry() const {
-  if (m_ownRoot) return *m_ownRoot;
-  if (m_madeRoot) return *m_madeRoot;
-  auto root = std::make_unique<Entry>("");
-  root->set(AD_OBJECT_CLASS, AD_OC_TOP);
+Entry Directory::derivedRoot() const {
+  Entry root("");
+  root.set(AD_OBJECT_CLASS, AD_OC_TOP);
   if (!domain().baseDn.empty()) {
-    root->set(AD_DEFAULT_NAMING_CTX, domain().baseDn);
-    root->set(AD_ROOT_NAMING_CTX, domain().baseDn);
-    root->set("namingContexts", domain().baseDn);
+    root.set(AD_DEFAULT_NAMING_CTX, domain().baseDn);
+    root.set(AD_ROOT_NAMING_CTX, domain().baseDn);
+    root.set("namingContexts", domain().baseDn);
   }
-  root->set(AD_HIGHEST_USN, std::to_string(m_usn));
-  root->set("supportedLDAPVersion", "3");
-  m_madeRoot = std::move(root);
-  return *m_madeRoot;
+  root.set(AD_HIGHEST_USN, std::to_string(m_usn));
+  root.set("supportedLDAPVersion", "3");
+  return root;
+}
+
+Entry Directory::rootEntry() const {
+  Entry root = m_ownRoot ? *m_ownRoot : derivedRoot();
+  root.set("currentTime", directoryTime(time(nullptr)));
+  return root;
 }
 
 EntryId Directory::byDn(std::string_view dn) const {
@@ -274,7 +276,6 @@ void Directory::set(EntryId id, std::string_view attribute, const std::string& v
   entry.set(AD_USN_CHANGED, std::to_string(++m_usn));
   entry.set(AD_WHEN_CHANGED, directoryTime(time(nullptr)));
   ++m_generation;
-  m_madeRoot.reset();
 }
 
 std::string Directory::nextSid() const {

@@ -71,9 +71,9 @@ class Directory {
   /// The key of an entry's DN (standin/dn_key.h).
   const std::string& key(EntryId id) const { return *m_entries[id].key; }
   const Domain& domain() const;
-  /// The result of a search at the empty base: the loaded entry with the empty DN, or one derived from the
-  /// domain.
-  const Entry& rootEntry() const;
+  /// The result of a search at the empty base (RFC 4512, 5.1): the loaded entry with the empty DN, or one
+  /// derived from the domain; in either case with the present time as its currentTime.
+  Entry rootEntry() const;
 
   EntryId byDn(std::string_view dn) const;
   /// Tries the Unix name, account name, user principal name, DOMAIN\name and DN, in this order.
@@ -125,6 +125,7 @@ class Directory {
   void index(EntryId id);
   void indexNames(EntryId id, Names& names);
   void touch();
+  Entry derivedRoot() const;
   void linkGroup(EntryId group, Membership& membership) const;
   void linkMember(EntryId member, Membership& membership) const;
   EntryId windowsName(std::string_view name, const Names& names) const;
@@ -145,7 +146,6 @@ class Directory {
   // Derived from the entries on first use, and again after additions.
   mutable std::unique_ptr<const Domain> m_domain;
   mutable std::unique_ptr<const Membership> m_membership;
-  mutable std::unique_ptr<const Entry> m_madeRoot;
 };
 
 /// Whether the bytes are exactly one binary SID.

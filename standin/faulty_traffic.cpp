@@ -30,7 +30,7 @@ brondalt::Traffic::Verdict verdictOf(Fault fault) {
 
 brondalt::Traffic::Admission FaultyTraffic::admit() {
   const Fault fault = m_faults.next();
-  return {verdictOf(fault), static_cast<int>(fault)};
+  return {verdictOf(fault), static_cast<int>(fault), m_treatment.delay, m_treatment.answer};
 }
 
 void FaultyTraffic::deliver(brondalt::Connection& connection, std::string_view message, int mark) {

@@ -61,10 +61,10 @@ void logToStandardError(const std::string& line) {
   fprintf(stderr, "%s\n", line.c_str());
 }
 
-void runServer(const Options& options, Faults& faults, brondalt::ListeningSocket& socket,
-               brondalt::Signals& signals, brondalt::Service& service) {
+void runServer(Options& options, brondalt::ListeningSocket& socket, brondalt::Signals& signals,
+               brondalt::Service& service) {
   brondalt::EventLoop loop;
-  FaultyTraffic traffic(faults);
+  FaultyTraffic traffic(options.faults, options.treatment);
   brondalt::Limits limits;
   limits.frameBytes = kMaxFrameBytes;
   brondalt::Server server(loop, socket, service, traffic, limits,
@@ -95,7 +95,7 @@ void serve(Options& options) {
     goToBackground(pidFile);
   }
   brondalt::Service service{backend, statistics};
-  runServer(options, options.faults, socket, signals, service);
+  runServer(options, socket, signals, service);
 }
 
 int run(int argc, char** argv) {

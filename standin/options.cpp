@@ -2,18 +2,35 @@
 
 #include <getopt.h>
 
+#include <charconv>
+#include <string_view>
+
+#include "standin/answers.h"
 #include "standin/error.h"
 
 namespace standin {
 namespace {
 
-enum OptionCode : int { SocketOption = 256, LdifOption, PasswordsOption, FaultOption, PidOption };
+/// Well below Limits::step, after which a connection without progress is closed. In milliseconds.
+constexpr long kMaxDelay = 60'000;
+
+enum OptionCode : int {
+  SocketOption = 256,
+  LdifOption,
+  PasswordsOption,
+  FaultOption,
+  DelayOption,
+  AnswerOption,
+  PidOption
+};
 
 const option kOptions[] = {
     {"socket", required_argument, nullptr, SocketOption},
     {"ldif", required_argument, nullptr, LdifOption},
     {"passwords", required_argument, nullptr, PasswordsOption},
     {"fault", required_argument, nullptr, FaultOption},
+    {"delay", required_argument, nullptr, DelayOption},
+    {"answer", required_argument, nullptr, AnswerOption},
     {"pid-file", required_argument, nullptr, PidOption},
     {"foreground", no_argument, nullptr, 'f'},
     {"verbose", no_argument, nullptr, 'v'},
@@ -43,6 +60,12 @@ Options:
   -v, --verbose      print a line for each request to standard error, without secrets
   --pid-file FILE    write the process id to FILE
   --fault WHAT       inject a fault, see below; may be repeated
+  --delay MS         send each reply MS milliseconds after its request has arrived, at
+                     most 60000. Connections do not wait for each other
+  --answer RESULT    reply to every operation with this result instead of carrying it
+                     out: RESULT or RESULT=TEXT, where RESULT is a name or a number of
+                     <fokrazo/validation_result.h>. A success has no values. Ping, stop and
+                     the authentication of a process are carried out as usual
   -h, --help         print this text
 
 What clients receive:
@@ -84,6 +107,19 @@ void addFault(Options& options, const char* text) {
   }
 }
 
+void setDelay(Options& options, std::string_view text) {
+  long delay = -1;
+  const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), delay);
+  if (error != std::errc() || stop != text.data() + text.size() || delay < 0 || delay > kMaxDelay)
+    throw UsageError("the delay \"" + std::string(text) + "\" is not 0 to " + std::to_string(kMaxDelay));
+  options.treatment.delay = std::chrono::milliseconds(delay);
+}
+
+void setAnswer(Options& options, const std::string& text) {
+  options.treatment.answer = readAnswer(text);
+  if (!options.treatment.answer) throw UsageError("unknown result \"" + text + "\"");
+}
+
 void take(Options& options, int code) {
   switch (code) {
     case SocketOption:
@@ -97,6 +133,12 @@ void take(Options& options, int code) {
       break;
     case FaultOption:
       addFault(options, optarg);
+      break;
+    case DelayOption:
+      setDelay(options, optarg);
+      break;
+    case AnswerOption:
+      setAnswer(options, optarg);
       break;
     case PidOption:
       options.pidPath = optarg;

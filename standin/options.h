@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "standin/faults.h"
+#include "standin/faulty_traffic.h"
 
 namespace standin {
 
@@ -24,6 +25,7 @@ struct Options {
   std::string pidPath;        ///< empty: none
   std::vector<std::string> ldifPaths;
   Faults faults;
+  Treatment treatment;
 };
 
 /// @throws UsageError

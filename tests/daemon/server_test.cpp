@@ -96,13 +96,14 @@ class ScriptedBackend : public Backend {
 /// Passes requests and replies, as set by the members.
 class ScriptedTraffic : public Traffic {
  public:
-  Admission admit() override { return {verdict, 0}; }
+  Admission admit() override { return {verdict, 0, delay}; }
   void deliver(Connection& connection, std::string_view message, int mark) override {
     if (onDeliver) onDeliver();
     Traffic::deliver(connection, message, mark);
   }
 
   Verdict verdict = Verdict::CarryOut;
+  std::chrono::milliseconds delay{0};
   std::function<void()> onDeliver;
 };
 
@@ -266,6 +267,19 @@ TEST_F(ServerTest, ALateAnswerDelaysNoOtherClientAndKeepsItsOrder) {
   answerLater();
   EXPECT_EQ(patient.receive((m_found + kPong).size()), m_found + kPong);
   EXPECT_EQ(other.ask(m_ping, kPong), kPong);
+}
+
+TEST_F(ServerTest, ADelayedReplyHoldsUpItsConnectionAlone) {
+  start();
+  RawClient patient = client(), other = client();
+  onLoop([this] { m_traffic.delay = std::chrono::milliseconds(1); });
+  EXPECT_EQ(patient.ask(lookup("now") + m_ping, m_found + kPong), m_found + kPong);
+  onLoop([this] { m_traffic.delay = std::chrono::hours(1); });
+  patient.send(m_ping + m_ping);
+  for (unsigned long carriedOut = 0; carriedOut < 3;) onLoop([&] { carriedOut = m_statistics.requests; });
+  onLoop([this] { m_traffic.delay = {}; });
+  EXPECT_EQ(other.ask(m_ping, kPong), kPong);
+  EXPECT_TRUE(patient.isQuiet());
 }
 
 TEST_F(ServerTest, ClientsThatMakeNoProgressAreDroppedAndOthersStay) {

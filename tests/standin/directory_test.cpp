@@ -56,6 +56,16 @@ TEST(Directory, ReadsEveryFormOfLdif) {
   EXPECT_EQ(directory[id].find("cn")->values, (std::vector<std::string>{"ümläut", "second"}));
 }
 
+TEST(Directory, TellsThePresentTimeInItsRoot) {
+  for (const char* loaded : {"", "dn:\ncurrentTime: 19990101000000.0Z\n"}) {
+    Directory directory;
+    loadText(directory, loaded);
+    const std::string before = directoryTime(time(nullptr)), now = directory.rootEntry().first("currentTime");
+    EXPECT_LE(before, now) << loaded;
+    EXPECT_LE(now, directoryTime(time(nullptr))) << loaded;
+  }
+}
+
 TEST(Directory, FindsAnAccountByEachOfItsNames) {
   Directory directory;
   directory.load(TEST_SOURCE_DIR "/tests/standin/names.ldif");

@@ -97,6 +97,21 @@ TEST(StandinOperations, ReturnWhatTheDirectoryHolds) {
   for (const Operation& step : kSteps) EXPECT_EQ(step.make(session), step.outcome) << step.name;
 }
 
+// Also those that a failure follows with an exception. Authentication, which comes first, succeeds.
+TEST(StandinOperations, AreAllAnsweredWithTheSameResultInTime) {
+  const StandinProcess standin({"--answer", "VR_TRY_AGAIN=not yet", "--delay", "1"});
+  LocalRpcSession session(standin.socket(), false, true);
+  const auto start = std::chrono::steady_clock::now();
+  for (const Operation& operation : operations()) {
+    SCOPED_TRACE(operation.name);
+    EXPECT_EQ(operation.make(session).find("ber_scanf"), std::string::npos);
+    const bool isPing = strstr(operation.name, "ping") || operation.name == std::string("lrpc");
+    EXPECT_EQ(session.lastResult(), isPing ? VR_NO_REPLY_YET : VR_TRY_AGAIN);
+  }
+  EXPECT_EQ(session.statusMessage(), "not yet");
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(operations().size()));
+}
+
 TEST(StandinOperations, ReportTheStateOfAnAccount) {
   StandinProcess standin;
   LocalRpcSession session(standin.socket(), false, false);
