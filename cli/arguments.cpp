@@ -4,9 +4,8 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <utility>
 
-#include "cli/exit_status.h"
+#include "cli/failure.h"
 
 namespace cli {
 
@@ -27,47 +26,45 @@ bool readNumber(const std::string& text, unsigned& number) {
   return true;
 }
 
-Arguments::Arguments(std::vector<std::string> words) : m_words(std::move(words)) {
-  const auto mark = std::find(m_words.begin(), m_words.end(), "--");
-  if (mark == m_words.end()) return;
-  m_afterMark.assign(mark + 1, m_words.end());
-  m_words.erase(mark, m_words.end());
+Arguments::Arguments(const Words& words, const Finder& find) {
+  auto word = words.begin();
+  for (; word != words.end() && *word != "--"; ++word) {
+    if (isOption(*word))
+      takeOption(word, words.end(), find);
+    else
+      m_operands.push_back(*word);
+  }
+  if (word != words.end()) m_operands.insert(m_operands.end(), word + 1, words.end());
+}
+
+// Reads "--name", "--name VALUE" or "--name=VALUE"; leaves `word` at the last word of the option.
+void Arguments::takeOption(Words::const_iterator& word, Words::const_iterator end, const Finder& find) {
+  const size_t mark = word->find('=');
+  const std::string name = word->substr(0, mark);
+  const Option* option = find(name);
+  if (!option) throw UsageError("unknown option " + name);
+  const bool hasValue = mark != std::string::npos;
+  if (!option->value && hasValue) throw UsageError("option " + name + " takes no value");
+  if (!option->value || hasValue) {
+    m_options.push_back({option, hasValue ? word->substr(mark + 1) : ""});
+    return;
+  }
+  if (word + 1 == end) throw UsageError("option " + name + " needs a value");
+  m_options.push_back({option, *++word});
 }
 
 bool Arguments::flag(const std::string& name) {
-  const auto word = std::find(m_words.begin(), m_words.end(), name);
-  if (word == m_words.end()) return false;
-  m_words.erase(word);
-  return true;
-}
-
-bool Arguments::takeOption(Words::iterator word, const std::string& name, std::string& value) {
-  if (word->compare(0, name.size() + 1, name + "=") == 0) {
-    value = word->substr(name.size() + 1);
-    m_words.erase(word);
-    return true;
-  }
-  if (*word != name) return false;
-  if (word + 1 == m_words.end()) throw UsageError("option " + name + " needs a value");
-  value = *(word + 1);
-  m_words.erase(word, word + 2);
-  return true;
+  std::string none;
+  return option(name, none);
 }
 
 bool Arguments::option(const std::string& name, std::string& value) {
-  for (auto word = m_words.begin(); word != m_words.end(); ++word)
-    if (takeOption(word, name, value)) return true;
-  return false;
-}
-
-bool Arguments::leadingFlag(const std::string& name) {
-  if (m_words.empty() || m_words.front() != name) return false;
-  m_words.erase(m_words.begin());
+  const auto isThis = [&](const Given& given) { return given.option->name == name; };
+  const auto last = std::find_if(m_options.rbegin(), m_options.rend(), isThis);
+  if (last == m_options.rend()) return false;
+  value = last->value;
+  m_options.erase(std::remove_if(m_options.begin(), m_options.end(), isThis), m_options.end());
   return true;
-}
-
-bool Arguments::leadingOption(const std::string& name, std::string& value) {
-  return !m_words.empty() && takeOption(m_words.begin(), name, value);
 }
 
 int Arguments::number(const std::string& name, int fallback) {
@@ -79,43 +76,30 @@ int Arguments::number(const std::string& name, int fallback) {
   return static_cast<int>(value);
 }
 
-void Arguments::refuseOptions() {
-  const auto word = std::find_if(m_words.begin(), m_words.end(), isOption);
-  if (word != m_words.end()) throw UsageError("unknown option " + *word);
-}
-
-std::string Arguments::action(const std::string& what) {
-  if (m_words.empty()) throw UsageError(what + " is missing");
-  if (isOption(m_words.front())) throw UsageError("unknown option " + m_words.front() + " before " + what);
-  std::string word = m_words.front();
-  m_words.erase(m_words.begin());
-  return word;
-}
-
-bool Arguments::hasOperand() {
-  refuseOptions();
-  return !m_words.empty() || !m_afterMark.empty();
-}
-
 std::string Arguments::operand(const std::string& what) {
-  if (!hasOperand()) throw UsageError(what + " is missing");
-  std::vector<std::string>& source = m_words.empty() ? m_afterMark : m_words;
-  std::string word = source.front();
-  source.erase(source.begin());  // cppcheck-suppress mismatchingContainerIterator ; it is one vector
+  if (m_operands.empty()) throw UsageError(what + " is missing");
+  std::string word = std::move(m_operands.front());
+  m_operands.pop_front();
   return word;
 }
 
 std::vector<std::string> Arguments::operands() {
-  refuseOptions();
-  std::vector<std::string> all = std::move(m_words);
-  all.insert(all.end(), m_afterMark.begin(), m_afterMark.end());
-  m_words.clear();
-  m_afterMark.clear();
+  std::vector<std::string> all(m_operands.begin(), m_operands.end());
+  m_operands.clear();
   return all;
 }
 
-void Arguments::done() {
-  if (hasOperand()) throw UsageError("unexpected '" + operand("") + "'");
+void Arguments::requireOptionsOf(const std::string& name, const Options& options) const {
+  for (const Given& given : m_options) {
+    const bool isKnown = std::any_of(options.begin(), options.end(), [&](const Option& option) {
+      return std::string(option.name) == given.option->name;
+    });
+    if (!isKnown) throw UsageError(name + " takes no option " + given.option->name);
+  }
+}
+
+void Arguments::done() const {
+  if (!m_operands.empty()) throw UsageError("unexpected '" + m_operands.front() + "'");
 }
 
 }  // namespace cli

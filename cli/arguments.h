@@ -1,46 +1,53 @@
-/// The arguments after a command's name: options, their values, and operands.
+/// The command line: options, their values, and operands.
 #pragma once
 
+#include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "cli/option.h"
+
 namespace cli {
 
-/// A command takes its options first, then its operands, and then calls done(). "--" ends the options. Every
-/// failure is a UsageError.
+/// Options may stand anywhere; "--" ends them, and a lone "-" is an operand. A command takes its options and
+/// its operands, and then calls done(). Every failure is a UsageError.
 class Arguments {
  public:
-  explicit Arguments(std::vector<std::string> words);
+  /// Finds an option by its name or, if it is one letter, by that; null if there is none.
+  using Finder = std::function<const Option*(const std::string& name)>;
+
+  Arguments(const std::vector<std::string>& words, const Finder& find);
 
   /// Takes the flag. Returns whether it was present.
   bool flag(const std::string& name);
-  /// Takes an option with its value ("--name VALUE" or "--name=VALUE"). Returns whether it was present; if
-  /// not, `value` is unchanged.
+  /// Takes an option with its value, the last one if it was given more than once. Returns whether it was
+  /// present; if not, `value` is unchanged.
   bool option(const std::string& name, std::string& value);
-  /// The same for the first word only.
-  bool leadingFlag(const std::string& name);
-  bool leadingOption(const std::string& name, std::string& value);
   /// Takes an option whose value is a whole number from 0 to INT_MAX; returns `fallback` if it is missing.
   int number(const std::string& name, int fallback);
 
   /// Takes the next operand; `what` is its name in the error message if it is missing.
   std::string operand(const std::string& what);
-  /// Takes the first word, the subcommand. Options may follow it.
-  std::string action(const std::string& what);
-  bool hasOperand();
+  bool hasOperand() const { return !m_operands.empty(); }
   /// Takes all remaining operands.
   std::vector<std::string> operands();
-  /// Throws if any argument is left.
-  void done();
+  /// Throws if an option is left that does not belong to `options`, those of the command `name`.
+  void requireOptionsOf(const std::string& name, const Options& options) const;
+  /// Throws if an operand is left.
+  void done() const;
 
  private:
+  struct Given {
+    const Option* option;
+    std::string value;
+  };
   using Words = std::vector<std::string>;
 
-  bool takeOption(Words::iterator word, const std::string& name, std::string& value);
-  void refuseOptions();
+  void takeOption(Words::const_iterator& word, Words::const_iterator end, const Finder& find);
 
-  Words m_words;
-  Words m_afterMark;  // after "--"
+  std::vector<Given> m_options;
+  std::deque<std::string> m_operands;
 };
 
 /// Reads a decimal number of at most 32 bits into `number`; false for any other text.

@@ -1,6 +1,5 @@
 // A user's account: auth, passwd, member, renew.
 
-#include <fokrazo/error_util.h>
 #include <fokrazo/session.h>
 #include "cli/command.h"
 #include "cli/result.h"
@@ -16,76 +15,82 @@ ExitStatus auth(Invocation& invocation) {
   SecretSource secrets(invocation.arguments);
   const std::string user = invocation.arguments.operand("a user");
   invocation.arguments.done();
-  LocalRpcSession& session = invocation.daemon.sessionForSecrets();
+  Client& client = invocation.daemon.clientForSecrets();
   const Shredder password = secrets.read("Password: ");
-  return report(invocation.output, session, session.validatePlainTextUser(user, password, false));
+  const CallStatus call = client.authenticate(user, password);
+  invocation.daemon.require(call, user);
+  return report(invocation.output, call);
 }
 
 ExitStatus passwd(Invocation& invocation) {
   SecretSource secrets(invocation.arguments);
   std::string admin;
-  const bool reset = invocation.arguments.option("--admin", admin);
+  const bool isReset = invocation.arguments.option("--admin", admin);
   const std::string user = invocation.arguments.operand("a user");
   invocation.arguments.done();
-  LocalRpcSession& session = invocation.daemon.sessionForSecrets();
-  const Shredder current = secrets.read(reset ? "Administrator's password: " : "Current password: ");
-  const Shredder wanted = secrets.read("New password: ");
-  const ValidationResult result = reset ? session.setPassword(user, wanted, admin, current)
-                                        : session.changePassword(user, current, wanted, false);
-  return report(invocation.output, session, result);
+  Client& client = invocation.daemon.clientForSecrets();
+  const Shredder current = secrets.read(isReset ? "Administrator's password: " : "Current password: ");
+  const Shredder wanted = secrets.readNew("New password: ", "New password again: ");
+  const CallStatus call = isReset ? client.setPassword(user, wanted, admin, current)
+                                  : client.changePassword(user, current, wanted);
+  invocation.daemon.require(call, user);
+  return report(invocation.output, call);
 }
 
 ExitStatus member(Invocation& invocation) {
-  const bool unixNames = invocation.arguments.flag("--unix");
-  const bool windowsNames = invocation.arguments.flag("--windows");
+  const bool isUnix = invocation.arguments.flag("--unix");
+  const bool isWindows = invocation.arguments.flag("--windows");
   const std::string user = invocation.arguments.operand("a user");
   const std::vector<std::string> groups = invocation.arguments.operands();
   if (groups.empty()) throw UsageError("a group is missing");
-  const int nameFlags = (unixNames ? UNIX_NAME : 0) | (windowsNames ? WINDOWS_NAME : 0);
-  LocalRpcSession& session = invocation.daemon.session();
-  const int forms = nameFlags == 0 ? UNIX_NAME | WINDOWS_NAME : nameFlags;
-  return report(invocation.output, session, session.validateUserGroup(user, groups, false, forms));
+  const int named = (isUnix ? UNIX_NAME : 0) | (isWindows ? WINDOWS_NAME : 0);
+  const int forms = named == 0 ? UNIX_NAME | WINDOWS_NAME : named;
+  const auto ask = [&](LocalRpcSession& session) { session.validateUserGroup(user, groups, false, forms); };
+  return report(invocation.output, invocation.daemon.ask("member", Client::Repeat::Harmless, user, ask));
 }
 
 ExitStatus renew(Invocation& invocation) {
   const std::string user = invocation.arguments.operand("a user");
   invocation.arguments.done();
-  LocalRpcSession& session = invocation.daemon.session();
   int count = 0;
-  const ValidationResult result = session.renewCredentials(user, count);
-  if (result != VR_SUCCESS) return report(invocation.output, session, result);
+  invocation.daemon.ask("renew", Client::Repeat::Harmless, user,
+                        [&](LocalRpcSession& session) { session.renewCredentials(user, count); });
   invocation.output.record(Record().number("renewed", count), "renewed: " + std::to_string(count));
   return kFound;
 }
 
-constexpr char kAuthHelp[] =
-    "Asks for the password at the terminal, without echo.\n"
-    "  --password-fd N  read it from descriptor N instead\n"
-    "The password is sent only to a daemon that runs as root; see --peer-uid.\n";
+constexpr Option kAuthOptions[] = {{"--password-fd", "N", "read the password from descriptor N"}};
+constexpr Option kPasswdOptions[] = {
+    {"--password-fd", "N",
+     "read the passwords from descriptor N, one per line: the current\n(or the administrator's) one, then "
+     "the new one"},
+    {"--admin", "ADMIN", "set the password as this administrator"},
+};
+constexpr Option kMemberOptions[] = {
+    {"--unix", nullptr, "the group names are Unix names"},
+    {"--windows", nullptr, "the group names are account names of the directory"},
+};
 
-constexpr char kPasswdHelp[] =
-    "Asks for the passwords at the terminal, without echo.\n"
-    "  --password-fd N  read them from descriptor N instead, one per line: the current\n"
-    "                   (or the administrator's) password, then the new one\n"
-    "  --admin ADMIN    set the password as this administrator\n"
-    "Passwords are sent only to a daemon that runs as root; see --peer-uid.\n";
+constexpr char kAuthNotes[] =
+    "Asks for the password at the terminal, without echo. It is sent only to a daemon\n"
+    "that runs as root; see --peer-uid.\n";
+constexpr char kPasswdNotes[] =
+    "Asks for the passwords at the terminal, without echo, and for the new one twice.\n"
+    "They are sent only to a daemon that runs as root; see --peer-uid.\n";
 
 const Command kCommands[] = {
-    {"auth", "[--password-fd N] USER", "check a user's password", kAuthHelp, auth},
-    {"passwd", "[--password-fd N] [--admin ADMIN] USER",
-     "change a user's password, or set it as an administrator", kPasswdHelp, passwd},
-    {"member", "[--unix] [--windows] USER GROUP …", "check whether a user is in any of the groups",
-     "  --unix         the group names are Unix names\n"
-     "  --windows      the group names are account names of the directory\n"
-     "Without either option, both kinds of names are accepted.\n",
-     member},
-    {"renew", "USER", "renew a user's credentials", "", renew},
+    {"auth", "USER", "check a user's password", auth, kAuthOptions, kAuthNotes},
+    {"passwd", "USER", "change a user's password, or set it as an administrator", passwd, kPasswdOptions,
+     kPasswdNotes},
+    {"member", "USER GROUP …", "check whether a user is in any of the groups", member, kMemberOptions,
+     "Without either option, both kinds of names are accepted.\n"},
+    {"renew", "USER", "renew a user's credentials", renew, {}},
 };
 
 }  // namespace
 
 Family accountCommands() {
-  return {"Work with accounts", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Work with accounts", kCommands, std::size(kCommands)};
 }
 
 }  // namespace cli

@@ -160,31 +160,32 @@ constexpr struct {
 ExitStatus conf(Invocation& invocation) {
   ConfFile file{paths::kConfigFile, invocation.output};
   invocation.arguments.option("--file", file.path);
-  const std::string action = invocation.arguments.action("get, set, unset, list or variables");
+  const std::string action = invocation.arguments.operand("get, set, unset, list or variables");
   for (const auto& row : kActions)
     if (action == row.name) return row.run(invocation.arguments, file);
   throw UsageError("conf takes get, set, unset, list or variables, not '" + action + "'");
 }
 
+constexpr Option kOptions[] = {
+    {"--file", "FILE", "use FILE instead of /etc/velmora/velmora.conf"},
+    {"--list", nullptr, "get prints, set changes the items of a list"},
+    {"--time", "UNIT", "get prints a time in seconds; UNIT applies to a number without one"},
+    {"--text", nullptr, "set writes VALUE unescaped: quotes and $ are special"},
+};
+constexpr char kNotes[] =
+    "get KEY prints a value, set KEY VALUE changes it, and unset KEY removes it: its line\n"
+    "becomes a comment. list prints all values, or those whose keys begin with PREFIX.\n"
+    "variables prints the values of $JOINNAME and the other variables.\n";
+
 const Command kCommands[] = {
-    {"conf", "[--file FILE] get|set|unset|list|variables …", "read and change the configuration file",
-     "  get KEY                  print a value\n"
-     "  get --list KEY           print the items of a list, one per line\n"
-     "  get --time UNIT KEY      print a time in seconds; UNIT applies to a number without one\n"
-     "  set KEY VALUE            change a value\n"
-     "  set --text KEY VALUE     write VALUE unescaped: quotes and $ are special\n"
-     "  set --list KEY [VALUE …] change a list\n"
-     "  unset KEY                remove a value; its line becomes a comment\n"
-     "  list [PREFIX]            print all values, or those whose keys begin with PREFIX\n"
-     "  variables                print the values of $JOINNAME and the other variables\n"
-     "  --file FILE              use FILE instead of /etc/velmora/velmora.conf\n",
-     conf},
+    {"conf", "get KEY | set KEY VALUE … | unset KEY | list [PREFIX] | variables",
+     "read and change the configuration file", conf, kOptions, kNotes},
 };
 
 }  // namespace
 
 Family configurationCommands() {
-  return {"Change the configuration", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Change the configuration", kCommands, std::size(kCommands)};
 }
 
 }  // namespace cli

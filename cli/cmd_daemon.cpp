@@ -23,13 +23,12 @@ ExitStatus printText(Output& output, const char* name, std::string text) {
 ExitStatus roles(Invocation& invocation) {
   const std::string user = invocation.arguments.operand("a user");
   invocation.arguments.done();
-  LocalRpcSession& session = invocation.daemon.session();
-  bool any = false;
-  for (const ADObject& role : orRefused([&] { return session.samGetUserRoles(user, false); })) {
-    printObject(invocation.output, role);
-    any = true;
-  }
-  return any ? kFound : kRefused;
+  ADObjectList roles;
+  invocation.daemon.ask("roles", Client::Repeat::Harmless, user,
+                        [&](LocalRpcSession& session) { roles = session.samGetUserRoles(user, false); });
+  if (roles.empty()) throw RefusedError("roles " + shown(user) + ": the user has none");
+  for (const ADObject& role : roles) invocation.output.record(recordOf(role));
+  return kFound;
 }
 
 ExitStatus info(Invocation& invocation) {
@@ -39,52 +38,56 @@ ExitStatus info(Invocation& invocation) {
     if (!readNumber(text, what)) throw UsageError("info takes a number, not '" + text + "'");
   }
   invocation.arguments.done();
-  return printText(invocation.output, "info", invocation.daemon.session().getSystemInfo(what));
+  std::string text;
+  invocation.daemon.ask("info", Client::Repeat::Harmless, "",
+                        [&](LocalRpcSession& session) { text = session.getSystemInfo(what); });
+  return printText(invocation.output, "info", text);
 }
 
 ExitStatus health(Invocation& invocation) {
   invocation.arguments.done();
-  LocalRpcSession& session = invocation.daemon.session();
-  session.ping();  // without a reply the session would report old values
-  ValidationResult result = VR_SUCCESS;
-  int value1 = 0;
-  int value2 = 0;
-  std::string text;
-  if (session.systemHealthInfo(true, result, value1, value2, text) != 0)
-    throw NoDaemonError("the daemon does not answer");
-  const std::string meaning = LocalRpcSession::errorString(result);
+  const auto asked = invocation.daemon.client().health();
+  const Health& health = invocation.daemon.require(asked);
+  const std::string meaning = LocalRpcSession::errorString(health.result);
   Record record;
-  record.number("result", result).text("text", meaning).number("value1", value1).number("value2", value2);
-  record.text("message", text);
-  invocation.output.record(record, text.empty() ? meaning : meaning + ": " + shown(text));
-  return result == VR_SUCCESS ? kFound : kRefused;
+  record.number("result", health.result).text("text", meaning);
+  record.number("value1", health.value1).number("value2", health.value2).text("message", health.text);
+  invocation.output.record(record, health.text.empty() ? meaning : meaning + ": " + shown(health.text));
+  return health.result == VR_SUCCESS ? kFound : kRefused;
 }
 
-ExitStatus domain(Invocation& invocation) {
-  const bool ntlm = invocation.arguments.flag("--ntlm");
-  const bool map = invocation.arguments.flag("--map");
-  const std::string name = invocation.arguments.operand("a name");
-  invocation.arguments.done();
-  LocalRpcSession& session = invocation.daemon.session();
-  if (!map)
-    return printText(invocation.output, "domain", orRefused([&] {
-                       return ntlm ? session.getNtlmDomain(name) : session.getADDomain(name);
-                     }));
+ExitStatus mapDomain(Invocation& invocation, const std::string& name) {
   std::string first;
   std::string second;
-  const ValidationResult result = session.mapDomain(name, first, second, 0);
-  if (result != VR_SUCCESS) return report(invocation.output, session, result);
+  invocation.daemon.ask("domain", Client::Repeat::Never, name,
+                        [&](LocalRpcSession& session) { session.mapDomain(name, first, second, 0); });
   invocation.output.record(Record().text("first", first).text("second", second),
                            shown(first) + ' ' + shown(second));
   return kFound;
+}
+
+ExitStatus domain(Invocation& invocation) {
+  const bool isNtlm = invocation.arguments.flag("--ntlm");
+  const bool isMap = invocation.arguments.flag("--map");
+  const std::string name = invocation.arguments.operand("a name");
+  invocation.arguments.done();
+  if (isMap) return mapDomain(invocation, name);
+  std::string domain;
+  invocation.daemon.ask("domain", Client::Repeat::Never, name, [&](LocalRpcSession& session) {
+    domain = isNtlm ? session.getNtlmDomain(name) : session.getADDomain(name);
+  });
+  return printText(invocation.output, "domain", domain);
 }
 
 ExitStatus spn(Invocation& invocation) {
   const std::string host = invocation.arguments.operand("a host");
   const std::string service = invocation.arguments.hasOperand() ? invocation.arguments.operand("") : "host";
   invocation.arguments.done();
-  return printText(invocation.output, "principal",
-                   invocation.daemon.session().getServicePrincipal(host, service));
+  std::string principal;
+  invocation.daemon.ask("spn", Client::Repeat::Harmless, service + '/' + host, [&](LocalRpcSession& session) {
+    principal = session.getServicePrincipal(host, service);
+  });
+  return printText(invocation.output, "principal", principal);
 }
 
 constexpr struct {
@@ -105,53 +108,56 @@ unsigned selectorOf(const std::string& name) {
 
 ExitStatus flush(Invocation& invocation) {
   std::string key;
-  const bool one = invocation.arguments.option("--key", key);
+  const bool isOne = invocation.arguments.option("--key", key);
   unsigned selectors = 0;
   for (const std::string& name : invocation.arguments.operands()) selectors |= selectorOf(name);
-  if (one && selectors != 0) throw UsageError("flush takes --key or caches, not both");
-  LocalRpcSession& session = invocation.daemon.session();
-  const ValidationResult result =
-      one ? session.flushCache(key) : session.flushCache(selectors ? selectors : FLUSH_OBJ_CACHE);
-  return report(invocation.output, session, result);
+  if (isOne && selectors != 0) throw UsageError("flush takes --key or caches, not both");
+  Client& client = invocation.daemon.client();
+  const CallStatus call = isOne ? client.flush(key) : client.flush(selectors ? selectors : FLUSH_OBJ_CACHE);
+  invocation.daemon.require(call);
+  return report(invocation.output, call);
 }
 
 ExitStatus policy(Invocation& invocation) {
   const bool ofUser = invocation.arguments.hasOperand();
   const std::string user = ofUser ? invocation.arguments.operand("a user") : "";
   invocation.arguments.done();
-  LocalRpcSession& session = invocation.daemon.session();
-  return printText(invocation.output, "message", orRefused([&] {
-                     return ofUser ? session.updateUserPolicy(user) : session.updateMachinePolicy();
-                   }));
+  std::string text;
+  invocation.daemon.ask("policy", Client::Repeat::Never, user, [&](LocalRpcSession& session) {
+    text = ofUser ? session.updateUserPolicy(user) : session.updateMachinePolicy();
+  });
+  return printText(invocation.output, "message", text);
 }
 
 ExitStatus networkChanged(Invocation& invocation) {
   invocation.arguments.done();
-  LocalRpcSession& session = invocation.daemon.session();
-  return report(invocation.output, session, session.networkChange());
+  const auto ask = [](LocalRpcSession& session) { session.networkChange(); };
+  return report(invocation.output,
+                invocation.daemon.ask("network-changed", Client::Repeat::Harmless, "", ask));
 }
 
+constexpr Option kDomainOptions[] = {
+    {"--ntlm", nullptr, "show the short (NetBIOS) name of the domain"},
+    {"--map", nullptr, "show both names"},
+};
+constexpr Option kFlushOptions[] = {{"--key", "KEY", "remove only this object"}};
+
 const Command kCommands[] = {
-    {"health", "", "show the daemon's health", "", health},
-    {"info", "[NUMBER]", "show the daemon's system information", "", info},
-    {"domain", "[--ntlm | --map] NAME", "show the domain of a name",
-     "  --ntlm         show the short (NetBIOS) name of the domain\n"
-     "  --map          show both names\n",
-     domain},
-    {"spn", "HOST [SERVICE]", "show the canonical principal of a host's service", "", spn},
-    {"roles", "USER", "show a user's roles", "", roles},
-    {"flush", "[--key KEY | CACHE …]", "flush the daemon's caches",
-     "Caches: objects (default), dns, auth, expire, trusts, binding, pmon, health.\n"
-     "  --key KEY      remove only this object\n",
-     flush},
-    {"policy", "[USER]", "refresh the computer's policy, or a user's", "", policy},
-    {"network-changed", "", "tell the daemon that the network has changed", "", networkChanged},
+    {"health", "", "show the daemon's health", health, {}},
+    {"info", "[NUMBER]", "show the daemon's system information", info, {}},
+    {"domain", "NAME", "show the domain of a name", domain, kDomainOptions},
+    {"spn", "HOST [SERVICE]", "show the canonical principal of a host's service", spn, {}},
+    {"roles", "USER", "show a user's roles", roles, {}},
+    {"flush", "[CACHE …]", "flush the daemon's caches", flush, kFlushOptions,
+     "Caches: objects (default), dns, auth, expire, trusts, binding, pmon, health.\n"},
+    {"policy", "[USER]", "refresh the computer's policy, or a user's", policy, {}},
+    {"network-changed", "", "tell the daemon that the network has changed", networkChanged, {}},
 };
 
 }  // namespace
 
 Family daemonCommands() {
-  return {"Query and control the daemon", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Query and control the daemon", kCommands, std::size(kCommands)};
 }
 
 }  // namespace cli

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 
-#include <fokrazo/properties.h>
-#include <fokrazo/propnames.h>
 #include "cli/command.h"
 #include "cli/did_you_mean.h"
 #include "cli/doctor/checks.h"
@@ -12,10 +10,6 @@
 namespace cli {
 
 namespace {
-
-using namespace vesk;
-
-constexpr char kLongestWait[] = "10";  // seconds, without --timeout
 
 // In the order in which they run.
 constexpr struct Check {
@@ -59,7 +53,6 @@ void refuseUnknown(const std::vector<std::string>& wanted) {
 ExitStatus doctor(Invocation& invocation) {
   const std::vector<std::string> wanted = invocation.arguments.operands();
   refuseUnknown(wanted);
-  if (!invocation.hasTimeout) Props(false, false)->setString(PN::LRPC_TIMEOUT, kLongestWait);
 
   Patient patient{invocation.daemon};
   Finding::State worst = Finding::Ok;
@@ -77,28 +70,34 @@ ExitStatus doctor(Invocation& invocation) {
   return worst == Finding::Problem ? kRefused : kFound;
 }
 
+constexpr char kNotes[] =
+    "Checks, in this order:\n"
+    "  socket         the daemon's socket: its owner, its mode, and the folders above it\n"
+    "  daemon         the process that answers\n"
+    "  ping           the time of an exchange\n"
+    "  health         what the daemon says about itself\n"
+    "  joined         the joined state of this machine\n"
+    "  dns            the domain's servers, as the name servers know them\n"
+    "  configuration  the configuration file: its mode, misspelled keys and wrong values\n"
+    "  name-service   /etc/nsswitch.conf and the module libnss_fokrazo.so.2\n"
+    "  pam            /etc/pam.d and the module pam_fokrazo.so\n"
+    "Without CHECK, all of them. Each line says ok, warning or problem; warnings and problems say\n"
+    "what to do, and the next command to type.\n"
+    "Exit status: 0 no problem, 1 a problem, 3 the daemon cannot be reached.\n";
+
 const Command kCommands[] = {
-    {"doctor", "[CHECK …]", "find out what is wrong with this host, and what to do about it",
-     "Checks, in this order:\n"
-     "  socket         the daemon's socket: its owner, its mode, and the folders above it\n"
-     "  daemon         the process that answers\n"
-     "  ping           the time of an exchange\n"
-     "  health         what the daemon says about itself\n"
-     "  joined         the joined state of this machine\n"
-     "  dns            the domain's servers, as the name servers know them\n"
-     "  configuration  the configuration file: its mode, misspelled keys and wrong values\n"
-     "  name-service   /etc/nsswitch.conf and the module libnss_fokrazo.so.2\n"
-     "  pam            /etc/pam.d and the module pam_fokrazo.so\n"
-     "Without CHECK, all of them. Each line says ok, warning or problem; warnings and problems say\n"
-     "what to do, and the next command to type. Waits 10 seconds for the daemon unless --timeout\n"
-     "is given. Exit status: 0 no problem, 1 a problem, 3 the daemon cannot be reached.\n",
-     doctor},
+    {"doctor",
+     "[CHECK …]",
+     "find out what is wrong with this host, and what to do about it",
+     doctor,
+     {},
+     kNotes},
 };
 
 }  // namespace
 
 Family doctorCommands() {
-  return {"Find faults", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Find faults", kCommands, std::size(kCommands)};
 }
 
 }  // namespace cli

@@ -1,13 +1,13 @@
 // Lookups in the directory: list, search, fetch.
 
+#include <unistd.h>
+
 #include <vector>
 
-#include <fokrazo/error_util.h>
-#include <fokrazo/paged_search.h>
 #include <fokrazo/session.h>
 #include <fokrazo/unixviews.h>
 #include "cli/command.h"
-#include "cli/result.h"
+#include "cli/progress.h"
 #include "cli/views.h"
 
 namespace cli {
@@ -16,55 +16,51 @@ namespace {
 
 using namespace vesk;
 
-// LocalRpcSession's functions that start and end listings return true on failure.
-void succeedOrRefuse(bool failed, const LocalRpcSession& session, const char* what) {
-  if (!failed) return;
-  const std::string& message = session.statusMessage();
-  throw RefusedError(std::string("the listing cannot be ") + what +
-                     (message.empty() ? "" : ": " + shown(message)));
+constexpr int kPageSize = 500;
+
+// What is missing if a listing failed after some objects.
+std::string incomplete(size_t count) {
+  return count == 0 ? "" : "(incomplete, " + std::to_string(count) + " found)";
 }
 
-// Calls `next`, which prints one object, until it throws `End`.
-template <class End, class Start, class Next, class Finish>
-ExitStatus walk(const LocalRpcSession& session, Start start, Next next, Finish finish) {
-  succeedOrRefuse(start(), session, "started");
-  try {
-    for (;;) next();
-  } catch (const End&) {
+// Prints what a listing returns, even if it fails in the middle.
+template <class Range, class View>
+ExitStatus print(Invocation& invocation, const char* what, std::vector<std::string> titles, Range range,
+                 View view) {
+  const bool isTable = invocation.output.startTable(std::move(titles));
+  {
+    ProgressLine progress(what, isTable || !isatty(STDOUT_FILENO));
+    while (const auto* object = range.next()) {
+      invocation.output.show(view(*object));
+      progress.update(range.count());
+    }
   }
-  succeedOrRefuse(finish(), session, "ended");
+  invocation.output.endTable();
+  invocation.daemon.require(range.status(), incomplete(range.count()));
   return kFound;
 }
 
-ExitStatus list(Invocation& invocation) {
-  const std::string what = invocation.arguments.operand("users, groups or shadow");
-  invocation.arguments.done();
-  if (what != "users" && what != "groups" && what != "shadow")
-    throw UsageError("list takes users, groups or shadow, not '" + what + "'");
-  Output& output = invocation.output;
-  LocalRpcSession& session = invocation.daemon.session();
-  if (what == "users")
-    return walk<EndOfListException>(
-        session, [&] { return session.startListUser(); },
-        [&] { printUser(output, *session.getUser2(NEXT_ENTRY, 0)); }, [&] { return session.endListUser(); });
-  if (what == "groups")
-    return walk<EndOfListException>(
-        session, [&] { return session.startListGroup(false); },
-        [&] { printGroup(output, *session.getGroup2(NEXT_ENTRY, 0)); },
-        [&] { return session.endListGroup(); });
-  return walk<NotFoundException>(
-      session, [&] { return session.startListShadow(); },
-      [&] { printShadow(output, *session.getShadow(NEXT_ENTRY, 0)); },
-      [&] { return session.endListShadow(); });
+// Lines of accounts without a Unix profile would all be alike.
+int takeUnixOnly(Invocation& invocation) {
+  const bool isAll = invocation.arguments.flag("--all");
+  const bool isUnixOnly = invocation.arguments.flag("--unix-only");
+  if (isAll && isUnixOnly) throw UsageError("list takes --all or --unix-only, not both");
+  return isUnixOnly || (!isAll && !invocation.output.json()) ? UNIX_ONLY : 0;
 }
 
-// Attribute names for the session. The result points into `names`.
-std::vector<const char*> nullTerminated(const std::vector<std::string>& names) {
-  std::vector<const char*> pointers;
-  pointers.reserve(names.size() + 1);
-  for (const std::string& name : names) pointers.push_back(name.c_str());
-  pointers.push_back(nullptr);
-  return pointers;
+ExitStatus list(Invocation& invocation) {
+  const int flags = takeUnixOnly(invocation);
+  const std::string what = invocation.arguments.operand("users, groups or shadow");
+  invocation.arguments.done();
+  Client& client = invocation.daemon.client();
+  if (what == "users")
+    return print(invocation, "users", userTitles(), client.users(flags),
+                 [](const User& user) { return viewOf(user); });
+  if (what == "groups")
+    return print(invocation, "groups", groupTitles(), client.groups(flags),
+                 [](const Group& group) { return viewOf(group); });
+  if (what == "shadow") return print(invocation, "entries", shadowTitles(), client.shadows(), shadowViewOf);
+  throw UsageError("list takes users, groups or shadow, not '" + what + "'");
 }
 
 LdapSearchScopeType takeScope(Arguments& arguments) {
@@ -83,29 +79,32 @@ ExitStatus search(Invocation& invocation) {
   arguments.option("--base", base);
   arguments.option("--domain", domain);
   const LdapSearchScopeType scope = takeScope(arguments);
-  const int page = arguments.number("--page", 0);
+  const int page = arguments.number("--page", kPageSize);
   const int limit = arguments.number("--limit", 0);
   const std::string filter = arguments.operand("a filter");
   const std::vector<std::string> names = arguments.operands();
-  std::vector<const char*> wanted = nullTerminated(names);
 
-  LocalRpcSession& session = invocation.daemon.session();
-  bool found = false;
-  if (page == 0) {
-    for (const ADObject& object :
-         session.ldapSearch(domain, base, filter, wanted.data(), scope, limit, false)) {
-      printObject(invocation.output, object);
-      found = true;
+  SearchRange found = invocation.daemon.client().search(domain, base, filter, names, scope, page);
+  {
+    ProgressLine progress("objects", !isatty(STDOUT_FILENO));
+    while (const ADObject* object = found.next()) {
+      invocation.output.record(recordOf(*object));
+      progress.update(found.count());
+      if (found.count() == static_cast<size_t>(limit)) break;
     }
-    return found ? kFound : kRefused;
   }
-  PagedSearchHandle handle = session.ldapPagedSearch(domain, base, filter, wanted.data(), scope, page, false);
-  int count = 0;
-  for (ADObject object = handle.getNext(); !object.isEmpty(); object = handle.getNext()) {
-    printObject(invocation.output, object);
-    if (++count == limit) break;
-  }
-  return count > 0 ? kFound : kRefused;
+  invocation.daemon.require(found.status(), incomplete(found.count()));
+  if (found.count() == 0) throw RefusedError("search: nothing matches");
+  return kFound;
+}
+
+// Attribute names for the session. The result points into `names`.
+std::vector<const char*> nullTerminated(const std::vector<std::string>& names) {
+  std::vector<const char*> pointers;
+  pointers.reserve(names.size() + 1);
+  for (const std::string& name : names) pointers.push_back(name.c_str());
+  pointers.push_back(nullptr);
+  return pointers;
 }
 
 ExitStatus fetch(Invocation& invocation) {
@@ -115,35 +114,42 @@ ExitStatus fetch(Invocation& invocation) {
   const std::string dn = arguments.operand("a DN");
   const std::vector<std::string> names = arguments.operands();
   std::vector<const char*> wanted = nullTerminated(names);
-  LocalRpcSession& session = invocation.daemon.session();
-  const ADObject object = orRefused([&] { return session.ldapFetch(domain, dn, wanted.data(), false); });
-  if (object.isEmpty()) return kRefused;
-  printObject(invocation.output, object);
+  ADObject object;
+  invocation.daemon.ask("fetch", Client::Repeat::Harmless, dn, [&](LocalRpcSession& session) {
+    object = session.ldapFetch(domain, dn, wanted.data(), false);
+  });
+  if (object.isEmpty()) throw RefusedError("fetch " + shown(dn) + ": there is no such object");
+  invocation.output.record(recordOf(object));
   return kFound;
 }
 
+constexpr Option kListOptions[] = {
+    {"--unix-only", nullptr, "only accounts with a Unix profile (the default, but for --json)"},
+    {"--all", nullptr, "the others too; as lines they are all \"nobody\""},
+};
+constexpr Option kSearchOptions[] = {
+    {"--base", "DN", "start here (default: the top of the domain)"},
+    {"--scope", "SCOPE",
+     "search this object (base), one level below it (one), or all of it\n(sub, the default)"},
+    {"--page", "N", "fetch pages of N objects (default 500)"},
+    {"--limit", "N", "stop after N objects"},
+    {"--domain", "D", "search this domain (default: the host's)"},
+};
+constexpr Option kFetchOptions[] = {{"--domain", "D", "look in this domain (default: the host's)"}};
+constexpr char kAttributeNotes[] = "Prints the named attributes, or all of them.\n";
+
 const Command kCommands[] = {
-    {"list", "users|groups|shadow", "list all users, groups or shadow entries", "", list},
-    {"search", "[--base DN] [--scope base|one|sub] [--page N] [--limit N] [--domain D] FILTER [ATTRIBUTE …]",
-     "search the directory with an LDAP filter",
-     "  --base DN      start here (default: the top of the domain)\n"
-     "  --scope S      search this object (base), one level below it (one), or all of it\n"
-     "                 (sub, the default)\n"
-     "  --page N       fetch the result in pages of N objects\n"
-     "  --limit N      stop after N objects\n"
-     "  --domain D     search this domain (default: the host's)\n"
-     "Prints the named attributes, or all of them.\n",
-     search},
-    {"fetch", "[--domain D] DN [ATTRIBUTE …]", "fetch one object by its DN",
-     "  --domain D     search this domain (default: the host's)\n"
-     "Prints the named attributes, or all of them.\n",
-     fetch},
+    {"list", "users|groups|shadow", "list all users, groups or shadow entries", list, kListOptions,
+     "Prints a table on a terminal, otherwise lines.\n"},
+    {"search", "FILTER [ATTRIBUTE …]", "search the directory with an LDAP filter", search, kSearchOptions,
+     kAttributeNotes},
+    {"fetch", "DN [ATTRIBUTE …]", "fetch one object by its DN", fetch, kFetchOptions, kAttributeNotes},
 };
 
 }  // namespace
 
 Family listingCommands() {
-  return {"List and search", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"List and search", kCommands, std::size(kCommands)};
 }
 
 }  // namespace cli

@@ -61,7 +61,7 @@ ExitStatus getSetting(Output& output, const std::string& name) {
 }
 
 ExitStatus setting(Invocation& invocation) {
-  const std::string action = invocation.arguments.action("get or list");
+  const std::string action = invocation.arguments.operand("get or list");
   if (action == "get") {
     const std::string name = invocation.arguments.operand("a setting's name");
     invocation.arguments.done();
@@ -97,15 +97,15 @@ ExitStatus os(Invocation& invocation) {
 }
 
 const Command kCommands[] = {
-    {"setting", "get NAME | list", "show the machine's settings", "", setting},
-    {"joined", "", "check whether this machine is joined to a domain", "", joinedState},
-    {"os", "", "show the operating system's name and version", "", os},
+    {"setting", "get NAME | list", "show the machine's settings", setting, {}},
+    {"joined", "", "check whether this machine is joined to a domain", joinedState, {}},
+    {"os", "", "show the operating system's name and version", os, {}},
 };
 
 }  // namespace
 
 Family machineCommands() {
-  return {"Inspect this machine", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Inspect this machine", kCommands, std::size(kCommands)};
 }
 
 }  // namespace cli

@@ -15,7 +15,6 @@
 #include <fokrazo/strutil.h>
 #include "cli/command.h"
 #include "cli/did_you_mean.h"
-#include "cli/result.h"
 #include "cli/views.h"
 #include "cli/whole_blob.h"
 
@@ -106,7 +105,7 @@ ExitStatus showBlob(Output& output, std::string bytes, const StringArray& dictio
     if (!object.attributeExists(*attribute, false)) return kRefused;
     output.record(Record().texts(*attribute, object[*attribute]));
   } else if (output.json()) {
-    printObject(output, object);
+    output.record(recordOf(object));
   } else {
     dumpObject(object);
   }
@@ -118,9 +117,7 @@ ExitStatus blob(Invocation& invocation) {
   const bool one = invocation.arguments.option("--attribute", attribute);
   std::string release;
   const bool isOld = invocation.arguments.option("--as-of-release", release);
-  std::string path = "-";
-  if (!invocation.arguments.flag("-") && invocation.arguments.hasOperand())
-    path = invocation.arguments.operand("a file");
+  const std::string path = invocation.arguments.hasOperand() ? invocation.arguments.operand("") : "-";
   invocation.arguments.done();
 
   const StringArray dictionary = dictionaryOf(isOld ? checksumOf(release) : GetDictionarySum());
@@ -128,6 +125,14 @@ ExitStatus blob(Invocation& invocation) {
     return showBlob(invocation.output, readAll(path), dictionary, one ? &attribute : nullptr);
   } catch (const DamagedBlob& error) {
     throw std::runtime_error(nameOf(path) + " is not a whole serialized object: " + error.what());
+  }
+}
+
+const DictionaryVector& entriesOf(int sum) {
+  try {
+    return GetDictionaryVector(sum);
+  } catch (const NotFoundException& error) {
+    throw RefusedError("checksum " + uitoa(static_cast<unsigned>(sum), 16) + ": " + error.what());
   }
 }
 
@@ -152,9 +157,7 @@ ExitStatus dict(Invocation& invocation) {
     return kFound;
   }
   const int sum = takeChecksum(invocation.arguments);
-  const DictionaryVector& entries =
-      named("checksum " + uitoa(static_cast<unsigned>(sum), 16),
-            [&]() -> const DictionaryVector& { return GetDictionaryVector(sum); });
+  const DictionaryVector& entries = entriesOf(sum);
   const std::vector<std::string> keys = invocation.arguments.operands();
   if (keys.empty())
     for (size_t i = 0; i < entries.size(); ++i)
@@ -173,26 +176,28 @@ ExitStatus dict(Invocation& invocation) {
   return status;
 }
 
+constexpr Option kBlobOptions[] = {
+    {"--attribute", "NAME", "show only this attribute"},
+    {"--as-of-release", "VERSION", "read it with the dictionary of this release (see dict --releases)"},
+};
+constexpr Option kDictOptions[] = {
+    {"--sum", "HEX", "show the dictionary with this checksum, not the current one"},
+    {"--release", "VERSION", "show the dictionary of this release"},
+    {"--releases", nullptr, "list the releases and their checksums"},
+};
+
 const Command kCommands[] = {
-    {"blob", "[--attribute NAME] [--as-of-release VERSION] [FILE|-]", "show a serialized object",
-     "  --attribute A      show only this attribute\n"
-     "  --as-of-release V  read it with the dictionary of this release (see dict --releases)\n"
+    {"blob", "[FILE|-]", "show a serialized object", blob, kBlobOptions,
      "Reads standard input if there is no FILE. If the object is damaged, shows what can be read of\n"
-     "it, unless --json or --attribute is given, and exits with status 4.\n",
-     blob},
-    {"dict", "[--sum HEX | --release VERSION] [INDEX|TEXT …] | --releases",
-     "show the string dictionary of serialized objects",
-     "  --sum HEX      show the dictionary with this checksum, not the current one\n"
-     "  --release V    show the dictionary of this release\n"
-     "  --releases     list the releases and their checksums\n"
-     "Prints the entries with the given indices or texts, or all of them.\n",
-     dict},
+     "it, unless --json or --attribute is given, and exits with status 4.\n"},
+    {"dict", "[INDEX|TEXT …]", "show the string dictionary of serialized objects", dict, kDictOptions,
+     "Prints the entries with the given indices or texts, or all of them.\n"},
 };
 
 }  // namespace
 
 Family objectCommands() {
-  return {"Inspect serialized objects", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Inspect serialized objects", kCommands, std::size(kCommands)};
 }
 
 }  // namespace cli

@@ -165,24 +165,33 @@ ExitStatus dn(Invocation& invocation) {
   throw UsageError("unknown operation " + name);
 }
 
+constexpr Option kGuidOptions[] = {
+    {"--stored", nullptr, "the bytes of the text form are in stored order, too"},
+};
+
 const Command kCommands[] = {
-    {"sid", "SID", "show a SID in all its forms",
-     "Reads S-…, base 64 with or without padding, bytes with backslashes (\\01\\05…), and <SID=…>.\n", sid},
-    {"guid", "[--stored] GUID", "show a GUID in all its forms",
-     "Reads the text form, 32 digits in stored order, and <GUID=…>.\n"
-     "  --stored       the bytes of the text form are in stored order, too\n",
-     guid},
-    {"dn", "OPERATION TEXT", "convert a distinguished name",
+    {"sid",
+     "SID",
+     "show a SID in all its forms",
+     sid,
+     {},
+     "Reads S-…, base 64 with or without padding, bytes with backslashes (\\01\\05…), and <SID=…>.\n"},
+    {"guid", "GUID", "show a GUID in all its forms", guid, kGuidOptions,
+     "Reads the text form, 32 digits in stored order, and <GUID=…>.\n"},
+    {"dn",
+     "OPERATION TEXT",
+     "convert a distinguished name",
+     dn,
+     {},
      "Operations: escape, unescape, escape-ldap, unescape-ldap, escape-filter,\n"
      "escape-canonical, unescape-canonical, canonical, domain, from-domain, parent, cn,\n"
-     "plain (without GUID and SID), guid.\n",
-     dn},
+     "plain (without GUID and SID), guid.\n"},
 };
 
 }  // namespace
 
 Family valueCommands() {
-  return {"Convert values", kCommands, sizeof kCommands / sizeof *kCommands};
+  return {"Convert values", kCommands, std::size(kCommands)};
 }
 
 }  // namespace cli

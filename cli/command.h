@@ -2,10 +2,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "cli/arguments.h"
 #include "cli/daemon.h"
 #include "cli/exit_status.h"
+#include "cli/failure.h"
+#include "cli/option.h"
 #include "cli/output.h"
 
 namespace cli {
@@ -15,15 +18,15 @@ struct Invocation {
   Arguments& arguments;
   Output& output;
   Daemon& daemon;
-  bool hasTimeout;  // --timeout was given
 };
 
 struct Command {
   const char* name;
-  const char* synopsis;  // the arguments after the name
+  const char* operands;  // the arguments other than options
   const char* summary;   // one line
-  const char* help;      // the rest of --help, may be empty
   ExitStatus (*run)(Invocation& invocation);
+  Options options;
+  const char* notes = "";  // the rest of --help
 };
 
 /// Commands that --help lists under one title; `count` is their number.
@@ -45,5 +48,11 @@ Family objectCommands();
 Family configurationCommands();
 Family machineCommands();
 Family doctorCommands();
+Family helpCommands();
+
+/// All families, in the order of --help.
+const std::vector<Family>& families();
+/// The command with this name. @throws UsageError there is none; with a suggestion if one is similar
+const Command& commandNamed(const std::string& name);
 
 }  // namespace cli

@@ -2,36 +2,33 @@
 
 #include <utility>
 
-#include <fokrazo/error_util.h>
-#include <fokrazo/session.h>
-#include "cli/exit_status.h"
-
 namespace cli {
 
-Daemon::Daemon(std::string socketPath, std::optional<uid_t> peer)
-    : m_socketPath(std::move(socketPath)), m_peer(peer) {}
-Daemon::~Daemon() = default;
+Daemon::Daemon(DaemonOptions options) : m_options(std::move(options)) {}
 
-vesk::LocalRpcSession& Daemon::session() {
-  return connect(m_peer);
+vesk::ClientOptions Daemon::clientOptions(std::optional<uid_t> peer) const {
+  vesk::ClientOptions options;
+  options.socketPath = m_options.socketPath;
+  options.deadline = m_options.deadline;
+  options.trustedPeer = peer;
+  return options;
 }
 
-vesk::LocalRpcSession& Daemon::sessionForSecrets() {
-  return connect(m_peer.value_or(0));
+vesk::Client& Daemon::client() {
+  if (!m_client) m_client.emplace(clientOptions(m_options.peer));
+  return *m_client;
 }
 
-vesk::LocalRpcSession& Daemon::connect(std::optional<uid_t> peer) {
-  if (m_session && (!peer || peer == m_checkedPeer)) return *m_session;
-  boost::scoped_ptr<vesk::LocalRpcSession> session(new vesk::LocalRpcSession(m_socketPath, false, false));
-  if (peer) session->setTrustedPeer(*peer);
-  try {
-    session->reConnect(true);
-  } catch (const VESKException& error) {
-    throw NoDaemonError("no daemon at " + m_socketPath + ": " + error.what());
-  }
-  m_session.swap(session);
-  m_checkedPeer = peer;
-  return *m_session;
+vesk::Client& Daemon::clientForSecrets() {
+  if (!m_clientForSecrets) m_clientForSecrets.emplace(clientOptions(m_options.peer.value_or(0)));
+  vesk::CallStatus call = m_clientForSecrets->ping();
+  call.operation = "connect";
+  require(call);
+  return *m_clientForSecrets;
+}
+
+void Daemon::require(const vesk::CallStatus& call, const std::string& subject) const {
+  if (!call.ok()) throw CallFailure(call, subject, m_options.socketPath);
 }
 
 }  // namespace cli

@@ -1,35 +1,21 @@
-/// The tool's exit status, and its own exceptions.
+/// The tool's exit status.
 #pragma once
 
-#include <stdexcept>
-#include <string>
+#include <algorithm>
 
 namespace cli {
 
 enum ExitStatus : int {
   kFound = 0,     // found, true, done
-  kRefused = 1,   // not found, false, refused
+  kRefused = 1,   // the daemon says that there is no such thing, or no
   kUsage = 2,     // the command line is wrong
-  kNoDaemon = 3,  // the daemon cannot be reached
+  kNoDaemon = 3,  // the daemon cannot be reached, does not answer in time, or is not trusted
   kFailed = 4,    // any other failure
 };
 
-/// The command line is wrong.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-/// Not found, or not allowed.
-class RefusedError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-/// The daemon cannot be reached or trusted.
-class NoDaemonError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+/// The status of a run in which several things were asked for: the worst.
+inline ExitStatus worse(ExitStatus one, ExitStatus other) {
+  return std::max(one, other);
+}
 
 }  // namespace cli

@@ -1,66 +1,70 @@
-/// The output of commands: one record at a time, as a line for people and cut(1), or as a JSON object.
-/// Untrusted text cannot control a terminal: control characters, direction marks and bytes that are not UTF-8
-/// are replaced, in names as well as in values.
+/// The output of commands: one record at a time, as a line for people and cut(1), as a row of a table, or as
+/// a JSON object. Untrusted text cannot control a terminal: control characters, direction marks and bytes
+/// that are not UTF-8 are replaced, in names as well as in values.
 #pragma once
 
 #include <list>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "cli/failure.h"
+#include "cli/record.h"
+#include "cli/shown.h"
+#include "cli/table.h"
+
 namespace cli {
 
-/// Named values in the order of addition.
-class Record {
- public:
-  Record& text(const std::string& name, const std::string& value);
-  Record& number(const std::string& name, long long value);
-  Record& boolean(const std::string& name, bool value);
-  Record& texts(const std::string& name, const std::list<std::string>& values);
-
-  /// {"name":"value", …}; names and values as in shown().
-  std::string json() const;
-  /// One "name: value" line for each value.
-  std::string lines() const;
-
- private:
-  enum class Kind { Text, Number, Boolean, Texts };
-  struct Field {
-    std::string name;
-    Kind kind;
-    std::list<std::string> values;
-  };
-
-  static std::string jsonValue(const Field& field);
-
-  std::vector<Field> m_fields;
+/// One thing in all the forms in which it may be printed.
+struct View {
+  Record record;
+  std::string line;
+  std::vector<std::string> cells;  // of a table
 };
 
-/// Prints records to standard output.
+/// Prints records to standard output, and failures to standard error; with --json everything to standard
+/// output.
 class Output {
  public:
-  explicit Output(bool json) : m_json(json) {}
+  Output(bool json, bool verbose) : m_json(json), m_verbose(verbose) {}
 
   bool json() const { return m_json; }
   /// Prints the record as a JSON line, or `text` and a newline. In `text`, which may have several lines,
   /// terminal controls appear as "?".
   void record(const Record& record, const std::string& text);
-  /// Prints text as record() does without --json, but without a newline.
-  static void print(const std::string& text);
   /// Prints the record as a JSON line or as lines(), with an empty line between records.
   void record(const Record& record);
+  /// Prints a JSON line, a row if a table was started, or the line.
+  void show(const View& view);
+  /// Prints text as record() does without --json, but without a newline.
+  static void print(const std::string& text);
+  /// Prints why something failed, and what to do about it.
+  void fail(const Failure& failure);
+
+  /// Prints the following views as a table, if standard output is a terminal. Returns whether it is.
+  bool startTable(std::vector<std::string> titles);
+  /// Prints the rows since the start.
+  void endTable();
+
+  /// The key to which the following records and failures belong; it is printed with them.
+  void setKey(std::optional<std::string> key) { m_key = std::move(key); }
+  /// Collects JSON lines instead of printing them, until it is called with null.
+  void collectInto(std::list<std::string>* lines) { m_collected = lines; }
 
  private:
+  void printJson(Record record);
+
   bool m_json;
+  bool m_verbose;
   bool m_isFirst = true;
+  std::optional<std::string> m_key;
+  std::optional<Table> m_table;
+  std::list<std::string>* m_collected = nullptr;
 };
 
-/// A value that is safe to print: unchanged if it is UTF-8 without terminal controls, otherwise in
-/// hexadecimal.
-std::string shown(const std::string& value);
-/// shown() for each line of a text.
-std::string shownLines(const std::string& text);
-/// A field of a passwd- or group-style line: separators and terminal controls are replaced with "?".
-std::string lineField(const std::string& value);
+/// The members of a failure, for JSON; the man page describes them.
+Record recordOf(const Failure& failure);
+
 /// Prints a message to standard error, after everything printed so far. Terminal controls are replaced with
 /// "?".
 void complain(const std::string& message);

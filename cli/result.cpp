@@ -7,13 +7,12 @@
 
 namespace cli {
 
-ExitStatus report(Output& output, const vesk::LocalRpcSession& session, vesk::ValidationResult result) {
-  const std::string text = vesk::LocalRpcSession::errorString(result);
-  const std::string& message = session.statusMessage();
+ExitStatus report(Output& output, const vesk::CallStatus& call) {
+  const std::string text = vesk::LocalRpcSession::errorString(call.result);
   Record record;
-  record.number("result", result).text("text", text).text("message", message);
-  output.record(record, message.empty() || message == text ? text : text + ": " + shown(message));
-  return result == vesk::VR_SUCCESS ? kFound : kRefused;
+  record.number("result", call.result).text("text", text).text("message", call.text);
+  output.record(record, call.text.empty() || call.text == text ? text : text + ": " + shown(call.text));
+  return kFound;
 }
 
 }  // namespace cli

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "cli/arguments.h"
-#include "cli/exit_status.h"
+#include "cli/failure.h"
 
 namespace cli {
 
@@ -59,6 +59,13 @@ SecretSource::SecretSource(Arguments& arguments) {
 
 vesk::Shredder SecretSource::read(const char* prompt) {
   return m_descriptor >= 0 ? readLine(m_descriptor) : ask(prompt);
+}
+
+vesk::Shredder SecretSource::readNew(const char* prompt, const char* promptAgain) {
+  vesk::Shredder typed = read(prompt);
+  if (m_descriptor < 0 && ask(promptAgain) != typed)
+    throw Failure(kFailed, "the two new passwords differ; nothing was changed");
+  return typed;
 }
 
 }  // namespace cli

@@ -16,6 +16,8 @@ class SecretSource {
   /// Returns the next line of the descriptor, or what is typed at `prompt`, without the newline.
   /// @throws std::runtime_error nothing can be read
   vesk::Shredder read(const char* prompt);
+  /// The same for a new password, which is typed twice. @throws Failure the two differ
+  vesk::Shredder readNew(const char* prompt, const char* promptAgain);
 
  private:
   int m_descriptor = -1;

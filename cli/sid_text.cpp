@@ -2,7 +2,7 @@
 
 #include <fokrazo/error_util.h>
 #include <fokrazo/strutil.h>
-#include "cli/exit_status.h"
+#include "cli/failure.h"
 
 namespace cli {
 

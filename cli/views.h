@@ -1,6 +1,11 @@
 /// Users, groups and objects as the tool prints them.
 #pragma once
 
+#include <string>
+#include <vector>
+
+#include "cli/output.h"
+
 namespace vesk {
 class ADObject;
 class Group;
@@ -9,15 +14,16 @@ class User;
 
 namespace cli {
 
-class Output;
-
-/// A passwd(5) line.
-void printUser(Output& output, const vesk::User& user);
-/// A group(5) line.
-void printGroup(Output& output, const vesk::Group& group);
-/// A shadow(5) line.
-void printShadow(Output& output, const vesk::User& user);
-/// All attributes of the object.
-void printObject(Output& output, vesk::ADObject object);
+/// A line as in passwd(5), and the titles of a table of users.
+View viewOf(const vesk::User& user);
+std::vector<std::string> userTitles();
+/// A line as in group(5).
+View viewOf(const vesk::Group& group);
+std::vector<std::string> groupTitles();
+/// A line as in shadow(5).
+View shadowViewOf(const vesk::User& user);
+std::vector<std::string> shadowTitles();
+/// All attributes of an object.
+Record recordOf(vesk::ADObject object);
 
 }  // namespace cli

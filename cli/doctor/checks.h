@@ -17,6 +17,13 @@ struct Patient {
   } state = Answers;
 };
 
+/// For calls of the checks: asks even if the daemon failed a moment ago.
+inline vesk::CallOptions evenIfAway() {
+  vesk::CallOptions options;
+  options.evenIfAway = true;
+  return options;
+}
+
 /// The socket, its owner and mode, and the folders above it. A socket that cannot be opened means Away.
 Findings checkSocket(Patient& patient);
 /// The process that listens.

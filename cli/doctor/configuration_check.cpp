@@ -13,7 +13,7 @@
 #include "cli/doctor/configuration_keys.h"
 #include "cli/doctor/shell_word.h"
 #include "cli/doctor/tampering.h"
-#include "cli/output.h"
+#include "cli/shown.h"
 
 namespace cli {
 

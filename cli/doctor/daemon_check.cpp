@@ -8,8 +8,7 @@
 #include "cli/doctor/checks.h"
 #include "cli/doctor/shell_word.h"
 #include "cli/doctor/user_text.h"
-#include "cli/exit_status.h"
-#include "cli/output.h"
+#include "cli/shown.h"
 
 namespace cli {
 
@@ -35,11 +34,15 @@ void checkPeer(Findings& findings, int fd, const std::string& socketPath) {
 
 Findings checkDaemon(Patient& patient) {
   Findings findings("daemon");
-  try {
-    checkPeer(findings, patient.daemon.session().socket(), patient.daemon.socketPath());
-  } catch (const NoDaemonError& error) {
+  const auto look = [&](vesk::LocalRpcSession& session) {
+    session.reConnect(false);
+    checkPeer(findings, session.socket(), patient.daemon.socketPath());
+  };
+  const vesk::CallStatus call =
+      patient.daemon.client().call("connect", vesk::Client::Repeat::Harmless, look, evenIfAway());
+  if (!call.ok()) {
     patient.state = Patient::Away;
-    findings.problem(error.what(),
+    findings.problem(meaningOf(call, patient.daemon.socketPath()),
                      "the daemon ended without removing its socket, or accepts no connections; restart it",
                      "systemctl restart brondalt");
   }

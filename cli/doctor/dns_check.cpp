@@ -4,7 +4,7 @@
 #include "cli/doctor/checks.h"
 #include "cli/doctor/service_records.h"
 #include "cli/doctor/shell_word.h"
-#include "cli/output.h"
+#include "cli/shown.h"
 
 namespace cli {
 

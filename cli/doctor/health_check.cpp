@@ -2,7 +2,7 @@
 
 #include <fokrazo/session.h>
 #include "cli/doctor/checks.h"
-#include "cli/output.h"
+#include "cli/shown.h"
 
 namespace cli {
 
@@ -39,22 +39,22 @@ const Advice& adviceFor(int result) {
 
 Findings checkHealth(Patient& patient) {
   Findings findings("health");
-  ValidationResult result = VR_SYSTEM_ERROR;
-  int value1 = 0;
-  int value2 = 0;
-  std::string message;
-  if (patient.daemon.session().systemHealthInfo(true, result, value1, value2, message) != 0) {
-    findings.problem("the daemon does not answer", "restart it", "systemctl restart brondalt");
+  const auto asked = patient.daemon.client().health(evenIfAway());
+  if (!asked) {
+    findings.problem(meaningOf(asked.status(), patient.daemon.socketPath()), "restart it",
+                     "systemctl restart brondalt");
     return findings;
   }
-  std::string text = LocalRpcSession::errorString(result);
-  if (!message.empty()) text += ": " + shown(message);
-  if (result == VR_SUCCESS) {
+  const Health& health = *asked;
+  std::string text = LocalRpcSession::errorString(health.result);
+  if (!health.text.empty()) text += ": " + shown(health.text);
+  if (health.result == VR_SUCCESS) {
     findings.ok(text);
     return findings;
   }
-  text += " (" + std::to_string(result) + ", " + std::to_string(value1) + ", " + std::to_string(value2) + ")";
-  const Advice& row = adviceFor(result);
+  text += " (" + std::to_string(health.result) + ", " + std::to_string(health.value1) + ", " +
+          std::to_string(health.value2) + ")";
+  const Advice& row = adviceFor(health.result);
   findings.problem(text, row.advice, row.command);
   return findings;
 }

@@ -2,7 +2,7 @@
 #include <fokrazo/osutil.h>
 #include <fokrazo/setting.h>
 #include "cli/doctor/checks.h"
-#include "cli/output.h"
+#include "cli/shown.h"
 
 namespace cli {
 

@@ -20,7 +20,7 @@
 #include <fokrazo/strutil.h>
 #include "cli/doctor/shell_word.h"
 #include "cli/doctor/tampering.h"
-#include "cli/output.h"
+#include "cli/shown.h"
 
 namespace cli {
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include <fokrazo/ascii.h>
-#include "cli/output.h"
+#include "cli/shown.h"
 
 namespace cli {
 

@@ -12,7 +12,7 @@
 #include "cli/doctor/shell_word.h"
 #include "cli/doctor/tampering.h"
 #include "cli/doctor/user_text.h"
-#include "cli/output.h"
+#include "cli/shown.h"
 
 namespace cli {
 

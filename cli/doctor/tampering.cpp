@@ -8,7 +8,7 @@
 #include <cstdlib>
 
 #include "cli/doctor/shell_word.h"
-#include "cli/output.h"
+#include "cli/shown.h"
 
 namespace cli {
 
