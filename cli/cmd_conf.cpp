@@ -1,4 +1,4 @@
-// The configuration file: conf get, set, unset, list, variables.
+// The configuration file: conf get, set, unset, list, keys, variables.
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,6 +11,7 @@
 #include <fokrazo/fixed_paths.h>
 #include <fokrazo/properties.h>
 #include "cli/command.h"
+#include "cli/doctor/configuration_keys.h"
 
 namespace cli {
 
@@ -138,6 +139,13 @@ ExitStatus list(Arguments& arguments, const ConfFile& file) {
   return kFound;
 }
 
+// Prints the keys that the library reads.
+ExitStatus keys(Arguments& arguments, const ConfFile& file) {
+  arguments.done();
+  for (const std::string& key : libraryKeys()) file.output.record(Record().text("key", key), key);
+  return kFound;
+}
+
 // Prints the values of the variables of the joined state.
 ExitStatus variables(Arguments& arguments, const ConfFile& file) {
   arguments.done();
@@ -155,15 +163,16 @@ ExitStatus variables(Arguments& arguments, const ConfFile& file) {
 constexpr struct {
   const char* name;
   ExitStatus (*run)(Arguments& arguments, const ConfFile& file);
-} kActions[] = {{"get", get}, {"set", set}, {"unset", unset}, {"list", list}, {"variables", variables}};
+} kActions[] = {{"get", get},   {"set", set},   {"unset", unset},
+                {"list", list}, {"keys", keys}, {"variables", variables}};
 
 ExitStatus conf(Invocation& invocation) {
   ConfFile file{paths::kConfigFile, invocation.output};
   invocation.arguments.option("--file", file.path);
-  const std::string action = invocation.arguments.operand("get, set, unset, list or variables");
+  const std::string action = invocation.arguments.operand("get, set, unset, list, keys or variables");
   for (const auto& row : kActions)
     if (action == row.name) return row.run(invocation.arguments, file);
-  throw UsageError("conf takes get, set, unset, list or variables, not '" + action + "'");
+  throw UsageError("conf takes get, set, unset, list, keys or variables, not '" + action + "'");
 }
 
 constexpr Option kOptions[] = {
@@ -175,10 +184,11 @@ constexpr Option kOptions[] = {
 constexpr char kNotes[] =
     "get KEY prints a value, set KEY VALUE changes it, and unset KEY removes it: its line\n"
     "becomes a comment. list prints all values, or those whose keys begin with PREFIX.\n"
+    "keys prints the keys that the library reads; .* stands for a dot and a name of your choice.\n"
     "variables prints the values of $JOINNAME and the other variables.\n";
 
 const Command kCommands[] = {
-    {"conf", "get KEY | set KEY VALUE … | unset KEY | list [PREFIX] | variables",
+    {"conf", "get KEY | set KEY VALUE … | unset KEY | list [PREFIX] | keys | variables",
      "read and change the configuration file", conf, kOptions, kNotes},
 };
 

@@ -64,7 +64,11 @@ if(FOKRAZO_TOOLS)
   install(DIRECTORY standin/sample DESTINATION ${CMAKE_INSTALL_DATADIR}/fokrazo COMPONENT tools)
   install(FILES man/fokrazo.1 man/brondalt-standin.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   install(FILES man/velmora.conf.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 COMPONENT tools)
-  install(FILES completion/fokrazo DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+  # Bash looks for a file named after the program.
+  foreach(program fokrazo brondalt-standin)
+    install(FILES completion/fokrazo DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program}
+            COMPONENT tools)
+  endforeach()
 endif()
 
 if(PROJECT_IS_TOP_LEVEL)

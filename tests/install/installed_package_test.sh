@@ -49,7 +49,7 @@ start_daemon "$place/root" "$source_dir" "$place/daemon"
 
 [ "$("$place/ten" "$place/daemon" lquispe)" = "lquispe 10060 /home/lquispe" ] || fail "the example found something else"
 for file in man/man1/fokrazo.1 man/man1/brondalt-standin.1 man/man3/fokrazo.3 man/man5/velmora.conf.5 \
-  fokrazo/sample/accounts.ldif bash-completion/completions/fokrazo doc/fokrazo/outcomes.md; do
+  fokrazo/sample/accounts.ldif bash-completion/completions/{fokrazo,brondalt-standin} doc/fokrazo/outcomes.md; do
   [ -s "$place/root/share/$file" ] || fail "$file is missing"
 done
 echo "installed package: all as expected"
