@@ -1,10 +1,14 @@
-// Many clients, each with a session, while the daemon is restarted, stopped, slow and faulty in turn: every
-// answer is right, every failure is reported, and nothing accumulates. A round takes some seconds; the
-// environment variable FOKRAZO_LOAD_ROUNDS sets their number.
+// Many sessions, and then the threads of a client, while the daemon is restarted, stopped, slow and faulty in
+// turn: every answer is right, every failure is reported, and nothing accumulates. A round takes some
+// seconds; the environment variable FOKRAZO_LOAD_ROUNDS sets their number.
 
+#include <malloc.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 
+#include <numeric>
+
+#include <fokrazo/client.h>
 #include "tests/support/operations.h"
 #include "tests/support/standin_process.h"
 #include "tests/support/world_test.h"
@@ -22,7 +26,7 @@ constexpr unsigned kThreads = kSanitized ? 16 : 64;
 constexpr long kAnswersOfPhase = kSanitized ? 500 : 3000;
 constexpr const char* kHugeReply = kSanitized ? "short%131" : "huge%131";
 constexpr long kPauseAfterFailure = 2;        // milliseconds
-constexpr long kMayGrow = 8 * 1024;           // KiB for each process
+constexpr long kMayGrow = 512;                // KiB for each process
 constexpr unsigned long kRestartEvery = 500;  // requests
 constexpr unsigned long kSignals = 20;
 
@@ -38,16 +42,57 @@ struct DaemonState {
   unsigned long requests, restarts;
 };
 
+constexpr size_t kLatest = 1000;  // milliseconds
+
 struct Totals {
   std::atomic<bool> over{false};
   std::atomic<long> right{0}, failures{0}, wrong{0};
+  // Of the calls that ended at their deadline or later: how many did so many milliseconds after it.
+  std::array<std::atomic<long>, kLatest + 1> late{};
 };
 
-long residentKilobytes() {
-  std::ifstream file("/proc/self/statm");
-  long total = 0, resident = 0;
-  file >> total >> resident;
-  return resident * (sysconf(_SC_PAGESIZE) / 1024);
+// A key, and the DN of the user that it is for; "none" if there is none.
+struct Known {
+  ObjectKey key;
+  std::string answer;
+};
+
+constexpr size_t kKeys = 4;  // for each user
+
+std::vector<Known> everyUser(LocalRpcSession& session) {
+  std::vector<Known> known;
+  session.startListUser();
+  thrownBy([&] {
+    while (true) {
+      const auto user = session.getUser2(NEXT_ENTRY, UNIX_ONLY);
+      for (const ObjectKey& key :
+           {ObjectKey(user->unixName()), ObjectKey(user->getSid()), ObjectKey(user->getId())})
+        known.push_back({key, user->getDN()});
+      known.push_back({"no " + user->unixName(), "none"});
+    }
+  });
+  return known;
+}
+
+// What a call answers; empty if it fails.
+std::string answerOf(const CallStatus& status) {
+  return status.result == VR_NO_REPLY_YET ? "" : text(status.result);
+}
+template <class T>
+std::string answerOf(const CallResult<T>& result) {
+  if (result) return text(result.share());
+  return result.status().outcome == CallOutcome::NotFound ? "none" : "";
+}
+template <class T>
+std::string answerOf(ObjectRange<T> range) {
+  while (range.next()) continue;
+  return range.status() ? text(range.count()) : "";
+}
+
+// Allocated memory, without what is free and retained for later.
+long usedKilobytes() {
+  const struct mallinfo2 memory = mallinfo2();
+  return static_cast<long>((memory.uordblks + memory.hblkhd) / 1024);
 }
 
 class LoadTest : public WorldTest {
@@ -83,11 +128,82 @@ class LoadTest : public WorldTest {
       }
     }
   }
-  void askInThreads() {
-    Thread::SetThreadsActive(true);
+  template <class Ask>
+  void inThreads(Ask ask) {
     std::vector<std::thread> threads;
-    for (unsigned i = 0; i < kThreads; ++i) threads.emplace_back([this, i] { ask(i); });
+    for (unsigned i = 0; i < kThreads; ++i) threads.emplace_back(ask, i);
     for (std::thread& thread : threads) thread.join();
+  }
+
+  // --- Through a client ---
+
+  void judge(const std::string& answer, const std::string& expected) {
+    if (answer == expected) {
+      ++m_totals->right;
+    } else if (answer.empty()) {
+      ++m_totals->failures;
+      pause::forMilliseconds(kPauseAfterFailure);
+    } else {
+      ++m_totals->wrong;
+      fprintf(stderr, "%s instead of %s\n", answer.c_str(), expected.c_str());
+    }
+  }
+
+  // What `call` returns. Notes how late it does.
+  template <class Call>
+  auto within(const CallOptions& options, Call call) {
+    using namespace std::chrono;
+    const auto end = steady_clock::now() + *options.deadline;
+    auto result = call();
+    const auto late = duration_cast<milliseconds>(steady_clock::now() - end).count();
+    if (late >= 0) ++m_totals->late[std::min<size_t>(late, kLatest)];
+    return result;
+  }
+
+  void askOne(Client& client, size_t number, const CallOptions& options) {
+    const auto& [key, answer] = known(number);
+    judge(answerOf(within(options, [&, &key = key] { return client.user(key, 0, options); })), answer);
+  }
+  void askMany(Client& client, size_t number, const CallOptions& options) {
+    std::vector<ObjectKey> keys;
+    while (keys.size() < 20) keys.push_back(known(number + keys.size()).key);
+    const auto results = within(options, [&] { return client.users(keys, 0, options); });
+    for (size_t i = 0; i < keys.size(); ++i) judge(answerOf(results[i]), known(number + i).answer);
+  }
+  void askOther(Client& client, size_t number, const CallOptions& options) {
+    const Shredder word("Paper-boat-42");
+    const std::pair<std::function<std::string()>, std::string> questions[] = {
+        {[&] { return answerOf(client.users(UNIX_ONLY, options)); }, text(m_known.size() / kKeys)},
+        {[&] { return answerOf(client.search("", "", "(objectClass=group)", {}, ScopeSubtree, 5, options)); },
+         "11"},
+        {[&] { return answerOf(client.authenticate("lquispe", word, options)); }, "0"},
+        {[&] { return answerOf(client.changePassword("nobody", word, word, options)); }, "1"},
+        {[&] { return answerOf(client.group("Büro", 0, options)); },
+         "CN=Büro,OU=Groups,OU=Corp,DC=example,DC=com"},
+    };
+    const auto& [ask, answer] = questions[number % std::size(questions)];
+    judge(ask(), answer);
+  }
+
+  // All threads share two clients, one of which keeps some answers.
+  void askThroughClients() {
+    constexpr int kDeadlines[] = {50, 200, 1000};  // milliseconds
+    ClientOptions options;
+    options.socketPath = m_standin->socket();
+    options.trustedPeer = geteuid();
+    Client client(options);
+    options.cache.entries = 4;  // few, so that the daemon is asked, too
+    Client keeping(options);
+    inThreads([&](size_t seed) {
+      for (size_t i = 97 * seed; !m_totals->over; ++i) {
+        const auto ask = i % 8 == 0   ? &LoadTest::askMany
+                         : i % 8 == 1 ? &LoadTest::askOther
+                                      : &LoadTest::askOne;
+        CallOptions limits;
+        limits.deadline = std::chrono::milliseconds(kDeadlines[i % 3]);
+        (this->*ask)(i / 8 % 2 == 0 ? client : keeping, i / 8 + i, limits);
+      }
+    });
   }
 
   // In its own process: works, and ends with no more descriptors and memory than at its start.
@@ -97,9 +213,9 @@ class LoadTest : public WorldTest {
     if (pid != 0) return m_children.push_back(pid);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) _exit(1);  // the parent ended before the line above
-    const long descriptors = openDescriptors(), memory = residentKilobytes();
+    const long descriptors = openDescriptors(), memory = usedKilobytes();
     work();
-    const long opened = openDescriptors() - descriptors, grown = residentKilobytes() - memory;
+    const long opened = openDescriptors() - descriptors, grown = usedKilobytes() - memory;
     const bool isFlat = opened == 0 && (kSanitized || grown < kMayGrow);
     if (!isFlat) fprintf(stderr, "%ld descriptors and %ld KiB more\n", opened, grown);
     _exit(isFlat ? 0 : 1);
@@ -169,32 +285,58 @@ class LoadTest : public WorldTest {
     }
   }
 
+  // While the processes work.
+  void run() {
+    const char* wanted = getenv("FOKRAZO_LOAD_ROUNDS");
+    for (int left = wanted ? atoi(wanted) : 1; left > 0 && !HasFailure(); --left) {
+      restartByRequests();
+      restartBySignals();
+      misbehave();
+    }
+    m_standin->restart({});
+    m_totals->over = true;
+    for (const pid_t child : m_children) {
+      int status = -1;
+      waitpid(child, &status, 0);
+      EXPECT_EQ(status, 0);
+    }
+    const long right = m_totals->right, failures = m_totals->failures, wrong = m_totals->wrong;
+    printf("%ld operations, %ld right answers, %ld failures, %ld wrong answers\n", right + failures + wrong,
+           right, failures, wrong);
+    EXPECT_EQ(wrong, 0);
+  }
+
+  const Known& known(size_t number) const { return m_known[number % m_known.size()]; }
+
   Totals* m_totals = nullptr;
+  std::vector<Known> m_known;
   std::unique_ptr<StandinProcess> m_standin;
   std::vector<pid_t> m_children;
 };
 
 TEST_F(LoadTest, EveryAnswerIsRightWhateverTheDaemonDoes) {
-  const char* wanted = getenv("FOKRAZO_LOAD_ROUNDS");
   fflush(nullptr);
   for (unsigned i = 0; i < kProcesses; ++i) inProcess([this, i] { ask(i); });
-  inProcess([this] { askInThreads(); });
-  for (int left = wanted ? atoi(wanted) : 1; left > 0 && !HasFailure(); --left) {
-    restartByRequests();
-    restartBySignals();
-    misbehave();
+  inProcess([this] {
+    Thread::SetThreadsActive(true);
+    inThreads([this](unsigned seed) { ask(seed); });
+  });
+  run();
+}
+
+TEST_F(LoadTest, EveryCallOfAClientIsRightAndReturns) {
+  {
+    LocalRpcSession session(m_standin->socket(), false, false);
+    m_known = everyUser(session);
   }
-  m_standin->restart({});
-  m_totals->over = true;
-  for (const pid_t child : m_children) {
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-  }
-  const long right = m_totals->right, failures = m_totals->failures, wrong = m_totals->wrong;
-  printf("%ld operations, %ld right answers, %ld failures, %ld wrong answers\n", right + failures + wrong,
-         right, failures, wrong);
-  EXPECT_EQ(wrong, 0);
+  ASSERT_FALSE(m_known.empty());
+  fflush(nullptr);
+  inProcess([this] { askThroughClients(); });
+  run();
+  const long all = std::accumulate(m_totals->late.begin(), m_totals->late.end(), 0L);
+  size_t within = 0;
+  for (long left = all - all / 100; within < kLatest && (left -= m_totals->late[within]) > 0;) ++within;
+  printf("%ld calls lasted until their deadline, 99%% of them at most %zu ms longer\n", all, within + 1);
 }
 
 }  // namespace
