@@ -13,7 +13,9 @@ trap '[ ! -e pid ] || end KILL; cd /; rm -rf "$place"' EXIT
 
 # The words of the transcript beside the programs' own.
 standin() { brondalt-standin --socket daemon --ldif accounts.ldif "$@"; }
-ask() { fokrazo --socket daemon --peer-uid "$(id -u)" "$@"; }
+ask() {  # without the tool's advice, which is not about the stand-in
+  { fokrazo --socket daemon --peer-uid "$(id -u)" "$@" 2>&1 >&3 3>&- | sed '/^  /d' >&2; } 3>&1
+}
 try() { local user=$1 word; shift; for word; do ask auth --password-fd 0 "$user" <<<"$word" || true; done; }
 end() {  # end SIGNAL: sends it to the process of the file `pid`, and waits for its end
   local pid
