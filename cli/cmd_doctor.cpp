@@ -21,6 +21,7 @@ constexpr struct Check {
     {"daemon", checkDaemon, true},
     {"ping", checkPing, true},
     {"health", checkHealth, true},
+    {"clock", checkClock, true},
     {"joined", checkJoined, false},
     {"dns", checkDns, false},
     {"configuration", checkConfiguration, false},
@@ -76,6 +77,7 @@ constexpr char kNotes[] =
     "  daemon         the process that answers\n"
     "  ping           the time of an exchange\n"
     "  health         what the daemon says about itself\n"
+    "  clock          this host's clock, compared with the domain's\n"
     "  joined         the joined state of this machine\n"
     "  dns            the domain's servers, as the name servers know them\n"
     "  configuration  the configuration file: its mode, misspelled keys and wrong values\n"

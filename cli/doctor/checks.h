@@ -32,6 +32,8 @@ Findings checkDaemon(Patient& patient);
 Findings checkPing(Patient& patient);
 /// What the daemon says about its own condition.
 Findings checkHealth(Patient& patient);
+/// The difference between this host's clock and the domain's.
+Findings checkClock(Patient& patient);
 /// The domain controllers in DNS. Nothing if the machine is not joined.
 Findings checkDns(Patient& patient);
 /// The machine's joined state.

@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include <fokrazo/session.h>
+#include "cli/doctor/call_finding.h"
 #include "cli/doctor/checks.h"
 #include "cli/doctor/shell_word.h"
 #include "cli/doctor/user_text.h"
@@ -40,12 +41,7 @@ Findings checkDaemon(Patient& patient) {
   };
   const vesk::CallStatus call =
       patient.daemon.client().call("connect", vesk::Client::Repeat::Harmless, look, evenIfAway());
-  if (!call.ok()) {
-    patient.state = Patient::Away;
-    findings.problem(meaningOf(call, patient.daemon.socketPath()),
-                     "the daemon ended without removing its socket, or accepts no connections; restart it",
-                     "systemctl restart brondalt");
-  }
+  if (!call.ok()) addFailedCall(findings, patient, call);
   return findings;
 }
 

@@ -1,6 +1,7 @@
 #include <string>
 
 #include <fokrazo/session.h>
+#include "cli/doctor/call_finding.h"
 #include "cli/doctor/checks.h"
 #include "cli/shown.h"
 
@@ -41,8 +42,7 @@ Findings checkHealth(Patient& patient) {
   Findings findings("health");
   const auto asked = patient.daemon.client().health(evenIfAway());
   if (!asked) {
-    findings.problem(meaningOf(asked.status(), patient.daemon.socketPath()), "restart it",
-                     "systemctl restart brondalt");
+    addFailedCall(findings, patient, asked.status());
     return findings;
   }
   const Health& health = *asked;

@@ -1,6 +1,7 @@
 #include <chrono>
 #include <cstdio>
 
+#include "cli/doctor/call_finding.h"
 #include "cli/doctor/checks.h"
 
 namespace cli {
@@ -19,15 +20,7 @@ Findings checkPing(Patient& patient) {
   const auto start = std::chrono::steady_clock::now();
   const CallStatus call = patient.daemon.client().ping(evenIfAway());
   if (!call.ok()) {
-    const bool isRefused = call.outcome == CallOutcome::Refused;
-    patient.state = isRefused ? Patient::Refuses : Patient::Away;
-    if (isRefused)
-      findings.problem(meaningOf(call, patient.daemon.socketPath()),
-                       "the daemon refuses this user; its log says why", kLog);
-    else
-      findings.problem(meaningOf(call, patient.daemon.socketPath()),
-                       "the daemon hangs, or the process that answers is not the daemon; restart it",
-                       "systemctl restart brondalt");
+    addFailedCall(findings, patient, call);
     return findings;
   }
   const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;

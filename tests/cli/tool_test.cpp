@@ -1,6 +1,10 @@
 // What the stand-in cannot show: fokrazo doctor with an unhealthy daemon, and what the tool sends. Everything
 // else is in transcript.txt.
 
+#include <regex>
+
+#include <fokrazo/adserializer.h>
+#include "tests/support/objects.h"
 #include "tests/support/scripted_peer.h"
 #include "tests/support/wire.h"
 #include "tests/support/world_test.h"
@@ -55,6 +59,34 @@ TEST_F(ToolTest, DoctorReportsTheDaemonsHealth) {
     const Ran ran = run("fokrazo --socket " + in("daemon") + " doctor daemon ping health");
     EXPECT_EQ(ran.status, 1);
     EXPECT_NE(ran.out.find(row.finding), std::string::npos) << ran.out;
+    EXPECT_TRUE(peer.finished());
+  }
+}
+
+TEST_F(ToolTest, DoctorComparesTheClocks) {
+  const std::tuple<int, std::string, int, const char*> rows[] = {
+      {0, "", 0, "ok       clock: .* the domain's\n"},
+      {-40, "", 0, "ok       clock: [0-9]+ s ahead of the domain's\n"},
+      {90, "", 0,
+       "warning  clock: 1 min [0-9]+ s behind the domain's; Kerberos refuses logins above 5 min\n[^]*"},
+      {-7210, "", 1,
+       "problem  clock: 2 h [0-9]+ s ahead of the domain's; Kerberos refuses logins above 5 min\n[^]*"},
+      {0, "yesterday", 0,
+       "warning  clock: the domain's time is unknown: the directory does not tell it\n[^]*"},
+  };
+  for (const auto& [offset, value, exitStatus, finding] : rows) {
+    ScriptedPeer peer(in("daemon"));
+    peer.expect(request(16, octets("") + octets("") + octets("(objectClass=*)") +
+                                sequence(octets("currentTime")) + integer(0) + integer(1) + integer(0)));
+    const time_t remote = time(nullptr) + offset;
+    char text[32];
+    strftime(text, sizeof text, "%Y%m%d%H%M%S.0Z", gmtime(&remote));
+    vesk::ADObject root = objectOf("", "currentTime=" + (value.empty() ? text : value));
+    const vesk::ADSerializer& blob = *root.getSerialized();
+    peer.send(answer(0, integer(1) + octets(std::string(blob.data(), blob.size()))));
+    const Ran ran = run("fokrazo --socket " + in("daemon") + " doctor clock");
+    EXPECT_EQ(ran.status, exitStatus) << ran.out;
+    EXPECT_TRUE(std::regex_match(ran.out, std::regex(finding))) << ran.out;
     EXPECT_TRUE(peer.finished());
   }
 }
