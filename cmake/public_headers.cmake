@@ -1,6 +1,7 @@
 # All public headers, in include/fokrazo; fokrazo.h includes the others.
 set(FOKRAZO_PUBLIC_HEADERS
   account_name.h
+  account_state.h
   adattribute.h
   adobject.h
   adserializer.h

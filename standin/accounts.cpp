@@ -9,6 +9,7 @@
 #include <fokrazo/sid.h>
 #include <fokrazo/strutil.h>
 #include <fokrazo/well_known_sid.h>
+#include "standin/attribute_map.h"
 #include "standin/directory.h"
 #include "standin/error.h"
 #include "standin/file_time.h"
@@ -18,10 +19,8 @@ namespace {
 
 using vesk::ValidationResult;
 
-// Bits of userAccountControl and of its computed companion.
-constexpr int64_t kAccountDisabled = 0x2;
+/// Bit of the computed companion of userAccountControl.
 constexpr int64_t kAccountLocked = 0x10;
-constexpr int64_t kNeverExpires = 0x10000;
 constexpr char kComputedControl[] = "msDS-User-Account-Control-Computed";
 /// Bit of the domain's pwdProperties.
 constexpr int64_t kComplexityWanted = 1;
@@ -82,13 +81,12 @@ ValidationResult Accounts::validate(EntryId account, const std::string& password
   return result == vesk::VR_SUCCESS && mustChange(account) ? vesk::VR_PASSWORD_EXPIRED : result;
 }
 
+vesk::AccountState Accounts::stateNow(EntryId account) const {
+  return vesk::AccountState(AttributeMap(m_directory).object(account, {}), time(nullptr));
+}
+
 ValidationResult Accounts::state(EntryId account) const {
-  const Entry& entry = m_directory[account];
-  if (entry.number(AD_USER_ACCNT_CONTROL) & kAccountDisabled) return vesk::VR_ACCOUNT_DISABLED;
-  if (entry.number(kComputedControl) & kAccountLocked) return vesk::VR_ACCOUNT_LOCKED;
-  FileTime expires = entry.number(AD_USER_EXPIRE);
-  if (!isNever(expires) && expires <= fromUnixTime(time(nullptr))) return vesk::VR_ACCOUNT_EXPIRED;
-  return vesk::VR_SUCCESS;
+  return stateNow(account).accountResult();
 }
 
 ValidationResult Accounts::checkPassword(EntryId account, const std::string& password) {
@@ -109,8 +107,7 @@ ValidationResult Accounts::checkPassword(EntryId account, const std::string& pas
 }
 
 bool Accounts::mustChange(EntryId account) const {
-  const Entry& entry = m_directory[account];
-  return entry.first(AD_PWCHG_LAST) == "0" && !(entry.number(AD_USER_ACCNT_CONTROL) & kNeverExpires);
+  return stateNow(account).mustChangePassword() == vesk::AccountState::Fact::Yes;
 }
 
 ValidationResult Accounts::change(EntryId account, const std::string& old, const std::string& wanted) {

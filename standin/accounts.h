@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include <fokrazo/account_state.h>
 #include <fokrazo/validation_result.h>
 #include "standin/membership.h"
 
@@ -14,10 +15,10 @@ namespace standin {
 class Directory;
 
 /// Checks and changes passwords. They are kept in plain text, only in memory: disposable passwords for
-/// development. An account without a password cannot log in. An account that is disabled, locked or expired
-/// is refused, and so, with its own result, is one that must change its password. The domain's policy applies
-/// to new passwords (length, complexity) and to wrong ones (lockout). Password ages are ignored, so that a
-/// sample directory does not expire. Thread-safety: one thread at a time.
+/// development. An account without a password cannot log in. An account that is disabled, locked or expired,
+/// or outside its logon hours, is refused, and so, with its own result, is one that must change its password.
+/// The domain's policy applies to new passwords (length, complexity) and to wrong ones (lockout). Password
+/// ages are ignored, so that a sample directory does not expire. Thread-safety: one thread at a time.
 class Accounts {
  public:
   /// `directory` must outlive this object, which updates it: password changes, lockouts.
@@ -57,6 +58,7 @@ class Accounts {
   };
 
   vesk::ValidationResult checkPassword(EntryId account, const std::string& password);
+  vesk::AccountState stateNow(EntryId account) const;
   bool mustChange(EntryId account) const;
   void store(EntryId account, const std::string& password);
   int64_t domainNumber(const char* attribute) const;

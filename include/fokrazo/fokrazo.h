@@ -2,6 +2,7 @@
 #pragma once
 
 #include <fokrazo/account_name.h>
+#include <fokrazo/account_state.h>
 #include <fokrazo/adattribute.h>
 #include <fokrazo/adobject.h>
 #include <fokrazo/adserializer.h>
