@@ -1,8 +1,11 @@
 // The daemon, and its knowledge of the domain: health, info, domain, spn, roles, flush, policy,
-// network-changed.
+// network-changed, cache.
+
+#include <sstream>
 
 #include <fokrazo/adobject.h>
 #include <fokrazo/session.h>
+#include <fokrazo/strutil.h>
 #include "cli/command.h"
 #include "cli/result.h"
 #include "cli/views.h"
@@ -59,7 +62,7 @@ ExitStatus health(Invocation& invocation) {
 ExitStatus mapDomain(Invocation& invocation, const std::string& name) {
   std::string first;
   std::string second;
-  invocation.daemon.ask("domain", Client::Repeat::Never, name,
+  invocation.daemon.ask("domain", Client::Repeat::Harmless, name,
                         [&](LocalRpcSession& session) { session.mapDomain(name, first, second, 0); });
   invocation.output.record(Record().text("first", first).text("second", second),
                            shown(first) + ' ' + shown(second));
@@ -73,7 +76,7 @@ ExitStatus domain(Invocation& invocation) {
   invocation.arguments.done();
   if (isMap) return mapDomain(invocation, name);
   std::string domain;
-  invocation.daemon.ask("domain", Client::Repeat::Never, name, [&](LocalRpcSession& session) {
+  invocation.daemon.ask("domain", Client::Repeat::Harmless, name, [&](LocalRpcSession& session) {
     domain = isNtlm ? session.getNtlmDomain(name) : session.getADDomain(name);
   });
   return printText(invocation.output, "domain", domain);
@@ -129,6 +132,38 @@ ExitStatus policy(Invocation& invocation) {
   return printText(invocation.output, "message", text);
 }
 
+// The lines "name: value" of the daemon's information that are about its cache.
+Record cacheLines(const std::string& info) {
+  Record record;
+  std::istringstream lines(info);
+  for (std::string line; std::getline(lines, line);) {
+    const size_t colon = line.find(": ");
+    if (startsWith(line, "cache", false, false) && colon != std::string::npos)
+      record.text(line.substr(0, colon), line.substr(colon + 2));
+  }
+  return record;
+}
+
+ExitStatus dumpCache(Invocation& invocation) {
+  std::vector<std::string> texts = invocation.arguments.operands();
+  if (texts.size() > 3) throw UsageError("cache --dump takes at most three texts");
+  texts.resize(3);
+  const auto ask = [&](LocalRpcSession& session) { session.dumpCache(texts[0], texts[1], texts[2]); };
+  return report(invocation.output, invocation.daemon.ask("cache", Client::Repeat::Harmless, "", ask));
+}
+
+ExitStatus cache(Invocation& invocation) {
+  if (invocation.arguments.flag("--dump")) return dumpCache(invocation);
+  invocation.arguments.done();
+  std::string info;
+  invocation.daemon.ask("cache", Client::Repeat::Harmless, "",
+                        [&](LocalRpcSession& session) { info = session.getSystemInfo(0); });
+  const Record record = cacheLines(info);
+  if (record.isEmpty()) throw RefusedError("cache: the daemon says nothing about a cache");
+  invocation.output.record(record);
+  return kFound;
+}
+
 ExitStatus networkChanged(Invocation& invocation) {
   invocation.arguments.done();
   const auto ask = [](LocalRpcSession& session) { session.networkChange(); };
@@ -140,6 +175,7 @@ constexpr Option kDomainOptions[] = {
     {"--ntlm", nullptr, "show the short (NetBIOS) name of the domain"},
     {"--map", nullptr, "show both names"},
 };
+constexpr Option kCacheOptions[] = {{"--dump", nullptr, "have the daemon write its cache to its log"}};
 constexpr Option kFlushOptions[] = {{"--key", "KEY", "remove only this object"}};
 
 const Command kCommands[] = {
@@ -150,6 +186,8 @@ const Command kCommands[] = {
     {"roles", "USER", "show a user's roles", roles, {}},
     {"flush", "[CACHE …]", "flush the daemon's caches", flush, kFlushOptions,
      "Caches: objects (default), dns, auth, expire, trusts, binding, pmon, health.\n"},
+    {"cache", "[TEXT …]", "show what the daemon says about its cache", cache, kCacheOptions,
+     "Only the daemon knows what the texts for --dump mean; most need none.\n"},
     {"policy", "[USER]", "refresh the computer's policy, or a user's", policy, {}},
     {"network-changed", "", "tell the daemon that the network has changed", networkChanged, {}},
 };

@@ -48,6 +48,8 @@ Family objectCommands();
 Family configurationCommands();
 Family machineCommands();
 Family doctorCommands();
+Family watchCommands();
+Family scriptCommands();
 Family helpCommands();
 
 /// All families, in the order of --help.

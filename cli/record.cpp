@@ -1,5 +1,7 @@
 #include "cli/record.h"
 
+#include <cstdio>
+
 #include "cli/shown.h"
 
 namespace cli {
@@ -17,6 +19,12 @@ std::string quoted(const std::string& value) {
 
 }  // namespace
 
+std::string textOf(std::chrono::duration<double, std::milli> value) {
+  char text[32];
+  snprintf(text, sizeof text, "%.1f", value.count());
+  return text;
+}
+
 Record& Record::text(const std::string& name, const std::string& value) {
   m_fields.push_back({name, Kind::Text, {value}});
   return *this;
@@ -24,6 +32,11 @@ Record& Record::text(const std::string& name, const std::string& value) {
 
 Record& Record::number(const std::string& name, long long value) {
   m_fields.push_back({name, Kind::Plain, {std::to_string(value)}});
+  return *this;
+}
+
+Record& Record::milliseconds(const std::string& name, std::chrono::duration<double, std::milli> value) {
+  m_fields.push_back({name, Kind::Plain, {textOf(value)}});
   return *this;
 }
 

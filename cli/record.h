@@ -1,17 +1,23 @@
 /// Named values, as JSON or as lines.
 #pragma once
 
+#include <chrono>
 #include <list>
 #include <string>
 #include <vector>
 
 namespace cli {
 
+/// Milliseconds with one decimal.
+std::string textOf(std::chrono::duration<double, std::milli> value);
+
 /// Named values in the order of addition.
 class Record {
  public:
   Record& text(const std::string& name, const std::string& value);
   Record& number(const std::string& name, long long value);
+  /// With one decimal.
+  Record& milliseconds(const std::string& name, std::chrono::duration<double, std::milli> value);
   Record& boolean(const std::string& name, bool value);
   Record& texts(const std::string& name, const std::list<std::string>& values);
   /// Values that are JSON already, such as records.
@@ -21,6 +27,7 @@ class Record {
   /// Puts a text before all other fields.
   Record& first(const std::string& name, const std::string& value);
 
+  bool isEmpty() const { return m_fields.empty(); }
   /// {"name":"value", …}; names and values as in shown().
   std::string json() const;
   /// One "name: value" line for each value.

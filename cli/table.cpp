@@ -31,9 +31,10 @@ std::string Table::text() const {
     for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], widthOf(row[i]));
   std::string out;
   for (const auto& row : m_rows) {
-    for (size_t i = 0; i + 1 < row.size(); ++i)
-      out += row[i] + std::string(widths[i] - widthOf(row[i]) + kGap, ' ');
-    out += row.back() + '\n';
+    std::string line;
+    for (size_t i = 0; i < row.size(); ++i)
+      line += row[i] + std::string(widths[i] - widthOf(row[i]) + kGap, ' ');
+    out += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
   }
   return out;
 }

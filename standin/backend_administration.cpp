@@ -58,6 +58,7 @@ const LdifBackend::StateRow LdifBackend::kState[] = {
        return std::string(backend.m_networkHasChanged ? "has changed" : "unchanged");
      }},
     {"restarts", [](const LdifBackend& backend) { return std::to_string(backend.m_statistics.restarts); }},
+    {"cache", [](const LdifBackend&) { return std::string("none; the whole directory is in memory"); }},
 };
 
 void LdifBackend::flushCache(const Caller&, vesk::ADObject, unsigned, const std::string&, DoneStatus done) {

@@ -122,7 +122,8 @@ class FOKRAZO_API LocalRpcSession {
   /// throw, whatever was received.
   ValidationResult updateVRErrInfo(IPCReply& reply);
   /// What the status block of the last operation's reply said; VR_NO_REPLY_YET if there was none, because the
-  /// operation has failed before or its reply has no such block (ping and stop).
+  /// operation has failed before or its reply has no such block (ping and stop). If the daemon sends that
+  /// very number, it reads as VR_UNSPECIFIED_ERROR here.
   ValidationResult lastResult() const { return m_lastResult; }
   /// The text of a result; "unexpected error" for an unknown number.
   static std::string errorString(ValidationResult value);

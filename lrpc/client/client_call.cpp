@@ -121,7 +121,13 @@ void ClientCall::takeFailure(LocalRpcSession& session, const VESKException* erro
   else if (result == VR_SUCCESS)
     m_status.outcome = error ? CallOutcome::MalformedReply : CallOutcome::LocalFailure;
   else
-    takeResult(session);
+    takeRefusal(session, error);
+}
+
+// The daemon's own words say more than those of the session.
+void ClientCall::takeRefusal(const LocalRpcSession& session, const VESKException* error) {
+  if (!isA<IPCException>(error) && !session.statusMessage().empty()) m_status.text.clear();
+  takeResult(session);
 }
 
 CallOutcome ClientCall::stopOutcome() const {

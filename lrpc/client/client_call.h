@@ -66,6 +66,7 @@ class ClientCall {
  private:
   void takeReply(LocalRpcSession& session, const CallScope& scope);
   void takeFailure(LocalRpcSession& session, const VESKException* error);
+  void takeRefusal(const LocalRpcSession& session, const VESKException* error);
   void takeResult(const LocalRpcSession& session);
   CallOutcome stopOutcome() const;
   CallOutcome failureOutcome(const VESKException* error) const;

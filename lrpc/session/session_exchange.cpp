@@ -129,7 +129,7 @@ ValidationResult LocalRpcSession::updateVRErrInfo(IPCReply& reply) {
     m_healthMessage = reply.getString();
   } catch (const VESKException&) {  // the block may be shorter
   }
-  m_lastResult = result;
+  m_lastResult = result == VR_NO_REPLY_YET ? VR_UNSPECIFIED_ERROR : result;  // a daemon must not send it
   return result;
 }
 

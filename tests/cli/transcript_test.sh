@@ -27,6 +27,7 @@ wrong() {  # a command line that is wrong: its complaint without the advice that
   sed "/^  'fokrazo help' lists/d" "$place/complaint"
   return "$status"
 }
+typing() { "$source_dir/tests/cli/typing.py" "$@"; }
 configured() {  # configured TEXT: what doctor says about a configuration file of that text
   printf '%b\n' "$1" >/etc/velmora/velmora.conf
   fokrazo doctor configuration
@@ -34,6 +35,13 @@ configured() {  # configured TEXT: what doctor says about a configuration file o
 
 cd /var/velmora
 transcript "$source_dir/tests/cli/transcript.txt"
+
+if python3 -c 'import pty; pty.openpty()' 2>/dev/null; then
+  daemon
+  transcript "$source_dir/tests/cli/terminal.txt"
+else
+  echo "left out: terminals, of which there are none"
+fi
 
 if setpriv --reuid=10060 --clear-groups true 2>/dev/null; then
   start_impostor "$build_dir" "$source_dir" /var/velmora/daemon 10060

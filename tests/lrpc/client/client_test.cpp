@@ -77,6 +77,7 @@ TEST_F(ClientTest, EveryReplyHasItsOutcome) {
       {kMissing, "not found | 17 | reading the reply"},
       {answer(VR_SERVER_UNREACHABLE), "the daemon cannot tell now | 16 | reading the reply"},
       {answer(VR_PROCESS_AUTH_FAILED), "refused | 20 | reading the reply"},
+      {answer(VR_NO_REPLY_YET), "the daemon cannot tell now | 13 | reading the reply"},
       {answer(VR_SUCCESS), "the reply cannot be read | 48 | reading the reply"},
       {answer(VR_SUCCESS, octets("no blob")), "the reply cannot be read | 48 | reading the reply"},
       {reply(IPC_SUCCESS), "the reply cannot be read | 48 | reading the reply"},
