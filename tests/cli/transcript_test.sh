@@ -37,7 +37,7 @@ cd /var/velmora
 transcript "$source_dir/tests/cli/transcript.txt"
 
 if python3 -c 'import pty; pty.openpty()' 2>/dev/null; then
-  daemon
+  daemon --foreground
   transcript "$source_dir/tests/cli/terminal.txt"
 else
   echo "left out: terminals, of which there are none"
@@ -51,7 +51,7 @@ if setpriv --reuid=10060 --clear-groups true 2>/dev/null; then
   fokrazo --peer-uid 10060 auth --password-fd 0 lquispe <<<Paper-boat-42 >/dev/null || fail "a user's own daemon"
   findings=$(fokrazo doctor) || true
   [[ $findings == *"find out who that is first"*"a stand-in or an impostor"* ]] || fail "doctor does not see an impostor"
-  daemon
+  daemon --foreground
   chown 0 . && chmod 0600 daemon
   findings=$(setpriv --reuid=10060 --clear-groups "$build_dir/bin/fokrazo" doctor socket) || true
   [[ $findings == *"this user may not open it"*"run: chmod a+rw /var/velmora/daemon"* ]] || fail "a closed socket: $findings"
