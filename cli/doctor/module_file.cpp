@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -31,6 +32,7 @@ const ModuleKind kPamModule = {"pam_fokrazo.so", "/security", "pam_sm_authentica
 namespace {
 
 constexpr std::chrono::seconds kLongestLoading(5);
+constexpr size_t kLongestFault = 300;  // what is shown of a message
 constexpr int kDeepestInclude = 8;
 constexpr char kLoaderConfig[] = "/etc/ld.so.conf";
 
@@ -86,9 +88,9 @@ std::vector<std::string> libraryFolders() {
   _exit(written == static_cast<ssize_t>(failure.size()) ? 0 : 1);
 }
 
-// Reads until the other end is closed or the time is over, at most `size` bytes. Returns whether it was
+// Reads until the other end is closed or the time is over, and keeps the beginning. Returns whether it was
 // closed.
-bool readWithin(int fd, std::chrono::steady_clock::time_point end, std::string& text, size_t size) {
+bool readWithin(int fd, std::chrono::steady_clock::time_point end, std::string& text) {
   for (;;) {
     const auto left =
         std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
@@ -98,7 +100,7 @@ bool readWithin(int fd, std::chrono::steady_clock::time_point end, std::string& 
     char buffer[512];
     const ssize_t count = read(fd, buffer, sizeof buffer);
     if (count <= 0) return true;
-    if (text.size() < size) text.append(buffer, static_cast<size_t>(count));
+    text.append(buffer, std::min(static_cast<size_t>(count), kLongestFault - text.size()));
   }
 }
 
@@ -123,7 +125,7 @@ std::string loadingFault(const ModuleKind& kind, const std::string& path) {
   close(ends[1]);
   std::string failure;
   const auto end = std::chrono::steady_clock::now() + kLongestLoading;
-  const bool hasEnded = child > 0 && readWithin(ends[0], end, failure, 4096);
+  const bool hasEnded = child > 0 && readWithin(ends[0], end, failure);
   close(ends[0]);
   if (child < 0) return std::string("no process: ") + strerror(errno);
   if (!hasEnded) kill(child, SIGKILL);
