@@ -4,15 +4,6 @@
 
 namespace example {
 
-using vesk::CallOptions;
-using vesk::CallResult;
-using vesk::Client;
-using vesk::Group;
-using vesk::GroupRange;
-using vesk::ObjectKey;
-using vesk::User;
-using vesk::UserRange;
-
 namespace {
 
 constexpr char kPasswordElsewhere[] = "x";  // in passwd and group
@@ -38,14 +29,6 @@ bool isUsableId(uint32_t id) {
   return id != 0 && id != UINT32_MAX;
 }
 
-CallResult<const User> Users::find(Client& client, const ObjectKey& key) {
-  return client.user(key, vesk::UNIX_ONLY);
-}
-
-UserRange Users::list(Client& client, const CallOptions& options) {
-  return client.users(vesk::UNIX_ONLY, options);
-}
-
 bool Users::isUsable(const View& user) {
   return user.isUnix() && isUsableId(user.getId()) && isUsableId(user.gid()) &&
          isUsableName(user.unixName()) && vesk::isSafeAccountPath(user.home()) &&
@@ -66,14 +49,6 @@ passwd Users::write(const View& user, CallerBuffer& buffer) {
   return entry;
 }
 
-CallResult<const Group> Groups::find(Client& client, const ObjectKey& key) {
-  return client.group(key, vesk::UNIX_ONLY | vesk::GROUP_MEMBERSHIP);
-}
-
-GroupRange Groups::list(Client& client, const CallOptions& options) {
-  return client.groups(vesk::UNIX_ONLY, options);
-}
-
 bool Groups::isUsable(const View& group) {
   return group.isUnix() && isUsableId(group.getId()) && isUsableName(group.unixName());
 }
@@ -87,14 +62,6 @@ group Groups::write(const View& view, CallerBuffer& buffer) {
   entry.gr_gid = view.getId();
   entry.gr_mem = buffer.texts(members);
   return entry;
-}
-
-CallResult<const User> Shadows::find(Client& client, const ObjectKey& key) {
-  return client.shadow(key.name());
-}
-
-UserRange Shadows::list(Client& client, const CallOptions& options) {
-  return client.shadows(options);
 }
 
 spwd Shadows::write(const View& user, CallerBuffer& buffer) {

@@ -18,8 +18,12 @@ struct Users {
   using Range = vesk::UserRange;
   using Entry = passwd;
 
-  static vesk::CallResult<const View> find(vesk::Client& client, const vesk::ObjectKey& key);
-  static Range list(vesk::Client& client, const vesk::CallOptions& options);
+  static auto find(vesk::Client& client, const vesk::ObjectKey& key) {
+    return client.user(key, vesk::UNIX_ONLY);
+  }
+  static auto list(vesk::Client& client, const vesk::CallOptions& options) {
+    return client.users(vesk::UNIX_ONLY, options);
+  }
   static bool isUsable(const View& user);
   /// The password is always "x": no hash leaves the module, and no account has an empty password.
   /// @throws Failure the buffer is too small
@@ -32,8 +36,12 @@ struct Groups {
   using Range = vesk::GroupRange;
   using Entry = group;
 
-  static vesk::CallResult<const View> find(vesk::Client& client, const vesk::ObjectKey& key);
-  static Range list(vesk::Client& client, const vesk::CallOptions& options);
+  static auto find(vesk::Client& client, const vesk::ObjectKey& key) {
+    return client.group(key, vesk::UNIX_ONLY | vesk::GROUP_MEMBERSHIP);
+  }
+  static auto list(vesk::Client& client, const vesk::CallOptions& options) {
+    return client.groups(vesk::UNIX_ONLY, options);
+  }
   static bool isUsable(const View& group);
   static Entry write(const View& group, CallerBuffer& buffer);
 };
@@ -44,8 +52,8 @@ struct Shadows {
   using Range = vesk::UserRange;
   using Entry = spwd;
 
-  static vesk::CallResult<const View> find(vesk::Client& client, const vesk::ObjectKey& key);
-  static Range list(vesk::Client& client, const vesk::CallOptions& options);
+  static auto find(vesk::Client& client, const vesk::ObjectKey& key) { return client.shadow(key.name()); }
+  static auto list(vesk::Client& client, const vesk::CallOptions& options) { return client.shadows(options); }
   static bool isUsable(const View& user) { return Users::isUsable(user); }
   static Entry write(const View& user, CallerBuffer& buffer);
 };

@@ -111,7 +111,7 @@ class Enumeration {
     return entry;
   }
 
-  // The next call of next() begins anew.
+  // The next entry will be the first one.
   void end() {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_current = nullptr;
@@ -159,7 +159,7 @@ nss_status next(typename Database::Entry* result, char* buffer, size_t size, int
               [](CallerBuffer& texts) { return Enumeration<Database>::instance().next(texts); });
 }
 
-// Before the first entry and after the last one.
+// For both setpwent and endpwent, and so on.
 template <class Database>
 nss_status end() {
   return run(&errno, [] { Enumeration<Database>::instance().end(); });

@@ -246,14 +246,17 @@ TEST(NssModule, GroupsAreAddedToTheCallersArray) {
     EXPECT_EQ(addGroups(user, primary, limit, groups), answer) << user << limit;
     EXPECT_EQ(groups, after) << user << limit;
   }
-  daemon.kill();
   Groups groups = {1};
+  daemon.restart({"--socket", kSocket, "--fault", "refuse@2"});  // one of the groups
+  EXPECT_EQ(addGroups("mgruber", 1, -1, groups), "UNAVAIL EACCES");
+  daemon.kill();
   EXPECT_EQ(addGroups("mgruber", 1, -1, groups), kAway);
   EXPECT_EQ(groups, Groups{1});
 }
 
 TEST(NssModule, OneDescriptorIsEnoughAndNoneMeansTryAgain) {
   const StandinProcess daemon(kAtTheSocket);
+  const long open = openDescriptors();
   rlimit before;
   getrlimit(RLIMIT_NOFILE, &before);
   const int lowest = dup(0);
@@ -269,6 +272,7 @@ TEST(NssModule, OneDescriptorIsEnoughAndNoneMeansTryAgain) {
   EXPECT_EQ(askWith(0), "TRYAGAIN ENOMEM");
   EXPECT_EQ(askWith(1), "SUCCESS");
   EXPECT_EQ(groups, Groups{20002});
+  EXPECT_EQ(openDescriptors(), open) << "a login keeps no connections";
 }
 
 TEST(NssModule, ThreadsAndChildrenShareFourConnections) {
@@ -295,20 +299,20 @@ TEST(NssModule, ThreadsAndChildrenShareFourConnections) {
 
 TEST(NssModule, NamesAreLookedUpAtTheEndOfAThreadAndOfTheProgram) {
   const StandinProcess daemon(kAtTheSocket);
+  const auto askAtTheEnd = [] {
+    atexit([] { _exit(askFor(kUser) == kUserLine ? 0 : 1); });  // runs after those of the first lookup
+    askFor(kUser);
+    g_atConnect = [] { _exit(2); };  // the connection must still exist
+    exit(3);
+  };
+  checkInChild(askAtTheEnd);
+
   static std::string answer;
   pthread_key_t key;
   pthread_key_create(&key, [](void*) { answer = askFor(kUser); });
   std::thread([&] { pthread_setspecific(key, &key); }).join();
   EXPECT_EQ(answer, kUserLine);
   pthread_key_delete(key);
-
-  const auto askAtTheEnd = [] {
-    askFor(kUser);
-    g_atConnect = [] { _exit(2); };  // the connection must still exist
-    atexit([] { _exit(askFor(kUser) == kUserLine ? 0 : 1); });
-    exit(3);
-  };
-  checkInChild(askAtTheEnd);
 }
 
 TEST(NssModule, CancellationWaitsUntilTheModuleReturns) {
