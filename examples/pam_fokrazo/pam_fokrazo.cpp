@@ -8,11 +8,11 @@
 #include <security/pam_modules.h>
 
 #include <chrono>
+#include <ctime>
 #include <iterator>
 #include <vector>
 
 #include "../entry_point.h"
-#include "account_state.h"
 
 namespace {
 
@@ -119,7 +119,7 @@ Verdict change(const std::string& user, const Shredder& old, const Shredder& wan
 Verdict stateOf(const std::string& user, bool isPasswordExpired) {
   return ask(user, [&](const vesk::User& account) {
     CallStatus status;
-    status.result = accountState(account, time(nullptr));
+    status.result = vesk::AccountState(account, time(nullptr)).result();
     if (status.result == vesk::VR_SUCCESS && isPasswordExpired) status.result = vesk::VR_PASSWORD_EXPIRED;
     if (status.result != vesk::VR_SUCCESS) status.outcome = CallOutcome::Refused;
     return status;
