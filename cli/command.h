@@ -41,6 +41,7 @@ struct Family {
 
 Family lookupCommands();
 Family listingCommands();
+Family inspectionCommands();
 Family daemonCommands();
 Family accountCommands();
 Family valueCommands();

@@ -5,9 +5,9 @@ namespace cli {
 
 const std::vector<Family>& families() {
   static const std::vector<Family> all = {
-      lookupCommands(), listingCommands(), daemonCommands(),        accountCommands(),
-      valueCommands(),  objectCommands(),  configurationCommands(), machineCommands(),
-      doctorCommands(), watchCommands(),   scriptCommands(),        helpCommands(),
+      lookupCommands(), listingCommands(), inspectionCommands(),    daemonCommands(),  accountCommands(),
+      valueCommands(),  objectCommands(),  configurationCommands(), machineCommands(), doctorCommands(),
+      watchCommands(),  scriptCommands(),  helpCommands(),
   };
   return all;
 }

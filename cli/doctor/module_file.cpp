@@ -1,15 +1,11 @@
 #include "cli/doctor/module_file.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <glob.h>
-#include <poll.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -19,6 +15,7 @@
 #include <vector>
 
 #include <fokrazo/strutil.h>
+#include "cli/child_pipe.h"
 #include "cli/doctor/shell_word.h"
 #include "cli/doctor/tampering.h"
 #include "cli/shown.h"
@@ -88,34 +85,6 @@ std::vector<std::string> libraryFolders() {
   _exit(written == static_cast<ssize_t>(failure.size()) ? 0 : 1);
 }
 
-// Reads until the other end is closed or the time is over, and keeps the beginning. Returns whether it was
-// closed.
-bool readWithin(int fd, std::chrono::steady_clock::time_point end, std::string& text) {
-  for (;;) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-    if (left.count() <= 0) return false;
-    pollfd entry = {fd, POLLIN, 0};
-    if (poll(&entry, 1, static_cast<int>(left.count())) <= 0) continue;
-    char buffer[512];
-    const ssize_t count = read(fd, buffer, sizeof buffer);
-    if (count <= 0) return true;
-    text.append(buffer, std::min(static_cast<size_t>(count), kLongestFault - text.size()));
-  }
-}
-
-// As pipe2, but leaves the standard streams alone.
-bool openPipe(int ends[2]) {
-  if (pipe2(ends, O_CLOEXEC) != 0) return false;
-  for (int* end = ends; end < ends + 2; ++end) {
-    if (*end > STDERR_FILENO) continue;
-    const int low = *end;
-    *end = fcntl(low, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    close(low);
-  }
-  return ends[0] >= 0 && ends[1] >= 0;
-}
-
 // Why the module cannot be loaded; empty if it can.
 std::string loadingFault(const ModuleKind& kind, const std::string& path) {
   int ends[2];
@@ -125,13 +94,10 @@ std::string loadingFault(const ModuleKind& kind, const std::string& path) {
   close(ends[1]);
   std::string failure;
   const auto end = std::chrono::steady_clock::now() + kLongestLoading;
-  const bool hasEnded = child > 0 && readWithin(ends[0], end, failure);
+  const bool hasEnded = child > 0 && readWithin(ends[0], end, failure, kLongestFault);
   close(ends[0]);
   if (child < 0) return std::string("no process: ") + strerror(errno);
-  if (!hasEnded) kill(child, SIGKILL);
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
+  const int status = reap(child, !hasEnded);
   if (!hasEnded) return "loading it does not end";
   return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? failure : "loading it ends the program";
 }

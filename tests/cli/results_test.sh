@@ -19,6 +19,8 @@ list groups
 list shadow
 search (cn=a)
 fetch CN=a
+id i
+check c
 info
 cache
 cache --dump
