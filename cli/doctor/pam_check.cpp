@@ -27,7 +27,7 @@ struct Mention {
   std::string module;  // a path, or only the name
 };
 
-// The third field of a line of pam.d(5), behind a type and a control such as "required" or "[success=1
+// The third field of a line of pam.d(5), after a type and a control such as "required" or "[success=1
 // default=die]".
 std::string moduleOf(const std::string& line) {
   std::istringstream words(line.substr(0, line.find('#')));
