@@ -29,6 +29,18 @@ constexpr struct Check {
     {"pam", checkPam, false},
 };
 
+// A check that fails itself is a finding, and the others still run.
+Findings examine(const Check& check, Patient& patient) {
+  try {
+    return check.run(patient);
+  } catch (const std::exception& error) {
+    Findings findings(check.name);
+    findings.problem(std::string("cannot be examined: ") + shown(error.what()), "try it again alone",
+                     std::string("fokrazo --verbose doctor ") + check.name);
+    return findings;
+  }
+}
+
 void print(Output& output, const Finding& finding) {
   static const char* const kStates[] = {"ok", "warning", "problem"};
   const std::string state = kStates[finding.state];
@@ -61,7 +73,7 @@ ExitStatus doctor(Invocation& invocation) {
     const bool isWanted =
         wanted.empty() || std::find(wanted.begin(), wanted.end(), check.name) != wanted.end();
     if (!isWanted || (check.asksDaemon && patient.state != Patient::Answers)) continue;
-    for (const Finding& finding : check.run(patient)) {
+    for (const Finding& finding : examine(check, patient)) {
       print(invocation.output, finding);
       worst = std::max(worst, finding.state);
     }

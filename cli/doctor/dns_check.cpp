@@ -19,6 +19,13 @@ std::string listed(const std::vector<std::string>& texts, size_t most) {
   return texts.size() > most ? out + ", …" : out;
 }
 
+// Shows, or lets the reader change, which name servers this host asks.
+std::string configure(const std::vector<std::string>& nameServers) {
+  const bool isResolved =
+      !nameServers.empty() && nameServers.front() == "127.0.0.53";  // systemd-resolved's own
+  return isResolved ? "resolvectl status" : std::string("editor ") + kConfig;
+}
+
 }  // namespace
 
 Findings checkDns(Patient&) {
@@ -35,7 +42,7 @@ Findings checkDns(Patient&) {
     case ServiceRecords::None:
       findings.problem(
           "the name server " + records.server + " knows no domain controllers of " + shown(domain),
-          std::string("name the domain's own name servers in ") + kConfig, std::string("editor ") + kConfig);
+          "let this host ask the domain's own name servers", configure(records.nameServers));
       break;
     case ServiceRecords::Failed:
       findings.problem("the name server " + records.server + " could not look up " + shown(name) + " (" +
@@ -47,7 +54,7 @@ Findings checkDns(Patient&) {
       findings.problem(
           "no name server answers (" + listed(records.nameServers, records.nameServers.size()) + ")",
           std::string("check the network, and the servers in ") + kConfig,
-          records.nameServers.empty() ? std::string("editor ") + kConfig
+          records.nameServers.empty() ? configure(records.nameServers)
                                       : "ping -c 3 " + records.nameServers.front());
       break;
     case ServiceRecords::BadName:

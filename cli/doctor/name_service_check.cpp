@@ -30,8 +30,8 @@ constexpr struct Database {
   Finding::State whenMissing;  // while another database asks the directory
   const char* consequence;
 } kDatabases[] = {
-    {"passwd", Finding::Problem, "the directory's users do not exist for this host"},
-    {"group", Finding::Problem, "the directory's groups have no names on this host"},
+    {"passwd", Finding::Problem, "this host does not know the directory's users"},
+    {"group", Finding::Problem, "this host does not know the directory's groups"},
     {"shadow", Finding::Warning, "the password ageing of the directory's users is unknown"},
 };
 
@@ -131,12 +131,12 @@ Findings checkNameService(Patient&) {
   const Switch all = readSwitch();
   const std::string module = findModule(kNameServiceModule);
   if (!isAsked(all)) {
-    const std::string text = "accounts of the directory are no accounts of this host: ";
+    const std::string text = "this host does not know the directory's accounts: ";
     if (module.empty())
-      findings.warn(text + kNameServiceModule.file + " is not installed", "install it, if they should be",
+      findings.warn(text + kNameServiceModule.file + " is not installed", "install it, if it should",
                     installCommand(kNameServiceModule));
     else
-      findings.warn(text + kPath + " does not name " + kService, "add it, if they should be", kAppend);
+      findings.warn(text + kPath + " does not name " + kService, "add it, if it should", kAppend);
     return findings;
   }
   checkTampering(findings, kPath);

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <utility>
 
 namespace cli {
@@ -54,9 +55,9 @@ class Resolver {
       sockaddr_storage address = {};
       const sockaddr_in6* const other = m_state._u._ext.nsaddrs[i];
       if (m_state.nsaddr_list[i].sin_family == AF_INET)
-        *reinterpret_cast<sockaddr_in*>(&address) = m_state.nsaddr_list[i];
+        memcpy(&address, &m_state.nsaddr_list[i], sizeof m_state.nsaddr_list[i]);
       else if (other)
-        *reinterpret_cast<sockaddr_in6*>(&address) = *other;
+        memcpy(&address, other, sizeof *other);
       if (address.ss_family != AF_UNSPEC) all.push_back(address);
     }
     return all;

@@ -56,14 +56,15 @@ void checkNode(Findings& findings, const std::string& path, const struct stat& i
   snprintf(mode, sizeof mode, "%04o", info.st_mode & 07777u);
   const std::string text = shown(path) + ", owned by " + userText(info.st_uid) + ", mode " + mode;
   const std::string allow = "chmod a+rw " + shellWord(path);
-  if (info.st_uid != 0 && info.st_uid != geteuid())
+  const bool isForeign = info.st_uid != 0 && info.st_uid != geteuid();
+  if (isForeign)
     findings.warn(text, "find out who that is first, because every password goes there",
                   "ss -xlp src " + shellWord(path));
-  else if (!mayAccess(path, W_OK))
+  if (!mayAccess(path, W_OK))
     findings.problem(text + ": this user may not open it", "let every user write to it", allow);
-  else if ((info.st_mode & 0222u) != 0222u)
+  else if (!isForeign && (info.st_mode & 0222u) != 0222u)
     findings.warn(text, "not every user can write to it: give them the right, or restart the daemon", allow);
-  else
+  else if (!isForeign)
     findings.ok(text);
 }
 

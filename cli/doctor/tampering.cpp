@@ -34,7 +34,7 @@ bool check(Findings& findings, const std::string& path, std::optional<uid_t> als
   const bool isForeign = info.st_uid != 0 && info.st_uid != alsoTrusted;
   if (isForeign)
     findings.problem(shown(path) + " belongs to user " + std::to_string(info.st_uid) + ", not to root",
-                     "find out who that is; then take it away from them", "chown root " + shellWord(path));
+                     "find out who that is, then give it to root", "chown root " + shellWord(path));
   const bool isShared = S_ISDIR(info.st_mode) && (info.st_mode & S_ISVTX) != 0;
   const bool isOpen = (info.st_mode & (S_IWGRP | S_IWOTH)) != 0 && !isShared;
   if (isOpen)
@@ -52,6 +52,7 @@ std::vector<std::string> foldersAbove(const std::string& path) {
   char resolved[PATH_MAX];
   const std::string parent = path.substr(0, path.rfind('/') + 1);
   if (realpath(parent.c_str(), resolved)) addFolders(folders, std::string(resolved) + '/');
+  if (realpath(path.c_str(), resolved)) addFolders(folders, resolved);
   return folders;
 }
 
