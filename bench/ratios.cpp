@@ -107,18 +107,19 @@ vesk::ClientOptions optionsFor(const std::string& socket) {
 
 void compareClient() {
   const std::string reply = objectReply(daemonUser());
-  const CannedPeer peer(reply, kCpu), otherPeer(reply, kCpu);
-  vesk::ClientOptions options = optionsFor(peer.path());
-  vesk::Client client(options);
-  vesk::LocalRpcSession session(otherPeer.path(), false, false);
+  const CannedPeer peer(reply, kCpu), sessionPeer(reply, kCpu), cachePeer(reply, kCpu);
+  vesk::Client client(optionsFor(peer.path()));
+  vesk::LocalRpcSession session(sessionPeer.path(), false, false);
   printHead("the client of a program, compared with a session");
-  printRow("a user through the client", compare([&] { keep(client.user(kName).share().get()); },
-                                                [&] { keep(session.getUser(kName, 0).get()); }));
+  printRow("a user through the client", compare([&] { keep(client.user(kName).value().getId()); },
+                                                [&] { keep(session.getUser(kName, 0)->getId()); }));
+  vesk::ClientOptions options = optionsFor(cachePeer.path());
   options.cache.entries = 1;
   vesk::Client caching(options);
   const vesk::ObjectKey key(kName);
+  keep(caching.user(key).value().getId());  // from the daemon
   printCount("a hit of the client's cache, in nanoseconds",
-             nanosecondsOf([&] { keep(caching.user(key).share().get()); }));
+             nanosecondsOf([&] { keep(&caching.user(key).value()); }));
 }
 
 // A user who is in so many groups. The sample has fewer; some come more than once.
