@@ -49,7 +49,7 @@ if setpriv --reuid=10060 --clear-groups true 2>/dev/null; then
   said=$(fokrazo auth --password-fd 0 lquispe <<<Paper-boat-42 2>&1) || status=$?
   [[ "$status $said" == "3 fokrazo: connect: the process at $PWD/daemon runs as another user than expected"* ]] || fail "$status $said"
   fokrazo --peer-uid 10060 auth --password-fd 0 lquispe <<<Paper-boat-42 >/dev/null || fail "a user's own daemon"
-  findings=$(fokrazo doctor) || true
+  findings=$(fokrazo doctor socket daemon) || true
   [[ $findings == *"find out who that is first"*"a stand-in or an impostor"* ]] || fail "doctor does not see an impostor"
   daemon --foreground
   chown 0 . && chmod 0600 daemon
