@@ -8,12 +8,6 @@
 
 namespace vesk {
 
-namespace {
-
-constexpr std::chrono::milliseconds kCancellationInterval(20);
-
-}  // namespace
-
 SessionPool::Lease& SessionPool::Lease::operator=(Lease&& other) noexcept {
   if (this == &other) return *this;
   release();
@@ -81,8 +75,7 @@ SessionPool::Lease SessionPool::borrow(CallProgress& call, const Breaker& breake
       m_changed.notifyOne();  // what was meant for this thread
       return {};
     }
-    const Deadline look = call.cancellation ? Deadline::in(kCancellationInterval) : Deadline::never();
-    m_changed.wait(ticket, call.deadline.orEarlier(look));
+    m_changed.wait(ticket, call.nextLook());
   }
 }
 

@@ -17,6 +17,9 @@ constexpr const char* kSteps[] = {
     "reading the reply",
 };
 
+// How long a call may take to notice its cancellation.
+constexpr std::chrono::milliseconds kCancellationInterval(20);
+
 }  // namespace
 
 const char* textOf(CallStep step) noexcept {
@@ -30,6 +33,10 @@ bool CallProgress::mustStop() {
   else if (deadline.hasPassed())
     stop = Stop::DeadlinePassed;
   return stop != Stop::None;
+}
+
+Deadline CallProgress::nextLook() const {
+  return cancellation ? deadline.orEarlier(Deadline::in(kCancellationInterval)) : deadline;
 }
 
 }  // namespace vesk

@@ -29,6 +29,9 @@ struct CallProgress {
 
   /// Whether the deadline has passed or the call was cancelled; notes it.
   bool mustStop();
+  /// Until when the caller may wait before it asks again whether it must stop. A cancellation is polled,
+  /// because the program could close any descriptor that announced it.
+  Deadline nextLook() const;
 };
 
 }  // namespace vesk

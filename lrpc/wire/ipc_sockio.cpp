@@ -88,8 +88,6 @@ constexpr char kConnectLogger[] = "lrpc.ipcmessage";
 constexpr int kDefaultConnectTimeout = 5;
 constexpr int kDefaultTimeout = 300;
 constexpr int kBusyPause = 5;  // milliseconds
-// How long a call may take to notice its cancellation; polled, because the program could close a descriptor.
-constexpr std::chrono::milliseconds kCancellationInterval(20);
 
 // A configured number of seconds, limited to the range of int.
 int seconds(long configured) {
@@ -130,8 +128,7 @@ UniqueFd newSocket(int flags, CallProgress* call) {
 int waitFor(int fd, int events, CallProgress* call) {
   if (!call) return IOWait(fd, timeout(), events);
   while (!call->mustStop()) {
-    const Deadline look = call->cancellation ? Deadline::in(kCancellationInterval) : Deadline::never();
-    const int rc = pollUntil(fd, events, call->deadline.orEarlier(look));
+    const int rc = pollUntil(fd, events, call->nextLook());
     if (rc != 0) return rc;
   }
   return 0;
