@@ -105,7 +105,7 @@ void AccountCheck::run(const ObjectKey& key, const std::string& text, time_t now
   checkLogin(state);
 }
 
-const CallFailure* AccountCheck::end() const {
+const CallFailure* AccountCheck::failure() const {
   return m_steps.back().failure ? &*m_steps.back().failure : nullptr;
 }
 

@@ -40,7 +40,7 @@ class AccountCheck {
 
   const std::vector<CheckStep>& steps() const { return m_steps; }
   /// Why the check ended without having looked at the account; null if it did.
-  const CallFailure* end() const;
+  const CallFailure* failure() const;
   /// kRefused if there is a problem, or the status of a failed step.
   ExitStatus status() const { return m_status; }
 

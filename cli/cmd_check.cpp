@@ -34,7 +34,7 @@ void printRecord(Output& output, const std::string& user, const AccountCheck& ch
   for (const CheckStep& step : check.steps()) steps.push_back(recordOf(step).json());
   Record record;
   record.text("user", user).number("status", check.status()).list("steps", steps);
-  if (const CallFailure* failure = check.end()) record.object("error", recordOf(*failure));
+  if (const CallFailure* failure = check.failure()) record.object("error", recordOf(*failure));
   output.record(record);
 }
 
@@ -45,7 +45,7 @@ void printTable(Output& output, const AccountCheck& check) {
     output.show({Record(), cells[0] + '\t' + cells[1] + '\t' + cells[2] + '\t' + cells[3], cells});
   }
   output.endTable();
-  if (const CallFailure* failure = check.end()) output.fail(*failure);
+  if (const CallFailure* failure = check.failure()) output.fail(*failure);
 }
 
 constexpr Option kIdOptions[] = {

@@ -133,7 +133,11 @@ ValidationResult Accounts::checkPolicy(const std::string& accountName, const std
 
 void Accounts::store(EntryId account, const std::string& password) {
   setPassword(account, password);
-  m_directory.set(account, AD_PWCHG_LAST, std::to_string(fromUnixTime(time(nullptr))));
+  const FileTime now = fromUnixTime(time(nullptr));
+  const FileTime longest = domainNumber("maxPwdAge");
+  const FileTime expiry = longest >= 0 || longest == kNeverEnds ? INT64_MAX : now - longest;
+  m_directory.set(account, AD_PWCHG_LAST, std::to_string(now));
+  m_directory.set(account, AD_PASSWORD_EXPIRY, std::to_string(expiry));
   m_directory.set(account, AD_LOCKOUT_TIME, "0");
   m_directory.set(account, kComputedControl, "0");
 }
