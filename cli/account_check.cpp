@@ -7,6 +7,7 @@
 #include "cli/host_account.h"
 #include "cli/memberships.h"
 #include "cli/shown.h"
+#include "cli/stopwatch.h"
 
 namespace cli {
 
@@ -18,16 +19,6 @@ using std::chrono::microseconds;
 
 constexpr size_t kManyGroups = 20;  // more are summed up
 constexpr time_t kDay = 24 * 60 * 60;
-
-class Stopwatch {
- public:
-  microseconds elapsed() const {
-    return std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - m_start);
-  }
-
- private:
-  const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
-};
 
 // "2026-11-21 07:48 UTC"; the seconds since the epoch if no calendar goes that far.
 std::string timeText(time_t time) {
@@ -43,7 +34,7 @@ std::string countText(long long count, const std::string& what) {
 }
 
 std::string groupText(const Membership& membership) {
-  const Group& group = *membership.group;
+  const Group& group = *membership.group();
   const std::string gid = group.isUnix() ? "gid " + std::to_string(group.getId()) : "no gid";
   return shown(nameOf(group)) + ", " + gid + ", " + textOf(membership.how);
 }
@@ -135,29 +126,23 @@ CallResult<const User> AccountCheck::lookUp(const ObjectKey& key, const std::str
 
 void AccountCheck::checkGroups(const User& user) {
   const bool isSummary = user.groupSids().size() > kManyGroups && !m_listsGroups;
-  const Stopwatch all;
-  std::vector<CallResult<const Group>> calls;
-  std::map<std::string, microseconds> times;
+  const Stopwatch watch;
+  std::vector<GroupCall> calls;
   if (isSummary)
-    calls = m_daemon.client().groupsOf(user);
+    calls = askForGroups(m_daemon, user);
   else
-    for (const SID& sid : user.groupSids()) {
-      const Stopwatch watch;
-      calls.push_back(m_daemon.client().group(sid));
-      times[sid.toMSString()] = watch.elapsed();
-    }
-  const microseconds elapsed = all.elapsed();
+    for (const SID& sid : user.groupSids()) calls.push_back(askForGroup(m_daemon, sid));
+  const std::vector<Membership> memberships = membershipsOf(m_daemon, user, std::move(calls));
+  const microseconds elapsed = watch.elapsed();
 
   size_t resolved = 0;
-  const std::vector<Membership> memberships = membershipsOf(user, std::move(calls), m_daemon);
   for (const Membership& membership : memberships) {
-    const auto time = times.find(membership.key);
-    const Elapsed own = time == times.end() ? Elapsed() : time->second;
-    if (!membership.group)
-      addFailure("group", stateOf(membership.group.status()), membership.group.status(), membership.key, own);
+    const CallStatus& call = membership.call.result.status();
+    if (!call.ok())
+      addFailure("group", stateOf(call), call, membership.key, membership.call.elapsed);
     else if (!isSummary)
-      add("group", CheckStep::Ok, groupText(membership), own);
-    resolved += membership.group ? 1 : 0;
+      add("group", CheckStep::Ok, groupText(membership), membership.call.elapsed);
+    resolved += call.ok() ? 1 : 0;
   }
   if (isSummary)
     add("groups", CheckStep::Ok, std::to_string(resolved) + " of " + countText(memberships.size(), "group"),

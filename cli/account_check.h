@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <ctime>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,7 +23,7 @@ struct CheckStep {
   std::string name;  // one word
   State state;
   std::string text;                                  // escaped
-  std::optional<std::chrono::microseconds> elapsed;  // empty if nothing was asked
+  std::optional<std::chrono::microseconds> elapsed;  // empty if nothing was asked, or many things at once
   std::optional<CallFailure> failure;                // if a call has failed
 };
 

@@ -28,7 +28,7 @@ class IdCommand {
       printTable(output);
     ExitStatus status = kFound;
     for (const Membership& membership : m_memberships)
-      status = worse(status, exitStatusOf(membership.group.status()));
+      status = worse(status, exitStatusOf(membership.call.result.status()));
     return status;
   }
 
@@ -41,21 +41,19 @@ class IdCommand {
   }
 
   std::string firstLine() const {
-    std::string group;
-    for (const Membership& membership : m_memberships)
-      if (membership.how == Membership::Primary) group = nameOf(*membership.group);
+    const bool hasGroup = !m_memberships.empty() && m_memberships.front().how == Membership::Primary;
+    const std::string group = hasGroup ? nameOf(*m_memberships.front().group()) : "";
     return "uid=" + idText(m_user.isUnix(), m_user.getId(), nameOf(m_user)) +
            " gid=" + idText(m_user.isUnix(), m_user.gid(), group);
   }
 
   View viewOf(const Membership& membership) const {
     std::vector<std::string> cells = {"-", membership.key, textOf(membership.how)};
-    if (membership.group) {
-      const Group& group = *membership.group;
-      if (group.isUnix()) cells[0] = std::to_string(group.getId());
-      cells[1] = shown(nameOf(group));
+    if (const Group* group = membership.group()) {
+      if (group->isUnix()) cells[0] = std::to_string(group->getId());
+      cells[1] = shown(nameOf(*group));
     } else {
-      cells[2] += ": " + shown(meaningOf(membership.group.status(), m_daemon.socketPath()));
+      cells[2] += ": " + shown(meaningOf(membership.call.result.status(), m_daemon.socketPath()));
     }
     return {Record(), cells[0] + '\t' + cells[1] + '\t' + cells[2], cells};
   }
@@ -69,14 +67,14 @@ class IdCommand {
   Record recordOf(const Membership& membership) const {
     Record record;
     record.text("how", textOf(membership.how)).text("key", membership.key);
-    if (!membership.group) {
-      const CallFailure failure(membership.group.status(), membership.key, m_daemon.socketPath());
+    const Group* group = membership.group();
+    if (!group) {
+      const CallFailure failure(membership.call.result.status(), membership.key, m_daemon.socketPath());
       return record.object("error", cli::recordOf(failure));
     }
-    const Group& group = *membership.group;
-    record.text("name", nameOf(group)).text("accountName", group.name()).text("dn", group.getDN());
-    record.text("sid", group.getSid().toMSString()).boolean("unix", group.isUnix());
-    if (group.isUnix()) record.number("gid", group.getId());
+    record.text("name", nameOf(*group)).text("accountName", group->name()).text("dn", group->getDN());
+    record.text("sid", group->getSid().toMSString()).boolean("unix", group->isUnix());
+    if (group->isUnix()) record.number("gid", group->getId());
     return record;
   }
 
@@ -98,7 +96,7 @@ ExitStatus id(Invocation& invocation) {
   Daemon& daemon = invocation.daemon;
   const auto found = daemon.client().user(readObjectKey(text, by), flags | GROUP_MEMBERSHIP);
   const User& user = daemon.require(found, text);
-  return IdCommand(daemon, user, membershipsOf(user, daemon.client().groupsOf(user, flags), daemon))
+  return IdCommand(daemon, user, membershipsOf(daemon, user, askForGroups(daemon, user, flags)))
       .print(invocation.output);
 }
 

@@ -6,6 +6,7 @@
 #include <fokrazo/attrnames.h>
 #include <fokrazo/dn.h>
 #include "cli/arguments.h"
+#include "cli/stopwatch.h"
 
 namespace cli {
 
@@ -42,8 +43,8 @@ Membership::How howOf(const User& user, const Group& group) {
   return isDirect ? Membership::Direct : Membership::Nested;
 }
 
-Membership membershipOf(const User& user, std::string key, CallResult<const Group> call) {
-  const Membership::How how = call ? howOf(user, *call) : Membership::Unresolved;
+Membership membershipOf(const User& user, std::string key, GroupCall call) {
+  const Membership::How how = call.result ? howOf(user, *call.result) : Membership::Unresolved;
   return {how, std::move(key), std::move(call)};
 }
 
@@ -53,8 +54,19 @@ bool isPrimary(const Membership& membership) {
 
 }  // namespace
 
-std::vector<Membership> membershipsOf(const User& user, std::vector<CallResult<const Group>> calls,
-                                      Daemon& daemon) {
+GroupCall askForGroup(Daemon& daemon, const ObjectKey& key, int flags) {
+  const Stopwatch watch;
+  auto result = daemon.client().group(key, flags);
+  return {std::move(result), watch.elapsed()};
+}
+
+std::vector<GroupCall> askForGroups(Daemon& daemon, const User& user, int flags) {
+  std::vector<GroupCall> calls;
+  for (auto& result : daemon.client().groupsOf(user, flags)) calls.push_back({std::move(result), {}});
+  return calls;
+}
+
+std::vector<Membership> membershipsOf(Daemon& daemon, const User& user, std::vector<GroupCall> calls) {
   std::vector<Membership> all;
   auto call = calls.begin();
   for (const SID& sid : user.groupSids()) {
@@ -63,7 +75,7 @@ std::vector<Membership> membershipsOf(const User& user, std::vector<CallResult<c
   }
   if (user.isUnix() && std::none_of(all.begin(), all.end(), isPrimary))
     all.push_back(membershipOf(user, "gid " + std::to_string(user.gid()),
-                               daemon.client().group(ObjectKey(user.gid()), UNIX_ONLY)));
+                               askForGroup(daemon, ObjectKey(user.gid()), UNIX_ONLY)));
   std::stable_sort(all.begin(), all.end(),
                    [](const Membership& a, const Membership& b) { return a.how < b.how; });
   return all;

@@ -1,15 +1,28 @@
 /// The groups that a user is in.
 #pragma once
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <fokrazo/call_result.h>
+#include <fokrazo/object_key.h>
 #include <fokrazo/unixviews.h>
 #include "cli/daemon.h"
-#include "cli/record.h"
 
 namespace cli {
+
+/// The lookup of one group.
+struct GroupCall {
+  vesk::CallResult<const vesk::Group> result;
+  std::optional<std::chrono::microseconds> elapsed;  // empty if it was one of many at once
+};
+
+/// Looks up a group.
+GroupCall askForGroup(Daemon& daemon, const vesk::ObjectKey& key, int flags = 0);
+/// Looks up all groups of the user's SIDs, in their order, at once.
+std::vector<GroupCall> askForGroups(Daemon& daemon, const vesk::User& user, int flags = 0);
 
 struct Membership {
   enum How {
@@ -21,12 +34,15 @@ struct Membership {
 
   How how;
   std::string key;  // the SID; "gid N" for a primary group that is not among the SIDs
-  vesk::CallResult<const vesk::Group> group;
+  GroupCall call;
+
+  /// The group; null if it is unresolved.
+  const vesk::Group* group() const { return call.result.share().get(); }
 };
 
-/// The groups in the order of `How`. `calls` are the lookups of user.groupSids(), in that order.
-std::vector<Membership> membershipsOf(const vesk::User& user,
-                                      std::vector<vesk::CallResult<const vesk::Group>> calls, Daemon& daemon);
+/// The groups in the order of `How`. `calls` are the lookups of user.groupSids(), in that order. Looks up
+/// the primary group if it is not among them.
+std::vector<Membership> membershipsOf(Daemon& daemon, const vesk::User& user, std::vector<GroupCall> calls);
 /// The name on this host; without a Unix profile the directory's.
 std::string nameOf(const vesk::User& user);
 std::string nameOf(const vesk::Group& group);

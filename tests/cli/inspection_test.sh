@@ -21,10 +21,10 @@ entry() {
   printf '%s\n' "dn: CN=$name,CN=Users,DC=example,DC=com" "objectClass: $3" "sAMAccountName: $name" "objectSid:: $sid" \
     "${@:5}" '' >>accounts.ldif
 }
-checked() {  # checked ARGUMENT ...: check, without the times
+checked() {  # checked ARGUMENT ...: without times and what the doctor says
   local status=0
   fokrazo "$@" >"$place/checked" 2>"$place/complaint" || status=$?
-  sed -E 's/\t[0-9.]+\t/\tT\t/; s/"microseconds":[0-9]+/"microseconds":T/g; s/[0-9]+ days/N days/g' "$place/checked" "$place/complaint"
+  sed -E 's/\t[0-9.]+\t/\tT\t/; s/"microseconds":[0-9]+/"microseconds":T/g; s/[0-9]+ days/N days/g; s/(not found: )[^;]*;/\1WHY;/' "$place/checked" "$place/complaint"
   return "$status"
 }
 
