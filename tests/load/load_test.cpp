@@ -26,7 +26,7 @@ constexpr unsigned kThreads = kSanitized ? 16 : 64;
 constexpr long kAnswersOfPhase = kSanitized ? 500 : 3000;
 constexpr const char* kHugeReply = kSanitized ? "short%131" : "huge%131";
 constexpr long kPauseAfterFailure = 2;        // milliseconds
-constexpr long kMayGrow = 512;                // KiB for each process
+constexpr long kMayGrow = 256;                // KiB for each process
 constexpr unsigned long kRestartEvery = 500;  // requests
 constexpr unsigned long kSignals = 20;
 
