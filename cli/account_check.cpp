@@ -68,8 +68,8 @@ void AccountCheck::add(const char* name, CheckStep::State state, const std::stri
 void AccountCheck::addFailure(const char* name, CheckStep::State state, const CallStatus& call,
                               const std::string& subject, Elapsed elapsed) {
   const CallFailure failure(call, subject, m_daemon.socketPath());
-  const std::string text = (subject.empty() ? "" : subject + ": ") + meaningOf(call, m_daemon.socketPath());
-  m_steps.push_back({name, state, shown(text), elapsed, failure});
+  const std::string about = subject.empty() ? "" : shown(subject) + ": ";
+  m_steps.push_back({name, state, about + meaningOf(call, m_daemon.socketPath()), elapsed, failure});
   if (state == CheckStep::Failed) m_status = worse(m_status, failure.status());
 }
 

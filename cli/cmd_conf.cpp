@@ -45,6 +45,10 @@ char takeUnit(const std::string& text) {
   return text[0];
 }
 
+[[noreturn]] void refuseMissing(const ConfFile& file, const std::string& key) {
+  throw RefusedError(file.path + " has no key " + shown(key));
+}
+
 void printTime(Properties& properties, const ConfFile& file, const std::string& key, char unit) {
   const long seconds = properties.getTime(key, unit, 0);
   file.output.record(Record().text("key", key).number("seconds", seconds), std::to_string(seconds));
@@ -69,7 +73,7 @@ ExitStatus get(Arguments& arguments, const ConfFile& file) {
   Properties properties;
   readInto(properties, file);
   std::string value;
-  if (!properties.lookup(key, value)) return kRefused;
+  if (!properties.lookup(key, value)) refuseMissing(file, key);
   if (isTime)
     printTime(properties, file, key, unitLetter);
   else if (isList)
@@ -123,7 +127,8 @@ ExitStatus unset(Arguments& arguments, const ConfFile& file) {
   const int result =
       Properties::update(file.path, [&](Properties& properties) { return there = properties.remove(key); });
   requireSaved(result, file.path);
-  return there ? kFound : kRefused;
+  if (!there) refuseMissing(file, key);
+  return kFound;
 }
 
 ExitStatus list(Arguments& arguments, const ConfFile& file) {
@@ -132,7 +137,9 @@ ExitStatus list(Arguments& arguments, const ConfFile& file) {
   Properties properties;
   readInto(properties, file);
   const std::unique_ptr<Properties::Map> entries = properties.getMap(prefix);
-  if (!entries) return kRefused;
+  if (!entries)
+    throw RefusedError(file.path + " has no keys" +
+                       (prefix.empty() ? "" : " that begin with " + shown(prefix)));
   for (const auto& entry : *entries)
     file.output.record(Record().text("key", entry.first).text("value", entry.second),
                        shown(entry.first) + ": " + shown(entry.second));

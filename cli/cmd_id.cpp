@@ -53,7 +53,7 @@ class IdCommand {
       if (group->isUnix()) cells[0] = std::to_string(group->getId());
       cells[1] = shown(nameOf(*group));
     } else {
-      cells[2] += ": " + shown(meaningOf(membership.call.result.status(), m_daemon.socketPath()));
+      cells[2] += ": " + meaningOf(membership.call.result.status(), m_daemon.socketPath());
     }
     return {Record(), cells[0] + '\t' + cells[1] + '\t' + cells[2], cells};
   }

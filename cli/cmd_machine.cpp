@@ -42,7 +42,7 @@ ExitStatus listSettings(Output& output) {
     try {
       printSetting(output, name, loadSetting(name, false));
     } catch (const VESKException& error) {
-      complain("setting " + name + ": " + error.what());
+      output.fail(Failure(kFailed, "setting " + name + ": " + error.what()));
       status = kFailed;
     }
   }
@@ -55,8 +55,7 @@ ExitStatus getSetting(Output& output, const std::string& name) {
     output.record(Record().text("name", name).text("value", value), shown(value));
     return kFound;
   } catch (const IOException& error) {
-    complain(error.what());
-    return kRefused;
+    throw RefusedError(error.what());
   }
 }
 

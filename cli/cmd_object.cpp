@@ -102,7 +102,8 @@ ExitStatus showBlob(Output& output, std::string bytes, const StringArray& dictio
   ADObject object(static_cast<unsigned>(bytes.size()), bytes.data(), false, nullptr);
   object.deSerialize(ADSerializer::kHeaderSize, dictionary, true);
   if (attribute) {
-    if (!object.attributeExists(*attribute, false)) return kRefused;
+    if (!object.attributeExists(*attribute, false))
+      throw RefusedError("the object has no attribute " + shown(*attribute));
     output.record(Record().texts(*attribute, object[*attribute]));
   } else if (output.json()) {
     output.record(recordOf(object));
@@ -150,11 +151,18 @@ void printEntry(Output& output, int index, const std::string& text) {
   output.record(Record().number("index", index).text("text", text), std::to_string(index) + ' ' + text);
 }
 
+ExitStatus listReleases(Output& output) {
+  if (!output.json()) ShowDictionarysList();
+  for (int row = 0; output.json() && row < kReleaseRows - 1; ++row)
+    output.record(
+        Record().text("release", version[row]).text("sum", uitoa(static_cast<unsigned>(vesk::sum[row]), 16)));
+  return kFound;
+}
+
 ExitStatus dict(Invocation& invocation) {
   if (invocation.arguments.flag("--releases")) {
     invocation.arguments.done();
-    ShowDictionarysList();
-    return kFound;
+    return listReleases(invocation.output);
   }
   const int sum = takeChecksum(invocation.arguments);
   const DictionaryVector& entries = entriesOf(sum);
@@ -168,10 +176,12 @@ ExitStatus dict(Invocation& invocation) {
     unsigned number = 0;
     const bool isIndex = readNumber(key, number);
     const int index = isIndex ? static_cast<int>(std::min<size_t>(number, INT32_MAX)) : dictionary[key];
-    if (index < 0 || static_cast<size_t>(index) >= entries.size())
-      status = kRefused;
-    else
+    if (index >= 0 && static_cast<size_t>(index) < entries.size()) {
       printEntry(invocation.output, index, entries[index]);
+    } else {
+      invocation.output.fail(RefusedError("the dictionary has no entry " + shown(key)));
+      status = kRefused;
+    }
   }
   return status;
 }

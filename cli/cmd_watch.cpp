@@ -36,11 +36,11 @@ ExitStatus look(Output& output, Daemon& daemon) {
   const char* state = isWell ? "well" : asked ? "unwell" : idOf(asked.status().outcome);
   std::string text =
       asked ? LocalRpcSession::errorString(asked->result) : meaningOf(asked.status(), daemon.socketPath());
-  if (asked && !asked->text.empty()) text += ": " + asked->text;
+  if (asked && !asked->text.empty()) text += ": " + shown(asked->text);
   const std::string time = now();
   Record record;
   record.text("time", time).text("state", state).milliseconds("milliseconds", elapsed).text("text", text);
-  output.record(record, time + "  " + state + "  " + textOf(elapsed) + " ms  " + shown(text));
+  output.record(record, time + "  " + state + "  " + textOf(elapsed) + " ms  " + text);
   fflush(stdout);
   return status;
 }

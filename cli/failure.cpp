@@ -155,7 +155,7 @@ UsageError::UsageError(const std::string& message)
 
 std::string meaningOf(const CallStatus& call, const std::string& socketPath) {
   const char* meaning = fixedMeaningOf(call);
-  return meaning ? withSocket(meaning, socketPath) : resultText(call);
+  return withoutControls(meaning ? withSocket(meaning, socketPath) : resultText(call));
 }
 
 ExitStatus exitStatusOf(const CallStatus& call) {

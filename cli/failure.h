@@ -50,7 +50,8 @@ class CallFailure : public Failure {
   vesk::CallStatus m_call;
 };
 
-/// What became of a failed call, for people, such as "there is no such user".
+/// What became of a failed call, for people, such as "there is no such user". One line without terminal
+/// controls.
 std::string meaningOf(const vesk::CallStatus& call, const std::string& socketPath);
 /// The exit status of a call.
 ExitStatus exitStatusOf(const vesk::CallStatus& call);

@@ -45,7 +45,8 @@ Record recordOf(const Failure& failure) {
   record.number("version", kErrorVersion);
   const vesk::CallStatus* call = failure.call();
   record.text("outcome", call ? idOf(call->outcome) : idOf(failure.status()));
-  record.number("status", failure.status()).text("message", failure.what()).text("advice", failure.advice());
+  record.number("status", failure.status());
+  record.text("message", withoutControls(failure.what())).text("advice", withoutControls(failure.advice()));
   if (!call) return record;
   record.text("operation", call->operation).text("step", idOf(call->step)).text("text", call->text);
   if (call->result != vesk::VR_NO_REPLY_YET) record.number("result", call->result);

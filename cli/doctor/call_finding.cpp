@@ -1,7 +1,6 @@
 #include "cli/doctor/call_finding.h"
 
 #include "cli/doctor/shell_word.h"
-#include "cli/shown.h"
 
 namespace cli {
 
@@ -50,7 +49,7 @@ void addFailedCall(Findings& findings, Patient& patient, const CallStatus& call)
   std::string command = row.command;
   if (const size_t at = command.find('@'); at != std::string::npos)
     command.replace(at, 1, shellWord(patient.daemon.socketPath()));
-  findings.problem(shown(meaningOf(call, patient.daemon.socketPath())), row.advice, command);
+  findings.problem(meaningOf(call, patient.daemon.socketPath()), row.advice, command);
 }
 
 }  // namespace cli
