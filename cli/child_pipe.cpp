@@ -11,6 +11,12 @@
 
 namespace cli {
 
+namespace {
+
+constexpr int kLookInterval = 5;  // milliseconds
+
+}  // namespace
+
 bool readWithin(int fd, std::chrono::steady_clock::time_point end, std::string& text, size_t size) {
   for (;;) {
     const auto left =
@@ -36,10 +42,16 @@ bool openPipe(int ends[2]) {
   return ends[0] >= 0 && ends[1] >= 0;
 }
 
-int reap(pid_t child, bool kill) {
-  if (kill) ::kill(child, SIGKILL);
+std::optional<int> reap(pid_t child, std::chrono::steady_clock::time_point end) {
   int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  while (waitpid(child, &status, WNOHANG) == 0) {
+    if (std::chrono::steady_clock::now() >= end) {
+      kill(child, SIGKILL);
+      while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+      }
+      return std::nullopt;
+    }
+    poll(nullptr, 0, kLookInterval);
   }
   return status;
 }

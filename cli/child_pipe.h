@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <optional>
 #include <string>
 
 namespace cli {
@@ -14,7 +15,8 @@ bool openPipe(int ends[2]);
 /// Reads into `text`, which is empty, until the other end is closed or the time is over, and keeps the first
 /// `size` bytes. Returns whether it was closed.
 bool readWithin(int fd, std::chrono::steady_clock::time_point end, std::string& text, size_t size);
-/// Waits for a child that has closed its pipe, or kills it first. Returns its wait status.
-int reap(pid_t child, bool kill);
+/// Waits for a child to end, and kills it when the time is over. Returns its wait status, empty if it was
+/// killed.
+std::optional<int> reap(pid_t child, std::chrono::steady_clock::time_point end);
 
 }  // namespace cli

@@ -56,14 +56,14 @@ HostAccount hostAccountOf(const std::string& name) {
   const pid_t child = start(name, ends[1]);
   close(ends[1]);
   std::string output;
-  const bool hasEnded = child > 0 && readWithin(ends[0], end, output, kLongestLine);
+  if (child > 0) readWithin(ends[0], end, output, kLongestLine);
   close(ends[0]);
   if (child < 0) return account;
-  const int status = reap(child, !hasEnded);
-  if (!hasEnded) account.outcome = HostAccount::TooSlow;
-  if (!hasEnded || !WIFEXITED(status)) return account;
-  if (WEXITSTATUS(status) == 0) return accountIn(output);
-  if (WEXITSTATUS(status) == kNoSuchKey) account.outcome = HostAccount::NotFound;
+  const std::optional<int> status = reap(child, end);
+  if (!status) account.outcome = HostAccount::TooSlow;
+  if (!status || !WIFEXITED(*status)) return account;
+  if (WEXITSTATUS(*status) == 0) return accountIn(output);
+  if (WEXITSTATUS(*status) == kNoSuchKey) account.outcome = HostAccount::NotFound;
   return account;
 }
 

@@ -94,12 +94,12 @@ std::string loadingFault(const ModuleKind& kind, const std::string& path) {
   close(ends[1]);
   std::string failure;
   const auto end = std::chrono::steady_clock::now() + kLongestLoading;
-  const bool hasEnded = child > 0 && readWithin(ends[0], end, failure, kLongestFault);
+  if (child > 0) readWithin(ends[0], end, failure, kLongestFault);
   close(ends[0]);
   if (child < 0) return std::string("no process: ") + strerror(errno);
-  const int status = reap(child, !hasEnded);
-  if (!hasEnded) return "loading it does not end";
-  return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? failure : "loading it ends the program";
+  const std::optional<int> status = reap(child, end);
+  if (!status) return "loading it does not end";
+  return WIFEXITED(*status) && WEXITSTATUS(*status) == 0 ? failure : "loading it ends the program";
 }
 
 }  // namespace
