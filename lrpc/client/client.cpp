@@ -132,6 +132,14 @@ CallStatus ask(ClientCore& core, const Operation& operation, const CallOptions& 
   return ClientCall(core, operation, options).run(task);
 }
 
+// Flushes the daemon's cache, and then the client's, which may have kept an answer of the daemon meanwhile.
+template <class Task>
+CallStatus flushBoth(ClientCore& core, const CallOptions& options, Task task) {
+  const CallStatus status = ask(core, kFlush, options, task);
+  core.cache.clear();
+  return status;
+}
+
 }  // namespace
 
 Client::Client(const ClientOptions& options) : m_core(std::make_unique<ClientCore>(options)) {}
@@ -267,13 +275,11 @@ CallResult<const Health> Client::health(const CallOptions& options) {
 }
 
 CallStatus Client::flush(const std::string& key, const CallOptions& options) {
-  m_core->cache.clear();
-  return ask(*m_core, kFlush, options, [&](LocalRpcSession& session) { session.flushCache(key); });
+  return flushBoth(*m_core, options, [&](LocalRpcSession& session) { session.flushCache(key); });
 }
 
 CallStatus Client::flush(unsigned int selectors, const CallOptions& options) {
-  m_core->cache.clear();
-  return ask(*m_core, kFlush, options, [&](LocalRpcSession& session) { session.flushCache(selectors); });
+  return flushBoth(*m_core, options, [&](LocalRpcSession& session) { session.flushCache(selectors); });
 }
 
 CallStatus Client::call(const char* operation, Repeat repeat,

@@ -325,9 +325,17 @@ TEST_F(ClientTest, AnswersAreForgottenInTimeAndOnFlush) {
   EXPECT_FALSE(client().user("b"));
   EXPECT_TRUE(client().user("b"));
   const std::string flush = request(IPC_OP_FLUSH_CACHE, octets("") + integer(FLUSH_OBJ_CACHE) + octets("b"));
-  peer().expect(flush).send(answer(VR_SUCCESS)).expect(lookup(DSUser, "b")).send(kMissing);
+  const auto askMeanwhile = [&] {
+    unlink(options.socketPath.c_str());
+    ScriptedPeer other(options.socketPath);
+    other.expect(lookup(DSUser, "c")).send(kFound);
+    EXPECT_TRUE(client().user("c"));
+  };
+  peer().expect(flush).then(askMeanwhile).send(answer(VR_SUCCESS));
+  for (const char* name : {"b", "c"}) peer().expect(lookup(DSUser, name)).send(kMissing);
   EXPECT_TRUE(client().flush("b").ok());
   EXPECT_FALSE(client().user("b"));
+  EXPECT_FALSE(client().user("c"));
   EXPECT_TRUE(peer().finished());
 }
 
