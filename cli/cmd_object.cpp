@@ -31,6 +31,10 @@ std::string nameOf(const std::string& path) {
   return path == "-" ? "standard input" : path;
 }
 
+[[noreturn]] void unreadable(const std::string& path) {
+  throw Failure(kFailed, nameOf(path) + ": " + strerror(errno));
+}
+
 std::string readAll(const std::string& path) {
   std::unique_ptr<FILE, int (*)(FILE*)> opened(nullptr, fclose);
   FILE* file = stdin;
@@ -38,14 +42,14 @@ std::string readAll(const std::string& path) {
     opened.reset(fopen(path.c_str(), "re"));
     file = opened.get();
   }
-  if (!file) throw UsageError(nameOf(path) + ": " + strerror(errno));
+  if (!file) unreadable(path);
   std::string bytes;
   char buffer[16384];
   while (size_t count = fread(buffer, 1, sizeof buffer, file)) {
     bytes.append(buffer, count);
-    if (bytes.size() > kLargestBlob) throw UsageError(nameOf(path) + ": larger than any object");
+    if (bytes.size() > kLargestBlob) throw Failure(kFailed, nameOf(path) + ": larger than any object");
   }
-  if (ferror(file)) throw UsageError(nameOf(path) + ": " + strerror(errno));
+  if (ferror(file)) unreadable(path);
   return bytes;
 }
 
@@ -132,8 +136,9 @@ ExitStatus blob(Invocation& invocation) {
 const DictionaryVector& entriesOf(int sum) {
   try {
     return GetDictionaryVector(sum);
-  } catch (const NotFoundException& error) {
-    throw RefusedError("checksum " + uitoa(static_cast<unsigned>(sum), 16) + ": " + error.what());
+  } catch (const NotFoundException&) {
+    throw RefusedError("no release has the checksum " + uitoa(static_cast<unsigned>(sum), 16) +
+                       " ('fokrazo dict --releases' lists all)");
   }
 }
 

@@ -39,10 +39,10 @@ std::chrono::milliseconds readTimeout(const std::string& text) {
 }
 
 // A longer path would be cut, and lead to another socket.
-void refuseLongPath(const std::string& path) {
+void requireSocketPath(const std::string& path) {
   constexpr size_t kLongest = sizeof sockaddr_un::sun_path - 1;
-  if (path.size() > kLongest)
-    throw UsageError("option --socket takes a path of at most " + std::to_string(kLongest) + " bytes, not '" +
+  if (path.empty() || path.size() > kLongest)
+    throw UsageError("option --socket takes a path of 1 to " + std::to_string(kLongest) + " bytes, not '" +
                      path + "'");
 }
 
@@ -89,7 +89,7 @@ GlobalOptions takeGlobalOptions(Arguments& arguments) {
   daemon.socketPath = vesk::paths::kDaemonSocket;
   daemon.deadline = kDeadline;
   std::string text;
-  if (arguments.option("--socket", daemon.socketPath)) refuseLongPath(daemon.socketPath);
+  if (arguments.option("--socket", daemon.socketPath)) requireSocketPath(daemon.socketPath);
   if (arguments.option("--timeout", text)) daemon.deadline = readTimeout(text);
   if (arguments.option("--peer-uid", text)) daemon.peer = readUid(text);
   return options;
