@@ -1,6 +1,5 @@
 // check: why a user can or cannot log in.
 
-#include <cstdio>
 #include <ctime>
 
 #include "cli/account_check.h"
@@ -15,16 +14,13 @@ constexpr const char* kStates[] = {"ok", "warning", "problem", "failed"};
 
 // Milliseconds, "-" if nothing was asked.
 std::string timeText(const CheckStep& step) {
-  if (!step.elapsed) return "-";
-  char text[32];
-  snprintf(text, sizeof text, "%.1f", static_cast<double>(step.elapsed->count()) / 1000);
-  return text;
+  return step.elapsed ? textOf(*step.elapsed) : "-";
 }
 
 Record recordOf(const CheckStep& step) {
   Record record;
   record.text("step", step.name).text("state", kStates[step.state]).text("text", step.text);
-  if (step.elapsed) record.number("microseconds", step.elapsed->count());
+  if (step.elapsed) record.milliseconds("milliseconds", *step.elapsed);
   if (step.failure) record.object("error", recordOf(*step.failure));
   return record;
 }

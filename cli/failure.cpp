@@ -115,6 +115,8 @@ const char* meaningWithoutReply(const CallStatus& call) {
 const char* fixedMeaningOf(const CallStatus& call) {
   if (call.outcome == CallOutcome::OutcomeUnknown && isPasswordChange(call))
     return "the daemon did not answer: the password may have been changed";
+  if (call.outcome == CallOutcome::DaemonAway && call.step == CallStep::NotStarted)
+    return "the daemon at @ failed a moment ago, and was not asked again so soon";
   if (const char* meaning = rowOf(call.outcome).meaning) return meaning;
   if (call.outcome == CallOutcome::NotFound)
     for (const auto& row : kMissing)

@@ -24,7 +24,7 @@ entry() {
 checked() {  # checked ARGUMENT ...: without times and what the doctor says
   local status=0
   fokrazo "$@" >"$place/checked" 2>"$place/complaint" || status=$?
-  sed -E 's/\t[0-9.]+\t/\tT\t/; s/"microseconds":[0-9]+/"microseconds":T/g; s/[0-9]+ days/N days/g; s/(not found: )[^;]*;/\1WHY;/' "$place/checked" "$place/complaint"
+  sed -E 's/\t[0-9.]+\t/\tT\t/; s/"milliseconds":[0-9.]+/"milliseconds":T/g; s/[0-9]+ days/N days/g; s/(not found: )[^;]*;/\1WHY;/' "$place/checked" "$place/complaint"
   return "$status"
 }
 
