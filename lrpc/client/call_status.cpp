@@ -18,7 +18,7 @@ constexpr OutcomeRow kOutcomes[] = {
     {"success", VR_SUCCESS},
     {"not found", VR_NOT_FOUND},
     {"refused", VR_INSUFFICIENT_PERMISSION},
-    {"the daemon cannot tell now", VR_SYSTEM_ERROR},
+    {"the daemon cannot answer now", VR_SYSTEM_ERROR},
     {"the daemon cannot be reached", VR_DAEMON_NOT_RUNNING},
     {"the deadline has passed", VR_TRY_AGAIN},
     {"cancelled", VR_TRY_AGAIN},
