@@ -5,7 +5,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 #include "cli/command.h"
@@ -27,8 +26,7 @@ class Lines {
     const int copy = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     m_stream.reset(copy < 0 ? nullptr : fdopen(copy, "r"));
     const int empty = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    if (!m_stream || empty < 0 || dup2(empty, STDIN_FILENO) < 0)
-      throw Failure(kFailed, std::string("standard input cannot be read: ") + strerror(errno));
+    if (!m_stream || empty < 0 || dup2(empty, STDIN_FILENO) < 0) throw UnreadableError(kName);
     if (empty != STDIN_FILENO) close(empty);
   }
   ~Lines() { free(m_buffer); }
@@ -37,6 +35,7 @@ class Lines {
 
   bool next(std::string& line) {
     const ssize_t length = getline(&m_buffer, &m_capacity, m_stream.get());
+    if (length < 0 && ferror(m_stream.get())) throw UnreadableError(kName);
     if (length < 0) return false;
     line.assign(m_buffer, static_cast<size_t>(length));
     if (line.back() == '\n') line.pop_back();
@@ -44,6 +43,8 @@ class Lines {
   }
 
  private:
+  static constexpr char kName[] = "standard input";
+
   std::unique_ptr<FILE, int (*)(FILE*)> m_stream;
   char* m_buffer = nullptr;
   size_t m_capacity = 0;

@@ -63,6 +63,8 @@ class Lookup {
 
   void answerInput() {
     for (std::string line; std::getline(std::cin, line);) answer(line);
+    m_output.setKey({});
+    if (ferror(stdin)) throw UnreadableError("standard input");
   }
 
   void answer(const std::string& text) {

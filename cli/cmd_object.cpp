@@ -1,9 +1,7 @@
 // Serialized objects, without the daemon: blob, dict.
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <sstream>
 
@@ -31,10 +29,6 @@ std::string nameOf(const std::string& path) {
   return path == "-" ? "standard input" : path;
 }
 
-[[noreturn]] void unreadable(const std::string& path) {
-  throw Failure(kFailed, nameOf(path) + ": " + strerror(errno));
-}
-
 std::string readAll(const std::string& path) {
   std::unique_ptr<FILE, int (*)(FILE*)> opened(nullptr, fclose);
   FILE* file = stdin;
@@ -42,14 +36,14 @@ std::string readAll(const std::string& path) {
     opened.reset(fopen(path.c_str(), "re"));
     file = opened.get();
   }
-  if (!file) unreadable(path);
+  if (!file) throw UnreadableError(nameOf(path));
   std::string bytes;
   char buffer[16384];
   while (size_t count = fread(buffer, 1, sizeof buffer, file)) {
     bytes.append(buffer, count);
     if (bytes.size() > kLargestBlob) throw Failure(kFailed, nameOf(path) + ": larger than any object");
   }
-  if (ferror(file)) unreadable(path);
+  if (ferror(file)) throw UnreadableError(nameOf(path));
   return bytes;
 }
 

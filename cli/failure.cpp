@@ -1,5 +1,7 @@
 #include "cli/failure.h"
 
+#include <cerrno>
+#include <cstring>
 #include <iterator>
 
 #include <fokrazo/session.h>
@@ -154,6 +156,9 @@ constexpr const char* kSteps[] = {"not-started", "waiting-for-session", "connect
 
 UsageError::UsageError(const std::string& message)
     : Failure(kUsage, message, "'fokrazo help' lists the commands, 'fokrazo help COMMAND' describes one") {}
+
+UnreadableError::UnreadableError(const std::string& name)
+    : Failure(kFailed, name + " cannot be read: " + strerror(errno)) {}
 
 std::string meaningOf(const CallStatus& call, const std::string& socketPath) {
   const char* meaning = fixedMeaningOf(call);

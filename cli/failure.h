@@ -33,6 +33,12 @@ class UsageError : public Failure {
   explicit UsageError(const std::string& message);
 };
 
+/// A file, or standard input, that cannot be read; errno says why.
+class UnreadableError : public Failure {
+ public:
+  explicit UnreadableError(const std::string& name);
+};
+
 /// Not found, or not allowed.
 class RefusedError : public Failure {
  public:

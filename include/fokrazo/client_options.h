@@ -33,7 +33,7 @@ struct ClientOptions {
   std::chrono::milliseconds deadline{10'000};
   /// The maximum number of connections, 1 to 64.
   unsigned int sessions = 8;
-  /// Idle connections are closed after this time, at the latest by the next call.
+  /// A connection that was not used for this time is closed by a later call, or by Client::closeIdle.
   std::chrono::milliseconds idle{10'000};
   /// The user that the daemon must run as; empty accepts any.
   std::optional<uid_t> trustedPeer = 0;
