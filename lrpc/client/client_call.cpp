@@ -80,7 +80,7 @@ bool ClientCall::begin() {
   if (!admit()) return false;
   m_core.sweep();
   try {
-    m_lease = m_core.pool.borrow(m_progress, m_core.breaker);
+    m_lease = m_core.pool.borrow(m_progress, m_isEvenIfAway ? nullptr : &m_core.breaker);
   } catch (const std::bad_alloc&) {
     m_status.outcome = CallOutcome::LocalFailure;
     return false;
@@ -152,7 +152,7 @@ CallOutcome ClientCall::failureOutcome(const VESKException* error) const {
   if (isA<ConnectionBrokenException>(error)) return CallOutcome::DaemonAway;
   if (m_progress.step == CallStep::Authenticating && isA<SystemException>(error)) return CallOutcome::Refused;
   if (m_progress.step <= CallStep::Connecting) return connectOutcome(m_progress.error);
-  if (m_progress.step <= CallStep::Sending) return CallOutcome::LocalFailure;
+  if (m_progress.step <= CallStep::Sending && !m_progress.isAuthenticating) return CallOutcome::LocalFailure;
   if (!isA<SystemException>(error)) return CallOutcome::MalformedReply;
   return error->rc() == IPC_NOT_AUTHORIZED ? CallOutcome::Refused : CallOutcome::Unavailable;
 }

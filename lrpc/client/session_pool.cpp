@@ -65,13 +65,13 @@ SessionPool::Lease SessionPool::tryBorrow() {
   }
 }
 
-SessionPool::Lease SessionPool::borrow(CallProgress& call, const Breaker& breaker) {
+SessionPool::Lease SessionPool::borrow(CallProgress& call, const Breaker* breaker) {
   if (Lease lease = tryBorrow()) return lease;
   call.step = CallStep::WaitingForSession;
   for (;;) {
     const EventCount::Ticket ticket = m_changed.ticket();
     if (Lease lease = tryBorrow()) return lease;
-    if (call.mustStop() || breaker.isOpen()) {
+    if (call.mustStop() || (breaker && breaker->isOpen())) {
       m_changed.notifyOne();  // what was meant for this thread
       return {};
     }
@@ -112,7 +112,7 @@ std::optional<SessionPool::Taken> SessionPool::takeIdle(Clock::time_point unused
 void SessionPool::closeIdle(std::chrono::milliseconds unusedFor) {
   const Clock::time_point now = Clock::now();
   if (unusedFor > std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch())) return;
-  const Clock::time_point since = now - unusedFor;
+  const Clock::time_point since = now - std::max(unusedFor, unusedFor.zero());
   while (const std::optional<Taken> taken = takeIdle(since)) {
     taken->second->dropConnection();
     giveBack(taken->first, taken->second);

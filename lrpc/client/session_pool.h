@@ -49,9 +49,9 @@ class SessionPool {
   /// Requires: nothing is lent.
   ~SessionPool();
 
-  /// Waits for a session within the limits of the call, but not for a daemon that has failed meanwhile. An
-  /// empty lease then.
-  Lease borrow(CallProgress& call, const Breaker& breaker);
+  /// Waits for a session within the limits of the call, and, unless `breaker` is null, not for a daemon that
+  /// has failed meanwhile. An empty lease then.
+  Lease borrow(CallProgress& call, const Breaker* breaker);
   /// A session that is free now.
   Lease tryBorrow();
   /// Wakes all waiters.

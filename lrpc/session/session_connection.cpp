@@ -169,6 +169,7 @@ bool LocalRpcSession::isConnectionGoodForCall(time_t now, pid_t pid) {
 
 void LocalRpcSession::reConnect(bool authenticate) {
   const SessionHold hold(*this);
+  if (m_call && authenticate) m_call->isAuthenticating = false;  // a task may go on after a failed attempt
   const time_t now = dayclock::now();
   const pid_t pid = getpid();
   if (isConnectionGoodForCall(now, pid)) {

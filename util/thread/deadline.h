@@ -12,9 +12,9 @@ class Deadline {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// That long from now. A hundred years and more are taken for ever.
+  /// That long from now; a negative time is 0. A hundred years and more are taken for ever.
   static Deadline in(std::chrono::milliseconds time) {
-    return time > kEver ? never() : Deadline(Clock::now() + time);
+    return time > kEver ? never() : Deadline(Clock::now() + std::max(time, time.zero()));
   }
   /// A moment that never comes.
   static Deadline never() { return Deadline(Clock::time_point::max()); }

@@ -132,6 +132,21 @@ TEST_F(ClientTest, AChangeWithoutAnAnswerIsUnknownAndSentOnce) {
   EXPECT_TRUE(peer().finished());
 }
 
+TEST_F(ClientTest, AFailedProofOfTheProcessIsNoPartOfTheNextRequest) {
+  options.authenticateProcess = true;
+  for (int i = 0; i < 2; ++i) peer().accept().expect(request(IPC_OP_AUTH_REQUEST)).send("damaged");
+  EXPECT_EQ(user(), "the reply cannot be read | 48 | having this process checked");
+  peer().accept().expect(request(IPC_OP_AUTH_REQUEST)).send(answer(VR_PROCESS_AUTH_FAILED));
+  peer().expect(request(IPC_OP_USER_LOGIN, octets("a"))).hangUp().down();
+  const auto status = client().call("login", Client::Repeat::Never, [](LocalRpcSession& session) {
+    EXPECT_THROW(session.userLogin("a"), VESKException);
+    session.userLogin("a");
+  });
+  EXPECT_EQ(shown(status),
+            "the outcome is unknown: the change may have been made | 48 | waiting for the reply");
+  EXPECT_TRUE(peer().finished());
+}
+
 TEST_F(ClientTest, ALoginIsSentOnceOnANewConnection) {
   const std::string login = request(IPC_OP_VALIDATE_PLAINTEXT, octets("a") + octets("secret") + integer(0));
   peer().expect(request(IPC_OP_PING)).send(reply(IPC_SUCCESS));
@@ -193,6 +208,13 @@ TEST_F(ClientTest, TheLongestTimesAreEver) {
   EXPECT_TRUE(peer().finished());
 }
 
+TEST_F(ClientTest, ANegativeTimeIsOver) {
+  options.deadline = milliseconds(-10'000'000'000'000);  // more nanoseconds than their type holds
+  options.idle = milliseconds::min();
+  for (int i = 0; i < 2; ++i) peer().expect(lookup(DSUser, "a")).hangUp();
+  EXPECT_EQ(user(), "the deadline has passed | 48 | waiting for the reply");
+}
+
 TEST_F(ClientTest, AnotherThreadEndsACall) {
   Cancellation cancellation;
   CallOptions call;
@@ -224,6 +246,7 @@ TEST_F(ClientTest, ACallWaitsForASessionNoLongerThanItsDeadline) {
 }
 
 TEST_F(ClientTest, WhileTheBreakerIsOpenOnlyCallsThatInsistAsk) {
+  options.sessions = 1;
   ClientCore core(options);
   core.breaker.failed(*core.breaker.admit(), Breaker::Clock::now() + std::chrono::hours(1));
   CallOptions insisting;
@@ -234,6 +257,11 @@ TEST_F(ClientTest, WhileTheBreakerIsOpenOnlyCallsThatInsistAsk) {
   EXPECT_EQ(pings(insisting), "the daemon cannot be reached | 48 | connecting");
   peer().expect(request(IPC_OP_PING)).send(reply(IPC_SUCCESS));
   EXPECT_EQ(pings({}), "the daemon cannot be reached | 48 | nothing, as the daemon failed a moment ago");
+  SessionPool::Lease held = core.pool.tryBorrow();
+  CallOptions brief = insisting;
+  brief.deadline = kShort;
+  EXPECT_EQ(pings(brief), "the deadline has passed | 48 | waiting for a session");
+  held.release();
   EXPECT_EQ(pings(insisting), "success | 48 | reading the reply");
   peer().expect(request(IPC_OP_PING)).send(reply(IPC_SUCCESS));
   EXPECT_EQ(pings({}), "success | 48 | reading the reply") << "a success closes the breaker";
