@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 #include "cli/command.h"
@@ -19,6 +18,8 @@ namespace {
 // These print something other than records, or never end.
 constexpr const char* kExcluded[] = {"batch", "help", "watch"};
 
+constexpr size_t kLongestLine = 1 << 20;
+
 // The lines of what was standard input. Commands find an empty one instead.
 class Lines {
  public:
@@ -29,30 +30,27 @@ class Lines {
     if (!m_stream || empty < 0 || dup2(empty, STDIN_FILENO) < 0) throw UnreadableError(kName);
     if (empty != STDIN_FILENO) close(empty);
   }
-  ~Lines() { free(m_buffer); }
-  Lines(const Lines&) = delete;
-  Lines& operator=(const Lines&) = delete;
 
   bool next(std::string& line) {
-    const ssize_t length = getline(&m_buffer, &m_capacity, m_stream.get());
-    if (length < 0 && ferror(m_stream.get())) throw UnreadableError(kName);
-    if (length < 0) return false;
-    line.assign(m_buffer, static_cast<size_t>(length));
-    if (line.back() == '\n') line.pop_back();
-    return true;
+    line.clear();
+    int c;
+    while ((c = getc_unlocked(m_stream.get())) != EOF && c != '\n') {
+      if (line.size() == kLongestLine) throw Failure(kFailed, "a line has more than a million bytes");
+      line += static_cast<char>(c);
+    }
+    if (ferror(m_stream.get())) throw UnreadableError(kName);
+    return c != EOF || !line.empty();
   }
 
  private:
   static constexpr char kName[] = "standard input";
 
   std::unique_ptr<FILE, int (*)(FILE*)> m_stream;
-  char* m_buffer = nullptr;
-  size_t m_capacity = 0;
 };
 
-void refuseExcluded(const std::vector<std::string>& words) {
-  for (const char* name : kExcluded)
-    if (words.front() == name) throw UsageError("batch does not run " + words.front());
+void refuseExcluded(const std::string& name) {
+  for (const char* excluded : kExcluded)
+    if (name == excluded) throw UsageError("batch does not run " + name);
 }
 
 // Runs one line, and prints what it printed, or why it failed, as one JSON line.
@@ -63,9 +61,10 @@ ExitStatus runLine(const std::string& line, Daemon& daemon) {
   const ExitStatus status = guarded(collector, [&] {
     const std::vector<std::string> words = splitWords(line);
     if (words.empty()) return kFound;
-    refuseExcluded(words);
     Arguments arguments(words, requireOption);
-    return runCommand(arguments, collector, daemon);
+    const std::string name = arguments.operand("a command");
+    refuseExcluded(name);
+    return runCommand(name, arguments, collector, daemon);
   });
   Record record;
   record.text("command", line).number("status", status).list("answers", answers);
@@ -83,7 +82,7 @@ ExitStatus batch(Invocation& invocation) {
   invocation.arguments.done();
   ExitStatus status = kFound;
   Lines lines;
-  for (std::string line; lines.next(line);)
+  for (std::string line; !ferror(stdout) && lines.next(line);)
     if (!isComment(line)) status = worse(status, runLine(line, invocation.daemon));
   return status;
 }

@@ -53,7 +53,7 @@ ExitStatus watch(Invocation& invocation) {
   ExitStatus status = kFound;
   for (int i = 1;; ++i) {
     status = worse(status, look(invocation.output, invocation.daemon));
-    if (i == count) return status;
+    if (i == count || ferror(stdout)) return status;
     if (count == 0) i = 0;
     std::this_thread::sleep_for(std::chrono::seconds(interval));
   }

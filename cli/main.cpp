@@ -1,5 +1,7 @@
 // fokrazo: the command-line tool. Queries the daemon, and shows the files and values of the system.
 
+#include <signal.h>
+
 #include <clocale>
 #include <cstdio>
 #include <exception>
@@ -19,7 +21,8 @@ ExitStatus run(const GlobalOptions& options, Arguments& arguments, Output& outpu
   }
   if (options.help) return printHelp(arguments);
   Daemon daemon(options.daemon);
-  return runCommand(arguments, output, daemon);
+  const std::string name = arguments.operand("a command");
+  return runCommand(name, arguments, output, daemon);
 }
 
 // Errors in the options themselves are printed as --json asks, wherever it stands.
@@ -46,6 +49,7 @@ ExitStatus run(const std::vector<std::string>& words) {
 }  // namespace cli
 
 int main(int argc, char** argv) {
+  signal(SIGCHLD, SIG_DFL);        // if it is ignored, nobody learns how a child has ended
   setlocale(LC_CTYPE, "C.UTF-8");  // for the width of characters; the environment has no say
   const cli::ExitStatus status = cli::run({argv + (argc > 0 ? 1 : 0), argv + argc});
   if (fflush(stdout) == 0 && !ferror(stdout)) return status;

@@ -18,8 +18,7 @@ ExitStatus guarded(Output& output, const std::function<ExitStatus()>& task) {
   }
 }
 
-ExitStatus runCommand(Arguments& arguments, Output& output, Daemon& daemon) {
-  const std::string name = arguments.operand("a command");
+ExitStatus runCommand(const std::string& name, Arguments& arguments, Output& output, Daemon& daemon) {
   const Command& command = commandNamed(name);
   arguments.requireOptionsOf(name, command.options);
   Invocation invocation{arguments, output, daemon};

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 
 #include "cli/arguments.h"
 #include "cli/daemon.h"
@@ -13,7 +14,7 @@ namespace cli {
 /// Calls `task`, and prints the failure that it lets pass. Returns the exit status.
 ExitStatus guarded(Output& output, const std::function<ExitStatus()>& task);
 
-/// Runs the command that the first operand names, with the other arguments. @throws Failure
-ExitStatus runCommand(Arguments& arguments, Output& output, Daemon& daemon);
+/// Runs the command with this name. @throws Failure
+ExitStatus runCommand(const std::string& name, Arguments& arguments, Output& output, Daemon& daemon);
 
 }  // namespace cli
