@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 #include <glob.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,7 +9,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
+#include <set>
 #include <sstream>
 #include <vector>
 
@@ -18,6 +17,7 @@
 #include "cli/child_pipe.h"
 #include "cli/doctor/shell_word.h"
 #include "cli/doctor/tampering.h"
+#include "cli/doctor/text_file.h"
 #include "cli/shown.h"
 
 namespace cli {
@@ -30,34 +30,39 @@ namespace {
 
 constexpr std::chrono::seconds kLongestLoading(5);
 constexpr size_t kLongestFault = 300;  // what is shown of a message
-constexpr int kDeepestInclude = 8;
-constexpr char kLoaderConfig[] = "/etc/ld.so.conf";
 
-void addConfigured(std::vector<std::string>& folders, const std::string& file, int depth);
+// The folders of the loader's configuration, as ldconfig(8) reads it. Each file is read once, because files
+// may include each other.
+class LoaderConfig {
+ public:
+  LoaderConfig() { read("/etc/ld.so.conf"); }
+  const std::vector<std::string>& folders() const { return m_folders; }
 
-void addIncluded(std::vector<std::string>& folders, const std::string& pattern, int depth) {
-  glob_t found = {};
-  const std::string path = pattern.compare(0, 1, "/") == 0 ? pattern : "/etc/" + pattern;
-  if (glob(path.c_str(), 0, nullptr, &found) == 0)
-    for (size_t i = 0; i < found.gl_pathc; ++i) addConfigured(folders, found.gl_pathv[i], depth + 1);
-  globfree(&found);
-}
-
-// As ldconfig(8) reads its configuration.
-void addConfigured(std::vector<std::string>& folders, const std::string& file, int depth) {
-  struct stat info;
-  if (depth > kDeepestInclude || stat(file.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return;
-  std::ifstream lines(file);
-  for (std::string line; std::getline(lines, line);) {
-    std::istringstream words(line.substr(0, line.find('#')));
-    std::string word;
-    words >> word;
-    if (word == "include")
-      while (words >> word) addIncluded(folders, word, depth);
-    else if (!word.empty() && word[0] == '/')
-      folders.push_back(word);
+ private:
+  void read(const std::string& file) {
+    if (!m_files.insert(file).second) return;
+    for (const std::string& line : linesOf(file)) {
+      std::istringstream words(line.substr(0, line.find('#')));
+      std::string word;
+      words >> word;
+      if (word == "include")
+        while (words >> word) include(word);
+      else if (!word.empty() && word[0] == '/')
+        m_folders.push_back(word);
+    }
   }
-}
+
+  void include(const std::string& pattern) {
+    glob_t found = {};
+    const std::string path = pattern.compare(0, 1, "/") == 0 ? pattern : "/etc/" + pattern;
+    if (glob(path.c_str(), 0, nullptr, &found) == 0)
+      for (size_t i = 0; i < found.gl_pathc; ++i) read(found.gl_pathv[i]);
+    globfree(&found);
+  }
+
+  std::vector<std::string> m_folders;
+  std::set<std::string> m_files;
+};
 
 std::vector<std::string> libraryFolders() {
   std::vector<std::string> folders;
@@ -67,7 +72,8 @@ std::vector<std::string> libraryFolders() {
     folders.push_back(path.substr(0, path.rfind('/')));
   }
   folders.insert(folders.end(), {"/lib64", "/lib", "/usr/lib64", "/usr/lib"});
-  addConfigured(folders, kLoaderConfig, 0);
+  const LoaderConfig config;
+  folders.insert(folders.end(), config.folders().begin(), config.folders().end());
   return folders;
 }
 

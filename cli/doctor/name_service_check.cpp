@@ -1,7 +1,4 @@
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <fstream>
 #include <map>
 #include <sstream>
 
@@ -10,6 +7,7 @@
 #include "cli/doctor/module_file.h"
 #include "cli/doctor/shell_word.h"
 #include "cli/doctor/tampering.h"
+#include "cli/doctor/text_file.h"
 #include "cli/shown.h"
 
 namespace cli {
@@ -45,10 +43,7 @@ using Switch = std::map<std::string, Line>;
 Switch readSwitch() {
   Switch all;
   for (const Database& row : kDatabases) all[row.name];
-  struct stat info;
-  if (stat(kPath, &info) != 0 || !S_ISREG(info.st_mode)) return all;
-  std::ifstream lines(kPath);
-  for (std::string line; std::getline(lines, line);) {
+  for (std::string line : linesOf(kPath)) {
     line.erase(std::min(line.find('#'), line.size()));
     const size_t colon = line.find(':');
     if (colon == std::string::npos) continue;

@@ -1,9 +1,7 @@
 #include <dirent.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -12,6 +10,7 @@
 #include "cli/doctor/module_file.h"
 #include "cli/doctor/shell_word.h"
 #include "cli/doctor/tampering.h"
+#include "cli/doctor/text_file.h"
 #include "cli/shown.h"
 
 namespace cli {
@@ -47,13 +46,12 @@ std::string baseName(const std::string& path) {
 }
 
 void addMentions(std::vector<Mention>& mentions, const std::string& file) {
-  struct stat info;
-  if (stat(file.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return;
-  std::ifstream lines(file);
-  for (std::string line; std::getline(lines, line);) {
-    for (std::string next; !line.empty() && line.back() == '\\' && std::getline(lines, next);) {
+  const std::vector<std::string> lines = linesOf(file);
+  for (size_t i = 0; i < lines.size(); ++i) {
+    std::string line = lines[i];
+    while (!line.empty() && line.back() == '\\' && i + 1 < lines.size()) {
       line.back() = ' ';
-      line += next;
+      line += lines[++i];
     }
     const std::string module = moduleOf(line);
     if (baseName(module) == kPamModule.file) mentions.push_back({file, module});
