@@ -55,6 +55,9 @@ if setpriv --reuid=10060 --clear-groups true 2>/dev/null; then
   chown 0 . && chmod 0600 daemon
   findings=$(setpriv --reuid=10060 --clear-groups "$build_dir/bin/fokrazo" doctor socket) || true
   [[ $findings == *"this user may not open it"*"run: chmod a+rw /var/velmora/daemon"* ]] || fail "a closed socket: $findings"
+  status=0
+  said=$(setpriv --reuid=10060 --clear-groups "$build_dir/bin/fokrazo" user lquispe 2>&1) || status=$?
+  [[ "$status $said" == "3 fokrazo: user lquispe: this user may not open the daemon's socket $PWD/daemon"* ]] || fail "$status $said"
   chmod 0700 .
   findings=$(setpriv --reuid=10060 --clear-groups "$build_dir/bin/fokrazo" doctor socket) || true
   [[ $findings == *"this user may not enter /var/velmora"*"run: chmod a+x /var/velmora"* ]] || fail "a closed folder: $findings"
