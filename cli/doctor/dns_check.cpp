@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <algorithm>
 
 #include <fokrazo/setting.h>
@@ -26,12 +28,23 @@ std::string configure(const std::vector<std::string>& nameServers) {
   return isResolved ? "resolvectl status" : std::string("editor ") + kConfig;
 }
 
+bool isRegularOrMissing(const char* path) {
+  struct stat info;
+  return stat(path, &info) != 0 || S_ISREG(info.st_mode);
+}
+
 }  // namespace
 
 Findings checkDns(Patient&) {
   Findings findings("dns");
   const std::string domain = vesk::GetSetting(SETTING_DOMAIN_NAME, "");
   if (domain.empty()) return findings;  // the check of the joined state says so
+  if (!isRegularOrMissing(kConfig)) {   // the resolver would wait for a FIFO
+    findings.problem(std::string(kConfig) + " is not a regular file",
+                     "replace it with a regular file that names the domain's name servers",
+                     std::string("ls -lL ") + kConfig);
+    return findings;
+  }
   const std::string name = "_ldap._tcp.dc._msdcs." + domain;
   const ServiceRecords records = lookUpService(name);
   switch (records.outcome) {
