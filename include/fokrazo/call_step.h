@@ -7,7 +7,7 @@ namespace vesk {
 
 /// The steps of a call, in their order.
 enum class CallStep : int {
-  NotStarted,         ///< refused before anything was tried: the daemon failed a moment ago
+  NotStarted,         ///< the daemon failed a moment ago and was not asked; or no object can have the key
   WaitingForSession,  ///< all sessions were in use
   Connecting,
   Authenticating,  ///< the daemon checks this process

@@ -47,7 +47,8 @@ struct ClientOptions {
 /// For one call.
 struct CallOptions {
   /// The maximum duration of the whole call: waiting for a free connection, connecting, every piece of the
-  /// request and the reply, and a second attempt. Signals do not extend it. Empty: the client's.
+  /// request and the reply, and a second attempt. Signals do not extend it. When it is over, nothing is sent.
+  /// Empty: the client's.
   std::optional<std::chrono::milliseconds> deadline;
   /// Lets another thread end the call; must outlive it. May be null.
   const Cancellation* cancellation = nullptr;

@@ -50,7 +50,8 @@ Answer CallStatus::answer() const noexcept {
 std::string CallStatus::describe() const {
   std::string line = std::string(operation) + ": " + textOf(outcome);
   if (ok()) return line;
-  line += std::string(" (") + textOf(step) + ")";
+  const bool isUnasked = outcome == CallOutcome::NotFound && step == CallStep::NotStarted;
+  if (!isUnasked) line += std::string(" (") + textOf(step) + ")";
   const bool isDaemons = result != VR_NO_REPLY_YET && result != VR_SUCCESS;
   const std::string meaning = isDaemons ? LocalRpcSession::errorString(result) : std::string();
   if (isDaemons) line += ": " + meaning;
