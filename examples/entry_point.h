@@ -5,13 +5,27 @@
 
 #include <pthread.h>
 
+#include <atomic>
 #include <cerrno>
+#include <memory>
 
 namespace example {
 
 /// The host's own user, about whom the daemon is never asked: when root logs in, programs ask all sources,
 /// and that must not wait for the daemon.
 constexpr char kRoot[] = "root";
+
+/// The module's client, created with `options()` by the first task and never destroyed: handlers of atexit
+/// and destructors of thread keys ask, too. Not a plain static: its guard, held by another thread of the
+/// parent, would let a forked child wait for ever.
+template <class Options>
+vesk::Client& clientOf(Options options) {
+  static std::atomic<vesk::Client*> client{nullptr};
+  if (vesk::Client* const made = client.load(std::memory_order_acquire)) return *made;
+  auto own = std::make_unique<vesk::Client>(options());
+  vesk::Client* first = nullptr;
+  return *(client.compare_exchange_strong(first, own.get()) ? own.release() : first);
+}
 
 /// Thrown to end a task with an answer other than success.
 struct Failure {

@@ -40,10 +40,8 @@ vesk::ClientOptions clientOptions() {
   return options;
 }
 
-// Never destroyed: handlers of atexit and destructors of thread keys look names up, too.
 vesk::Client& client() {
-  static auto* const client = new vesk::Client(clientOptions());
-  return *client;
+  return clientOf(clientOptions);
 }
 
 vesk::CallOptions patiently() {

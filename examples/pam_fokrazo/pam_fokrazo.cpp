@@ -51,10 +51,9 @@ vesk::ClientOptions clientOptions() {
   return options;
 }
 
-// Never destroyed. It remembers from one task to the next that the daemon is away.
+// It remembers from one task to the next that the daemon is away.
 vesk::Client& client() {
-  static auto* const client = new vesk::Client(clientOptions());
-  return *client;
+  return clientOf(clientOptions);
 }
 
 vesk::CallOptions patiently() {

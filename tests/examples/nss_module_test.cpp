@@ -27,6 +27,7 @@ constexpr char kFill = 0x5a;
 
 void* g_module;
 std::function<void()> g_atConnect;
+thread_local void (*t_atNew)() = nullptr;  // called once
 
 template <class Function>
 Function* function(const char* name) {
@@ -315,6 +316,23 @@ TEST(NssModule, NamesAreLookedUpAtTheEndOfAThreadAndOfTheProgram) {
   pthread_key_delete(key);
 }
 
+TEST(NssModule, AChildLooksUpWhatItsParentWasAboutTo) {
+  const StandinProcess daemon(kAtTheSocket);
+  auto* const lookUp = function<ByName<passwd>>("getpwnam_r");
+  char buffer[kLarge];
+  passwd entry;
+  int error = 0;
+  t_atNew = [] {
+    std::thread([] {
+      checkInChild([] {
+        alarm(10);
+        EXPECT_EQ(askFor(kUser), kUserLine);
+      });
+    }).join();
+  };
+  EXPECT_EQ(lookUp(kUser, &entry, buffer, sizeof buffer, &error), NSS_STATUS_SUCCESS);
+}
+
 TEST(NssModule, CancellationWaitsUntilTheModuleReturns) {
   const StandinProcess daemon(kAtTheSocket);
   std::string answer;
@@ -339,6 +357,19 @@ extern "C" __attribute__((visibility("default"))) int connect(int fd, const sock
                                                               socklen_t size) {
   if (g_atConnect) g_atConnect();
   return reinterpret_cast<decltype(connect)*>(dlsym(RTLD_NEXT, "connect"))(fd, address, size);
+}
+
+// Also for the module.
+void* operator new(size_t size) {
+  if (auto* const act = std::exchange(t_atNew, nullptr)) act();
+  if (void* const memory = malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+  free(memory);
+}
+void operator delete(void* memory, size_t /*size*/) noexcept {
+  free(memory);
 }
 
 int main(int argc, char** argv) {
