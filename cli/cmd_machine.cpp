@@ -33,12 +33,16 @@ void addSettings(const std::string& dir, bool (*isWanted)(const char*), std::set
   }
 }
 
-ExitStatus listSettings(Output& output) {
+std::set<std::string> settingNames() {
   std::set<std::string> names;
   addSettings(getDataDir(), KSets::isKSetFile, names);
   addSettings(getDataDir() + paths::kUserDir, KSets::isKSetDCFile, names);
+  return names;
+}
+
+ExitStatus listSettings(Output& output) {
   ExitStatus status = kFound;
-  for (const std::string& name : names) {
+  for (const std::string& name : settingNames()) {
     try {
       printSetting(output, name, loadSetting(name, false));
     } catch (const VESKException& error) {
@@ -55,7 +59,8 @@ ExitStatus getSetting(Output& output, const std::string& name) {
     output.record(Record().text("name", name).text("value", value), shown(value));
     return kFound;
   } catch (const IOException& error) {
-    throw RefusedError(error.what());
+    if (settingNames().count(name) == 0) throw RefusedError("there is no setting " + shown(name));
+    throw Failure(kFailed, error.what());
   }
 }
 

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include <fokrazo/session.h>
+#include <fokrazo/utf8.h>
 #include "cli/shown.h"
 
 namespace cli {
@@ -162,7 +163,7 @@ UnreadableError::UnreadableError(const std::string& name)
 
 std::string meaningOf(const CallStatus& call, const std::string& socketPath) {
   const char* meaning = fixedMeaningOf(call);
-  return withoutControls(meaning ? withSocket(meaning, socketPath) : resultText(call));
+  return vesk::withoutTerminalControls(meaning ? withSocket(meaning, socketPath) : resultText(call));
 }
 
 ExitStatus exitStatusOf(const CallStatus& call) {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <fokrazo/strutil.h>
+#include <fokrazo/utf8.h>
 
 namespace cli {
 
@@ -37,7 +38,7 @@ std::string detailsOf(const vesk::CallStatus& call) {
 
 void complain(const std::string& message) {
   fflush(stdout);
-  fprintf(stderr, "fokrazo: %s\n", withoutControls(message).c_str());
+  fprintf(stderr, "fokrazo: %s\n", vesk::withoutTerminalControls(message).c_str());
 }
 
 Record recordOf(const Failure& failure) {
@@ -46,7 +47,8 @@ Record recordOf(const Failure& failure) {
   const vesk::CallStatus* call = failure.call();
   record.text("outcome", call ? idOf(call->outcome) : idOf(failure.status()));
   record.number("status", failure.status());
-  record.text("message", withoutControls(failure.what())).text("advice", withoutControls(failure.advice()));
+  record.text("message", vesk::withoutTerminalControls(failure.what()))
+      .text("advice", vesk::withoutTerminalControls(failure.advice()));
   if (!call) return record;
   record.text("operation", call->operation).text("step", idOf(call->step)).text("text", call->text);
   if (call->result != vesk::VR_NO_REPLY_YET) record.number("result", call->result);
@@ -69,7 +71,7 @@ void Output::record(const Record& record, const std::string& text) {
 }
 
 void Output::print(const std::string& text) {
-  const std::string visible = withoutControls(text, "\n\t");
+  const std::string visible = vesk::withoutTerminalControls(text, "\n\t");
   fwrite(visible.data(), 1, visible.size(), stdout);
 }
 
@@ -101,9 +103,10 @@ void Output::endTable() {
 void Output::fail(const Failure& failure) {
   if (m_json) return printJson(Record().object("error", recordOf(failure)));
   complain(failure.what());
-  if (!failure.advice().empty()) fprintf(stderr, "  %s\n", withoutControls(failure.advice()).c_str());
+  if (!failure.advice().empty())
+    fprintf(stderr, "  %s\n", vesk::withoutTerminalControls(failure.advice()).c_str());
   if (m_verbose && failure.call())
-    fprintf(stderr, "  details: %s\n", withoutControls(detailsOf(*failure.call())).c_str());
+    fprintf(stderr, "  details: %s\n", vesk::withoutTerminalControls(detailsOf(*failure.call())).c_str());
 }
 
 }  // namespace cli

@@ -20,18 +20,6 @@ bool isText(const std::string& value) {
 
 }  // namespace
 
-std::string withoutControls(const std::string& text, const std::string& kept) {
-  std::string out;
-  for (size_t i = 0; i < text.size();) {
-    const vesk::Utf8Character character = vesk::utf8At(text, i);
-    const bool isHarmless = character.length != 0 && !vesk::isTerminalControl(character.code);
-    const size_t length = std::max<size_t>(character.length, 1);
-    out += isHarmless || kept.find(text[i]) != std::string::npos ? text.substr(i, length) : "?";
-    i += length;
-  }
-  return out;
-}
-
 std::string shown(const std::string& value) {
   return isText(value) ? value : tohex(value);
 }
@@ -45,7 +33,7 @@ std::string shownLines(const std::string& text) {
 }
 
 std::string lineField(const std::string& value) {
-  std::string out = withoutControls(value);
+  std::string out = vesk::withoutTerminalControls(value);
   std::replace(out.begin(), out.end(), ':', '?');
   return out;
 }

@@ -13,7 +13,5 @@ std::string shown(const std::string& value);
 std::string shownLines(const std::string& text);
 /// A field of a passwd- or group-style line: separators and terminal controls are replaced with "?".
 std::string lineField(const std::string& value);
-/// The text with "?" for each terminal control, except those in `kept`, and each byte that is not UTF-8.
-std::string withoutControls(const std::string& text, const std::string& kept = "");
 
 }  // namespace cli

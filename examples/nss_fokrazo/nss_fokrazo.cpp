@@ -72,13 +72,14 @@ const typename Database::View& usable(const vesk::CallResult<const typename Data
 // The ids of the user's groups, except groups without an id.
 std::vector<gid_t> groupIdsOf(const char* name) {
   const auto user = client().user(keyOf(name), vesk::UNIX_ONLY | vesk::GROUP_MEMBERSHIP, patiently());
+  const auto groups = client().groupsOf(usable<Users>(user), vesk::UNIX_ONLY, patiently());
+  client().closeIdle();  // a login needs several connections, but only once
   std::vector<gid_t> ids;
-  for (const auto& group : client().groupsOf(usable<Users>(user), vesk::UNIX_ONLY, patiently())) {
+  for (const auto& group : groups) {
     if (group.status().outcome == vesk::CallOutcome::NotFound) continue;
     // Any other failure throws: an incomplete list could grant what the missing group forbids.
     if (Groups::isUsable(group.value())) ids.push_back(group->getId());
   }
-  client().closeIdle();  // a login needs several connections, but only once
   return ids;
 }
 

@@ -51,8 +51,8 @@ struct FOKRAZO_API CallStatus {
   explicit operator bool() const noexcept { return ok(); }
   /// What a name-service or login module answers.
   Answer answer() const noexcept;
-  /// All of it in one line, for a log: "user: the daemon cannot be reached (connecting): ipc socket connect:
-  /// …".
+  /// All of it in one line, for a log or a terminal: "user: the daemon cannot be reached (connecting): ipc
+  /// socket connect: …". What a terminal would obey is replaced with "?".
   std::string describe() const;
   /// @throws CallException unless it is a success
   void throwIfFailed() const;

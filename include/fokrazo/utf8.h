@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace vesk {
@@ -39,6 +40,23 @@ inline bool isTerminalControl(char32_t code) {
   const bool isLineSeparator = code == 0x2028 || code == 0x2029;
   const bool isTag = code >= 0xe0000 && code <= 0xe007f;
   return isControl || isDirectionMark || isLineSeparator || isTag;
+}
+
+/// The text with "?" for each terminal control, except the bytes in `kept`, and for each byte that is not
+/// UTF-8.
+inline std::string withoutTerminalControls(std::string_view text, std::string_view kept = {}) {
+  std::string out;
+  for (size_t i = 0; i < text.size();) {
+    const Utf8Character character = utf8At(text, i);
+    const size_t length = character.length == 0 ? 1 : character.length;
+    const bool isHarmless = character.length != 0 && !isTerminalControl(character.code);
+    if (isHarmless || kept.find(text[i]) != std::string_view::npos)
+      out += text.substr(i, length);
+    else
+      out += '?';
+    i += length;
+  }
+  return out;
 }
 
 }  // namespace vesk

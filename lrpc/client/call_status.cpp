@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include <fokrazo/session.h>
+#include <fokrazo/utf8.h>
 
 namespace vesk {
 
@@ -55,7 +56,7 @@ std::string CallStatus::describe() const {
   const bool isDaemons = result != VR_NO_REPLY_YET && result != VR_SUCCESS;
   const std::string meaning = isDaemons ? LocalRpcSession::errorString(result) : std::string();
   if (isDaemons) line += ": " + meaning;
-  if (!text.empty() && text != meaning) line += ": " + text;
+  if (!text.empty() && text != meaning) line += ": " + withoutTerminalControls(text);
   return line;
 }
 

@@ -85,6 +85,7 @@ bool ClientCall::begin() {
     m_status.outcome = CallOutcome::LocalFailure;
     return false;
   }
+  m_start = Deadline::Clock::now();
   if (m_lease) return true;
   m_status.step = m_progress.step;
   m_status.outcome = m_progress.stop == CallProgress::Stop::None ? CallOutcome::DaemonAway : stopOutcome();

@@ -75,7 +75,7 @@ class ClientCall {
 
   ClientCore& m_core;
   const Operation m_operation;
-  const Deadline::Clock::time_point m_start;
+  Deadline::Clock::time_point m_start;  // since when it has a session
   const bool m_isEvenIfAway;
   CallProgress m_progress;
   CallStatus m_status;
