@@ -14,7 +14,8 @@
 
 namespace vesk {
 
-/// Which answers a client keeps. By default none.
+/// Which answers a client keeps. By default none. They serve the whole process, also after it has changed its
+/// user.
 struct CacheOptions {
   /// The maximum number of answers; 0 turns the cache off.
   size_t entries = 0;
