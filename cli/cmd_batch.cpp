@@ -89,9 +89,9 @@ ExitStatus batch(Invocation& invocation) {
 
 constexpr char kNotes[] =
     "Reads one command per line of at most 1 MiB, with words quoted as in a shell; empty lines\n"
-    "and lines that begin with # are skipped. Prints one JSON line for each command at once: \"command\", its\n"
-    "exit \"status\", and \"answers\", the records that it would print with --json. All commands\n"
-    "share the connections. The exit status is that of the worst command.\n";
+    "and lines that begin with # are skipped. Prints one JSON line for each command at once:\n"
+    "\"command\", its exit \"status\", and \"answers\", the records that it would print with --json.\n"
+    "All commands share the connections. The exit status is that of the worst command.\n";
 
 const Command kCommands[] = {
     {"batch", "", "run the commands of standard input", batch, {}, kNotes},

@@ -159,7 +159,8 @@ CallOutcome ClientCall::failureOutcome(const VESKException* error) const {
 }
 
 bool ClientCall::isHang() const {
-  const auto limit = std::min<std::chrono::milliseconds>(kHang, m_core.options.deadline);
+  using std::chrono::milliseconds;
+  const auto limit = std::clamp<milliseconds>(m_core.options.deadline, milliseconds(0), kHang);
   return m_progress.stop == CallProgress::Stop::DeadlinePassed && Deadline::Clock::now() - m_start >= limit;
 }
 
