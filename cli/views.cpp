@@ -57,7 +57,7 @@ const struct {
 }  // namespace
 
 View viewOf(const User& user) {
-  const std::string name = user.unixName();
+  const std::string& name = user.unixName();
   const std::string uid = uidtoa(user.getId());
   const std::string gid = gidtoa(user.gid());
   Record record = identity(user);
@@ -78,7 +78,7 @@ std::vector<std::string> userTitles() {
 }
 
 View viewOf(const Group& group) {
-  const std::string name = group.unixName();
+  const std::string& name = group.unixName();
   const std::string gid = gidtoa(group.getId());
   const std::string members = concat(group.members(), ",");
   Record record = identity(group);
